@@ -1,0 +1,34 @@
+// Lists the files that a DITA map or topic, a DocBook or any other XML document refers to.
+// Paths are native going in and in the system's backslash notation coming out, all UTF-8.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ventrix::desk {
+
+/// One referenced file, as the host lists it.
+struct DocumentFile {
+    std::string key;   ///< "graphicsType" for a graphic, "documentType" for everything else.
+    std::string path;  ///< System notation; a URL stands as it was written.
+};
+
+/// Something that the lister left out or could not read, named for the person.
+struct ListingRemark {
+    std::string what;    ///< The file or reference.
+    std::string reason;  ///< One line without a line break.
+};
+
+struct DocumentFiles {
+    std::vector<DocumentFile> files;      ///< The document first, each file once, in document order.
+    std::vector<ListingRemark> remarks;   ///< What was left out, in the order met.
+    bool readable = false;                ///< False when the document itself is missing or no XML.
+    std::string reason;                   ///< Why it is not readable; empty otherwise.
+    bool dita = false;                    ///< The document is a DITA map or topic.
+};
+
+/// Follows maps and topics from the document at this native path. Never fetches anything from a network and ends on
+/// documents that refer to themselves or in a ring.
+DocumentFiles ListDocumentFiles(const std::string& nativePath);
+
+}  // namespace ventrix::desk

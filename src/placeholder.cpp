@@ -1,0 +1,1 @@
+// Keeps a library whole while its room is still empty.
