@@ -1,0 +1,52 @@
+// The host's answer to "which files does this document refer to", as the pipeline's own list, with one
+// file-system test for each file. The list of the last document is kept for the life of the module, so that
+// packaging works on what a Validate reported.
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <string>
+
+#include "fileset/path_classification.h"
+
+namespace ventrix {
+
+/// State of a referenced file at the time of the scan.
+enum class ReferenceKind : std::int32_t {
+    valid = 1,    ///< Can be read, and the host has no changes of its own.
+    broken = 2,   ///< Can't be opened for reading.
+    unsaved = 3,  ///< Can be read, but the host holds unsaved changes.
+};
+
+struct ReferenceEntry {
+    std::string key;  ///< The host's word for the type of the file.
+    ReferenceKind kind;
+    Path path;  ///< As the host names it.
+};
+
+/// True for a file that the host calls "graphicsType"; every other word means a document.
+bool IsGraphic(const ReferenceEntry& entry);
+
+/// The references of one document, in the host's order.
+struct ReferenceCache {
+    std::uint32_t documentId = 0;  ///< 0 until the first scan; no document has this id.
+    std::list<ReferenceEntry> list;
+};
+
+/// The one cache of the process.
+extern ReferenceCache referenceCache;
+
+constexpr int kBrokenFound = 1;   ///< Bit of a scan: a broken entry was added.
+constexpr int kUnsavedFound = 2;  ///< Bit of a scan: an unsaved entry was added.
+
+/// Asks the host and appends its files to the list; web addresses and values of another shape are left out.
+/// Returns the bits of what was found. A host that gives no answer adds nothing.
+int ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>& list);
+
+/// Renews the cache for this document whatever it holds. Returns the bits of the scan.
+int RenewReferences(std::uint32_t documentId);
+
+/// Renews the cache only if it belongs to another document.
+void Refresh(std::uint32_t documentId);
+
+}  // namespace ventrix
