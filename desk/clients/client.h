@@ -13,25 +13,26 @@ namespace ventrix::desk {
 using AnswerValue = std::variant<std::int32_t, std::string>;
 
 struct ClientAnswer {
-    std::int32_t status = 0;          ///< 0 success; anything else is what the host reports as the call's status.
-    std::int32_t number = 0;          ///< The integer answer of a plain client call.
+    std::int32_t status = 0;  ///< 0 success; anything else is what the host reports as the call's status.
+    std::int32_t number = 0;  ///< The integer answer of a plain client call.
     std::vector<AnswerValue> values;  ///< The list answer of a call for values.
 };
 
 /// What a client may ask of the host while it runs.
 struct HostServices {
-    std::function<std::string(std::uint32_t documentId)> documentPath;  ///< Empty text for an id that is not open.
-    std::function<void(const std::string& text)> console;               ///< Text for the host's console.
+    std::function<std::string(std::uint32_t documentId)>
+        documentPath;                                      ///< Empty text for an id that is not open.
+    std::function<void(const std::string& text)> console;  ///< Text for the host's console.
 };
 
 using Client = std::function<ClientAnswer(const std::string& command, const HostServices& host)>;
 
 /// What the transformations of a run came to. The clients fill it; the command line tells the person.
 struct TransformationRecord {
-    int started = 0;          ///< Transformations that a client was asked for.
-    int failed = 0;           ///< Those that failed or wrote nothing.
-    std::string reason;       ///< Of the first failure: one line; empty without one.
-    std::string logFile;      ///< Native path of the log that tells more; may be empty.
+    int started = 0;      ///< Transformations that a client was asked for.
+    int failed = 0;       ///< Those that failed or wrote nothing.
+    std::string reason;   ///< Of the first failure: one line; empty without one.
+    std::string logFile;  ///< Native path of the log that tells more; may be empty.
 };
 
 }  // namespace ventrix::desk
