@@ -1,0 +1,149 @@
+// The host's side of the contract: the one entry of a client module, the 18 interfaces that the host's root
+// object answers for, and the methods that a client calls on them. Interfaces have no names; they go by their
+// numbers, 1 to 18. A method is known by interface number and index in the method table (0 to 2 are
+// IUnknown's). Arguments stay the caller's. A host that is busy answers RPC_E_SERVERCALL_RETRYLATER. What a
+// method hands out lies in task memory (CoTaskMemAlloc), level by level, and is the client's to free unless
+// the host owns results.
+#pragma once
+
+#include <cstdint>
+
+#include "bridge/contract/properties.h"
+#include "bridge/contract/values.h"
+#include "platform/com.h"
+
+namespace ventrix {
+
+/// A client module's only export: module handle, the host's root object, an object that is held until the
+/// connection ends (or null), and the client description (or null: the module's version block is read).
+/// 0 connected, -1 not connected.
+using ClientInitEntry = std::int32_t(void* module, IUnknown* root, IUnknown* keepAlive,
+                                     const Q_PropList* description);
+constexpr char ClientInitEntryName[] = "Q_ApiClientInit";
+
+constexpr unsigned HostInterfaceCount = 18;
+
+/// The interface ids in the order in which a client asks for them; number n stands at index n - 1. Without
+/// number 4 there is no connection; 16 to 18 are asked for only when 4 was given.
+inline constexpr GUID HostInterfaceIds[HostInterfaceCount] = {
+    {0x9EB9EBDE, 0xEF45, 0x4FAA, {0xBA, 0x83, 0x80, 0xC3, 0x7E, 0x74, 0x6D, 0xD7}},
+    {0xF9EDAC1F, 0x75C2, 0x4544, {0xA6, 0x5E, 0x36, 0xE3, 0xC5, 0xA4, 0xDB, 0xA1}},
+    {0x755FF112, 0x0DD6, 0x4947, {0xBD, 0xCC, 0xD3, 0x22, 0x28, 0x31, 0x39, 0xA7}},
+    {0xCA913130, 0x7B0A, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}},
+    {0x5B0455F0, 0x0DB8, 0x11D1, {0x98, 0x6D, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}},
+    {0xEA34B890, 0x2289, 0x11D3, {0xBC, 0x05, 0x00, 0x80, 0x5F, 0xD9, 0x83, 0x89}},
+    {0x895D2502, 0x96ED, 0x43E1, {0xA8, 0x8B, 0x45, 0x78, 0xA1, 0xAA, 0xA2, 0xB5}},
+    {0xF8A1A179, 0xB5C9, 0x4AF8, {0x8E, 0x1A, 0xDA, 0x71, 0x43, 0x0E, 0xDB, 0xA1}},
+    {0x02AC84A3, 0x499F, 0x4128, {0x93, 0x62, 0x0E, 0x38, 0xBB, 0x16, 0x20, 0xC9}},
+    {0xB2159D69, 0xA7F0, 0x4978, {0x84, 0xA3, 0xC2, 0xCA, 0x54, 0x98, 0xF9, 0xFE}},
+    {0xA76BE1F8, 0xB073, 0x4F2D, {0x95, 0x53, 0x98, 0x54, 0x38, 0x54, 0xE0, 0xFB}},
+    {0x9D1E44A4, 0x9CCC, 0x4AB5, {0xB5, 0x55, 0x6F, 0xFA, 0xE7, 0x78, 0x34, 0x2C}},
+    {0xEC7B1498, 0xED2D, 0x4278, {0xAE, 0x91, 0x07, 0x48, 0x1B, 0xCB, 0xBF, 0xD0}},
+    {0xB550535A, 0xBAA1, 0x4274, {0x9D, 0x2C, 0x41, 0xB6, 0x0F, 0x18, 0x35, 0xB8}},
+    {0x00F4DCB5, 0x4CAE, 0x4ACC, {0x8A, 0x3D, 0x5D, 0x27, 0x6E, 0x90, 0x28, 0xBB}},
+    {0x04C8B860, 0xBC3B, 0x11D0, {0x8E, 0x04, 0x44, 0x45, 0x53, 0x54, 0x00, 0x00}},
+    {0xF5AE87C2, 0x3FF6, 0x11D1, {0x94, 0x57, 0x00, 0x80, 0x5F, 0x29, 0x2B, 0x02}},
+    {0xE1E9B610, 0x97D0, 0x11D3, {0xBC, 0x10, 0x00, 0x80, 0x5F, 0xD9, 0x83, 0x89}},
+};
+
+constexpr unsigned MainHostInterface = 4;
+
+/// The slots that a method table of any of the 18 interfaces needs for the methods below.
+constexpr unsigned HostMethodSlots = 98;
+
+/// Default class id of a running host, for a client in a process of its own.
+inline constexpr GUID HostClassId = {
+    0x539DB5D0, 0xC0C6, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}};
+
+/// The kit's word at registration.
+constexpr std::uint32_t RegistrationWord = 0x18000000;
+
+/// Registers a client: its notification object, RegistrationWord, its description. The host takes a reference
+/// to the object if the client is to stay.
+struct RegisterClientMethod {
+    static constexpr unsigned interfaceNumber = 4, index = 3;
+    using Type = HRESULT(void* self, IUnknown* notifications, std::uint32_t word,
+                         const Q_PropList* description);
+};
+
+/// Has a notification number delivered to the client's Notify (state 1), or no longer.
+struct WatchNotificationMethod {
+    static constexpr unsigned interfaceNumber = 4, index = 8;
+    using Type = HRESULT(void* self, std::int32_t number, std::int32_t state, std::int32_t* status);
+};
+
+/// Calls another client by name with one command text; returns when that client has finished.
+struct InvokeClientMethod {
+    static constexpr unsigned interfaceNumber = 4, index = 9;
+    using Type = HRESULT(void* self, const char* clientName, const char* command, std::int32_t* status,
+                         std::int32_t* answer);
+};
+
+/// Writes a text to the host's console.
+struct WriteConsoleMethod {
+    static constexpr unsigned interfaceNumber = 4, index = 24;
+    using Type = HRESULT(void* self, const char* text, std::int32_t* status);
+};
+
+/// Opens a document under a script; hands out its id (0 for none) and the list of open results.
+struct OpenDocumentMethod {
+    static constexpr unsigned interfaceNumber = 4, index = 32;
+    using Type = HRESULT(void* self, const char* path, const Q_PropList* script, std::int32_t* status,
+                         std::uint32_t* objectId, Q_PropList* results);
+};
+
+struct CloseDocumentMethod {
+    static constexpr unsigned interfaceNumber = 4, index = 35;
+    using Type = HRESULT(void* self, std::uint32_t objectId, std::int32_t flags, std::int32_t* status);
+};
+
+/// Reads one string property of an object. Owner 0 and object 0 are the host application itself.
+struct ReadStringPropMethod {
+    static constexpr unsigned interfaceNumber = 4, index = 97;
+    using Type = HRESULT(void* self, std::uint32_t ownerId, std::uint32_t objectId,
+                         const Q_PropIdent* property, std::int32_t* status, char** text);
+};
+
+/// Lists the files that a document refers to: one value of tag 20 for each, with key, path and a number that
+/// is not 0 where the file has unsaved changes.
+struct ListDocumentFilesMethod {
+    static constexpr unsigned interfaceNumber = 1, index = 18;
+    using Type = HRESULT(void* self, std::uint32_t objectId, std::int32_t selector, std::int32_t third,
+                         Q_ValueList* files);
+};
+
+/// Says how texts cross the boundary; 1 goes with UTF-8.
+struct SetTextModeMethod {
+    static constexpr unsigned interfaceNumber = 9, index = 3;
+    using Type = HRESULT(void* self, std::int32_t mode, std::int32_t* status);
+};
+
+/// As InvokeClientMethod, for a client that answers with a value list.
+struct InvokeClientForValuesMethod {
+    static constexpr unsigned interfaceNumber = 12, index = 23;
+    using Type = HRESULT(void* self, const char* clientName, const char* command, std::int32_t* status,
+                         Q_ValueList* answer);
+};
+
+/// Called while Notify handles a client call: the list that the calling client receives.
+struct SendCallReplyMethod {
+    static constexpr unsigned interfaceNumber = 12, index = 24;
+    using Type = HRESULT(void* self, const Q_ValueList* reply, Q_ValueList* back);
+};
+
+/// Asked once with the argument 1. The result 0 says that the host frees what it hands out, any other that
+/// the client does.
+struct HostOwnsResultsMethod {
+    static constexpr unsigned interfaceNumber = 16, index = 3;
+    using Type = HRESULT(void* self, std::int32_t argument);
+};
+
+/// Tells the host the client's module handle.
+struct TakeModuleHandleMethod {
+    static constexpr unsigned interfaceNumber = 17, index = 3;
+    using Type = HRESULT(void* self, void* module);
+};
+
+static_assert(sizeof(HRESULT) == 4 && sizeof(GUID) == 16);
+
+}  // namespace ventrix
