@@ -1,0 +1,171 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "platform/drives.h"
+#include "platform/posix/descriptor.h"
+#include "platform/posix/errno_codes.h"
+#include "platform/posix/whole_write.h"
+
+namespace ventrix::platform {
+namespace {
+
+constexpr std::size_t blockSize = std::size_t{64} * 1024;
+
+/// Opens a file for reading without ever waiting, as a pipe without a writer would make it.
+ErrorCode OpenFileToRead(const std::string& native, Descriptor& file, struct stat& found) {
+    file = Descriptor(::open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.IsOpen() || ::fstat(file.Number(), &found) != 0)
+        return ErrorFromErrno(errno, native);
+    return S_ISREG(found.st_mode) ? errorNone : errorAccessDenied;
+}
+
+/// Hands each block of an open file to `take`, which gives 0 or an errno. The result is the same.
+template <typename Take>
+int ReadBlocks(int descriptor, const Take& take) {
+    const std::unique_ptr<char[]> block(new char[blockSize]);
+    for (;;) {
+        const ssize_t count = ::read(descriptor, block.get(), blockSize);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return errno;
+        if (count == 0)
+            return 0;
+        const int error = take(block.get(), static_cast<std::size_t>(count));
+        if (error != 0)
+            return error;
+    }
+}
+
+bool IsLinkToFolder(const std::string& native) {
+    struct stat itself = {};
+    struct stat reached = {};
+    return ::lstat(native.c_str(), &itself) == 0 && S_ISLNK(itself.st_mode) &&
+           ::stat(native.c_str(), &reached) == 0 && S_ISDIR(reached.st_mode);
+}
+
+std::string WithoutClosingSlashes(std::string native) {
+    while (native.size() > 1 && native.back() == '/')
+        native.pop_back();
+    return native;
+}
+
+bool IsSameFile(const struct stat& source, const std::string& native) {
+    struct stat other = {};
+    return ::stat(native.c_str(), &other) == 0 && other.st_dev == source.st_dev &&
+           other.st_ino == source.st_ino;
+}
+
+}  // namespace
+
+ErrorCode MakeFolder(std::string_view path) {
+    const std::string native = ToNative(path);
+    if (::mkdir(native.c_str(), 0777) == 0)
+        return errorNone;
+    return errno == ENOENT ? errorPathNotFound : ErrorFromErrno(errno);
+}
+
+ErrorCode RemoveEmptyFolder(std::string_view path) {
+    const std::string native = WithoutClosingSlashes(ToNative(path));
+    const int result = IsLinkToFolder(native) ? ::unlink(native.c_str()) : ::rmdir(native.c_str());
+    if (result == 0)
+        return errorNone;
+    if (errno == ENOTDIR)
+        return errorNotADirectory;
+    return errno == EEXIST ? errorDirNotEmpty : ErrorFromErrno(errno, native);
+}
+
+ErrorCode RemoveFile(std::string_view path) {
+    const std::string native = ToNative(path);
+    struct stat itself = {};
+    if (::lstat(native.c_str(), &itself) != 0)
+        return ErrorFromErrno(errno, native);
+    const bool readOnly = S_ISREG(itself.st_mode) && (itself.st_mode & S_IWUSR) == 0;
+    if (readOnly || S_ISDIR(itself.st_mode) || IsLinkToFolder(native))
+        return errorAccessDenied;
+    return ::unlink(native.c_str()) == 0 ? errorNone : ErrorFromErrno(errno, native);
+}
+
+ErrorCode CopyFileOver(std::string_view source, std::string_view target) {
+    Descriptor from;
+    struct stat found = {};
+    ErrorCode error = OpenFileToRead(ToNative(source), from, found);
+    if (error != errorNone)
+        return error;
+    const std::string nativeTarget = ToNative(target);
+    if (IsSameFile(found, nativeTarget))
+        return errorSharingViolation;
+    WriteTarget to;
+    error = FindWriteTarget(nativeTarget, to);
+    if (error != errorNone)
+        return error;
+    return ReplaceWhole(to, found.st_mode & 0777, [&](int descriptor) {
+        return ReadBlocks(from.Number(), [&](const char* bytes, std::size_t count) {
+            return WriteAll(descriptor, bytes, count);
+        });
+    });
+}
+
+bool OpensForReading(std::string_view path) {
+    Descriptor file;
+    struct stat found = {};
+    return OpenFileToRead(ToNative(path), file, found) == errorNone;
+}
+
+ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
+    const std::string native = ToNative(path);
+    Descriptor file;
+    struct stat found = {};
+    const ErrorCode error = OpenFileToRead(native, file, found);
+    if (error != errorNone)
+        return error;
+    std::string bytes;
+    bytes.reserve(static_cast<std::size_t>(found.st_size));
+    const int failure = ReadBlocks(file.Number(), [&](const char* block, std::size_t count) {
+        bytes.append(block, count);
+        return 0;
+    });
+    if (failure != 0)
+        return ErrorFromErrno(failure, native);
+    content = std::move(bytes);
+    return errorNone;
+}
+
+ErrorCode WriteWholeFile(std::string_view path, std::string_view content) {
+    WriteTarget target;
+    const ErrorCode error = FindWriteTarget(ToNative(path), target);
+    if (error != errorNone)
+        return error;
+    return ReplaceWhole(target, target.exists ? target.mode : 0666,
+                        [&](int descriptor) { return WriteAll(descriptor, content.data(), content.size()); });
+}
+
+std::string LongPath(std::string_view path) {
+    return AttributesOf(path) ? std::string(path) : std::string();
+}
+
+std::string CurrentFolder() {
+    const std::unique_ptr<char, decltype(&std::free)> native(::getcwd(nullptr, 0), &std::free);
+    return native == nullptr ? std::string() : ToSystem(native.get()).value_or("");
+}
+
+std::string AbsolutePath(std::string_view path) {
+    if (path.empty() || IsAbsoluteSystemPath(path))
+        return std::string(path);
+    std::string native = ToNative(path);
+    if (!native.empty() && native[0] != '/') {
+        const std::unique_ptr<char, decltype(&std::free)> here(::getcwd(nullptr, 0), &std::free);
+        native = here == nullptr ? std::string() : here.get() + ("/" + native);
+    }
+    return ToSystem(native).value_or("");
+}
+
+}  // namespace ventrix::platform

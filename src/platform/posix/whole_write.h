@@ -1,0 +1,32 @@
+// Files that change as a whole: the new content goes to a file beside the target, which then takes the
+// target's name.
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <string>
+
+#include "platform/error_codes.h"
+
+namespace ventrix::platform {
+
+/// Where writing to a native path ends up.
+struct WriteTarget {
+    std::string path;     ///< The path, with a link at its end followed.
+    bool exists = false;  ///< A file has the name already.
+    mode_t mode = 0;      ///< Permissions of that file.
+};
+
+/// errorAccessDenied for a folder, a device or a read-only file; the errors of a missing folder.
+ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target);
+
+/// Fills a new file beside the target by `fill` (an open descriptor; 0 or an errno) and gives it the target's
+/// name. `mode` are its permissions; for a file that did not exist the process's mask takes from them. On
+/// failure the target is as it was and nothing is left beside it.
+ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::function<int(int)>& fill);
+
+/// Writes all bytes. 0 or an errno.
+int WriteAll(int descriptor, const char* bytes, std::size_t count);
+
+}  // namespace ventrix::platform

@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "platform/drives.h"
+#include "platform/environment.h"
+#include "platform/file_handle.h"
+#include "platform/files.h"
+#include "platform/temp_files.h"
+#include "platform/text_stream.h"
+#include "temp_tree.h"
+
+using namespace ventrix::platform;
+
+namespace {
+
+TEST(TextStream, AppendsLinesThatEndInCrLf) {
+    const TempTree tree;
+    tree.Put("log", "before\r\n");
+    TextStream log(tree.System("log"));
+    ASSERT_TRUE(log.IsOpen());
+    log.Write("Fehler:");
+    EXPECT_EQ(tree.Get("log"), "before\r\n");
+    log.Write("a\nb");
+    EXPECT_EQ(tree.Get("log"), "before\r\nFehler:a\r\n");
+    TextStream other(tree.System("log"));
+    other.EndLine();
+    log.EndLine();
+    EXPECT_EQ(tree.Get("log"), "before\r\nFehler:a\r\n\r\nb\r\n");
+    log.Write("rest");
+    TextStream moved = std::move(log);
+    moved.Close();
+    EXPECT_FALSE(moved.IsOpen());
+    moved.Write("dropped\n");
+    EXPECT_EQ(tree.Get("log"), "before\r\nFehler:a\r\n\r\nb\r\nrest");
+}
+
+TEST(TextStream, AnUnusablePathLeavesItClosed) {
+    const TempTree tree;
+    ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
+    for (const std::string& path :
+         {std::string(), tree.System(""), tree.System("none/log"), tree.System("pipe")}) {
+        TextStream log(path);
+        EXPECT_FALSE(log.IsOpen()) << path;
+        log.Write("dropped\n");
+        log.EndLine();
+    }
+    EXPECT_EQ(tree.Count(), 1);
+}
+
+TEST(FileHandle, OpenModes) {
+    const TempTree tree;
+    const struct {
+        FileAccess access;
+        FileDisposition disposition;
+        bool opensMissing;
+        const char* contentAfter;
+    } rows[] = {
+        {FileAccess::read, FileDisposition::openExisting, false, "0123456789"},
+        {FileAccess::write, FileDisposition::openAlways, true, "0123456789"},
+        {FileAccess::readWrite, FileDisposition::createAlways, true, ""},
+    };
+    for (const auto& row : rows) {
+        tree.Put("file", "0123456789");
+        std::filesystem::remove(tree.Native("missing"));
+        const FileHandle file = OpenFileHandle(tree.System("file"), row.access, row.disposition);
+        EXPECT_GT(file, 0);
+        EXPECT_EQ(SeekHandle(file, 0, SeekOrigin::current), 0u);
+        EXPECT_EQ(tree.Get("file"), row.contentAfter);
+        CloseFileHandle(file);
+        const FileHandle missing = OpenFileHandle(tree.System("missing"), row.access, row.disposition);
+        EXPECT_EQ(missing != 0, row.opensMissing);
+        EXPECT_EQ(tree.Has("missing"), row.opensMissing);
+        CloseFileHandle(missing);
+    }
+    EXPECT_EQ(OpenFileHandle(tree.System(""), FileAccess::read, FileDisposition::openExisting), 0);
+}
+
+TEST(FileHandle, ReadsWritesAndSeeks) {
+    const TempTree tree;
+    const FileHandle file =
+        OpenFileHandle(tree.System("f"), FileAccess::readWrite, FileDisposition::createAlways);
+    ASSERT_NE(file, 0);
+    EXPECT_EQ(WriteToHandle(file, "hello world", 11), 11u);
+    EXPECT_EQ(SizeOfHandle(file), 11u);
+    EXPECT_EQ(SeekHandle(file, -5, SeekOrigin::end), 6u);
+    char buffer[8] = {};
+    EXPECT_EQ(ReadFromHandle(file, buffer, 8), 5u);
+    EXPECT_STREQ(buffer, "world");
+    EXPECT_EQ(ReadFromHandle(file, buffer, 8), 0u);
+    EXPECT_EQ(SeekHandle(file, -1, SeekOrigin::begin), std::nullopt);
+    EXPECT_EQ(SeekHandle(file, 0, static_cast<SeekOrigin>(7)), std::nullopt);
+    CloseFileHandle(file);
+
+    char byte = 0;
+    EXPECT_EQ(ReadFromHandle(0, &byte, 1), 0u);
+    EXPECT_EQ(WriteToHandle(0, &byte, 1), 0u);
+    EXPECT_EQ(SizeOfHandle(0), std::nullopt);
+    EXPECT_EQ(SeekHandle(0, 0, SeekOrigin::begin), std::nullopt);
+    CloseFileHandle(0);
+}
+
+TEST(TempFiles, AreNewAndEmpty) {
+    const TempTree tree;
+    SetEnvironmentValue("TMPDIR", tree.Native("").string());
+    EXPECT_EQ(TempFolder(), tree.System("") + "\\");
+    const std::string a = MakeTempFile(TempFolder(), "QLTX");
+    const std::string b = MakeTempFile(TempFolder(), "QLT");
+    RemoveEnvironmentValue("TMPDIR");
+    EXPECT_NE(a, b);
+    EXPECT_EQ(AttributesOf(a), 0u);
+    EXPECT_EQ(a.substr(a.rfind('\\') + 1, 3), "QLT");
+    EXPECT_EQ(a.size() - a.rfind('\\'), 1u + 3 + 8 + 4);
+    EXPECT_EQ(MakeTempFile(tree.System("none"), "QLT"), "");
+}
+
+}  // namespace
