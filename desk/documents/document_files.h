@@ -20,15 +20,18 @@ struct ListingRemark {
 };
 
 struct DocumentFiles {
-    std::vector<DocumentFile> files;      ///< The document first, each file once, in document order.
-    std::vector<ListingRemark> remarks;   ///< What was left out, in the order met.
-    bool readable = false;                ///< False when the document itself is missing or no XML.
-    std::string reason;                   ///< Why it is not readable; empty otherwise.
-    bool dita = false;                    ///< The document is a DITA map or topic.
+    std::vector<DocumentFile> files;     ///< The document first, each file once, in document order.
+    std::vector<ListingRemark> remarks;  ///< What was left out, in the order met.
+    bool readable = false;               ///< False when the document itself is missing or no XML.
+    std::string reason;                  ///< Why it is not readable; empty otherwise.
+    bool dita = false;                   ///< The document is a DITA map or topic.
 };
 
-/// Follows maps and topics from the document at this native path. Never fetches anything from a network and ends on
-/// documents that refer to themselves or in a ring.
+/// Follows maps, topics and included files from the document at this native path, each reference listed where
+/// it stands and followed at once. Never fetches anything from a network and ends on documents that refer to
+/// themselves or in a ring. A missing file is listed, and so is one that is not well-formed, with what could
+/// be read of it. Local files whose `scope` is external or peer are no part of the document and are left out.
+/// Of a DTD without a public id, the file is listed if it exists.
 DocumentFiles ListDocumentFiles(const std::string& nativePath);
 
 }  // namespace ventrix::desk

@@ -1,0 +1,196 @@
+#include "desk/documents/references.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "desk/documents/xml_handles.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::string_view xlinkNamespace = "http://www.w3.org/1999/xlink";
+constexpr std::string_view xincludePrefix = "http://www.w3.org/2001/XInclude";
+
+constexpr std::array graphicExtensions = {"svg",  "svgz", "png", "jpg", "jpeg", "gif", "tif", "tiff", "bmp",
+                                          "webp", "eps",  "wmf", "emf", "ico",  "cgm", "ai",  "psd"};
+constexpr std::array xmlExtensions = {"xml", "dita", "ditamap", "bookmap", "dbk", "docbook"};
+constexpr std::array ditaRoots = {
+    "map",      "bookmap",    "topic",      "concept",         "task",         "reference", "dita",
+    "glossary", "glossentry", "glossgroup", "troubleshooting", "subjectScheme"};
+
+std::string_view WithoutFragment(std::string_view reference) {
+    return reference.substr(0, reference.find('#'));
+}
+
+std::string Extension(std::string_view reference) {
+    const std::string_view path = WithoutFragment(reference);
+    const std::size_t dot = path.find_last_of("./\\");
+    if (dot == std::string_view::npos || path[dot] != '.') {
+        return {};
+    }
+    std::string extension(path.substr(dot + 1));
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return extension;
+}
+
+template <std::size_t count>
+bool Holds(const std::array<const char*, count>& words, std::string_view word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+std::string_view Name(const xmlNode* element) {
+    return View(element->name);
+}
+
+bool HasClass(const xmlNode* element, std::string_view word) {
+    return (Attribute(element, "class") + " ").find(" " + std::string(word) + " ") != std::string::npos;
+}
+
+/// The value that the element or an element around it gives: DITA hands `scope` and `format` down from
+/// topicref to topicref, and from link lists to links.
+std::string Inherited(const xmlNode* element, const char* name) {
+    for (; element != nullptr && element->type == XML_ELEMENT_NODE; element = element->parent) {
+        if (std::string value = Attribute(element, name); !value.empty()) {
+            return value;
+        }
+    }
+    return {};
+}
+
+bool IsImage(const xmlNode* element) {
+    return Name(element) == "image" || Name(element) == "img" || HasClass(element, "topic/image");
+}
+
+void Append(std::vector<Reference>& list, Reference reference) {
+    if (WithoutFragment(reference.text).empty()) {
+        return;
+    }
+    reference.graphic = reference.graphic || Holds(graphicExtensions, Extension(reference.text));
+    reference.follow = reference.follow && !reference.graphic;
+    list.push_back(std::move(reference));
+}
+
+bool FormatIsXml(std::string_view format, std::string_view reference) {
+    return format == "dita" || format == "ditamap" || format == "xml" ||
+           (format.empty() && Holds(xmlExtensions, Extension(reference)));
+}
+
+void AppendHref(std::vector<Reference>& list, const xmlNode* element, const std::string& href) {
+    const bool image = IsImage(element);
+    const std::string scope = image ? Attribute(element, "scope") : Inherited(element, "scope");
+    const std::string format = image ? std::string() : Inherited(element, "format");
+    Reference reference{.text = href, .graphic = image};
+    reference.outside = scope == "external" || scope == "peer";
+    reference.follow = !image && !reference.outside && FormatIsXml(format, href);
+    Append(list, std::move(reference));
+}
+
+void AppendInclude(std::vector<Reference>& list, const xmlNode* element) {
+    Append(list, {.text = Attribute(element, "href"), .follow = Attribute(element, "parse") != "text"});
+}
+
+void AppendConref(std::vector<Reference>& list, const std::string& target) {
+    if (!target.starts_with("-dita-")) {
+        Append(list, {.text = target, .follow = true});
+    }
+}
+
+/// The file of an unparsed entity that the document declares.
+void AppendEntityReference(std::vector<Reference>& list, const xmlNode* element, const std::string& entity) {
+    const xmlEntity* declared = xmlGetDocEntity(element->doc, Xml(entity.c_str()));
+    if (declared != nullptr && declared->SystemID != nullptr) {
+        Append(list, {.text = std::string(View(declared->SystemID)), .graphic = true});
+    }
+}
+
+void AppendAttribute(std::vector<Reference>& list, const xmlNode* element, const xmlAttr* attribute) {
+    const std::string_view name = View(attribute->name);
+    const std::string_view space = attribute->ns == nullptr ? std::string_view() : View(attribute->ns->href);
+    if (!space.empty() && (space != xlinkNamespace || name != "href")) {
+        return;
+    }
+    const bool known = name == "href" || name == "conref" || name == "fileref" || name == "data" ||
+                       name == "mapref" || name == "entityref" || (name == "src" && IsImage(element));
+    if (!known) {
+        return;
+    }
+    const XmlText value(xmlNodeListGetString(element->doc, attribute->children, 1));
+    const std::string text(View(value.get()));
+    if (name == "href") {
+        AppendHref(list, element, text);
+    } else if (name == "conref") {
+        AppendConref(list, text);
+    } else if (name == "mapref") {
+        Append(list, {.text = text, .follow = true});
+    } else if (name == "fileref" || name == "src") {
+        Append(list, {.text = text, .graphic = Name(element) != "textdata"});
+    } else if (name == "entityref") {
+        AppendEntityReference(list, element, text);
+    } else if (Name(element) == "object" || HasClass(element, "topic/object")) {
+        Append(list, {.text = text});
+    }
+}
+
+void AppendElement(std::vector<Reference>& list, const xmlNode* element) {
+    if (element->ns != nullptr && View(element->ns->href).starts_with(xincludePrefix)) {
+        if (Name(element) == "include") {
+            AppendInclude(list, element);
+        }
+        return;
+    }
+    for (const xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
+        AppendAttribute(list, element, attribute);
+    }
+}
+
+/// A DTD that has a public id is the catalogs' business: a copy of it beside the document would lack its
+/// modules.
+void AppendDtdFiles(std::vector<Reference>& list, const xmlDtd* dtd) {
+    if (dtd == nullptr) {
+        return;
+    }
+    if (dtd->SystemID != nullptr && dtd->ExternalID == nullptr) {
+        Append(list, {.text = std::string(View(dtd->SystemID)), .optional = true});
+    }
+    for (const xmlNode* node = dtd->children; node != nullptr; node = node->next) {
+        if (node->type != XML_ENTITY_DECL) {
+            continue;
+        }
+        const auto* entity = reinterpret_cast<const xmlEntity*>(node);
+        const bool parsed = entity->etype == XML_EXTERNAL_GENERAL_PARSED_ENTITY;
+        const bool parameter = entity->etype == XML_EXTERNAL_PARAMETER_ENTITY;
+        if ((parsed || parameter) && entity->SystemID != nullptr) {
+            Append(list,
+                   {.text = std::string(View(entity->SystemID)), .follow = parsed, .optional = parameter});
+        }
+    }
+}
+
+}  // namespace
+
+std::vector<Reference> ReferencesOf(xmlDoc* document) {
+    std::vector<Reference> list;
+    AppendDtdFiles(list, document->intSubset);
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (node->type == XML_ELEMENT_NODE) {
+            AppendElement(list, node);
+        }
+    }
+    return list;
+}
+
+bool IsDita(const xmlDoc* document) {
+    const xmlNode* root = xmlDocGetRootElement(document);
+    const xmlDtd* dtd = document->intSubset;
+    const bool namedByDtd =
+        dtd != nullptr && View(dtd->ExternalID).find("DTD DITA") != std::string_view::npos;
+    return namedByDtd || HasClass(root, "map/map") || HasClass(root, "topic/topic") ||
+           xmlHasNsProp(root, Xml("DITAArchVersion"), Xml("http://dita.oasis-open.org/architecture/2005/")) !=
+               nullptr ||
+           (root->ns == nullptr && Holds(ditaRoots, Name(root)));
+}
+
+}  // namespace ventrix::desk

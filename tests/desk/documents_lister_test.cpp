@@ -1,0 +1,187 @@
+#include <sys/stat.h>
+
+#include "desk/documents/document_files.h"
+#include "tests/desk/folder_fixture.h"
+
+namespace ventrix::desk {
+namespace {
+
+class DocumentLister : public FolderFixture {
+  protected:
+    /// The list with the test's folder cut off, a graphic with a star in front, one entry a line.
+    std::string Listed(const std::string& name) {
+        files_ = ListDocumentFiles(Native(name));
+        const std::string base = System("");
+        std::string text;
+        for (const DocumentFile& file : files_.files) {
+            text += file.key == "graphicsType" ? "*" : "";
+            text += file.path.starts_with(base) ? file.path.substr(base.size()) : file.path;
+            text += "\n";
+        }
+        return text;
+    }
+    DocumentFiles files_;
+};
+
+TEST_F(DocumentLister, ListsOneDocumentsReferences) {
+    const struct {
+        const char* what;
+        const char* content;
+        const char* listed;
+    } rows[] = {
+        {"map", "<map><topicref href='t.dita'/><topicref href='m.ditamap' format='ditamap'/></map>",
+         "t.dita\nm.ditamap\n"},
+        {"each once", "<map><topicref href='t.dita#a'/><topicref href='./t.dita#b'/></map>", "t.dita\n"},
+        {"conref and its kin",
+         "<topic><p conref='c.dita#x/y'/><p conref='#x/z'/><p conref='-dita-use-conref-target'/></topic>",
+         "c.dita\n"},
+        {"images", "<topic><image href='a.bin'/><xref href='b.PNG'/><object data='film.mp4'/></topic>",
+         "*a.bin\n*b.PNG\nfilm.mp4\n"},
+        {"data elsewhere is no reference", "<topic><x data='nothing.txt'/></topic>", ""},
+        {"scopes",
+         "<topic><xref href='e.pdf' scope='external'/><xref href='p.dita' scope='peer'/>"
+         "<xref href='https://example.org/x' scope='external'/><xref href='mailto:a@example.org'/></topic>",
+         "https://example.org/x\n"},
+        {"scope handed down",
+         "<map><topicgroup scope='peer'><topicref href='p.dita'/>"
+         "<topicref href='l.dita' scope='local'/></topicgroup></map>",
+         "l.dita\n"},
+        {"an image stays inside its external link",
+         "<topic><xref href='https://example.org' scope='external' format='html'><image "
+         "href='i.png'/></xref></topic>",
+         "https://example.org\n*i.png\n"},
+        {"docbook",
+         "<book xmlns='http://docbook.org/ns/docbook' xmlns:xi='http://www.w3.org/2001/XInclude'"
+         " xmlns:xlink='http://www.w3.org/1999/xlink'><xi:include href='c1.xml'/>"
+         "<xi:include href='code.txt' parse='text'/><imagedata fileref='i.svg'/>"
+         "<textdata fileref='t.txt'/><link xlink:href='notes.html'/></book>",
+         "c1.xml\ncode.txt\n*i.svg\nt.txt\nnotes.html\n"},
+        {"entity files",
+         "<!DOCTYPE book [<!ENTITY one SYSTEM 'one.xml'><!NOTATION png SYSTEM 'png'>"
+         "<!ENTITY pic SYSTEM 'pic.dat' NDATA png><!ENTITY dir 'sub'>]>"
+         "<book>&one;<graphic entityref='pic'/><a href='&dir;/x.xml'/></book>",
+         "one.xml\n*pic.dat\nsub\\x.xml\n"},
+        {"undefined entities",
+         "<!DOCTYPE topic PUBLIC '-//X//DTD none//EN' 'none.dtd'>"
+         "<topic>&nbsp;<p a='&product;'><image href='i.png'/></p></topic>",
+         "*i.png\n"},
+        {"undefined without a DOCTYPE", "<topic>&nbsp;<image href='i.png'/></topic>", "*i.png\n"},
+        {"other namespaces' attributes are none", "<r xmlns:o='urn:o' o:href='no.xml' href='yes.xml'/>",
+         "yes.xml\n"},
+        {"missing local DTD", "<!DOCTYPE r SYSTEM 'absent.dtd'><r/>", ""},
+        {"system notation", "<topic><image href='\\\\nowhere\\a.png'/><image href='i%20%C3%BC.png'/></topic>",
+         "*i \xC3\xBC.png\n"},
+    };
+    for (const auto& row : rows) {
+        Write("d.xml", row.content);
+        EXPECT_EQ(Listed("d.xml"), std::string("d.xml\n") + row.listed) << row.what;
+        EXPECT_TRUE(files_.readable) << row.what << files_.reason;
+    }
+}
+
+TEST_F(DocumentLister, FollowsMapsTopicsAndIncludesInPlace) {
+    Write("maps/g.ditamap",
+          "<map><topicref href='../t/a.dita'/><mapref href='s.ditamap' format='ditamap'/>"
+          "<topicref href='notes.html' format='html'/><topicref href='../t/z.dita'/></map>");
+    Write("maps/s.ditamap", "<map><topicref href='../t/b.dita'/></map>");
+    Write("maps/notes.html", "<html><img src='never.png'/></html>");
+    Write("t/a.dita", "<topic><image href='../i/p.svg'/><p conref='lib.xml#l/p'/></topic>");
+    Write("t/b.dita", "<topic><xref href='b.pdf' format='pdf'/><xref href='a.dita'/></topic>");
+    Write("t/lib.xml", "<topic id='l'><p id='p'><image href='lib.png'/></p></topic>");
+    Write("t/b.pdf", "%PDF");
+    Write("i/p.svg", "<svg xmlns:xlink='http://www.w3.org/1999/xlink'><image xlink:href='inner.png'/></svg>");
+    EXPECT_EQ(Listed("maps/g.ditamap"),
+              "maps\\g.ditamap\nt\\a.dita\n*i\\p.svg\nt\\lib.xml\n*t\\lib.png\nmaps\\s.ditamap\nt\\b."
+              "dita\nt\\b.pdf\n"
+              "maps\\notes.html\nt\\z.dita\n");
+    EXPECT_TRUE(files_.dita);
+}
+
+TEST_F(DocumentLister, EndsOnRingsAndEndlessNames) {
+    Write("a.dita", "<topic><xref href='a.dita'/><xref href='b.dita'/></topic>");
+    Write("b.dita", "<topic><xref href='a.dita#x'/><xref href='loop/b.dita'/></topic>");
+    std::filesystem::create_directory_symlink(".", Native("loop"));
+    EXPECT_EQ(Listed("a.dita"), "a.dita\nb.dita\nloop\\b.dita\n");
+}
+
+TEST_F(DocumentLister, FollowsALongChain) {
+    constexpr int count = 2000;
+    for (int i = 0; i < count; ++i) {
+        Write(std::to_string(i) + ".dita",
+              "<topic><xref href='" + std::to_string(i + 1) + ".dita'/></topic>");
+    }
+    Listed("0.dita");
+    EXPECT_EQ(files_.files.size(), count + 1U);
+}
+
+TEST_F(DocumentLister, ReadsTheDtdWhereAnEntityNeedsIt) {
+    Write("e.dtd", "<!ENTITY pics 'pictures'>");
+    Write("d.xml", "<!DOCTYPE topic SYSTEM 'e.dtd'><topic><image href='&pics;/a.png'/></topic>");
+    EXPECT_EQ(Listed("d.xml"), "d.xml\ne.dtd\n*pictures\\a.png\n");
+}
+
+TEST_F(DocumentLister, NamesWhatItLeavesOut) {
+    Write("d.xml",
+          "<topic><image href='a\\b.png'/><image href='a%01.png'/><image href='%ff.png'/>"
+          "<image href='a\\b.png'/><image href='ok.png'/></topic>");
+    EXPECT_EQ(Listed("d.xml"), "d.xml\n*ok.png\n");
+    ASSERT_EQ(files_.remarks.size(), 3U);
+    EXPECT_EQ(files_.remarks[0].what, "a\\b.png");
+    EXPECT_NE(files_.remarks[0].reason.find("backslash"), std::string::npos);
+    EXPECT_NE(files_.remarks[1].reason.find("control"), std::string::npos);
+    EXPECT_NE(files_.remarks[2].reason.find("UTF-8"), std::string::npos);
+}
+
+TEST_F(DocumentLister, TellsWhyADocumentIsUnreadable) {
+    Write("broken.xml", "<topic>\n<p>\n</topic>");
+    Write("text.xml", "no markup");
+    Write("empty.xml", "");
+    Write("a\\b.xml", "<r/>");
+    ASSERT_EQ(mkfifo(Native("pipe.xml").c_str(), 0600), 0);
+    const struct {
+        const char* name;
+        const char* reason;
+    } rows[] = {
+        {"absent.xml", "No such file"},
+        {"broken.xml", "line 3: "},
+        {"text.xml", "line 1: "},
+        {"empty.xml", ""},
+        {"", "a folder"},
+        {"pipe.xml", "no regular"},
+        {"a\\b.xml", "backslash"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Listed(row.name), "") << row.name;
+        EXPECT_FALSE(files_.readable) << row.name;
+        EXPECT_FALSE(files_.reason.empty()) << row.name;
+        EXPECT_NE(files_.reason.find(row.reason), std::string::npos) << files_.reason;
+        EXPECT_EQ(files_.reason.find('\n'), std::string::npos) << row.name;
+    }
+}
+
+TEST_F(DocumentLister, ListsABrokenPartWithWhatItHolds) {
+    Write("m.ditamap", "<map><topicref href='t.dita'/><topicref href='gone.dita'/></map>");
+    Write("t.dita", "<topic><image href='i.png'/><p></topic>");
+    EXPECT_EQ(Listed("m.ditamap"), "m.ditamap\nt.dita\n*i.png\ngone.dita\n");
+}
+
+TEST_F(DocumentLister, KnowsDita) {
+    const struct {
+        const char* content;
+        bool dita;
+    } rows[] = {
+        {"<concept id='c'/>", true},
+        {"<machine class='- topic/topic task/task m/machine '/>", true},
+        {"<!DOCTYPE x PUBLIC '-//OASIS//DTD DITA Composite//EN' 'x.dtd'><x/>", true},
+        {"<t a:DITAArchVersion='1.2' xmlns:a='http://dita.oasis-open.org/architecture/2005/'/>", true},
+        {"<book/>", false},
+        {"<task xmlns='urn:other'/>", false},
+    };
+    for (const auto& row : rows) {
+        Write("d.xml", row.content);
+        EXPECT_EQ(ListDocumentFiles(Native("d.xml")).dita, row.dita) << row.content;
+    }
+}
+
+}  // namespace
+}  // namespace ventrix::desk

@@ -1,0 +1,53 @@
+#include <gtest/gtest.h>
+
+#include "desk/documents/reference_path.h"
+#include "platform/drives.h"
+
+namespace ventrix::desk {
+namespace {
+
+TEST(ReferencePath, TellsUrlsFilesAndRemarksApart) {
+    platform::SetProcessDrives({{"Z:\\", "/"}, {"C:\\", "/srv/c"}});
+    const struct {
+        const char* reference;
+        const char* url;
+        const char* path;
+        bool remarked;
+    } rows[] = {
+        {"a.dita", "", "/docs/maps/a.dita", false},
+        {"../images/x.png#frame", "", "/docs/images/x.png", false},
+        {"./a/.././b.dita", "", "/docs/maps/b.dita", false},
+        {"../../../../a.dita", "", "/a.dita", false},  // above the root there is nothing
+        {"sub//a.dita", "", "/docs/maps/sub/a.dita", false},
+        {"a%20b%C3%A4.dita", "", "/docs/maps/a b\xC3\xA4.dita", false},
+        {"100%.dita", "", "/docs/maps/100%.dita", false},
+        {"50%zz.dita", "", "/docs/maps/50%zz.dita", false},
+        {"a%2", "", "/docs/maps/a%2", false},
+        {"/abs/a.dita", "", "/abs/a.dita", false},
+        {"file:///abs/a%20b.dita", "", "/abs/a b.dita", false},
+        {"file:/abs/a.dita", "", "/abs/a.dita", false},
+        {"FILE://localhost/abs/a.dita", "", "/abs/a.dita", false},
+        {"file:///C:/docs/a.dita", "", "/srv/c/docs/a.dita", false},
+        {"C:/docs/a.dita", "", "/srv/c/docs/a.dita", false},
+        {"c:\\docs\\a.dita", "", "/srv/c/docs/a.dita", false},
+        {"Q:/docs/a.dita", "", "", true},  // no such drive
+        {"images\\x.png", "", "", true},
+        {"a%5Cb.png", "", "", true},
+        {"a%0Ab.png", "", "", true},
+        {"a%00b.png", "", "", true},
+        {"a%FFb.png", "", "", true},
+        {"http://example.org/a?b#c", "http://example.org/a?b#c", "", false},
+        {"HTTPS://example.org/", "HTTPS://example.org/", "", false},
+        {"mailto:a@example.org", "", "", false},
+        {"#frag", "", "", false},
+    };
+    for (const auto& row : rows) {
+        const ReferenceTarget target = TargetOf(row.reference, "/docs/maps/");
+        EXPECT_EQ(target.url, row.url) << row.reference;
+        EXPECT_EQ(target.path, row.path) << row.reference;
+        EXPECT_EQ(!target.remark.empty(), row.remarked) << row.reference;
+    }
+}
+
+}  // namespace
+}  // namespace ventrix::desk
