@@ -1,0 +1,216 @@
+#include "markers/marker_format.h"
+
+#include <utility>
+
+#include "markers/marker_text.h"
+
+namespace ventrix {
+namespace {
+
+constexpr std::size_t none = std::string_view::npos;
+
+struct ElementWord {
+    std::size_t position;
+    bool opens;
+};
+
+// Both element words share their first bytes. Looking for those finds the next word of either kind in one
+// scan; two searches, one per word, would run to the text's end again and again.
+std::optional<ElementWord> NextElementWord(std::string_view text, std::size_t position) {
+    constexpr std::string_view head = "QL_ELEM_";
+    while ((position = text.find(head, position)) != none) {
+        const std::size_t last = position + head.size();
+        if (last < text.size() && (text[last] == 'S' || text[last] == 'E'))
+            return ElementWord{position, text[last] == 'S'};
+        position = last;
+    }
+    return std::nullopt;
+}
+
+/// The position behind the balanced group whose opening word stands at `start`, or nothing.
+std::optional<std::size_t> ElementGroupEnd(std::string_view text, std::size_t start) {
+    std::size_t position = start + QL_ELEM_S.size();
+    std::size_t depth = 1;
+    while (depth > 0) {
+        const auto word = NextElementWord(text, position);
+        if (!word)
+            return std::nullopt;
+        depth = word->opens ? depth + 1 : depth - 1;
+        position = word->position + QL_ELEM_S.size();
+    }
+    return position;
+}
+
+std::size_t GroupSize(const AttributeEntries& entries) {
+    std::size_t size = QL_START.size() + QL_END.size();
+    for (const std::string& field : entries)
+        size += field.size();
+    return size + entries.size() / 3 * (QL_EQ.size() + QL_TARGET.size() + QL_SEP.size());
+}
+
+}  // namespace
+
+void PrependAttributeGroup(std::string& text, const AttributeEntries& entries) {
+    if (entries.empty())
+        return;
+    const std::string formerEntries = TakeAttributeGroup(text);
+    std::string result;
+    result.reserve(GroupSize(entries) + formerEntries.size() + text.size());
+    result.append(QL_START);
+    for (std::size_t i = 0; i + 2 < entries.size(); i += 3) {
+        result.append(entries[i]).append(QL_EQ).append(entries[i + 1]);
+        result.append(QL_TARGET).append(entries[i + 2]).append(QL_SEP);
+    }
+    result.append(formerEntries).append(QL_END).append(text);
+    text = std::move(result);
+}
+
+std::string TakeAttributeGroup(std::string& text) {
+    if (!text.starts_with(QL_START))
+        return {};
+    const std::size_t end = text.find(QL_END);
+    if (end == none)
+        return {};
+    std::string body = text.substr(QL_START.size(), end - QL_START.size());
+    text.erase(0, end + QL_END.size());
+    return body;
+}
+
+void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, AttributePairs& targetPairs) {
+    const std::size_t start = text.find(QL_START);
+    const std::size_t end = start == none ? none : text.find(QL_END);
+    if (end == none)
+        return;
+    std::string_view body = text.substr(start + QL_START.size());
+    if (end > start)
+        body = body.substr(0, end - start - QL_START.size());
+    while (!body.empty()) {
+        const std::size_t equals = body.find(QL_EQ);
+        const std::size_t target = body.find(QL_TARGET);
+        const std::size_t separator = body.find(QL_SEP);
+        if (equals == none || target == none || separator == none)
+            return;
+        // "QL_EQL_TARGET" holds both words, sharing a "Q". That leaves no value between them, so it counts as
+        // out of order too.
+        const std::size_t valueStart = equals + QL_EQ.size();
+        if (target < valueStart || separator < target)
+            return;
+        const std::size_t targetStart = target + QL_TARGET.size();
+        const std::string_view targetName = body.substr(targetStart, separator - targetStart);
+        AttributePairs& pairs = targetName.empty() ? tagPairs : targetPairs;
+        pairs.emplace_back(targetName.empty() ? body.substr(0, equals) : targetName);
+        pairs.emplace_back(body.substr(valueStart, target - valueStart));
+        body.remove_prefix(separator + QL_SEP.size());
+    }
+}
+
+std::string StripAttributeGroups(std::string_view text) {
+    if (text.find(QL_START) == none)
+        return std::string(text);
+    std::string result;
+    std::size_t position = 0;
+    while (position < text.size()) {
+        // Each QL_START ends in a "T": looking at the end of what is kept so far also sees a word that forms
+        // where the bytes on either side of a group come together.
+        const std::size_t last = text.find(QL_START.back(), position);
+        const std::size_t behind = last == none ? text.size() : last + 1;
+        result.append(text.substr(position, behind - position));
+        position = behind;
+        if (!result.ends_with(QL_START))
+            continue;
+        // Only a QL_END behind the QL_START closes its group. Without one the rest stays as it is, as
+        // TakeAttributeGroup leaves it, and RemoveMarkerWords clears the words in the end.
+        const std::size_t end = text.find(QL_END, position);
+        if (end == none)
+            return result.append(text.substr(position));
+        result.resize(result.size() - QL_START.size());
+        position = end + QL_END.size();
+    }
+    return result;
+}
+
+std::string ComposeScopedGroups(const ScopedEntries& entries) {
+    std::string result;
+    for (std::size_t i = 0; i + 2 < entries.size(); i += 3) {
+        result.append(QL_SA_S).append(entries[i]).append(QL_SEP).append(entries[i + 1]);
+        result.append(QL_SEP).append(entries[i + 2]).append(QL_SA_E);
+    }
+    return result;
+}
+
+ScopedEntries TakeScopedGroups(std::string& text) {
+    ScopedEntries entries;
+    std::string_view rest = text;
+    while (rest.starts_with(QL_SA_S)) {
+        const std::size_t end = rest.find(QL_SA_E);
+        if (end == none)
+            break;
+        const std::string_view body = rest.substr(QL_SA_S.size(), end - QL_SA_S.size());
+        const std::size_t first = body.find(QL_SEP);
+        const std::size_t second = first == none ? none : body.find(QL_SEP, first + QL_SEP.size());
+        if (second != none) {
+            const std::size_t attributeStart = first + QL_SEP.size();
+            entries.emplace_back(body.substr(0, first));
+            entries.emplace_back(body.substr(attributeStart, second - attributeStart));
+            entries.emplace_back(body.substr(second + QL_SEP.size()));
+        }
+        rest.remove_prefix(end + QL_SA_E.size());
+    }
+    text.erase(0, text.size() - rest.size());
+    return entries;
+}
+
+std::string WrapElementGroup(std::string_view xml) {
+    std::string escaped(xml);
+    EscapeMarkup(escaped);
+    return std::string(QL_ELEM_S).append(escaped).append(QL_ELEM_E);
+}
+
+std::vector<std::string> SplitElementGroups(std::string_view text) {
+    std::vector<std::string> pieces;
+    // The cut ends at the first group that does not close. No look at the last QL_ELEM_E is needed: where
+    // none stands behind the opening word, the group can't be balanced either.
+    std::size_t start = 0;
+    while ((start = text.find(QL_ELEM_S)) != none) {
+        const auto end = ElementGroupEnd(text, start);
+        if (!end)
+            break;
+        pieces.emplace_back(text.substr(0, start));
+        pieces.emplace_back(text.substr(start, *end - start));
+        text.remove_prefix(*end);
+    }
+    pieces.emplace_back(text);
+    return pieces;
+}
+
+std::optional<std::string> ElementGroupXml(std::string_view piece) {
+    const std::size_t end = piece.find(QL_ELEM_E);
+    if (end == none)
+        return std::nullopt;
+    std::string xml(piece.substr(QL_ELEM_S.size(), end - QL_ELEM_S.size()));
+    UnescapeMarkup(xml);
+    return xml;
+}
+
+std::vector<std::string> SplitTagsValue(std::string_view tagsValue) {
+    std::vector<std::string> tokens;
+    std::size_t end = 0;
+    while ((end = tagsValue.find(QL_SEP)) != none) {
+        tokens.emplace_back(tagsValue.substr(0, end));
+        tagsValue.remove_prefix(end + QL_SEP.size());
+    }
+    return tokens;
+}
+
+std::string RemoveMarkerWords(std::string_view text) {
+    std::string result(text);
+    if (text.find("QL_") == none)
+        return result;
+    // QL_SEP goes twice: its first removal, or a later one, can bring a new QL_SEP together.
+    for (const std::string_view word :
+         {QL_ELEM_S, QL_ELEM_E, QL_START, QL_END, QL_SEP, QL_EQ, QL_TARGET, QL_SEP, QL_SA_S, QL_SA_E})
+        ReplaceAll(result, word, {});
+    return result;
+}
+
+}  // namespace ventrix

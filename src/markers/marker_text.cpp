@@ -1,0 +1,67 @@
+#include "markers/marker_text.h"
+
+#include <array>
+#include <ranges>
+
+namespace ventrix {
+namespace {
+
+constexpr std::string_view blanks = " \t\n\r";
+
+struct EscapePair {
+    std::string_view character;
+    std::string_view escape;
+};
+
+// The ampersand stands first, since the other escapes bring new ones: it is escaped first, unescaped last.
+constexpr std::array<EscapePair, 5> escapeTable = {{
+    {"&", "&amp;"},
+    {"<", "&lt;"},
+    {">", "&gt;"},
+    {"\"", "&quot;"},
+    {"'", "&apos;"},
+}};
+
+}  // namespace
+
+void ReplaceAll(std::string& text, std::string_view oldText, std::string_view newText) {
+    if (oldText.empty())
+        return;
+    std::size_t found = text.find(oldText);
+    if (found == std::string::npos)
+        return;
+    std::string result;
+    result.reserve(text.size());
+    std::size_t position = 0;
+    while (found != std::string::npos) {
+        result.append(text, position, found - position).append(newText);
+        position = found + oldText.size();
+        found = text.find(oldText, position);
+    }
+    result.append(text, position);
+    text = std::move(result);
+}
+
+void EscapeMarkup(std::string& text) {
+    for (const EscapePair& pair : escapeTable)
+        ReplaceAll(text, pair.character, pair.escape);
+}
+
+void UnescapeMarkup(std::string& text) {
+    for (const EscapePair& pair : std::views::reverse(escapeTable))
+        ReplaceAll(text, pair.escape, pair.character);
+}
+
+std::string TrimBlanks(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos)
+        return {};
+    const std::size_t last = text.find_last_not_of(blanks);
+    return std::string(text.substr(first, last - first + 1));
+}
+
+bool IsFilled(std::string_view text) {
+    return text.find_first_not_of(blanks) != std::string_view::npos;
+}
+
+}  // namespace ventrix
