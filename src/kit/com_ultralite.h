@@ -12,11 +12,11 @@ namespace ventrix {
 /// reference.
 class ComUltraliteC : public IUnknown {
   public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
+    HRESULT QueryInterface(REFIID id, void** out) override;
+    ULONG AddRef() override;
 
     /// Frees the object with its last reference. The new count.
-    ULONG STDMETHODCALLTYPE Release() override;
+    ULONG Release() override;
 
     /// Stores the side of the object that has the id and adds a reference; leaves out alone for an unknown
     /// id.
@@ -53,11 +53,9 @@ inline REFIID InterfaceIdOf<IMessageFilter>() {
 template <class Interface, class Base>
 class ImplementComC : public Base, public Interface {
   public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) override {
-        return Base::QueryInterface(id, out);
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return Base::AddRef(); }
-    ULONG STDMETHODCALLTYPE Release() override { return Base::Release(); }
+    HRESULT QueryInterface(REFIID id, void** out) override { return Base::QueryInterface(id, out); }
+    ULONG AddRef() override { return Base::AddRef(); }
+    ULONG Release() override { return Base::Release(); }
 
     void FindInterface(REFIID id, void** out) override {
         if (id == InterfaceIdOf<Interface>()) {

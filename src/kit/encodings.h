@@ -36,7 +36,7 @@ std::int32_t Q_EncodingIndex(const char* name);
 /// The entry with this index; the entry 0 for any other number.
 const Q_Encoding& Q_EncodingAt(std::int32_t index);
 
-/// The entry whose converter has this name, exactly; the entry 0 if there is none.
+/// The entry whose converter has this name; the entry 0 if there is none.
 const Q_Encoding& Q_EncodingOfConverter(const char* converterName);
 
 /// Whether two bytes are one double-byte character of the encoding.

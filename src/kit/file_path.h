@@ -43,6 +43,11 @@ char* Q_FilePathToPath(const FilePath* path, int mode);
 /// Frees the record; null is allowed. Always 0.
 int Q_FreeFilePath(FilePath* path);
 
+/// Both of "\\" and "/" separate components.
+constexpr bool Q_IsSeparator(char byte) {
+    return byte == '\\' || byte == '/';
+}
+
 /// Behind the last backslash or colon of the text; the text itself if it has neither. Null for null.
 const char* Q_LeafOf(const char* text);
 

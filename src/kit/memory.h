@@ -35,6 +35,9 @@ int Q_FreeAndClear(void* blockAddress);
 /// Sets the block to zero. 0, or 1 if the block is null.
 int Q_ZeroBytes(void* block, std::uint32_t size);
 
+/// What a must-succeed allocation does when memory runs out.
+[[noreturn]] void Q_MemoryFailure();
+
 /// Ends what can't go on: the assertion hook, then the platform exception with code 1.
 [[noreturn]] void Q_Fatal();
 

@@ -9,7 +9,7 @@ namespace ventrix {
 char* Q_PortableToNative(const char* text);
 
 /// The portable form of a native text, in kit memory, relative to the anchor's text if that is not null. A
-/// network file is copied. Null for a null text and when memory runs out.
+/// network file is copied. Null for a null text and for a component of more than 1024 bytes.
 char* Q_NativeToPortable(const char* text, const char* anchor);
 
 }  // namespace ventrix

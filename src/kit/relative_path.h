@@ -9,7 +9,7 @@ namespace ventrix {
 void MakePathRelative(char* path, const char* base);
 
 /// Turns a relative URL into a path: "/" becomes a backslash, and "%" with two hexadecimal digits its byte,
-/// except for the zero byte. Null is allowed.
+/// except for the zero byte. Null is fatal.
 void Q_UrlToPath(char* text);
 
 }  // namespace ventrix

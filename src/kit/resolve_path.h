@@ -1,4 +1,5 @@
-// Joining a path to a base and normalising the outcome, in place. Both "\" and "/" separate components.
+// Joining a path to a base and normalising the outcome, in place. Both "\" and "/" separate components. A
+// null buffer is fatal.
 #pragma once
 
 namespace ventrix {

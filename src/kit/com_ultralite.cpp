@@ -1,0 +1,41 @@
+#include "kit/com_ultralite.h"
+
+namespace ventrix {
+
+HRESULT ComUltraliteC::QueryInterface(REFIID id, void** out) {
+    *out = nullptr;
+    FindInterface(id, out);
+    return *out != nullptr ? S_OK : E_NOINTERFACE;
+}
+
+ULONG ComUltraliteC::AddRef() {
+    return ++referenceCount_;
+}
+
+ULONG ComUltraliteC::Release() {
+    if (--referenceCount_ != 0) {
+        return referenceCount_;
+    }
+    // A reference that the destructor takes and gives back must not start a second destruction.
+    constexpr std::uint32_t whileDestroyed = 100;
+    referenceCount_ = whileDestroyed;
+    if (CanDestroy() != 0) {
+        delete this;
+        return 0;
+    }
+    referenceCount_ -= whileDestroyed;
+    return 0;
+}
+
+void ComUltraliteC::FindInterface(REFIID id, void** out) {
+    if (id == IID_IUnknown) {
+        AddRef();
+        *out = static_cast<IUnknown*>(this);
+    }
+}
+
+int ComUltraliteC::CanDestroy() {
+    return 1;
+}
+
+}  // namespace ventrix
