@@ -1,0 +1,123 @@
+#include "fileset/file_operations.h"
+
+#include <algorithm>
+
+#include "platform/files.h"
+
+namespace ventrix {
+
+namespace {
+
+using platform::FolderEntry;
+
+bool IsFolderEntry(const FolderEntry& entry) {
+    return (entry.attributes & platform::attributeDirectory) != 0;
+}
+bool IsLink(const FolderEntry& entry) {
+    return (entry.attributes & platform::attributeLink) != 0;
+}
+
+bool HasOneOf(const std::string& name, const FileList& suffixes) {
+    return std::any_of(suffixes.begin(), suffixes.end(),
+                       [&name](const std::string& suffix) { return EndsWith(name, suffix); });
+}
+
+/// The copy of a protected source has to be rewritten later.
+void MakeWritable(const Path& path) {
+    if (const auto attributes = platform::AttributesOf(path)) {
+        platform::SetAttributes(path, *attributes & ~platform::attributeReadOnly);
+    }
+}
+
+void ClearSubfolder(const Path& subfolder, bool isLink, bool keepFiles) {
+    // What a link leads to lies outside and is not ours to empty: clearing takes the link alone, pruning
+    // leaves it.
+    if (isLink && keepFiles) {
+        return;
+    }
+    if (!isLink) {
+        ClearFolder(subfolder, keepFiles);
+    }
+    platform::RemoveEmptyFolder(subfolder);
+}
+
+}  // namespace
+
+bool FileReadable(const Path& path) {
+    return platform::OpensForReading(path);
+}
+
+bool IsFolder(const Path& path) {
+    const auto attributes = platform::AttributesOf(path);
+    return attributes && (*attributes & platform::attributeDirectory) != 0;
+}
+
+bool EnsureFolder(const Path& folder) {
+    const Path parent = ParentFolder(folder);
+    // The climb ends at a drive, a server or a bare name: such a folder is there or can't be made.
+    if (parent.empty()) {
+        return IsFolder(folder);
+    }
+    if (!IsFolder(parent) && !EnsureFolder(parent)) {
+        return false;
+    }
+    const auto outcome = platform::MakeFolder(folder);
+    return outcome == platform::errorNone || outcome == platform::errorAlreadyExists;
+}
+
+void DeleteFileAt(const Path& path) {
+    platform::RemoveFile(path);
+}
+
+bool CopyFileInto(const Path& source, const Path& target) {
+    if (!EnsureFolder(ParentFolder(target))) {
+        return false;
+    }
+    if (platform::CopyFileOver(source, target) != platform::errorNone) {
+        return false;
+    }
+    MakeWritable(target);
+    return true;
+}
+
+void MoveFileInto(const Path& source, const Path& target) {
+    DeleteFileAt(target);
+    // Without a copy the source is the only one left.
+    if (CopyFileInto(source, target)) {
+        DeleteFileAt(source);
+    }
+}
+
+FileList CollectFiles(const Path& folder, const FileList& suffixes) {
+    FileList files;
+    for (const FolderEntry& entry : platform::ListFolder(folder)) {
+        Path path = folder + '\\' + entry.name;
+        if (IsFolderEntry(entry)) {
+            files.splice(files.end(), CollectFiles(path, suffixes));
+        } else if (HasOneOf(entry.name, suffixes)) {
+            files.push_back(std::move(path));
+        }
+    }
+    return files;
+}
+
+void ClearFolder(const Path& folder, bool keepFiles) {
+    // Without its backslash the text joins with names to files beside the folder.
+    if (!EndsWith(folder, R"(\)")) {
+        return;
+    }
+    for (const FolderEntry& entry : platform::ListFolder(folder)) {
+        const Path path = folder + entry.name;
+        if (IsFolderEntry(entry)) {
+            ClearSubfolder(path + '\\', IsLink(entry), keepFiles);
+        } else if (!keepFiles) {
+            platform::RemoveFile(path);
+        }
+    }
+}
+
+void AppendList(FileList& target, const FileList& source) {
+    target.insert(target.end(), source.begin(), source.end());
+}
+
+}  // namespace ventrix

@@ -1,0 +1,80 @@
+// Drives of a test's own: C:\, D:\ and \\server\ stand on an empty temporary folder, so that a test writes
+// and reads the paths that the module sees. The folder and the drives go with the object.
+#pragma once
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "platform/drives.h"
+
+namespace ventrix::test {
+
+class TestDrives {
+  public:
+    TestDrives() : former_(platform::ProcessDrives()), root_(MakeRoot()) {
+        const std::string root = root_.string();
+        platform::SetProcessDrives({{R"(Z:\)", "/"},
+                                    {R"(C:\)", root + "/c"},
+                                    {R"(D:\)", root + "/d"},
+                                    {R"(\\server\)", root + "/server"}});
+    }
+    ~TestDrives() {
+        platform::SetProcessDrives(former_);
+        std::error_code ignored;
+        std::filesystem::remove_all(root_, ignored);
+    }
+    TestDrives(const TestDrives&) = delete;
+    TestDrives& operator=(const TestDrives&) = delete;
+
+    std::filesystem::path Native(const std::string& path) const { return platform::ToNative(path); }
+
+    void Write(const std::string& path, const std::string& content) const {
+        std::filesystem::create_directories(Native(path).parent_path());
+        std::ofstream(Native(path), std::ios::binary) << content;
+    }
+
+    void MakeFolder(const std::string& path) const { std::filesystem::create_directories(Native(path)); }
+
+    bool Exists(const std::string& path) const { return std::filesystem::exists(Native(path)); }
+
+    /// The content of the file; "(missing)" if there is none.
+    std::string Read(const std::string& path) const {
+        std::ifstream file(Native(path), std::ios::binary);
+        return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(missing)";
+    }
+
+    /// Everything below the folder, sorted, relative to it; folders with their backslash.
+    std::vector<std::string> Tree(const std::string& folder) const {
+        std::vector<std::string> tree;
+        if (!Exists(folder)) {
+            return tree;
+        }
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(Native(folder))) {
+            std::string name = entry.path().lexically_relative(Native(folder)).string();
+            std::replace(name.begin(), name.end(), '/', '\\');
+            tree.push_back(entry.is_directory() ? name + '\\' : name);
+        }
+        std::sort(tree.begin(), tree.end());
+        return tree;
+    }
+
+  private:
+    static std::filesystem::path MakeRoot() {
+        const auto root = std::filesystem::temp_directory_path() /
+                          ("ventrix-test-" + std::to_string(std::random_device()()));
+        for (const char* drive : {"c", "d", "server"}) {
+            std::filesystem::create_directories(root / drive);
+        }
+        return root;
+    }
+
+    platform::DriveTable former_;
+    std::filesystem::path root_;
+};
+
+}  // namespace ventrix::test
