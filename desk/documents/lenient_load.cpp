@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "desk/documents/reference_path.h"
+
 namespace ventrix::desk {
 namespace {
 
@@ -43,6 +45,21 @@ void CollectFault(void* context, xmlErrorPtr error) {
     }
 }
 
+/// Reasons that belong to no parser, such as a refused download, would go to standard error.
+class QuietScope {
+  public:
+    QuietScope() : function_(xmlStructuredError), context_(xmlStructuredErrorContext) {
+        xmlSetStructuredErrorFunc(nullptr, [](void*, xmlErrorPtr) {});
+    }
+    ~QuietScope() { xmlSetStructuredErrorFunc(context_, function_); }
+    QuietScope(const QuietScope&) = delete;
+    QuietScope& operator=(const QuietScope&) = delete;
+
+  private:
+    xmlStructuredErrorFunc function_;
+    void* context_;
+};
+
 class OpenFile {
   public:
     explicit OpenFile(const std::string& path)
@@ -63,12 +80,14 @@ class OpenFile {
 void Parse(const OpenFile& file, const std::string& path, int extraOptions, LenientDocument& result) {
     const int options =
         XML_PARSE_NONET | XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | extraOptions;
+    const QuietScope quiet;
     const XmlParser parser(xmlNewParserCtxt());
     Faults faults;
     parser->_private = &faults;
     parser->sax->serror = CollectFault;
     lseek(file.descriptor(), 0, SEEK_SET);
-    result.document.reset(xmlCtxtReadFd(parser.get(), file.descriptor(), path.c_str(), nullptr, options));
+    result.document.reset(
+        xmlCtxtReadFd(parser.get(), file.descriptor(), FileUri(path).c_str(), nullptr, options));
     if (result.document != nullptr && xmlDocGetRootElement(result.document.get()) == nullptr) {
         result.document.reset();
     }
@@ -87,7 +106,7 @@ bool NamesExternalDtd(const xmlDoc* document) {
 
 }  // namespace
 
-LenientDocument LoadLeniently(const std::string& nativePath, DtdUse dtdUse) {
+LenientDocument LoadLeniently(const std::string& nativePath, LoadFor purpose) {
     LenientDocument result;
     const OpenFile file(nativePath);
     struct stat status = {};
@@ -100,9 +119,13 @@ LenientDocument LoadLeniently(const std::string& nativePath, DtdUse dtdUse) {
         return result;
     }
     result.identity = {status.st_dev, status.st_ino};
+    if (purpose == LoadFor::stylesheet) {
+        Parse(file, nativePath, XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR | XML_PARSE_NOENT | XML_PARSE_NOCDATA,
+              result);
+        return result;
+    }
     Parse(file, nativePath, 0, result);
-    if (dtdUse == DtdUse::whenNeeded && !result.undeclaredEntities.empty() &&
-        NamesExternalDtd(result.document.get())) {
+    if (!result.undeclaredEntities.empty() && NamesExternalDtd(result.document.get())) {
         Parse(file, nativePath, XML_PARSE_DTDLOAD, result);
     }
     return result;

@@ -20,13 +20,14 @@ struct LenientDocument {
         identity;  ///< Device and file number; zeros if it could not be opened.
 };
 
-enum class DtdUse {
-    whenNeeded,  ///< The external DTD is read only if the document uses an entity that it does not declare
-                 ///< itself.
-    never,
+enum class LoadFor {
+    listing,     ///< Entities stay references; the DTD is read only if the document uses an entity that it
+                 ///< lacks.
+    stylesheet,  ///< Entities are expanded, CDATA sections are text, and the DTD's default attributes are
+                 ///< there.
 };
 
 /// A missing file, a folder or a device gives no document and the reason.
-LenientDocument LoadLeniently(const std::string& nativePath, DtdUse dtdUse = DtdUse::whenNeeded);
+LenientDocument LoadLeniently(const std::string& nativePath, LoadFor purpose = LoadFor::listing);
 
 }  // namespace ventrix::desk

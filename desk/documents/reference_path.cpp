@@ -1,11 +1,13 @@
 #include "desk/documents/reference_path.h"
 
+#include <libxml/uri.h>
 #include <libxml/xmlstring.h>
 
 #include <algorithm>
 #include <cctype>
 #include <vector>
 
+#include "desk/documents/xml_handles.h"
 #include "platform/drives.h"
 
 namespace ventrix::desk {
@@ -147,6 +149,11 @@ ReferenceTarget TargetOf(std::string_view reference, std::string_view folder) {
     // The module knows only these as web addresses; it would report any other as a broken link.
     return name == "http:" || name == "https:" ? ReferenceTarget{.url = std::string(reference)}
                                                : ReferenceTarget{};
+}
+
+std::string FileUri(const std::string& absolutePath) {
+    const XmlText escaped(xmlURIEscapeStr(Xml(absolutePath.c_str()), Xml("/")));
+    return "file://" + std::string(View(escaped.get()));
 }
 
 }  // namespace ventrix::desk

@@ -27,4 +27,7 @@ std::string NormalPath(std::string_view absolutePath);
 /// The folder of an absolute path, with its closing slash.
 std::string FolderOf(std::string_view absolutePath);
 
+/// The `file:` URI of an absolute native path, for parsers that take nothing else.
+std::string FileUri(const std::string& absolutePath);
+
 }  // namespace ventrix::desk

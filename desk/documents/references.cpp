@@ -12,8 +12,8 @@ namespace {
 constexpr std::string_view xlinkNamespace = "http://www.w3.org/1999/xlink";
 constexpr std::string_view xincludePrefix = "http://www.w3.org/2001/XInclude";
 
-constexpr std::array graphicExtensions = {"svg",  "svgz", "png", "jpg", "jpeg", "gif", "tif", "tiff", "bmp",
-                                          "webp", "eps",  "wmf", "emf", "ico",  "cgm", "ai",  "psd"};
+constexpr std::array graphicExtensions = {"svg", "svgz", "png", "jpg", "jpeg", "gif", "tif", "tiff",
+                                          "bmp", "webp", "eps", "wmf", "emf",  "ico", "cgm"};
 constexpr std::array xmlExtensions = {"xml", "dita", "ditamap", "bookmap", "dbk", "docbook"};
 constexpr std::array ditaRoots = {
     "map",      "bookmap",    "topic",      "concept",         "task",         "reference", "dita",

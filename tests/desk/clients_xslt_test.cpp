@@ -1,0 +1,155 @@
+#include "desk/clients/xslt_client.h"
+
+#include "tests/desk/folder_fixture.h"
+
+namespace ventrix::desk {
+namespace {
+
+class XsltClient : public FolderFixture {
+  protected:
+    std::int32_t Run(const std::string& source, const std::string& stylesheet, const std::string& output) {
+        record_ = {};
+        console_.clear();
+        HostServices host;
+        host.console = [this](const std::string& text) { console_ += text; };
+        return MakeXsltClient(record_)("XSLTRunTrScenario -dontuseqlconsole -file \"" + source +
+                                           "\" -xslfilepath \"" + stylesheet + "\" -outputfilepath \"" +
+                                           output + "\"",
+                                       host)
+            .status;
+    }
+    std::int32_t RunHere() { return Run(System("d ü.xml"), System("s ü.xsl"), System("out/p ü.html")); }
+    static std::string Sheet(const std::string& content) {
+        return "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'"
+               " xmlns:str='http://exslt.org/strings' xmlns:exsl='http://exslt.org/common'"
+               " extension-element-prefixes='exsl str'>" +
+               content + "</xsl:stylesheet>";
+    }
+    static std::string TextSheet(const std::string& body) {
+        return Sheet("<xsl:output method='text'/><xsl:template match='/'>" + body + "</xsl:template>");
+    }
+    TransformationRecord record_;
+    std::string console_;
+};
+
+TEST_F(XsltClient, RunsStylesheets) {
+    Write("part.xsl", Sheet("<xsl:template name='part'>imported</xsl:template>"));
+    Write("other ü.xml", "<o>other</o>");
+    Write("e.dtd", "<!ENTITY product 'P40'><!ATTLIST d kind CDATA 'default'>");
+    const struct {
+        const char* what;
+        std::string document;
+        std::string stylesheet;
+        const char* output;
+    } rows[] = {
+        {"xsl:output", "<d/>",
+         Sheet("<xsl:output method='xml' encoding='ISO-8859-1' omit-xml-declaration='yes'/>"
+               "<xsl:template match='/'><p>ä</p></xsl:template>"),
+         "<p>\xE4</p>\n"},
+        {"an imported part", "<d/>",
+         Sheet("<xsl:import href='part.xsl'/><xsl:output method='text'/>"
+               "<xsl:template match='/'><xsl:call-template name='part'/></xsl:template>"),
+         "imported"},
+        {"document()", "<d/>", TextSheet("<xsl:value-of select=\"document('other%20%C3%BC.xml', /)\"/>"),
+         "other"},
+        {"document() beside the stylesheet", "<d/>",
+         TextSheet("<xsl:value-of select=\"document('other%20%C3%BC.xml')\"/>"), "other"},
+        {"EXSLT", "<d/>", TextSheet("<xsl:value-of select=\"str:replace('abc', 'b', '-')\"/>"), "a-c"},
+        {"the DTD's entities and attributes", "<!DOCTYPE d SYSTEM 'e.dtd'><d>&product;</d>",
+         TextSheet("<xsl:value-of select=\"concat(d, ' ', d/@kind)\"/>"), "P40 default"},
+        {"an absent DTD", "<!DOCTYPE d SYSTEM 'http://127.0.0.1:9/none.dtd'><d>text</d>",
+         TextSheet("<xsl:value-of select='d'/>"), "text"},
+        {"nothing from a network", "<d/>",
+         TextSheet("<xsl:value-of select=\"concat('[', document('http://127.0.0.1:9/x.xml'), ']')\"/>"),
+         nullptr},
+        {"a message", "<d/>", TextSheet("<xsl:message>note\nwell</xsl:message>done"), "done"},
+    };
+    for (const auto& row : rows) {
+        Write("d ü.xml", row.document);
+        Write("s ü.xsl", row.stylesheet);
+        std::filesystem::remove(Native("out/p ü.html"));
+        EXPECT_EQ(RunHere(), row.output == nullptr ? 1 : 0) << row.what << ": " << record_.reason;
+        EXPECT_EQ(Read("out/p ü.html"), row.output == nullptr ? "" : row.output) << row.what;
+        EXPECT_EQ(record_.started, 1) << row.what;
+    }
+    EXPECT_EQ(console_, "note\nwell\n");
+}
+
+TEST_F(XsltClient, LeavesTheOutputAloneOnFailure) {
+    const struct {
+        const char* what;
+        std::string document;
+        std::string stylesheet;
+        const char* reason;
+    } rows[] = {
+        {"a broken document", "<d>\n<e></d>", TextSheet("x"), "line 2: "},
+        {"a broken stylesheet", "<d/>", "<xsl:stylesheet", "cannot be used"},
+        {"an invalid stylesheet", "<d/>", TextSheet("<xsl:value-of select='('/>"), "cannot be used"},
+        {"a stop", "<d/>", TextSheet("half<xsl:message terminate='yes'>no more</xsl:message>"), "no more"},
+        {"a recursion without end", "<d/>", TextSheet("<xsl:apply-templates select='/'/>"), "failed on"},
+        {"an unknown function", "<d/>", TextSheet("<xsl:value-of select='none()'/>"), "failed on"},
+        {"no output", "<d/>", TextSheet(""), "wrote nothing"},
+        {"an entity bomb",
+         "<!DOCTYPE d [<!ENTITY a 'aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa'>"
+         "<!ENTITY b "
+         "'&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'>"
+         "<!ENTITY c "
+         "'&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;'>"
+         "<!ENTITY e "
+         "'&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;'>"
+         "<!ENTITY f "
+         "'&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;'>]>"
+         "<d>&f;&f;&f;</d>",
+         TextSheet("x"), "cannot be read"},
+    };
+    for (const auto& row : rows) {
+        Write("d ü.xml", row.document);
+        Write("s ü.xsl", row.stylesheet);
+        Write("out/p ü.html", "former");
+        EXPECT_EQ(RunHere(), 1) << row.what;
+        EXPECT_EQ(Read("out/p ü.html"), "former") << row.what;
+        EXPECT_EQ(record_.failed, 1) << row.what;
+        EXPECT_NE(record_.reason.find(row.reason), std::string::npos) << row.what << ": " << record_.reason;
+        EXPECT_EQ(record_.reason.find('\n'), std::string::npos) << row.what;
+    }
+}
+
+TEST_F(XsltClient, NamesWhatIsMissing) {
+    Write("d.xml", "<d/>");
+    Write("s.xsl", TextSheet("x"));
+    EXPECT_EQ(Run(System("absent.xml"), System("s.xsl"), System("o")), 1);
+    EXPECT_NE(record_.reason.find("absent.xml"), std::string::npos);
+    EXPECT_EQ(Run(System("d.xml"), System("absent.xsl"), System("o")), 1);
+    EXPECT_NE(record_.reason.find("absent.xsl"), std::string::npos);
+    EXPECT_EQ(Run(System("d.xml"), "", System("o")), 1);
+    EXPECT_NE(record_.reason.find("-xslfilepath"), std::string::npos);
+}
+
+TEST_F(XsltClient, WritesFurtherFilesBesideTheOutput) {
+    Write("d ü.xml", "<d/>");
+    Write("s ü.xsl", TextSheet("main<exsl:document href='sub/part.txt' method='text'>part</exsl:document>"));
+    EXPECT_EQ(RunHere(), 0) << record_.reason;
+    EXPECT_EQ(Read("out/sub/part.txt"), "part");
+}
+
+TEST_F(XsltClient, RewritesADoctypeWithoutTouchingTheDocument) {
+    const std::string prolog = "<?xml version='1.0'?>\r\n<!DOCTYPE t PUBLIC \"-//X//DTD t//EN\" ";
+    const std::string rest =
+        " [<!ENTITY own 'o'>]>\r\n<t a='&product;'>&nbsp;&own;<b></b>&#xA0;<![CDATA[&x;]]></t>\n";
+    const std::string stylesheet = platform::ToSystem(VENTRIX_DATA_FOLDER "/Ventrix.xsl").value();
+    Write("t.xml", prolog + "'t.dtd'" + rest);
+    ASSERT_EQ(Run(System("t.xml"), stylesheet, System("t.xml.ql.temp")), 0) << console_;
+    EXPECT_EQ(Read("t.xml.ql.temp"), prolog + "\"$qldtdpath$\"" + rest);
+    EXPECT_EQ(record_.started, 0);
+
+    Write("n.xml", "<t>&nbsp;</t>");
+    ASSERT_EQ(Run(System("n.xml"), stylesheet, System("n.temp")), 0) << console_;
+    EXPECT_EQ(Read("n.temp"), "<!DOCTYPE t SYSTEM \"$qldtdpath$\">\n<t>&nbsp;</t>");
+
+    Write("cut.xml", "<t>&nbsp;");
+    EXPECT_EQ(Run(System("cut.xml"), stylesheet, System("cut.temp")), 1);
+    EXPECT_FALSE(std::filesystem::exists(Native("cut.temp")));
+}
+
+}  // namespace
+}  // namespace ventrix::desk
