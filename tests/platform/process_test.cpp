@@ -1,0 +1,130 @@
+#include "platform/process.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "platform/environment.h"
+#include "temp_tree.h"
+
+using namespace ventrix::platform;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+TEST(CommandLine, IsCutAsThePlatformDoes) {
+    const struct {
+        const char* name;
+        const char* text;
+        Texts arguments;
+    } rows[] = {
+        {"script and document",
+         R"("C:\my scripts\pre.sh" "C:\out\a b.xml")",
+         {R"(C:\my scripts\pre.sh)", R"(C:\out\a b.xml)"}},
+        {"unquoted", "  run\ta  b ", {"run", "a", "b"}},
+        {"nothing is escaped in the program", R"("C:\bin\" x)", {R"(C:\bin\)", "x"}},
+        {"text right behind the program", R"("a"b c)", {"a", "b", "c"}},
+        {"program without its closing quote", R"("a b)", {"a b"}},
+        {"empty program", R"("" x)", {"", "x"}},
+        {"empty argument", R"(p "" x)", {"p", "", "x"}},
+        {"quote in the middle", R"(p a" b "c)", {"p", "a b c"}},
+        {"backslashes before a letter", R"(p a\\b)", {"p", R"(a\\b)"}},
+        {"backslashes before a quote", R"(p "a\\" b)", {"p", R"(a\)", "b"}},
+        {"plain quote", R"(p a\"b c)", {"p", R"(a"b)", "c"}},
+        {"odd run before a quote", R"(p "a\\\"b" c)", {"p", R"(a\"b)", "c"}},
+        {"folder in quotes runs on", R"(p "C:\a\" b)", {"p", R"(C:\a" b)"}},
+        {"two quotes in quotes", R"(p "a""b c")", {"p", R"(a"b c)"}},
+        {"backslash at the end", R"(p a\)", {"p", R"(a\)"}},
+        {"blank", " \t ", {}},
+        {"empty", "", {}},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(SplitCommandLine(row.text), row.arguments) << row.name;
+}
+
+TEST(CommandLine, PathsReachTheProgramInNativeNotation) {
+    const DriveTable drives = ParseDrives("C=/srv/c");
+    EXPECT_EQ(NativeArguments(drives, {R"(C:\pre.sh)", R"(C:\a b.xml)", "/native", R"(Q:\unknown)",
+                                       R"(\\no\server)", R"(s\d+)", "C:x", "-o"}),
+              (Texts{"/srv/c/pre.sh", "/srv/c/a b.xml", "/native", R"(Q:\unknown)", R"(\\no\server)",
+                     R"(s\d+)", "C:x", "-o"}));
+    EXPECT_EQ(NativeArguments(drives, {R"(scripts\pre.sh)"}), (Texts{"scripts/pre.sh"}));
+    EXPECT_EQ(NativeArguments(drives, {R"(Q:\pre.sh)"}), (Texts{""}));
+    EXPECT_EQ(NativeArguments(drives, {}), Texts{});
+}
+
+void PutProgram(const TempTree& tree, const std::string& name, const std::string& content) {
+    tree.Put(name, content);
+    fs::permissions(tree.Native(name), fs::perms(0755));
+}
+
+/// Starts the program of a tree with one argument and gives its exit code, or the negative number of the
+/// error.
+int ExitOf(const TempTree& tree, const std::string& name, const std::string& argument = "x") {
+    ProcessHandle process;
+    const ErrorCode error = StartProcess("\"" + tree.System(name) + "\" \"" + argument + "\"", process);
+    EXPECT_EQ(process.id != 0, error == errorNone);
+    return error != errorNone ? -static_cast<int>(error) : WaitForProcess(process);
+}
+
+TEST(StartProcess, ScriptsGetTheDocumentInNativeNotation) {
+    const TempTree tree;
+    const std::string body = "printf '%s|%s' \"$#\" \"$1\" >\"$(dirname \"$0\")/out\"\nexit 7\n";
+    PutProgram(tree, "with line/a b.sh", "#!/bin/sh\n" + body);
+    PutProgram(tree, "without line.sh", body);
+    const std::string document = tree.System("doc ument.xml");
+    EXPECT_EQ(ExitOf(tree, "with line/a b.sh", document), 7);
+    EXPECT_EQ(tree.Get("with line/out"), "1|" + tree.Native("doc ument.xml").string());
+    EXPECT_EQ(ExitOf(tree, "without line.sh", document), 7);
+    EXPECT_EQ(tree.Get("out"), "1|" + tree.Native("doc ument.xml").string());
+}
+
+TEST(StartProcess, InheritsEnvironmentAndFolderButNoInputAndNoFiles) {
+    const TempTree tree;
+    PutProgram(tree, "probe",
+               "#!/bin/sh\ncat\npwd >\"$1\"\necho \"$VENTRIX_PROBE\" >>\"$1\"\n[ ! -e /proc/self/fd/77 ]\n");
+    SetEnvironmentValue("VENTRIX_PROBE", "from the host");
+    const int open = ::fcntl(STDERR_FILENO, F_DUPFD, 77);
+    ASSERT_EQ(open, 77);
+    const fs::path before = fs::current_path();
+    fs::current_path(tree.Native(""));
+    ProcessHandle process;
+    EXPECT_EQ(StartProcess("probe out", process), errorNone);
+    EXPECT_EQ(WaitForProcess(process), 0);
+    fs::current_path(before);
+    ::close(open);
+    RemoveEnvironmentValue("VENTRIX_PROBE");
+    EXPECT_EQ(tree.Get("out"), tree.Native("").string() + "\nfrom the host\n");
+    EXPECT_EQ(WaitForProcess(process), -1);
+}
+
+TEST(StartProcess, FailuresHaveThePlatformsNumbers) {
+    const TempTree tree;
+    tree.Put("not executable", "#!/bin/sh\n");
+    PutProgram(tree, "binary",
+               std::string("\x7F"
+                           "ELF\0\0\0\0garbage",
+                           15));
+    PutProgram(tree, "empty", "");
+    PutProgram(tree, "lost interpreter", "#!/no/such/interpreter\n");
+    PutProgram(tree, "killed", "#!/bin/sh\nkill -TERM $$\n");
+    EXPECT_EQ(ExitOf(tree, "none"), -2);
+    EXPECT_EQ(ExitOf(tree, "none/none"), -3);
+    EXPECT_EQ(ExitOf(tree, ""), -5);
+    EXPECT_EQ(ExitOf(tree, "not executable"), -5);
+    EXPECT_EQ(ExitOf(tree, "binary"), -193);
+    EXPECT_EQ(ExitOf(tree, "empty"), -193);
+    EXPECT_EQ(ExitOf(tree, "lost interpreter"), -2);
+    EXPECT_EQ(ExitOf(tree, "killed"), 128 + 15);
+    ProcessHandle process;
+    EXPECT_EQ(StartProcess("", process), errorInvalidParameter);
+    EXPECT_EQ(StartProcess(R"("Q:\no\drive" x)", process), errorPathNotFound);
+    EXPECT_EQ(StartProcess(R"("" x)", process), errorPathNotFound);
+    EXPECT_EQ(StartProcess("ventrix-no-such-program", process), errorFileNotFound);
+    EXPECT_EQ(StartProcess("true", process), errorNone);
+    EXPECT_EQ(WaitForProcess(process), 0);
+}
+
+}  // namespace
