@@ -1,0 +1,132 @@
+#include "kit/convert.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/kit/kit_environment.h"
+
+namespace ventrix {
+namespace {
+
+std::string ToUtf8(const char* text, std::int32_t source) {
+    return Take(Q_ConvertByCode(text, source, Q_CodeUtf8, false, false));
+}
+
+// One character or more of each encoding, the five of the host by their own converters.
+TEST(Convert, ReadsAndWritesEveryEncoding) {
+    struct Row {
+        std::int32_t code;
+        const char* bytes;
+        const char* utf8;
+    };
+    constexpr Row rows[] = {
+        {0, "\x8A\xA5\xDB\xF0", "ä•€\xEF\xA3\xBF"},
+        {1, "\xE4", "ä"},
+        {2, "a", "a"},
+        {3, "\x80\xE4", "€ä"},
+        {4, "\x8A", "ä"},
+        {5, "\x1B$B4A;z\x1B(B", "漢字"},
+        {6, "\x8A\xBF\x8E\x9A\xB1\\", "漢字ｱ\\"},
+        {7, "\xB4\xC1\xBB\xFA", "漢字"},
+        {8, "\xBA\x7E\xA6\x72", "漢字"},
+        {9, "\xBA\xBA\xD7\xD6", "汉字"},
+        {10, "\xBA\xBA\xD7\xD6\x81\x40", "汉字丂"},
+        {12, "\xC7\xD1\xB1\xDB", "한글"},
+        {16, "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+    };
+    for (const Row& row : rows) {
+        // The escape bytes of JIS7 are control characters, which pass through unless they are kept in the
+        // text.
+        EXPECT_EQ(Take(Q_ConvertByCode(row.bytes, row.code, Q_CodeUtf8, true, false)), row.utf8) << row.code;
+        EXPECT_EQ(Take(Q_ConvertByCode(row.utf8, Q_CodeUtf8, row.code, true, false)), row.bytes) << row.code;
+    }
+    // ICU leaves HZ in its shifted state at the end.
+    EXPECT_EQ(Take(Q_ConvertByCode("汉字", Q_CodeUtf8, 11, true, false)), "~{::WV");
+    EXPECT_EQ(Take(Q_ConvertByCode("~{::WV~}", 11, Q_CodeUtf8, true, false)), "汉字");
+}
+
+TEST(Convert, UnitsAreReadAndWrittenWithTheirTerminator) {
+    const char16_t units[] = u"ä\tb\xD83D\xDE00";
+    EXPECT_EQ(Take(Q_ConvertByCode(units, Q_CodeUtf16, Q_CodeUtf8, false, false)), "ä\tb\xF0\x9F\x98\x80");
+    EXPECT_EQ(TakeWide(Q_ConvertByCode("ä\tb\xF0\x9F\x98\x80", Q_CodeUtf8, Q_CodeUtf16, false, false)),
+              units);
+    EXPECT_EQ(TakeWide(Q_ConvertByCode(units, Q_CodeUtf16, Q_CodeUtf16, false, false)), units);
+    EXPECT_EQ(TakeWide(Q_ConvertByCode(u"", Q_CodeUtf16, Q_CodeUtf16, false, false)), u"");
+    EXPECT_EQ(TakeWide(Q_ConvertByCode("", Q_CodeUtf8, Q_CodeUtf16, false, false)), u"");
+}
+
+TEST(Convert, ControlCharactersPassAndPartTheRuns) {
+    // Each run of an escaped encoding starts anew, so the shift to double bytes stands on both sides of the
+    // tab.
+    EXPECT_EQ(Take(Q_ConvertByCode("漢\t漢", Q_CodeUtf8, 5, false, false)), "\x1B$B4A\x1B(B\t\x1B$B4A\x1B(B");
+    EXPECT_EQ(ToUtf8("\t\x8A\r\n\n\x8A\x01", 0), "\tä\r\n\nä\x01");
+    // With the bytes of its escapes passed around the converter, such a text can't be read.
+    EXPECT_EQ(ToUtf8("\x1B$B4A\x1B(B", 5), "\x1B$B4A\x1B(B");
+}
+
+TEST(Convert, BadInputGivesItsFixedAnswers) {
+    EXPECT_EQ(TakeWide(Q_ConvertByCode("a\xFF", Q_CodeUtf8, Q_CodeUtf16, false, false)), u"???");
+    EXPECT_EQ(Take(Q_ConvertByCode("a\xFF", Q_CodeUtf8, 1, false, false)), "???");
+    EXPECT_EQ(Take(Q_ConvertByCode("a\xFF", Q_CodeUtf8, Q_CodeUtf8, false, false)), "a\xFF");
+    EXPECT_EQ(Q_ConvertByCode(nullptr, Q_CodeUtf8, 1, false, false), nullptr);
+    EXPECT_EQ(Q_ConvertByCode("a", Q_CodeUtf8, 14, false, false), nullptr);
+    EXPECT_EQ(Q_ConvertText(nullptr, "UTF-8", "macintosh", false, false), nullptr);
+    EXPECT_EQ(Take(Q_ConvertText("\xE4", "", "UTF-8", false, false)), "\xE4");
+    EXPECT_EQ(Take(Q_ConvertText("\xE4", "ISO-8859-1", nullptr, false, false)), "\xE4");
+    EXPECT_DEATH(Q_ConvertByCode("a", 18, Q_CodeUtf8, false, false), "");
+}
+
+TEST(Convert, UnknownConverterLeavesTheControlCharacters) {
+    EXPECT_EQ(Take(Q_ConvertText("a\tb\nc", "no-such-converter", "UTF-8", false, false)), "\t\n");
+    EXPECT_EQ(Take(Q_ConvertText("a\tb", "UTF-8", "no-such-converter", false, false)), "\t");
+    EXPECT_EQ(Take(Q_ConvertText("ab", "UTF-8", "no-such-converter", false, false)), "");
+}
+
+TEST(Convert, EscapeFlagShowsBytesThatCannotBeRead) {
+    EXPECT_EQ(Take(Q_ConvertText("ab\xFF", "US-ASCII", "UTF-8", false, true)), "ab%XFF");
+    // The room for one run is twice its bytes and one: a run of escapes only does not fit, and is dropped.
+    EXPECT_EQ(Take(Q_ConvertText("\xFF\xFE\tab", "US-ASCII", "UTF-8", false, true)), "\tab");
+}
+
+TEST(Convert, ManyShortRunsOfAnEscapedEncodingFit) {
+    std::u16string text;
+    std::string expected;
+    for (int run = 0; run < 500; ++run) {
+        text += u"漢\t";
+        expected += "\x1B$B4A\x1B(B\t";
+    }
+    EXPECT_EQ(Take(Q_ConvertByCode(text.c_str(), Q_CodeUtf16, 5, false, false)), expected);
+}
+
+TEST(Convert, LocaleIsTheDefaultConverterAndKeepsControls) {
+    EXPECT_EQ(Take(Q_ConvertText("a\tb", "locale", "ISO-8859-1", false, false)), "a\tb");
+    EXPECT_EQ(Take(Q_ConvertText("a\tb", "UTF-8", "locale", false, false)), "a\tb");
+}
+
+TEST(Convert, SymbolSetsAreReadByTheirTables) {
+    struct Row {
+        std::int32_t code;
+        const char* text;
+        const char16_t* units;
+    };
+    const Row rows[] = {
+        {13, "!\"$-\xA0\x61\xFE", u"!\u2200\u2203\u2212\u20AC\u03B1\u23AD"},
+        {13,
+         "a\x7F\xFF\x80\xF0"
+         "b",
+         u"\u03B1\u03B2"},  // bytes without a character
+        {14, "!%*\xFE\xAC\x7E", u"\u2701\u260E\u261B\u27BE\u2460\u275E"},
+        {15, " !\xA0\xA1", u"\uF020\uF021\uF0A7\uF0A1"},
+        {15, "\t!", u"\t\uF021"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(TakeWide(Q_ConvertByCode(row.text, row.code, Q_CodeUtf16, false, false)), row.units)
+            << row.code;
+    }
+    EXPECT_EQ(Take(Q_ConvertByCode("\xC2\xA0\t漢a", 13, Q_CodeUtf8, false, true)), "€\tα");
+    EXPECT_EQ(TakeWide(Q_ConvertByCode("\t!", 15, Q_CodeUtf16, true, false)), u"\uF021");
+}
+
+}  // namespace
+}  // namespace ventrix

@@ -1,0 +1,37 @@
+#include "tests/kit/kit_environment.h"
+
+#include <gtest/gtest.h>
+#include <unicode/putil.h>
+
+#include "kit/encodings.h"
+
+// Tests provoke allocations that fail; the sanitizer answers them with null, as the heap does.
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();
+extern "C" const char* __asan_default_options() {
+    return "allocator_may_return_null=1";
+}
+
+namespace ventrix {
+namespace {
+
+class KitEnvironment : public testing::Environment {
+  public:
+    void SetUp() override {
+        u_setDataDirectory(VENTRIX_ICU_DATA);
+        Q_SetEncoding("UTF-8");
+    }
+};
+
+[[maybe_unused]] const auto* const environment = testing::AddGlobalTestEnvironment(new KitEnvironment);
+
+}  // namespace
+
+EncodingScope::EncodingScope(const char* name) {
+    Q_SetEncoding(name);
+}
+
+EncodingScope::~EncodingScope() {
+    Q_SetEncoding("UTF-8");
+}
+
+}  // namespace ventrix
