@@ -1,5 +1,5 @@
-#include "platform/drives.h"
 #include "platform/posix/file_attributes.h"
+#include "platform/drives.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

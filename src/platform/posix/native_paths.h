@@ -9,4 +9,7 @@ namespace ventrix::platform {
 /// slashes of the path do not count. Empty gives empty.
 std::string NativeParent(const std::string& nativePath);
 
+/// The file of the main program, absolute. Empty if the system does not tell.
+std::string ProgramFile();
+
 }  // namespace ventrix::platform

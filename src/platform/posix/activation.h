@@ -1,0 +1,11 @@
+// Activation by class id; platform/library.h finds this one by name.
+#pragma once
+
+#include "platform/com.h"
+
+namespace ventrix::platform {
+
+HRESULT CreateInstanceOnServer(REFCLSID classId, IUnknown* outer, DWORD context, COSERVERINFO* server,
+                               DWORD count, MULTI_QI* results);
+
+}  // namespace ventrix::platform

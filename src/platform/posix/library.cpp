@@ -1,0 +1,57 @@
+#include "platform/library.h"
+
+#include <dlfcn.h>
+#include <strings.h>
+
+#include <cstring>
+#include <string>
+
+#include "platform/drives.h"
+#include "platform/posix/activation.h"
+#include "platform/posix/native_paths.h"
+
+namespace ventrix::platform {
+namespace {
+
+constexpr char componentLibrary[] = "ole32.dll";
+
+/// Stands for the library of the component runtime; only its address counts.
+char componentLibraryMark;
+
+bool IsComponentLibrary(std::string_view name) {
+    return name.size() == std::strlen(componentLibrary) &&
+           ::strncasecmp(name.data(), componentLibrary, name.size()) == 0;
+}
+
+void* FindComponentFunction(const char* name) {
+    const bool known = std::strcmp(name, "CoCreateInstanceEx") == 0;
+    return known ? reinterpret_cast<void*>(&CreateInstanceOnServer) : nullptr;
+}
+
+LibraryHandle OpenNative(const std::string& path) {
+    return ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
+}  // namespace
+
+LibraryHandle ProcessLibrary() {
+    return ::dlopen(nullptr, RTLD_NOW);
+}
+
+LibraryHandle OpenLibrary(std::string_view name) {
+    if (name.empty())
+        return nullptr;
+    return IsComponentLibrary(name) ? &componentLibraryMark : OpenNative(ToNative(name));
+}
+
+LibraryHandle OpenLibraryBesideProgram(std::string_view name) {
+    return OpenNative(NativeParent(ProgramFile()) + "/" + std::string(name) + ".so");
+}
+
+void* FindSymbol(LibraryHandle library, const char* name) {
+    if (library == nullptr || name == nullptr)
+        return nullptr;
+    return library == &componentLibraryMark ? FindComponentFunction(name) : ::dlsym(library, name);
+}
+
+}  // namespace ventrix::platform
