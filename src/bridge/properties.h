@@ -24,6 +24,9 @@ void Q_ApiSetPropString(Q_PropList* list, std::int32_t number, const char* text)
 /// Frees rows and array and empties the list. Null is allowed.
 void Q_ApiFreePropList(Q_PropList* list);
 
+/// A deep copy, with its memory from the function; names only of rows without a number. Empty without memory.
+void Q_CopyPropListWith(Q_PropList* out, const Q_PropList* source, Q_AllocFunction allocate);
+
 void Q_ReleasePropListWith(Q_PropList* list, Q_ReleaseFunction release);
 
 }  // namespace ventrix

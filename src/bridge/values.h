@@ -13,6 +13,10 @@ using Q_AllocFunction = void* (*)(std::size_t size);
 /// Takes null.
 using Q_ReleaseFunction = void (*)(void* block);
 
+/// The kit's own memory as such functions: zeroed blocks, and Q_Free.
+void* Q_KitAlloc(std::size_t size);
+void Q_KitRelease(void* block);
+
 /// A copy in kit memory; null gives an empty text. Null when memory runs out.
 char* Q_CopyTextOrEmpty(const char* text);
 
@@ -34,6 +38,7 @@ void Q_CopyTextWith(char** out, const char* const* source, Q_AllocFunction alloc
 void Q_CopyStringListWith(Q_StringList* out, const Q_StringList* source, Q_AllocFunction allocate);
 
 /// As Q_ApiCopyValue, but all 24 bytes are copied first, a null text stays null, and arrays are copied whole.
+/// A count without an array, or without memory for it, becomes 0.
 void Q_CopyValueWith(Q_Value* out, const Q_Value* source, Q_AllocFunction allocate);
 
 /// Allocates the array also for count 0, with size 0.

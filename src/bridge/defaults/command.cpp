@@ -1,0 +1,7 @@
+#include "bridge/callbacks.h"
+
+namespace ventrix {
+
+void Command(std::int32_t) {}
+
+}  // namespace ventrix

@@ -1,0 +1,43 @@
+#include <unicode/putil.h>
+
+#include <string>
+
+#include "bridge/connection.h"
+#include "bridge/host/operations.h"
+#include "kit/encodings.h"
+#include "kit/last_error.h"
+#include "kit/strings.h"
+
+namespace ventrix {
+namespace {
+
+constexpr std::int32_t installationFolderProp = 89;
+constexpr std::size_t folderSize = 1024;
+
+// Empty when the host can't name it, and when it is too long: a cut text would name another folder.
+std::string HostInstallationFolder() {
+    const Q_String text(Q_ApiReadStringPropNum(0, 0, installationFolderProp));
+    const std::string folder = text == nullptr ? "" : text.get();
+    return Q_ApiLastError != 0 || folder.size() >= folderSize ? "" : folder;
+}
+
+}  // namespace
+
+std::int32_t Q_ApiRuntimeSetup() {
+    if (!Q_EncodingsReady()) {
+        Q_SetEncoding("QuorlRoman");
+    }
+    connection.kitReady = true;
+    const char* dataFolder = u_getDataDirectory();
+    if (dataFolder != nullptr && *dataFolder != '\0') {
+        return 0;
+    }
+    const std::string folder = HostInstallationFolder();
+    if (folder.empty()) {
+        return 1;
+    }
+    u_setDataDirectory((folder + "\\icu_data").c_str());
+    return 0;
+}
+
+}  // namespace ventrix

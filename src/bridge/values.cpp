@@ -1,0 +1,287 @@
+#include "bridge/values.h"
+
+#include <cstring>
+
+#include "bridge/value_shapes.h"
+#include "kit/memory.h"
+#include "kit/strings.h"
+
+namespace ventrix {
+namespace {
+
+// The two ways of copying. Within the kit, memory comes zeroed, a null text becomes an empty one, and an
+// array keeps its count whatever became of it. Across the boundary bytes are copied as they are, and a count
+// without an array becomes 0, since a reader would go astray on it.
+struct CopyRules {
+    Q_AllocFunction allocate;
+    bool boundary;
+};
+
+char* CopyText(const char* text, const CopyRules& rules) {
+    if (text == nullptr && rules.boundary) {
+        return nullptr;
+    }
+    const char* source = text == nullptr ? "" : text;
+    const std::size_t size = std::strlen(source) + 1;
+    void* copy = rules.allocate(size);
+    return copy == nullptr ? nullptr : static_cast<char*>(std::memcpy(copy, source, size));
+}
+
+// A block for an array's elements, with the source's bytes in it.
+void* CopyArrayBytes(const void* source, std::uint32_t* count, std::size_t elementSize,
+                     const CopyRules& rules) {
+    if (rules.boundary && source == nullptr) {
+        *count = 0;
+    }
+    const std::size_t size = *count * elementSize;
+    void* items = rules.allocate(size);
+    if (rules.boundary && items == nullptr) {
+        *count = 0;
+    }
+    if (items != nullptr && source != nullptr && size != 0) {
+        std::memcpy(items, source, size);
+    }
+    return items;
+}
+
+void CopyStrings(Q_StringList* out, const Q_StringList& source, const CopyRules& rules) {
+    out->count = source.count;
+    out->items = static_cast<char**>(CopyArrayBytes(source.items, &out->count, sizeof(char*), rules));
+    if (out->items == nullptr || source.items == nullptr) {
+        return;
+    }
+    for (std::uint32_t i = 0; i < out->count; ++i) {
+        out->items[i] = CopyText(source.items[i], rules);
+    }
+}
+
+// What an element owns is reached by offset.
+template <class Owned>
+Owned* OwnedAt(const Q_CountedArray& array, std::uint32_t index, const ElementShape& shape,
+               std::uint32_t offset) {
+    auto* element = static_cast<std::byte*>(array.items) + static_cast<std::size_t>(index) * shape.size;
+    return reinterpret_cast<Owned*>(element + offset);
+}
+
+void CopyElement(Q_CountedArray* out, const Q_CountedArray& source, std::uint32_t index,
+                 const ElementShape& shape, const CopyRules& rules) {
+    for (std::uint32_t i = 0; i < shape.textCount; ++i) {
+        *OwnedAt<char*>(*out, index, shape, shape.texts[i]) =
+            CopyText(*OwnedAt<char*>(source, index, shape, shape.texts[i]), rules);
+    }
+    for (std::uint32_t i = 0; i < shape.stringListCount; ++i) {
+        CopyStrings(OwnedAt<Q_StringList>(*out, index, shape, shape.stringLists[i]),
+                    *OwnedAt<Q_StringList>(source, index, shape, shape.stringLists[i]), rules);
+    }
+}
+
+void CopyArray(Q_CountedArray* out, const Q_CountedArray& source, const ElementShape& shape,
+               const CopyRules& rules) {
+    out->count = source.count;
+    out->items = CopyArrayBytes(source.items, &out->count, shape.size, rules);
+    if (out->items == nullptr || source.items == nullptr) {
+        return;
+    }
+    for (std::uint32_t i = 0; i < out->count; ++i) {
+        CopyElement(out, source, i, shape, rules);
+    }
+}
+
+Q_Value CopyValue(const Q_Value& source, const CopyRules& rules);
+
+void CopyList(Q_ValueList* out, const Q_ValueList& source, const CopyRules& rules) {
+    out->count = source.count;
+    out->items = static_cast<Q_Value*>(CopyArrayBytes(source.items, &out->count, sizeof(Q_Value), rules));
+    if (out->items == nullptr || source.items == nullptr) {
+        return;
+    }
+    for (std::uint32_t i = 0; i < out->count; ++i) {
+        out->items[i] = CopyValue(source.items[i], rules);
+    }
+}
+
+Q_ValueList* CopyNestedList(const Q_ValueList* source, const CopyRules& rules) {
+    if (source == nullptr) {
+        return nullptr;
+    }
+    auto* copy = static_cast<Q_ValueList*>(rules.allocate(sizeof(Q_ValueList)));
+    if (copy != nullptr) {
+        CopyList(copy, *source, rules);
+    }
+    return copy;
+}
+
+void* CopyRecord(const void* source, const CopyRules& rules) {
+    void* copy = source == nullptr ? nullptr : rules.allocate(Q_RecordSize);
+    return copy == nullptr ? nullptr : std::memcpy(copy, source, Q_RecordSize);
+}
+
+// The parts of a value that own nothing.
+Q_Value CopyPlain(const Q_Value& source, PayloadKind kind, const CopyRules& rules) {
+    if (rules.boundary || kind == PayloadKind::Bytes) {
+        return source;
+    }
+    Q_Value copy = {};
+    copy.tag = source.tag;
+    if (kind == PayloadKind::Number) {
+        copy.number = source.number;
+    }
+    return copy;
+}
+
+Q_Value CopyValue(const Q_Value& source, const CopyRules& rules) {
+    const PayloadShape& shape = PayloadShapeOf(source.tag);
+    Q_Value copy = CopyPlain(source, shape.kind, rules);
+    switch (shape.kind) {
+        case PayloadKind::Text:
+            copy.text = CopyText(source.text, rules);
+            break;
+        case PayloadKind::Array:
+            CopyArray(&copy.array, source.array, shape.element, rules);
+            break;
+        case PayloadKind::Strings:
+            CopyStrings(&copy.strings, source.strings, rules);
+            break;
+        case PayloadKind::Record:
+            copy.record = CopyRecord(source.record, rules);
+            break;
+        case PayloadKind::List:
+            copy.list = CopyNestedList(source.list, rules);
+            break;
+        case PayloadKind::Undefined:
+        case PayloadKind::Number:
+        case PayloadKind::Bytes:
+            break;
+    }
+    return copy;
+}
+
+void ReleaseBlock(void* block, Q_ReleaseFunction release) {
+    if (block != nullptr) {
+        release(block);
+    }
+}
+
+void ReleaseArray(Q_CountedArray* array, const ElementShape& shape, Q_ReleaseFunction release) {
+    for (std::uint32_t index = 0; array->items != nullptr && index < array->count; ++index) {
+        for (std::uint32_t i = 0; i < shape.textCount; ++i) {
+            ReleaseBlock(*OwnedAt<char*>(*array, index, shape, shape.texts[i]), release);
+        }
+        for (std::uint32_t i = 0; i < shape.stringListCount; ++i) {
+            Q_ReleaseStringListWith(OwnedAt<Q_StringList>(*array, index, shape, shape.stringLists[i]),
+                                    release);
+        }
+    }
+    ReleaseBlock(array->items, release);
+    *array = {};
+}
+
+void ReleaseNestedList(Q_Value* value, Q_ReleaseFunction release) {
+    if (value->list != nullptr) {
+        Q_ReleaseValueListWith(value->list, release);
+        release(value->list);
+    }
+    value->list = nullptr;
+}
+
+constexpr CopyRules kitRules = {Q_KitAlloc, false};
+
+}  // namespace
+
+void* Q_KitAlloc(std::size_t size) {
+    const auto kitSize = static_cast<std::uint32_t>(size);
+    return kitSize == size ? Q_Calloc(kitSize, 1, 0) : nullptr;
+}
+
+void Q_KitRelease(void* block) {
+    Q_Free(block);
+}
+
+char* Q_CopyTextOrEmpty(const char* text) {
+    return CopyText(text, kitRules);
+}
+
+Q_Value Q_ApiCopyValue(const Q_Value* value) {
+    return CopyValue(*value, kitRules);
+}
+
+void Q_ApiFreeValue(Q_Value* value) {
+    if (value != nullptr) {
+        Q_ReleaseValueWith(value, Q_KitRelease);
+    }
+}
+
+void Q_ApiFreeValueList(Q_ValueList* list) {
+    if (list != nullptr) {
+        const std::uint32_t count = list->count;
+        Q_ReleaseValueListWith(list, Q_KitRelease);
+        list->count = count;
+    }
+}
+
+void Q_ApiFreeStringList(Q_StringList* list) {
+    if (list != nullptr) {
+        Q_ReleaseStringListWith(list, Q_KitRelease);
+    }
+}
+
+void Q_CopyTextWith(char** out, const char* const* source, Q_AllocFunction allocate) {
+    *out = CopyText(*source, {allocate, true});
+}
+
+void Q_CopyStringListWith(Q_StringList* out, const Q_StringList* source, Q_AllocFunction allocate) {
+    CopyStrings(out, *source, {allocate, true});
+}
+
+void Q_CopyValueWith(Q_Value* out, const Q_Value* source, Q_AllocFunction allocate) {
+    *out = CopyValue(*source, {allocate, true});
+}
+
+void Q_CopyValueListWith(Q_ValueList* out, const Q_ValueList* source, Q_AllocFunction allocate) {
+    CopyList(out, *source, {allocate, true});
+}
+
+void Q_ReleaseStringListWith(Q_StringList* list, Q_ReleaseFunction release) {
+    for (std::uint32_t i = 0; list->items != nullptr && i < list->count; ++i) {
+        ReleaseBlock(list->items[i], release);
+    }
+    ReleaseBlock(list->items, release);
+    *list = {};
+}
+
+void Q_ReleaseValueWith(Q_Value* value, Q_ReleaseFunction release) {
+    const PayloadShape& shape = PayloadShapeOf(value->tag);
+    switch (shape.kind) {
+        case PayloadKind::Text:
+            ReleaseBlock(value->text, release);
+            value->text = nullptr;
+            break;
+        case PayloadKind::Array:
+            ReleaseArray(&value->array, shape.element, release);
+            break;
+        case PayloadKind::Strings:
+            Q_ReleaseStringListWith(&value->strings, release);
+            break;
+        case PayloadKind::Record:
+            ReleaseBlock(value->record, release);
+            value->record = nullptr;
+            break;
+        case PayloadKind::List:
+            ReleaseNestedList(value, release);
+            break;
+        case PayloadKind::Undefined:
+        case PayloadKind::Number:
+        case PayloadKind::Bytes:
+            break;
+    }
+}
+
+void Q_ReleaseValueListWith(Q_ValueList* list, Q_ReleaseFunction release) {
+    for (std::uint32_t i = 0; list->items != nullptr && i < list->count; ++i) {
+        Q_ReleaseValueWith(&list->items[i], release);
+    }
+    ReleaseBlock(list->items, release);
+    *list = {};
+}
+
+}  // namespace ventrix

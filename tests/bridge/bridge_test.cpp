@@ -1,0 +1,132 @@
+#include "bridge/bridge_test.h"
+
+#include <algorithm>
+
+#include "bridge/callbacks.h"
+#include "bridge/connection.h"
+#include "bridge/values.h"
+#include "kit/console.h"
+#include "kit/last_error.h"
+#include "kit/memory.h"
+
+namespace ventrix {
+namespace {
+
+std::string Piece(const char* text) {
+    return text == nullptr ? "<null>" : "[" + std::string(text) + "]";
+}
+
+std::string NoticeFields(const char* text) {
+    const auto* record = reinterpret_cast<const Q_NoticeFieldsRecord*>(text);
+    std::string line;
+    for (const char* field : record->fields) {
+        line += Piece(field);
+    }
+    line += " " + std::to_string(record->furtherCount) + " ";
+    for (std::uint32_t i = 0; i < record->furtherCount; ++i) {
+        line += Piece(record->further[i]);
+    }
+    return line;
+}
+
+}  // namespace
+
+void Initialize(std::int32_t code) {
+    test::callbackLog.push_back("Initialize " + std::to_string(code));
+}
+
+void Notify(std::int32_t number, std::uint32_t objectId, const char* text, std::int32_t integer) {
+    test::callbackLog.push_back("Notify " + std::to_string(number) + " " + std::to_string(objectId) + " " +
+                                (number == NoticeFieldsNotification ? NoticeFields(text) : Piece(text)) +
+                                " " + std::to_string(integer));
+    if (test::whileNotified) {
+        test::whileNotified();
+    }
+}
+
+void Message(std::intptr_t value, std::int32_t first, std::int32_t second) {
+    test::callbackLog.push_back("Message " + std::to_string(value) + " " + std::to_string(first) + " " +
+                                std::to_string(second));
+}
+
+void HtmlDialogEventEx(std::int32_t event, std::intptr_t first, std::intptr_t second) {
+    test::callbackLog.push_back("HtmlDialogEventEx " + std::to_string(event) + " " + std::to_string(first) +
+                                " " + std::to_string(second));
+}
+
+// Command 1 answers with a text and two numbers, any other with nothing.
+void CMSCommand(std::int32_t command, const char* text, std::int32_t integer, std::intptr_t value,
+                Q_CmsRecord* record) {
+    static char answer[] = "checked in";
+    static std::int32_t numbers[] = {7, -8};
+    test::callbackLog.push_back("CMSCommand " + std::to_string(command) + " " + Piece(text) + " " +
+                                std::to_string(integer) + " " + std::to_string(value));
+    if (command == 1) {
+        *record = {{1, 2, 3, 4, 5, 6, 7, 8}, answer, 2, {9, 10, 11, 12}, numbers};
+    }
+}
+
+namespace test {
+
+Lines callbackLog;
+std::function<void()> whileNotified;
+
+void BridgeTest::SetUp() {
+    callbackLog.clear();
+    whileNotified = nullptr;
+    Q_ApiLastError = 0;
+    blocksBefore_ = LiveBlocks();
+    host_ = std::make_unique<FakeHost>();
+}
+
+void BridgeTest::TearDown() {
+    FailKitAllocation(0);
+    host_->DropClient();
+    Q_ApiDisconnect();
+    EXPECT_EQ(host_->references, 0);
+    host_.reset();
+    EXPECT_EQ(LiveBlocks().kit, blocksBefore_.kit) << "blocks of the kit";
+    EXPECT_EQ(LiveBlocks().task, blocksBefore_.task) << "blocks of task memory";
+    EXPECT_EQ(TakeBlockMisuses(), Lines());
+    EXPECT_EQ(connection.notifications, nullptr);
+    EXPECT_EQ(connection.keepAlive, nullptr);
+    connection = {};
+    Q_ConsoleHook = nullptr;
+}
+
+std::int32_t BridgeTest::Connect() {
+    const Q_PropList none = {};
+    return Q_ApiClientInit(&moduleMark_, host_->Root(), nullptr, &none);
+}
+
+Q_Value Text(const char* text) {
+    Q_Value value = {};
+    value.tag = Q_TextTag;
+    value.text = Q_CopyTextOrEmpty(text);
+    return value;
+}
+
+Q_Value Number(std::int32_t number) {
+    Q_Value value = {};
+    value.tag = Q_IntegerTag;
+    value.number = number;
+    return value;
+}
+
+Q_ValueList Values(const std::vector<Q_Value>& values) {
+    Q_ValueList list = {static_cast<std::uint32_t>(values.size()), nullptr};
+    list.items = static_cast<Q_Value*>(Q_Calloc(list.count, sizeof(Q_Value), Q_MustSucceed));
+    std::copy(values.begin(), values.end(), list.items);
+    return list;
+}
+
+Q_Value Nested(const std::vector<Q_Value>& values) {
+    Q_Value value = {};
+    value.tag = Q_ListTag;
+    value.list = static_cast<Q_ValueList*>(Q_Calloc(1, sizeof(Q_ValueList), Q_MustSucceed));
+    *value.list = Values(values);
+    return value;
+}
+
+}  // namespace test
+}  // namespace ventrix

@@ -1,0 +1,49 @@
+// The common ground of the bridge's tests: a scripted host, callbacks that keep a log, and a balance of
+// references and blocks at the end of each test.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bridge/block_count.h"
+#include "bridge/fake_host.h"
+
+namespace ventrix::test {
+
+using Lines = std::vector<std::string>;
+
+/// What the test's own callbacks were called with, one line each: Initialize, Notify, Message, CMSCommand and
+/// HtmlDialogEventEx. Command, DialogEvent and GetResource are the kit's defaults.
+extern Lines callbackLog;
+
+/// Runs inside Notify, when set.
+extern std::function<void()> whileNotified;
+
+class BridgeTest : public ::testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    FakeHost& Host() { return *host_; }
+
+    /// Connects with an empty description, so that no version block is asked.
+    std::int32_t Connect();
+
+    int moduleMark_ = 0;  ///< Its address serves as a module handle.
+
+  private:
+    std::unique_ptr<FakeHost> host_;
+    BlockCounts blocksBefore_ = {};
+};
+
+/// Values in kit memory.
+Q_Value Text(const char* text);
+Q_Value Number(std::int32_t number);
+Q_ValueList Values(const std::vector<Q_Value>& values);
+Q_Value Nested(const std::vector<Q_Value>& values);
+
+}  // namespace ventrix::test

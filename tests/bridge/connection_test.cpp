@@ -1,0 +1,215 @@
+#include "bridge/connection.h"
+
+#include <unicode/putil.h>
+
+#include "bridge/bridge_test.h"
+#include "bridge/host/operations.h"
+#include "bridge/properties.h"
+#include "kit/console.h"
+#include "kit/encodings.h"
+#include "kit/last_error.h"
+#include "kit/resource_strings.h"
+#include "platform/module.h"
+
+namespace ventrix::test {
+namespace {
+
+constexpr platform::VersionString versionStrings[] = {
+    {"040904b0", "ClientName", "A test client"},
+    {"040904b0", "ClientType", "QCK"},
+    {"040904b0", "ClientOutFormat", ""},
+    {"040904b0", "FileDescription", "Tests the bridge"},
+    {"040904b0", "ProductName", "none of the client's keys"},
+    {"040704b0", "ClientFacet", "another language"},
+};
+constexpr platform::StringResource strings[] = {{3, u"Fehler:"}};
+constexpr platform::ModuleResources resources = {strings, versionStrings, {}};
+
+class ConnectionTest : public BridgeTest {
+  protected:
+    void SetUp() override {
+        BridgeTest::SetUp();
+        u_setDataDirectory("");
+    }
+    void TearDown() override {
+        BridgeTest::TearDown();
+        platform::BindResources(&moduleMark_, nullptr);
+        u_setDataDirectory("");
+    }
+};
+
+Lines Queries(unsigned first, unsigned last) {
+    Lines lines;
+    for (unsigned number = first; number <= last; ++number) {
+        lines.push_back("QueryInterface " + std::to_string(number));
+    }
+    return lines;
+}
+
+TEST_F(ConnectionTest, RunsTheSequence) {
+    Host().text = "C:\\Quorlane";
+    EXPECT_EQ(Connect(), 0);
+    Lines expected = Queries(1, 18);
+    expected.insert(expected.end(), {"HostOwnsResults 1", "RegisterClient 402653184", "TakeModuleHandle set",
+                                     "ReadStringProp 0 0 89"});
+    EXPECT_EQ(Host().log, expected);
+    EXPECT_EQ(Host().references, 18);
+    EXPECT_TRUE(Q_ApiIsConnected());
+    EXPECT_FALSE(connection.loopEnded);
+    EXPECT_TRUE(connection.kitReady);
+    EXPECT_EQ(callbackLog, Lines()) << "it is the host that calls Initialize";
+
+    Host().DropClient();
+    EXPECT_FALSE(Q_ApiIsConnected());
+    EXPECT_EQ(Host().references, 0);
+    EXPECT_TRUE(connection.loopEnded);
+}
+
+TEST_F(ConnectionTest, RefusesWithoutRootAndWithoutTheMainInterface) {
+    EXPECT_EQ(Q_ApiClientInit(&moduleMark_, nullptr, nullptr, nullptr), -1);
+    EXPECT_EQ(connection.module, &moduleMark_);
+
+    Host().missingInterfaces = {4};
+    EXPECT_EQ(Connect(), -1);
+    EXPECT_EQ(Host().log, Queries(1, 15)) << "nothing is asked for behind the refusal";
+    EXPECT_EQ(Host().references, 14);
+    // A second attempt gives back what the first one left.
+    Host().missingInterfaces.clear();
+    EXPECT_EQ(Connect(), 0);
+    EXPECT_EQ(Host().references, 18);
+}
+
+TEST_F(ConnectionTest, ConnectsToAHostThatOffersOnlyTheMainInterface) {
+    for (unsigned number = 1; number <= 18; ++number) {
+        Host().missingInterfaces.insert(number);
+    }
+    Host().missingInterfaces.erase(4);
+    Host().ownershipAnswer = S_OK;
+    EXPECT_EQ(Connect(), 0);
+    EXPECT_FALSE(connection.hostOwnsResults);
+    EXPECT_EQ(Host().references, 1);
+}
+
+TEST_F(ConnectionTest, LearnsWhoOwnsResults) {
+    for (const auto& [answer, owns] : {std::pair(S_FALSE, false), {E_FAIL, false}, {S_OK, true}}) {
+        Host().ownershipAnswer = answer;
+        EXPECT_EQ(Connect(), 0);
+        EXPECT_EQ(connection.hostOwnsResults, owns);
+        Host().DropClient();
+    }
+    // Any other answer than 0 leaves the flag as it was.
+    Host().ownershipAnswer = S_FALSE;
+    EXPECT_EQ(Connect(), 0);
+    EXPECT_TRUE(connection.hostOwnsResults);
+    connection.hostOwnsResults = false;
+}
+
+TEST_F(ConnectionTest, DescribesItselfByTheVersionBlock) {
+    platform::BindResources(&moduleMark_, &resources);
+    EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), nullptr, nullptr), 0);
+    const std::vector<std::pair<std::int32_t, std::string>> expected = {
+        {2, "A test client"}, {3, "QCK"}, {4, "Tests the bridge"}, {11, ""}};
+    EXPECT_EQ(Host().description, expected);
+    char text[32];
+    EXPECT_EQ(Q_LoadResourceString(3, text, sizeof text), 0) << "the resource strings know the module";
+}
+
+TEST_F(ConnectionTest, DescribesItselfByWhatTheCallerGives) {
+    platform::BindResources(&moduleMark_, &resources);
+    Q_PropList description = {};
+    Q_ApiSetPropString(&description, 2, "Given");
+    EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), nullptr, &description), 0);
+    ASSERT_EQ(Host().description.size(), 1U);
+    EXPECT_EQ(Host().description[0].second, "Given");
+    EXPECT_EQ(description.count, 1U) << "the list stays the caller's";
+    Q_ApiFreePropList(&description);
+}
+
+TEST_F(ConnectionTest, RegistersWithAnEmptyDescriptionWithoutAVersionBlock) {
+    EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), nullptr, nullptr), 0);
+    EXPECT_TRUE(Host().description.empty());
+    Host().DropClient();
+    EXPECT_EQ(Q_ApiClientInit(nullptr, Host().Root(), nullptr, nullptr), 0);
+    EXPECT_TRUE(Host().description.empty());
+}
+
+TEST_F(ConnectionTest, EndsWithAHostThatDoesNotKeepTheClient) {
+    Host().keepsClient = false;
+    FakeHost other;
+    const Q_PropList none = {};
+    EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), other.Root(), &none), -1);
+    EXPECT_EQ(Host().references, 0);
+    EXPECT_EQ(other.references, 0) << "the keep-alive object";
+    EXPECT_FALSE(Q_ApiIsConnected());
+}
+
+TEST_F(ConnectionTest, HoldsTheKeepAliveObjectUntilTheEnd) {
+    FakeHost other;
+    const Q_PropList none = {};
+    EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), other.Root(), &none), 0);
+    EXPECT_EQ(other.references, 1);
+    Host().DropClient();
+    EXPECT_EQ(other.references, 0);
+}
+
+TEST_F(ConnectionTest, DisconnectsWhileTheHostHoldsTheClient) {
+    EXPECT_EQ(Connect(), 0);
+    Q_ApiDisconnect();
+    EXPECT_EQ(Host().references, 0);
+    EXPECT_FALSE(Q_ApiIsConnected());
+    EXPECT_TRUE(connection.loopEnded);
+    // The object is still the host's, and its calls still land.
+    EXPECT_EQ(Host().Notifications()->Notify(13, 1, "late", 0), S_OK);
+    EXPECT_EQ(callbackLog, Lines({"Notify 13 1 [late] 0"}));
+}
+
+TEST_F(ConnectionTest, SettlesTheIcuFolderOnce) {
+    Host().text = "C:\\Quorlane";
+    EXPECT_EQ(Connect(), 0);
+    EXPECT_STREQ(u_getDataDirectory(), "C:\\Quorlane\\icu_data");
+    Host().text = "C:\\Elsewhere";
+    EXPECT_EQ(Q_ApiRuntimeSetup(), 0);
+    EXPECT_STREQ(u_getDataDirectory(), "C:\\Quorlane\\icu_data");
+    EXPECT_TRUE(Q_EncodingsReady());
+}
+
+TEST_F(ConnectionTest, LeavesTheIcuFolderWhereTheHostCannotNameOne) {
+    EXPECT_EQ(Connect(), 0);
+    const struct {
+        const char* name;
+        std::optional<std::string> folder;
+        std::int32_t lastError;
+    } rows[] = {
+        {"no text", std::nullopt, 0},
+        {"empty", "", 0},
+        {"an earlier error", "C:\\Quorlane", -1},
+        {"longer than its buffer", std::string(1024, 'x'), 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Host().text = row.folder;
+        Q_ApiLastError = row.lastError;
+        EXPECT_EQ(Q_ApiRuntimeSetup(), 1);
+        EXPECT_STREQ(u_getDataDirectory(), "");
+    }
+    Q_ApiLastError = 0;
+    Host().text = std::string(1023, 'x');
+    EXPECT_EQ(Q_ApiRuntimeSetup(), 0);
+}
+
+TEST_F(ConnectionTest, KeepsTheSelectedEncoding) {
+    Q_SetEncoding("UTF-8");
+    EXPECT_EQ(Connect(), 0);
+    EXPECT_EQ(Q_CurrentEncoding(), Q_Utf8Encoding);
+}
+
+TEST_F(ConnectionTest, PointsTheConsoleHookAtTheHost) {
+    EXPECT_EQ(Connect(), 0);
+    ASSERT_NE(Q_ConsoleHook, nullptr);
+    Host().log.clear();
+    Q_ConsoleHook("hello");
+    EXPECT_EQ(Host().log, Lines({"WriteConsole \"hello\""}));
+}
+
+}  // namespace
+}  // namespace ventrix::test

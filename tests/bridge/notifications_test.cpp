@@ -1,0 +1,213 @@
+#include "bridge/notifications.h"
+
+#include <cstring>
+#include <stdexcept>
+
+#include "bridge/bridge_test.h"
+#include "bridge/connection.h"
+#include "kit/console.h"
+#include "kit/memory.h"
+#include "platform/module.h"
+
+namespace ventrix::test {
+namespace {
+
+class NotificationsTest : public BridgeTest {
+  protected:
+    void SetUp() override {
+        BridgeTest::SetUp();
+        ASSERT_EQ(Connect(), 0);
+        object_ = Host().Notifications();
+    }
+
+    IQuorlaneNotifications0* object_ = nullptr;
+};
+
+// The side with an id; the test gives its reference back.
+template <class Side>
+Side* Ask(IUnknown* object, const GUID& id) {
+    void* side = nullptr;
+    EXPECT_EQ(object->QueryInterface(id, &side), S_OK);
+    return static_cast<Side*>(side);
+}
+
+TEST_F(NotificationsTest, EverySideLeadsToEveryOther) {
+    auto* primary = Ask<IUnknown>(object_, IID_IUnknown);
+    for (const GUID& id : {CmsNotifications0Id, Notifications0Id, Notifications1Id, IID_IUnknown}) {
+        auto* side = Ask<IUnknown>(primary, id);
+        EXPECT_EQ(side->AddRef(), 4U) << "all sides count together";
+        EXPECT_EQ(primary->Release(), 3U);
+        auto* back = Ask<IUnknown>(side, IID_IUnknown);
+        EXPECT_EQ(back, primary);
+        back->Release();
+        side->Release();
+    }
+    EXPECT_EQ(primary->Release(), 1U);
+}
+
+TEST_F(NotificationsTest, RefusesUnknownInterfaces) {
+    void* side = this;
+    EXPECT_EQ(object_->QueryInterface(IID_IStream, &side), E_NOINTERFACE);
+    EXPECT_EQ(side, nullptr);
+    EXPECT_EQ(object_->AddRef(), 2U);
+    EXPECT_EQ(object_->Release(), 1U);
+}
+
+// The host's contract is the method table: each slot by its index, called as a host would call it.
+template <class Result, class... Arguments>
+Result CallSlot(IUnknown* side, unsigned index, Arguments... arguments) {
+    void* const* methods = *reinterpret_cast<void* const* const*>(side);
+    return reinterpret_cast<Result (*)(void*, Arguments...)>(methods[index])(side, arguments...);
+}
+
+TEST_F(NotificationsTest, MethodsStandAtTheirIndices) {
+    EXPECT_EQ(CallSlot<HRESULT>(object_, 3, 7), S_OK);
+    EXPECT_EQ(CallSlot<HRESULT>(object_, 5, 1), S_OK);
+    EXPECT_EQ(CallSlot<HRESULT>(object_, 6, std::intptr_t{-5}, 6, 7), S_OK);
+    EXPECT_EQ(CallSlot<HRESULT>(object_, 7, 1, 2, 3), S_OK);
+    EXPECT_EQ(CallSlot<HRESULT>(object_, 8, 13, 4000000000U, static_cast<const char*>("Foo"), -2), S_OK);
+    auto* first = Ask<IUnknown>(object_, Notifications1Id);
+    EXPECT_EQ(CallSlot<HRESULT>(first, 3, 1, std::intptr_t{2}, std::intptr_t{3}), S_OK);
+    first->Release();
+    auto* cms = Ask<IUnknown>(object_, CmsNotifications0Id);
+    Q_CmsRecord record = {};
+    EXPECT_EQ(CallSlot<HRESULT>(cms, 3, 2, static_cast<const char*>("in"), 5, std::intptr_t{6}, &record),
+              S_OK);
+    cms->Release();
+    Q_Free(record.numbers);
+    EXPECT_EQ(callbackLog, Lines({"Initialize 7", "Message -5 6 7", "Notify 13 4000000000 [Foo] -2",
+                                  "HtmlDialogEventEx 1 2 3", "CMSCommand 2 [in] 5 6"}));
+    EXPECT_EQ(CallSlot<HRESULT>(object_, 4), S_OK);
+    EXPECT_FALSE(connection.kitReady) << "Quit clears a flag and calls nobody";
+    EXPECT_EQ(callbackLog.size(), 5U);
+    EXPECT_TRUE(Q_ApiIsConnected());
+}
+
+TEST_F(NotificationsTest, CutsTheTextOfNotification75) {
+    const struct {
+        const char* text;
+        const char* record;
+    } rows[] = {
+        {"whole", "[whole]<null><null><null><null><null> 0 "},
+        {"", "[]<null><null><null><null><null> 0 "},
+        {nullptr, "[]<null><null><null><null><null> 0 "},
+        {"a\x1E", "[a][]<null><null><null><null> 0 "},
+        {"a\x1E\x1E"
+         "c",
+         "[a][][c]<null><null><null> 0 "},
+        {"1\x1E"
+         "2\x1E"
+         "3\x1E"
+         "4\x1E"
+         "5\x1E"
+         "6",
+         "[1][2][3][4][5][6] 0 "},
+        {"1\x1E"
+         "2\x1E"
+         "3\x1E"
+         "4\x1E"
+         "5\x1E"
+         "6\x1E"
+         "7\x1E",
+         "[1][2][3][4][5][6] 2 [7][]"},
+    };
+    for (const auto& row : rows) {
+        callbackLog.clear();
+        EXPECT_EQ(object_->Notify(75, 9, row.text, 1), S_OK);
+        EXPECT_EQ(callbackLog, Lines({"Notify 75 9 " + std::string(row.record) + " 1"}));
+    }
+    callbackLog.clear();
+    object_->Notify(76, 9,
+                    "a\x1E"
+                    "b",
+                    1);
+    EXPECT_EQ(callbackLog, Lines({"Notify 76 9 [a\x1E"
+                                  "b] 1"}))
+        << "no other number is cut";
+}
+
+TEST_F(NotificationsTest, HandsOutTheModulesResources) {
+    constexpr platform::NamedResource named[] = {{10, "PAGE", {"<p/>\0x", 6}}, {11, "NONE", {"", 0}}};
+    const platform::ModuleResources resources = {{}, {}, named};
+    platform::BindResources(&moduleMark_, &resources);
+    Q_ResourceRecord record = {};
+    EXPECT_EQ(object_->GetResource(10, "page", &record), S_OK);
+    ASSERT_EQ(record.size, 6U);
+    EXPECT_EQ(std::memcmp(record.data, "<p/>\0x", 6), 0);
+    CoTaskMemFree(record.data);
+
+    Q_ResourceRecord untouched = {77, &record};
+    EXPECT_EQ(object_->GetResource(10, "other", &untouched), E_FAIL);
+    EXPECT_EQ(object_->GetResource(12, "page", &untouched), E_FAIL);
+    EXPECT_EQ(object_->GetResource(10, nullptr, &untouched), E_FAIL);
+    EXPECT_EQ(untouched.size, 77U);
+    EXPECT_EQ(untouched.data, &record);
+    platform::BindResources(&moduleMark_, nullptr);
+}
+
+TEST_F(NotificationsTest, HandsOutTheModulesPath) {
+    connection.module = platform::MainModule();
+    const std::string path = platform::ModuleFileName(connection.module);
+    Q_ResourceRecord record = {};
+    ASSERT_LT(path.size(), 260U);
+    EXPECT_EQ(object_->GetResource(0, nullptr, &record), S_OK);
+    EXPECT_EQ(record.size, path.size() + 1);
+    EXPECT_STREQ(static_cast<const char*>(record.data), path.c_str());
+    CoTaskMemFree(record.data);
+
+    connection.module = &moduleMark_;
+    EXPECT_EQ(object_->GetResource(0, nullptr, &record), E_FAIL) << "no module's handle";
+}
+
+TEST_F(NotificationsTest, CopiesWhatCmsCommandAnswers) {
+    auto* cms = Ask<IQuorlaneCMSNotifications0>(object_, CmsNotifications0Id);
+    Q_CmsRecord record = {};
+    EXPECT_EQ(cms->CMSCommand(1, "in", 5, 6, &record), S_OK);
+    EXPECT_EQ(record.head[7], 8);
+    EXPECT_EQ(record.tail[3], 12);
+    EXPECT_STREQ(record.text, "checked in");
+    ASSERT_EQ(record.count, 2U);
+    EXPECT_EQ(record.numbers[1], -8);
+    Q_Free(record.text);
+    Q_Free(record.numbers);
+
+    EXPECT_EQ(cms->CMSCommand(2, "in", 5, 6, &record), S_OK);
+    EXPECT_EQ(record.text, nullptr);
+    EXPECT_EQ(record.count, 0U);
+    EXPECT_NE(record.numbers, nullptr) << "an array of none is a block too";
+    Q_Free(record.numbers);
+    cms->Release();
+}
+
+// The host knows no exceptions; what a callback throws is told on its console.
+TEST_F(NotificationsTest, StopsExceptionsAtTheBoundary) {
+    Host().log.clear();
+    whileNotified = [] { throw std::runtime_error("no room"); };
+    EXPECT_EQ(object_->Notify(13, 0, "Foo", 0), S_OK);
+    whileNotified = [] { throw 5; };
+    EXPECT_EQ(object_->Notify(75, 0, "a", 0), S_OK);
+    EXPECT_EQ(Host().log, Lines({"WriteConsole \"A call from the host ended early: no room\n\"",
+                                 "WriteConsole \"A call from the host ended early: unknown reason\n\""}));
+}
+
+// A host may take and give back a reference while the object goes; it must go once.
+TEST_F(NotificationsTest, GoesOnceWhenItIsUsedDuringItsEnd) {
+    struct Prober final : ComUltraliteC {
+        IUnknown* object = nullptr;
+        int released = 0;
+        ULONG Release() override {
+            ++released;
+            object->AddRef();
+            object->Release();
+            return 1;
+        }
+    } prober;
+    prober.object = object_;
+    connection.keepAlive = &prober;
+    Host().DropClient();
+    EXPECT_EQ(prober.released, 1);
+    EXPECT_EQ(Host().references, 0);
+}
+
+}  // namespace
+}  // namespace ventrix::test

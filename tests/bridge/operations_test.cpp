@@ -1,0 +1,249 @@
+// What every operation does with the host's answers: the failures in a table over all operations, the
+// ownership of results with the host owning them and not.
+#include "bridge/host/operations.h"
+
+#include <optional>
+
+#include "bridge/bridge_test.h"
+#include "bridge/connection.h"
+#include "bridge/properties.h"
+#include "bridge/values.h"
+#include "kit/last_error.h"
+#include "kit/memory.h"
+
+namespace ventrix::test {
+namespace {
+
+// Whether a list is the empty one; it is freed.
+bool TookEmpty(Q_ValueList list) {
+    const bool empty = list.count == 0 && list.items == nullptr;
+    Q_ApiFreeValueList(&list);
+    return empty;
+}
+
+const Q_PropList noRows = {};
+const Q_ValueList noValues = {};
+
+// Each operation, with a call that tells whether it gave its failure result.
+struct Operation {
+    const char* name;
+    const char* arguments;  ///< As the host logs them.
+    unsigned interfaceNumber;
+    bool hasStatus;
+    bool (*gaveFailure)();
+};
+
+const Operation operations[] = {
+    {"WatchNotification", "53 1", 4, true, [] { return Q_ApiWatchNotification(53, 1) != 0; }},
+    {"SetTextMode", "1", 9, true, [] { return Q_ApiSetTextMode(1), Q_ApiLastError != 0; }},
+    {"WriteConsole", "\"hello\"", 4, true, [] { return Q_ApiWriteConsole("hello") != 0; }},
+    {"InvokeClient", "\"Dita OT\" \"Save\"", 4, true,
+     [] { return Q_ApiInvokeClient("Dita OT", "Save") == 0; }},
+    {"InvokeClientForValues", "\"QlDispatcher\" \"Choose\"", 12, true,
+     [] { return TookEmpty(Q_ApiInvokeClientForValues("QlDispatcher", "Choose")); }},
+    {"SendCallReply", "0", 12, false, [] { return TookEmpty(Q_ApiSendCallReply(&noValues)); }},
+    {"OpenDocument", "\"C:\\a.xml\" 0", 4, true,
+     [] { return Q_ApiOpenDocument("C:\\a.xml", &noRows, nullptr) == 0; }},
+    {"CloseDocument", "4711 1", 4, true, [] { return Q_ApiCloseDocument(4711, 1) != 0; }},
+    {"ListDocumentFiles", "4711 16 0", 1, false,
+     [] { return TookEmpty(Q_ApiListDocumentFiles(4711, 16, 0)); }},
+    {"ReadStringProp", "0 4711 20", 4, true,
+     [] {
+         char* text = Q_ApiReadStringPropNum(0, 4711, 20);
+         const bool failed = text == nullptr;
+         Q_Free(text);
+         return failed;
+     }},
+};
+
+// The flag is a property of the connection, so each test runs on both kinds.
+class OperationsTest : public BridgeTest, public ::testing::WithParamInterface<bool> {
+  protected:
+    void SetUp() override {
+        BridgeTest::SetUp();
+        Host().ownershipAnswer = GetParam() ? S_OK : S_FALSE;
+        Host().integerAnswer = 12;
+        Host().text = "C:\\docs\\guide.ditamap";
+        Host().values =
+            Values({Nested({Text("documentType"), Text("C:\\a.xml"), Number(1)}), Text("second")});
+        Host().openResults = {};
+        Q_ApiSetPropString(&Host().openResults, 9, "opened");
+    }
+
+    void Start() {
+        ASSERT_EQ(Connect(), 0);
+        Host().log.clear();
+        Q_ApiLastError = 0;
+    }
+
+    void TearDown() override {
+        // The list of open results belongs to the bridge and outlasts a connection.
+        Q_PropList* results = nullptr;
+        if (connection.hostInterfaces[MainHostInterface - 1] != nullptr) {
+            Host().failures.erase("OpenDocument");
+            Q_ApiOpenDocument("any", &noRows, &results);
+            Q_ApiFreePropList(results);
+        }
+        BridgeTest::TearDown();
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(HostOwnsResults, OperationsTest, ::testing::Bool());
+
+TEST_P(OperationsTest, FailsWithoutConnection) {
+    for (const Operation& operation : operations) {
+        SCOPED_TRACE(operation.name);
+        Q_ApiLastError = 0;
+        EXPECT_TRUE(operation.gaveFailure());
+        EXPECT_EQ(Q_ApiLastError, -1);
+    }
+    EXPECT_EQ(Q_ApiWatchNotification(53, 1), -1);
+    EXPECT_EQ(Q_ApiWriteConsole("hello"), -1);
+    EXPECT_EQ(Q_ApiCloseDocument(1, 1), -1);
+}
+
+TEST_P(OperationsTest, FailsWhereOnlyItsInterfaceIsMissing) {
+    Host().missingInterfaces = {1, 9, 12};
+    Start();
+    for (const Operation& operation : operations) {
+        SCOPED_TRACE(operation.name);
+        Q_ApiLastError = 0;
+        const bool missing = Host().missingInterfaces.contains(operation.interfaceNumber);
+        EXPECT_EQ(operation.gaveFailure(), missing);
+        EXPECT_EQ(Q_ApiLastError, missing ? -1 : 0);
+    }
+}
+
+TEST_P(OperationsTest, ReachesTheHostOnceWithItsArguments) {
+    Start();
+    for (const Operation& operation : operations) {
+        SCOPED_TRACE(operation.name);
+        Host().log.clear();
+        EXPECT_FALSE(operation.gaveFailure());
+        EXPECT_EQ(Host().log, Lines({std::string(operation.name) + " " + operation.arguments}));
+        EXPECT_EQ(Q_ApiLastError, 0);
+    }
+}
+
+TEST_P(OperationsTest, TurnsFailedCallsIntoTheErrorValue) {
+    Start();
+    for (const Operation& operation : operations) {
+        SCOPED_TRACE(operation.name);
+        for (const auto& [result, error] :
+             {std::pair(RPC_E_SERVERCALL_RETRYLATER, -88), {E_FAIL, -1}, {RPC_E_CALL_REJECTED, -1}}) {
+            Host().failures[operation.name] = result;
+            Q_ApiLastError = 0;
+            EXPECT_TRUE(operation.gaveFailure());
+            EXPECT_EQ(Q_ApiLastError, error);
+        }
+        Host().failures.erase(operation.name);
+        operation.gaveFailure();
+        EXPECT_EQ(Q_ApiLastError, -1) << "success leaves the error value alone";
+    }
+}
+
+TEST_P(OperationsTest, PassesTheHostsStatusOn) {
+    Start();
+    for (const Operation& operation : operations) {
+        SCOPED_TRACE(operation.name);
+        Host().statuses[operation.name] = 5;
+        Q_ApiLastError = 0;
+        EXPECT_EQ(operation.gaveFailure(), operation.hasStatus);
+        EXPECT_EQ(Q_ApiLastError, operation.hasStatus ? 5 : 0);
+    }
+    EXPECT_EQ(Q_ApiCloseDocument(1, 1), 5);
+    EXPECT_EQ(Q_ApiInvokeClient("Dita OT", "Save"), 0);
+}
+
+TEST_P(OperationsTest, ReturnsDeepCopies) {
+    Start();
+    Q_ValueList files = Q_ApiListDocumentFiles(4711, 16, 0);
+    Q_ApiFreeValueList(&Host().values);
+    Host().values = {};
+    ASSERT_EQ(files.count, 2U);
+    ASSERT_EQ(files.items[0].tag, Q_ListTag);
+    ASSERT_EQ(files.items[0].list->count, 3U);
+    EXPECT_STREQ(files.items[0].list->items[1].text, "C:\\a.xml");
+    EXPECT_EQ(files.items[0].list->items[2].number, 1);
+    EXPECT_STREQ(files.items[1].text, "second");
+    Q_ApiFreeValueList(&files);
+    EXPECT_EQ(Q_ApiInvokeClient("Dita OT", "Save"), 12);
+}
+
+TEST_P(OperationsTest, GivesNullForANullText) {
+    Host().text.reset();
+    Start();
+    EXPECT_EQ(Q_ApiReadStringPropNum(0, 0, 89), nullptr);
+    EXPECT_EQ(Q_ApiLastError, 0);
+}
+
+TEST_P(OperationsTest, HandsTheReplyOver) {
+    Start();
+    Q_ValueList reply = Values({Number(-43), Text(""), Text("log")});
+    TookEmpty(Q_ApiSendCallReply(&reply));
+    EXPECT_EQ(Host().reply, Lines({"-43", "", "log"}));
+    EXPECT_EQ(reply.count, 3U);
+    EXPECT_STREQ(reply.items[2].text, "log") << "the argument stays the caller's";
+    Q_ApiFreeValueList(&reply);
+}
+
+TEST_P(OperationsTest, KeepsOneListOfOpenResults) {
+    Q_Prop named = {{0, Q_CopyTextOrEmpty("title")}, Text("Guide")};
+    Start();
+    Q_ApiSetProp(&Host().openResults, 0, &named.value);
+    Host().openResults.items[1].ident.name = named.ident.name;
+    Q_ApiFreeValue(&named.value);
+
+    Q_PropList* results = nullptr;
+    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &noRows, &results), 4711U);
+    ASSERT_NE(results, nullptr);
+    ASSERT_EQ(results->count, 2U);
+    EXPECT_STREQ(results->items[0].value.text, "opened");
+    EXPECT_STREQ(results->items[1].ident.name, "title");
+
+    // The rows of the first list go, also those of a caller's own list; then the same list is filled anew.
+    Q_PropList* const first = results;
+    Q_PropList own = {};
+    Q_ApiSetPropString(&own, 1, "own row");
+    Q_PropList* second = &own;
+    Q_ApiOpenDocument("C:\\b.xml", &noRows, &second);
+    EXPECT_EQ(second, first);
+    EXPECT_EQ(own.count, 0U);
+    EXPECT_EQ(first->count, 2U);
+
+    Q_ApiFreePropList(results);
+    EXPECT_EQ(first->count, 0U);
+    EXPECT_EQ(first->items, nullptr);
+}
+
+TEST_P(OperationsTest, LeavesTheResultsPointerOnAFailedOpenOnly) {
+    Start();
+    Q_PropList* results = nullptr;
+    Host().failures["OpenDocument"] = E_FAIL;
+    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &noRows, &results), 0U);
+    EXPECT_EQ(results, nullptr);
+
+    Host().failures.clear();
+    Host().statuses["OpenDocument"] = 5;
+    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &noRows, &results), 0U);
+    ASSERT_NE(results, nullptr) << "a call that reached the host hands its list over, whatever the status";
+    EXPECT_EQ(results->count, 1U);
+    EXPECT_EQ(Q_ApiLastError, 5);
+}
+
+// A delivery during a call runs on top of it, on the same thread.
+TEST_P(OperationsTest, ServesANotificationInsideACall) {
+    Start();
+    Host().whileClientIsCalled = [this] { return Host().Notifications()->Notify(13, 0, "Validate", 0); };
+    whileNotified = [] {
+        Q_ValueList reply = Values({Number(0)});
+        TookEmpty(Q_ApiSendCallReply(&reply));
+        Q_ApiFreeValueList(&reply);
+    };
+    EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 12);
+    EXPECT_EQ(callbackLog, Lines({"Notify 13 0 [Validate] 0"}));
+    EXPECT_EQ(Host().log, Lines({"InvokeClient \"Other\" \"Go\"", "SendCallReply 1"}));
+}
+
+}  // namespace
+}  // namespace ventrix::test

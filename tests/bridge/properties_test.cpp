@@ -1,0 +1,132 @@
+#include "bridge/properties.h"
+
+#include <iterator>
+
+#include "bridge/bridge_test.h"
+#include "bridge/open_script.h"
+#include "kit/console.h"
+#include "kit/memory.h"
+
+namespace ventrix::test {
+namespace {
+
+class PropertiesTest : public BridgeTest {};
+
+void SetNumber(Q_PropList* list, std::int32_t number, std::int32_t to) {
+    const Q_Value value = Number(to);
+    Q_ApiSetProp(list, number, &value);
+}
+
+TEST_F(PropertiesTest, FindsTheFirstRowWithANumber) {
+    EXPECT_EQ(Q_ApiFindProp(nullptr, 1), -4);
+    Q_PropList list = {};
+    EXPECT_EQ(Q_ApiFindProp(&list, 1), -4);
+    SetNumber(&list, 5, 50);
+    SetNumber(&list, 7, 70);
+    SetNumber(&list, 9, 90);
+    list.items[2].ident.number = 7;
+    EXPECT_EQ(Q_ApiFindProp(&list, 7), 1);
+    EXPECT_EQ(Q_ApiFindProp(&list, 9), -4);
+    list.items[2].ident = {0, Q_CopyTextOrEmpty("name")};
+    EXPECT_EQ(Q_ApiFindProp(&list, 0), 2);
+    Q_ApiFreePropList(&list);
+}
+
+TEST_F(PropertiesTest, ReplacesInPlaceAndFreesWhatStoodThere) {
+    Q_PropList list = {};
+    Q_ApiSetPropString(&list, 2, "old");
+    SetNumber(&list, 3, 30);
+    Q_ApiSetPropString(&list, 2, "new");
+    EXPECT_EQ(list.count, 2U);
+    EXPECT_STREQ(list.items[0].value.text, "new");
+    Q_ApiSetPropString(&list, 2, nullptr);
+    EXPECT_STREQ(list.items[0].value.text, "");
+
+    // A value that stands in the list itself.
+    Q_ApiSetPropString(&list, 2, "again");
+    Q_ApiSetProp(&list, 2, &list.items[0].value);
+    EXPECT_STREQ(list.items[0].value.text, "again");
+
+    // A named row is found as number 0 and loses its name.
+    list.items[1].ident = {0, Q_CopyTextOrEmpty("name")};
+    SetNumber(&list, 0, 1);
+    EXPECT_EQ(list.items[1].ident.name, nullptr);
+    EXPECT_EQ(list.items[1].value.number, 1);
+    Q_ApiFreePropList(&list);
+    EXPECT_EQ(list.count, 0U);
+    EXPECT_EQ(list.items, nullptr);
+    Q_ApiFreePropList(nullptr);
+}
+
+TEST_F(PropertiesTest, GrowsByDoublingAndKeepsTheOrder) {
+    Q_PropList list = {};
+    for (std::int32_t number = 1; number <= 40; ++number) {
+        SetNumber(&list, number, -number);
+    }
+    ASSERT_EQ(list.count, 40U);
+    for (std::int32_t number = 1; number <= 40; ++number) {
+        EXPECT_EQ(Q_ApiFindProp(&list, number), number - 1);
+        EXPECT_EQ(list.items[number - 1].value.number, -number);
+    }
+    FailKitAllocation(1);
+    SetNumber(&list, 41, 0);
+    EXPECT_EQ(list.count, 40U) << "without memory the list stays";
+    Q_ApiFreePropList(&list);
+}
+
+TEST_F(PropertiesTest, CopiesNamesOnlyOfRowsWithoutNumber) {
+    char name[] = "name";
+    Q_Prop rows[] = {{{0, name}, Number(1)}, {{5, name}, Text("five")}};
+    const Q_PropList list = {2, rows};
+    Q_PropList copy = {};
+    Q_CopyPropListWith(&copy, &list, CoTaskMemAlloc);
+    EXPECT_STREQ(copy.items[0].ident.name, "name");
+    EXPECT_EQ(copy.items[1].ident.name, nullptr);
+    EXPECT_STREQ(copy.items[1].value.text, "five");
+    Q_ReleasePropListWith(&copy, CoTaskMemFree);
+    EXPECT_EQ(copy.count, 0U);
+    Q_ApiFreeValue(&rows[1].value);
+}
+
+TEST_F(PropertiesTest, DefaultOpenScript) {
+    const std::int32_t order[] = {1,  5,  7,  8,  33, 43, 9,  10, 11, 13, 2,  14, 15, 16, 17, 18, 19, 20,
+                                  21, 22, 23, 28, 24, 25, 32, 26, 27, 29, 6,  30, 42, 4,  3,  12, 31, 36,
+                                  35, 52, 34, 37, 38, 39, 40, 41, 44, 45, 46, 47, 48, 49, 50, 51, 53, 54};
+    const std::map<std::int32_t, std::int32_t> notZero = {{5, 1},   {16, 12}, {17, 5},  {21, 5}, {26, 1},
+                                                          {36, 12}, {35, 12}, {52, 12}, {53, -1}};
+    const std::set<std::int32_t> texts = {31, 34, 38, 39};
+    Q_PropList script = Q_ApiDefaultOpenScript();
+    ASSERT_EQ(script.count, std::size(order));
+    for (std::uint32_t i = 0; i < script.count; ++i) {
+        SCOPED_TRACE(i);
+        const Q_Prop& row = script.items[i];
+        EXPECT_EQ(row.ident.number, order[i]);
+        EXPECT_EQ(row.ident.name, nullptr);
+        if (texts.contains(row.ident.number)) {
+            EXPECT_EQ(row.value.tag, 3U);
+            EXPECT_EQ(row.value.text, nullptr);
+        } else {
+            EXPECT_EQ(row.value.tag, 1U);
+            const auto value = notZero.find(row.ident.number);
+            EXPECT_EQ(row.value.number, value == notZero.end() ? 0 : value->second);
+        }
+    }
+    Q_ApiFreePropList(&script);
+    EXPECT_EQ(script.count, 0U);
+    FailKitAllocation(1);
+    script = Q_ApiDefaultOpenScript();
+    EXPECT_EQ(script.count, 0U);
+    EXPECT_EQ(Q_ApiFindProp(&script, 5), -4);
+}
+
+TEST_F(PropertiesTest, AWrongTableEndsTheProcess) {
+    Q_ConsoleHook = [](const char* text) -> std::int32_t { return std::fputs(text, stderr); };
+    const OpenScriptRow rows[OpenScriptRowCount + 1] = {};
+    for (const std::size_t size : {OpenScriptRowCount - 1, OpenScriptRowCount + 1}) {
+        EXPECT_DEATH(Q_OpenScriptOfRows({rows, size}),
+                     "Error: Default params list has an incorrect number of items\\.\n");
+    }
+}
+
+}  // namespace
+}  // namespace ventrix::test
