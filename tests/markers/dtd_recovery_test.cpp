@@ -1,0 +1,124 @@
+#include "markers/dtd_recovery.h"
+
+#include <gtest/gtest.h>
+
+#include "fake_host.h"
+#include "markers/xslt_run.h"
+#include "platform/temp_tree.h"
+
+namespace ventrix {
+namespace {
+
+TEST(XsltRun, SendsOneCommandLine) {
+    struct {
+        const char *file, *outputPath, *expectedOutput;
+    } rows[] = {
+        {"C:\\out\\maps\\guide.xml", "", "C:\\out\\maps\\guide.html"},
+        {"C:\\out\\my guide", "", "C:\\out\\my guide.html"},
+        {"C:\\a.b\\guide", "", "C:\\a.html"},
+        {"C:\\out\\guide.xml", "D:\\x y.txt", "D:\\x y.txt"},
+    };
+    for (const auto& row : rows) {
+        FakeHost host;
+        RunXsltScenario(row.file, "C:\\styles\\web.xsl", row.outputPath);
+        EXPECT_EQ(host.calls, std::vector<std::string>{
+                                  std::string("QlXSLT: XSLTRunTrScenario -dontuseqlconsole -file \"") +
+                                  row.file + "\" -xslfilepath \"C:\\styles\\web.xsl\" -outputfilepath \"" +
+                                  row.expectedOutput + "\""});
+    }
+}
+
+TEST(DtdLookup, AsksTwiceAndTakesExactlyOneText) {
+    struct {
+        std::vector<std::string> application, dtd;
+        std::string secondQuestion, answer;
+    } rows[] = {
+        {{"dita"}, {"C:\\t.dtd"}, "StructAppInfo -appName dita -info DTDPath", "C:\\t.dtd"},
+        {{}, {"C:\\t.dtd"}, "StructAppInfo -appName  -info DTDPath", "C:\\t.dtd"},
+        {{"dita", "docbook"}, {}, "StructAppInfo -appName  -info DTDPath", ""},
+        {{"dita"}, {"C:\\t.dtd", "C:\\u.dtd"}, "StructAppInfo -appName dita -info DTDPath", ""},
+    };
+    for (const auto& row : rows) {
+        FakeHost host;
+        host.onQuestion = [&](const std::string& question) {
+            return question.starts_with("ChooseAppForFile ") ? row.application : row.dtd;
+        };
+        EXPECT_EQ(LookupDtdPath("C:\\a b.xml"), row.answer);
+        EXPECT_EQ(host.calls, (std::vector<std::string>{"QlDispatcher: ChooseAppForFile C:\\a b.xml",
+                                                        "QlDispatcher: " + row.secondQuestion}));
+    }
+}
+
+TEST(ReplaceInFile, ReplacesTheFirstOccurrenceOnly) {
+    const TempTree tree;
+    tree.Put("f", std::string("a\0$x$ $x$\r\n", 11));
+    ReplaceInFile(tree.System("f"), "$x$", "C:\\d.dtd");
+    EXPECT_EQ(tree.Get("f"), std::string("a\0C:\\d.dtd $x$\r\n", 16));
+    ReplaceInFile(tree.System("missing"), "a", "b");
+    EXPECT_FALSE(tree.Has("missing"));
+}
+
+/// A document, a DTD and a host that knows both. What the stylesheet run writes is the test's to say.
+struct RepairCase {
+    RepairCase() {
+        tree.Put("doc.dtd", "<!ENTITY product 'Pump 7'>");
+        tree.Put("doc.xml", document);
+        host.folder = tree.System("host");
+        host.onQuestion = [this](const std::string&) { return std::vector<std::string>{dtdAnswer}; };
+        host.onCommand = [this](const std::string&) {
+            if (output)
+                tree.Put("doc.xml.ql.temp", *output);
+        };
+    }
+
+    const std::string document = "<!DOCTYPE a SYSTEM 'gone.dtd'><a t='&product;'>x &product;</a>";
+    const TempTree tree;
+    std::string dtdAnswer = tree.System("doc.dtd");
+    std::optional<std::string> output = "<!DOCTYPE a SYSTEM \"$qldtdpath$\"><a>$qldtdpath$</a>";
+    FakeHost host;
+};
+
+TEST(RepairDoctype, RewritesTheDocumentWithThePathOfTheDtd) {
+    RepairCase repair;
+    EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
+    EXPECT_EQ(repair.tree.Get("doc.xml"),
+              "<!DOCTYPE a SYSTEM \"" + repair.dtdAnswer + "\"><a>$qldtdpath$</a>");
+    EXPECT_FALSE(repair.tree.Has("doc.xml.ql.temp"));
+    ASSERT_EQ(repair.host.calls.size(), 3U);
+    EXPECT_EQ(repair.host.calls[2], "QlXSLT: XSLTRunTrScenario -dontuseqlconsole -file \"" +
+                                        repair.tree.System("doc.xml") + "\" -xslfilepath \"" +
+                                        repair.host.folder + "\\Ventrix.xsl\" -outputfilepath \"" +
+                                        repair.tree.System("doc.xml.ql.temp") + "\"");
+}
+
+TEST(RepairDoctype, KeepsTheDocumentWithoutOutput) {
+    for (const std::optional<std::string>& output :
+         {std::optional<std::string>(), std::optional<std::string>("")}) {
+        RepairCase repair;
+        repair.output = output;
+        // What an interrupted run left behind is no output of this one.
+        if (!output)
+            repair.tree.Put("doc.xml.ql.temp", "<old/>");
+        EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
+        EXPECT_EQ(repair.tree.Get("doc.xml"), repair.document);
+        EXPECT_FALSE(repair.tree.Has("doc.xml.ql.temp"));
+    }
+}
+
+TEST(RepairDoctype, LeavesAFileOfAnUnknownDtdAlone) {
+    RepairCase repair;
+    repair.dtdAnswer.clear();
+    EXPECT_FALSE(RepairDoctype(repair.tree.System("doc.xml")));
+    EXPECT_EQ(repair.host.calls.size(), 2U);
+    EXPECT_EQ(repair.tree.Get("doc.xml"), repair.document);
+}
+
+TEST(RepairDoctype, EntersTheHostsNameOfADtdThatDoesNotExist) {
+    RepairCase repair;
+    repair.dtdAnswer = "C:\\nowhere\\x.dtd";
+    EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
+    EXPECT_NE(repair.tree.Get("doc.xml").find("\"C:\\nowhere\\x.dtd\""), std::string::npos);
+}
+
+}  // namespace
+}  // namespace ventrix
