@@ -8,19 +8,23 @@ namespace {
 constexpr std::u16string_view shape = u"{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}";
 
 int DigitValue(char16_t c) {
-    if (c >= u'0' && c <= u'9')
+    if (c >= u'0' && c <= u'9') {
         return c - u'0';
-    if (c >= u'A' && c <= u'F')
+    }
+    if (c >= u'A' && c <= u'F') {
         return c - u'A' + 10;
+    }
     return c >= u'a' && c <= u'f' ? c - u'a' + 10 : -1;
 }
 
 bool HasShape(std::u16string_view text) {
-    if (text.size() != shape.size())
+    if (text.size() != shape.size()) {
         return false;
+    }
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (shape[i] == u'X' ? DigitValue(text[i]) < 0 : text[i] != shape[i])
+        if (shape[i] == u'X' ? DigitValue(text[i]) < 0 : text[i] != shape[i]) {
             return false;
+        }
     }
     return true;
 }
@@ -28,28 +32,33 @@ bool HasShape(std::u16string_view text) {
 /// The number that `count` digits from `at` on make.
 std::uint32_t Number(std::u16string_view text, std::size_t at, std::size_t count) {
     std::uint32_t value = 0;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         value = value * 16 + static_cast<std::uint32_t>(DigitValue(text[at + i]));
+    }
     return value;
 }
 
 }  // namespace
 
 HRESULT CLSIDFromString(const OLECHAR* text, CLSID* id) {
-    if (id == nullptr)
+    if (id == nullptr) {
         return E_INVALIDARG;
+    }
     *id = {};
-    if (text == nullptr)
+    if (text == nullptr) {
         return S_OK;
+    }
     const std::u16string_view digits = text;
-    if (!HasShape(digits))
+    if (!HasShape(digits)) {
         return CO_E_CLASSSTRING;
+    }
     constexpr std::size_t bytesAt[8] = {20, 22, 25, 27, 29, 31, 33, 35};
     id->Data1 = Number(digits, 1, 8);
     id->Data2 = static_cast<std::uint16_t>(Number(digits, 10, 4));
     id->Data3 = static_cast<std::uint16_t>(Number(digits, 15, 4));
-    for (std::size_t i = 0; i < 8; ++i)
+    for (std::size_t i = 0; i < 8; ++i) {
         id->Data4[i] = static_cast<std::uint8_t>(Number(digits, bytesAt[i], 2));
+    }
     return S_OK;
 }
 

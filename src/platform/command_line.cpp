@@ -10,16 +10,18 @@ bool IsBlank(char c) {
 }
 
 void SkipBlanks(std::string_view text, std::size_t& at) {
-    while (at < text.size() && IsBlank(text[at]))
+    while (at < text.size() && IsBlank(text[at])) {
         ++at;
+    }
 }
 
 std::string TakeProgram(std::string_view text, std::size_t& at) {
     const bool quoted = text[at] == '"';
     const std::size_t start = quoted ? at + 1 : at;
     std::size_t end = start;
-    while (end < text.size() && (quoted ? text[end] != '"' : !IsBlank(text[end])))
+    while (end < text.size() && (quoted ? text[end] != '"' : !IsBlank(text[end]))) {
         ++end;
+    }
     at = quoted && end < text.size() ? end + 1 : end;
     return std::string(text.substr(start, end - start));
 }
@@ -63,16 +65,18 @@ std::string TakeArgument(std::string_view text, std::size_t& at) {
 std::vector<std::string> SplitCommandLine(std::string_view text) {
     std::vector<std::string> arguments;
     std::size_t at = 0;
-    for (SkipBlanks(text, at); at < text.size(); SkipBlanks(text, at))
+    for (SkipBlanks(text, at); at < text.size(); SkipBlanks(text, at)) {
         arguments.push_back(arguments.empty() ? TakeProgram(text, at) : TakeArgument(text, at));
+    }
     return arguments;
 }
 
 std::vector<std::string> NativeArguments(const DriveTable& drives, std::vector<std::string> arguments) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string native = ToNative(drives, arguments[i]);
-        if (i == 0 || (IsAbsoluteSystemPath(arguments[i]) && !native.empty()))
+        if (i == 0 || (IsAbsoluteSystemPath(arguments[i]) && !native.empty())) {
             arguments[i] = native;
+        }
     }
     return arguments;
 }

@@ -46,10 +46,11 @@ struct Components {
 
 void Climb(Components& parts) {
     const bool hasRootName = parts.kind == Components::Kind::drive || parts.kind == Components::Kind::server;
-    if (parts.names.size() > (hasRootName ? 1u : 0u) && parts.names.back() != "..")
+    if (parts.names.size() > (hasRootName ? 1u : 0u) && parts.names.back() != "..") {
         parts.names.pop_back();
-    else if (parts.kind == Components::Kind::relative)
+    } else if (parts.kind == Components::Kind::relative) {
         parts.names.emplace_back("..");
+    }
 }
 
 void AddComponents(Components& parts, std::string_view text, bool backslashSeparates) {
@@ -57,13 +58,15 @@ void AddComponents(Components& parts, std::string_view text, bool backslashSepar
     parts.closed = !text.empty() && separates(text.back());
     for (std::size_t at = 0; at < text.size();) {
         std::size_t end = at;
-        while (end < text.size() && !separates(text[end]))
+        while (end < text.size() && !separates(text[end])) {
             ++end;
+        }
         const std::string_view name = text.substr(at, end - at);
-        if (name == "..")
+        if (name == "..") {
             Climb(parts);
-        else if (!name.empty() && name != ".")
+        } else if (!name.empty() && name != ".") {
             parts.names.push_back(name);
+        }
         at = end + 1;
     }
 }
@@ -76,18 +79,20 @@ Components CutSystemPath(std::string_view path) {
         AddComponents(parts, path.substr(2), true);
         return parts;
     }
-    if (StartsWithServer(path))
+    if (StartsWithServer(path)) {
         parts.kind = Components::Kind::server;
-    else if (!path.empty() && IsSeparator(path[0]))
+    } else if (!path.empty() && IsSeparator(path[0])) {
         parts.kind = Components::Kind::rooted;
+    }
     AddComponents(parts, path, true);
     return parts;
 }
 
 Components CutNativePath(std::string_view path) {
     Components parts;
-    if (!path.empty() && path[0] == '/')
+    if (!path.empty() && path[0] == '/') {
         parts.kind = Components::Kind::rooted;
+    }
     AddComponents(parts, path, false);
     return parts;
 }
@@ -95,8 +100,9 @@ Components CutNativePath(std::string_view path) {
 std::string Join(const std::vector<std::string_view>& names, std::size_t from, char separator) {
     std::string joined;
     for (std::size_t i = from; i < names.size(); ++i) {
-        if (i > from)
+        if (i > from) {
             joined += separator;
+        }
         joined += names[i];
     }
     return joined;
@@ -104,19 +110,23 @@ std::string Join(const std::vector<std::string_view>& names, std::size_t from, c
 
 /// `head` is a root or folder, or empty for a relative path; `rest` the joined components behind it.
 std::string Assemble(std::string head, const std::string& rest, char separator, bool closed) {
-    if (head.empty() && rest.empty())
+    if (head.empty() && rest.empty()) {
         return closed ? std::string(".") + separator : ".";
-    if (!head.empty() && head.back() != separator && !rest.empty())
+    }
+    if (!head.empty() && head.back() != separator && !rest.empty()) {
         head += separator;
+    }
     head += rest;
-    if (closed && head.back() != separator)
+    if (closed && head.back() != separator) {
         head += separator;
+    }
     return head;
 }
 
 bool LeadsTo(const Components& root, const Components& path, bool ignoreCase) {
-    if (root.kind != path.kind || root.names.size() > path.names.size())
+    if (root.kind != path.kind || root.names.size() > path.names.size()) {
         return false;
+    }
     return std::equal(root.names.begin(), root.names.end(), path.names.begin(),
                       [&](std::string_view a, std::string_view b) {
                           return ignoreCase ? EqualIgnoringCase(a, b) : a == b;
@@ -125,21 +135,26 @@ bool LeadsTo(const Components& root, const Components& path, bool ignoreCase) {
 
 /// The root in its one form (`C:\`, `\\server\`), or empty if the text is no root.
 std::string CanonicalRoot(std::string_view text) {
-    if (text.size() == 1 && IsLetter(text[0]))
+    if (text.size() == 1 && IsLetter(text[0])) {
         return std::string(1, UpperAscii(text[0])) + ":\\";
-    if (!StartsWithDrive(text) && !StartsWithServer(text))
+    }
+    if (!StartsWithDrive(text) && !StartsWithServer(text)) {
         return {};
+    }
     std::string root = StartsWithServer(text) ? "\\\\" : "";
-    for (const std::string_view name : CutSystemPath(text).names)
+    for (const std::string_view name : CutSystemPath(text).names) {
         root.append(name).append("\\");
-    if (StartsWithDrive(root))
+    }
+    if (StartsWithDrive(root)) {
         root[0] = UpperAscii(root[0]);
+    }
     return root;
 }
 
 std::string CanonicalFolder(std::string_view text) {
-    while (text.size() > 1 && text.back() == '/')
+    while (text.size() > 1 && text.back() == '/') {
         text.remove_suffix(1);
+    }
     return text.empty() || text[0] != '/' ? std::string() : std::string(text);
 }
 
@@ -151,11 +166,13 @@ void SetDrive(DriveTable& drives, Drive drive) {
 
 void AddEntry(DriveTable& drives, std::string_view entry) {
     const std::size_t equals = entry.find('=');
-    if (equals == std::string_view::npos)
+    if (equals == std::string_view::npos) {
         return;
+    }
     Drive drive = {CanonicalRoot(entry.substr(0, equals)), CanonicalFolder(entry.substr(equals + 1))};
-    if (!drive.root.empty() && !drive.folder.empty())
+    if (!drive.root.empty() && !drive.folder.empty()) {
         SetDrive(drives, std::move(drive));
+    }
 }
 
 std::string MapToFolder(const DriveTable& drives, const Components& path) {
@@ -178,13 +195,15 @@ std::optional<std::string> MapToRoot(const DriveTable& drives, const Components&
     std::size_t bestLength = 0;
     for (const Drive& drive : drives) {
         const Components folder = CutNativePath(drive.folder);
-        if (!LeadsTo(folder, path, false) || (!best.empty() && folder.names.size() <= bestLength))
+        if (!LeadsTo(folder, path, false) || (!best.empty() && folder.names.size() <= bestLength)) {
             continue;
+        }
         const std::string found =
             Assemble(drive.root, Join(path.names, folder.names.size(), '\\'), '\\', path.closed);
         // A more specific root may hide this stretch of the folder.
-        if (CutNativePath(ToNative(drives, found)).names != CutNativePath(native).names)
+        if (CutNativePath(ToNative(drives, found)).names != CutNativePath(native).names) {
             continue;
+        }
         best = found;
         bestLength = folder.names.size();
     }
@@ -201,16 +220,18 @@ DriveTable ParseDrives(std::string_view text) {
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     const auto isZ = [](const Drive& drive) { return drive.root == "Z:\\"; };
-    if (std::none_of(drives.begin(), drives.end(), isZ))
+    if (std::none_of(drives.begin(), drives.end(), isZ)) {
         drives.push_back({"Z:\\", "/"});
+    }
     return drives;
 }
 
 std::string FormatDrives(const DriveTable& drives) {
     std::string text;
     for (const Drive& drive : drives) {
-        if (!text.empty())
+        if (!text.empty()) {
             text += ';';
+        }
         text.append(drive.root).append("=").append(drive.folder);
     }
     return text;
@@ -218,23 +239,28 @@ std::string FormatDrives(const DriveTable& drives) {
 
 std::string ToNative(const DriveTable& drives, std::string_view path) {
     const bool native = !path.empty() && path[0] == '/' && path.find('\\') == std::string_view::npos;
-    if (path.empty() || native)
+    if (path.empty() || native) {
         return std::string(path);
+    }
     const Components parts = CutSystemPath(path);
-    if (parts.kind == Components::Kind::drive || parts.kind == Components::Kind::server)
+    if (parts.kind == Components::Kind::drive || parts.kind == Components::Kind::server) {
         return MapToFolder(drives, parts);
+    }
     const char* head = parts.kind == Components::Kind::rooted ? "/" : "";
     return Assemble(head, Join(parts.names, 0, '/'), '/', parts.closed);
 }
 
 std::optional<std::string> ToSystem(const DriveTable& drives, std::string_view nativePath) {
-    if (nativePath.empty())
+    if (nativePath.empty()) {
         return std::string();
-    if (nativePath.find('\\') != std::string_view::npos)
+    }
+    if (nativePath.find('\\') != std::string_view::npos) {
         return std::nullopt;
+    }
     const Components parts = CutNativePath(nativePath);
-    if (parts.kind == Components::Kind::rooted)
+    if (parts.kind == Components::Kind::rooted) {
         return MapToRoot(drives, parts);
+    }
     std::string relative = Assemble("", Join(parts.names, 0, '\\'), '\\', parts.closed);
     return StartsWithDrive(relative) ? std::nullopt : std::optional(std::move(relative));
 }

@@ -15,14 +15,18 @@ struct Decoded {
 };
 
 std::size_t SequenceLength(unsigned char lead) {
-    if (lead < 0x80)
+    if (lead < 0x80) {
         return 1;
-    if (lead >= 0xC2 && lead <= 0xDF)
+    }
+    if (lead >= 0xC2 && lead <= 0xDF) {
         return 2;
-    if (lead >= 0xE0 && lead <= 0xEF)
+    }
+    if (lead >= 0xE0 && lead <= 0xEF) {
         return 3;
-    if (lead >= 0xF0 && lead <= 0xF4)
+    }
+    if (lead >= 0xF0 && lead <= 0xF4) {
         return 4;
+    }
     return 0;
 }
 
@@ -36,13 +40,15 @@ Decoded DecodeAt(std::string_view text, std::size_t at) {
     const Decoded bad = {replacement, 1, false};
     const auto lead = static_cast<unsigned char>(text[at]);
     const std::size_t length = SequenceLength(lead);
-    if (length == 0 || at + length > text.size())
+    if (length == 0 || at + length > text.size()) {
         return bad;
+    }
     char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
     for (std::size_t i = 1; i < length; ++i) {
         const auto next = static_cast<unsigned char>(text[at + i]);
-        if ((next & 0xC0) != 0x80)
+        if ((next & 0xC0) != 0x80) {
             return bad;
+        }
         character = (character << 6) | (next & 0x3Fu);
     }
     return InRange(character, length) ? Decoded{character, length, true} : bad;
@@ -116,8 +122,9 @@ std::string Utf8FromWide(std::u16string_view text) {
 bool IsUtf8(std::string_view text) {
     for (std::size_t at = 0; at < text.size();) {
         const Decoded decoded = DecodeAt(text, at);
-        if (!decoded.valid)
+        if (!decoded.valid) {
             return false;
+        }
         at += decoded.length;
     }
     return true;

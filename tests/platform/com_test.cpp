@@ -66,8 +66,9 @@ struct InApartment {
 
 int ServeOneMessage() {
     MSG message;
-    if (GetMessageW(&message, nullptr, 0, 0) == 0)
+    if (GetMessageW(&message, nullptr, 0, 0) == 0) {
         return 0;
+    }
     TranslateMessage(&message);
     DispatchMessageW(&message);
     return 1;
@@ -93,8 +94,9 @@ TEST(ClassIds, ReadFromText) {
     for (const char16_t* text :
          {u"", u"539DB5D0-C0C6-11D0-985E-0060970BEC0B", u"{539DB5D0-C0C6-11D0-985E-0060970BEC0B",
           u"{539DB5D0-C0C6-11D0-985E-0060970BEC0B} ", u"{539DB5D0-C0C6-11D0-985E0-060970BEC0B}",
-          u"{539DB5G0-C0C6-11D0-985E-0060970BEC0B}", u"{539DB5D0-C0C6-11D0-985E-0060970BEC0B\u0130"})
+          u"{539DB5G0-C0C6-11D0-985E-0060970BEC0B}", u"{539DB5D0-C0C6-11D0-985E-0060970BEC0B\u0130"}) {
         EXPECT_EQ(CLSIDFromString(text, &id), CO_E_CLASSSTRING);
+    }
     EXPECT_EQ(id, GUID{});
 }
 
@@ -190,8 +192,9 @@ TEST(Activation, OnAServerByTheFunctionOfOle32) {
 TEST(MessageQueue, ServesInOrderAndQuitsLast) {
     std::string order;
     PostQuitMessage(0);
-    for (const char letter : {'a', 'b', 'c'})
+    for (const char letter : {'a', 'b', 'c'}) {
         EXPECT_TRUE(PostToThread(CurrentThreadNumber(), [&order, letter] { order += letter; }));
+    }
     while (ServeOneMessage() != 0) {
     }
     EXPECT_EQ(order, "abc");

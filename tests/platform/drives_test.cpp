@@ -51,8 +51,9 @@ TEST(Drives, SystemToNative) {
         {"non-ASCII", "C:\\\xC3\xBC\xE2\x82\xAC.xml", "/srv/c/\xC3\xBC\xE2\x82\xAC.xml"},
         {"empty", "", ""},
     };
-    for (const PathRow& row : rows)
+    for (const PathRow& row : rows) {
         EXPECT_EQ(ToNative(Table(), row.input), row.output) << row.name;
+    }
 }
 
 TEST(Drives, NativeToSystem) {
@@ -71,8 +72,9 @@ TEST(Drives, NativeToSystem) {
         {"relative", "docs/a.xml", R"(docs\a.xml)"},
         {"empty", "", ""},
     };
-    for (const PathRow& row : rows)
+    for (const PathRow& row : rows) {
         EXPECT_EQ(ToSystem(Table(), row.input), row.output) << row.name;
+    }
 
     EXPECT_EQ(ToSystem(Table(), R"(/srv/c/a\b)"), std::nullopt);
     EXPECT_EQ(ToSystem(Table(), "a:b"), std::nullopt);
@@ -101,10 +103,12 @@ TEST(Drives, ParsesAndFormats) {
 }
 
 TEST(Drives, AbsoluteSystemPath) {
-    for (const char* path : {R"(C:\a)", "c:/a", R"(\\server\a)", R"(\\server)"})
+    for (const char* path : {R"(C:\a)", "c:/a", R"(\\server\a)", R"(\\server)"}) {
         EXPECT_TRUE(IsAbsoluteSystemPath(path)) << path;
-    for (const char* path : {"", "C:", "C:a", R"(\a)", "/a/b", "//a", R"(a\b)", R"(\\)", R"(1:\a)"})
+    }
+    for (const char* path : {"", "C:", "C:a", R"(\a)", "/a/b", "//a", R"(a\b)", R"(\\)", R"(1:\a)"}) {
         EXPECT_FALSE(IsAbsoluteSystemPath(path)) << path;
+    }
 }
 
 TEST(Drives, ProcessTableIsSeenByACopyOfTheLibrary) {

@@ -16,8 +16,9 @@ namespace {
 
 std::vector<std::string> NamesIn(const std::string& folder) {
     std::vector<std::string> names;
-    for (const FolderEntry& entry : ListFolder(folder))
+    for (const FolderEntry& entry : ListFolder(folder)) {
         names.push_back(entry.name);
+    }
     return names;
 }
 
@@ -46,8 +47,9 @@ TEST(ListFolder, OrdersAsNtfs) {
     const TempTree tree;
     // The underscore stands between capital and small letters, which tells upper-casing from lower-casing.
     for (const char* name : {"b", "A", "a_", "aB", "Z", "z1", "10", "9", "\xC3\xA4", "\xC3\x9F", "_",
-                             "\xF0\x9F\x98\x80", "\xEF\xBC\xA1"})
+                             "\xF0\x9F\x98\x80", "\xEF\xBC\xA1"}) {
         tree.Put(name, "");
+    }
     EXPECT_EQ(NamesIn(tree.System("")),
               (std::vector<std::string>{"10", "9", "A", "aB", "a_", "b", "Z", "z1", "_", "\xC3\xA4",
                                         "\xC3\x9F", "\xF0\x9F\x98\x80", "\xEF\xBC\xA1"}));
@@ -65,8 +67,9 @@ TEST(ListFolder, TellsWhatEachEntryIs) {
     tree.Put("back\\slash", "");
     tree.Put("latin-\xE4", "");
     std::vector<std::pair<std::string, std::uint32_t>> found;
-    for (const FolderEntry& entry : ListFolder(tree.System("") + "\\"))
+    for (const FolderEntry& entry : ListFolder(tree.System("") + "\\")) {
         found.emplace_back(entry.name, entry.attributes);
+    }
     EXPECT_EQ(found, (decltype(found){{"a.txt", 0},
                                       {"b.txt", attributeReadOnly},
                                       {"dir", attributeDirectory},
@@ -173,9 +176,10 @@ TEST(CopyFileOver, RefusesWithoutHarm) {
         {"none/x", "a", errorPathNotFound}, {"a", "none/b", errorPathNotFound},
         {"a", "a/b", errorPathNotFound},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(CopyFileOver(tree.System(row.source), tree.System(row.target)), row.error)
             << row.source << " to " << row.target;
+    }
     EXPECT_EQ(tree.Get("a"), "content");
     EXPECT_EQ(tree.Get("locked"), "kept");
     EXPECT_EQ(tree.Count(), 4);
@@ -222,8 +226,9 @@ TEST(OpensForReading, OnlyFiles) {
     tree.Put("file", "");
     ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
     EXPECT_TRUE(OpensForReading(tree.System("file")));
-    for (const char* name : {"none", "pipe", "", "file/x"})
+    for (const char* name : {"none", "pipe", "", "file/x"}) {
         EXPECT_FALSE(OpensForReading(tree.System(name))) << name;
+    }
 }
 
 TEST(LongNames, ReachTheMachinesLimitsAndNoFurther) {

@@ -100,8 +100,9 @@ TEST(ResourceScript, HoldsTheModulesTexts) {
           "\n    4 L\"Liste der besch\xC3\xA4"
           "digten Links\"\n",
           "\nFILEVERSION 1,0,0,1\nPRODUCTVERSION 1,0,0,1\n", "\nFILETYPE 0x2\n", "BLOCK \"040904b0\"\n",
-          "VALUE \"ClientType\", \"QCK\"\n", "VALUE \"Translation\", 0x0409, 0x04b0\n"})
+          "VALUE \"ClientType\", \"QCK\"\n", "VALUE \"Translation\", 0x0409, 0x04b0\n"}) {
         EXPECT_NE(script.find(line), std::string::npos) << line;
+    }
 }
 
 TEST(ResourceGenerator, KeepsEveryCharacter) {

@@ -40,8 +40,9 @@ TEST(CommandLine, IsCutAsThePlatformDoes) {
         {"blank", " \t ", {}},
         {"empty", "", {}},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(SplitCommandLine(row.text), row.arguments) << row.name;
+    }
 }
 
 TEST(CommandLine, PathsReachTheProgramInNativeNotation) {

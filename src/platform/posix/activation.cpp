@@ -34,8 +34,9 @@ ClassFactory FindFactory(REFCLSID classId, std::u16string_view server) {
     OfferTable& table = Offers();
     const std::lock_guard guard(table.lock);
     for (const Offer& offer : table.offers) {
-        if (offer.classId == classId && offer.server == server)
+        if (offer.classId == classId && offer.server == server) {
             return offer.factory;
+        }
     }
     return {};
 }
@@ -49,12 +50,15 @@ bool IsKnownServer(std::u16string_view server) {
 
 HRESULT Activate(REFCLSID classId, IUnknown* outer, std::u16string_view server, REFIID interfaceId,
                  void** object) {
-    if (CurrentApartment().entries == 0)
+    if (CurrentApartment().entries == 0) {
         return CO_E_NOTINITIALIZED;
-    if (outer != nullptr)
+    }
+    if (outer != nullptr) {
         return CLASS_E_NOAGGREGATION;
-    if (!IsKnownServer(server))
+    }
+    if (!IsKnownServer(server)) {
         return RPC_S_SERVER_UNAVAILABLE_RESULT;
+    }
     const ClassFactory factory = FindFactory(classId, server);
     return factory ? factory(interfaceId, object) : REGDB_E_CLASSNOTREG;
 }
@@ -83,8 +87,9 @@ void OfferClass(REFCLSID classId, ClassFactory factory, std::u16string_view serv
     const auto same = std::stable_partition(table.offers.begin(), table.offers.end(), std::not_fn(isSame));
     std::move(same, table.offers.end(), std::back_inserter(withdrawn));
     table.offers.erase(same, table.offers.end());
-    if (factory)
+    if (factory) {
         table.offers.push_back({classId, std::u16string(server), std::move(factory)});
+    }
 }
 
 ClassFactory RunningObject(IUnknown* object) {
@@ -95,8 +100,9 @@ ClassFactory RunningObject(IUnknown* object) {
 
 HRESULT CreateInstanceOnServer(REFCLSID classId, IUnknown* outer, DWORD /*context*/, COSERVERINFO* server,
                                DWORD count, MULTI_QI* results) {
-    if (count == 0 || results == nullptr)
+    if (count == 0 || results == nullptr) {
         return E_INVALIDARG;
+    }
     std::for_each(results, results + count, [](MULTI_QI& query) { query.pItf = nullptr; });
     const OLECHAR* name = server == nullptr ? nullptr : server->pwszName;
     void* found = nullptr;
@@ -108,8 +114,9 @@ HRESULT CreateInstanceOnServer(REFCLSID classId, IUnknown* outer, DWORD /*contex
     auto* object = static_cast<IUnknown*>(found);
     const DWORD met = QueryAll(object, count, results);
     object->Release();
-    if (met == count)
+    if (met == count) {
         return S_OK;
+    }
     return met == 0 ? E_NOINTERFACE : CO_S_NOTALLINTERFACES;
 }
 
@@ -119,8 +126,9 @@ namespace ventrix {
 
 HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD /*context*/, REFIID interfaceId,
                          void** object) {
-    if (object == nullptr)
+    if (object == nullptr) {
         return E_POINTER;
+    }
     *object = nullptr;
     return platform::Activate(classId, outer, u"", interfaceId, object);
 }

@@ -6,8 +6,9 @@
 namespace ventrix::platform {
 
 Apartment::~Apartment() {
-    if (filter != nullptr)
+    if (filter != nullptr) {
         filter->Release();
+    }
 }
 
 Apartment& CurrentApartment() {
@@ -28,10 +29,12 @@ HRESULT CoInitialize(void* /*reserved*/) {
 
 void CoUninitialize() {
     Apartment& apartment = CurrentApartment();
-    if (apartment.entries == 0 || --apartment.entries > 0)
+    if (apartment.entries == 0 || --apartment.entries > 0) {
         return;
-    if (IMessageFilter* filter = std::exchange(apartment.filter, nullptr))
+    }
+    if (IMessageFilter* filter = std::exchange(apartment.filter, nullptr)) {
         filter->Release();
+    }
 }
 
 // Both sides of the contract use the C heap, which hands out a block for a size of 0 as well.
@@ -48,18 +51,22 @@ HRESULT CoDisconnectObject(IUnknown* /*object*/, DWORD /*reserved*/) {
 }
 
 HRESULT CoRegisterMessageFilter(IMessageFilter* filter, IMessageFilter** former) {
-    if (former != nullptr)
+    if (former != nullptr) {
         *former = nullptr;
+    }
     Apartment& apartment = CurrentApartment();
-    if (apartment.entries == 0)
+    if (apartment.entries == 0) {
         return CO_E_NOTINITIALIZED;
-    if (filter != nullptr)
+    }
+    if (filter != nullptr) {
         filter->AddRef();
+    }
     IMessageFilter* replaced = std::exchange(apartment.filter, filter);
-    if (former != nullptr)
+    if (former != nullptr) {
         *former = replaced;
-    else if (replaced != nullptr)
+    } else if (replaced != nullptr) {
         replaced->Release();
+    }
     return S_OK;
 }
 

@@ -58,8 +58,9 @@ ErrorCode ErrorFromErrno(int error) {
 
 ErrorCode ErrorFromErrno(int error, const std::string& nativePath) {
     struct stat folder = {};
-    if (error == ENOENT && ::stat(NativeParent(nativePath).c_str(), &folder) != 0)
+    if (error == ENOENT && ::stat(NativeParent(nativePath).c_str(), &folder) != 0) {
         return errorPathNotFound;
+    }
     return ErrorFromErrno(error);
 }
 

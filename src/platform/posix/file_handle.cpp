@@ -24,8 +24,9 @@ int DescriptorOf(FileHandle file) {
 int OpenFlags(FileAccess access, FileDisposition disposition) {
     int flags = O_CLOEXEC | O_NONBLOCK;
     flags |= access == FileAccess::read ? O_RDONLY : access == FileAccess::write ? O_WRONLY : O_RDWR;
-    if (disposition != FileDisposition::openExisting)
+    if (disposition != FileDisposition::openExisting) {
         flags |= O_CREAT;
+    }
     return flags;
 }
 
@@ -40,10 +41,12 @@ std::uint32_t MoveAll(std::uint32_t count, const Move& move) {
     std::uint32_t done = 0;
     while (done < count) {
         const ssize_t moved = move(done, count - done);
-        if (moved < 0 && errno == EINTR)
+        if (moved < 0 && errno == EINTR) {
             continue;
-        if (moved <= 0)
+        }
+        if (moved <= 0) {
             break;
+        }
         done += static_cast<std::uint32_t>(moved);
     }
     return done;
@@ -53,10 +56,12 @@ std::uint32_t MoveAll(std::uint32_t count, const Move& move) {
 
 FileHandle OpenFileHandle(std::string_view path, FileAccess access, FileDisposition disposition) {
     Descriptor file(::open(ToNative(path).c_str(), OpenFlags(access, disposition), 0666));
-    if (!file.IsOpen() || !IsRegularFile(file.Number()))
+    if (!file.IsOpen() || !IsRegularFile(file.Number())) {
         return 0;
-    if (disposition == FileDisposition::createAlways && ::ftruncate(file.Number(), 0) != 0)
+    }
+    if (disposition == FileDisposition::createAlways && ::ftruncate(file.Number(), 0) != 0) {
         return 0;
+    }
     return HandleOf(file.Detach());
 }
 
@@ -77,22 +82,25 @@ std::uint32_t WriteToHandle(FileHandle file, const void* bytes, std::uint32_t co
 std::optional<std::uint64_t> SeekHandle(FileHandle file, std::int64_t offset, SeekOrigin origin) {
     constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
     const auto index = static_cast<std::uint32_t>(origin);
-    if (index >= std::size(origins))
+    if (index >= std::size(origins)) {
         return std::nullopt;
+    }
     const off_t position = ::lseek(DescriptorOf(file), offset, origins[index]);
     return position < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(position));
 }
 
 std::optional<std::uint64_t> SizeOfHandle(FileHandle file) {
     struct stat found = {};
-    if (::fstat(DescriptorOf(file), &found) != 0)
+    if (::fstat(DescriptorOf(file), &found) != 0) {
         return std::nullopt;
+    }
     return static_cast<std::uint64_t>(found.st_size);
 }
 
 void CloseFileHandle(FileHandle file) {
-    if (file != 0)
+    if (file != 0) {
         ::close(DescriptorOf(file));
+    }
 }
 
 }  // namespace ventrix::platform

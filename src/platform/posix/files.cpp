@@ -22,8 +22,9 @@ constexpr std::size_t blockSize = std::size_t{64} * 1024;
 /// Opens a file for reading without ever waiting, as a pipe without a writer would make it.
 ErrorCode OpenFileToRead(const std::string& native, Descriptor& file, struct stat& found) {
     file = Descriptor(::open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file.IsOpen() || ::fstat(file.Number(), &found) != 0)
+    if (!file.IsOpen() || ::fstat(file.Number(), &found) != 0) {
         return ErrorFromErrno(errno, native);
+    }
     return S_ISREG(found.st_mode) ? errorNone : errorAccessDenied;
 }
 
@@ -33,15 +34,19 @@ int ReadBlocks(int descriptor, const Take& take) {
     const std::unique_ptr<char[]> block(new char[blockSize]);
     for (;;) {
         const ssize_t count = ::read(descriptor, block.get(), blockSize);
-        if (count < 0 && errno == EINTR)
+        if (count < 0 && errno == EINTR) {
             continue;
-        if (count < 0)
+        }
+        if (count < 0) {
             return errno;
-        if (count == 0)
+        }
+        if (count == 0) {
             return 0;
+        }
         const int error = take(block.get(), static_cast<std::size_t>(count));
-        if (error != 0)
+        if (error != 0) {
             return error;
+        }
     }
 }
 
@@ -53,8 +58,9 @@ bool IsLinkToFolder(const std::string& native) {
 }
 
 std::string WithoutClosingSlashes(std::string native) {
-    while (native.size() > 1 && native.back() == '/')
+    while (native.size() > 1 && native.back() == '/') {
         native.pop_back();
+    }
     return native;
 }
 
@@ -68,29 +74,34 @@ bool IsSameFile(const struct stat& source, const std::string& native) {
 
 ErrorCode MakeFolder(std::string_view path) {
     const std::string native = ToNative(path);
-    if (::mkdir(native.c_str(), 0777) == 0)
+    if (::mkdir(native.c_str(), 0777) == 0) {
         return errorNone;
+    }
     return errno == ENOENT ? errorPathNotFound : ErrorFromErrno(errno);
 }
 
 ErrorCode RemoveEmptyFolder(std::string_view path) {
     const std::string native = WithoutClosingSlashes(ToNative(path));
     const int result = IsLinkToFolder(native) ? ::unlink(native.c_str()) : ::rmdir(native.c_str());
-    if (result == 0)
+    if (result == 0) {
         return errorNone;
-    if (errno == ENOTDIR)
+    }
+    if (errno == ENOTDIR) {
         return errorNotADirectory;
+    }
     return errno == EEXIST ? errorDirNotEmpty : ErrorFromErrno(errno, native);
 }
 
 ErrorCode RemoveFile(std::string_view path) {
     const std::string native = ToNative(path);
     struct stat itself = {};
-    if (::lstat(native.c_str(), &itself) != 0)
+    if (::lstat(native.c_str(), &itself) != 0) {
         return ErrorFromErrno(errno, native);
+    }
     const bool readOnly = S_ISREG(itself.st_mode) && (itself.st_mode & S_IWUSR) == 0;
-    if (readOnly || S_ISDIR(itself.st_mode) || IsLinkToFolder(native))
+    if (readOnly || S_ISDIR(itself.st_mode) || IsLinkToFolder(native)) {
         return errorAccessDenied;
+    }
     return ::unlink(native.c_str()) == 0 ? errorNone : ErrorFromErrno(errno, native);
 }
 
@@ -98,15 +109,18 @@ ErrorCode CopyFileOver(std::string_view source, std::string_view target) {
     Descriptor from;
     struct stat found = {};
     ErrorCode error = OpenFileToRead(ToNative(source), from, found);
-    if (error != errorNone)
+    if (error != errorNone) {
         return error;
+    }
     const std::string nativeTarget = ToNative(target);
-    if (IsSameFile(found, nativeTarget))
+    if (IsSameFile(found, nativeTarget)) {
         return errorSharingViolation;
+    }
     WriteTarget to;
     error = FindWriteTarget(nativeTarget, to);
-    if (error != errorNone)
+    if (error != errorNone) {
         return error;
+    }
     return ReplaceWhole(to, found.st_mode & 0777, [&](int descriptor) {
         return ReadBlocks(from.Number(), [&](const char* bytes, std::size_t count) {
             return WriteAll(descriptor, bytes, count);
@@ -125,16 +139,18 @@ ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
     Descriptor file;
     struct stat found = {};
     const ErrorCode error = OpenFileToRead(native, file, found);
-    if (error != errorNone)
+    if (error != errorNone) {
         return error;
+    }
     std::string bytes;
     bytes.reserve(static_cast<std::size_t>(found.st_size));
     const int failure = ReadBlocks(file.Number(), [&](const char* block, std::size_t count) {
         bytes.append(block, count);
         return 0;
     });
-    if (failure != 0)
+    if (failure != 0) {
         return ErrorFromErrno(failure, native);
+    }
     content = std::move(bytes);
     return errorNone;
 }
@@ -142,8 +158,9 @@ ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
 ErrorCode WriteWholeFile(std::string_view path, std::string_view content) {
     WriteTarget target;
     const ErrorCode error = FindWriteTarget(ToNative(path), target);
-    if (error != errorNone)
+    if (error != errorNone) {
         return error;
+    }
     return ReplaceWhole(target, target.exists ? target.mode : 0666,
                         [&](int descriptor) { return WriteAll(descriptor, content.data(), content.size()); });
 }
@@ -158,8 +175,9 @@ std::string CurrentFolder() {
 }
 
 std::string AbsolutePath(std::string_view path) {
-    if (path.empty() || IsAbsoluteSystemPath(path))
+    if (path.empty() || IsAbsoluteSystemPath(path)) {
         return std::string(path);
+    }
     std::string native = ToNative(path);
     if (!native.empty() && native[0] != '/') {
         const std::unique_ptr<char, decltype(&std::free)> here(::getcwd(nullptr, 0), &std::free);

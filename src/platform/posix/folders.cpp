@@ -20,8 +20,9 @@ namespace {
 /// stays.
 char16_t Capital(char16_t unit) {
     static const locale_t unicode = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    if (unit < 0x80 || unicode == nullptr)
+    if (unit < 0x80 || unicode == nullptr) {
         return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
+    }
     const wint_t upper = ::towupper_l(unit, unicode);
     const bool paired = upper <= 0xFFFF && ::towlower_l(upper, unicode) == unit;
     return paired ? static_cast<char16_t>(upper) : unit;
@@ -47,8 +48,9 @@ struct KeyedEntry {
 };
 
 bool Precedes(const KeyedEntry& a, const KeyedEntry& b) {
-    if (a.key.capitals != b.key.capitals)
+    if (a.key.capitals != b.key.capitals) {
         return a.key.capitals < b.key.capitals;
+    }
     return a.key.units != b.key.units ? a.key.units < b.key.units : a.entry.name < b.entry.name;
 }
 
@@ -61,19 +63,22 @@ bool IsListed(const std::string& name) {
 std::vector<FolderEntry> ListFolder(std::string_view folder) {
     const std::string native = ToNative(folder);
     const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(native.c_str()), &::closedir);
-    if (listing == nullptr)
+    if (listing == nullptr) {
         return {};
+    }
     std::vector<KeyedEntry> found;
     while (const dirent* item = ::readdir(listing.get())) {
         const std::string name = item->d_name;
-        if (IsListed(name))
+        if (IsListed(name)) {
             found.push_back({{name, EntryAttributes(::dirfd(listing.get()), name)}, KeyOf(name)});
+        }
     }
     std::sort(found.begin(), found.end(), Precedes);
     std::vector<FolderEntry> entries;
     entries.reserve(found.size());
-    for (KeyedEntry& item : found)
+    for (KeyedEntry& item : found) {
         entries.push_back(std::move(item.entry));
+    }
     return entries;
 }
 

@@ -39,8 +39,9 @@ LibraryHandle ProcessLibrary() {
 }
 
 LibraryHandle OpenLibrary(std::string_view name) {
-    if (name.empty())
+    if (name.empty()) {
         return nullptr;
+    }
     return IsComponentLibrary(name) ? &componentLibraryMark : OpenNative(ToNative(name));
 }
 
@@ -49,8 +50,9 @@ LibraryHandle OpenLibraryBesideProgram(std::string_view name) {
 }
 
 void* FindSymbol(LibraryHandle library, const char* name) {
-    if (library == nullptr || name == nullptr)
+    if (library == nullptr || name == nullptr) {
         return nullptr;
+    }
     return library == &componentLibraryMark ? FindComponentFunction(name) : ::dlsym(library, name);
 }
 

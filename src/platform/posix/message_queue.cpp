@@ -109,8 +109,9 @@ std::optional<MessageQueue::Work> MessageQueue::TakeCall(std::unique_lock<std::m
         return std::find_if(items_.begin(), items_.end(),
                             [](const Item& item) { return item.kind == Kind::call; });
     };
-    if (!changed_.wait_until(guard, end, [&] { return next() != items_.end(); }))
+    if (!changed_.wait_until(guard, end, [&] { return next() != items_.end(); })) {
         return std::nullopt;
+    }
     const auto found = next();
     Work work = std::move(found->work);
     items_.erase(found);
@@ -133,15 +134,17 @@ std::uint32_t CurrentThreadNumber() {
 
 bool PostToThread(std::uint32_t threadNumber, std::function<void()> work) {
     const std::shared_ptr<MessageQueue> queue = FindQueue(threadNumber);
-    if (queue != nullptr)
+    if (queue != nullptr) {
         queue->Put(std::move(work), MessageQueue::Kind::message);
+    }
     return queue != nullptr;
 }
 
 bool PostQuitToThread(std::uint32_t threadNumber) {
     const std::shared_ptr<MessageQueue> queue = FindQueue(threadNumber);
-    if (queue != nullptr)
+    if (queue != nullptr) {
         queue->PutQuit();
+    }
     return queue != nullptr;
 }
 
@@ -151,8 +154,9 @@ bool CallOnThread(std::uint32_t threadNumber, const std::function<void()>& work)
         return true;
     }
     std::shared_ptr<MessageQueue> queue = FindQueue(threadNumber);
-    if (queue == nullptr)
+    if (queue == nullptr) {
         return false;
+    }
     auto done = std::make_shared<std::promise<void>>();
     std::future<void> outcome = done->get_future();
     queue->Put(
@@ -192,8 +196,9 @@ BOOL TranslateMessage(const MSG* /*message*/) {
 LRESULT DispatchMessageW(const MSG* message) {
     auto& taken = platform::CurrentThreadQueue().taken;
     const auto found = taken.find(message->wParam);
-    if (message->message != platform::workMessage || found == taken.end())
+    if (message->message != platform::workMessage || found == taken.end()) {
         return 0;
+    }
     const platform::MessageQueue::Work work = std::move(found->second);
     taken.erase(found);
     work();

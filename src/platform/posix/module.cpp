@@ -27,8 +27,9 @@ link_map* MapOfAddress(const void* address) {
 /// The loader's record of a module. A handle is compared and never read, since a caller may pass any value.
 link_map* MapOfHandle(ModuleHandle module) {
     for (link_map* map = MainMap(); map != nullptr; map = map->l_next) {
-        if (map == module)
+        if (map == module) {
             return map;
+        }
     }
     return MapOfAddress(module);
 }
@@ -51,8 +52,9 @@ ModuleHandle ModuleOfAddress(const void* address) {
 
 std::string ModuleFileName(ModuleHandle module) {
     const link_map* map = module == nullptr ? MainMap() : MapOfHandle(module);
-    if (map == nullptr)
+    if (map == nullptr) {
         return {};
+    }
     return ToSystem(map == MainMap() ? ProgramFile() : AbsoluteNative(map->l_name)).value_or("");
 }
 

@@ -19,8 +19,9 @@ const ModuleResources noResources = {};
 
 const ModuleResources& ResourcesOf(ModuleHandle module) {
     const auto bound = BoundResources().find(module);
-    if (bound != BoundResources().end())
+    if (bound != BoundResources().end()) {
         return *bound->second;
+    }
     const bool own =
         module != nullptr && &imageResources != nullptr && IsAddressInModule(&imageResources, module);
     return own ? imageResources : noResources;
@@ -32,8 +33,9 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b) {
 
 std::u16string_view FindString(ModuleHandle module, std::uint32_t id) {
     for (const StringResource& string : ResourcesOf(module).strings) {
-        if (string.id == id)
+        if (string.id == id) {
             return string.text;
+        }
     }
     return {};
 }
@@ -52,27 +54,31 @@ bool IsContinuation(char byte) {
 }
 
 std::string_view CutAtCharacter(std::string_view text, std::size_t limit) {
-    if (text.size() <= limit)
+    if (text.size() <= limit) {
         return text;
-    while (limit > 0 && IsContinuation(text[limit]))
+    }
+    while (limit > 0 && IsContinuation(text[limit])) {
         --limit;
+    }
     return text.substr(0, limit);
 }
 
 }  // namespace
 
 void BindResources(ModuleHandle module, const ModuleResources* resources) {
-    if (resources == nullptr)
+    if (resources == nullptr) {
         BoundResources().erase(module);
-    else
+    } else {
         BoundResources()[module] = resources;
+    }
 }
 
 std::optional<std::string> VersionBlockText(ModuleHandle module, std::string_view languageBlock,
                                             std::string_view key) {
     for (const VersionString& entry : ResourcesOf(module).version) {
-        if (EqualIgnoringCase(entry.languageBlock, languageBlock) && EqualIgnoringCase(entry.key, key))
+        if (EqualIgnoringCase(entry.languageBlock, languageBlock) && EqualIgnoringCase(entry.key, key)) {
             return std::string(entry.value);
+        }
     }
     return std::nullopt;
 }
@@ -86,8 +92,9 @@ int LoadWideString(ModuleHandle module, std::uint32_t id, char16_t* buffer, int 
 }
 
 int LoadNarrowString(ModuleHandle module, std::uint32_t id, char* buffer, int size) {
-    if (size <= 0)
+    if (size <= 0) {
         return 0;
+    }
     const std::string text = Utf8FromWide(FindString(module, id));
     return CopyCut(CutAtCharacter(text, static_cast<std::size_t>(size - 1)), buffer, size);
 }
@@ -95,8 +102,9 @@ int LoadNarrowString(ModuleHandle module, std::uint32_t id, char* buffer, int si
 std::optional<std::string_view> FindNamedResource(ModuleHandle module, std::uint16_t type,
                                                   std::string_view name) {
     for (const NamedResource& resource : ResourcesOf(module).named) {
-        if (resource.type == type && EqualIgnoringCase(resource.name, name))
+        if (resource.type == type && EqualIgnoringCase(resource.name, name)) {
             return resource.bytes;
+        }
     }
     return std::nullopt;
 }

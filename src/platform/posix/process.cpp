@@ -65,16 +65,18 @@ std::string FindInPath(const std::string& name) {
         const std::size_t end = std::min(folders.find(':', at), folders.size());
         const std::string folder = folders.substr(at, end - at);
         std::string candidate = (folder.empty() ? "." : folder) + "/" + name;
-        if (IsFile(candidate) && ::access(candidate.c_str(), X_OK) == 0)
+        if (IsFile(candidate) && ::access(candidate.c_str(), X_OK) == 0) {
             return candidate;
+        }
         at = end + 1;
     }
     return name;
 }
 
 std::string LocateProgram(const std::string& program) {
-    if (program.find('/') != std::string::npos)
+    if (program.find('/') != std::string::npos) {
         return program;
+    }
     std::string here = "./" + program;
     return IsFile(here) ? here : FindInPath(program);
 }
@@ -92,8 +94,10 @@ bool LooksLikeScript(const std::string& path) {
 int Spawn(const std::string& file, std::vector<std::string>& arguments, pid_t& id) {
     static const SpawnSettings settings;
     std::vector<char*> pointers;
-    for (std::string& argument : arguments)
+    pointers.reserve(arguments.size() + 1);
+    for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
+    }
     pointers.push_back(nullptr);
     return ::posix_spawn(&id, file.c_str(), settings.Files(), settings.Attributes(), pointers.data(),
                          environ);
@@ -110,29 +114,35 @@ int SpawnInShell(const std::string& script, std::vector<std::string> arguments, 
 ErrorCode StartProcess(std::string_view commandLine, ProcessHandle& process) {
     process = {};
     std::vector<std::string> arguments = NativeArguments(ProcessDrives(), SplitCommandLine(commandLine));
-    if (arguments.empty())
+    if (arguments.empty()) {
         return errorInvalidParameter;
+    }
     const std::string program = LocateProgram(arguments[0]);
     struct stat found = {};
-    if (::stat(program.c_str(), &found) != 0)
+    if (::stat(program.c_str(), &found) != 0) {
         return ErrorFromErrno(errno, program);
+    }
     pid_t id = 0;
     int error = Spawn(program, arguments, id);
-    if (error == ENOEXEC && LooksLikeScript(program))
+    if (error == ENOEXEC && LooksLikeScript(program)) {
         error = SpawnInShell(program, std::move(arguments), id);
-    if (error == 0)
+    }
+    if (error == 0) {
         process.id = id;
+    }
     return ErrorFromErrno(error);
 }
 
 int WaitForProcess(ProcessHandle& process) {
     const auto id = static_cast<pid_t>(std::exchange(process.id, 0));
     int status = 0;
-    if (id == 0)
+    if (id == 0) {
         return -1;
+    }
     while (::waitpid(id, &status, 0) < 0) {
-        if (errno != EINTR)
+        if (errno != EINTR) {
             return -1;
+        }
     }
     return WIFSIGNALED(status) ? signalExitBase + WTERMSIG(status) : WEXITSTATUS(status);
 }

@@ -41,13 +41,16 @@ HRESULT CallServer(const std::function<HRESULT()>& call, const CallClock& clock)
     for (;;) {
         const HRESULT answer = call();
         IMessageFilter* filter = CurrentApartment().filter;
-        if (!IsRefusal(answer) || filter == nullptr)
+        if (!IsRefusal(answer) || filter == nullptr) {
             return answer;
+        }
         const DWORD wait = filter->RetryRejectedCall(nullptr, clock.now() - start, RejectTypeOf(answer));
-        if (wait == cancelCall)
+        if (wait == cancelCall) {
             return answer;
-        if (wait >= leastWait)
+        }
+        if (wait >= leastWait) {
             clock.wait(wait);
+        }
     }
 }
 

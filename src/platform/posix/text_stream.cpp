@@ -13,8 +13,9 @@ namespace ventrix::platform {
 TextStream::TextStream(std::string_view path) {
     // Without O_NONBLOCK the opening of a pipe that nobody reads would wait.
     file_ = ::open(ToNative(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (file_ >= 0)
+    if (file_ >= 0) {
         ::fcntl(file_, F_SETFL, O_APPEND);
+    }
 }
 
 TextStream::~TextStream() {
@@ -35,26 +36,30 @@ bool TextStream::IsOpen() const {
 }
 
 void TextStream::Write(std::string_view text) {
-    if (!IsOpen())
+    if (!IsOpen()) {
         return;
+    }
     for (const char c : text) {
-        if (c == '\n')
+        if (c == '\n') {
             EndLine();
-        else
+        } else {
             line_ += c;
+        }
     }
 }
 
 void TextStream::EndLine() {
-    if (!IsOpen())
+    if (!IsOpen()) {
         return;
+    }
     line_ += "\r\n";
     Flush();
 }
 
 void TextStream::Close() {
-    if (!IsOpen())
+    if (!IsOpen()) {
         return;
+    }
     Flush();
     ::close(std::exchange(file_, -1));
 }

@@ -31,8 +31,9 @@ Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& creat
     for (int attempt = 0; attempt < nameAttempts; ++attempt) {
         created = folder + "/.ventrix-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
         const int number = ::open(created.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        if (number >= 0 || errno != EEXIST)
+        if (number >= 0 || errno != EEXIST) {
             return Descriptor(number);
+        }
     }
     return Descriptor();
 }
@@ -40,10 +41,12 @@ Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& creat
 int FillAndClose(Descriptor& file, const WriteTarget& target, mode_t mode,
                  const std::function<int(int)>& fill) {
     const int error = fill(file.Number());
-    if (error != 0)
+    if (error != 0) {
         return error;
-    if (target.exists && ::fchmod(file.Number(), mode) != 0)
+    }
+    if (target.exists && ::fchmod(file.Number(), mode) != 0) {
         return errno;
+    }
     return file.Close() ? 0 : errno;
 }
 
@@ -53,13 +56,15 @@ ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target) {
     target = {};
     struct stat found = {};
     if (::stat(nativePath.c_str(), &found) != 0) {
-        if (errno != ENOENT)
+        if (errno != ENOENT) {
             return ErrorFromErrno(errno, nativePath);
+        }
         target.path = nativePath;
         return errorNone;
     }
-    if (!S_ISREG(found.st_mode) || (found.st_mode & S_IWUSR) == 0)
+    if (!S_ISREG(found.st_mode) || (found.st_mode & S_IWUSR) == 0) {
         return errorAccessDenied;
+    }
     target.path = Resolved(nativePath);
     target.exists = true;
     target.mode = found.st_mode & 07777;
@@ -69,13 +74,16 @@ ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target) {
 ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::function<int(int)>& fill) {
     std::string beside;
     Descriptor file = CreateBeside(target.path, mode, beside);
-    if (!file.IsOpen())
+    if (!file.IsOpen()) {
         return ErrorFromErrno(errno, target.path);
+    }
     int error = FillAndClose(file, target, mode, fill);
-    if (error == 0 && std::rename(beside.c_str(), target.path.c_str()) != 0)
+    if (error == 0 && std::rename(beside.c_str(), target.path.c_str()) != 0) {
         error = errno;
-    if (error == 0)
+    }
+    if (error == 0) {
         return errorNone;
+    }
     ::unlink(beside.c_str());
     return ErrorFromErrno(error, target.path);
 }
@@ -83,10 +91,12 @@ ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::functi
 int WriteAll(int descriptor, const char* bytes, std::size_t count) {
     while (count > 0) {
         const ssize_t written = ::write(descriptor, bytes, count);
-        if (written < 0 && errno == EINTR)
+        if (written < 0 && errno == EINTR) {
             continue;
-        if (written < 0)
+        }
+        if (written < 0) {
             return errno;
+        }
         bytes += written;
         count -= static_cast<std::size_t>(written);
     }
