@@ -10,7 +10,7 @@ namespace {
 
 DriveTable Table() {
     return ParseDrives(
-        R"(c=/srv/c;D:=/srv/d/;E:\=/srv/c/deep;\\Server\=/mnt/server;\\server\share=/mnt/share)");
+        R"(c=/srv/c;D:=/srv/d/;E:\=/srv/c/deep;\\server\share=/mnt/share;\\Server\=/mnt/server)");
 }
 
 struct PathRow {

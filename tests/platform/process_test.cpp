@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <csignal>
+
 #include "platform/environment.h"
 #include "temp_tree.h"
 
@@ -84,7 +86,7 @@ TEST(StartProcess, ScriptsGetTheDocumentInNativeNotation) {
 
 TEST(StartProcess, InheritsEnvironmentAndFolderButNoInputAndNoFiles) {
     const TempTree tree;
-    PutProgram(tree, "probe",
+    PutProgram(tree, "true",
                "#!/bin/sh\ncat\npwd >\"$1\"\necho \"$VENTRIX_PROBE\" >>\"$1\"\n[ ! -e /proc/self/fd/77 ]\n");
     SetEnvironmentValue("VENTRIX_PROBE", "from the host");
     const int open = ::fcntl(STDERR_FILENO, F_DUPFD, 77);
@@ -92,7 +94,7 @@ TEST(StartProcess, InheritsEnvironmentAndFolderButNoInputAndNoFiles) {
     const fs::path before = fs::current_path();
     fs::current_path(tree.Native(""));
     ProcessHandle process;
-    EXPECT_EQ(StartProcess("probe out", process), errorNone);
+    EXPECT_EQ(StartProcess("true out", process), errorNone);
     EXPECT_EQ(WaitForProcess(process), 0);
     fs::current_path(before);
     ::close(open);
@@ -110,6 +112,9 @@ TEST(StartProcess, FailuresHaveThePlatformsNumbers) {
                            15));
     PutProgram(tree, "empty", "");
     PutProgram(tree, "lost interpreter", "#!/no/such/interpreter\n");
+    // A signal that the host ignores ends a script all the same.
+    std::signal(SIGPIPE, SIG_IGN);
+    PutProgram(tree, "reader gone", "#!/bin/sh\nkill -PIPE $$\n");
     PutProgram(tree, "killed", "#!/bin/sh\nkill -TERM $$\n");
     EXPECT_EQ(ExitOf(tree, "none"), -2);
     EXPECT_EQ(ExitOf(tree, "none/none"), -3);
@@ -119,6 +124,7 @@ TEST(StartProcess, FailuresHaveThePlatformsNumbers) {
     EXPECT_EQ(ExitOf(tree, "empty"), -193);
     EXPECT_EQ(ExitOf(tree, "lost interpreter"), -2);
     EXPECT_EQ(ExitOf(tree, "killed"), 128 + 15);
+    EXPECT_EQ(ExitOf(tree, "reader gone"), 128 + 13);
     ProcessHandle process;
     EXPECT_EQ(StartProcess("", process), errorInvalidParameter);
     EXPECT_EQ(StartProcess(R"("Q:\no\drive" x)", process), errorPathNotFound);

@@ -22,8 +22,7 @@ const ModuleResources& ResourcesOf(ModuleHandle module) {
     if (bound != BoundResources().end()) {
         return *bound->second;
     }
-    const bool own =
-        module != nullptr && &imageResources != nullptr && IsAddressInModule(&imageResources, module);
+    const bool own = &imageResources != nullptr && IsAddressInModule(&imageResources, module);
     return own ? imageResources : noResources;
 }
 
