@@ -136,6 +136,15 @@ TEST(Libraries, AreFoundOrNull) {
     EXPECT_EQ(OpenLibrary(""), nullptr);
     EXPECT_EQ(OpenLibrary("no-such-library.dll"), nullptr);
     EXPECT_EQ(OpenLibraryBesideProgram("no-such-library"), nullptr);
+
+    // A library of the machine, put beside this program under a name of its own.
+    const std::filesystem::path beside =
+        std::filesystem::path(ToNative(ModuleFileName(nullptr))).replace_filename("ventrix-test-library.so");
+    std::filesystem::copy_file(ToNative(ModuleFileName(OpenLibrary("libdl.so.2"))), beside,
+                               std::filesystem::copy_options::overwrite_existing);
+    const LibraryHandle library = OpenLibraryBesideProgram("ventrix-test-library");
+    std::filesystem::remove(beside);
+    EXPECT_EQ(ToNative(ModuleFileName(library)), beside.string());
 }
 
 }  // namespace
