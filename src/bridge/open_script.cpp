@@ -1,7 +1,7 @@
 #include "bridge/open_script.h"
 
 #include "bridge/properties.h"
-#include "kit/console.h"
+#include "kit/format.h"
 #include "kit/memory.h"
 #include "platform/exception.h"
 
@@ -76,9 +76,7 @@ void WriteRow(Q_Prop* row, const OpenScriptRow& from) {
 }
 
 [[noreturn]] void EndForWrongTable() {
-    if (Q_ConsoleHook != nullptr) {
-        Q_ConsoleHook("Error: Default params list has an incorrect number of items.\n");
-    }
+    Q_Print(nullptr, "Error: Default params list has an incorrect number of items.\n");
     platform::RaisePlatformException(1);
 }
 

@@ -7,6 +7,7 @@
 #include "kit/encodings.h"
 #include "kit/last_error.h"
 #include "kit/strings.h"
+#include "platform/drives.h"
 
 namespace ventrix {
 namespace {
@@ -19,6 +20,12 @@ std::string HostInstallationFolder() {
     const Q_String text(Q_ApiReadStringPropNum(0, 0, installationFolderProp));
     const std::string folder = text == nullptr ? "" : text.get();
     return Q_ApiLastError != 0 || folder.size() >= folderSize ? "" : folder;
+}
+
+// ICU opens files by the machine's own notation. A folder on no known drive is told as it stands.
+void SetDataFolder(const std::string& folder) {
+    const std::string native = platform::ToNative(folder);
+    u_setDataDirectory(native.empty() ? folder.c_str() : native.c_str());
 }
 
 }  // namespace
@@ -36,7 +43,7 @@ std::int32_t Q_ApiRuntimeSetup() {
     if (folder.empty()) {
         return 1;
     }
-    u_setDataDirectory((folder + "\\icu_data").c_str());
+    SetDataFolder(folder + "\\icu_data");
     return 0;
 }
 

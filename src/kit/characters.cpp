@@ -9,15 +9,6 @@
 namespace ventrix {
 namespace {
 
-std::uint32_t CharacterLength(const char* text, std::int32_t encoding) {
-    if (encoding == Q_Utf8Encoding) {
-        const char* next = text;
-        Q_Utf8Next(&next);
-        return static_cast<std::uint32_t>(next - text);
-    }
-    return Q_IsBytePair(Q_EncodingAt(encoding), text[0], text[1]) ? 2 : 1;
-}
-
 std::uint32_t CutUtf8(const char* text, std::uint32_t length) {
     constexpr std::uint32_t farthest = 4;
     std::uint32_t position = length;
@@ -30,12 +21,24 @@ std::uint32_t CutUtf8(const char* text, std::uint32_t length) {
 std::uint32_t CutPairs(const char* text, std::uint32_t length, std::int32_t encoding) {
     std::uint32_t position = 0;
     while (position < length) {
-        position += CharacterLength(text + position, encoding);
+        position += Q_CharacterLength(text + position, encoding);
     }
     return position > length ? length - 1 : length;
 }
 
 }  // namespace
+
+std::uint32_t Q_CharacterLength(const char* text, std::int32_t encoding) {
+    if (encoding == Q_Utf8Encoding) {
+        const char* next = text;
+        Q_Utf8Next(&next);
+        return static_cast<std::uint32_t>(next - text);
+    }
+    if (*text == '\0') {
+        return 0;
+    }
+    return Q_IsBytePair(Q_EncodingAt(encoding), text[0], text[1]) ? 2 : 1;
+}
 
 std::uint32_t Q_CutPoint(const char* text, std::uint32_t length, std::int32_t encoding) {
     if (Q_StrLen(text) <= length) {
@@ -64,7 +67,7 @@ const char* Q_StrFindLastChar(const char* text, int character, std::int32_t enco
     }
     const char* found = nullptr;
     while (*text != '\0') {
-        const std::uint32_t length = CharacterLength(text, encoding);
+        const std::uint32_t length = Q_CharacterLength(text, encoding);
         if (length == 1 && *text == byte) {
             found = text;
         }

@@ -6,6 +6,9 @@
 
 namespace ventrix {
 
+/// Bytes of the character at the text; 0 at its end.
+std::uint32_t Q_CharacterLength(const char* text, std::int32_t encoding);
+
 /// The length, at most the wanted one, at which the text can be cut between two characters. Lengths are
 /// bytes.
 std::uint32_t Q_CutPoint(const char* text, std::uint32_t length, std::int32_t encoding);

@@ -285,4 +285,11 @@ char* Q_ConvertText(const void* text, const char* source, const char* target, bo
     return Run(MakeJob(source, target, keepControls, escape), static_cast<const char*>(text));
 }
 
+char* Q_CurrentToUtf8(const char* text) {
+    if (Q_CurrentEncoding() == Q_Utf8Encoding) {
+        return Q_StrDup(text);
+    }
+    return Q_ConvertText(text, Q_EncodingAt(Q_CurrentEncoding()).converterName, utf8Name, false, false);
+}
+
 }  // namespace ventrix

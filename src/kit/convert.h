@@ -31,4 +31,7 @@ char* Q_ConvertByCode(const void* text, std::int32_t source, std::int32_t target
 /// plain copy, a null text null. A stretch whose converter can't be opened is dropped.
 char* Q_ConvertText(const void* text, const char* source, const char* target, bool keepControls, bool escape);
 
+/// A text in the current encoding, in UTF-8. Where UTF-8 is current, a plain copy.
+char* Q_CurrentToUtf8(const char* text);
+
 }  // namespace ventrix

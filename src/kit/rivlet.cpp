@@ -27,6 +27,16 @@ RivletLibrary Load(platform::LibraryHandle library) {
     find(operations.getAbsoluteUrl, "RivletGetAbsoluteURL");
     find(operations.getRelativeUrl, "RivletGetRelativeURL");
     find(operations.free, "RivletFree");
+    find(operations.open, "RivletOpen");
+    find(operations.queryCacheForPath, "RivletQueryCacheForPath");
+    find(operations.queryCacheForUrl, "RivletQueryCacheForURL");
+    find(operations.getCacheFile, "RivletGetCacheFile");
+    find(operations.save, "RivletSave");
+    find(operations.put, "RivletPut");
+    find(operations.uploadFolder, "RivletUploadFolder");
+    find(operations.stat, "RivletStat");
+    find(operations.cleanUrl, "RivletCleanURL");
+    find(operations.getLastError, "RivletGetLastError");
     return operations;
 }
 
@@ -49,12 +59,6 @@ bool HasNetworkScheme(const char* text) {
                        [text](const char* scheme) { return HasScheme(text, scheme); });
 }
 
-void FreeRivletText(char* text) {
-    if (Q_Rivlet().free != nullptr) {
-        Q_Rivlet().free(text);
-    }
-}
-
 using UrlOperation = std::int32_t(const char* base, const char* path, char** url);
 
 // Runs an operation that stores a text of the library's, and stores a copy of that in kit memory.
@@ -70,8 +74,7 @@ std::int32_t AskForUrl(UrlOperation* operation, bool isAllowed, const char* base
     char* url = nullptr;
     const std::int32_t answer = operation(base, path, &url);
     if (answer == 0) {
-        *result = Q_StrDup(url);
-        FreeRivletText(url);
+        *result = Q_TakeRivletText(url);
     }
     return answer;
 }
@@ -87,6 +90,14 @@ const RivletLibrary& Q_Rivlet() {
 
 void Q_BindRivlet(platform::LibraryHandle library) {
     bound = Load(library);
+}
+
+char* Q_TakeRivletText(char* text) {
+    char* copy = Q_StrDup(text);
+    if (text != nullptr && Q_Rivlet().free != nullptr) {
+        Q_Rivlet().free(text);
+    }
+    return copy;
 }
 
 bool Q_IsNetFile(const char* text) {

@@ -17,6 +17,16 @@ struct RivletLibrary {
     std::int32_t (*getAbsoluteUrl)(const char* base, const char* path, char** url);
     std::int32_t (*getRelativeUrl)(const char* base, const char* path, char** url);
     void (*free)(void* text);
+    std::int32_t (*open)(const char* url, std::int32_t flags, char** path);
+    std::int32_t (*queryCacheForPath)(const char* url, char** path);
+    std::int32_t (*queryCacheForUrl)(const char* path, char** url);
+    std::int32_t (*getCacheFile)(const char* url, char** path);
+    std::int32_t (*save)(const char* url, std::int32_t zero);
+    std::int32_t (*put)(const char* url, const char* localFile);
+    std::int32_t (*uploadFolder)(const char* url, const char* localFolder);
+    std::int32_t (*stat)(const char* url, std::int32_t flags);
+    std::int32_t (*cleanUrl)(const char* url, char** cleanUrl);
+    std::int32_t (*getLastError)();
 };
 
 /// The library's operations, looked up at the first call.
@@ -24,6 +34,9 @@ const RivletLibrary& Q_Rivlet();
 
 /// Takes the library from this handle instead; null stands for its absence. Tests put their own in its place.
 void Q_BindRivlet(platform::LibraryHandle library);
+
+/// A copy in kit memory of a text that the library stored, which goes back to it. Null for null.
+char* Q_TakeRivletText(char* text);
 
 /// Whether the text names a network file. False for null.
 bool Q_IsNetFile(const char* text);

@@ -1,0 +1,195 @@
+#include "kit/channel_stream.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "kit/path_alias.h"
+#include "tests/kit/slow_stream.h"
+#include "tests/support/test_drives.h"
+
+namespace ventrix {
+namespace {
+
+class ChannelStream : public testing::Test {
+  protected:
+    ChannelStream() { drives_.MakeFolder("C:\\"); }
+    ~ChannelStream() override { EXPECT_EQ(stream_->Release(), 0u); }
+
+    // Opens the file in a stream of its own, which later steps use.
+    int Open(const char* path, int mode, bool truncate) {
+        stream_->Release();
+        stream_ = new ChannelStreamC;
+        return stream_->OpenFile(path, mode, truncate);
+    }
+
+    ULONG SeekTo(std::int32_t offset, DWORD origin) {
+        LARGE_INTEGER move{};
+        move.QuadPart = offset;
+        ULARGE_INTEGER position{};
+        stream_->Seek(move, origin, &position);
+        EXPECT_EQ(position.u.HighPart, 0u);
+        return position.u.LowPart;
+    }
+
+    test::TestDrives drives_;
+    ChannelStreamC* stream_ = new ChannelStreamC;
+};
+
+TEST_F(ChannelStream, OpensByModeAndTruncation) {
+    struct Row {
+        bool exists;
+        int mode;
+        bool truncate;
+        int opened;
+        const char* content;  // afterwards
+    };
+    constexpr Row rows[] = {
+        {true, 0, false, 1, "text"},      {true, 0, true, 1, "text"},  {false, 0, false, 0, "(missing)"},
+        {true, 1, false, 1, "text"},      {true, 1, true, 1, ""},      {false, 1, false, 1, ""},
+        {true, 2, false, 1, "text"},      {true, 2, true, 1, ""},      {false, 2, true, 1, ""},
+        {false, 3, true, 0, "(missing)"}, {true, -1, true, 0, "text"},
+    };
+    for (const Row& row : rows) {
+        const std::string path = "C:\\file" + std::to_string(&row - rows);
+        if (row.exists) {
+            drives_.Write(path, "text");
+        }
+        EXPECT_EQ(Open(path.c_str(), row.mode, row.truncate), row.opened) << path;
+        EXPECT_EQ(drives_.Read(path), row.content) << path;
+        EXPECT_EQ(SeekTo(0, STREAM_SEEK_CUR), row.opened ? 0u : 0x80004005u) << path;
+    }
+    drives_.MakeFolder("C:\\folder");
+    EXPECT_EQ(Open("C:\\folder", 0, false), 0);
+    EXPECT_EQ(Open(nullptr, 0, false), 0);
+    EXPECT_EQ(Open(("C:\\" + std::string(4092, 'x')).c_str(), 2, true), 0);
+}
+
+TEST_F(ChannelStream, HasOneFileInItsLife) {
+    drives_.Write("C:\\a", "a");
+    ASSERT_EQ(Open("C:\\a", 0, false), 1);
+    EXPECT_EQ(stream_->OpenFile("C:\\a", 0, false), 0);
+}
+
+TEST_F(ChannelStream, ReadsWritesAndMoves) {
+    ASSERT_EQ(Open("C:\\a", 2, true), 1);
+    ULONG moved = 0;
+    EXPECT_EQ(stream_->Write("0123456789", 10, &moved), S_OK);
+    EXPECT_EQ(moved, 10u);
+    EXPECT_EQ(SeekTo(-3, STREAM_SEEK_END), 7u);
+    char bytes[8] = "";
+    EXPECT_EQ(stream_->Read(bytes, 3, nullptr), S_OK);
+    EXPECT_STREQ(bytes, "789");
+    EXPECT_EQ(stream_->Read(bytes, 3, &moved), S_FALSE);
+    EXPECT_EQ(moved, 0u);
+    EXPECT_EQ(SeekTo(0, STREAM_SEEK_END), 10u);
+    EXPECT_EQ(SeekTo(-4, STREAM_SEEK_CUR), 6u);
+    EXPECT_EQ(SeekTo(-1, STREAM_SEEK_SET), 0x80004005u);
+    EXPECT_EQ(SeekTo(0, 3), 0x80004005u);
+    EXPECT_EQ(SeekTo(0, STREAM_SEEK_CUR), 6u);
+    EXPECT_EQ(stream_->Seek(LARGE_INTEGER{}, STREAM_SEEK_SET, nullptr), S_OK);
+
+    STATSTG record;
+    std::memset(&record, 0xFF, sizeof record);
+    EXPECT_EQ(stream_->Stat(&record, 0), S_OK);
+    EXPECT_EQ(record.pwcsName, nullptr);
+    EXPECT_EQ(record.type, 2u);
+    EXPECT_EQ(record.cbSize.QuadPart, 10u);
+
+    ASSERT_EQ(Open("C:\\a", 0, false), 1);
+    EXPECT_EQ(stream_->Write("x", 1, &moved), E_FAIL);
+    EXPECT_EQ(moved, 0u);
+}
+
+TEST_F(ChannelStream, LeavesTheRestUnimplemented) {
+    IStream* copy = nullptr;
+    EXPECT_EQ(stream_->SetSize({}), E_NOTIMPL);
+    EXPECT_EQ(stream_->Commit(0), E_NOTIMPL);
+    EXPECT_EQ(stream_->Revert(), E_NOTIMPL);
+    EXPECT_EQ(stream_->LockRegion({}, {}, 0), E_NOTIMPL);
+    EXPECT_EQ(stream_->UnlockRegion({}, {}, 0), E_NOTIMPL);
+    EXPECT_EQ(stream_->Clone(&copy), E_NOTIMPL);
+}
+
+TEST_F(ChannelStream, AnswersForItsInterfacesWithOneCount) {
+    void* stream = nullptr;
+    EXPECT_EQ(stream_->QueryInterface(IID_IStream, &stream), S_OK);
+    EXPECT_EQ(stream, static_cast<IStream*>(stream_));
+    void* unknown = nullptr;
+    EXPECT_EQ(static_cast<IStream*>(stream)->QueryInterface(IID_IUnknown, &unknown), S_OK);
+    EXPECT_EQ(unknown, static_cast<IUnknown*>(static_cast<ComUltraliteC*>(stream_)));
+    EXPECT_EQ(static_cast<IStream*>(stream)->AddRef(), 4u);
+    EXPECT_EQ(stream_->Release(), 3u);
+    EXPECT_EQ(static_cast<IUnknown*>(unknown)->Release(), 2u);
+    EXPECT_EQ(static_cast<IStream*>(stream)->Release(), 1u);
+    void* filter = &stream;
+    EXPECT_EQ(stream_->QueryInterface(IID_IMessageFilter, &filter), E_NOINTERFACE);
+    EXPECT_EQ(filter, nullptr);
+}
+
+TEST_F(ChannelStream, IsOpenedByTheAliasOfItsPath) {
+    drives_.Write("C:\\real.txt", "real");
+    Q_SetPathAlias("C:\\name.txt", "C:\\real.txt");
+    EXPECT_STREQ(Q_PathAlias("C:\\name.txt"), "C:\\real.txt");
+    EXPECT_STREQ(Q_PathAlias("c:\\name.txt"), "c:\\name.txt");
+    EXPECT_EQ(Open("C:\\name.txt", 0, false), 1);
+    Q_SetPathAlias("C:\\name.txt", nullptr);
+    EXPECT_EQ(Open("C:\\name.txt", 0, false), 0);
+    EXPECT_EQ(Q_PathAlias(nullptr), nullptr);
+}
+
+TEST_F(ChannelStream, CopiesToAnyStream) {
+    drives_.Write("C:\\a", std::string(1500, 'a') + "end");
+    ASSERT_EQ(Open("C:\\a", 0, false), 1);
+    auto* target = new SlowStreamC;
+    ULARGE_INTEGER count{};
+    count.QuadPart = 0xFFFFFFFF;
+    ULARGE_INTEGER read{};
+    ULARGE_INTEGER written{};
+    EXPECT_EQ(stream_->CopyTo(target, count, &read, &written), S_OK);
+    EXPECT_EQ(read.QuadPart, 1503u);
+    EXPECT_EQ(written.QuadPart, 1503u);
+    EXPECT_EQ(target->content, drives_.Read("C:\\a"));
+    target->room = 2000;
+    SeekTo(0, STREAM_SEEK_SET);
+    EXPECT_EQ(stream_->CopyTo(target, count, &read, &written), E_FAIL);
+    EXPECT_EQ(read.QuadPart, 1024u);
+    EXPECT_EQ(written.QuadPart, 497u);
+    EXPECT_EQ(stream_->CopyTo(target, count, nullptr, nullptr), E_FAIL);
+    target->Release();
+}
+
+TEST(StreamLoops, MoveAllInSeveralCalls) {
+    auto* stream = new SlowStreamC;
+    stream->step = 10;
+    const std::string text(95, 't');
+    EXPECT_EQ(Q_StreamWriteAll(stream, text.data(), 95), 95u);
+    EXPECT_EQ(stream->content, text);
+    char buffer[200];
+    EXPECT_EQ(Q_StreamReadAll(stream, buffer, sizeof buffer), 95u);
+    EXPECT_EQ(stream->asked.size(), 11u);  // ten that bring bytes, one that brings none
+    EXPECT_EQ(Q_StreamReadAll(stream, buffer, 0), 0u);
+    EXPECT_EQ(stream->asked.size(), 11u);
+    stream->room = 100;
+    EXPECT_EQ(Q_StreamWriteAll(stream, text.data(), 95), 5u);
+    stream->Release();
+}
+
+TEST(StreamLoops, CopyInBlocksUpToTheCount) {
+    auto* source = new SlowStreamC;
+    auto* target = new SlowStreamC;
+    source->content = std::string(3000, 's');
+    std::uint32_t read = 9;
+    std::uint32_t written = 9;
+    EXPECT_EQ(Q_StreamCopyBlocks(0, source, &read, target, &written), 1);
+    EXPECT_EQ(read + written, 0u);
+    EXPECT_EQ(Q_StreamCopyBlocks(1500, source, &read, target, &written), 1);
+    EXPECT_EQ(source->asked, (std::vector<ULONG>{1024, 476}));
+    EXPECT_EQ(target->content.size(), 1500u);
+    source->Release();
+    target->Release();
+}
+
+}  // namespace
+}  // namespace ventrix

@@ -1,0 +1,184 @@
+#include "kit/network_files.h"
+
+#include <gtest/gtest.h>
+
+#include "kit/channels.h"
+#include "kit/file_path.h"
+#include "kit/relative_path.h"
+#include "kit/resolve_path.h"
+#include "kit/rivlet.h"
+#include "platform/library.h"
+#include "tests/kit/kit_environment.h"
+#include "tests/support/test_drives.h"
+
+namespace ventrix {
+namespace {
+
+// The library of rivlet_library.cpp in the place of the host's, with a server and a cache in empty folders.
+class NetworkFiles : public testing::Test {
+  protected:
+    NetworkFiles() : library_(platform::OpenLibrary(VENTRIX_TEST_RIVLET)) {
+        drives_.MakeFolder("C:\\server");
+        drives_.MakeFolder("C:\\cache");
+        Serve(true);
+        Q_BindRivlet(library_);
+    }
+    ~NetworkFiles() override {
+        EXPECT_EQ(platform::FindFunction<int()>(library_, "RivletOpenTexts")(), 0)
+            << "texts of the library's leak";
+        Q_BindRivlet(nullptr);
+    }
+
+    void Serve(bool isThere) {
+        auto* serve = platform::FindFunction<void(const char*, const char*)>(library_, "RivletServe");
+        const std::string server = drives_.Native("C:\\server");
+        serve(isThere ? server.c_str() : nullptr, cache().c_str());
+    }
+
+    std::string cache() const { return drives_.Native("C:\\cache"); }
+
+    Q_Channel* Open(const char* url, const char* mode) {
+        FilePath* path = Q_PathToFilePath(url, nullptr, Q_NativePath);
+        Q_Channel* channel = Q_ChannelOpen(path, mode);
+        Q_FreeFilePath(path);
+        return channel;
+    }
+
+    std::string ReadAll(const char* url) {
+        Q_Channel* channel = Open(url, "r");
+        if (channel == nullptr) {
+            return "(cannot open)";
+        }
+        char text[100] = "";
+        Q_ChannelRead(text, 1, sizeof text - 1, channel);
+        Q_ChannelClose(&channel);
+        return text;
+    }
+
+    test::TestDrives drives_;
+    platform::LibraryHandle library_;
+};
+
+TEST_F(NetworkFiles, AreReadFromTheServerOrFromTheCache) {
+    drives_.Write("C:\\server\\a.txt", "from the server");
+    EXPECT_EQ(ReadAll("net://a.txt"), "from the server");
+    Serve(false);
+    EXPECT_EQ(ReadAll("net://a.txt"), "from the server");  // the copy is still there
+    EXPECT_EQ(ReadAll("net://b.txt"), "(cannot open)");
+}
+
+TEST_F(NetworkFiles, AreSavedBackWhenAWritableChannelCloses) {
+    drives_.Write("C:\\server\\a.txt", "old text");
+    Q_Channel* channel = Open("net://a.txt", "r+");
+    ASSERT_NE(channel, nullptr);
+    EXPECT_EQ(Q_ChannelWrite("new", 1, 3, channel), 3u);
+    EXPECT_EQ(drives_.Read("C:\\server\\a.txt"), "old text");
+    EXPECT_EQ(Q_ChannelClose(&channel), 0);
+    EXPECT_EQ(drives_.Read("C:\\server\\a.txt"), "new text");
+
+    drives_.Write("C:\\server\\a.txt", "changed meanwhile");
+    channel = Open("net://a.txt", "r");
+    drives_.Write("C:\\server\\a.txt", "changed again");
+    Q_ChannelClose(&channel);
+    EXPECT_EQ(drives_.Read("C:\\server\\a.txt"), "changed again")
+        << "a channel that only reads saves nothing";
+}
+
+TEST_F(NetworkFiles, ThatAreNewTakeTheirPlaceInTheCache) {
+    Q_Channel* channel = Open("net://new.txt", "w");
+    ASSERT_NE(channel, nullptr);
+    Q_ChannelWrite("hello", 1, 5, channel);
+    Q_ChannelClose(&channel);
+    EXPECT_EQ(drives_.Read("C:\\cache\\new.txt"), "hello");
+    EXPECT_EQ(drives_.Read("C:\\server\\new.txt"), "hello");
+    EXPECT_EQ(Open("net://no/folder.txt", "w"), nullptr);
+}
+
+TEST_F(NetworkFiles, AnswerEveryQuestionOfTheLibrary) {
+    drives_.Write("C:\\server\\a.txt", "a");
+    drives_.Write("C:\\local.txt", "local");
+    drives_.Write("C:\\folder\\b.txt", "b");
+    const std::string local = drives_.Native("C:\\local.txt");
+    char* text = nullptr;
+    std::int32_t error = -1;
+    EXPECT_EQ(Q_CachedPathOf("net://a.txt", &text), 1);
+    EXPECT_EQ(Q_FetchNetFile("net://a.txt", Q_FetchToRead, &text, &error), 0);
+    EXPECT_EQ(Take(text), cache() + "/a.txt");
+    EXPECT_EQ(Q_CachedPathOf("net://a.txt", &text), 0);
+    EXPECT_EQ(Take(text), cache() + "/a.txt");
+    EXPECT_EQ(Q_UrlOfCachedFile((cache() + "/a.txt").c_str(), &text), 0);
+    EXPECT_EQ(Take(text), "net://a.txt");
+    EXPECT_EQ(Q_CachePathFor("net://later.txt", &text), 0);
+    EXPECT_EQ(Take(text), cache() + "/later.txt");
+    EXPECT_EQ(Q_CleanUrl("net://a/../b", &text), 0);
+    EXPECT_EQ(Take(text), "net://b");
+    EXPECT_EQ(Q_PutNetFile("net://put.txt", local.c_str(), &error), 0);
+    EXPECT_EQ(drives_.Read("C:\\server\\put.txt"), "local");
+    EXPECT_EQ(Q_UploadNetFolder("net://up", drives_.Native("C:\\folder").c_str(), &error), 0);
+    EXPECT_EQ(drives_.Read("C:\\server\\up\\b.txt"), "b");
+    EXPECT_EQ(Q_StatNetFile("net://put.txt", Q_FetchToRead, &error), 0);
+    EXPECT_EQ(error, -1) << "a success stores no error";
+}
+
+TEST_F(NetworkFiles, TellTheErrorOfAFailure) {
+    char* text = nullptr;
+    std::int32_t error = -1;
+    EXPECT_EQ(Q_FetchNetFile("net://none.txt", Q_FetchToRead, &text, &error), 5);
+    EXPECT_EQ(error, 3);
+    EXPECT_EQ(text, nullptr);
+    EXPECT_EQ(Q_StatNetFile("net://none.txt", Q_FetchToRead, &error), 5);
+    EXPECT_EQ(error, 21) << "20 is no number of the library's";
+    Serve(false);
+    EXPECT_EQ(Q_SaveNetFile("net://none.txt", &error), 5);
+    EXPECT_EQ(error, 21);
+    EXPECT_EQ(Q_FetchNetFile("net://none.txt", Q_FetchToWrite, &text, nullptr), 5);
+    EXPECT_DEATH(Q_CleanUrl("net://a", nullptr), "");
+}
+
+TEST_F(NetworkFiles, AreAllThatTheOperationsTake) {
+    char* text = nullptr;
+    for (const char* url : {static_cast<const char*>(nullptr), "C:\\a.txt", "http://host/a"}) {
+        EXPECT_EQ(Q_FetchNetFile(url, Q_FetchToRead, &text, nullptr), 1);
+        EXPECT_EQ(Q_CachedPathOf(url, &text), 1);
+        EXPECT_EQ(Q_CachePathFor(url, &text), 1);
+        EXPECT_EQ(Q_CleanUrl(url, &text), 1);
+        EXPECT_EQ(Q_SaveNetFile(url, nullptr), 1);
+        EXPECT_EQ(Q_PutNetFile(url, "a", nullptr), 1);
+        EXPECT_EQ(Q_UploadNetFolder(url, "a", nullptr), 1);
+        EXPECT_EQ(Q_StatNetFile(url, Q_FetchToRead, nullptr), 1);
+        EXPECT_EQ(Q_AbsoluteUrl(url, "a", &text), 1);
+        EXPECT_EQ(Q_RelativeUrl(url, "net://a", &text), 1);
+        EXPECT_EQ(Q_RelativeUrl("net://a", url, &text), 1);
+    }
+    EXPECT_EQ(Q_UrlOfCachedFile(nullptr, &text), 1);
+}
+
+TEST_F(NetworkFiles, GiveAndTakeRelativePaths) {
+    EXPECT_EQ(JoinPath("net://host/a", "b\\c.xml"), "net://host/a/b/c.xml");
+    EXPECT_EQ(JoinPath("net://host/a", "net://other/b"), "net://other/b");
+    EXPECT_EQ(JoinPath("net://host/a", "C:\\b"), "C:\\b");
+    EXPECT_EQ(JoinPath("net://host/a", "no?"), "");
+    EXPECT_EQ(JoinPath("net://host/a", std::string(4090, 'x')), "");  // a URL is never cut
+    EXPECT_EQ(RelativeTo("net://host/a/b%20c/d.xml", "net://host/a/x/y.xml"), "..\\b c\\d.xml");
+    EXPECT_EQ(RelativeTo("net://other/d.xml", "net://host/y.xml"), "net://other/d.xml");
+    EXPECT_EQ(RelativeTo("net://host/d.xml", "C:\\y.xml"), "net://host/d.xml");
+}
+
+TEST(NetworkFilesWithoutLibrary, EveryTransferFails) {
+    Q_BindRivlet(nullptr);
+    char* text = nullptr;
+    std::int32_t error = 0;
+    EXPECT_TRUE(Q_IsNetFile("http://host/a"));
+    EXPECT_EQ(Q_FetchNetFile("http://host/a", Q_FetchToRead, &text, &error), 1);
+    EXPECT_EQ(error, 21);
+    EXPECT_EQ(Q_SaveNetFile("http://host/a", &error), 1);
+    EXPECT_EQ(Q_UrlOfCachedFile("C:\\a", &text), 1);
+    EXPECT_EQ(Q_AbsoluteUrl("http://host/", "a", &text), 1);
+    FilePath* path = Q_PathToFilePath("http://host/a", nullptr, Q_NativePath);
+    EXPECT_EQ(Q_ChannelOpen(path, "r"), nullptr);
+    EXPECT_EQ(Q_ChannelOpen(path, "w"), nullptr);
+    Q_FreeFilePath(path);
+}
+
+}  // namespace
+}  // namespace ventrix

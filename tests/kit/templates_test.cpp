@@ -1,0 +1,127 @@
+#include "kit/templates.h"
+
+#include <gtest/gtest.h>
+
+#include "kit/resource_strings.h"
+#include "platform/module.h"
+#include "tests/kit/kit_environment.h"
+
+namespace ventrix {
+namespace {
+
+Q_TemplateArguments SomeArguments() {
+    Q_TemplateArguments arguments{};
+    arguments.slots[0].type = 's';
+    arguments.slots[0].text = "guide.ditamap";
+    arguments.slots[1].type = 'd';
+    arguments.slots[1].integer = -12;
+    arguments.slots[2].type = 'x';
+    arguments.slots[2].integer = 0xBEEF;
+    arguments.slots[3].type = 'X';
+    arguments.slots[3].integer = 0xBEEF;
+    arguments.slots[4].type = 'f';
+    arguments.slots[4].number = 2.5;
+    arguments.slots[5].type = 's';
+    arguments.slots[5].text = nullptr;
+    return arguments;
+}
+
+std::string Expanded(const char* text, std::uint32_t size = 100) {
+    const Q_TemplateArguments arguments = SomeArguments();
+    char output[100] = "old";
+    EXPECT_EQ(Q_ExpandTemplate(text, output, size, &arguments), 0);
+    return output;
+}
+
+TEST(Templates, InsertTheirArguments) {
+    struct Row {
+        const char* text;
+        const char* expanded;
+    };
+    constexpr Row rows[] = {
+        {"no place", "no place"},
+        {"%0 has %1 errors", "guide.ditamap has -12 errors"},
+        {"%2 %3 %4", "beef BEEF 2.500"},
+        {"[%5][%6][%9]", "[][???][???]"},
+        {"%{0 the document}: %{1}", "guide.ditamap: -12"},
+        {"[%{}][%{z}][%{9}]", "[][???][???]"},
+        {"%{0 never closed", "guide.ditamap"},
+        {"[%{", "["},
+        {"100%% of %zall", "100% of %all"},
+        {"at the end %", "at the end %"},
+        {"%{%} %{p name}", "% Quorlane"},
+        {"%p and %u.", "Quorlane and ."},
+        {"", ""},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(Expanded(row.text), row.expanded) << row.text;
+    }
+    char output[8] = "old";
+    EXPECT_EQ(Q_ExpandTemplate("%0", output, sizeof output, nullptr), 0);
+    EXPECT_STREQ(output, "???");
+    EXPECT_EQ(Q_ExpandTemplate(nullptr, output, sizeof output, nullptr), 0);
+    EXPECT_STREQ(output, "");
+    EXPECT_EQ(Q_ExpandTemplate("x", nullptr, 8, nullptr), 0);
+    EXPECT_EQ(Q_ExpandTemplate("x", output, 0, nullptr), 0);
+}
+
+TEST(Templates, ShortenWhatDoesNotFit) {
+    struct Row {
+        const char* text;
+        std::uint32_t size;
+        const char* expanded;
+    };
+    constexpr Row rows[] = {
+        {"%0!", 15, "guide.ditamap!"},
+        {"%0!", 14, "guid...tamap!"},  // one byte too few: both ends, with dots between them
+        {"<%0>", 10, "<gu...ap>"},
+        {"<%0>", 9, "<g...ap>"},
+        {"<%0>", 8, "<guide>"},  // less than six bytes: simply cut
+        {"<%0>", 3, "<>"},
+        {"<%0>", 2, "<"},
+        {"<%0>", 1, ""},
+        {"ääää", 6, "ää"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(Expanded(row.text, row.size), row.expanded) << row.text << " in " << row.size;
+    }
+    Q_SetUserName("ÄÖÜäöüßÄÖÜäöü");
+    EXPECT_EQ(Expanded("%u", 13), "ÄÖ...öü");
+    Q_SetUserName(nullptr);
+}
+
+TEST(Templates, KnowTheHostAndItsUser) {
+    EXPECT_EQ(Q_SetHostVariant("QUORLANE XML author"), 0);
+    Q_SetUserName("Ada");
+    EXPECT_EQ(Expanded("%p of %u"), "Quorlane XML Author of Ada");
+    Q_SetHostVariant(nullptr);
+    Q_SetUserName("");
+    EXPECT_EQ(Expanded("%p of %u"), "Quorlane of ");
+}
+
+TEST(Templates, AreLoadedFromResources) {
+    constexpr platform::StringResource strings[] = {
+        {1, u"%0: %1 (%2) %3%L21"}, {2, u"Größe %0"}, {3, u"%0%1%2%3%4%5%6%7%8%9"}};
+    platform::ModuleResources resources{};
+    resources.strings = strings;
+    platform::BindResources(&resources, &resources);
+    Q_SetResourceModule(&resources);
+    char output[64] = "old";
+    EXPECT_EQ(Q_LoadResourceTemplate(1, output, sizeof output, "sdfr", "a", 7, 0.5, 2), 0);
+    EXPECT_STREQ(output, "a: 7 (0.500) Größe ?\?\?!");
+    EXPECT_EQ(Q_LoadResourceTemplate(1, output, sizeof output, "rd?d", 99, 7, 8), 0);
+    EXPECT_STREQ(output, ": 7 (?\?\?) ?\?\?!");
+    EXPECT_EQ(
+        Q_LoadResourceTemplate(3, output, sizeof output, "ddddddddddd", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10), 0);
+    EXPECT_STREQ(output, "0123456789");
+    EXPECT_EQ(Q_LoadResourceTemplate(2, output, sizeof output, nullptr), 0);
+    EXPECT_STREQ(output, "Größe ???");
+    EXPECT_EQ(Q_LoadResourceTemplate(9, output, sizeof output, ""), -1);
+    EXPECT_STREQ(output, "");
+    EXPECT_EQ(Q_LoadResourceTemplate(1, output, 0, ""), -1);
+    Q_SetResourceModule(nullptr);
+    platform::BindResources(&resources, nullptr);
+}
+
+}  // namespace
+}  // namespace ventrix
