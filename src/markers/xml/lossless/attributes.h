@@ -1,0 +1,16 @@
+// Reads attributes out of a start tag, and those that the DTD supplies.
+#pragma once
+
+#include <string>
+
+#include "markers/xml/lossless/document_store.h"
+
+namespace ventrix::xml {
+
+/// Makes nodes of an element's attributes, in the order of the tag; those of the DTD behind.
+void ReadSourceAttributes(DocumentStore& store, NodeIndex element);
+
+/// An attribute's value as its start tag has it, read as its declared type asks.
+std::string SourceValue(DocumentStore& store, NodeIndex attribute);
+
+}  // namespace ventrix::xml

@@ -1,0 +1,142 @@
+#include "markers/xml/lossless/document_store.h"
+
+#include <algorithm>
+
+#include "markers/xml/lossless/attributes.h"
+#include "markers/xml/lossless/references.h"
+
+namespace ventrix::xml {
+
+NodeIndex DocumentStore::Add(NodeType type) {
+    NodeRecord& record = records_.emplace_back();
+    record.type = static_cast<std::uint8_t>(type);
+    return static_cast<NodeIndex>(records_.size() - 1);
+}
+
+void DocumentStore::Append(NodeIndex parent, NodeIndex child) {
+    NodeRecord& above = At(parent);
+    NodeRecord& record = At(child);
+    record.parent = parent;
+    record.previous = above.lastChild;
+    (above.lastChild == 0 ? above.firstChild : At(above.lastChild).next) = child;
+    above.lastChild = child;
+}
+
+void DocumentStore::InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference) {
+    if (reference == 0) {
+        Append(parent, child);
+        return;
+    }
+    NodeRecord& record = At(child);
+    NodeRecord& behind = At(reference);
+    record.parent = parent;
+    record.next = reference;
+    record.previous = behind.previous;
+    (behind.previous == 0 ? At(parent).firstChild : At(behind.previous).next) = child;
+    behind.previous = child;
+}
+
+void DocumentStore::Unlink(NodeIndex child) {
+    NodeRecord& record = At(child);
+    if (record.parent == 0) {
+        return;
+    }
+    NodeRecord& above = At(record.parent);
+    (record.previous == 0 ? above.firstChild : At(record.previous).next) = record.next;
+    (record.next == 0 ? above.lastChild : At(record.next).previous) = record.previous;
+    record.parent = record.next = record.previous = 0;
+}
+
+SourceText* DocumentStore::AddSource(std::string text) {
+    const std::uint64_t base =
+        sources_.empty() ? 0 : std::uint64_t{sources_.back().base} + sources_.back().text.size() + 1;
+    if (base + text.size() >= UINT32_MAX) {
+        return nullptr;
+    }
+    SourceText& source = sources_.emplace_back();
+    source.base = static_cast<std::uint32_t>(base);
+    source.text = std::move(text);
+    return &source;
+}
+
+SourceText& DocumentStore::SourceOf(std::uint32_t offset) {
+    if (offset <= sources_.front().text.size()) {
+        return sources_.front();
+    }
+    const auto behind = std::ranges::upper_bound(sources_, offset, {}, &SourceText::base);
+    return *std::prev(behind);
+}
+
+std::string_view DocumentStore::Slice(std::uint32_t begin, std::uint32_t end) {
+    const SourceText& source = SourceOf(begin);
+    return {source.text.data() + (begin - source.base), end - begin};
+}
+
+SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
+    // A document that was loaded more than once has its latest source behind the others.
+    const auto found = std::find_if(sources_.rbegin(), sources_.rend(),
+                                    [&](const SourceText& source) { return source.document == document; });
+    return found == sources_.rend() ? nullptr : &*found;
+}
+
+std::uint32_t DocumentStore::AddText(std::string text) {
+    texts_.push_back(std::move(text));
+    return static_cast<std::uint32_t>(texts_.size() - 1);
+}
+
+std::string_view DocumentStore::NameOf(NodeIndex index) {
+    const NodeRecord& record = At(index);
+    if (record.type == NODE_ATTRIBUTE && (record.flags & Created) != 0) {
+        return texts_[record.close];
+    }
+    if (record.type == NODE_ELEMENT) {
+        return Slice(record.begin + 1, record.begin + 1 + record.nameLength);
+    }
+    return record.type == NODE_ATTRIBUTE ? Slice(record.begin, record.begin + record.nameLength)
+                                         : std::string_view();
+}
+
+std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) {
+    const NodeRecord& record = At(index);
+    if ((record.flags & OwnText) != 0) {
+        return texts_[record.extra];
+    }
+    switch (record.type) {
+        case NODE_TEXT: {
+            const std::string_view raw = Slice(record.begin, record.end);
+            return (record.flags & Verbatim) != 0 ? raw : std::string_view(buffer = DecodeText(raw));
+        }
+        case NODE_CDATA_SECTION: {
+            constexpr std::uint32_t opening = sizeof "<![CDATA[" - 1;
+            constexpr std::uint32_t closing = sizeof "]]>" - 1;
+            return buffer = NormalizeLineEnds(Slice(record.begin + opening, record.end - closing));
+        }
+        case NODE_ATTRIBUTE:
+            return buffer = SourceValue(*this, index);
+        default:
+            return {};
+    }
+}
+
+void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
+    if (listChanges) {
+        changedNodes.push_back(index);
+    }
+    if ((At(index).flags & OwnText) != 0) {
+        texts_[At(index).extra] = text;
+        return;
+    }
+    At(index).extra = AddText(std::string(text));
+    At(index).flags |= OwnText;
+}
+
+void DocumentStore::ReadAttributes(NodeIndex element) {
+    NodeRecord& record = At(element);
+    if (record.type != NODE_ELEMENT || (record.flags & AttributesRead) != 0) {
+        return;
+    }
+    record.flags |= AttributesRead;
+    ReadSourceAttributes(*this, element);
+}
+
+}  // namespace ventrix::xml

@@ -1,0 +1,131 @@
+// The memory behind documents: nodes as small records that remember the bytes they came from. One store
+// serves a main document and its scratch documents, so that a node can move between them without a copy.
+// Offsets are positions in the source texts of the store, laid one behind the other; all text is UTF-8.
+#pragma once
+
+#include <libxml/tree.h>
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "markers/xml/dom.h"
+
+namespace ventrix::xml {
+
+class QueryTree;
+
+using NodeIndex = std::uint32_t;  ///< 0 is no node.
+
+/// 40 bytes: what a tree costs is the memory that it touches.
+struct NodeRecord {
+    NodeIndex parent = 0;  ///< For an attribute the element that has it.
+    NodeIndex firstChild = 0;
+    NodeIndex lastChild = 0;
+    NodeIndex next = 0;  ///< Sibling; for an attribute the next attribute.
+    NodeIndex previous = 0;
+    std::uint32_t begin = 0;  ///< Element: its start tag. Attribute: from its name to its closing quote.
+    std::uint32_t end = 0;
+    std::uint32_t close =
+        0;  ///< Element: where its end tag begins, 0 for an empty-element tag. Attribute: its value.
+    std::uint32_t extra =
+        0;  ///< Element: its first attribute. Otherwise: the number of its own text, if it has one.
+    std::uint16_t nameLength = 0;
+    std::uint8_t type = NODE_INVALID;
+    std::uint8_t flags = 0;
+};
+static_assert(sizeof(NodeRecord) == 40);
+
+enum NodeFlags : std::uint8_t {
+    OwnText = 1,            ///< Its content is a text of the store's, not of the source.
+    Created = 2,            ///< Has no place in a source at all.
+    AttributesRead = 4,     ///< The element's attributes stand as nodes.
+    AttributesChanged = 8,  ///< The element's start tag must be written anew.
+    FromDtd = 16,           ///< An attribute that the DTD supplies and nobody changed.
+    Verbatim = 32,          ///< A text whose source bytes are its content.
+};
+
+struct FreeXmlDoc {
+    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+using XmlDocument = std::unique_ptr<xmlDoc, FreeXmlDoc>;
+
+/// One parsed file or text, and what its DTD says.
+struct SourceText {
+    std::uint32_t base = 0;  ///< The offset of its first byte.
+    std::string text;        ///< UTF-8, with a byte-order mark if the file had one.
+    std::string encoding;    ///< Of the file, where it is not UTF-8; else empty.
+    XmlDocument dtd;         ///< Holds declarations only; null without a DOCTYPE.
+    NodeIndex document = 0;
+    NodeIndex root = 0;
+    std::uint32_t rootEnd = 0;
+    bool suppliesAttributes = false;  ///< The DTD has attributes with default values.
+    bool tokenizes = false;           ///< The DTD declares attribute types other than CDATA.
+    bool hasReturns = false;
+    bool hasNamespaces = false;
+};
+
+class DocumentStore {
+  public:
+    DocumentStore() : records_(1) {}
+
+    NodeRecord& At(NodeIndex index) { return records_[index]; }
+    NodeIndex Add(NodeType type);
+    void Reserve(std::size_t nodes) { records_.reserve(records_.size() + nodes); }
+
+    /// Links a child behind the last one of its parent.
+    void Append(NodeIndex parent, NodeIndex child);
+    void InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference);
+    void Unlink(NodeIndex child);
+
+    /// Takes a text in. Its base is set; null if the store's offsets are used up.
+    SourceText* AddSource(std::string text);
+    SourceText& SourceOf(std::uint32_t offset);
+    std::string_view Slice(std::uint32_t begin, std::uint32_t end);
+
+    /// The source whose document node this is; null before anything was loaded.
+    SourceText* SourceOfDocument(NodeIndex document);
+
+    std::uint32_t AddText(std::string text);
+    std::string_view TextAt(std::uint32_t number) const { return texts_[number]; }
+
+    std::string_view NameOf(NodeIndex index);
+
+    /// The content of a text, CDATA section or attribute; `buffer` is filled where the source does not hold
+    /// it as it is.
+    std::string_view ContentOf(NodeIndex index, std::string& buffer);
+    void SetContent(NodeIndex index, std::string_view text);
+
+    /// Makes sure that an element's attributes stand as nodes.
+    void ReadAttributes(NodeIndex element);
+
+    /// Counts with every change of the tree's shape; content changes are listed in `changedNodes` while
+    /// someone asks.
+    std::uint64_t shape = 0;
+    std::vector<NodeIndex> changedNodes;
+    bool listChanges = false;
+
+    Node Handle(NodeIndex index) { return {this, index}; }
+    static NodeList ListOf(std::vector<Node> nodes) {
+        NodeList list;
+        list.nodes_ = std::move(nodes);
+        return list;
+    }
+
+  private:
+    void AddDtdAttributes(NodeIndex element, const SourceText& source);
+
+    std::vector<NodeRecord> records_;
+    std::deque<SourceText> sources_;
+    std::vector<std::string> texts_;
+
+  public:
+    /// The copy that the last query made, and of which document. It goes before the nodes that it speaks of.
+    std::shared_ptr<QueryTree> queries;
+    NodeIndex queriedDocument = 0;
+};
+
+}  // namespace ventrix::xml

@@ -1,0 +1,260 @@
+#include <libxml/tree.h>
+
+#include <algorithm>
+
+#include "markers/xml/dom.h"
+#include "markers/xml/lossless/document_store.h"
+#include "markers/xml/lossless/loading.h"
+#include "markers/xml/lossless/query.h"
+#include "markers/xml/lossless/source_encoding.h"
+#include "markers/xml/lossless/writer.h"
+#include "platform/files.h"
+
+namespace ventrix::xml {
+namespace {
+
+std::string_view UpToNul(std::string_view text) {
+    return text.substr(0, text.find('\0'));
+}
+
+/// A node without children cannot hold anything, so that most insertions need no look upwards.
+bool Holds(DocumentStore& store, NodeIndex holder, NodeIndex held) {
+    if (store.At(holder).firstChild == 0 && holder != held) {
+        return false;
+    }
+    while (held != 0 && held != holder) {
+        held = store.At(held).parent;
+    }
+    return held == holder;
+}
+
+}  // namespace
+
+NodeType Node::get_nodeType() const {
+    return store_ == nullptr ? NODE_INVALID : static_cast<NodeType>(store_->At(index_).type);
+}
+
+std::string_view Node::get_nodeName() const {
+    return store_ == nullptr ? std::string_view() : store_->NameOf(index_);
+}
+
+Node Node::get_parentNode() const {
+    return store_ == nullptr || get_nodeType() == NODE_ATTRIBUTE ? Node()
+                                                                 : Node(store_, store_->At(index_).parent);
+}
+
+Node Node::get_firstChild() const {
+    return store_ == nullptr ? Node() : Node(store_, store_->At(index_).firstChild);
+}
+
+Node Node::get_nextSibling() const {
+    return store_ == nullptr || get_nodeType() == NODE_ATTRIBUTE ? Node()
+                                                                 : Node(store_, store_->At(index_).next);
+}
+
+Node Node::get_previousSibling() const {
+    return store_ == nullptr || get_nodeType() == NODE_ATTRIBUTE ? Node()
+                                                                 : Node(store_, store_->At(index_).previous);
+}
+
+NamedNodeMap Node::get_attributes() const {
+    return NamedNodeMap(get_nodeType() == NODE_ELEMENT ? *this : Node());
+}
+
+std::string Node::get_text() const {
+    std::string buffer;
+    return std::string(get_text(buffer));
+}
+
+std::string_view Node::get_text(std::string& buffer) const {
+    return store_ == nullptr ? std::string_view() : store_->ContentOf(index_, buffer);
+}
+
+void Node::put_text(std::string_view text) {
+    const NodeType type = get_nodeType();
+    if (type == NODE_ATTRIBUTE) {
+        NodeRecord& record = store_->At(index_);
+        record.flags &= static_cast<std::uint8_t>(~FromDtd);
+        if (record.parent != 0) {
+            store_->At(record.parent).flags |= AttributesChanged;
+        }
+    }
+    if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
+        store_->SetContent(index_, UpToNul(text));
+    }
+}
+
+std::string Node::get_xml() const {
+    return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_) : std::string();
+}
+
+void Node::insertBefore(Node child, Node reference) {
+    const bool fits = get_nodeType() == NODE_ELEMENT && child.store_ == store_ &&
+                      child.get_nodeType() != NODE_ATTRIBUTE && child.get_nodeType() != NODE_DOCUMENT &&
+                      child != reference;
+    if (!fits || Holds(*store_, child.index_, index_) ||
+        (reference && (reference.store_ != store_ || reference.get_parentNode() != *this))) {
+        return;
+    }
+    store_->Unlink(child.index_);
+    store_->InsertBefore(index_, child.index_, reference.index_);
+    ++store_->shape;
+}
+
+void Node::removeChild(Node child) {
+    if (child && child.get_parentNode() == *this) {
+        store_->Unlink(child.index_);
+        ++store_->shape;
+    }
+}
+
+NamedNodeMap::NamedNodeMap(Node element) : element_(element) {
+    if (!element_) {
+        return;
+    }
+    DocumentStore& store = *element_.store_;
+    store.ReadAttributes(element_.index_);
+    for (NodeIndex index = store.At(element_.index_).extra; index != 0; index = store.At(index).next) {
+        ++length_;
+    }
+}
+
+Node NamedNodeMap::get_item(std::size_t position) const {
+    if (position >= length_) {
+        return {};
+    }
+    DocumentStore& store = *element_.store_;
+    if (!last_ || position < lastPosition_) {
+        last_ = Node(&store, store.At(element_.index_).extra);
+        lastPosition_ = 0;
+    }
+    for (; lastPosition_ < position; ++lastPosition_) {
+        last_ = Node(&store, store.At(last_.index_).next);
+    }
+    return last_;
+}
+
+void NamedNodeMap::setNamedItem(Node attribute) {
+    if (!element_ || attribute.store_ != element_.store_ || attribute.get_nodeType() != NODE_ATTRIBUTE) {
+        return;
+    }
+    DocumentStore& store = *element_.store_;
+    if (store.At(attribute.index_).parent != 0) {
+        return;
+    }
+    NodeIndex last = 0;
+    NodeIndex same = store.At(element_.index_).extra;
+    while (same != 0 && store.NameOf(same) != attribute.get_nodeName()) {
+        last = same;
+        same = store.At(same).next;
+    }
+    NodeRecord& record = store.At(attribute.index_);
+    record.parent = element_.index_;
+    record.next = same == 0 ? 0 : store.At(same).next;
+    (last == 0 ? store.At(element_.index_).extra : store.At(last).next) = attribute.index_;
+    if (same != 0) {
+        store.At(same).parent = store.At(same).next = 0;
+    }
+    length_ += same == 0 ? 1 : 0;
+    last_ = Node();
+    store.At(element_.index_).flags |= AttributesChanged;
+    ++store.shape;
+}
+
+Document::Document(std::shared_ptr<DocumentStore> store)
+    : store_(std::move(store)), index_(store_->Add(NODE_DOCUMENT)) {}
+
+Document::~Document() = default;
+
+bool Document::load(std::string_view path) {
+    std::string bytes;
+    if (const platform::ErrorCode error = platform::ReadWholeFile(path, bytes);
+        error != platform::errorNone) {
+        bytes.clear();
+        reason_ = "The file cannot be read (error " + std::to_string(error) + ")";
+        store_->At(index_).firstChild = store_->At(index_).lastChild = 0;
+        return false;
+    }
+    return Build(path, std::move(bytes), true);
+}
+
+bool Document::loadXML(std::string_view text) {
+    return Build({}, std::string(text), false);
+}
+
+bool Document::Build(std::string_view path, std::string bytes, bool isFile) {
+    store_->At(index_).firstChild = store_->At(index_).lastChild = 0;
+    ++store_->shape;
+    reason_ = LoadSource(*store_, index_, std::move(bytes), {path, isFile, resolveExternals_});
+    return reason_.empty();
+}
+
+Node Document::get_documentElement() const {
+    return {store_.get(), store_->At(index_).firstChild};
+}
+
+Node Document::createTextNode(std::string_view text) {
+    const NodeIndex index = store_->Add(NODE_TEXT);
+    store_->At(index).flags = Created;
+    store_->SetContent(index, UpToNul(text));
+    return {store_.get(), index};
+}
+
+Node Document::createAttribute(std::string_view name) {
+    const std::string terminated(name);
+    if (xmlValidateName(reinterpret_cast<const xmlChar*>(terminated.c_str()), 0) != 0) {
+        return {};
+    }
+    const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
+    const std::uint32_t ownName = store_->AddText(terminated);
+    store_->At(index).flags = Created;
+    store_->At(index).close = ownName;
+    store_->SetContent(index, {});
+    return {store_.get(), index};
+}
+
+bool Document::save(std::string_view path) {
+    const SourceText* source = store_->SourceOfDocument(index_);
+    if (source == nullptr || source->root == 0) {
+        return false;
+    }
+    std::string bytes = WriteDocument(*store_, *source);
+    if (!source->encoding.empty()) {
+        const std::string text = std::move(bytes);
+        bytes.clear();
+        if (!EncodeSource(text, source->encoding, bytes)) {
+            return false;
+        }
+    }
+    return platform::WriteWholeFile(path, bytes) == platform::errorNone;
+}
+
+std::optional<NodeList> Document::selectNodes(std::string_view query) {
+    const SourceText* source = store_->SourceOfDocument(index_);
+    if (source == nullptr || store_->At(index_).firstChild == 0) {
+        return std::nullopt;
+    }
+    if (store_->queries == nullptr || store_->queriedDocument != index_ || !store_->queries->Holds()) {
+        store_->queries.reset();
+        store_->queries = std::make_shared<QueryTree>(*store_, store_->At(index_).firstChild);
+        store_->queriedDocument = index_;
+    }
+    const auto found = store_->queries->Select(std::string(query));
+    if (!found) {
+        return std::nullopt;
+    }
+    std::vector<Node> nodes;
+    std::ranges::transform(*found, std::back_inserter(nodes),
+                           [&](NodeIndex index) { return store_->Handle(index); });
+    return DocumentStore::ListOf(std::move(nodes));
+}
+
+std::unique_ptr<Document> CreateDocument() {
+    return std::unique_ptr<Document>(new Document(std::make_shared<DocumentStore>()));
+}
+
+std::unique_ptr<Document> CreateScratchDocument(Document& main) {
+    return std::unique_ptr<Document>(new Document(main.store_));
+}
+
+}  // namespace ventrix::xml

@@ -1,0 +1,21 @@
+// Takes a file's bytes or a text into a store, as the tree below a document node.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "markers/xml/lossless/document_store.h"
+
+namespace ventrix::xml {
+
+struct LoadSettings {
+    std::string_view path;  ///< System notation; where relative system ids start from. May be empty.
+    bool isFile = true;     ///< A text is UTF-8 whatever it declares.
+    bool resolveExternals = false;
+};
+
+/// Empty on success, else the reason in one line; the document node then has no children.
+std::string LoadSource(DocumentStore& store, NodeIndex document, std::string bytes,
+                       const LoadSettings& settings);
+
+}  // namespace ventrix::xml

@@ -1,0 +1,104 @@
+#include "markers/xml/lossless/namespaces.h"
+
+#include <map>
+#include <set>
+
+#include "markers/xml/lossless/references.h"
+
+namespace ventrix::xml {
+namespace {
+
+constexpr std::string_view Declares = "xmlns";
+
+using Prefixes = std::set<std::string, std::less<>>;
+
+/// What the element itself declares: prefix to address.
+std::map<std::string, std::string> Declarations(DocumentStore& store, NodeIndex element) {
+    std::map<std::string, std::string> found;
+    std::string buffer;
+    store.ReadAttributes(element);
+    for (NodeIndex index = store.At(element).extra; index != 0; index = store.At(index).next) {
+        const std::string_view name = store.NameOf(index);
+        if (const std::string_view prefix = DeclaredPrefix(name); prefix.data() != nullptr) {
+            found.emplace(prefix, store.ContentOf(index, buffer));
+        }
+    }
+    return found;
+}
+
+void NotePrefixes(DocumentStore& store, NodeIndex element, Prefixes& used) {
+    used.emplace(PrefixOf(store.NameOf(element)));
+    store.ReadAttributes(element);
+    for (NodeIndex index = store.At(element).extra; index != 0; index = store.At(index).next) {
+        const std::string_view prefix = PrefixOf(store.NameOf(index));
+        if (!prefix.empty() && prefix != Declares) {
+            used.emplace(prefix);
+        }
+    }
+}
+
+/// A prefix that some descendant declares for itself may be declared around it as well: that does no harm.
+Prefixes UsedPrefixes(DocumentStore& store, NodeIndex top) {
+    Prefixes used;
+    NodeIndex index = top;
+    while (true) {
+        if (store.At(index).type == NODE_ELEMENT) {
+            NotePrefixes(store, index, used);
+        }
+        if (store.At(index).firstChild != 0) {
+            index = store.At(index).firstChild;
+            continue;
+        }
+        while (index != top && store.At(index).next == 0) {
+            index = store.At(index).parent;
+        }
+        if (index == top) {
+            return used;
+        }
+        index = store.At(index).next;
+    }
+}
+
+}  // namespace
+
+std::string_view DeclaredPrefix(std::string_view attributeName) {
+    if (!attributeName.starts_with(Declares)) {
+        return {};
+    }
+    if (attributeName.size() == Declares.size()) {
+        return attributeName.substr(Declares.size());
+    }
+    return attributeName[Declares.size()] == ':' ? attributeName.substr(Declares.size() + 1)
+                                                 : std::string_view();
+}
+
+std::string_view PrefixOf(std::string_view qualifiedName) {
+    const std::size_t colon = qualifiedName.find(':');
+    return colon == std::string_view::npos ? std::string_view() : qualifiedName.substr(0, colon);
+}
+
+std::string MissingNamespaces(DocumentStore& store, NodeIndex element) {
+    std::string declarations;
+    const NodeRecord& record = store.At(element);
+    if (!store.SourceOf(record.begin).hasNamespaces) {
+        return declarations;
+    }
+    Prefixes missing = UsedPrefixes(store, element);
+    missing.erase("xml");
+    for (const auto& [prefix, address] : Declarations(store, element)) {
+        missing.erase(prefix);
+    }
+    for (NodeIndex above = record.parent; above != 0 && !missing.empty(); above = store.At(above).parent) {
+        for (const auto& [prefix, address] : Declarations(store, above)) {
+            // A default namespace that was switched off around the element needs no declaration.
+            if (missing.erase(prefix) == 1 && !(prefix.empty() && address.empty())) {
+                declarations += prefix.empty() ? " xmlns=\"" : " xmlns:" + prefix + "=\"";
+                AppendEscapedValue(declarations, address);
+                declarations += '"';
+            }
+        }
+    }
+    return declarations;
+}
+
+}  // namespace ventrix::xml

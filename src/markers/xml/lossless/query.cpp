@@ -1,0 +1,229 @@
+#include "markers/xml/lossless/query.h"
+
+#include <libxml/xpath.h>
+#include <libxml/xpathInternals.h>
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "markers/xml/lossless/namespaces.h"
+
+namespace ventrix::xml {
+namespace {
+
+struct FreeXPathContext {
+    void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
+};
+struct FreeXPathObject {
+    void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
+};
+
+const xmlChar* Chars(const std::string& text) {
+    return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+
+void IgnoreError(void*, xmlError*) {}
+
+}  // namespace
+
+struct QueryTree::Copy {
+    explicit Copy(DocumentStore& treeStore) : store(treeStore), shape(treeStore.shape) {}
+
+    DocumentStore& store;
+    std::uint64_t shape;
+    XmlDocument document{xmlNewDoc(Chars("1.0"))};
+    std::unordered_map<NodeIndex, xmlNode*> places;  ///< Of texts and attributes, which may change.
+
+    /// The namespaces in force, innermost last; a null one for a default that is switched off.
+    std::vector<std::pair<std::string, xmlNs*>> scope;
+    std::vector<std::size_t> scopeMarks;
+
+    std::string Content(NodeIndex index) {
+        std::string buffer;
+        return std::string(store.ContentOf(index, buffer));
+    }
+
+    xmlNs* Find(std::string_view prefix) const {
+        for (auto entry = scope.rbegin(); entry != scope.rend(); ++entry) {
+            if (entry->first == prefix) {
+                return entry->second;
+            }
+        }
+        return nullptr;
+    }
+
+    void Mark(xmlNode* node, NodeIndex index) {
+        node->_private = reinterpret_cast<void*>(std::uintptr_t{index});
+    }
+
+    xmlNode* CopyText(NodeIndex index) {
+        xmlNode* text = xmlNewDocText(document.get(), Chars(Content(index)));
+        places[index] = text;
+        return text;
+    }
+
+    void DeclareNamespaces(NodeIndex element, xmlNode* node) {
+        for (NodeIndex index = store.At(element).extra; index != 0; index = store.At(index).next) {
+            const std::string_view prefix = DeclaredPrefix(store.NameOf(index));
+            if (prefix.data() == nullptr) {
+                continue;
+            }
+            const std::string address = Content(index);
+            const std::string owned(prefix);
+            xmlNs* declared = address.empty()
+                                  ? nullptr
+                                  : xmlNewNs(node, Chars(address), owned.empty() ? nullptr : Chars(owned));
+            scope.emplace_back(owned, declared);
+        }
+    }
+
+    void CopyAttributes(NodeIndex element, xmlNode* node) {
+        for (NodeIndex index = store.At(element).extra; index != 0; index = store.At(index).next) {
+            const std::string_view name = store.NameOf(index);
+            if (DeclaredPrefix(name).data() != nullptr) {
+                continue;
+            }
+            xmlNs* space = PrefixOf(name).empty() ? nullptr : Find(PrefixOf(name));
+            const std::string local(space == nullptr ? name : name.substr(PrefixOf(name).size() + 1));
+            xmlAttr* attribute = xmlNewNsProp(node, space, Chars(local), Chars(Content(index)));
+            Mark(reinterpret_cast<xmlNode*>(attribute), index);
+            places[index] = reinterpret_cast<xmlNode*>(attribute);
+        }
+    }
+
+    xmlNode* CopyElement(NodeIndex index) {
+        store.ReadAttributes(index);
+        xmlNode* node = xmlNewDocNode(document.get(), nullptr, Chars("x"), nullptr);
+        scopeMarks.push_back(scope.size());
+        DeclareNamespaces(index, node);
+        const std::string_view name = store.NameOf(index);
+        xmlNs* space = Find(PrefixOf(name));
+        const std::string local(
+            space == nullptr || PrefixOf(name).empty() ? name : name.substr(PrefixOf(name).size() + 1));
+        xmlSetNs(node, space);
+        xmlNodeSetName(node, Chars(local));
+        CopyAttributes(index, node);
+        return node;
+    }
+
+    xmlNode* CopyNode(NodeIndex index) {
+        const NodeRecord& record = store.At(index);
+        switch (record.type) {
+            case NODE_ELEMENT:
+                return CopyElement(index);
+            case NODE_TEXT:
+            case NODE_CDATA_SECTION:
+                return CopyText(index);
+            case NODE_COMMENT:
+                return xmlNewDocComment(document.get(),
+                                        Chars(std::string(store.Slice(record.begin + 4, record.end - 3))));
+            case NODE_PROCESSING_INSTRUCTION: {
+                const std::string_view body = store.Slice(record.begin + 2, record.end - 2);
+                const std::size_t blank = std::min(body.find_first_of(" \t\r\n"), body.size());
+                const std::size_t content = std::min(body.find_first_not_of(" \t\r\n", blank), body.size());
+                return xmlNewDocPI(document.get(), Chars(std::string(body.substr(0, blank))),
+                                   Chars(std::string(body.substr(content))));
+            }
+            default:
+                return nullptr;
+        }
+    }
+
+    void CopyTree(NodeIndex root) {
+        NodeIndex index = root;
+        auto* parent = reinterpret_cast<xmlNode*>(document.get());
+        while (true) {
+            xmlNode* node = CopyNode(index);
+            if (node != nullptr) {
+                Mark(node, index);
+                Link(parent, node);
+            }
+            if (store.At(index).type == NODE_ELEMENT) {
+                if (store.At(index).firstChild != 0) {
+                    parent = node;
+                    index = store.At(index).firstChild;
+                    continue;
+                }
+                LeaveElement();
+            }
+            while (index != root && store.At(index).next == 0) {
+                index = store.At(index).parent;
+                parent = parent->parent;
+                LeaveElement();
+            }
+            if (index == root) {
+                return;
+            }
+            index = store.At(index).next;
+        }
+    }
+
+    void LeaveElement() {
+        scope.resize(scopeMarks.back());
+        scopeMarks.pop_back();
+    }
+
+    /// Texts that stand side by side must not be merged, as xmlAddChild would.
+    static void Link(xmlNode* parent, xmlNode* node) {
+        node->parent = parent;
+        node->prev = parent->last;
+        (parent->last == nullptr ? parent->children : parent->last->next) = node;
+        parent->last = node;
+    }
+
+    void Update() {
+        for (const NodeIndex index : store.changedNodes) {
+            const auto place = places.find(index);
+            if (place == places.end()) {
+                continue;
+            }
+            if (place->second->type == XML_ATTRIBUTE_NODE) {
+                xmlNodeSetContent(place->second, nullptr);
+                xmlNode* text = xmlNewDocText(document.get(), Chars(Content(index)));
+                Link(place->second, text);
+            } else {
+                xmlNodeSetContent(place->second, Chars(Content(index)));
+            }
+        }
+        store.changedNodes.clear();
+    }
+};
+
+QueryTree::QueryTree(DocumentStore& store, NodeIndex root) : copy_(std::make_unique<Copy>(store)) {
+    copy_->CopyTree(root);
+    store.changedNodes.clear();
+    store.listChanges = true;
+}
+
+QueryTree::~QueryTree() {
+    copy_->store.listChanges = false;
+    copy_->store.changedNodes.clear();
+}
+
+bool QueryTree::Holds() const {
+    return copy_->shape == copy_->store.shape;
+}
+
+std::optional<std::vector<NodeIndex>> QueryTree::Select(const std::string& query) {
+    copy_->Update();
+    const std::unique_ptr<xmlXPathContext, FreeXPathContext> context(
+        xmlXPathNewContext(copy_->document.get()));
+    context->error = IgnoreError;
+    const std::unique_ptr<xmlXPathObject, FreeXPathObject> found(
+        xmlXPathEvalExpression(Chars(query), context.get()));
+    if (!found || found->type != XPATH_NODESET) {
+        return std::nullopt;
+    }
+    std::vector<NodeIndex> nodes;
+    xmlNodeSet* set = found->nodesetval;
+    xmlXPathNodeSetSort(set);
+    for (int i = 0; set != nullptr && i < set->nodeNr; ++i) {
+        const xmlNode* node = set->nodeTab[i];
+        const bool marked = node->type != XML_NAMESPACE_DECL && node->type != XML_DOCUMENT_NODE;
+        nodes.push_back(marked ? static_cast<NodeIndex>(reinterpret_cast<std::uintptr_t>(node->_private))
+                               : 0);
+    }
+    return nodes;
+}
+
+}  // namespace ventrix::xml

@@ -1,0 +1,257 @@
+#include "markers/xml/lossless/references.h"
+
+#include <libxml/entities.h>
+
+#include <charconv>
+#include <optional>
+
+namespace ventrix::xml {
+namespace {
+
+constexpr char ReplacementCharacter[] = "\xEF\xBF\xBD";
+constexpr int DeepestEntity = 40;
+
+void AppendUtf8(std::string& out, std::uint32_t code) {
+    if (code < 0x80) {
+        out += static_cast<char>(code);
+    } else if (code < 0x800) {
+        out += static_cast<char>(0xC0 | code >> 6);
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        out += static_cast<char>(0xE0 | code >> 12);
+        out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | code >> 18);
+        out += static_cast<char>(0x80 | (code >> 12 & 0x3F));
+        out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    }
+}
+
+/// Decodes "#65" or "#x41"; nothing if it is no character reference.
+std::optional<std::uint32_t> CharacterCode(std::string_view name) {
+    if (!name.starts_with('#')) {
+        return std::nullopt;
+    }
+    const bool hex = name.size() > 1 && name[1] == 'x';
+    name.remove_prefix(hex ? 2 : 1);
+    std::uint32_t code = 0;
+    std::from_chars(name.data(), name.data() + name.size(), code, hex ? 16 : 10);
+    return code;
+}
+
+std::optional<char> Predefined(std::string_view name) {
+    constexpr std::pair<std::string_view, char> entities[] = {
+        {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+    for (const auto& [entity, character] : entities) {
+        if (name == entity) {
+            return character;
+        }
+    }
+    return std::nullopt;
+}
+
+/// The name between "&" at `at` and ";". Empty if there is no ";".
+std::string_view NameAt(std::string_view raw, std::size_t at) {
+    const std::size_t end = raw.find(';', at);
+    return end == std::string_view::npos ? std::string_view() : raw.substr(at + 1, end - at - 1);
+}
+
+std::string_view Replacement(std::string_view name, xmlDoc* dtd) {
+    const std::string terminated(name);
+    const xmlEntity* entity =
+        dtd == nullptr ? nullptr : xmlGetDocEntity(dtd, reinterpret_cast<const xmlChar*>(terminated.c_str()));
+    const bool internal =
+        entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY && entity->content != nullptr;
+    return internal ? std::string_view(reinterpret_cast<const char*>(entity->content)) : std::string_view();
+}
+
+void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth) {
+    for (std::size_t at = 0; at < raw.size() && out.size() < ExpansionLimit; ++at) {
+        const char c = raw[at];
+        if (c == '&') {
+            const std::string_view name = NameAt(raw, at);
+            if (const auto code = CharacterCode(name)) {
+                AppendUtf8(out, *code);
+            } else if (const auto character = Predefined(name)) {
+                out += *character;
+            } else if (depth < DeepestEntity) {
+                AppendValue(out, Replacement(name, dtd), dtd, depth + 1);
+            }
+            at += name.size() + 1;
+        } else if (c == '\r' && at + 1 < raw.size() && raw[at + 1] == '\n') {
+            continue;
+        } else {
+            out += c == '\t' || c == '\n' || c == '\r' ? ' ' : c;
+        }
+    }
+}
+
+void AppendExpanded(std::string& out, std::string_view content, xmlDoc* dtd, int depth) {
+    for (std::size_t at = 0; at < content.size() && out.size() < ExpansionLimit; ++at) {
+        const std::string_view name = content[at] == '&' ? NameAt(content, at) : std::string_view();
+        if (name.empty() || name[0] == '#' || Predefined(name)) {
+            out += content[at];
+        } else {
+            if (depth < DeepestEntity) {
+                AppendExpanded(out, Replacement(name, dtd), dtd, depth + 1);
+            }
+            at += name.size() + 1;
+        }
+    }
+}
+
+/// The bytes of the character at the front: 0 if they are no character that XML can hold.
+std::size_t CharacterLength(std::string_view text) {
+    const auto byte = [&](std::size_t i) {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+    };
+    const unsigned lead = byte(0);
+    if (lead < 0x80) {
+        return lead >= 0x20 || lead == '\t' || lead == '\n' || lead == '\r' ? 1 : 0;
+    }
+    const std::size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xC0) != 0x80) {
+            return 0;
+        }
+    }
+    const unsigned second = byte(1);
+    const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
+    const bool surrogate = lead == 0xED && second >= 0xA0;
+    const bool beyond = lead == 0xF4 && second >= 0x90;
+    const bool nonCharacter = lead == 0xEF && second == 0xBF && byte(2) >= 0xBE;
+    return overlong || surrogate || beyond || nonCharacter ? 0 : length;
+}
+
+/// Appends the text, with `escape` giving the replacement of a byte or null for none.
+template <typename Escape>
+void AppendEscaped(std::string& xml, std::string_view text, Escape escape) {
+    std::size_t done = 0;
+    const auto flush = [&](std::size_t upTo, std::string_view replacement, std::size_t length) {
+        xml.append(text.substr(done, upTo - done)).append(replacement);
+        done = upTo + length;
+    };
+    for (std::size_t at = 0; at < text.size();) {
+        const auto c = static_cast<unsigned char>(text[at]);
+        if (const char* replacement = escape(text[at])) {
+            flush(at, replacement, 1);
+            ++at;
+        } else if (c >= 0x20 && c < 0x80) {
+            ++at;
+        } else if (const std::size_t length = CharacterLength(text.substr(at, 4)); length > 0) {
+            at += length;
+        } else {
+            flush(at, ReplacementCharacter, 1);
+            ++at;
+        }
+    }
+    flush(text.size(), {}, 0);
+}
+
+}  // namespace
+
+std::string DecodeText(std::string_view raw) {
+    std::string out;
+    out.reserve(raw.size());
+    for (std::size_t at = 0; at < raw.size(); ++at) {
+        const char c = raw[at];
+        if (c == '&') {
+            const std::string_view name = NameAt(raw, at);
+            if (const auto code = CharacterCode(name)) {
+                AppendUtf8(out, *code);
+            } else if (const auto character = Predefined(name)) {
+                out += *character;
+            }
+            at += name.size() + 1;
+        } else if (c == '\r') {
+            out += '\n';
+            at += at + 1 < raw.size() && raw[at + 1] == '\n' ? 1 : 0;
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+std::string NormalizeLineEnds(std::string_view raw) {
+    std::string out;
+    out.reserve(raw.size());
+    for (std::size_t at = 0; at < raw.size(); ++at) {
+        if (raw[at] != '\r') {
+            out += raw[at];
+        } else if (at + 1 == raw.size() || raw[at + 1] != '\n') {
+            out += '\n';
+        }
+    }
+    return out;
+}
+
+std::string DecodeAttributeValue(std::string_view raw, xmlDoc* dtd) {
+    std::string out;
+    out.reserve(raw.size());
+    AppendValue(out, raw, dtd, 0);
+    return out;
+}
+
+std::string CollapseSpaces(std::string_view value) {
+    std::string out;
+    for (const char c : value) {
+        if (c != ' ' || (!out.empty() && out.back() != ' ')) {
+            out += c;
+        }
+    }
+    if (out.ends_with(' ')) {
+        out.pop_back();
+    }
+    return out;
+}
+
+void AppendEscapedText(std::string& xml, std::string_view text) {
+    AppendEscaped(xml, text, [](char c) -> const char* {
+        switch (c) {
+            case '&':
+                return "&amp;";
+            case '<':
+                return "&lt;";
+            case '>':
+                return "&gt;";
+            case '\r':
+                return "&#13;";
+            default:
+                return nullptr;
+        }
+    });
+}
+
+void AppendEscapedValue(std::string& xml, std::string_view value) {
+    AppendEscaped(xml, value, [](char c) -> const char* {
+        switch (c) {
+            case '&':
+                return "&amp;";
+            case '<':
+                return "&lt;";
+            case '>':
+                return "&gt;";
+            case '"':
+                return "&quot;";
+            case '\t':
+                return "&#9;";
+            case '\n':
+                return "&#10;";
+            case '\r':
+                return "&#13;";
+            default:
+                return nullptr;
+        }
+    });
+}
+
+std::string ExpandEntity(std::string_view name, xmlDoc* dtd) {
+    std::string out;
+    AppendExpanded(out, Replacement(name, dtd), dtd, 0);
+    return out;
+}
+
+}  // namespace ventrix::xml
