@@ -1,5 +1,6 @@
 #include "markers/marker_text.h"
 
+#include <algorithm>
 #include <array>
 #include <ranges>
 
@@ -9,17 +10,17 @@ namespace {
 constexpr std::string_view blanks = " \t\n\r";
 
 struct EscapePair {
-    std::string_view character;
+    char character;
     std::string_view escape;
 };
 
-// The ampersand stands first, since the other escapes bring new ones: it is escaped first, unescaped last.
+// The ampersand stands first: it is unescaped last, so that "&amp;lt;" gives "&lt;" and not "<".
 constexpr std::array<EscapePair, 5> escapeTable = {{
-    {"&", "&amp;"},
-    {"<", "&lt;"},
-    {">", "&gt;"},
-    {"\"", "&quot;"},
-    {"'", "&apos;"},
+    {'&', "&amp;"},
+    {'<', "&lt;"},
+    {'>', "&gt;"},
+    {'"', "&quot;"},
+    {'\'', "&apos;"},
 }};
 
 }  // namespace
@@ -43,13 +44,22 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 }
 
 void EscapeMarkup(std::string& text) {
-    for (const EscapePair& pair : escapeTable)
-        ReplaceAll(text, pair.character, pair.escape);
+    // One pass for all five gives what one after the other would, the ampersand first.
+    std::string result;
+    result.reserve(text.size() + text.size() / 2);
+    for (const char character : text) {
+        const auto pair = std::ranges::find(escapeTable, character, &EscapePair::character);
+        if (pair == escapeTable.end())
+            result += character;
+        else
+            result += pair->escape;
+    }
+    text = std::move(result);
 }
 
 void UnescapeMarkup(std::string& text) {
     for (const EscapePair& pair : std::views::reverse(escapeTable))
-        ReplaceAll(text, pair.escape, pair.character);
+        ReplaceAll(text, pair.escape, {&pair.character, 1});
 }
 
 std::string TrimBlanks(std::string_view text) {

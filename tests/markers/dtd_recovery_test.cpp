@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "fake_host.h"
+#include "markers/document_pass.h"
 #include "markers/xslt_run.h"
 #include "platform/temp_tree.h"
 
@@ -118,6 +119,36 @@ TEST(RepairDoctype, EntersTheHostsNameOfADtdThatDoesNotExist) {
     repair.dtdAnswer = "C:\\nowhere\\x.dtd";
     EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
     EXPECT_NE(repair.tree.Get("doc.xml").find("\"C:\\nowhere\\x.dtd\""), std::string::npos);
+}
+
+TEST(LoadWithRepair, ReadsTheEntitiesOfTheDtdThatTheHostNames) {
+    RepairCase repair;
+    repair.output = "<!DOCTYPE a SYSTEM \"$qldtdpath$\"><a t='&product;'>x &product;</a>";
+    PublishParams record;
+    record.attributes = {"t"};
+    std::string errorText;
+    EXPECT_TRUE(ProcessXmlFile(repair.tree.System("doc.xml"), false, record, errorText)) << errorText;
+    EXPECT_EQ(repair.tree.Get("doc.xml"),
+              "<!DOCTYPE a SYSTEM \"" + repair.dtdAnswer +
+                  "\"><a t='&product;'>QL_STARTtQL_EQPump 7QL_TARGETQL_SEPQL_ENDx &product;</a>");
+}
+
+TEST(LoadWithRepair, GivesUpWhereTheRepairDoesNotHelp) {
+    struct {
+        std::string dtdAnswer;
+        std::size_t calls;
+    } rows[] = {{"", 2}, {"C:\\nowhere\\x.dtd", 3}};
+    for (const auto& row : rows) {
+        RepairCase repair;
+        repair.dtdAnswer = row.dtdAnswer;
+        repair.output.reset();
+        PublishParams record;
+        std::string errorText;
+        EXPECT_FALSE(ProcessXmlFile(repair.tree.System("doc.xml"), false, record, errorText));
+        EXPECT_FALSE(errorText.empty());
+        EXPECT_EQ(repair.host.calls.size(), row.calls);
+        EXPECT_EQ(repair.tree.Get("doc.xml"), repair.document);
+    }
 }
 
 }  // namespace

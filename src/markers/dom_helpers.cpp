@@ -1,0 +1,116 @@
+#include "markers/dom_helpers.h"
+
+#include <algorithm>
+
+#include "markers/marker_text.h"
+
+namespace ventrix {
+namespace {
+
+xml::Node AttributeNode(xml::Node element, std::string_view name) {
+    const xml::NamedNodeMap attributes = element.get_attributes();
+    for (std::size_t i = 0; i < attributes.get_length(); ++i)
+        if (const xml::Node attribute = attributes.get_item(i); NodeName(attribute) == name)
+            return attribute;
+    return {};
+}
+
+}  // namespace
+
+std::string_view NodeName(xml::Node node) {
+    return node.get_nodeName();
+}
+
+std::string NodeText(xml::Node node) {
+    return node.get_text();
+}
+
+std::string NodeXml(xml::Node element) {
+    return element.get_xml();
+}
+
+xml::Node NewTextNode(xml::Document& document, std::string_view text) {
+    return document.createTextNode(text);
+}
+
+bool IsElement(xml::Node node) {
+    return node.get_nodeType() == xml::NODE_ELEMENT;
+}
+
+bool IsTextNode(xml::Node node) {
+    return node.get_nodeType() == xml::NODE_TEXT;
+}
+
+bool IsListedElement(xml::Node element, const std::list<std::string>& names) {
+    return std::ranges::find(names, NodeName(element)) != names.end();
+}
+
+bool IsFilledTextNode(xml::Node node) {
+    std::string buffer;
+    return IsTextNode(node) && IsFilled(node.get_text(buffer));
+}
+
+xml::Node FirstFilledTextNode(xml::Node element) {
+    xml::Node node = NextInSubtree(element, element, true);
+    while (node && !IsFilledTextNode(node))
+        node = NextInSubtree(node, element, IsElement(node));
+    return node;
+}
+
+std::string AttributeValue(xml::Node element, std::string_view name) {
+    return NodeText(AttributeNode(element, name));
+}
+
+void AddAttribute(xml::Document& document, xml::Node element, std::string_view name, std::string_view value) {
+    xml::Node attribute = document.createAttribute(name);
+    attribute.put_value(value);
+    element.get_attributes().setNamedItem(attribute);
+}
+
+void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::string_view name,
+                          std::string_view value, bool withBlank) {
+    xml::Node attribute = AttributeNode(element, name);
+    if (!attribute) {
+        AddAttribute(document, element, name, value);
+        return;
+    }
+    std::string joined = NodeText(attribute);
+    if (withBlank)
+        joined += ' ';
+    attribute.put_text(joined.append(value));
+}
+
+std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main) {
+    std::unique_ptr<xml::Document> document = xml::CreateScratchDocument(main);
+    if (document)
+        ConfigureDocument(*document);
+    return document;
+}
+
+xml::Node ParseElementXml(xml::Document& main, std::string_view xmlText) {
+    const std::unique_ptr<xml::Document> scratch = NewScratchDocument(main);
+    if (!scratch)
+        return {};
+    scratch->setProperty("ProhibitDTD", false);
+    scratch->loadXML(xmlText);
+    return scratch->get_documentElement();
+}
+
+void ConfigureDocument(xml::Document& document) {
+    document.put_async(false);
+    document.put_validateOnParse(false);
+    document.put_resolveExternals(false);
+    document.put_preserveWhiteSpace(true);
+}
+
+xml::Node NextInSubtree(xml::Node node, xml::Node top, bool enter) {
+    if (enter)
+        if (const xml::Node child = node.get_firstChild())
+            return child;
+    for (; node != top; node = node.get_parentNode())
+        if (const xml::Node next = node.get_nextSibling())
+            return next;
+    return {};
+}
+
+}  // namespace ventrix

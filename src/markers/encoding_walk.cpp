@@ -1,0 +1,115 @@
+#include "markers/encoding_walk.h"
+
+#include <algorithm>
+
+#include "markers/dom_helpers.h"
+
+namespace ventrix {
+namespace {
+
+/// The element's scoped attributes: for each attribute in document order, the groups that name it.
+ScopedEntries CollectScopedEntries(xml::Node element, const std::list<std::string>& scopedAttributes) {
+    struct Target {
+        const std::string &attribute, &targetElement, &targetAttribute;
+    };
+    std::vector<Target> targets;
+    const std::string_view name = NodeName(element);
+    for (auto field = scopedAttributes.begin(); field != scopedAttributes.end();) {
+        const std::string& sourceElement = *field++;
+        const std::string& attribute = *field++;
+        const std::string& targetElement = *field++;
+        const std::string& targetAttribute = *field++;
+        if (sourceElement == name)
+            targets.push_back({attribute, targetElement, targetAttribute});
+    }
+    ScopedEntries entries;
+    if (targets.empty())
+        return entries;
+    const auto attributes = element.get_attributes();
+    for (std::size_t i = 0; i < attributes.get_length(); ++i) {
+        const xml::Node attribute = attributes.get_item(i);
+        for (const Target& target : targets)
+            if (target.attribute == NodeName(attribute))
+                entries.insert(entries.end(),
+                               {target.targetElement, target.targetAttribute, NodeText(attribute)});
+    }
+    return entries;
+}
+
+/// True if the element stands in running text.
+bool StandsInText(xml::Node element, const PublishParams& record, EncodingMemo& memo) {
+    if (IsFilledTextNode(element.get_previousSibling()) || IsFilledTextNode(element.get_nextSibling()))
+        return true;
+    if (!memo.textFollows)
+        memo.textFollows = FollowedByFilledText(element, record.elements);
+    return *memo.textFollows;
+}
+
+}  // namespace
+
+void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& memo) {
+    AttributeEntries entries =
+        CollectInheritedAttributes(textNode, {record.attributes.begin(), record.attributes.end()});
+    AddPathEntries(textNode.get_parentNode(), entries, record, memo.stamps);
+    if (entries.empty())
+        return;
+    std::string text = NodeText(textNode);
+    PrependAttributeGroup(text, entries);
+    textNode.put_text(text);
+}
+
+AttributeEntries CollectInheritedAttributes(xml::Node textNode, std::vector<std::string_view> wanted) {
+    AttributeEntries entries;
+    entries.reserve(3 * (wanted.size() + 2));  // The path entries, which follow, included.
+    std::string buffer;
+    for (xml::Node node = textNode.get_parentNode(); IsElement(node) && !wanted.empty();
+         node = node.get_parentNode()) {
+        const auto attributes = node.get_attributes();
+        for (std::size_t i = 0; i < attributes.get_length(); ++i) {
+            const xml::Node attribute = attributes.get_item(i);
+            const std::string_view name = NodeName(attribute);
+            if (std::erase(wanted, name) == 0)
+                continue;
+            entries.emplace_back(name);
+            entries.emplace_back(attribute.get_text(buffer));
+            entries.emplace_back();
+        }
+    }
+    return entries;
+}
+
+void EncodeScopedAttributes(xml::Node element, const std::list<std::string>& scopedAttributes) {
+    const ScopedEntries entries = CollectScopedEntries(element, scopedAttributes);
+    if (entries.empty())
+        return;
+    if (xml::Node textNode = FirstFilledTextNode(element))
+        textNode.put_text(ComposeScopedGroups(entries) + NodeText(textNode));
+}
+
+xml::Node EncodeInlineElement(xml::Document& document, xml::Node element, const PublishParams& record,
+                              EncodingMemo& memo) {
+    xml::Node parent = element.get_parentNode();
+    if (!IsElement(parent))
+        return {};
+    const xml::Node next = element.get_nextSibling();
+    if (StandsInText(element, record, memo)) {
+        parent.insertBefore(NewTextNode(document, WrapElementGroup(NodeXml(element))), element);
+        parent.removeChild(element);
+    }
+    return next;
+}
+
+bool FollowedByFilledText(xml::Node node, const std::list<std::string>& elements) {
+    if (elements.empty())
+        return false;
+    for (node = node.get_nextSibling(); node; node = node.get_nextSibling()) {
+        if (IsFilledTextNode(node))
+            return true;
+        const bool passedOver = IsTextNode(node) || (IsElement(node) && IsListedElement(node, elements));
+        if (!passedOver)
+            return false;
+    }
+    return false;
+}
+
+}  // namespace ventrix

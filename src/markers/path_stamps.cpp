@@ -1,0 +1,116 @@
+#include "markers/path_stamps.h"
+
+#include <algorithm>
+
+#include "kit/file_path.h"
+#include "markers/dom_helpers.h"
+
+namespace ventrix {
+namespace {
+
+constexpr char xpathName[] = "data-qlxpath";
+
+/// From the root down to the element; empty for a node that is no element.
+void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
+    chain.clear();
+    for (; IsElement(element); element = element.get_parentNode())
+        chain.push_back(element);
+    std::ranges::reverse(chain);
+}
+
+/// How many child elements up to the child, itself included, have its name. Questions that come in document
+/// order look at each child once; an earlier child has its level counted from the start again.
+std::size_t CountUpTo(StampMemo::Level& level, xml::Node child) {
+    while (level.lastCounted != child) {
+        level.lastCounted =
+            level.lastCounted ? level.lastCounted.get_nextSibling() : level.element.get_firstChild();
+        if (!level.lastCounted)
+            level.counts.clear();
+        else if (IsElement(level.lastCounted))
+            ++level.counts[NodeName(level.lastCounted)];
+    }
+    return level.counts[NodeName(child)];
+}
+
+void StampFirstText(xml::Node element, const AttributeEntries& entries) {
+    xml::Node textNode = FirstFilledTextNode(element);
+    if (!textNode)
+        return;
+    std::string text = NodeText(textNode);
+    PrependAttributeGroup(text, entries);
+    textNode.put_text(text);
+}
+
+/// Puts the element under the memo's last level.
+void EnterLevel(StampMemo& memo, xml::Node element) {
+    const std::size_t position = memo.levels.empty() ? 1 : CountUpTo(memo.levels.back(), element);
+    memo.path.append("/").append(NodeName(element));
+    if (position > 1)
+        memo.path.append("[").append(std::to_string(position)).append("]");
+    memo.levels.push_back({element, memo.path.size(), {}, {}});
+}
+
+void LeaveLevels(StampMemo& memo, std::size_t kept) {
+    memo.levels.resize(kept);
+    memo.path.resize(kept == 0 ? 0 : memo.levels.back().pathLength);
+}
+
+}  // namespace
+
+void AddPathEntries(xml::Node parent, AttributeEntries& entries, PublishParams& record, StampMemo& memo) {
+    if (record.addXpath)
+        AddXPathEntry(parent, entries, record.xpathAttr, memo);
+    const std::string_view name = NodeName(parent);
+    const auto wanted = std::ranges::find(record.addSourcePath, name);
+    if (wanted != record.addSourcePath.end()) {
+        AddSourcePathEntry(entries, record, memo);
+        record.addSourcePath.erase(wanted);
+    } else if (name == "title") {
+        AddSourcePathEntry(entries, record, memo);
+    }
+}
+
+const std::string& BuildXPath(xml::Node element, StampMemo& memo) {
+    if (!memo.levels.empty() && memo.levels.back().element == element)
+        return memo.path;
+    CollectChain(element, memo.chain);
+    const std::vector<xml::Node>& chain = memo.chain;
+    std::size_t known = 0;
+    while (known < chain.size() && known < memo.levels.size() && memo.levels[known].element == chain[known])
+        ++known;
+    LeaveLevels(memo, known);
+    for (; known < chain.size(); ++known)
+        EnterLevel(memo, chain[known]);
+    return memo.path;
+}
+
+void AddXPathEntry(xml::Node element, AttributeEntries& entries, const std::string& xpathAttr,
+                   StampMemo& memo) {
+    const std::string& path = BuildXPath(element, memo);
+    if (!path.empty())
+        entries.insert(entries.end(), {xpathName, path, xpathAttr});
+}
+
+void AddSourcePathEntry(AttributeEntries& entries, const PublishParams& record, StampMemo& memo) {
+    if (!memo.sourcePath)
+        memo.sourcePath = RelativeTo(record.currentFile, record.packageBase);
+    if (!memo.sourcePath->empty())
+        entries.insert(entries.end(), {"data-qlsource", *memo.sourcePath, record.sourcePathAttr});
+}
+
+void StampPreservedXPaths(xml::Document& document, const std::list<std::string>& queries,
+                          const std::string& attribute) {
+    document.setProperty("SelectionLanguage", "XPath");
+    for (const std::string& query : queries) {
+        const auto selected = document.selectNodes(query);
+        if (!selected)
+            continue;
+        for (std::size_t i = 0; i < selected->get_length(); ++i) {
+            const xml::Node node = selected->get_item(i);
+            if (IsElement(node))
+                StampFirstText(node, {xpathName, query, attribute});
+        }
+    }
+}
+
+}  // namespace ventrix

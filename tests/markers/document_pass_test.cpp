@@ -1,0 +1,141 @@
+#include "markers/document_pass.h"
+
+#include <chrono>
+
+#include "pass_helpers.h"
+
+namespace ventrix {
+namespace {
+
+const char richDocument[] =
+    "<?xml version='1.0' encoding=\"utf-8\" standalone=\"no\"?>\r\n<!DOCTYPE topic [<!ENTITY e \"x<b/>\">\n"
+    "<!ATTLIST p kind CDATA 'note'>]>\n<!-- c --><topic  a = "
+    "'v'\n\tb=\"&#228;&lt;\"><p></p><p/>&e;&#160;<![CDATA[<>]]>"
+    "<?pi x?>\r\n ä \xF0\x9F\x9A\xB0 &amp;&gt;></topic >\n<!-- end -->\n";
+
+TEST(DocumentPass, LeavesAFileWithNothingToDoAsItIs) {
+    PublishParams record;
+    record.attributes = {"audience"};
+    record.elements = {"uicontrol"};
+    record.preserveXPathList = {"//q"};
+    EXPECT_EQ(Encoded(richDocument, record), richDocument);
+    EXPECT_EQ(Decoded(richDocument, record), richDocument);
+}
+
+TEST(DocumentPass, KeepsAFileThatDoesNotLoad) {
+    const char* const inputs[] = {"", "no XML", "<a><b></a>", "<a/><b/>", "<a>&#0;</a>", "<!-- no root -->"};
+    for (const char* input : inputs) {
+        for (const bool decode : {false, true}) {
+            const TempTree tree;
+            tree.Put("f.xml", input);
+            PublishParams record;
+            std::string errorText;
+            EXPECT_FALSE(ProcessXmlFile(tree.System("f.xml"), decode, record, errorText)) << input;
+            EXPECT_FALSE(errorText.empty()) << input;
+            EXPECT_EQ(tree.Get("f.xml"), input);
+        }
+    }
+    const TempTree tree;
+    PublishParams record;
+    std::string errorText;
+    EXPECT_FALSE(ProcessXmlFile(tree.System("missing.xml"), true, record, errorText));
+    EXPECT_FALSE(errorText.empty());
+    EXPECT_EQ(tree.Count(), 0);
+}
+
+TEST(DocumentPass, NamesTheUndefinedEntityWhereNoDtdIsKnown) {
+    for (const char* input : {"<a>&nbsp;</a>", "<!DOCTYPE a SYSTEM 'gone.dtd'><a t='&nbsp;'/>"}) {
+        const TempTree tree;
+        tree.Put("f.html", input);
+        PublishParams record;
+        std::string errorText;
+        EXPECT_FALSE(ProcessXmlFile(tree.System("f.html"), true, record, errorText));
+        EXPECT_NE(errorText.find("undefined entity"), std::string::npos) << errorText;
+        EXPECT_EQ(tree.Get("f.html"), input);
+    }
+}
+
+TEST(DocumentPass, KeepsTheRecordWhole) {
+    PublishParams record;
+    record.attributes = {"t"};
+    record.addSourcePath = {"p"};
+    Pass("<a t='1'><p>x</p></a>", false, record);
+    EXPECT_EQ(record.attributes, std::list<std::string>{"t"});
+    EXPECT_EQ(record.addSourcePath, std::list<std::string>{"p"});
+    EXPECT_TRUE(record.currentFile.ends_with("\\docs\\guide.xml"));
+}
+
+TEST(DocumentPass, DecodesEveryPrefixOfARichText) {
+    const std::string text =
+        "QL_STARTtQL_EQ1QL_TARGETQL_SEPuQL_EQ2QL_TARGETnQL_SEPQL_ENDQL_SA_SpQL_SEPidQL_SEPkQL_SA_ETexT "
+        "QL_ELEM_S&amp;lt;i&amp;gt;yQL_ELEM_S&amp;lt;j/&amp;gt;QL_ELEM_Ez&amp;lt;/i&amp;gt;QL_ELEM_E end"
+        "QL_ELEM_S&amp;lt;k/&amp;gt;QL_ELEM_E.";
+    for (std::size_t length = 0; length <= text.size(); ++length) {
+        std::string prefix = text.substr(0, length);
+        // An entity reference of the file itself is not to be cut.
+        if (const auto amp = prefix.rfind('&');
+            amp != std::string::npos && prefix.find(';', amp) == std::string::npos)
+            continue;
+        const std::string published = Decoded("<p>" + prefix + "</p>");
+        const std::string content = published.substr(published.find('>'));
+        for (const char* word : {"QL_START", "QL_END", "QL_EQ", "QL_TARGET", "QL_SEP", "QL_SA_S", "QL_SA_E",
+                                 "QL_ELEM_S", "QL_ELEM_E"})
+            EXPECT_EQ(content.find(word), std::string::npos) << published;
+    }
+}
+
+std::string Repeated(const std::string& text, std::size_t count) {
+    std::string result;
+    result.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i)
+        result += text;
+    return result;
+}
+
+TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
+    PublishParams record;
+    record.attributes = {"t"};
+    record.elements = {"i"};
+    record.scopedAttributes = {"s", "t", "p", "id"};
+    record.addXpath = true;
+    constexpr std::size_t count = 100000;
+    const struct {
+        const char* name;
+        std::string input;
+        bool decode;
+    } rows[] = {
+        {"siblings with an index", "<a>" + Repeated("<p t='1'>x</p>", count) + "</a>", false},
+        {"two names in turn", "<a>" + Repeated("<p>x</p><q>y</q>", count / 2) + "</a>", false},
+        {"listed elements without text behind", "<a>" + Repeated("<i/> ", count) + "</a>", false},
+        {"listed elements with text behind", "<a>" + Repeated("<i/> ", count) + "x</a>", false},
+        {"texts between elements", "<a t='1'>" + Repeated("x<i/>", count) + "</a>", false},
+        {"empty elements in front of the text", "<s t='1'>" + Repeated("<b/>", count) + "x</s>", false},
+        {"marked texts in one element", "<p>" + Repeated(Group("t", "1") + "x<b/>", count) + "</p>", true},
+        {"element groups in one text",
+         "<p>" + Repeated("QL_ELEM_S&amp;lt;i/&amp;gt;QL_ELEM_E ", count) + "</p>", true},
+    };
+    for (const auto& row : rows) {
+        const auto start = std::chrono::steady_clock::now();
+        Pass(row.input, row.decode, record);
+        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+        // With checks on, a second or two; a walk that looks at the siblings anew takes minutes.
+        EXPECT_LT(seconds.count(), 20) << row.name;
+    }
+}
+
+TEST(DocumentPass, EndsOnDeepDocuments) {
+    constexpr std::size_t depth = 200000;
+    const TempTree tree;
+    tree.Put("f.xml", Repeated("<s t='1'>", depth) + "x" + Repeated("</s>", depth));
+    PublishParams record;
+    record.attributes = {"t"};
+    record.addXpath = true;
+    for (const bool decode : {false, true}) {
+        std::string errorText;
+        const bool loaded = ProcessXmlFile(tree.System("f.xml"), decode, record, errorText);
+        EXPECT_NE(loaded, !errorText.empty());
+    }
+}
+
+}  // namespace
+}  // namespace ventrix

@@ -1,0 +1,32 @@
+// Text in, text out: runs a pass of one direction over a file of its own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "markers/document_pass.h"
+#include "platform/temp_tree.h"
+
+inline std::string Pass(const std::string& xml, bool decode, ventrix::PublishParams& record) {
+    const TempTree tree;
+    tree.Put("docs/guide.xml", xml);
+    record.packageBase = tree.System("map.xml");
+    std::string errorText;
+    EXPECT_TRUE(ventrix::ProcessXmlFile(tree.System("docs/guide.xml"), decode, record, errorText))
+        << errorText;
+    return tree.Get("docs/guide.xml");
+}
+
+inline std::string Encoded(const std::string& xml, ventrix::PublishParams record) {
+    return Pass(xml, false, record);
+}
+
+inline std::string Decoded(const std::string& xml, ventrix::PublishParams record = {}) {
+    return Pass(xml, true, record);
+}
+
+/// An attribute group that holds one entry.
+inline std::string Group(const std::string& name, const std::string& value, const std::string& target = "") {
+    return "QL_START" + name + "QL_EQ" + value + "QL_TARGET" + target + "QL_SEPQL_END";
+}
