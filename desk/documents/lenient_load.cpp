@@ -119,14 +119,12 @@ LenientDocument LoadLeniently(const std::string& nativePath, LoadFor purpose) {
         return result;
     }
     result.identity = {status.st_dev, status.st_ino};
-    if (purpose == LoadFor::stylesheet) {
-        Parse(file, nativePath, XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR | XML_PARSE_NOENT | XML_PARSE_NOCDATA,
-              result);
-        return result;
-    }
-    Parse(file, nativePath, 0, result);
-    if (!result.undeclaredEntities.empty() && NamesExternalDtd(result.document.get())) {
-        Parse(file, nativePath, XML_PARSE_DTDLOAD, result);
+    const int expansion = purpose == LoadFor::listing ? 0 : XML_PARSE_NOENT | XML_PARSE_NOCDATA;
+    const int dtd = XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR;
+    Parse(file, nativePath, purpose == LoadFor::stylesheet ? expansion | dtd : expansion, result);
+    if (purpose != LoadFor::stylesheet && !result.undeclaredEntities.empty() &&
+        NamesExternalDtd(result.document.get())) {
+        Parse(file, nativePath, expansion | XML_PARSE_DTDLOAD, result);
     }
     return result;
 }

@@ -23,6 +23,7 @@ struct LenientDocument {
 enum class LoadFor {
     listing,     ///< Entities stay references; the DTD is read only if the document uses an entity that it
                  ///< lacks.
+    dita,        ///< Entities are expanded; the DTD is read only if needed, as it is large.
     stylesheet,  ///< Entities are expanded, CDATA sections are text, and the DTD's default attributes are
                  ///< there.
 };

@@ -1,0 +1,633 @@
+<?xml version="1.0" encoding="UTF-8"?>
+<!-- Turns one DITA document into one XHTML page: a topic, a document of several topics, or the table of contents of a
+     map (element "contents"). Elements are matched by their class, so that specialised ones come out as their base.
+     Each source element becomes one element of the page where it can, with its types as the class names, and all text
+     is copied as it is. Conditions, content references, keys and link targets are resolved before. -->
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+  <xsl:output method="xml" encoding="UTF-8" doctype-public="-//W3C//DTD XHTML 1.0 Transitional//EN"
+              doctype-system="http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd"/>
+
+  <!-- The map's language, for topics that have none. -->
+  <xsl:param name="language"/>
+
+  <xsl:variable name="page-language">
+    <xsl:choose>
+      <xsl:when test="/*/@xml:lang"><xsl:value-of select="/*/@xml:lang"/></xsl:when>
+      <xsl:when test="/*/@language != ''"><xsl:value-of select="/*/@language"/></xsl:when>
+      <xsl:when test="$language != ''"><xsl:value-of select="$language"/></xsl:when>
+      <xsl:otherwise>en</xsl:otherwise>
+    </xsl:choose>
+  </xsl:variable>
+
+  <!-- ===== Pages ===== -->
+
+  <xsl:template match="/">
+    <html lang="{$page-language}" xml:lang="{$page-language}">
+      <head>
+        <meta http-equiv="Content-Type" content="text/html; charset=UTF-8"/>
+        <meta name="viewport" content="width=device-width, initial-scale=1"/>
+        <title><xsl:apply-templates select="*" mode="page-title"/></title>
+        <xsl:call-template name="style"/>
+      </head>
+      <body>
+        <xsl:apply-templates select="*" mode="page"/>
+      </body>
+    </html>
+  </xsl:template>
+
+  <xsl:template match="contents" mode="page-title"><xsl:value-of select="@title"/></xsl:template>
+  <xsl:template match="*" mode="page-title">
+    <xsl:value-of select="descendant-or-self::*[contains(@class, ' topic/topic ')][1]/*[contains(@class, ' topic/title ')]"/>
+  </xsl:template>
+
+  <xsl:template match="contents" mode="page">
+    <h1 class="title"><xsl:value-of select="@title"/></h1>
+    <ul class="contents"><xsl:apply-templates select="item"/></ul>
+  </xsl:template>
+
+  <xsl:template match="item">
+    <li>
+      <xsl:choose>
+        <xsl:when test="@href"><a href="{@href}"><xsl:value-of select="@title"/></a></xsl:when>
+        <xsl:otherwise><span class="heading"><xsl:value-of select="@title"/></span></xsl:otherwise>
+      </xsl:choose>
+      <xsl:if test="item"><ul><xsl:apply-templates select="item"/></ul></xsl:if>
+    </li>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
+  <xsl:template match="*" mode="page"><xsl:apply-templates select="."/></xsl:template>
+  <xsl:template match="dita" mode="page"><xsl:apply-templates select="*"/></xsl:template>
+
+  <!-- ===== What every element carries over ===== -->
+
+  <!-- Class names: the types from the base to the element itself, then its outputclass. -->
+  <xsl:template name="common">
+    <xsl:param name="before"/>
+    <xsl:param name="after"/>
+    <xsl:variable name="types">
+      <xsl:if test="$before != ''"><xsl:value-of select="concat($before, ' ')"/></xsl:if>
+      <xsl:call-template name="type-names"><xsl:with-param name="class" select="@class"/></xsl:call-template>
+      <xsl:value-of select="concat(' ', $after, ' ', @outputclass)"/>
+    </xsl:variable>
+    <xsl:attribute name="class"><xsl:value-of select="normalize-space($types)"/></xsl:attribute>
+    <xsl:if test="@id">
+      <xsl:attribute name="id"><xsl:call-template name="anchor"/></xsl:attribute>
+    </xsl:if>
+    <xsl:if test="@xml:lang">
+      <xsl:attribute name="lang"><xsl:value-of select="@xml:lang"/></xsl:attribute>
+      <xsl:attribute name="xml:lang"><xsl:value-of select="@xml:lang"/></xsl:attribute>
+    </xsl:if>
+    <xsl:if test="@dir"><xsl:attribute name="dir"><xsl:value-of select="@dir"/></xsl:attribute></xsl:if>
+  </xsl:template>
+
+  <xsl:template name="type-names">
+    <xsl:param name="class"/>
+    <xsl:variable name="rest" select="substring-after($class, '/')"/>
+    <xsl:if test="$rest != ''">
+      <xsl:value-of select="concat(substring-before(concat($rest, ' '), ' '), ' ')"/>
+      <xsl:call-template name="type-names">
+        <xsl:with-param name="class" select="substring-after($rest, ' ')"/>
+      </xsl:call-template>
+    </xsl:if>
+  </xsl:template>
+
+  <xsl:template name="anchor">
+    <xsl:if test="not(contains(@class, ' topic/topic '))">
+      <xsl:value-of select="concat(ancestor::*[contains(@class, ' topic/topic ')][1]/@id, '__')"/>
+    </xsl:if>
+    <xsl:value-of select="@id"/>
+  </xsl:template>
+
+  <!-- An element whose types nobody knows is a block with its content. -->
+  <xsl:template match="*">
+    <div><xsl:call-template name="common"/><xsl:apply-templates/></div>
+  </xsl:template>
+
+  <xsl:template name="block">
+    <xsl:param name="name" select="'div'"/>
+    <xsl:element name="{$name}"><xsl:call-template name="common"/><xsl:apply-templates/></xsl:element>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
+  <xsl:template name="inline">
+    <xsl:param name="name" select="'span'"/>
+    <xsl:element name="{$name}"><xsl:call-template name="common"/><xsl:apply-templates/></xsl:element>
+  </xsl:template>
+
+  <!-- ===== Topics ===== -->
+
+  <xsl:template match="*[contains(@class, ' topic/topic ')]">
+    <div>
+      <xsl:call-template name="common"/>
+      <xsl:apply-templates select="*[contains(@class, ' topic/title ')]"/>
+      <xsl:if test="not(*[contains(@class, ' topic/body ')])">
+        <xsl:apply-templates select="*[contains(@class, ' topic/shortdesc ') or contains(@class, ' topic/abstract ')]"/>
+      </xsl:if>
+      <xsl:apply-templates select="*[contains(@class, ' topic/body ')]"/>
+      <xsl:apply-templates select="*[contains(@class, ' topic/related-links ')]"/>
+      <xsl:call-template name="footnotes"/>
+      <xsl:apply-templates select="*[contains(@class, ' topic/topic ')]"/>
+    </div>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/topic ')]/*[contains(@class, ' topic/title ')]" priority="2">
+    <xsl:variable name="depth" select="count(ancestor::*[contains(@class, ' topic/topic ')])"/>
+    <xsl:variable name="level">
+      <xsl:choose><xsl:when test="$depth &gt; 6">6</xsl:when><xsl:otherwise><xsl:value-of select="$depth"/></xsl:otherwise></xsl:choose>
+    </xsl:variable>
+    <xsl:element name="h{$level}">
+      <xsl:call-template name="common"><xsl:with-param name="after" select="concat('topictitle', $depth)"/></xsl:call-template>
+      <xsl:apply-templates/>
+    </xsl:element>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/body ')]">
+    <div>
+      <xsl:call-template name="common"/>
+      <xsl:apply-templates select="../*[contains(@class, ' topic/shortdesc ') or contains(@class, ' topic/abstract ')]"/>
+      <xsl:apply-templates/>
+    </div>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/shortdesc ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'p'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/abstract ')]//*[contains(@class, ' topic/shortdesc ')]" priority="2">
+    <xsl:call-template name="block"/>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/prolog ') or contains(@class, ' topic/titlealts ') or
+                         contains(@class, ' topic/indexterm ') or contains(@class, ' topic/index-base ') or
+                         contains(@class, ' topic/data ') or contains(@class, ' topic/data-about ') or
+                         contains(@class, ' topic/draft-comment ') or contains(@class, ' topic/required-cleanup ') or
+                         contains(@class, ' topic/no-topic-nesting ') or contains(@class, ' topic/unknown ') or
+                         contains(@class, ' topic/alt ') or contains(@class, ' topic/longdescref ') or
+                         contains(@class, ' topic/param ') or contains(@class, ' topic/colspec ')]" priority="3"/>
+  <xsl:template match="*[contains(@class, ' topic/foreign ')]"><xsl:copy-of select="node()"/></xsl:template>
+
+  <!-- ===== Blocks ===== -->
+
+  <!-- XHTML allows no block in a p. -->
+  <xsl:template match="*[contains(@class, ' topic/p ')]">
+    <xsl:call-template name="block">
+      <xsl:with-param name="name">
+        <xsl:choose>
+          <xsl:when test="descendant::*[contains(@class, ' topic/pre ') or contains(@class, ' topic/ul ') or
+                          contains(@class, ' topic/sl ') or contains(@class, ' topic/ol ') or contains(@class, ' topic/lq ') or
+                          contains(@class, ' topic/dl ') or contains(@class, ' topic/note ') or
+                          contains(@class, ' topic/lines ') or contains(@class, ' topic/fig ') or
+                          contains(@class, ' topic/table ') or contains(@class, ' topic/simpletable ')]">div</xsl:when>
+          <xsl:otherwise>p</xsl:otherwise>
+        </xsl:choose>
+      </xsl:with-param>
+    </xsl:call-template>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/section ') or contains(@class, ' topic/example ') or
+                         contains(@class, ' topic/bodydiv ') or contains(@class, ' topic/sectiondiv ') or
+                         contains(@class, ' topic/figgroup ')]">
+    <xsl:call-template name="block"/>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/section ') or contains(@class, ' topic/example ')]/*[contains(@class, ' topic/title ')]">
+    <xsl:variable name="level" select="1 + count(ancestor::*[contains(@class, ' topic/topic ')])"/>
+    <xsl:element name="h{$level * ($level &lt; 7) + 6 * ($level &gt; 6)}">
+      <xsl:call-template name="common"><xsl:with-param name="after" select="'sectiontitle'"/></xsl:call-template>
+      <xsl:apply-templates/>
+    </xsl:element>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/note ')]">
+    <xsl:variable name="type">
+      <xsl:choose>
+        <xsl:when test="@type = 'other' and @othertype"><xsl:value-of select="@othertype"/></xsl:when>
+        <xsl:when test="@type and @type != 'other'"><xsl:value-of select="@type"/></xsl:when>
+        <xsl:otherwise>note</xsl:otherwise>
+      </xsl:choose>
+    </xsl:variable>
+    <div>
+      <xsl:call-template name="common">
+        <xsl:with-param name="after"><xsl:if test="$type != 'note'"><xsl:value-of select="$type"/></xsl:if></xsl:with-param>
+      </xsl:call-template>
+      <span class="notetitle">
+        <xsl:call-template name="word"><xsl:with-param name="key" select="$type"/></xsl:call-template>
+        <xsl:text>:</xsl:text>
+      </span>
+      <xsl:text> </xsl:text>
+      <xsl:apply-templates/>
+    </div>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/pre ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'pre'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/lines ')]"><xsl:call-template name="block"/></xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/lq ')]">
+    <blockquote>
+      <xsl:call-template name="common"/>
+      <xsl:apply-templates/>
+      <xsl:if test="@reftitle"><div class="source"><cite><xsl:value-of select="@reftitle"/></cite></div></xsl:if>
+    </blockquote>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
+  <!-- ===== Lists ===== -->
+
+  <xsl:template match="*[contains(@class, ' topic/ul ') or contains(@class, ' topic/sl ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'ul'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/ol ')]">
+    <ol>
+      <xsl:call-template name="common"/>
+      <xsl:if test="count(ancestor::*[contains(@class, ' topic/ol ')]) mod 2 = 1">
+        <xsl:attribute name="type">a</xsl:attribute>
+      </xsl:if>
+      <xsl:apply-templates/>
+    </ol>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/li ') or contains(@class, ' topic/sli ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'li'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' task/stepsection ')]" priority="2">
+    <li>
+      <xsl:call-template name="common"/>
+      <xsl:apply-templates/>
+    </li>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+  <!-- The one step of a task needs no number. -->
+  <xsl:template match="*[contains(@class, ' task/steps ') or contains(@class, ' task/steps-unordered ')]
+                       [count(*[contains(@class, ' task/step ')]) = 1]" priority="2">
+    <div>
+      <xsl:call-template name="common"/>
+      <xsl:for-each select="*[contains(@class, ' task/step ') or contains(@class, ' task/stepsection ')]">
+        <xsl:call-template name="block"/>
+      </xsl:for-each>
+    </div>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/itemgroup ')]"><xsl:call-template name="block"/></xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/dl ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'dl'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/dlentry ') or contains(@class, ' topic/dlhead ')]"><xsl:apply-templates/></xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/dt ') or contains(@class, ' topic/dthd ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'dt'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/dd ') or contains(@class, ' topic/ddhd ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'dd'"/></xsl:call-template>
+  </xsl:template>
+
+  <!-- ===== Figures and images ===== -->
+
+  <xsl:template match="*[contains(@class, ' topic/fig ')]"><xsl:call-template name="block"/></xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/fig ')]/*[contains(@class, ' topic/title ')]">
+    <span class="title figcap">
+      <span class="number">
+        <xsl:call-template name="word"><xsl:with-param name="key" select="'figure'"/></xsl:call-template>
+        <xsl:text> </xsl:text>
+        <xsl:value-of select="1 + count(../preceding::*[contains(@class, ' topic/fig ')][*[contains(@class, ' topic/title ')]])"/>
+        <xsl:text>. </xsl:text>
+      </span>
+      <span><xsl:apply-templates/></span>
+    </span>
+  </xsl:template>
+
+  <!-- A figure in a sentence would break it, an image placed as a block stands alone. -->
+  <xsl:template match="*[contains(@class, ' topic/image ')]">
+    <xsl:choose>
+      <xsl:when test="@placement = 'break'"><div class="imageblock"><xsl:call-template name="image"/></div></xsl:when>
+      <xsl:otherwise><xsl:call-template name="image"/></xsl:otherwise>
+    </xsl:choose>
+  </xsl:template>
+  <xsl:template name="image">
+    <img src="{@href}">
+      <xsl:attribute name="alt">
+        <xsl:call-template name="attribute-text">
+          <xsl:with-param name="text">
+            <xsl:choose>
+              <xsl:when test="*[contains(@class, ' topic/alt ')]"><xsl:value-of select="*[contains(@class, ' topic/alt ')]"/></xsl:when>
+              <xsl:otherwise><xsl:value-of select="@alt"/></xsl:otherwise>
+            </xsl:choose>
+          </xsl:with-param>
+        </xsl:call-template>
+      </xsl:attribute>
+      <xsl:call-template name="common"/>
+      <xsl:if test="@width"><xsl:attribute name="width"><xsl:value-of select="@width"/></xsl:attribute></xsl:if>
+      <xsl:if test="@height"><xsl:attribute name="height"><xsl:value-of select="@height"/></xsl:attribute></xsl:if>
+    </img>
+  </xsl:template>
+
+  <!-- An attribute cannot hold marker text, and nothing would take it out again there. -->
+  <xsl:template name="attribute-text">
+    <xsl:param name="text"/>
+    <xsl:choose>
+      <xsl:when test="contains($text, 'QL_START') and contains(substring-after($text, 'QL_START'), 'QL_END')">
+        <xsl:value-of select="substring-before($text, 'QL_START')"/>
+        <xsl:call-template name="attribute-text">
+          <xsl:with-param name="text" select="substring-after(substring-after($text, 'QL_START'), 'QL_END')"/>
+        </xsl:call-template>
+      </xsl:when>
+      <xsl:when test="contains($text, 'QL_SA_S') and contains(substring-after($text, 'QL_SA_S'), 'QL_SA_E')">
+        <xsl:value-of select="substring-before($text, 'QL_SA_S')"/>
+        <xsl:call-template name="attribute-text">
+          <xsl:with-param name="text" select="substring-after(substring-after($text, 'QL_SA_S'), 'QL_SA_E')"/>
+        </xsl:call-template>
+      </xsl:when>
+      <xsl:otherwise><xsl:value-of select="$text"/></xsl:otherwise>
+    </xsl:choose>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/object ')]">
+    <object>
+      <xsl:call-template name="common"/>
+      <xsl:copy-of select="@data | @type | @width | @height"/>
+      <xsl:for-each select="*[contains(@class, ' topic/param ')]"><param name="{@name}" value="{@value}"/></xsl:for-each>
+      <xsl:apply-templates select="*[contains(@class, ' topic/desc ')]"/>
+    </object>
+  </xsl:template>
+
+  <!-- ===== Tables ===== -->
+
+  <xsl:template match="*[contains(@class, ' topic/table ')]">
+    <table>
+      <xsl:call-template name="common"/>
+      <xsl:if test="*[contains(@class, ' topic/title ') or contains(@class, ' topic/desc ')]">
+        <caption>
+          <xsl:if test="*[contains(@class, ' topic/title ')]">
+            <span class="number">
+              <xsl:call-template name="word"><xsl:with-param name="key" select="'table'"/></xsl:call-template>
+              <xsl:text> </xsl:text>
+              <xsl:value-of select="1 + count(preceding::*[contains(@class, ' topic/table ')][*[contains(@class, ' topic/title ')]])"/>
+              <xsl:text>. </xsl:text>
+            </span>
+            <span class="title tablecap"><xsl:apply-templates select="*[contains(@class, ' topic/title ')]/node()"/></span>
+          </xsl:if>
+          <xsl:apply-templates select="*[contains(@class, ' topic/desc ')]"/>
+        </caption>
+      </xsl:if>
+      <xsl:apply-templates select="*[contains(@class, ' topic/tgroup ')]/*[contains(@class, ' topic/thead ')]"/>
+      <xsl:apply-templates select="*[contains(@class, ' topic/tgroup ')]/*[contains(@class, ' topic/tbody ')]"/>
+    </table>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/thead ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'thead'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/tbody ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'tbody'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/row ') or contains(@class, ' topic/strow ') or
+                         contains(@class, ' topic/sthead ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'tr'"/></xsl:call-template>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/entry ')]">
+    <xsl:variable name="head" select="boolean(ancestor::*[contains(@class, ' topic/thead ')])"/>
+    <xsl:variable name="columns" select="ancestor::*[contains(@class, ' topic/tgroup ')][1]/*[contains(@class, ' topic/colspec ')]"/>
+    <xsl:variable name="first" select="count($columns[@colname = current()/@namest]/preceding-sibling::*[contains(@class, ' topic/colspec ')])"/>
+    <xsl:variable name="last" select="count($columns[@colname = current()/@nameend]/preceding-sibling::*[contains(@class, ' topic/colspec ')])"/>
+    <xsl:element name="{substring('tdth', 1 + 2 * $head, 2)}">
+      <xsl:call-template name="common"/>
+      <xsl:if test="@morerows &gt; 0"><xsl:attribute name="rowspan"><xsl:value-of select="@morerows + 1"/></xsl:attribute></xsl:if>
+      <xsl:if test="@namest and @nameend and $last &gt; $first">
+        <xsl:attribute name="colspan"><xsl:value-of select="$last - $first + 1"/></xsl:attribute>
+      </xsl:if>
+      <xsl:if test="@align"><xsl:attribute name="align"><xsl:value-of select="@align"/></xsl:attribute></xsl:if>
+      <xsl:if test="@valign"><xsl:attribute name="valign"><xsl:value-of select="@valign"/></xsl:attribute></xsl:if>
+      <xsl:apply-templates/>
+    </xsl:element>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/simpletable ')]">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'table'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/stentry ')]">
+    <xsl:variable name="key" select="../../@keycol = 1 + count(preceding-sibling::*)"/>
+    <xsl:variable name="head" select="contains(../@class, ' topic/sthead ') or $key"/>
+    <xsl:element name="{substring('tdth', 1 + 2 * $head, 2)}">
+      <xsl:call-template name="common"/>
+      <xsl:apply-templates/>
+    </xsl:element>
+  </xsl:template>
+
+  <!-- A row of properties may lack a cell that other rows have. -->
+  <xsl:template match="*[contains(@class, ' reference/property ') or contains(@class, ' reference/prophead ')]" priority="2">
+    <xsl:variable name="table" select=".."/>
+    <tr>
+      <xsl:call-template name="common"/>
+      <xsl:if test="$table/*/*[contains(@class, ' reference/proptype')]">
+        <xsl:call-template name="property-cell"><xsl:with-param name="cell" select="*[contains(@class, ' reference/proptype')]"/></xsl:call-template>
+      </xsl:if>
+      <xsl:if test="$table/*/*[contains(@class, ' reference/propvalue')]">
+        <xsl:call-template name="property-cell"><xsl:with-param name="cell" select="*[contains(@class, ' reference/propvalue')]"/></xsl:call-template>
+      </xsl:if>
+      <xsl:if test="$table/*/*[contains(@class, ' reference/propdesc')]">
+        <xsl:call-template name="property-cell"><xsl:with-param name="cell" select="*[contains(@class, ' reference/propdesc')]"/></xsl:call-template>
+      </xsl:if>
+    </tr>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+  <xsl:template name="property-cell">
+    <xsl:param name="cell"/>
+    <xsl:apply-templates select="$cell"/>
+    <xsl:if test="not($cell)"><td class="stentry"></td></xsl:if>
+  </xsl:template>
+
+  <!-- ===== Inline ===== -->
+
+  <xsl:template match="*[contains(@class, ' topic/ph ') or contains(@class, ' topic/keyword ') or
+                         contains(@class, ' topic/term ') or contains(@class, ' topic/text ') or
+                         contains(@class, ' topic/boolean ') or contains(@class, ' topic/state ') or
+                         contains(@class, ' topic/tm ')]">
+    <xsl:call-template name="inline"/>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' hi-d/b ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'strong'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' hi-d/i ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'em'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' hi-d/u ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'u'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' hi-d/tt ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'tt'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' hi-d/sup ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'sup'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' hi-d/sub ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'sub'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' pr-d/codeph ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'code'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' sw-d/userinput ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'kbd'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' sw-d/systemoutput ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'samp'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' pr-d/var ') or contains(@class, ' sw-d/varname ')]" priority="2">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'var'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/cite ')]">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'cite'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/q ')]">
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'q'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' ui-d/menucascade ')]" priority="2">
+    <span>
+      <xsl:call-template name="common"/>
+      <xsl:for-each select="*[contains(@class, ' ui-d/uicontrol ')]">
+        <xsl:if test="position() &gt; 1"><xsl:text> &gt; </xsl:text></xsl:if>
+        <xsl:apply-templates select="."/>
+      </xsl:for-each>
+      <!-- Where the controls stand as text, the text is all there is. -->
+      <xsl:if test="not(*)"><xsl:apply-templates/></xsl:if>
+    </span>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/fn ')]">
+    <xsl:variable name="number"><xsl:call-template name="footnote-number"/></xsl:variable>
+    <sup><a class="fnref" href="#fn{$number}" id="fnref{$number}"><xsl:value-of select="$number"/></a></sup>
+  </xsl:template>
+  <xsl:template name="footnote-number">
+    <xsl:value-of select="1 + count(preceding::*[contains(@class, ' topic/fn ')])"/>
+  </xsl:template>
+  <xsl:template name="footnotes">
+    <xsl:for-each select="*[contains(@class, ' topic/body ')]//*[contains(@class, ' topic/fn ')]">
+      <xsl:variable name="number"><xsl:call-template name="footnote-number"/></xsl:variable>
+      <div class="fn" id="fn{$number}">
+        <a href="#fnref{$number}"><sup><xsl:value-of select="$number"/></sup></a>
+        <xsl:text> </xsl:text>
+        <span><xsl:apply-templates/></span>
+      </div>
+    </xsl:for-each>
+  </xsl:template>
+
+  <!-- ===== Links ===== -->
+
+  <xsl:template match="*[contains(@class, ' topic/xref ')]">
+    <xsl:choose>
+      <xsl:when test="@href">
+        <a href="{@href}">
+          <xsl:call-template name="common"/>
+          <xsl:call-template name="link-content"/>
+        </a>
+      </xsl:when>
+      <xsl:otherwise><xsl:call-template name="inline"/></xsl:otherwise>
+    </xsl:choose>
+  </xsl:template>
+  <xsl:template name="link-content">
+    <xsl:variable name="content" select="node()[not(contains(@class, ' topic/desc '))]"/>
+    <xsl:choose>
+      <xsl:when test="$content[self::* or normalize-space() != '']"><xsl:apply-templates select="$content"/></xsl:when>
+      <xsl:when test="@page-title"><xsl:value-of select="@page-title"/></xsl:when>
+      <xsl:otherwise><xsl:value-of select="@href"/></xsl:otherwise>
+    </xsl:choose>
+  </xsl:template>
+
+  <xsl:template match="*[contains(@class, ' topic/related-links ')]">
+    <xsl:variable name="links" select=".//*[contains(@class, ' topic/link ')][@href]"/>
+    <xsl:if test="$links">
+      <div>
+        <xsl:call-template name="common"/>
+        <xsl:if test="$links[@role = 'child']">
+          <ul class="ullinks"><xsl:apply-templates select="$links[@role = 'child']"/></ul>
+        </xsl:if>
+        <xsl:for-each select="$links[@role = 'parent']">
+          <div class="parentlink">
+            <strong>
+              <xsl:call-template name="word"><xsl:with-param name="key" select="'parent'"/></xsl:call-template>
+              <xsl:text>:</xsl:text>
+            </strong>
+            <xsl:text> </xsl:text>
+            <xsl:call-template name="link"/>
+          </div>
+        </xsl:for-each>
+        <xsl:if test="$links[not(@role = 'child' or @role = 'parent')]">
+          <div class="linklist">
+            <strong><xsl:call-template name="word"><xsl:with-param name="key" select="'related'"/></xsl:call-template></strong>
+            <ul class="ullinks"><xsl:apply-templates select="$links[not(@role = 'child' or @role = 'parent')]"/></ul>
+          </div>
+        </xsl:if>
+      </div>
+    </xsl:if>
+  </xsl:template>
+  <xsl:template match="*[contains(@class, ' topic/link ')]">
+    <li class="link">
+      <xsl:call-template name="link"/>
+      <xsl:if test="*[contains(@class, ' topic/desc ')]">
+        <div class="desc"><xsl:apply-templates select="*[contains(@class, ' topic/desc ')]/node()"/></div>
+      </xsl:if>
+    </li>
+  </xsl:template>
+  <xsl:template name="link">
+    <a class="link" href="{@href}">
+      <xsl:choose>
+        <xsl:when test="*[contains(@class, ' topic/linktext ')]">
+          <xsl:apply-templates select="*[contains(@class, ' topic/linktext ')]/node()"/>
+        </xsl:when>
+        <xsl:when test="@page-title"><xsl:value-of select="@page-title"/></xsl:when>
+        <xsl:otherwise><xsl:value-of select="@href"/></xsl:otherwise>
+      </xsl:choose>
+    </a>
+  </xsl:template>
+
+  <!-- ===== Words and looks ===== -->
+
+  <xsl:template name="word">
+    <xsl:param name="key"/>
+    <xsl:variable name="word" select="document('')/*/w:words[@lang = substring($page-language, 1, 2)]/w:w[@key = $key]"
+                  xmlns:w="urn:ventrix:words"/>
+    <xsl:variable name="english" select="document('')/*/w:words[@lang = 'en']/w:w[@key = $key]" xmlns:w="urn:ventrix:words"/>
+    <xsl:choose>
+      <xsl:when test="$word"><xsl:value-of select="$word"/></xsl:when>
+      <xsl:when test="$english"><xsl:value-of select="$english"/></xsl:when>
+      <xsl:otherwise><xsl:value-of select="$key"/></xsl:otherwise>
+    </xsl:choose>
+  </xsl:template>
+
+  <words xmlns="urn:ventrix:words" lang="en">
+    <w key="figure">Figure</w><w key="table">Table</w><w key="parent">Parent topic</w><w key="related">Related information</w>
+    <w key="note">Note</w><w key="tip">Tip</w><w key="fastpath">Fastpath</w><w key="important">Important</w>
+    <w key="remember">Remember</w><w key="restriction">Restriction</w><w key="attention">Attention</w>
+    <w key="caution">Caution</w><w key="danger">Danger</w><w key="warning">Warning</w><w key="notice">Notice</w>
+    <w key="trouble">Trouble</w>
+  </words>
+  <words xmlns="urn:ventrix:words" lang="de">
+    <w key="figure">Abbildung</w><w key="table">Tabelle</w><w key="parent">Übergeordnetes Thema</w>
+    <w key="related">Zugehörige Informationen</w>
+    <w key="note">Anmerkung</w><w key="tip">Tipp</w><w key="fastpath">Direktaufruf</w><w key="important">Wichtig</w>
+    <w key="remember">Hinweis</w><w key="restriction">Einschränkung</w><w key="attention">Achtung</w>
+    <w key="caution">Vorsicht</w><w key="danger">Gefahr</w><w key="warning">Warnung</w><w key="notice">Hinweis</w>
+    <w key="trouble">Fehlerbehebung</w>
+  </words>
+
+  <xsl:template name="style">
+    <style type="text/css">
+body { max-width: 48em; margin: 2em auto; padding: 0 1.5em; font: 16px/1.55 system-ui, "Segoe UI", Roboto, "Noto Sans", sans-serif; color: #1d2733; }
+h1, h2, h3, h4 { line-height: 1.25; margin: 1.6em 0 0.5em; } h1 { margin-top: 0; font-size: 1.9em; } h2 { font-size: 1.3em; }
+a { color: #0b5fa5; } p, ul, ol, dl, pre, table, .fig, .note { margin: 0.8em 0; } li { margin: 0.3em 0; }
+.shortdesc { font-size: 1.1em; color: #4a5866; }
+.note { border-left: 4px solid #4a90c2; background: #eef5fa; padding: 0.5em 1em; }
+.warning, .caution, .danger { border-color: #c0392b; background: #fdf0ee; } .tip { border-color: #3a9a5b; background: #eef8f1; }
+.notetitle { font-weight: bold; } .note > .notetitle + p { margin-top: 0.2em; }
+pre, code, tt, kbd, samp, .filepath, .cmdname { font-family: ui-monospace, "DejaVu Sans Mono", Consolas, monospace; font-size: 0.92em; }
+pre { background: #f4f5f7; border: 1px solid #dde1e6; border-radius: 4px; padding: 0.8em 1em; overflow-x: auto; }
+.lines { white-space: pre-line; } .uicontrol, .wintitle { font-weight: 600; } dt { font-weight: 600; margin-top: 0.5em; } dd { margin-left: 1.5em; }
+table { border-collapse: collapse; width: 100%; } th, td { border: 1px solid #cfd6dd; padding: 0.4em 0.7em; text-align: left; vertical-align: top; }
+th { background: #f0f3f6; } caption, .figcap { display: block; font-weight: 600; text-align: left; margin: 0.4em 0; } caption { display: table-caption; }
+img { max-width: 100%; } .imageblock { margin: 0.8em 0; } .related-links { border-top: 1px solid #dde1e6; margin-top: 2.5em; padding-top: 1em; }
+ul.ullinks, ul.sl { list-style: none; padding-left: 0; } .stepsection { list-style: none; } .desc { color: #4a5866; } .fn { font-size: 0.9em; }
+</style>
+  </xsl:template>
+</xsl:stylesheet>

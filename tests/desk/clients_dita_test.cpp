@@ -1,0 +1,227 @@
+#include "tests/desk/dita_fixture.h"
+
+namespace ventrix::desk {
+namespace {
+
+TEST_F(DitaClient, RendersEachKindOfElement) {
+    const struct {
+        const char* source;  // inside a body, in a topic with the id t
+        const char* xpath;
+        const char* value;
+    } rows[] = {
+        {"<p>a <b>b</b> c</p>", "//p[@class='p']", "a b c"},
+        {"<p>QL_STARTaQL_EQbQL_TARGETQL_SEPQL_ENDText</p>", "//p",
+         "QL_STARTaQL_EQbQL_TARGETQL_SEPQL_ENDText"},
+        {"<p>x<ul><li>y</li></ul></p>", "count(//div[@class='p']/ul[@class='ul']/li[@class='li'])", "1"},
+        {"<p id='i'>x</p>", "//p/@id", "t__i"},
+        {"<p outputclass='big'>x</p>", "//p/@class", "p big"},
+        {"<p><uicontrol>Größe</uicontrol></p>", "//span[@class='ph uicontrol']", "Größe"},
+        {"<p><menucascade><uicontrol>A</uicontrol><uicontrol>B</uicontrol></menucascade></p>",
+         "//span[@class='ph menucascade']", "A > B"},
+        {"<p><menucascade>QL_ELEM_Sa QL_ELEM_E</menucascade></p>", "//span[@class='ph menucascade']",
+         "QL_ELEM_Sa QL_ELEM_E"},
+        {"<p><codeph>a</codeph><i>b</i><filepath>c</filepath></p>",
+         "concat(//code, //em, //span[@class='ph filepath'])", "abc"},
+        {"<section><title>S</title>x</section>", "//div[@class='section']/h2[@class='title sectiontitle']",
+         "S"},
+        {"<note type='tip'>n</note>", "//div[@class='note tip']", "Tip: n"},
+        {"<note>n</note>", "//div[@class='note']", "Note: n"},
+        {"<codeblock>a\n  b &lt;</codeblock>", "//pre[@class='pre codeblock']", "a\n  b <"},
+        {"<ol><li>a<ol><li>b</li></ol></li></ol>", "//ol/li/ol/@type", "a"},
+        {"<dl><dlentry><dt>a</dt><dd>b</dd></dlentry></dl>", "concat(//dl/dt, //dl/dd)", "ab"},
+        {"<fig><title>F</title><image href='i.png' alt='A'/></fig>", "//div[@class='fig']/span",
+         "Figure 1. F"},
+        {"<image href='i.png'><alt>QL_STARTxQL_ENDA</alt></image>", "concat(//img/@src, //img/@alt)",
+         "i.pngA"},
+        {"<table><title>T</title><tgroup cols='2'><colspec colname='a'/><colspec "
+         "colname='b'/><thead><row><entry>h"
+         "</entry></row></thead><tbody><row><entry namest='a' nameend='b' "
+         "morerows='1'>c</entry></row></tbody>"
+         "</tgroup></table>",
+         "concat(//caption, '|', //th, '|', //td, //td/@colspan, //td/@rowspan)", "Table 1. T|h|c22"},
+        {"<simpletable keycol='1'><strow><stentry>k</stentry><stentry>v</stentry></strow></simpletable>",
+         "concat(//th[@class='stentry'], //td)", "kv"},
+        {"<properties><property><proptype>t</proptype><propdesc>d</propdesc></property></properties>",
+         "count(//tr[@class='strow property']/td)", "2"},
+        {"<steps><step><cmd>a</cmd></step><step><cmd>b</cmd><info>i</info></step></steps>",
+         "concat(//ol[@class='ol steps']/li[2]/span[@class='ph cmd'], //li[2]/div[@class='itemgroup info'])",
+         "bi"},
+        {"<p>x<fn>foot</fn></p>", "concat(//sup/a[@class='fnref'], '|', //div[@class='fn']/span)", "1|foot"},
+        {"<p>x<indexterm>no</indexterm><draft-comment>no</draft-comment></p>", "//p", "x"},
+        {"<xref href='https://example.org' format='html' scope='external'/>", "//a/@href",
+         "https://example.org"},
+        {"<xref href='other.dita'/>", "concat(//a/@href, '|', //a)", "other.html|Other"},
+        {"<xref href='other.dita#o/s'>here</xref>", "concat(//a/@href, '|', //a)", "other.html#o__s|here"},
+        {"<xref href='#t/i'/><p id='i'/>", "//a/@href", "#t__i"},
+        {"<xref href='manual.pdf' format='pdf'>m</xref>", "//a/@href", "manual.pdf"},
+        {"<p conref='other.dita#o/p'/>", "concat(//p[1], //p[1]/a/@href)", "See here.other.html#o__s"},
+        {"<machine class='+ topic/ph m-d/machine '>m</machine>", "//span[@class='ph machine']", "m"},
+        {"<strange>s</strange>", "//div[@class='']", "s"},
+    };
+    Write("i.png", "png");
+    Write("manual.pdf", "pdf");
+    Write("other.dita",
+          "<topic id='o'><title>Other</title><body><section id='s'><title>Part</title></section>"
+          "<p id='p'>See <xref href='#o/s'>here</xref>.</p></body></topic>");
+    for (const auto& row : rows) {
+        Write("t.dita", std::string("<topic id='t'><title>T</title><body>") + row.source + "</body></topic>");
+        EXPECT_EQ(Run("t.dita"), 0) << row.source << record_.reason;
+        EXPECT_EQ(Query("t.html", row.xpath), row.value) << row.source;
+    }
+    EXPECT_EQ(Page("i.png") + Page("manual.pdf"), "pngpdf");
+}
+
+TEST_F(DitaClient, ShowsTitleShortDescriptionAndLanguage) {
+    Write("t.dita",
+          "<topic id='t' xml:lang='de'><title>Über</title><shortdesc>Kurz</shortdesc><body><note>n</note>"
+          "</body><topic id='n'><title>Innen</title><body/></topic></topic>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "concat(/html/@lang, //title, //h1, //p[@class='shortdesc'], //h2)"),
+              "deÜberÜberKurzInnen");
+    EXPECT_EQ(Query("t.html", "//div[@class='note']"), "Anmerkung: n");
+}
+
+TEST_F(DitaClient, BuildsTheContentsFromMapsAndSubmaps) {
+    Write("m/g.ditamap",
+          "<map title='Guide'><topicref href='a.dita'><topicref href='../t/b%20%C3%A4.dita' "
+          "navtitle='ignored'/>"
+          "</topicref><mapref href='s.ditamap' format='ditamap'/><topichead navtitle='Head'><topicref "
+          "href='d.dita'/>"
+          "</topichead><topicref href='hidden.dita' toc='no'/><keydef keys='k' href='key.dita'/>"
+          "<topicref href='gone.dita'/><topicref href='https://example.org' scope='external' format='html'"
+          " navtitle='Web'/></map>");
+    Write("m/s.ditamap",
+          "<map><topicgroup><topicref href='c.dita'/></topicgroup>"
+          "<topicref href='s.ditamap' format='ditamap'/></map>");
+    for (const char* name : {"m/a", "t/b ä", "m/c", "m/d", "m/hidden", "m/key"}) {
+        Write(std::string(name) + ".dita",
+              std::string("<topic id='x'><title>") + name +
+                  "</title>"
+                  "<shortdesc>About</shortdesc><body><xref keyref='k'/></body></topic>");
+    }
+    ASSERT_EQ(Run("m/g.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("m/index.html", "//h1"), "Guide");
+    EXPECT_EQ(Query("m/index.html", "/html/body/ul/li[1]/ul/li/a/@href"), "../t/b%20%C3%A4.html");
+    EXPECT_EQ(Query("m/index.html",
+                    "concat(//li[1]/ul/li/a, '|', /html/body/ul/li[2]/a, '|', /html/body/ul/li[3]/span,"
+                    " '|', /html/body/ul/li[3]/ul/li/a, '|', /html/body/ul/li[4]/a/@href)"),
+              "t/b ä|m/c|Head|m/d|https://example.org");
+    EXPECT_EQ(Query("m/index.html", "count(//li)"), "6");
+    EXPECT_EQ(Query("m/a.html", "concat(//ul[@class='ullinks']/li/a/@href, '|', //div[@class='desc'])"),
+              "../t/b%20%C3%A4.html|About");
+    EXPECT_EQ(Query("t/b ä.html", "//div[@class='parentlink']/a/@href"), "../m/a.html");
+    EXPECT_EQ(Query("m/hidden.html", "//div[@class='body']/a/@href"),
+              "key.html");  // linked, so it gets a page
+    EXPECT_NE(Log().find("s.ditamap: the map is a part of itself"), std::string::npos) << Log();
+    EXPECT_NE(Log().find("gone.dita: No such file"), std::string::npos) << Log();
+}
+
+TEST_F(DitaClient, FiltersByDitaval) {
+    Write("f.ditaval",
+          "<val><prop att='audience' val='expert' action='exclude'/><prop att='audience' val='both' "
+          "action='include'/>"
+          "<prop att='product' action='exclude'/><prop att='product' val='P40' action='include'/>"
+          "<prop att='platform' val='us' action='flag'/><revprop val='2' action='exclude'/></val>");
+    const struct {
+        const char* attributes;
+        bool stays;
+    } rows[] = {
+        {"", true},
+        {"audience='expert'", false},
+        {"audience='novice'", true},
+        {"audience='expert novice'", true},
+        {"audience=' expert\n expert '", false},
+        {"audience=''", true},
+        {"product='X9'", false},
+        {"product='P40'", true},
+        {"product='P40' audience='expert'", false},
+        {"platform='us'", true},
+        {"rev='2'", false},
+        {"props='audience(expert) platform(us)'", false},
+        {"otherprops='audience(expert both)'", true},
+        {"otherprops='free words'", true},
+    };
+    for (const auto& row : rows) {
+        Write("t.dita", std::string("<topic id='t'><title>T</title><body><p>always</p><p ") + row.attributes +
+                            ">x</p></body></topic>");
+        ASSERT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
+        EXPECT_EQ(Query("t.html", "count(//p)"), row.stays ? "2" : "1") << row.attributes;
+    }
+    Write("f.ditaval",
+          "<val><prop action='exclude'/><prop att='audience' val='novice' action='include'/></val>");
+    Write("m.ditamap",
+          "<map><topicref href='t.dita'/><topicref href='e.dita' audience='expert'/>"
+          "<topicref href='w.dita'/></map>");
+    Write("t.dita",
+          "<topic id='t'><title>T</title><body><p audience='novice'>n<xref href='w.dita'>w</xref></p>"
+          "<p platform='eu'>e</p></body></topic>");
+    Write("e.dita", "<topic id='e'><title>E</title></topic>");
+    Write("w.dita", "<topic id='w' audience='expert'><title>W</title></topic>");
+    std::filesystem::remove_all(Native("out"));
+    ASSERT_EQ(Run("m.ditamap", "f.ditaval"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "concat(//p, count(//p), count(//a[@href]))"), "nw10");
+    EXPECT_EQ(Query("index.html", "count(//li)"), "1");
+    EXPECT_FALSE(std::filesystem::exists(Native("out/xhtml/e.html")));
+    EXPECT_FALSE(std::filesystem::exists(Native("out/xhtml/w.html")));
+}
+
+TEST_F(DitaClient, EndsOnContentThatPullsInItself) {
+    Write("t.dita",
+          "<topic id='t'><title>T</title><body><p id='a'>a<ph conref='#t/b'/></p>"
+          "<p><ph id='b'>b<ph conref='#t/b'/><ph conref='u.dita#u/c'/></ph></p></body></topic>");
+    Write("u.dita",
+          "<topic id='u'><title>U</title><body><p><ph id='c'>c<ph "
+          "conref='t.dita#t/b'/></ph></p></body></topic>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "//p[1]"), "abc");
+    EXPECT_NE(Log().find("no content for conref"), std::string::npos);
+}
+
+TEST_F(DitaClient, TellsWhyARunFailed) {
+    Write("broken.ditamap", "<map><topicref></map>");
+    Write("empty.ditamap", "<map/>");
+    Write("gone.ditamap", "<map><topicref href='gone.dita'/></map>");
+    Write("t.dita", "<topic id='t' audience='x'><title>T</title></topic>");
+    Write("bad.ditaval", "<val>");
+    Write("none.ditaval", "<val><prop action='exclude'/></val>");
+    const struct {
+        const char* document;
+        const char* ditaval;
+        const char* reason;
+    } rows[] = {
+        {"broken.ditamap", "", "broken.ditamap: line 1: "},
+        {"empty.ditamap", "", "no topic could be turned"},
+        {"gone.ditamap", "", "no topic could be turned"},
+        {"absent.dita", "", "absent.dita: No such file"},
+        {"t.dita", "bad.ditaval", "bad.ditaval: line 1: "},
+        {"t.dita", "absent.ditaval", "absent.ditaval: No such"},
+        {"t.dita", "none.ditaval", "leaves nothing"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Run(row.document, row.ditaval), 1) << row.document;
+        EXPECT_NE(record_.reason.find(row.reason), std::string::npos) << record_.reason;
+        EXPECT_EQ(record_.logFile, Native("out/buildlog-xhtml.txt"));
+        EXPECT_NE(Log().find("failed: " + record_.reason), std::string::npos) << Log();
+    }
+}
+
+TEST_F(DitaClient, RefusesAnIncompleteCommand) {
+    const struct {
+        const char* command;
+        const char* reason;
+    } rows[] = {
+        {"Save -docId 8 -transtype xhtml -outFilePath \"Z:\\x\\\"", "open document"},
+        {"Save -docId 7 -transtype xhtml", "-outFilePath"},
+        {"Save -docId 7 -transtype pdf -outFilePath \"Z:\\x\\\"", "xhtml only"},
+    };
+    for (const auto& row : rows) {
+        record_ = {};
+        HostServices host;
+        host.documentPath = [](std::uint32_t id) { return id == 7 ? "Z:\\d.dita" : ""; };
+        EXPECT_EQ(MakeDitaOtClient({}, record_)(row.command, host).status, 1);
+        EXPECT_NE(record_.reason.find(row.reason), std::string::npos) << record_.reason;
+    }
+}
+
+}  // namespace
+}  // namespace ventrix::desk
