@@ -1,0 +1,81 @@
+#include "desk/clients/applications.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace ventrix::desk {
+namespace {
+
+struct Application {
+    std::string_view name;
+    std::string_view root;  ///< The first application with a root is the one for documents that say no more.
+    std::string_view dtd;   ///< The DTD's usual file name.
+    std::string_view publicId;
+};
+
+constexpr Application applications[] = {
+    {"DITA Map", "map", "map.dtd", "-//OASIS//DTD DITA Map//EN"},
+    {"DITA BookMap", "bookmap", "bookmap.dtd", "-//OASIS//DTD DITA BookMap//EN"},
+    {"DITA Topic", "topic", "topic.dtd", "-//OASIS//DTD DITA Topic//EN"},
+    {"DITA Concept", "concept", "concept.dtd", "-//OASIS//DTD DITA Concept//EN"},
+    {"DITA Task", "task", "task.dtd", "-//OASIS//DTD DITA Task//EN"},
+    {"DITA General Task", "task", "generalTask.dtd", "-//OASIS//DTD DITA General Task//EN"},
+    {"DITA Reference", "reference", "reference.dtd", "-//OASIS//DTD DITA Reference//EN"},
+    {"DITA Composite", "dita", "ditabase.dtd", "-//OASIS//DTD DITA Composite//EN"},
+    {"DITA Glossary Entry", "glossentry", "glossentry.dtd", "-//OASIS//DTD DITA Glossary Entry//EN"},
+    {"DITA Glossary Group", "glossgroup", "glossgroup.dtd", "-//OASIS//DTD DITA Glossary Group//EN"},
+    {"DITA Subject Scheme", "subjectScheme", "subjectScheme.dtd",
+     "-//OASIS//DTD DITA Subject Scheme Map//EN"},
+    {"DocBook", "book", "docbookx.dtd", "-//OASIS//DTD DocBook XML V4.5//EN"},
+    {"DocBook", "article", "docbookx.dtd", "-//OASIS//DTD DocBook XML V4.4//EN"},
+    {"DocBook", "chapter", "docbookx.dtd", "-//OASIS//DTD DocBook XML V4.3//EN"},
+    {"DocBook", "set", "docbookx.dtd", "-//OASIS//DTD DocBook XML V4.2//EN"},
+    {"DocBook", "refentry", "docbookx.dtd", "-//OASIS//DTD DocBook XML V4.1.2//EN"},
+    {"XHTML", "html", "xhtml1-transitional.dtd", "-//W3C//DTD XHTML 1.0 Transitional//EN"},
+    {"SVG", "svg", "svg11.dtd", "-//W3C//DTD SVG 1.1//EN"},
+};
+
+std::string NameWhere(std::string_view Application::*field, std::string_view value) {
+    const auto* found =
+        std::find_if(std::begin(applications), std::end(applications),
+                     [&](const Application& row) { return !value.empty() && row.*field == value; });
+    return found == std::end(applications) ? std::string() : std::string(found->name);
+}
+
+bool IsOneOfSeveral(std::string_view name) {
+    return std::count_if(std::begin(applications), std::end(applications),
+                         [name](const Application& row) { return row.name == name; }) > 1;
+}
+
+/// Where one name stands for several public ids, it would lead to another version than the document's own.
+std::string NameOfPublicId(const std::string& publicId) {
+    const std::string name = NameWhere(&Application::publicId, publicId);
+    return name.empty() || IsOneOfSeveral(name) ? publicId : name;
+}
+
+}  // namespace
+
+std::string ApplicationOf(const DocumentType& type) {
+    if (!type.publicId.empty()) {
+        return NameOfPublicId(type.publicId);
+    }
+    const std::string_view file =
+        std::string_view(type.systemId).substr(type.systemId.find_last_of("/\\") + 1);
+    const std::string name = NameWhere(&Application::dtd, file);
+    return name.empty() ? NameWhere(&Application::root, type.root) : name;
+}
+
+std::vector<std::string> PublicIdsOf(const std::string& application) {
+    std::vector<std::string> ids;
+    for (const Application& row : applications) {
+        if (row.name == application) {
+            ids.emplace_back(row.publicId);
+        }
+    }
+    if (ids.empty() && !application.empty()) {
+        ids.push_back(application);
+    }
+    return ids;
+}
+
+}  // namespace ventrix::desk
