@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "bridge/apartment.h"
 #include "bridge/client_description.h"
 #include "bridge/host/operations.h"
 #include "bridge/host_call.h"
@@ -114,6 +115,7 @@ void Q_ApiDisconnect() {
     // A release may have ended the notification object, and with it came the rest.
     if (hadNotifications && connection.notifications != nullptr) {
         CoDisconnectObject(static_cast<IQuorlaneNotifications0*>(connection.notifications), 0);
+        LeaveApartment();
     }
     connection.loopEnded = true;
 }

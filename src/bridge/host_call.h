@@ -7,6 +7,7 @@
 #include "bridge/connection.h"
 #include "bridge/contract/host_interfaces.h"
 #include "platform/com.h"
+#include "platform/com_runtime.h"
 
 namespace ventrix {
 
@@ -24,13 +25,15 @@ HRESULT CallMethod(IUnknown* side, Arguments... arguments) {
     return function(side, arguments...);
 }
 
-/// Whether the call reached the host and came back. On false Q_ApiLastError is set and out-arguments may hold
-/// anything that the host wrote.
+/// Whether the call, or one that the message filter asked for after it, reached the host and came back. On
+/// false Q_ApiLastError is set and out-arguments may hold anything that the host wrote.
 template <class Method, class... Arguments>
 bool CallHost(Arguments... arguments) {
     IUnknown* side = HostInterface(Method::interfaceNumber);
-    // The code of a missing interface: any failure but that of a busy host.
-    return AcceptHostResult(side == nullptr ? E_NOINTERFACE : CallMethod<Method>(side, arguments...));
+    if (side == nullptr) {
+        return AcceptHostResult(E_NOINTERFACE);
+    }
+    return AcceptHostResult(platform::CallServer([&] { return CallMethod<Method>(side, arguments...); }));
 }
 
 }  // namespace ventrix

@@ -46,10 +46,15 @@ struct CallClock {
 /// The real clock. It serves calls from outside that reach this thread while it waits.
 const CallClock& SystemCallClock();
 
+/// Puts another clock in the place of the real one for all calls that name none; null brings the real one back.
+/// The clock stays the caller's. For tests.
+void ReplaceCallClock(const CallClock* clock);
+const CallClock& CurrentCallClock();
+
 /// Makes an outgoing call. While the call answers RPC_E_SERVERCALL_RETRYLATER or RPC_E_CALL_REJECTED, the
 /// thread's message filter is asked what to do, with the milliseconds since the first attempt: 0xFFFFFFFF
 /// gives up and returns that answer, a number below 100 calls again at once, any other after that many
 /// milliseconds. Without a message filter the first answer is the result.
-HRESULT CallServer(const std::function<HRESULT()>& call, const CallClock& clock = SystemCallClock());
+HRESULT CallServer(const std::function<HRESULT()>& call, const CallClock& clock = CurrentCallClock());
 
 }  // namespace ventrix::platform

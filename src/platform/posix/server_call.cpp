@@ -26,7 +26,17 @@ std::uint32_t SteadyMilliseconds() {
     return static_cast<std::uint32_t>(sinceStart.count());
 }
 
+const CallClock* replacement = nullptr;
+
 }  // namespace
+
+void ReplaceCallClock(const CallClock* clock) {
+    replacement = clock;
+}
+
+const CallClock& CurrentCallClock() {
+    return replacement == nullptr ? SystemCallClock() : *replacement;
+}
 
 const CallClock& SystemCallClock() {
     static const CallClock clock = {

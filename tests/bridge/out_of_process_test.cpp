@@ -1,0 +1,247 @@
+// A client in a process of its own, with the scripted host as the running host: finding it, the loop, the
+// end, and the patience with a busy host, for which time passes as the test says.
+#include "bridge/out_of_process.h"
+
+#include "bridge/apartment.h"
+#include "bridge/bridge_test.h"
+#include "bridge/connection.h"
+#include "bridge/host/operations.h"
+#include "bridge/message_filter.h"
+#include "kit/last_error.h"
+#include "platform/com_runtime.h"
+#include "platform/environment.h"
+
+namespace ventrix::test {
+namespace {
+
+constexpr CLSID otherClass = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+
+TEST(MessageFilterTest, WaitsLongerAndLongerAndGivesUp) {
+    const struct {
+        DWORD rejectType;
+        DWORD elapsed;
+        DWORD answer;
+    } rows[] = {
+        {SERVERCALL_REJECTED, 0, 0xFFFFFFFF},
+        {SERVERCALL_REJECTED, 500, 0xFFFFFFFF},
+        {SERVERCALL_RETRYLATER, 0, 0},
+        {SERVERCALL_RETRYLATER, 200, 0},
+        {SERVERCALL_RETRYLATER, 201, 50},
+        {SERVERCALL_RETRYLATER, 1000, 250},
+        {SERVERCALL_RETRYLATER, 1199999, 299999},
+        {SERVERCALL_RETRYLATER, 1200000, 0xFFFFFFFF},
+    };
+    auto* filter = new DefaultClientMessageFilterC;
+    for (const auto& row : rows) {
+        EXPECT_EQ(filter->RetryRejectedCall(nullptr, row.elapsed, row.rejectType), row.answer) << row.elapsed;
+    }
+    EXPECT_EQ(filter->HandleInComingCall(1, nullptr, 0, nullptr), 0U);
+    EXPECT_EQ(filter->MessagePending(nullptr, 0, 1), 2U);
+    void* side = nullptr;
+    EXPECT_EQ(filter->QueryInterface(IID_IMessageFilter, &side), S_OK);
+    EXPECT_EQ(side, static_cast<IMessageFilter*>(filter));
+    EXPECT_EQ(filter->Release(), 1U);
+    EXPECT_EQ(filter->Release(), 0U);
+}
+
+class OutOfProcessTest : public BridgeTest {
+  protected:
+    void SetUp() override {
+        BridgeTest::SetUp();
+        platform::RemoveEnvironmentValue("QLGUID");
+        Offer(HostClassId, u"");
+    }
+
+    void TearDown() override {
+        for (const CLSID& classId : {HostClassId, otherClass}) {
+            platform::OfferClass(classId, nullptr);
+            platform::OfferClass(classId, nullptr, u"author-1");
+        }
+        platform::RemoveEnvironmentValue("QLGUID");
+        platform::ReplaceCallClock(nullptr);
+        Host().DropClient();
+        LeaveApartment();
+        BridgeTest::TearDown();
+        EXPECT_EQ(CoInitialize(nullptr), S_OK) << "the apartment was left";
+        CoUninitialize();
+    }
+
+    // The host's root object as a running object of a class.
+    void Offer(const CLSID& classId, std::u16string_view server) {
+        platform::OfferClass(
+            classId,
+            [this](REFIID id, void** out) {
+                return id == IID_IUnknown ? (Host().Root()->AddRef(), *out = Host().Root(), S_OK)
+                                          : Host().Root()->QueryInterface(id, out);
+            },
+            server);
+    }
+
+    void NoHost() { platform::OfferClass(HostClassId, nullptr); }
+};
+
+TEST_F(OutOfProcessTest, ConnectsOnceAndLeavesEverythingAtTheEnd) {
+    EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    EXPECT_TRUE(connection.apartmentOwned);
+    EXPECT_NE(connection.messageFilter, nullptr);
+    EXPECT_EQ(Host().references, 18) << "the reference of the activation went back";
+    const std::size_t logged = Host().log.size();
+    EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(Q_ApiConnectOnce(), nullptr);
+    EXPECT_EQ(Host().log.size(), logged);
+    Q_ApiDisconnect();
+    EXPECT_FALSE(connection.apartmentOwned);
+    EXPECT_EQ(connection.messageFilter, nullptr);
+    EXPECT_EQ(CoInitialize(nullptr), S_OK);
+    CoUninitialize();
+}
+
+TEST_F(OutOfProcessTest, FindsTheHostByClassAndServer) {
+    const struct {
+        const char* name;
+        const char* environment;
+        const CLSID* argument;
+        const char* server;
+        CLSID offered;
+    } rows[] = {
+        {"default", nullptr, nullptr, nullptr, HostClassId},
+        {"environment", "{00000001-0002-0003-0405-060708090A0B}", nullptr, nullptr, otherClass},
+        {"environment without a class id", "Quorlane", nullptr, nullptr, HostClassId},
+        {"empty environment", "", nullptr, nullptr, HostClassId},
+        {"argument before environment", "{539DB5D0-C0C6-11D0-985E-0060970BEC0B}", &otherClass, nullptr,
+         otherClass},
+        {"server", nullptr, nullptr, "author-1", HostClassId},
+        {"server and class", nullptr, &otherClass, "author-1", otherClass},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        NoHost();
+        Offer(row.offered, row.server == nullptr ? u"" : u"author-1");
+        platform::RemoveEnvironmentValue("QLGUID");
+        if (row.environment != nullptr) {
+            platform::SetEnvironmentValue("QLGUID", row.environment);
+        }
+        EXPECT_EQ(Q_ApiConnectHost(nullptr, row.server, row.argument), 0);
+        Q_ApiDisconnect();
+        Host().DropClient();
+        platform::OfferClass(row.offered, nullptr);
+        platform::OfferClass(row.offered, nullptr, u"author-1");
+    }
+}
+
+TEST_F(OutOfProcessTest, TellsThatThereIsNoHost) {
+    NoHost();
+    EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), -20);
+    EXPECT_EQ(Q_ApiLastError, -20);
+    EXPECT_EQ(Q_ApiConnectHost(nullptr, "nowhere", nullptr), -20);
+    EXPECT_STREQ(Q_ApiConnectOnce(), "Can't connect to Quorlane server");
+    EXPECT_EQ(Q_ApiRunClient(), 1);
+    EXPECT_EQ(Q_ApiLastError, -1) << "there was no console to write to";
+    // A later attempt goes on with the apartment and the filter of the first.
+    Offer(HostClassId, u"");
+    EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    EXPECT_TRUE(connection.apartmentOwned);
+    Q_ApiDisconnect();
+}
+
+TEST_F(OutOfProcessTest, PassesTheResultOfTheStartOn) {
+    Host().keepsClient = false;
+    EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), -1);
+    EXPECT_EQ(Q_ApiLastError, -1);
+    EXPECT_EQ(Host().references, 0);
+}
+
+TEST_F(OutOfProcessTest, LeavesAnApartmentOfSomebodyElseAlone) {
+    CoInitialize(nullptr);
+    EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    EXPECT_FALSE(connection.apartmentOwned);
+    EXPECT_EQ(connection.messageFilter, nullptr);
+    Q_ApiDisconnect();
+    EXPECT_EQ(CoInitialize(nullptr), S_FALSE) << "still entered";
+    CoUninitialize();
+    CoUninitialize();
+}
+
+TEST_F(OutOfProcessTest, ServesTheHostsCallsUntilTheQuitMessage) {
+    const std::uint32_t thread = platform::CurrentThreadNumber();
+    for (const char* text : {"first", "second"}) {
+        platform::PostToThread(thread, [this, text] { Host().Notifications()->Notify(13, 0, text, 0); });
+    }
+    PostQuitMessage(0);
+    EXPECT_EQ(Q_ApiRunClient(), 0);
+    EXPECT_EQ(callbackLog, Lines({"Notify 13 0 [first] 0", "Notify 13 0 [second] 0"}));
+    EXPECT_FALSE(Q_ApiIsConnected());
+    EXPECT_FALSE(connection.apartmentOwned);
+}
+
+TEST_F(OutOfProcessTest, StopsTheLoopFromWithinAMessage) {
+    const std::uint32_t thread = platform::CurrentThreadNumber();
+    bool late = false;
+    platform::PostToThread(thread, Q_ApiStopLoop);
+    platform::PostToThread(thread, [&late] { late = true; });
+    EXPECT_EQ(Q_ApiRunClient(), 0);
+    EXPECT_FALSE(late) << "what lies behind is not served by this loop";
+    std::int32_t integer = 5;
+    EXPECT_EQ(Q_ApiPumpOneMessage(&integer), 0);
+    EXPECT_EQ(integer, 0);
+    EXPECT_TRUE(late);
+    connection.loopEnded = false;
+    PostQuitMessage(0);
+    EXPECT_EQ(Q_ApiPumpOneMessage(nullptr), 0);
+    EXPECT_TRUE(connection.loopEnded);
+}
+
+// Time passes only while a call waits, and by a little in each attempt, as it would.
+struct TestTime {
+    std::uint32_t now = 0;
+    std::vector<std::uint32_t> waits;
+    platform::CallClock clock = {[this] { return now; },
+                                 [this](std::uint32_t milliseconds) {
+                                     waits.push_back(milliseconds);
+                                     now += milliseconds;
+                                 }};
+};
+
+TEST_F(OutOfProcessTest, KeepsTryingABusyHost) {
+    TestTime time;
+    ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    platform::ReplaceCallClock(&time.clock);
+    int attempts = 0;
+    Host().integerAnswer = 12;
+    Host().whileClientIsCalled = [&] {
+        time.now += 10;
+        return ++attempts < 45 ? RPC_E_SERVERCALL_RETRYLATER : S_OK;
+    };
+    EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 12);
+    EXPECT_EQ(Q_ApiLastError, 0);
+    EXPECT_EQ(attempts, 45);
+    // At once for 200 ms and while a quarter of the time is below 100 ms, then a quarter of the time.
+    EXPECT_EQ(time.waits, std::vector<std::uint32_t>({100, 127, 161, 204, 258}));
+}
+
+TEST_F(OutOfProcessTest, GivesUpOnAHostThatStaysBusy) {
+    TestTime time;
+    ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    platform::ReplaceCallClock(&time.clock);
+    Host().whileClientIsCalled = [&] {
+        time.now += 10;
+        return RPC_E_SERVERCALL_RETRYLATER;
+    };
+    EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 0);
+    EXPECT_EQ(Q_ApiLastError, -88);
+    EXPECT_GE(time.now, 1200000U);
+    EXPECT_LT(time.now, 1500011U);
+
+    // A host that rejects the call is not asked twice.
+    time.now = 0;
+    Host().whileClientIsCalled = [&] {
+        time.now += 10;
+        return RPC_E_CALL_REJECTED;
+    };
+    EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 0);
+    EXPECT_EQ(time.now, 10U);
+    EXPECT_EQ(Q_ApiLastError, -1);
+}
+
+}  // namespace
+}  // namespace ventrix::test
