@@ -8,14 +8,14 @@
 
 namespace ventrix {
 
-constexpr int kPackageBuilt = 0;
-constexpr int kPackageOnSeveralRoots = 8;  ///< The documents lie on several roots; nothing was touched.
-constexpr int kPackageWithoutLog = 16;     ///< The log could not be opened; nothing was touched.
-constexpr int kPackageUnsafe = 32;         ///< A run could lose or rewrite source files; nothing was touched.
+constexpr int packageBuilt = 0;
+constexpr int packageOnSeveralRoots = 8;  ///< The documents lie on several roots; nothing was touched.
+constexpr int packageWithoutLog = 16;     ///< The log could not be opened; nothing was touched.
+constexpr int packageUnsafe = 32;         ///< A run could lose or rewrite source files; nothing was touched.
 
 /// Empties the output folder, which must end in a backslash, and copies the document's files into it, rebased
 /// on their common folder. `packagedFiles` receives the target of every file that was copied,
-/// `packagedDocument` that of the document itself. Returns one of the values above; on any but kPackageBuilt
+/// `packagedDocument` that of the document itself. Returns one of the values above; on any but packageBuilt
 /// the output folder is as it was.
 int PackageFiles(std::uint32_t documentId, Path outputFolder, Path logFile, FileList& packagedFiles,
                  Path& packagedDocument);

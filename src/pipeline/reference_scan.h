@@ -24,9 +24,6 @@ struct ReferenceEntry {
     Path path;  ///< As the host names it.
 };
 
-/// True for a file that the host calls "graphicsType"; every other word means a document.
-bool IsGraphic(const ReferenceEntry& entry);
-
 /// The references of one document, in the host's order.
 struct ReferenceCache {
     std::uint32_t documentId = 0;  ///< 0 until the first scan; no document has this id.
@@ -36,8 +33,16 @@ struct ReferenceCache {
 /// The one cache of the process.
 extern ReferenceCache referenceCache;
 
-constexpr int kBrokenFound = 1;   ///< Bit of a scan: a broken entry was added.
-constexpr int kUnsavedFound = 2;  ///< Bit of a scan: an unsaved entry was added.
+/// The paths of the cache, whatever their kind, in its order. The key "graphicsType" tells a graphic; every
+/// other key means a document.
+struct ReferencePaths {
+    FileList documents;
+    FileList graphics;
+};
+ReferencePaths CachedPaths();
+
+constexpr int brokenFound = 1;   ///< Bit of a scan: a broken entry was added.
+constexpr int unsavedFound = 2;  ///< Bit of a scan: an unsaved entry was added.
 
 /// Asks the host and appends its files to the list; web addresses and values of another shape are left out.
 /// Returns the bits of what was found. A host that gives no answer adds nothing.

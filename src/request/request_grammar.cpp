@@ -9,7 +9,7 @@ namespace ventrix {
 
 namespace {
 
-constexpr std::size_t kTokenCapacity = 1024;
+constexpr std::size_t tokenCapacity = 1024;
 
 struct RequestOption {
     const char* name;
@@ -25,40 +25,41 @@ void StoreList(std::list<std::string>& list, const char* value) {
     ParseCommaList(value, list, ',');
 }
 
-constexpr bool kFlag = false;
-constexpr bool kValue = true;
+constexpr bool isFlag = false;
+constexpr bool hasValue = true;
 
-constexpr RequestOption kOptions[] = {
-    {"-docId", kValue, [](PublishRequest& r, const char* v) { Q_ScanText(v, "%d", &r.documentId); }},
-    {"-outputFolder", kValue, [](PublishRequest& r, const char* v) { Store(r.outputFolder, v); }},
-    {"-outFilePath", kValue, [](PublishRequest& r, const char* v) { r.params.outFilePath = v; }},
-    {"-showProgressBar", kFlag, [](PublishRequest& r, const char*) { r.showProgressBar = true; }},
-    {"-attributes", kValue, [](PublishRequest& r, const char* v) { StoreList(r.params.attributes, v); }},
-    {"-targetAttr", kValue, [](PublishRequest& r, const char* v) { r.params.targetAttr = v; }},
-    {"-elements", kValue, [](PublishRequest& r, const char* v) { StoreList(r.params.elements, v); }},
-    {"-ditaval", kValue, [](PublishRequest& r, const char* v) { Store(r.ditaval, v); }},
-    {"-useDITAOT", kFlag, [](PublishRequest& r, const char*) { r.useDitaOt = true; }},
-    {"-useXSLT", kValue, [](PublishRequest& r, const char* v) { Store(r.stylesheet, v); }},
-    {"-usePreScript", kValue, [](PublishRequest& r, const char* v) { Store(r.preScript, v); }},
-    {"-usePostScript", kValue, [](PublishRequest& r, const char* v) { Store(r.postScript, v); }},
-    {"-logFile", kValue, [](PublishRequest& r, const char* v) { Store(r.logFile, v); }},
-    {"-scopedAttributes", kValue,
+constexpr RequestOption requestOptions[] = {
+    {"-docId", hasValue, [](PublishRequest& r, const char* v) { Q_ScanText(v, "%d", &r.documentId); }},
+    {"-outputFolder", hasValue, [](PublishRequest& r, const char* v) { Store(r.outputFolder, v); }},
+    {"-outFilePath", hasValue, [](PublishRequest& r, const char* v) { r.params.outFilePath = v; }},
+    {"-showProgressBar", isFlag, [](PublishRequest& r, const char*) { r.showProgressBar = true; }},
+    {"-attributes", hasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.attributes, v); }},
+    {"-targetAttr", hasValue, [](PublishRequest& r, const char* v) { r.params.targetAttr = v; }},
+    {"-elements", hasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.elements, v); }},
+    {"-ditaval", hasValue, [](PublishRequest& r, const char* v) { Store(r.ditaval, v); }},
+    {"-useDITAOT", isFlag, [](PublishRequest& r, const char*) { r.useDitaOt = true; }},
+    {"-useXSLT", hasValue, [](PublishRequest& r, const char* v) { Store(r.stylesheet, v); }},
+    {"-usePreScript", hasValue, [](PublishRequest& r, const char* v) { Store(r.preScript, v); }},
+    {"-usePostScript", hasValue, [](PublishRequest& r, const char* v) { Store(r.postScript, v); }},
+    {"-logFile", hasValue, [](PublishRequest& r, const char* v) { Store(r.logFile, v); }},
+    {"-scopedAttributes", hasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.scopedAttributes, v); }},
-    {"-addXpath", kFlag, [](PublishRequest& r, const char*) { r.params.addXpath = true; }},
-    {"-xpathAttr", kValue, [](PublishRequest& r, const char* v) { r.params.xpathAttr = v; }},
-    {"-addSourcePath", kValue,
+    {"-addXpath", isFlag, [](PublishRequest& r, const char*) { r.params.addXpath = true; }},
+    {"-xpathAttr", hasValue, [](PublishRequest& r, const char* v) { r.params.xpathAttr = v; }},
+    {"-addSourcePath", hasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.addSourcePath, v); }},
-    {"-sourcePathAttr", kValue, [](PublishRequest& r, const char* v) { r.params.sourcePathAttr = v; }},
-    {"-preserveXPathList", kValue,
+    {"-sourcePathAttr", hasValue, [](PublishRequest& r, const char* v) { r.params.sourcePathAttr = v; }},
+    {"-preserveXPathList", hasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.preserveXPathList, v); }},
-    {"-preserveXPathAttr", kValue, [](PublishRequest& r, const char* v) { r.params.preserveXPathAttr = v; }},
+    {"-preserveXPathAttr", hasValue,
+     [](PublishRequest& r, const char* v) { r.params.preserveXPathAttr = v; }},
 };
 
 const RequestOption* FindOption(const char* name) {
     const auto* found =
-        std::find_if(std::begin(kOptions), std::end(kOptions),
+        std::find_if(std::begin(requestOptions), std::end(requestOptions),
                      [name](const RequestOption& option) { return Q_StrICompare(name, option.name) == 0; });
-    return found == std::end(kOptions) ? nullptr : found;
+    return found == std::end(requestOptions) ? nullptr : found;
 }
 
 RequestCommand CommandNamed(const char* name) {
@@ -71,13 +72,13 @@ RequestCommand CommandNamed(const char* name) {
 /// Reads one option with its value. The buffer holds the last token read, which ends the request if it is
 /// empty.
 const char* ReadOption(const char* cursor, char* buffer, PublishRequest& request) {
-    cursor = ReadToken(cursor, buffer, kTokenCapacity);
+    cursor = ReadToken(cursor, buffer, tokenCapacity);
     const RequestOption* option = FindOption(buffer);
     if (option == nullptr) {
         return cursor;
     }
     if (option->takesValue) {
-        cursor = ReadToken(cursor, buffer, kTokenCapacity);
+        cursor = ReadToken(cursor, buffer, tokenCapacity);
     }
     if (buffer[0] != '\0') {
         option->store(request, buffer);
@@ -115,7 +116,7 @@ void ParseCommaList(std::string_view text, std::list<std::string>& list, char se
 
 PublishRequest ParseRequest(const char* text) {
     PublishRequest request;
-    char token[kTokenCapacity];
+    char token[tokenCapacity];
     const char* cursor = ReadToken(text, token, sizeof token);
     request.command = CommandNamed(token);
     while (request.command != RequestCommand::none && token[0] != '\0') {

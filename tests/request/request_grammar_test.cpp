@@ -54,6 +54,13 @@ TEST(RequestGrammar, TokensAreCutAtSpacesAndQuotes) {
     }
 }
 
+TEST(RequestGrammar, CursorStandsOnTheSpaceOrBehindTheQuote) {
+    char buffer[8];
+    EXPECT_STREQ(ReadToken(" a b", buffer, sizeof buffer), " b");
+    EXPECT_STREQ(ReadToken("'a' b", buffer, sizeof buffer), " b");
+    EXPECT_STREQ(ReadToken("'a b", buffer, sizeof buffer), "");
+}
+
 TEST(RequestGrammar, OverlongTokenIsCutAndTheNextOneReadWhole) {
     const std::string longText(2000, 'x');
     const std::string kept(1023, 'x');

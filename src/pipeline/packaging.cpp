@@ -1,0 +1,118 @@
+#include "pipeline/packaging.h"
+
+#include <algorithm>
+
+#include "bridge/host/operations.h"
+#include "fileset/file_operations.h"
+#include "kit/file_path.h"
+#include "kit/strings.h"
+#include "pipeline/reference_scan.h"
+#include "pipeline/report_log.h"
+
+namespace ventrix {
+
+namespace {
+
+constexpr std::int32_t filePathProperty = 20;
+
+Path DocumentPath(std::uint32_t documentId) {
+    const Q_String path(Q_ApiReadStringPropNum(0, documentId, filePathProperty));
+    return path ? path.get() : "";
+}
+
+FileList GraphicsOnRoot(FileList graphics, const std::string& root) {
+    graphics.remove_if([&root](const Path& graphic) { return PathRoot(graphic) != root; });
+    return graphics;
+}
+
+/// Documents first, then the graphics that lie on their root.
+FileList ChoosePackage(const ReferencePaths& paths, ReportLog& log) {
+    FileList package = paths.documents;
+    const std::string root = package.empty() ? "" : PathRoot(package.front());
+    if (AnyOutsideRoot(paths.graphics, root)) {
+        LogMessage(log, severityWarning, messageSeveralRoots);
+    }
+    AppendList(package, GraphicsOnRoot(paths.graphics, root));
+    return package;
+}
+
+bool LiesBelow(const Path& path, const Path& folder) {
+    return Q_StrIEqual(path.substr(0, folder.size()).c_str(), folder.c_str());
+}
+
+bool Holds(const FileList& list, const Path& path) {
+    return std::any_of(list.begin(), list.end(),
+                       [&path](const Path& element) { return Q_StrIEqual(element.c_str(), path.c_str()); });
+}
+
+/// What forbids the run, since the next steps would empty, rewrite or delete the user's own files: a document
+/// that has no copy in the package, so that its name would still be that of the source, or sources inside the
+/// folder that is about to be emptied.
+FileList FindUnsafePaths(const FileList& package, const Path& commonFolder, const Path& document,
+                         const Path& outputFolder) {
+    if (commonFolder.empty() || !document.starts_with(commonFolder) || !Holds(package, document)) {
+        return {document};
+    }
+    FileList inside = package;
+    inside.remove_if([&outputFolder](const Path& path) { return !LiesBelow(path, outputFolder); });
+    return inside;
+}
+
+void CopyPackage(const FileList& package, const Path& commonFolder, const Path& outputFolder,
+                 FileList& packagedFiles) {
+    for (const Path& source : package) {
+        Path target = source;
+        ReplaceFirst(target, commonFolder, outputFolder);
+        if (CopyFileInto(source, target)) {
+            packagedFiles.push_back(std::move(target));
+        }
+    }
+}
+
+}  // namespace
+
+int PackageFiles(std::uint32_t documentId, Path outputFolder, Path logFile, FileList& packagedFiles,
+                 Path& packagedDocument) {
+    ReportLog log = OpenReportLog(logFile);
+    if (!log.IsOpen()) {
+        return packageWithoutLog;
+    }
+    Refresh(documentId);
+    const ReferencePaths paths = CachedPaths();
+    if (SpansSeveralRoots(paths.documents)) {
+        LogMessage(log, severityError, messageSeveralRoots);
+        return packageOnSeveralRoots;
+    }
+    const FileList package = ChoosePackage(paths, log);
+    const Path commonFolder = CommonBaseFolder(package);
+    const Path document = DocumentPath(documentId);
+    const FileList unsafe = FindUnsafePaths(package, commonFolder, document, outputFolder);
+    if (!unsafe.empty()) {
+        LogSection(log, unsafe, severityError, messageBrokenLinks);
+        return packageUnsafe;
+    }
+    ClearFolder(outputFolder, false);
+    CopyPackage(package, commonFolder, outputFolder, packagedFiles);
+    packagedDocument = document;
+    ReplaceFirst(packagedDocument, commonFolder, outputFolder);
+    return packageBuilt;
+}
+
+int PlaceGraphics(std::uint32_t documentId, Path folder) {
+    Refresh(documentId);
+    const ReferencePaths paths = CachedPaths();
+    const Path base = paths.documents.empty() ? Path() : paths.documents.front();
+    for (const Path& graphic : paths.graphics) {
+        const Path target = ResolveInFolder(folder, RelativeTo(graphic, base));
+        if (!FileReadable(target)) {
+            CopyFileInto(graphic, target);
+        }
+    }
+    return 0;
+}
+
+Path ResolveInFolder(const Path& folder, const Path& relativePath) {
+    return JoinPath(folder, relativePath);
+}
+
+}  // namespace ventrix

@@ -1,0 +1,95 @@
+#include "pipeline/reference_scan.h"
+
+#include "bridge/host/operations.h"
+#include "bridge/values.h"
+#include "fileset/file_operations.h"
+
+namespace ventrix {
+
+ReferenceCache referenceCache;
+
+namespace {
+
+std::string TextOf(const Q_Value& value) {
+    return value.text != nullptr ? value.text : "";
+}
+
+/// A file is a nested list of at least three values: key, path and the host's mark of unsaved changes.
+const Q_Value* FieldsOfFile(const Q_Value& value) {
+    if (value.tag != Q_ListTag || value.list == nullptr || value.list->items == nullptr ||
+        value.list->count <= 2) {
+        return nullptr;
+    }
+    const Q_Value* fields = value.list->items;
+    return fields[0].tag == Q_TextTag && fields[1].tag == Q_TextTag ? fields : nullptr;
+}
+
+ReferenceKind KindOf(const Path& path, const Q_Value& mark) {
+    if (!FileReadable(path)) {
+        return ReferenceKind::broken;
+    }
+    return mark.tag == Q_IntegerTag && mark.number != 0 ? ReferenceKind::unsaved : ReferenceKind::valid;
+}
+
+int BitOf(ReferenceKind kind) {
+    switch (kind) {
+        case ReferenceKind::broken:
+            return brokenFound;
+        case ReferenceKind::unsaved:
+            return unsavedFound;
+        default:
+            return 0;
+    }
+}
+
+int AddReference(const Q_Value& value, std::list<ReferenceEntry>& list) {
+    const Q_Value* fields = FieldsOfFile(value);
+    if (fields == nullptr) {
+        return 0;
+    }
+    Path path = TextOf(fields[1]);
+    if (IsHttpUrl(path)) {
+        return 0;
+    }
+    const ReferenceKind kind = KindOf(path, fields[2]);
+    list.push_back({TextOf(fields[0]), kind, std::move(path)});
+    return BitOf(kind);
+}
+
+}  // namespace
+
+ReferencePaths CachedPaths() {
+    ReferencePaths paths;
+    for (const ReferenceEntry& entry : referenceCache.list) {
+        (entry.key == "graphicsType" ? paths.graphics : paths.documents).push_back(entry.path);
+    }
+    return paths;
+}
+
+int ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>& list) {
+    Q_ValueList files = Q_ApiListDocumentFiles(documentId, 16, 0);
+    int found = 0;
+    for (std::uint32_t i = 0; files.items != nullptr && i < files.count; ++i) {
+        found |= AddReference(files.items[i], list);
+    }
+    Q_ApiFreeValueList(&files);
+    return found;
+}
+
+int RenewReferences(std::uint32_t documentId) {
+    // The host may deliver another request while it is asked; that one must not find a half-filled cache, nor
+    // leave its files in this list.
+    std::list<ReferenceEntry> list;
+    const int found = ScanReferences(documentId, list);
+    referenceCache.list = std::move(list);
+    referenceCache.documentId = documentId;
+    return found;
+}
+
+void Refresh(std::uint32_t documentId) {
+    if (documentId != referenceCache.documentId) {
+        RenewReferences(documentId);
+    }
+}
+
+}  // namespace ventrix

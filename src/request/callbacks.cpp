@@ -1,0 +1,37 @@
+// What this module does when the host calls: it sets up its texts and watches for requests, and answers each.
+#include "bridge/callbacks.h"
+
+#include "bridge/connection.h"
+#include "bridge/host/operations.h"
+#include "kit/encodings.h"
+#include "request/request_handler.h"
+
+namespace ventrix {
+
+namespace {
+
+constexpr std::int32_t clientCallNotification = 13;  // a request of another client
+
+}  // namespace
+
+void Initialize(std::int32_t code) {
+    Q_ApiRuntimeSetup();
+    Q_ApiSetTextMode(1);
+    Q_SetEncoding("UTF-8");
+    // The host expects a client of this kind to watch 53 and 97 as well; their deliveries are let pass.
+    Q_ApiWatchNotification(53, 1);
+    Q_ApiWatchNotification(97, 1);
+    Q_ApiWatchNotification(clientCallNotification, 1);
+}
+
+void Notify(std::int32_t number, std::uint32_t objectId, const char* text, std::int32_t integer) {
+    if (number == clientCallNotification) {
+        HandleRequest(text);
+    }
+}
+
+void Command(std::int32_t command) {}
+
+void DialogEvent(std::int32_t first, std::int32_t second, std::int32_t third) {}
+
+}  // namespace ventrix

@@ -1,0 +1,186 @@
+#include "pipeline/packaging.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "pipeline/reference_scan.h"
+#include "support/linked_host.h"
+#include "support/log_lines.h"
+#include "support/test_drives.h"
+
+namespace ventrix {
+namespace {
+
+using test::operator+;
+using test::Document;
+using test::Graphic;
+using test::HostValue;
+using test::Lines;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Packaging : public testing::Test {
+  protected:
+    void SetUp() override {
+        referenceCache = {};
+        drives.Write(R"(C:\out\old.txt)", "from an earlier run");
+        for (const char* path : {R"(C:\src\maps\guide.ditamap)", R"(C:\src\topics\a.dita)",
+                                 R"(C:\src\images\p.png)", R"(D:\images\far.png)", R"(D:\b.dita)",
+                                 R"(\\server\one\s.xml)", R"(\\server\two\t.xml)", R"(C:\out\inside.dita)"}) {
+            drives.Write(path, path);
+        }
+    }
+
+    /// Runs PackageFiles for document 7 into C:\out\, with the cache empty.
+    int Package(const std::string& documentPath, std::vector<HostValue> files) {
+        referenceCache = {};
+        host.documents[7] = {documentPath, std::move(files)};
+        packagedFiles.clear();
+        packagedDocument.clear();
+        return PackageFiles(7, R"(C:\out\)", R"(C:\log.txt)", packagedFiles, packagedDocument);
+    }
+
+    Lines Log() const { return test::LinesOf(drives.Read(R"(C:\log.txt)")); }
+
+    test::TestDrives drives;
+    test::LinkedHost host;
+    FileList packagedFiles;
+    Path packagedDocument;
+};
+
+TEST_F(Packaging, FilesAreRebasedOnTheirCommonFolder) {
+    const std::string guide = R"(C:\src\maps\guide.ditamap)";
+    EXPECT_EQ(Package(guide, {Graphic(R"(C:\src\images\p.png)"), Document(guide),
+                              Document(R"(C:\src\topics\a.dita)")}),
+              0);
+    EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\maps\guide.ditamap)", R"(C:\out\topics\a.dita)",
+                                           R"(C:\out\images\p.png)"))
+        << "documents first";
+    EXPECT_EQ(packagedDocument, R"(C:\out\maps\guide.ditamap)");
+    EXPECT_THAT(drives.Tree(R"(C:\out\)"), ElementsAre("images\\", "images\\p.png", "maps\\",
+                                                       "maps\\guide.ditamap", "topics\\", "topics\\a.dita"));
+    EXPECT_EQ(drives.Read(R"(C:\out\topics\a.dita)"), R"(C:\src\topics\a.dita)");
+    EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(Packaging, ASingleDocumentLandsInTheOutputFolderItself) {
+    EXPECT_EQ(Package(R"(D:\b.dita)", {Document(R"(D:\b.dita)")}), 0);
+    EXPECT_EQ(packagedDocument, R"(C:\out\b.dita)");
+}
+
+TEST_F(Packaging, MissingFilesShapeTheCommonFolderAndAreNotPackaged) {
+    const std::string guide = R"(C:\src\maps\guide.ditamap)";
+    EXPECT_EQ(Package(guide, {Document(guide), Document(R"(C:\elsewhere\missing.dita)")}), 0);
+    EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\src\maps\guide.ditamap)"));
+    EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(Packaging, SharesOfOneServerAreOneRoot) {
+    EXPECT_EQ(Package(R"(\\server\one\s.xml)",
+                      {Document(R"(\\server\one\s.xml)"), Document(R"(\\server\two\t.xml)")}),
+              0);
+    EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\one\s.xml)", R"(C:\out\two\t.xml)"));
+}
+
+TEST_F(Packaging, GraphicsOnAnotherRootStayBehindWithOneWarning) {
+    const std::string guide = R"(C:\src\maps\guide.ditamap)";
+    EXPECT_EQ(
+        Package(guide, {Document(guide), Graphic(R"(D:\images\far.png)"), Graphic(R"(D:\images\far2.png)")}),
+        0);
+    EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\guide.ditamap)"));
+    EXPECT_EQ(Log(), Lines{"Achtung:" + test::rootsText});
+}
+
+TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
+    const auto refused = [](const Lines& paths) {
+        return test::Section("Fehler:Liste der beschädigten Links", paths);
+    };
+    const std::string guide = R"(C:\src\maps\guide.ditamap)";
+    const struct {
+        const char* name;
+        std::string document;
+        std::vector<HostValue> files;
+        int status;
+        Lines log;
+    } rows[] = {
+        {"documents on two drives",
+         guide,
+         {Document(guide), Document(R"(D:\b.dita)")},
+         packageOnSeveralRoots,
+         {"Fehler:" + test::rootsText}},
+        {"a drive in two spellings",
+         guide,
+         {Document(guide), Document(R"(c:\src\topics\a.dita)")},
+         packageOnSeveralRoots,
+         {"Fehler:" + test::rootsText}},
+        {"no references", guide, {}, packageUnsafe, refused({guide})},
+        {"graphics alone",
+         guide,
+         {Graphic(R"(C:\src\images\p.png)")},
+         packageUnsafe,
+         Lines{"Achtung:" + test::rootsText} + refused({guide})},
+        {"names without a folder",
+         "a.dita",
+         {Document("a.dita"), Document("b.dita")},
+         packageUnsafe,
+         refused({"a.dita"})},
+        {"the document is not among its references",
+         guide,
+         {Document(R"(C:\src\topics\a.dita)")},
+         packageUnsafe,
+         refused({guide})},
+        {"nor is one beside the package",
+         R"(D:\b.dita)",
+         {Document(guide)},
+         packageUnsafe,
+         refused({R"(D:\b.dita)"})},
+        {"the host does not know the document's path", "", {Document(guide)}, packageUnsafe, refused({""})},
+        {"sources in the output folder",
+         R"(C:\out\inside.dita)",
+         {Document(R"(C:\out\inside.dita)"), Document(guide)},
+         packageUnsafe,
+         refused({R"(C:\out\inside.dita)"})},
+    };
+    const auto before = drives.Tree(R"(C:\out\)");
+    for (const auto& row : rows) {
+        std::filesystem::remove(drives.Native(R"(C:\log.txt)"));
+        EXPECT_EQ(Package(row.document, row.files), row.status) << row.name;
+        EXPECT_EQ(Log(), row.log) << row.name;
+        EXPECT_EQ(drives.Tree(R"(C:\out\)"), before) << row.name;
+        EXPECT_THAT(packagedFiles, IsEmpty()) << row.name;
+        EXPECT_EQ(packagedDocument, "") << row.name;
+    }
+}
+
+TEST_F(Packaging, WithoutALogNothingIsScanned) {
+    host.calls.clear();
+    EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\no\log.txt)", packagedFiles, packagedDocument),
+              packageWithoutLog);
+    EXPECT_THAT(host.calls, IsEmpty());
+    EXPECT_TRUE(drives.Exists(R"(C:\out\old.txt)"));
+}
+
+TEST_F(Packaging, GraphicsTakeTheirPlaceRelativeToTheFirstDocument) {
+    const std::string guide = R"(C:\src\maps\guide.ditamap)";
+    drives.Write(R"(C:\src\maps\beside.png)", "new");
+    drives.Write(R"(C:\res\pages\beside.png)", "kept");
+    host.documents[7] = {guide,
+                         {Graphic(R"(C:\src\images\p.png)"), Document(guide),
+                          Document(R"(C:\src\topics\a.dita)"), Graphic(R"(D:\images\far.png)"),
+                          Graphic(R"(C:\src\maps\beside.png)"), Graphic(R"(C:\src\images\missing.png)")}};
+    EXPECT_EQ(PlaceGraphics(7, R"(C:\res\pages\)"), 0);
+    EXPECT_THAT(drives.Tree(R"(C:\res\)"),
+                ElementsAre("images\\", "images\\p.png", "pages\\", "pages\\beside.png"));
+    EXPECT_EQ(drives.Read(R"(C:\res\pages\beside.png)"), "kept");
+    EXPECT_EQ(drives.Read(R"(D:\images\far.png)"), R"(D:\images\far.png)");
+}
+
+TEST(ResolveInFolder, JoinsAndResolves) {
+    EXPECT_EQ(ResolveInFolder(R"(C:\out\)", R"(..\images\p.png)"), R"(C:\images\p.png)");
+    EXPECT_EQ(ResolveInFolder(R"(C:\out\build\\xhtml\)", R"(a\b.png)"), R"(C:\out\build\xhtml\a\b.png)");
+    EXPECT_EQ(ResolveInFolder(R"(C:\out\)", R"(D:\p.png)"), R"(D:\p.png)");
+    EXPECT_EQ(ResolveInFolder(R"(C:\out\)", ""), "");
+}
+
+}  // namespace
+}  // namespace ventrix

@@ -1,0 +1,63 @@
+#include "pipeline/report_log.h"
+
+#include <gtest/gtest.h>
+
+#include "support/linked_host.h"
+#include "support/log_lines.h"
+#include "support/test_drives.h"
+
+namespace ventrix {
+namespace {
+
+using test::operator+;
+
+class ReportLogFile : public testing::Test {
+  protected:
+    test::TestDrives drives;
+    test::LinkedHost host;  // brings up the texts
+};
+
+TEST_F(ReportLogFile, LinesEndInCarriageReturnAndLineFeed) {
+    {
+        ReportLog log = OpenReportLog(R"(C:\log.txt)");
+        ASSERT_TRUE(log.IsOpen());
+        LogMessageAndText(log, severityProgress, messageEncodingFile, R"(C:\grün.xml)");
+        LogBlankLine(log);
+        LogMessage(log, severityError, messageSeveralRoots);
+    }
+    EXPECT_EQ(drives.Read(R"(C:\log.txt)"),
+              "Logarithmus:Datei wird codiert...C:\\grün.xml\r\n\r\nFehler:" + test::rootsText + "\r\n");
+}
+
+TEST_F(ReportLogFile, EveryFormOfLineStandsInItsOwnWords) {
+    ReportLog log = OpenReportLog(R"(C:\log.txt)");
+    LogMessage(log, severityWarning, messageBrokenLinks);
+    LogMessage(log, 4, messageInputFile);
+    LogMessage(log, severityError, 99);
+    LogRule(log);
+    LogSection(log, {}, severityError, messageBrokenLinks);
+    LogSection(log, {"b", "a", "b"}, severityProgress, messageValidFiles);
+    const test::Lines expected = test::Lines{test::brokenLine, "Eingabedatei:", "Fehler:", test::ruleLine} +
+                                 test::Section(test::validLine, {"b", "a", "b"});
+    EXPECT_EQ(test::LinesOf(drives.Read(R"(C:\log.txt)")), expected) << "read while the log is still open";
+}
+
+TEST_F(ReportLogFile, LaterOpensAppend) {
+    for (const char* text : {"one", "two"}) {
+        ReportLog log = OpenReportLog(R"(C:\log.txt)");
+        LogMessageAndText(log, severityNone, messageInputFile, text);
+    }
+    EXPECT_EQ(drives.Read(R"(C:\log.txt)"), "Eingabedatei:one\r\nEingabedatei:two\r\n");
+}
+
+TEST_F(ReportLogFile, ALogThatDidNotOpenSwallowsItsLines) {
+    for (const char* path : {"", R"(C:\no\folder\log.txt)", R"(C:\)"}) {
+        ReportLog log = OpenReportLog(path);
+        EXPECT_FALSE(log.IsOpen()) << path;
+        LogSection(log, {"a"}, severityError, messageBrokenLinks);
+    }
+    EXPECT_TRUE(drives.Tree(R"(C:\)").empty());
+}
+
+}  // namespace
+}  // namespace ventrix

@@ -1,0 +1,55 @@
+// The lines of a report log as a reader sees them, and the text of a whole log.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ventrix::test {
+
+using Lines = std::vector<std::string>;
+
+inline const std::string ruleLine(62, '*');
+inline const std::string triedLine = "Es wird versucht, alle Dateien zu verpacken, auf die verwiesen wird...";
+inline const std::string validLine = "Logarithmus:Liste der gültigen Dateien";
+inline const std::string brokenLine = "Achtung:Liste der beschädigten Links";
+inline const std::string unsavedLine = "Achtung:Liste der ungespeicherten Dateien";
+inline const std::string rootsText =
+    "Einige Dateien, auf die verwiesen wird, befinden sich auf mehreren Laufwerken und können nicht verpackt "
+    "werden!";
+inline const std::string encodeHeading = "Es wird versucht, XML-Dateien zu codieren...";
+inline const std::string decodeHeading = "Es wird versucht, Ausgabedateien zu decodieren...";
+
+/// A section of a log: blank line, title, and the paths between two rules.
+inline Lines Section(const std::string& title, const Lines& paths) {
+    Lines lines = {"", title, ruleLine};
+    lines.insert(lines.end(), paths.begin(), paths.end());
+    lines.push_back(ruleLine);
+    return lines;
+}
+
+/// The heading of a coding step.
+inline Lines Heading(const std::string& text) {
+    return {"", text, ruleLine};
+}
+
+inline Lines operator+(Lines lines, const Lines& more) {
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+}
+
+/// Cuts a log's bytes at CR LF. A line that ends otherwise keeps what it ends with, and the last piece is no
+/// line.
+inline Lines LinesOf(const std::string& bytes) {
+    Lines lines;
+    std::size_t start = 0;
+    for (auto end = bytes.find("\r\n"); end != std::string::npos; end = bytes.find("\r\n", start)) {
+        lines.push_back(bytes.substr(start, end - start));
+        start = end + 2;
+    }
+    if (start != bytes.size()) {
+        lines.push_back("(not ended) " + bytes.substr(start));
+    }
+    return lines;
+}
+
+}  // namespace ventrix::test
