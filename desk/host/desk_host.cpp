@@ -173,7 +173,8 @@ bool DeskHost::Impl::Enter(const std::string& line, HRESULT& result, std::int32_
     calls.push_back(line);
     const HostScript::Method method{Method::interfaceNumber, Method::index};
     const auto failure = script.failures.find(method);
-    result = failure == script.failures.end() ? S_OK : failure->second;
+    const HRESULT usual = script.busy && script.busy() ? RPC_E_SERVERCALL_RETRYLATER : S_OK;
+    result = failure == script.failures.end() ? usual : failure->second;
     if (status != nullptr) {
         const auto scripted = script.statuses.find(method);
         *status = scripted == script.statuses.end() ? 0 : scripted->second;
@@ -185,10 +186,13 @@ HRESULT DeskHost::Impl::Register(void* self, IUnknown* object, std::uint32_t wor
                                  const Q_PropList* description) {
     Impl& host = Of(self);
     HRESULT result;
-    host.registeredName = ReadTextProperty(description, ClientNameProperty);
-    if (!host.Enter<RegisterClientMethod>("Register " + host.registeredName, result) ||
-        host.script.dropsNotifications) {
+    const std::string name = ReadTextProperty(description, ClientNameProperty);
+    if (!host.Enter<RegisterClientMethod>("Register " + name, result)) {
         return result;
+    }
+    host.registeredName = name;
+    if (host.script.dropsNotifications) {
+        return S_OK;
     }
     void* side = nullptr;
     if (SUCCEEDED(object->QueryInterface(Notifications0Id, &side))) {
@@ -403,6 +407,12 @@ void DeskHost::Notify(std::int32_t number, std::uint32_t objectId, const char* t
 
 IUnknown* DeskHost::Root() {
     return impl_->sides.Root();
+}
+
+void DeskHost::InitializeClient() {
+    if (impl_->notifications != nullptr) {
+        impl_->notifications->Initialize(0);
+    }
 }
 
 const std::string& DeskHost::RegisteredName() const {

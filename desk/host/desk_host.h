@@ -28,6 +28,7 @@ struct HostScript {
     std::map<Method, HRESULT> failures;       ///< Results that a method gives instead of working.
     std::map<Method, std::int32_t> statuses;  ///< Statuses that a method reports instead of working.
     bool dropsNotifications = false;          ///< The registration takes no reference.
+    std::function<bool()> busy;               ///< While it says so, every call is to be made again later.
     std::function<void()> beforeClientCall;   ///< Runs inside each client call, before the client.
 };
 
@@ -70,6 +71,9 @@ class DeskHost {
 
     /// The root object, for a client that connects by itself. The reference stays the host's.
     IUnknown* Root();
+
+    /// Calls Initialize of a client that connected by itself.
+    void InitializeClient();
 
     /// What the client said of itself when it registered: its name. Empty before.
     const std::string& RegisteredName() const;

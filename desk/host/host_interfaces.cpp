@@ -5,10 +5,6 @@
 namespace ventrix::desk {
 namespace {
 
-HRESULT NotImplemented(void* self) {
-    return E_NOTIMPL;
-}
-
 HostSides& OwnerOf(void* self) {
     return *static_cast<HostSide*>(self)->owner;
 }
@@ -16,17 +12,16 @@ HostSides& OwnerOf(void* self) {
 }  // namespace
 
 HostMethodTable::HostMethodTable() {
-    slots.fill(reinterpret_cast<void*>(&NotImplemented));
-    slots[0] = reinterpret_cast<void*>(&HostSides::QueryInterface);
-    slots[1] = reinterpret_cast<void*>(&HostSides::AddRef);
-    slots[2] = reinterpret_cast<void*>(&HostSides::Release);
+    Set<QueryInterfaceMethod>(&HostSides::QueryInterface);
+    Set<AddRefMethod>(&HostSides::AddRef);
+    Set<ReleaseMethod>(&HostSides::Release);
 }
 
 HostSides::HostSides(const std::array<HostMethodTable, HostInterfaceCount + 1>& tables, void* host,
                      std::set<unsigned> missing)
     : missing_(std::move(missing)), host_(host) {
     for (unsigned number = 0; number < sides_.size(); ++number) {
-        sides_[number] = {tables[number].slots.data(), this, number};
+        sides_[number] = {tables[number].Slots(), this, number};
     }
 }
 

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "bridge/contract/host_interfaces.h"
+#include "bridge/contract/method_table.h"
 #include "platform/com.h"
 
 namespace ventrix::desk {
@@ -21,17 +22,9 @@ struct HostSide {
     unsigned number;
 };
 
-/// The method table of one interface: IUnknown's three methods and E_NOTIMPL in all other slots.
-struct HostMethodTable {
-    std::array<void*, HostMethodSlots> slots;
-
+/// The method table of one interface, with IUnknown's three methods set.
+struct HostMethodTable : ventrix::HostMethodTable {
     HostMethodTable();
-
-    /// Puts a method of the contract in its slot.
-    template <class Method>
-    void Set(typename Method::Type* function) {
-        slots[Method::index] = reinterpret_cast<void*>(function);
-    }
 };
 
 /// The 19 sides of one host. The host outlives every reference to them.

@@ -7,28 +7,35 @@
 
 namespace ventrix {
 
-void EnterApartment() {
-    // What an attempt without success left in place serves the next one.
-    if (connection.apartmentOwned) {
-        return;
+namespace {
+
+void ForgetFilter() {
+    IMessageFilter* filter = std::exchange(connection.messageFilter, nullptr);
+    if (filter != nullptr) {
+        filter->Release();
     }
+}
+
+}  // namespace
+
+void EnterApartment() {
     const HRESULT entered = CoInitialize(nullptr);
-    connection.apartmentOwned = entered == S_OK;
-    if (connection.apartmentOwned) {
+    if (entered == S_OK) {
+        connection.apartmentOwned = true;
+        ForgetFilter();
         connection.messageFilter = new DefaultClientMessageFilterC;
         CoRegisterMessageFilter(connection.messageFilter, nullptr);
     } else if (SUCCEEDED(entered)) {
-        // Somebody else's apartment: it is not to be held open for long.
+        // The apartment is somebody else's, or an earlier attempt of ours left it: one entry is enough.
         CoUninitialize();
     }
 }
 
 void LeaveApartment() {
-    IMessageFilter* filter = std::exchange(connection.messageFilter, nullptr);
-    if (filter != nullptr) {
+    if (connection.messageFilter != nullptr) {
         // While the apartment is still there: outside it the platform would keep the filter.
         CoRegisterMessageFilter(nullptr, nullptr);
-        filter->Release();
+        ForgetFilter();
     }
     if (std::exchange(connection.apartmentOwned, false)) {
         CoUninitialize();

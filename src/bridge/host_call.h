@@ -17,23 +17,22 @@ bool AcceptHostResult(HRESULT result);
 /// False for a status that is not 0, which goes to Q_ApiLastError.
 bool AcceptHostStatus(std::int32_t status);
 
-/// Calls the method of an interface that is held. The platform's result.
+/// Calls the method of an interface that is held; again while the host is busy and the thread's message
+/// filter says so. The platform's result of the last attempt.
 template <class Method, class... Arguments>
 HRESULT CallMethod(IUnknown* side, Arguments... arguments) {
     void* const* methods = *reinterpret_cast<void* const* const*>(side);
     auto* function = reinterpret_cast<typename Method::Type*>(methods[Method::index]);
-    return function(side, arguments...);
+    return platform::CallServer([&] { return function(side, arguments...); });
 }
 
-/// Whether the call, or one that the message filter asked for after it, reached the host and came back. On
-/// false Q_ApiLastError is set and out-arguments may hold anything that the host wrote.
+/// Whether the call reached the host and came back. On false Q_ApiLastError is set and out-arguments may hold
+/// anything that the host wrote.
 template <class Method, class... Arguments>
 bool CallHost(Arguments... arguments) {
     IUnknown* side = HostInterface(Method::interfaceNumber);
-    if (side == nullptr) {
-        return AcceptHostResult(E_NOINTERFACE);
-    }
-    return AcceptHostResult(platform::CallServer([&] { return CallMethod<Method>(side, arguments...); }));
+    // The code of a missing interface: any failure but that of a busy host.
+    return AcceptHostResult(side == nullptr ? E_NOINTERFACE : CallMethod<Method>(side, arguments...));
 }
 
 }  // namespace ventrix

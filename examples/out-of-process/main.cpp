@@ -1,0 +1,87 @@
+// Starts a host, lets the word counter find it as a running one, and prints what came of it.
+//   word_counter [--server NAME] [--busy MILLISECONDS] TEXT...
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bridge/contract/host_interfaces.h"
+#include "platform/wide_text.h"
+#include "running_host.h"
+#include "word_counter.h"
+
+namespace {
+
+using Steady = std::chrono::steady_clock;
+
+struct Options {
+    std::string server;
+    int busyMilliseconds = 0;
+    std::vector<std::string> texts;
+};
+
+Options ReadOptions(const std::vector<std::string>& arguments) {
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const bool hasValue = i + 1 < arguments.size();
+        if (arguments[i] == "--server" && hasValue) {
+            options.server = arguments[++i];
+        } else if (arguments[i] == "--busy" && hasValue) {
+            options.busyMilliseconds = std::atoi(arguments[++i].c_str());
+        } else {
+            options.texts.push_back(arguments[i]);
+        }
+    }
+    return options;
+}
+
+ventrix::example::RunningHostSettings HostSettings(const Options& options) {
+    ventrix::example::RunningHostSettings settings;
+    settings.classId = ventrix::HostClassId;
+    settings.server = ventrix::platform::WideFromUtf8(options.server);
+    settings.busy = [end = Steady::now() + std::chrono::milliseconds(options.busyMilliseconds)] {
+        return Steady::now() < end;
+    };
+    settings.clientName = "Word counter";
+    for (const std::string& text : options.texts) {
+        settings.commands.push_back("Count " + text);
+    }
+    return settings;
+}
+
+// The client has a thread of its own, as it would have a process.
+std::int32_t RunClient(const std::string& server) {
+    std::int32_t result = 1;
+    std::thread client(
+        [&] { result = ventrix::example::RunWordCounter(server.empty() ? nullptr : server.c_str()); });
+    client.join();
+    return result;
+}
+
+void PrintAnswer(const ventrix::example::Answer& answer) {
+    const bool complete = answer && answer->size() == 2;
+    std::printf("answer: %s\n", complete ? std::get<std::string>(answer->back()).c_str() : "none");
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    const Options options = ReadOptions({arguments + 1, arguments + count});
+    if (options.texts.empty()) {
+        std::fputs("usage: word_counter [--server NAME] [--busy MILLISECONDS] TEXT...\n", stderr);
+        return 2;
+    }
+    ventrix::example::RunningHost host(HostSettings(options));
+    if (RunClient(options.server) != 0) {
+        std::fputs("word_counter: no running host was found; is QLGUID set to another class?\n", stderr);
+        return 1;
+    }
+    std::printf("connected as: %s\n", host.Host().RegisteredName().c_str());
+    for (const ventrix::example::Answer& answer : host.Answers()) {
+        PrintAnswer(answer);
+    }
+    std::printf("console: %s", host.Console().c_str());
+    return 0;
+}

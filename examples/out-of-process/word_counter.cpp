@@ -1,0 +1,80 @@
+#include "word_counter.h"
+
+#include <sstream>
+#include <string>
+
+#include "bridge/callbacks.h"
+#include "bridge/connection.h"
+#include "bridge/host/operations.h"
+#include "bridge/out_of_process.h"
+#include "bridge/values.h"
+#include "kit/encodings.h"
+#include "kit/format.h"
+#include "kit/strings.h"
+
+namespace ventrix {
+namespace {
+
+constexpr std::int32_t clientCall = 13;
+constexpr std::int32_t unknownCommand = -43;
+constexpr char countCommand[] = "Count ";
+
+int CountWords(const char* text) {
+    std::istringstream words(text);
+    std::string word;
+    int count = 0;
+    while (words >> word) {
+        ++count;
+    }
+    return count;
+}
+
+void Answer(std::int32_t status, const std::string& sentence) {
+    Q_Value values[2] = {};
+    values[0].tag = Q_IntegerTag;
+    values[0].number = status;
+    values[1].tag = Q_TextTag;
+    values[1].text = Q_CopyTextOrEmpty(sentence.c_str());
+    const Q_ValueList reply = {2, values};
+    Q_ValueList back = Q_ApiSendCallReply(&reply);
+    Q_ApiFreeValueList(&back);
+    Q_ApiFreeValue(&values[1]);
+}
+
+void HandleCommand(const char* command) {
+    if (!Q_StrPrefix(command, countCommand)) {
+        Answer(unknownCommand, "");
+        return;
+    }
+    const int words = CountWords(command + sizeof countCommand - 1);
+    // No channel: the text goes to the host's console. A busy host is called again until it has time.
+    Q_Print(nullptr, "Word counter: %d words\n", words);
+    Answer(0, std::to_string(words) + " words");
+}
+
+}  // namespace
+
+// The client's own callbacks. The others are the kit's.
+
+void Initialize(std::int32_t) {
+    Q_ApiRuntimeSetup();
+    Q_ApiSetTextMode(1);
+    Q_SetEncoding("UTF-8");
+    Q_ApiWatchNotification(clientCall, 1);
+}
+
+void Notify(std::int32_t number, std::uint32_t, const char* text, std::int32_t) {
+    if (number == clientCall) {
+        HandleCommand(text);
+    }
+}
+
+namespace example {
+
+std::int32_t RunWordCounter(const char* serverName) {
+    // The loop connects by itself where it has to; a server can be named only here.
+    return Q_ApiConnectHost(nullptr, serverName, nullptr) == 0 ? Q_ApiRunClient() : 1;
+}
+
+}  // namespace example
+}  // namespace ventrix
