@@ -6,6 +6,7 @@
 
 #include "desk/clients/builtin_toolkit.h"
 #include "desk/clients/client_command.h"
+#include "desk/clients/installed_toolkit.h"
 #include "desk/documents/reference_path.h"
 #include "platform/drives.h"
 
@@ -18,12 +19,13 @@ std::string DocumentOf(const std::string& id, const HostServices& host) {
     return host.documentPath ? platform::ToNative(host.documentPath(number)) : std::string();
 }
 
-std::string Run(const DitaOtSettings& settings, const DitaRun& run) {
+std::string Run(const DitaOtSettings& settings, const DitaRun& run, const std::string& logFile) {
     run.log("document " + run.document);
     if (!run.ditaval.empty()) {
         run.log("filter " + run.ditaval);
     }
-    return RunBuiltinToolkit(run, settings.dataFolder + "/dita-to-xhtml.xsl");
+    return settings.toolkit == "builtin" ? RunBuiltinToolkit(run, settings.dataFolder + "/dita-to-xhtml.xsl")
+                                         : RunInstalledToolkit(run, settings.toolkit, logFile);
 }
 
 /// Empty after a success.
@@ -41,7 +43,9 @@ std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& comm
     std::error_code error;
     std::filesystem::create_directories(folder + "xhtml", error);
     record.logFile = folder + "buildlog-xhtml.txt";
-    std::ofstream log(record.logFile);
+    std::filesystem::remove(record.logFile, error);
+    // A toolkit appends to the same file.
+    std::ofstream log(record.logFile, std::ios::app);
     if (!log) {
         record.logFile.clear();
         return folder + " cannot be written";
@@ -50,7 +54,7 @@ std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& comm
                       .ditaval = platform::ToNative(OptionOf(command, "-filter")),
                       .pages = folder + "xhtml/",
                       .log = [&log](const std::string& line) { log << line << std::endl; }};
-    const std::string reason = Run(settings, run);
+    const std::string reason = Run(settings, run, record.logFile);
     run.log(reason.empty() ? "done" : "failed: " + reason);
     return reason;
 }
