@@ -70,7 +70,9 @@ std::uint32_t ReadBytes(Q_Channel& channel, char* buffer, std::uint32_t count) {
     std::uint32_t done = ServeFromBuffer(channel, buffer, count);
     if (done < count) {
         done += ReadFromStream(channel, buffer + done, count - done);
-        channel.atEnd = done < count ? 1 : channel.atEnd;
+    }
+    if (done < count) {
+        channel.atEnd = 1;
     }
     return done;
 }

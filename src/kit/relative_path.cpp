@@ -29,11 +29,9 @@ std::string_view Trimmed(std::string_view text) {
     return text;
 }
 
-// The base's folder without its last separator, which only a bare root keeps.
+// The base's folder without its last separator.
 std::string_view FolderOf(const char* base) {
-    const std::string_view folder(base, static_cast<std::size_t>(Q_LeafOf(base) - base));
-    const std::string_view trimmed = Trimmed(folder);
-    return trimmed.empty() || IsDrive(trimmed) ? folder : trimmed;
+    return Trimmed(std::string_view(base, static_cast<std::size_t>(Q_LeafOf(base) - base)));
 }
 
 std::string_view UrlFolderOf(const char* base) {
@@ -74,7 +72,7 @@ std::string UpAndDown(std::string_view path, std::string_view folder, std::size_
     if (start == 0) {
         return std::string(path);
     }
-    const std::string_view left = folder.substr(std::min(start - 1, folder.size()));
+    const std::string_view left = folder.substr(start - 1);
     const auto levels = static_cast<std::size_t>(std::count_if(left.begin(), left.end(), Q_IsSeparator));
     if (levels * up.size() > mostUpBytes) {
         return std::string(path);

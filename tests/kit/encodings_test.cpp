@@ -65,6 +65,7 @@ TEST(Utf8, LengthAndUnitsOfASequence) {
         {"\x80", 1, false, u"\x0080"},
         {"\xE6\xBC", 3, false, u"\x6F00"},  // cut off: read as if zero bits followed
         {"\xC3", 2, false, u"\x00C0"},
+        {"\xF1", 4, false, u"\xD8C0\xDC00"},
         {"\xC3(", 2, false, u"\x00E8"},
     };
     for (const Row& row : rows) {

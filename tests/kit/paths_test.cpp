@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <random>
 #include <string>
 
 #include "kit/file_path.h"
@@ -167,12 +169,39 @@ TEST(RelativePath, RelatesToTheFolderOfTheBase) {
     EXPECT_DEATH(MakePathRelative(nullptr, "C:\\a"), "");
 }
 
+std::string RandomFolder(std::mt19937& random) {
+    constexpr const char* names[] = {"a", "ab", "b", "B", "ä", "a b", "abc"};
+    std::string folder = "C:\\";
+    for (auto left = random() % 5; left > 0; --left) {
+        folder += std::string(names[random() % std::size(names)]) + "\\";
+    }
+    return folder;
+}
+
+// Wherever the two lie on one drive, the relative path leads from the base's folder to the path.
+TEST(RelativePath, LeadsBackToThePath) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 20000; ++round) {
+        const std::string folder = RandomFolder(random);
+        const std::string path = RandomFolder(random) + "file";
+        const std::string relative = RelativeTo(path, folder + "base.xml");
+        ASSERT_FALSE(Q_IsAbsolutePath(relative.c_str())) << path << " from " << folder;
+        ASSERT_TRUE(Q_StrIEqual(JoinPath(folder, relative).c_str(), path.c_str()))
+            << path << " from " << folder;
+        const std::string portable = Take(Q_NativeToPortable(path.c_str(), nullptr));
+        ASSERT_EQ(Take(Q_PortableToNative(portable.c_str())), path);
+    }
+}
+
 TEST(RelativePath, OutcomesThatDoNotFitChangeNothing) {
     std::string deep = "C:\\";
-    for (int level = 0; level < 1400; ++level) {
+    std::string up;
+    for (int level = 0; level < 1364; ++level) {
         deep += "d\\";
+        up += "..\\";
     }
-    EXPECT_EQ(RelativeTo("C:\\x", deep), "C:\\x");
+    EXPECT_EQ(RelativeTo("C:\\", deep), up);
+    EXPECT_EQ(RelativeTo("C:\\", deep + "d\\"), "C:\\");
     const std::string wide = "C:\\" + std::string(4080, 'x');
     EXPECT_EQ(RelativeTo(wide, "C:\\a\\b\\c\\d\\e\\f\\g\\"), wide);
     EXPECT_EQ(RelativeTo(std::string(5000, 'x'), "C:\\a\\"), std::string(4094, 'x'));
