@@ -1,0 +1,19 @@
+#include "desk/cli/installation.h"
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+
+Installation FindInstallation() {
+    std::error_code error;
+    const fs::path bin = fs::read_symlink("/proc/self/exe", error).parent_path();
+    const fs::path share = bin.parent_path() / "share" / "ventrix";
+    if (fs::is_directory(share, error)) {
+        return {(bin.parent_path() / "lib" / "ventrix" / "Ventrix.so").string(), share.string()};
+    }
+    return {(bin.parent_path() / "src" / "Ventrix.so").string(), (bin / "installation").string()};
+}
+
+}  // namespace ventrix::desk

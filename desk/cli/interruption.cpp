@@ -1,0 +1,40 @@
+#include "desk/cli/interruption.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+
+#include "desk/cli/exit_status.h"
+#include "desk/cli/output_folder.h"
+
+namespace ventrix::desk {
+namespace {
+
+std::atomic<const char*> markName = nullptr;
+
+extern "C" void EndInterrupted(int) {
+    if (const char* name = markName.load(); name != nullptr) {
+        MarkOutput(name);
+    }
+    constexpr char text[] = "\ninterrupted\n";
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, text, sizeof text - 1);
+    _exit(ExitInterrupted);
+}
+
+}  // namespace
+
+void WatchInterruptions() {
+    std::signal(SIGINT, EndInterrupted);
+    std::signal(SIGTERM, EndInterrupted);
+}
+
+InterruptionMark::InterruptionMark(std::string fileName) : fileName_(std::move(fileName)) {
+    markName = fileName_.c_str();
+}
+
+InterruptionMark::~InterruptionMark() {
+    markName = nullptr;
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,87 @@
+#include "desk/cli/output_folder.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "platform/drives.h"
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+namespace {
+
+/// Where links lead counts, not how a path is written.
+fs::path Real(const fs::path& path) {
+    std::error_code error;
+    const fs::path real = fs::weakly_canonical(path, error);
+    return error ? path.lexically_normal() : real;
+}
+
+bool IsBelowOrEqual(const fs::path& path, const fs::path& folder) {
+    const fs::path relative = path.lexically_relative(folder);
+    return !relative.empty() && *relative.begin() != "..";
+}
+
+std::vector<fs::path> ProtectedFolders() {
+    std::vector<fs::path> folders{"/"};
+    if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
+        folders.push_back(Real(home));
+    }
+    for (const platform::Drive& drive : platform::ProcessDrives()) {
+        folders.push_back(Real(drive.folder));
+    }
+    return folders;
+}
+
+}  // namespace
+
+std::string OutputMarkName(const std::string& folder) {
+    return (fs::path(folder) / ".ventrix-result").string();
+}
+
+std::string OutputRefusal(const std::string& folder, const std::vector<std::string>& inputs, bool force) {
+    std::error_code error;
+    const fs::path real = Real(folder);
+    if (fs::exists(real, error) && !fs::is_directory(real, error)) {
+        return "is no folder";
+    }
+    for (const fs::path& home : ProtectedFolders()) {
+        if (IsBelowOrEqual(home, real)) {
+            return "is or holds a home folder or a root; name a folder of its own for the result";
+        }
+    }
+    for (const std::string& input : inputs) {
+        if (!input.empty() && IsBelowOrEqual(Real(input), real)) {
+            return "holds " + input + ", which would be deleted; name a folder of its own for the result";
+        }
+    }
+    if (!force && fs::is_directory(real, error) && !fs::is_empty(real, error) &&
+        !fs::exists(OutputMarkName(folder), error)) {
+        return "is not empty and was not made by an earlier run; --force empties it";
+    }
+    return {};
+}
+
+std::string PrepareOutput(const std::string& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) {
+        return "cannot be created: " + error.message();
+    }
+    if (access(folder.c_str(), W_OK | X_OK) != 0) {
+        return "cannot be written";
+    }
+    return {};
+}
+
+void MarkOutput(const char* markName) {
+    const int file = open(markName, O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    if (file >= 0) {
+        close(file);
+    }
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,240 @@
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "desk/cli/commands.h"
+#include "desk/cli/exit_status.h"
+#include "desk/cli/interruption.h"
+#include "desk/cli/output_folder.h"
+#include "desk/cli/published_pages.h"
+#include "desk/cli/request_text.h"
+#include "desk/cli/run_log.h"
+#include "desk/cli/session.h"
+#include "platform/drives.h"
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::int32_t Refused = -43;
+
+struct Outcome {
+    Reply reply;
+    RunLog log;
+    std::string output, logName, resultFolder, buildLog;  ///< Native.
+    std::vector<std::string> missing;                     ///< Referenced files that could not be packaged.
+    PublishedPages pages;
+    bool transforms = false;
+};
+
+void RequireFile(const char* option, const std::string& file) {
+    std::error_code error;
+    if (!file.empty() && !fs::is_regular_file(file, error)) {
+        throw Stop{ExitUsage, std::string(option) + ": " + file + " is no file that can be read"};
+    }
+}
+
+void CheckInputs(const PublishOptions& publish) {
+    RequireFile("--xslt", publish.xslt);
+    RequireFile("--ditaval", publish.ditaval);
+    RequireFile("--pre-script", publish.preScript);
+    RequireFile("--post-script", publish.postScript);
+}
+
+bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
+    if (publish.ditaOt || !publish.xslt.empty() || !publish.preScript.empty() ||
+        !publish.postScript.empty()) {
+        return publish.ditaOt;
+    }
+    if (!session.files.dita) {
+        throw Stop{
+            ExitUsage,
+            session.document + " is no DITA document: say how to transform it, with --xslt FILE or a script"};
+    }
+    return true;
+}
+
+/// Everything that a run reads and that must not lie in the folder which packaging empties.
+std::vector<std::string> Inputs(const Options& options, const Session& session) {
+    const PublishOptions& publish = options.publish;
+    std::vector<std::string> inputs{session.document};
+    for (const std::string& file : {publish.xslt, publish.ditaval, publish.preScript, publish.postScript}) {
+        inputs.push_back(AbsolutePath(file));
+    }
+    for (const DocumentFile& file : session.files.files) {
+        inputs.push_back(platform::ToNative(file.path));
+    }
+    return inputs;
+}
+
+void PrepareOutputFolder(const Options& options, const Session& session, const std::string& output) {
+    std::string refusal = OutputRefusal(output, Inputs(options, session), options.publish.force);
+    if (refusal.empty()) {
+        refusal = PrepareOutput(output);
+    }
+    if (!refusal.empty()) {
+        throw Stop{ExitOutputRefused, output + " " + refusal};
+    }
+}
+
+std::string OptionalSystemPath(const std::string& path) {
+    return path.empty() ? path : SystemPath(path);
+}
+
+PublishValues Values(const Options& options, const Session& session, const std::string& output,
+                     const std::string& log) {
+    const PublishOptions& publish = options.publish;
+    PublishValues values;
+    values.documentId = session.documentId;
+    values.outputFolder = SystemPath(output) + '\\';
+    values.xslt = OptionalSystemPath(publish.xslt);
+    values.preScript = OptionalSystemPath(publish.preScript);
+    values.postScript = OptionalSystemPath(publish.postScript);
+    values.ditaval = OptionalSystemPath(publish.ditaval);
+    values.outFile = OptionalSystemPath(publish.outFile);
+    values.log = SystemPath(log);
+    values.ditaOt = WantsDitaRun(publish, session);
+    return values;
+}
+
+/// A URL is no file of the package, and a graphic on another drive is told by the log.
+std::vector<std::string> MissingFiles(const Session& session) {
+    std::vector<std::string> missing;
+    std::error_code error;
+    for (const DocumentFile& file : session.files.files) {
+        const std::string native = platform::ToNative(file.path);
+        if (!file.path.starts_with("http:") && !file.path.starts_with("https:") &&
+            !fs::is_regular_file(native, error)) {
+            missing.push_back(native.empty() ? file.path : native);
+        }
+    }
+    return missing;
+}
+
+Outcome Run(const Options& options, Session& session, const Screen& screen) {
+    Outcome outcome;
+    CheckInputs(options.publish);
+    outcome.output = AbsolutePath(options.publish.output);
+    while (outcome.output.size() > 1 && outcome.output.ends_with('/')) {
+        outcome.output.pop_back();
+    }
+    outcome.logName = options.common.log.empty() ? outcome.output + ".log" : AbsolutePath(options.common.log);
+    const PublishValues values = Values(options, session, outcome.output, outcome.logName);
+    const std::string request = PublishRequest(values, options.publish);
+    outcome.transforms = values.ditaOt || !values.xslt.empty();
+    PrepareOutputFolder(options, session, outcome.output);
+
+    const std::uint64_t before = LogSize(outcome.logName);
+    {
+        const InterruptionMark mark(OutputMarkName(outcome.output));
+        Progress progress(screen, outcome.logName, session.files.files.size());
+        session.clientCalled = [&](const std::string& client) {
+            progress.Transforming(client != "QlDispatcher");
+        };
+        outcome.reply = Send(session, request);
+        session.clientCalled = nullptr;
+    }
+    MarkOutput(OutputMarkName(outcome.output).c_str());
+
+    outcome.log = ReadRunLog(LogFrom(outcome.logName, before));
+    outcome.resultFolder = platform::ToNative(outcome.reply.first);
+    outcome.buildLog = platform::ToNative(outcome.reply.second);
+    outcome.missing = MissingFiles(session);
+    outcome.pages = LookOverPages(outcome.output);
+    return outcome;
+}
+
+nlohmann::json FailedAsJson(const RunLog& log) {
+    auto list = nlohmann::json::array();
+    for (const FailedFile& failed : log.failed) {
+        list.push_back({{"file", failed.file}, {"reason", failed.reason}});
+    }
+    return list;
+}
+
+void PrintJson(const Outcome& outcome) {
+    const nlohmann::json object{{"status", outcome.reply.status},
+                                {"resultFolder", outcome.resultFolder},
+                                {"buildLog", outcome.buildLog},
+                                {"log", outcome.logName},
+                                {"failed", FailedAsJson(outcome.log)},
+                                {"missing", outcome.missing},
+                                {"markedValues", outcome.pages.markedValues}};
+    std::cout << object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+void PrintFindings(const Outcome& outcome, const Screen& screen) {
+    for (const std::string& file : outcome.missing) {
+        screen.Warning(file + " is missing and is not in the result");
+    }
+    if (outcome.log.graphicsOnOtherDrive) {
+        screen.Warning("some graphics lie on another drive than the document and were left behind");
+    }
+    for (const FailedFile& failed : outcome.log.failed) {
+        screen.Warning(failed.file + " could not be read: " + failed.reason);
+    }
+    if (outcome.pages.markedValues > 0) {
+        screen.Note(
+            std::to_string(outcome.pages.markedValues) +
+            " attribute values hold marker text that the transformation copied into them; the first is " +
+            outcome.pages.firstMarkedValue);
+    }
+}
+
+void PrintResult(const Outcome& outcome, const Screen& screen) {
+    screen.Result("result:    " + outcome.resultFolder);
+    screen.Result("pages:     " + std::to_string(outcome.pages.pages));
+    if (!outcome.buildLog.empty()) {
+        screen.Result("build log: " + outcome.buildLog);
+    }
+    screen.Result("log:       " + outcome.logName);
+}
+
+[[noreturn]] void StopForPackaging(const Outcome& outcome) {
+    throw Stop{ExitRefused,
+               outcome.log.documentsOnSeveralDrives
+                   ? "the document's files lie on several drives and cannot be packaged; the log is " +
+                         outcome.logName
+                   : "packaging ended the run; can the log be written? " + outcome.logName};
+}
+
+int Judge(const Outcome& outcome, const Session& session, const Screen& screen) {
+    const TransformationRecord& record = session.record;
+    if (record.failed > 0) {
+        screen.Error("the transformation failed: " + record.reason +
+                     (record.logFile.empty() ? "" : "; see " + record.logFile));
+        return ExitTransformation;
+    }
+    if (outcome.transforms && outcome.pages.pages == 0) {
+        screen.Error("the transformation wrote no page; the log is " + outcome.logName);
+        return ExitTransformation;
+    }
+    const bool clean = outcome.log.failed.empty() && outcome.missing.empty() &&
+                       !outcome.log.graphicsOnOtherDrive && session.files.remarks.empty();
+    return clean ? ExitDone : ExitFindings;
+}
+
+}  // namespace
+
+int Publish(const Options& options, const Screen& screen) {
+    const auto session = StartSession(options.common, screen);
+    const Outcome outcome = Run(options, *session, screen);
+    if (outcome.reply.status == Refused) {
+        throw Stop{ExitRefused, "the module refused the request"};
+    }
+    if (outcome.reply.first.empty()) {
+        StopForPackaging(outcome);
+    }
+    PrintFindings(outcome, screen);
+    const int status = Judge(outcome, *session, screen);
+    if (screen.Json()) {
+        PrintJson(outcome);
+    }
+    PrintResult(outcome, screen);
+    return status;
+}
+
+}  // namespace ventrix::desk

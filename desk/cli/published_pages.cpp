@@ -1,0 +1,114 @@
+#include "desk/cli/published_pages.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+namespace {
+
+/// Words that open marker text. A tags attribute holds only "QL_SEP", so that it does not count.
+constexpr std::string_view OpeningWords[] = {"QL_START", "QL_SA_S", "QL_ELEM_S"};
+
+bool HoldsMarkers(std::string_view text) {
+    return std::ranges::any_of(
+        OpeningWords, [&](std::string_view word) { return text.find(word) != std::string_view::npos; });
+}
+
+std::string ReadPage(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string_view NameIn(std::string_view text) {
+    const auto end = std::ranges::find_if(
+        text, [](unsigned char c) { return c <= ' ' || c == '=' || c == '/' || c == '>'; });
+    return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
+/// Counts the values of one start tag, which begins behind its "<".
+void LookOverTag(std::string_view tag, const std::string& page, PublishedPages& found) {
+    const std::string_view element = NameIn(tag);
+    std::size_t at = element.size();
+    while ((at = tag.find('=', at)) != std::string_view::npos && at + 1 < tag.size()) {
+        const char quote = tag[at + 1];
+        const std::size_t end =
+            quote == '"' || quote == '\'' ? tag.find(quote, at + 2) : std::string_view::npos;
+        if (end == std::string_view::npos) {
+            return;
+        }
+        if (HoldsMarkers(tag.substr(at + 2, end - at - 2))) {
+            const std::size_t name = tag.find_last_of(" \t\r\n", at) + 1;
+            if (found.markedValues++ == 0) {
+                found.firstMarkedValue = page + ": <" + std::string(element) + " " +
+                                         std::string(tag.substr(name, at - name)) + ">";
+            }
+        }
+        at = end + 1;
+    }
+}
+
+/// The end of the tag that begins at `at`, past quoted values.
+std::size_t TagEnd(std::string_view text, std::size_t at) {
+    char quote = 0;
+    for (; at < text.size(); ++at) {
+        const char c = text[at];
+        if (quote != 0) {
+            quote = c == quote ? '\0' : quote;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '>') {
+            return at;
+        }
+    }
+    return text.size();
+}
+
+void LookOverPage(const std::string& text, const std::string& page, PublishedPages& found) {
+    if (!HoldsMarkers(text)) {
+        return;
+    }
+    bool markedText = false;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const std::size_t open = std::min(text.find('<', at), text.size());
+        markedText = markedText || HoldsMarkers(std::string_view(text).substr(at, open - at));
+        const std::size_t close = TagEnd(text, open);
+        LookOverTag(
+            std::string_view(text).substr(std::min(open + 1, close), close - std::min(open + 1, close)), page,
+            found);
+        at = close + 1;
+    }
+    found.markedTexts += markedText ? 1 : 0;
+}
+
+std::vector<fs::path> PagesBelow(const std::string& folder) {
+    std::vector<fs::path> pages;
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
+        const fs::path extension = entry->path().extension();
+        if (entry->is_regular_file(error) && (extension == ".html" || extension == ".htm")) {
+            pages.push_back(entry->path());
+        }
+    }
+    std::ranges::sort(pages);
+    return pages;
+}
+
+}  // namespace
+
+PublishedPages LookOverPages(const std::string& folder) {
+    PublishedPages found;
+    for (const fs::path& page : PagesBelow(folder)) {
+        ++found.pages;
+        LookOverPage(ReadPage(page), page.string(), found);
+    }
+    return found;
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,21 @@
+// Looks over the pages of a published result. Paths are native.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace ventrix::desk {
+
+struct PublishedPages {
+    std::size_t pages = 0;         ///< Files that end in .html or .htm.
+    std::size_t markedValues = 0;  ///< Attribute values other than the tags attributes that hold marker text.
+    std::string firstMarkedValue;  ///< "PAGE: <meta content>", the first of them.
+    std::size_t markedTexts =
+        0;  ///< Pages whose text still holds marker text, such as pages that did not load.
+};
+
+/// Goes through every page below the folder. A transformation may have copied marked text into attribute
+/// values, such as page descriptions; there the marker text stays.
+PublishedPages LookOverPages(const std::string& folder);
+
+}  // namespace ventrix::desk

@@ -1,0 +1,32 @@
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "desk/cli/commands.h"
+#include "desk/cli/exit_status.h"
+#include "desk/cli/request_text.h"
+#include "desk/cli/session.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::int32_t Refused = -43;
+
+}  // namespace
+
+int Request(const Options& options, const Screen& screen) {
+    const auto session = StartSession(options.common, screen);
+    const Reply reply = Send(*session, FillDocumentId(options.requestText, session->documentId));
+    if (screen.Json()) {
+        std::cout << nlohmann::json{{"status", reply.status},
+                                    {"first", reply.first},
+                                    {"second", reply.second}}
+                         .dump()
+                  << '\n';
+    }
+    screen.Result("status: " + std::to_string(reply.status));
+    screen.Result("first:  " + reply.first);
+    screen.Result("second: " + reply.second);
+    return reply.status == Refused ? ExitRefused : reply.status == 0 ? ExitDone : ExitFindings;
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,96 @@
+#include "desk/cli/request_text.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::size_t LongestToken = 1023;
+
+/// A request has no escapes: a value with double quotes goes between single ones, and one with both cannot be
+/// told.
+std::string Quoted(const std::string& option, const std::string& value) {
+    if (value.size() > LongestToken) {
+        throw RequestProblem{option + ": the value is too long (" + std::to_string(value.size()) +
+                             " bytes, 1023 at most)"};
+    }
+    const bool hasDouble = value.find('"') != std::string::npos;
+    if (hasDouble && value.find('\'') != std::string::npos) {
+        throw RequestProblem{option + ": a value cannot hold both kinds of quotation marks: " + value};
+    }
+    const char quote = hasDouble ? '\'' : '"';
+    return quote + value + quote;
+}
+
+class RequestWriter {
+  public:
+    explicit RequestWriter(std::string verb, std::uint32_t documentId)
+        : text_(std::move(verb) + " -docId " + std::to_string(documentId)) {}
+
+    void Flag(const char* option, bool given) {
+        if (given) {
+            text_ += ' ';
+            text_ += option;
+        }
+    }
+
+    void Value(const char* option, const std::string& value) {
+        if (!value.empty()) {
+            Flag(option, true);
+            text_ += ' ' + Quoted(option, value);
+        }
+    }
+
+    /// Lists add up in a request, so that each one given goes in on its own.
+    void Lists(const char* option, const std::vector<std::string>& lists) {
+        for (const std::string& list : lists) {
+            Value(option, list);
+        }
+    }
+
+    std::string Text() && { return std::move(text_); }
+
+  private:
+    std::string text_;
+};
+
+}  // namespace
+
+std::string PublishRequest(const PublishValues& values, const PublishOptions& options) {
+    RequestWriter request("Publish", values.documentId);
+    request.Value("-outputFolder", values.outputFolder);
+    request.Flag("-useDITAOT", values.ditaOt);
+    request.Value("-useXSLT", values.xslt);
+    request.Value("-usePreScript", values.preScript);
+    request.Value("-usePostScript", values.postScript);
+    request.Value("-ditaval", values.ditaval);
+    request.Value("-outFilePath", values.outFile);
+    request.Value("-logFile", values.log);
+    request.Lists("-attributes", options.attributes);
+    request.Lists("-elements", options.elements);
+    request.Lists("-scopedAttributes", options.scopedAttributes);
+    request.Value("-targetAttr", options.targetAttr);
+    request.Flag("-addXpath", options.xpath);
+    request.Value("-xpathAttr", options.xpathAttr);
+    request.Lists("-addSourcePath", options.sourcePath);
+    request.Value("-sourcePathAttr", options.sourcePathAttr);
+    request.Lists("-preserveXPathList", options.preserveXpath);
+    request.Value("-preserveXPathAttr", options.preserveXpathAttr);
+    return std::move(request).Text();
+}
+
+std::string ValidateRequest(std::uint32_t documentId, const std::string& log) {
+    RequestWriter request("Validate", documentId);
+    request.Value("-logFile", log);
+    return std::move(request).Text();
+}
+
+std::string FillDocumentId(std::string text, std::uint32_t documentId) {
+    constexpr std::string_view placeholder = "{docId}";
+    const std::string number = std::to_string(documentId);
+    for (std::size_t at = text.find(placeholder); at != std::string::npos;
+         at = text.find(placeholder, at + number.size())) {
+        text.replace(at, placeholder.size(), number);
+    }
+    return text;
+}
+
+}  // namespace ventrix::desk

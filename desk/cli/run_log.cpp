@@ -1,0 +1,101 @@
+#include "desk/cli/run_log.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string_view>
+
+#include "platform/drives.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::string_view ValidTitle = "Logarithmus:Liste der gültigen Dateien";
+constexpr std::string_view BrokenTitle = "Achtung:Liste der beschädigten Links";
+constexpr std::string_view UnsavedTitle = "Achtung:Liste der ungespeicherten Dateien";
+constexpr std::string_view DrivesText =
+    "Einige Dateien, auf die verwiesen wird, befinden sich auf mehreren Laufwerken";
+constexpr std::string_view Encodes = "Logarithmus:Datei wird codiert...";
+constexpr std::string_view Decodes = "Logarithmus:Datei wird decodiert...";
+constexpr std::string_view EncodeFailed = "Fehler:Datei wird codiert...";
+constexpr std::string_view DecodeFailed = "Fehler:Datei wird decodiert...";
+
+bool IsRule(std::string_view line) {
+    return !line.empty() && line.find_first_not_of('*') == std::string_view::npos;
+}
+
+/// What follows the prefix, or nothing if the line does not begin with it.
+bool Behind(std::string_view line, std::string_view prefix, std::string& rest) {
+    if (!line.starts_with(prefix)) {
+        return false;
+    }
+    rest = line.substr(prefix.size());
+    return true;
+}
+
+/// Takes the lines between the two rules of a section.
+void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line)) {
+        if (line.ends_with('\r')) {
+            line.pop_back();
+        }
+        if (IsRule(line)) {
+            return;
+        }
+        paths.push_back(platform::ToNative(line));
+    }
+}
+
+void ReadLine(const std::string& line, std::istream& lines, std::string& lastFile, RunLog& log) {
+    std::string rest;
+    if (line == ValidTitle) {
+        ReadSection(lines, log.valid);
+    } else if (line == BrokenTitle) {
+        ReadSection(lines, log.broken);
+    } else if (line == UnsavedTitle) {
+        ReadSection(lines, log.unsaved);
+    } else if (line.starts_with("Fehler:" + std::string(DrivesText))) {
+        log.documentsOnSeveralDrives = true;
+    } else if (line.starts_with("Achtung:" + std::string(DrivesText))) {
+        log.graphicsOnOtherDrive = true;
+    } else if (Behind(line, Encodes, lastFile)) {
+        ++log.encoded;
+    } else if (Behind(line, Decodes, lastFile)) {
+        ++log.decoded;
+    } else if (Behind(line, EncodeFailed, rest) || Behind(line, DecodeFailed, rest)) {
+        log.failed.push_back({platform::ToNative(lastFile), rest});
+    }
+}
+
+}  // namespace
+
+RunLog ReadRunLog(const std::string& text) {
+    RunLog log;
+    std::istringstream lines(text);
+    std::string line;
+    std::string lastFile;
+    while (std::getline(lines, line)) {
+        if (line.ends_with('\r')) {
+            line.pop_back();
+        }
+        ReadLine(line, lines, lastFile, log);
+    }
+    return log;
+}
+
+std::uint64_t LogSize(const std::string& nativePath) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(nativePath, error);
+    return error ? 0 : size;
+}
+
+std::string LogFrom(const std::string& nativePath, std::uint64_t offset) {
+    std::ifstream file(nativePath, std::ios::binary);
+    file.seekg(static_cast<std::streamoff>(offset));
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,121 @@
+#include "desk/cli/screen.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <iostream>
+#include <mutex>
+
+#include "desk/cli/run_log.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr char Red[] = "\033[31m";
+constexpr char Yellow[] = "\033[33m";
+constexpr char Plain[] = "\033[0m";
+constexpr char ClearLine[] = "\r\033[K";
+
+bool WantsColors(const std::string& option) {
+    if (option != "auto") {
+        return option == "always";
+    }
+    const char* noColor = std::getenv("NO_COLOR");
+    return (noColor == nullptr || *noColor == '\0') && isatty(STDERR_FILENO) == 1;
+}
+
+}  // namespace
+
+Screen::Screen(const CommonOptions& options)
+    : json_(options.json),
+      quiet_(options.quiet),
+      verbose_(options.verbose),
+      colors_(WantsColors(options.color)),
+      progress_(!options.quiet && !options.json && isatty(STDERR_FILENO) == 1) {}
+
+void Screen::Result(const std::string& text) const {
+    if (!json_) {
+        std::cout << text << '\n';
+    }
+}
+
+void Screen::Say(const char* color, const char* word, const std::string& text) const {
+    std::cerr << (colors_ ? color : "") << word << (colors_ ? Plain : "") << text << '\n';
+}
+
+void Screen::Note(const std::string& text) const {
+    if (!quiet_) {
+        Say("", "", text);
+    }
+}
+
+void Screen::Warning(const std::string& text) const {
+    if (!quiet_) {
+        Say(Yellow, "warning: ", text);
+    }
+}
+
+void Screen::Error(const std::string& text) const {
+    Say(Red, "error: ", text);
+}
+
+void Screen::Console(const std::string& text) const {
+    if (verbose_) {
+        std::cerr << text << (text.ends_with('\n') ? "" : "\n");
+    }
+}
+
+QuietStandardOutput::QuietStandardOutput() {
+    std::cout.flush();
+    kept_ = dup(STDOUT_FILENO);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+}
+
+QuietStandardOutput::~QuietStandardOutput() {
+    std::fflush(stdout);
+    if (kept_ >= 0) {
+        dup2(kept_, STDOUT_FILENO);
+        close(kept_);
+    }
+}
+
+Progress::Progress(const Screen& screen, std::string logFile, std::size_t files) {
+    if (screen.ShowsProgress()) {
+        thread_ = std::jthread(
+            [this, log = std::move(logFile), files](std::stop_token stop) { Show(log, files, stop); });
+    }
+}
+
+Progress::~Progress() {
+    if (thread_.joinable()) {
+        thread_.request_stop();
+        thread_.join();
+        std::cerr << ClearLine << std::flush;
+    }
+}
+
+void Progress::Show(const std::string& logFile, std::size_t files, std::stop_token stop) const {
+    const std::uint64_t start = LogSize(logFile);
+    std::mutex mutex;
+    std::condition_variable_any tick;
+    std::unique_lock lock(mutex);
+    while (!tick.wait_for(lock, stop, std::chrono::milliseconds(200), [] { return false; }) &&
+           !stop.stop_requested()) {
+        const RunLog log = ReadRunLog(LogFrom(logFile, start));
+        std::cerr << ClearLine;
+        if (log.decoded > 0) {
+            std::cerr << "decoding page " << log.decoded;
+        } else if (transforming_) {
+            std::cerr << "transforming";
+        } else if (log.encoded > 0) {
+            std::cerr << "encoding " << log.encoded << " of " << files;
+        } else {
+            std::cerr << "packaging";
+        }
+        std::cerr << std::flush;
+    }
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,104 @@
+#include <unistd.h>
+
+#include <filesystem>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "desk/cli/commands.h"
+#include "desk/cli/exit_status.h"
+#include "desk/cli/request_text.h"
+#include "desk/cli/run_log.h"
+#include "desk/cli/session.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::int32_t NoLog = 16;
+
+/// The log that the module needs when the person asked for none; gone at the end.
+class TemporaryLog {
+  public:
+    TemporaryLog() {
+        name_ = (std::filesystem::temp_directory_path() / "ventrix-log-XXXXXX").string();
+        const int file = mkstemp(name_.data());
+        if (file < 0) {
+            throw Stop{ExitNoModule,
+                       "no temporary file can be made in " + std::filesystem::temp_directory_path().string()};
+        }
+        close(file);
+    }
+    ~TemporaryLog() { unlink(name_.c_str()); }
+    TemporaryLog(const TemporaryLog&) = delete;
+    TemporaryLog& operator=(const TemporaryLog&) = delete;
+
+    const std::string& Name() const { return name_; }
+
+  private:
+    std::string name_;
+};
+
+void ShowSection(const Screen& screen, const char* title, const std::vector<std::string>& paths) {
+    if (paths.empty()) {
+        return;
+    }
+    screen.Result(std::string(title) + " (" + std::to_string(paths.size()) + ")");
+    for (const std::string& path : paths) {
+        screen.Result("  " + path);
+    }
+}
+
+std::string Verdict(std::int32_t mask) {
+    std::string text;
+    const auto add = [&](std::int32_t bit, const char* words) {
+        if ((mask & bit) != 0) {
+            text += (text.empty() ? "" : "; ") + std::string(words);
+        }
+    };
+    add(1, "files are missing or unreadable");
+    add(2, "files have unsaved changes");
+    add(8, "the files lie on several drives and cannot be packaged");
+    return mask == 0 ? "can be published" : text + " (mask " + std::to_string(mask) + ")";
+}
+
+void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
+    ShowSection(screen, "valid", log.valid);
+    ShowSection(screen, "missing or unreadable", log.broken);
+    ShowSection(screen, "unsaved", log.unsaved);
+    if (log.graphicsOnOtherDrive) {
+        screen.Warning("some graphics lie on another drive than the document and would be left behind");
+    }
+    screen.Result(Verdict(mask));
+}
+
+}  // namespace
+
+int Validate(const Options& options, const Screen& screen) {
+    const auto session = StartSession(options.common, screen);
+    std::optional<TemporaryLog> temporary;
+    std::string logName = AbsolutePath(options.common.log);
+    if (logName.empty()) {
+        logName = temporary.emplace().Name();
+    }
+    const std::uint64_t before = LogSize(logName);
+    const Reply reply = Send(*session, ValidateRequest(session->documentId, SystemPath(logName)));
+    if (reply.status < 0) {
+        throw Stop{ExitRefused, "the module refused the request"};
+    }
+    if (reply.status == NoLog) {
+        throw Stop{ExitRefused, "the log cannot be written: " + logName};
+    }
+    const RunLog log = ReadRunLog(LogFrom(logName, before));
+    if (screen.Json()) {
+        std::cout << nlohmann::json{{"mask", reply.status},
+                                    {"valid", log.valid},
+                                    {"broken", log.broken},
+                                    {"unsaved", log.unsaved}}
+                         .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
+                  << '\n';
+    } else {
+        Show(screen, log, reply.status);
+    }
+    return reply.status == 0 && session->files.remarks.empty() ? ExitDone : ExitFindings;
+}
+
+}  // namespace ventrix::desk
