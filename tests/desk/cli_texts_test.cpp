@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+
+#include "desk/cli/output_folder.h"
+#include "desk/cli/published_pages.h"
+#include "desk/cli/request_text.h"
+#include "desk/cli/run_log.h"
+#include "support/temp_folder.h"
+
+namespace ventrix::desk {
+namespace {
+
+TEST(RequestText, HoldsEveryOptionOfACommandLine) {
+    PublishValues values;
+    values.documentId = 7;
+    values.outputFolder = "Z:\\my out\\";
+    values.ditaOt = true;
+    values.log = "Z:\\a\"b.txt";
+    PublishOptions options;
+    EXPECT_EQ(PublishRequest(values, options),
+              "Publish -docId 7 -outputFolder \"Z:\\my out\\\" -useDITAOT -logFile 'Z:\\a\"b.txt'");
+
+    values = {};
+    values.documentId = 1;
+    values.xslt = "x";
+    values.preScript = "p";
+    values.postScript = "q";
+    values.ditaval = "d";
+    values.outFile = "o";
+    options.xpath = true;
+    options.attributes = {"a,b", "c"};
+    options.elements = {"e"};
+    options.scopedAttributes = {"1,2,3,4"};
+    options.sourcePath = {"s"};
+    options.preserveXpath = {"//a"};
+    options.targetAttr = "t";
+    options.xpathAttr = "xa";
+    options.sourcePathAttr = "sa";
+    options.preserveXpathAttr = "pa";
+    EXPECT_EQ(
+        PublishRequest(values, options),
+        "Publish -docId 1 -useXSLT \"x\" -usePreScript \"p\" -usePostScript \"q\" -ditaval \"d\" "
+        "-outFilePath \"o\""
+        " -attributes \"a,b\" -attributes \"c\" -elements \"e\" -scopedAttributes \"1,2,3,4\" -targetAttr "
+        "\"t\""
+        " -addXpath -xpathAttr \"xa\" -addSourcePath \"s\" -sourcePathAttr \"sa\" -preserveXPathList \"//a\""
+        " -preserveXPathAttr \"pa\"");
+}
+
+TEST(RequestText, RefusesWhatNoRequestCanHold) {
+    PublishOptions options;
+    options.targetAttr = "a'b\"c";
+    EXPECT_THROW(PublishRequest({}, options), RequestProblem);
+    options.targetAttr = std::string(1024, 'x');
+    EXPECT_THROW(PublishRequest({}, options), RequestProblem);
+    options.targetAttr.pop_back();
+    EXPECT_NO_THROW(PublishRequest({}, options));
+    EXPECT_EQ(FillDocumentId("{docId} -docId {docId}x", 12), "12 -docId 12x");
+}
+
+TEST(RunLogTest, ReadsSectionsWarningsAndFailures) {
+    const RunLog log = ReadRunLog(
+        "Es wird versucht, alle Dateien zu verpacken, auf die verwiesen wird...\r\n\r\n"
+        "Logarithmus:Liste der gültigen Dateien\r\n****\r\nZ:\\a.xml\r\nZ:\\b.xml\r\n****\r\n\r\n"
+        "Achtung:Liste der beschädigten Links\r\n****\r\nZ:\\c.png\r\n****\r\n\r\n"
+        "Achtung:Liste der ungespeicherten Dateien\r\n****\r\nZ:\\d.xml\r\n****\r\n"
+        "Achtung:Einige Dateien, auf die verwiesen wird, befinden sich auf mehreren Laufwerken und mehr\r\n"
+        "Logarithmus:Datei wird codiert...Z:\\out\\a.xml\r\nFehler:Datei wird codiert...line 1\r\n"
+        "Logarithmus:Datei wird codiert...Z:\\out\\b.xml\r\n"
+        "Logarithmus:Datei wird decodiert...Z:\\out\\\\x.html\r\nFehler:Datei wird decodiert...\r\n");
+    EXPECT_EQ(log.valid, (std::vector<std::string>{"/a.xml", "/b.xml"}));
+    EXPECT_EQ(log.broken, std::vector<std::string>{"/c.png"});
+    EXPECT_EQ(log.unsaved, std::vector<std::string>{"/d.xml"});
+    EXPECT_TRUE(log.graphicsOnOtherDrive);
+    EXPECT_FALSE(log.documentsOnSeveralDrives);
+    EXPECT_EQ(log.encoded, 2U);
+    EXPECT_EQ(log.decoded, 1U);
+    ASSERT_EQ(log.failed.size(), 2U);
+    EXPECT_EQ(log.failed[0].file, "/out/a.xml");
+    EXPECT_EQ(log.failed[0].reason, "line 1");
+    EXPECT_EQ(log.failed[1].file, "/out/x.html");
+}
+
+TEST(OutputFolder, IsRefusedWhereSomethingWouldBeLost) {
+    const test::TempFolder folder;
+    const std::string source = folder.Write("src/a.dita", "<topic/>");
+    folder.Write("full/x", "x");
+    folder.Write("made/x", "x");
+    MarkOutput(OutputMarkName(folder.Path("made")).c_str());
+    folder.Write("file", "x");
+    std::filesystem::create_directory_symlink(folder.Path("src"), folder.Path("link"));
+    std::filesystem::create_directory(folder.Path("empty"));
+    const struct {
+        const char* folder;
+        bool plain, forced;  ///< Whether it may be emptied, without and with --force.
+    } rows[] = {
+        {"new", true, true},    {"empty", true, true}, {"made", true, true}, {"full", false, true},
+        {"file", false, false}, {"src", false, false}, {"", false, false},   {"link", false, false},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(OutputRefusal(folder.Path(row.folder), {source, ""}, false).empty(), row.plain)
+            << row.folder;
+        EXPECT_EQ(OutputRefusal(folder.Path(row.folder), {source, ""}, true).empty(), row.forced)
+            << row.folder;
+    }
+    for (const std::string root : {"/", "/home", getenv("HOME") == nullptr ? "/" : getenv("HOME")}) {
+        const bool holdsHome = root != "/home" || std::string(getenv("HOME")).starts_with("/home");
+        EXPECT_EQ(OutputRefusal(root, {}, true).empty(), !holdsHome) << root;
+    }
+}
+
+TEST(PublishedPagesTest, FindsMarkerTextThatATransformationCopiedIntoValues) {
+    const test::TempFolder folder;
+    folder.Write("a.html",
+                 "<html><head><meta name='d' content=\"QL_STARTx>y\"/></head><p "
+                 "data-twtags=\"aQL_SEPb\">t</p></html>");
+    folder.Write("sub/b.htm", "<p title='QL_ELEM_S'>QL_SA_S</p>");
+    folder.Write("c.txt", "<p title='QL_ELEM_S'>");
+    const PublishedPages pages = LookOverPages(folder.Path());
+    EXPECT_EQ(pages.pages, 2U);
+    EXPECT_EQ(pages.markedValues, 2U);
+    EXPECT_EQ(pages.firstMarkedValue, folder.Path("a.html") + ": <meta content>");
+    EXPECT_EQ(pages.markedTexts, 1U);
+}
+
+}  // namespace
+}  // namespace ventrix::desk

@@ -1,0 +1,124 @@
+#include <gtest/gtest.h>
+
+#include "desk/host/desk_host.h"
+#include "support/temp_folder.h"
+
+namespace ventrix::desk {
+namespace {
+
+using testing::Test;
+
+struct Ran {
+    std::string problem;
+    std::optional<std::vector<AnswerValue>> reply;
+    std::vector<std::string> calls;
+    int heldAtEnd = 0;
+};
+
+/// One whole life of the module in a host: load, one request, release.
+Ran RunHost(HostSettings settings, HostScript script, const std::string& request,
+            const std::string& module = VENTRIX_MODULE) {
+    Ran ran;
+    DeskHost host(std::move(settings), std::move(script));
+    ran.problem = host.LoadModule(module);
+    ran.reply = host.CallModule(request);
+    host.ReleaseModule();
+    ran.calls = host.Calls();
+    ran.heldAtEnd = host.HeldReferences();
+    return ran;
+}
+
+const std::vector<AnswerValue> RefusedReply{std::int32_t{-43}, std::string(), std::string()};
+
+TEST(DeskHostTest, StartsTheModuleAsTheContractSays) {
+    for (const bool ownsResults : {false, true}) {
+        const Ran ran = RunHost({"Z:\\nowhere", ownsResults, {}, {}}, {}, "Nonsense");
+        EXPECT_EQ(ran.problem, "");
+        EXPECT_EQ(ran.reply, RefusedReply);
+        const std::vector<std::string> expected{
+            "Register ZNS QCK client for publishing different formats via Tintwick.",
+            "ReadStringProp 0 89",
+            "SetTextMode 1",
+            "Watch 53 1",
+            "Watch 97 1",
+            "Watch 13 1",
+            "SendReply"};
+        // A process in which ICU has its folder already does not ask for it again.
+        std::vector<std::string> calls = ran.calls;
+        if (calls.size() + 1 == expected.size()) {
+            calls.insert(calls.begin() + 1, expected[1]);
+        }
+        EXPECT_EQ(calls, expected);
+        EXPECT_EQ(ran.heldAtEnd, 0);
+    }
+}
+
+TEST(DeskHostTest, TellsWhyAModuleDoesNotStart) {
+    const test::TempFolder folder;
+    const struct {
+        std::string module, problem;
+    } rows[] = {
+        {folder.Path("no.so"), "the module is missing: "},
+        {folder.Write("text.so", "text"), "the module cannot be loaded: "},
+        {VENTRIX_PROGRAM, "the module cannot be loaded: "},
+    };
+    for (const auto& row : rows) {
+        const Ran ran = RunHost({}, {}, "Validate -docId 1", row.module);
+        EXPECT_EQ(ran.problem.substr(0, row.problem.size()), row.problem) << row.module;
+        EXPECT_EQ(ran.problem.find('\n'), std::string::npos) << row.module;
+        EXPECT_FALSE(ran.reply) << row.module;
+    }
+}
+
+/// A module that could not connect keeps what it got of the host until its library goes, so that each host
+/// has a process of its own here.
+TEST(DeskHostDeathTest, AModuleThatCannotConnectIsTold) {
+    HostScript noMainInterface;
+    noMainInterface.missingInterfaces = {4};
+    HostScript dropping;
+    dropping.dropsNotifications = true;
+    for (const HostScript& script : {noMainInterface, dropping}) {
+        EXPECT_EXIT(
+            {
+                DeskHost host({}, script);
+                std::fputs(host.LoadModule(VENTRIX_MODULE).c_str(), stderr);
+                std::_Exit(host.CallModule("Validate -docId 1") ? 1 : 0);
+            },
+            testing::ExitedWithCode(0), "^the module does not connect to this host: ");
+    }
+}
+
+TEST(DeskHostTest, ListsTheFilesOfADocumentWithTheirFlags) {
+    const test::TempFolder folder;
+    const std::string log = "Z:" + folder.Path("log.txt");
+    DeskHost host({}, {});
+    ASSERT_EQ(host.LoadModule(VENTRIX_MODULE), "");
+    DocumentFiles files;
+    files.readable = true;
+    const std::string document = "Z:" + folder.Write("a.xml", "<a/>");
+    files.files = {{"documentType", document}, {"graphicsType", "Z:" + folder.Path("gone.png")}};
+    const std::uint32_t id = host.AddDocument(document, files);
+    const std::string request = "Validate -docId " + std::to_string(id) + " -logFile \"" + log + "\"";
+
+    EXPECT_EQ(std::get<std::int32_t>(host.CallModule(request)->at(0)), 1) << "a missing file";
+    host.FlagUnsaved(document);
+    EXPECT_EQ(std::get<std::int32_t>(host.CallModule(request)->at(0)), 3) << "and one that is not saved";
+    EXPECT_EQ(host.Calls().back(), "SendReply");
+}
+
+TEST(DeskHostTest, DeliversOtherNotificationsWithoutAReply) {
+    DeskHost host({}, {});
+    ASSERT_EQ(host.LoadModule(VENTRIX_MODULE), "");
+    const std::size_t before = host.Calls().size();
+    for (const std::int32_t number : {14, 53, 97, 0, -1}) {
+        host.Notify(number, 1, "Publish -docId 1", 0);
+    }
+    host.Notify(75, 1,
+                "a\x1E"
+                "b",
+                0);
+    EXPECT_EQ(host.Calls().size(), before);
+}
+
+}  // namespace
+}  // namespace ventrix::desk
