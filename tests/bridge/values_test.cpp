@@ -348,6 +348,10 @@ TEST_F(ValuesTest, SurvivesEveryFailedAllocation) {
     const Q_Value failed = Q_ApiCopyValue(&numbers);
     EXPECT_EQ(failed.array.items, nullptr);
     EXPECT_EQ(failed.array.count, 3U);
+    FailKitAllocation(1);
+    Q_Value unread = {};
+    Q_CopyValueWith(&unread, &numbers, Q_KitAlloc);
+    EXPECT_EQ(unread.array.count, 0U) << "a reader across the boundary must not go astray";
     Q_ApiFreeValue(&numbers);
 }
 
