@@ -162,6 +162,16 @@ TEST_F(OutOfProcessTest, LeavesAnApartmentOfSomebodyElseAlone) {
     CoUninitialize();
 }
 
+TEST_F(OutOfProcessTest, TakesItsFilterAlongWhenOthersStayInTheApartment) {
+    EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    CoInitialize(nullptr);
+    Q_ApiDisconnect();
+    IMessageFilter* left = nullptr;
+    EXPECT_EQ(CoRegisterMessageFilter(nullptr, &left), S_OK);
+    EXPECT_EQ(left, nullptr);
+    CoUninitialize();
+}
+
 TEST_F(OutOfProcessTest, ServesTheHostsCallsUntilTheQuitMessage) {
     const std::uint32_t thread = platform::CurrentThreadNumber();
     for (const char* text : {"first", "second"}) {
