@@ -145,7 +145,7 @@ TEST_F(XmlDocument, OnlyWhatWasChangedIsWrittenAnew) {
               "<r>a&lt;b&amp;c&gt;&#13;\"\xEF\xBF\xBD\xEF\xBF\xBD<p  a='1'></p>y</r>");
     EXPECT_EQ(Pass("<r><p  a='1'   b='&amp;'></p></r>",
                    [&](Document& d) { first(d).get_attributes().get_item(0).put_text("x\"\n<"); }),
-              "<r><p a=\"x&quot;&#10;&lt;\" b='&amp;'></p></r>");
+              "<r><p  a='x\"&#10;&lt;'   b='&amp;'></p></r>");
     EXPECT_EQ(Pass("<!DOCTYPE r [<!ATTLIST p d CDATA 'v'>]><r><p/></r>",
                    [&](Document& d) {
                        Node added = d.createAttribute("n");
@@ -191,11 +191,11 @@ TEST_F(XmlDocument, AnElementsXmlParsesOnItsOwn) {
     } rows[] = {
         {"<r><p a='1'>x</p></r>", "<p a='1'>x</p>"},
         {"<!DOCTYPE r [<!ENTITY e 'x<b>&f;</b>'><!ENTITY f '&#38;amp;'>]><r><p a='&f;'>&e;</p></r>",
-         "<p a=\"&amp;\">x<b>&amp;</b></p>"},
+         "<p a='&amp;'>x<b>&amp;</b></p>"},
         {"<r xmlns='u' xmlns:a='v' xmlns:z='w'><p a:k='1'><b/></p></r>",
          "<p xmlns=\"u\" xmlns:a=\"v\" a:k='1'><b/></p>"},
         {"<r xmlns='u' xmlns:a='v'><p xmlns='' xmlns:a='q'/></r>", "<p xmlns='' xmlns:a='q'/>"},
-        {"<!DOCTYPE r [<!ATTLIST p d CDATA 'v'>]><r><p/></r>", "<p d=\"v\"/>"},
+        {"<!DOCTYPE r [<!ATTLIST p d CDATA 'v'>]><r><p/></r>", "<p/>"},
     };
     for (const auto& row : rows) {
         const auto document = CreateDocument();
@@ -281,10 +281,7 @@ TEST_F(XmlDocument, EntitiesThatExpandWithoutEndAreRefused) {
     EXPECT_NE(Reason(bomb + "]><r a='&e11;'/>"), "");
     EXPECT_NE(Reason("<!DOCTYPE r [<!ENTITY a '&b;'><!ENTITY b '&a;'>]><r>&a;</r>"), "");
 
-    const auto document = CreateDocument();
-    if (document->loadXML(bomb + "]><r><p>&e11;</p></r>")) {
-        EXPECT_LT(document->get_documentElement().get_xml().size(), 20'000'000U);
-    }
+    EXPECT_NE(Reason(bomb + "]><r><p>&e11;</p></r>"), "");
 }
 
 TEST_F(XmlDocument, TwoHundredThousandLevelsAreServed) {

@@ -7,6 +7,13 @@
 
 namespace ventrix::xml {
 
+void DocumentStore::Reserve(std::size_t nodes) {
+    const std::size_t wanted = records_.size() + nodes;
+    if (wanted > records_.capacity()) {
+        records_.reserve(std::max(wanted, 2 * records_.capacity()));
+    }
+}
+
 NodeIndex DocumentStore::Add(NodeType type) {
     NodeRecord& record = records_.emplace_back();
     record.type = static_cast<std::uint8_t>(type);

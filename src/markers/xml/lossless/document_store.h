@@ -74,7 +74,9 @@ class DocumentStore {
 
     NodeRecord& At(NodeIndex index) { return records_[index]; }
     NodeIndex Add(NodeType type);
-    void Reserve(std::size_t nodes) { records_.reserve(records_.size() + nodes); }
+    /// Makes room for this many more nodes; twice what was there at least, since many small documents may
+    /// come.
+    void Reserve(std::size_t nodes);
 
     /// Links a child behind the last one of its parent.
     void Append(NodeIndex parent, NodeIndex child);

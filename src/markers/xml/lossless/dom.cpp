@@ -171,7 +171,7 @@ bool Document::load(std::string_view path) {
     if (const platform::ErrorCode error = platform::ReadWholeFile(path, bytes);
         error != platform::errorNone) {
         bytes.clear();
-        reason_ = "The file cannot be read (error " + std::to_string(error) + ")";
+        reason_ = "The file '" + std::string(path) + "' cannot be read (error " + std::to_string(error) + ")";
         store_->At(index_).firstChild = store_->At(index_).lastChild = 0;
         return false;
     }
@@ -202,7 +202,7 @@ Node Document::createTextNode(std::string_view text) {
 
 Node Document::createAttribute(std::string_view name) {
     const std::string terminated(name);
-    if (xmlValidateName(reinterpret_cast<const xmlChar*>(terminated.c_str()), 0) != 0) {
+    if (xmlValidateQName(reinterpret_cast<const xmlChar*>(terminated.c_str()), 0) != 0) {
         return {};
     }
     const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
@@ -215,7 +215,7 @@ Node Document::createAttribute(std::string_view name) {
 
 bool Document::save(std::string_view path) {
     const SourceText* source = store_->SourceOfDocument(index_);
-    if (source == nullptr || source->root == 0) {
+    if (source == nullptr || store_->At(index_).firstChild == 0) {
         return false;
     }
     std::string bytes = WriteDocument(*store_, *source);
@@ -236,7 +236,7 @@ std::optional<NodeList> Document::selectNodes(std::string_view query) {
     }
     if (store_->queries == nullptr || store_->queriedDocument != index_ || !store_->queries->Holds()) {
         store_->queries.reset();
-        store_->queries = std::make_shared<QueryTree>(*store_, store_->At(index_).firstChild);
+        store_->queries = std::make_shared<QueryTree>(*store_, index_);
         store_->queriedDocument = index_;
     }
     const auto found = store_->queries->Select(std::string(query));

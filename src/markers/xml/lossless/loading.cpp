@@ -8,6 +8,8 @@
 namespace ventrix::xml {
 namespace {
 
+constexpr std::size_t LargestText = INT32_MAX;  ///< The parser counts in int.
+
 void NoteDeclarations(const xmlDtd* subset, SourceText& source) {
     for (const xmlNode* node = subset == nullptr ? nullptr : subset->children; node != nullptr;
          node = node->next) {
@@ -32,9 +34,11 @@ std::string LoadSource(DocumentStore& store, NodeIndex document, std::string byt
     if (!decoded.problem.empty()) {
         return decoded.problem;
     }
-    const bool transcoded = !settings.isFile || !decoded.encoding.empty();
+    if (decoded.text.size() > LargestText) {
+        return "The document is too large";
+    }
     Judgement judgement =
-        JudgeDocument(decoded.text, transcoded, platform::ToNative(settings.path), settings.resolveExternals);
+        JudgeDocument(decoded.text, platform::ToNative(settings.path), settings.resolveExternals);
     if (!judgement.reason.empty()) {
         return judgement.reason;
     }
@@ -47,6 +51,8 @@ std::string LoadSource(DocumentStore& store, NodeIndex document, std::string byt
     source->dtd = std::move(judgement.dtd);
     source->hasReturns = source->text.find('\r') != std::string::npos;
     if (source->dtd) {
+        // Inherited declarations may come from the DTD.
+        source->hasNamespaces = true;
         NoteDeclarations(source->dtd->intSubset, *source);
         NoteDeclarations(source->dtd->extSubset, *source);
     }

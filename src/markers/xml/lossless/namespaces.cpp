@@ -93,7 +93,7 @@ std::string MissingNamespaces(DocumentStore& store, NodeIndex element) {
             // A default namespace that was switched off around the element needs no declaration.
             if (missing.erase(prefix) == 1 && !(prefix.empty() && address.empty())) {
                 declarations += prefix.empty() ? " xmlns=\"" : " xmlns:" + prefix + "=\"";
-                AppendEscapedValue(declarations, address);
+                AppendEscapedValue(declarations, address, '"');
                 declarations += '"';
             }
         }

@@ -4,9 +4,10 @@
 #include <libxml/xpathInternals.h>
 
 #include <algorithm>
-#include <unordered_map>
 
 #include "markers/xml/lossless/namespaces.h"
+#include "markers/xml/lossless/quiet_errors.h"
+#include "markers/xml/lossless/references.h"
 
 namespace ventrix::xml {
 namespace {
@@ -22,17 +23,29 @@ const xmlChar* Chars(const std::string& text) {
     return reinterpret_cast<const xmlChar*>(text.c_str());
 }
 
-void IgnoreError(void*, xmlError*) {}
+/// The text between the tags.
+std::string TextOfXml(std::string_view xml) {
+    std::string text;
+    while (!xml.empty()) {
+        const std::size_t tag = std::min(xml.find('<'), xml.size());
+        text += DecodeText(xml.substr(0, tag));
+        const std::size_t behind = xml.find('>', tag);
+        xml = behind == std::string_view::npos ? std::string_view() : xml.substr(behind + 1);
+    }
+    return text;
+}
 
 }  // namespace
 
 struct QueryTree::Copy {
-    explicit Copy(DocumentStore& treeStore) : store(treeStore), shape(treeStore.shape) {}
+    explicit Copy(DocumentStore& treeStore) : store(treeStore), shape(treeStore.shape) {
+        document->dict = xmlDictCreate();
+    }
 
     DocumentStore& store;
     std::uint64_t shape;
     XmlDocument document{xmlNewDoc(Chars("1.0"))};
-    std::unordered_map<NodeIndex, xmlNode*> places;  ///< Of texts and attributes, which may change.
+    std::vector<xmlNode*> places;  ///< Of texts and attributes, which may change, by index.
 
     /// The namespaces in force, innermost last; a null one for a default that is switched off.
     std::vector<std::pair<std::string, xmlNs*>> scope;
@@ -58,8 +71,27 @@ struct QueryTree::Copy {
 
     xmlNode* CopyText(NodeIndex index) {
         xmlNode* text = xmlNewDocText(document.get(), Chars(Content(index)));
-        places[index] = text;
+        Place(index, text);
         return text;
+    }
+
+    /// Elements inside an entity are out of a query's reach; its text counts.
+    xmlNode* CopyReference(const NodeRecord& reference) {
+        const std::string xml = ExpandEntity(store.Slice(reference.begin + 1, reference.end - 1),
+                                             store.SourceOf(reference.begin).dtd.get());
+        return xmlNewDocText(document.get(), Chars(TextOfXml(xml)));
+    }
+
+    void Place(NodeIndex index, xmlNode* node) {
+        if (places.size() <= index) {
+            places.resize(std::max<std::size_t>(index + 1U, 2 * places.size()));
+        }
+        places[index] = node;
+    }
+
+    const xmlChar* Name(std::string_view name) {
+        return xmlDictLookup(document->dict, reinterpret_cast<const xmlChar*>(name.data()),
+                             static_cast<int>(name.size()));
     }
 
     void DeclareNamespaces(NodeIndex element, xmlNode* node) {
@@ -84,24 +116,25 @@ struct QueryTree::Copy {
                 continue;
             }
             xmlNs* space = PrefixOf(name).empty() ? nullptr : Find(PrefixOf(name));
-            const std::string local(space == nullptr ? name : name.substr(PrefixOf(name).size() + 1));
-            xmlAttr* attribute = xmlNewNsProp(node, space, Chars(local), Chars(Content(index)));
+            const std::string_view local = space == nullptr ? name : name.substr(PrefixOf(name).size() + 1);
+            xmlAttr* attribute =
+                xmlNewNsPropEatName(node, space, const_cast<xmlChar*>(Name(local)), Chars(Content(index)));
             Mark(reinterpret_cast<xmlNode*>(attribute), index);
-            places[index] = reinterpret_cast<xmlNode*>(attribute);
+            Place(index, reinterpret_cast<xmlNode*>(attribute));
         }
     }
 
     xmlNode* CopyElement(NodeIndex index) {
         store.ReadAttributes(index);
-        xmlNode* node = xmlNewDocNode(document.get(), nullptr, Chars("x"), nullptr);
+        xmlNode* node =
+            xmlNewDocNodeEatName(document.get(), nullptr, const_cast<xmlChar*>(Name("x")), nullptr);
         scopeMarks.push_back(scope.size());
         DeclareNamespaces(index, node);
         const std::string_view name = store.NameOf(index);
         xmlNs* space = Find(PrefixOf(name));
-        const std::string local(
-            space == nullptr || PrefixOf(name).empty() ? name : name.substr(PrefixOf(name).size() + 1));
+        const bool literal = space == nullptr || PrefixOf(name).empty();
+        node->name = Name(literal ? name : name.substr(PrefixOf(name).size() + 1));
         xmlSetNs(node, space);
-        xmlNodeSetName(node, Chars(local));
         CopyAttributes(index, node);
         return node;
     }
@@ -124,6 +157,8 @@ struct QueryTree::Copy {
                 return xmlNewDocPI(document.get(), Chars(std::string(body.substr(0, blank))),
                                    Chars(std::string(body.substr(content))));
             }
+            case NODE_ENTITY_REFERENCE:
+                return CopyReference(record);
             default:
                 return nullptr;
         }
@@ -134,10 +169,8 @@ struct QueryTree::Copy {
         auto* parent = reinterpret_cast<xmlNode*>(document.get());
         while (true) {
             xmlNode* node = CopyNode(index);
-            if (node != nullptr) {
-                Mark(node, index);
-                Link(parent, node);
-            }
+            Mark(node, store.At(index).type == NODE_ENTITY_REFERENCE ? 0 : index);
+            Link(parent, node);
             if (store.At(index).type == NODE_ELEMENT) {
                 if (store.At(index).firstChild != 0) {
                     parent = node;
@@ -173,24 +206,25 @@ struct QueryTree::Copy {
 
     void Update() {
         for (const NodeIndex index : store.changedNodes) {
-            const auto place = places.find(index);
-            if (place == places.end()) {
+            xmlNode* place = index < places.size() ? places[index] : nullptr;
+            if (place == nullptr) {
                 continue;
             }
-            if (place->second->type == XML_ATTRIBUTE_NODE) {
-                xmlNodeSetContent(place->second, nullptr);
-                xmlNode* text = xmlNewDocText(document.get(), Chars(Content(index)));
-                Link(place->second, text);
+            if (place->type == XML_ATTRIBUTE_NODE) {
+                xmlNodeSetContent(place, nullptr);
+                Link(place, xmlNewDocText(document.get(), Chars(Content(index))));
             } else {
-                xmlNodeSetContent(place->second, Chars(Content(index)));
+                xmlNodeSetContent(place, Chars(Content(index)));
             }
         }
         store.changedNodes.clear();
     }
 };
 
-QueryTree::QueryTree(DocumentStore& store, NodeIndex root) : copy_(std::make_unique<Copy>(store)) {
-    copy_->CopyTree(root);
+QueryTree::QueryTree(DocumentStore& store, NodeIndex document) : copy_(std::make_unique<Copy>(store)) {
+    copy_->Mark(reinterpret_cast<xmlNode*>(copy_->document.get()), document);
+    copy_->CopyTree(store.At(document).firstChild);
+    xmlXPathOrderDocElems(copy_->document.get());
     store.changedNodes.clear();
     store.listChanges = true;
 }
@@ -206,9 +240,9 @@ bool QueryTree::Holds() const {
 
 std::optional<std::vector<NodeIndex>> QueryTree::Select(const std::string& query) {
     copy_->Update();
+    const QuietErrors quiet;
     const std::unique_ptr<xmlXPathContext, FreeXPathContext> context(
         xmlXPathNewContext(copy_->document.get()));
-    context->error = IgnoreError;
     const std::unique_ptr<xmlXPathObject, FreeXPathObject> found(
         xmlXPathEvalExpression(Chars(query), context.get()));
     if (!found || found->type != XPATH_NODESET) {
@@ -219,7 +253,7 @@ std::optional<std::vector<NodeIndex>> QueryTree::Select(const std::string& query
     xmlXPathNodeSetSort(set);
     for (int i = 0; set != nullptr && i < set->nodeNr; ++i) {
         const xmlNode* node = set->nodeTab[i];
-        const bool marked = node->type != XML_NAMESPACE_DECL && node->type != XML_DOCUMENT_NODE;
+        const bool marked = node->type != XML_NAMESPACE_DECL;
         nodes.push_back(marked ? static_cast<NodeIndex>(reinterpret_cast<std::uintptr_t>(node->_private))
                                : 0);
     }

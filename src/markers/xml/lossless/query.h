@@ -13,7 +13,7 @@ namespace ventrix::xml {
 /// date.
 class QueryTree {
   public:
-    QueryTree(DocumentStore& store, NodeIndex root);
+    QueryTree(DocumentStore& store, NodeIndex document);
     ~QueryTree();
     QueryTree(const QueryTree&) = delete;
     QueryTree& operator=(const QueryTree&) = delete;

@@ -9,7 +9,6 @@ namespace ventrix::xml {
 namespace {
 
 constexpr char ReplacementCharacter[] = "\xEF\xBF\xBD";
-constexpr int DeepestEntity = 40;
 
 void AppendUtf8(std::string& out, std::uint32_t code) {
     if (code < 0x80) {
@@ -208,8 +207,8 @@ std::string CollapseSpaces(std::string_view value) {
     return out;
 }
 
-void AppendEscapedText(std::string& xml, std::string_view text) {
-    AppendEscaped(xml, text, [](char c) -> const char* {
+void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd) {
+    AppendEscaped(xml, text, [lineEnd](char c) -> const char* {
         switch (c) {
             case '&':
                 return "&amp;";
@@ -219,14 +218,16 @@ void AppendEscapedText(std::string& xml, std::string_view text) {
                 return "&gt;";
             case '\r':
                 return "&#13;";
+            case '\n':
+                return lineEnd == LineEnd::ReturnAndLineFeed ? "\r\n" : nullptr;
             default:
                 return nullptr;
         }
     });
 }
 
-void AppendEscapedValue(std::string& xml, std::string_view value) {
-    AppendEscaped(xml, value, [](char c) -> const char* {
+void AppendEscapedValue(std::string& xml, std::string_view value, char quote) {
+    AppendEscaped(xml, value, [quote](char c) -> const char* {
         switch (c) {
             case '&':
                 return "&amp;";
@@ -235,7 +236,9 @@ void AppendEscapedValue(std::string& xml, std::string_view value) {
             case '>':
                 return "&gt;";
             case '"':
-                return "&quot;";
+                return quote == c ? "&quot;" : nullptr;
+            case '\'':
+                return quote == c ? "&#39;" : nullptr;
             case '\t':
                 return "&#9;";
             case '\n':

@@ -9,8 +9,13 @@
 
 namespace ventrix::xml {
 
-/// How much one expansion may yield, in bytes, before it counts as an attack.
-constexpr std::size_t ExpansionLimit = 10'000'000;
+/// How many bytes of replacement text a document may use, and how deep entities may be nested, before that
+/// counts as an attack. Parsing refuses a document beyond.
+constexpr std::size_t ExpansionLimit = 64'000'000;
+constexpr int DeepestEntity = 40;
+
+/// How a written text ends its lines.
+enum class LineEnd { LineFeed, ReturnAndLineFeed };
 
 /// The content of a text node: line ends as line feeds, character references and the five predefined entities
 /// decoded.
@@ -28,10 +33,10 @@ std::string CollapseSpaces(std::string_view value);
 
 /// Appends a text to XML as content; `<`, `>`, `&` and carriage returns escaped. What XML cannot hold becomes
 /// U+FFFD.
-void AppendEscapedText(std::string& xml, std::string_view text);
+void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd);
 
-/// The same for a value between double quotes.
-void AppendEscapedValue(std::string& xml, std::string_view value);
+/// The same for a value between quotes of this kind; all white space but the space is escaped.
+void AppendEscapedValue(std::string& xml, std::string_view value, char quote);
 
 /// The replacement text of a declared entity, nested ones expanded, as XML; empty for an unknown or external
 /// one.

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "markers/xml/lossless/quiet_errors.h"
+
 namespace ventrix::xml {
 namespace {
 
@@ -51,14 +53,14 @@ std::string EncodingOf(std::string_view bytes) {
     std::string declared = DeclaredEncoding(bytes);
     std::ranges::transform(declared, declared.begin(),
                            [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
-    const bool isUtf8 = declared.empty() || declared == "UTF-8" || declared == "UTF8" ||
-                        declared == "US-ASCII" || declared == "ASCII";
+    const bool isUtf8 = declared.empty() || declared == "UTF-8" || declared == "UTF8";
     return isUtf8 ? std::string() : declared;
 }
 
 using Convert = int(xmlCharEncodingHandler*, xmlBuffer*, xmlBuffer*);
 
 bool ConvertAll(Convert* convert, const std::string& encoding, std::string_view from, std::string& to) {
+    const QuietErrors quiet;
     const Handler handler = FindHandler(encoding);
     const Buffer in(xmlBufferCreate());
     const Buffer out(xmlBufferCreate());

@@ -7,8 +7,9 @@
 
 #include <memory>
 
+#include "markers/xml/lossless/entity_sizes.h"
 #include "markers/xml/lossless/local_entities.h"
-#include "markers/xml/lossless/tree_builder.h"
+#include "markers/xml/lossless/references.h"
 
 namespace ventrix::xml {
 namespace {
@@ -20,8 +21,20 @@ using Context = std::unique_ptr<xmlParserCtxt, FreeContext>;
 
 /// What the handlers of one parse share, as the context's private data.
 struct Parse {
+    Parse() {
+        nothing.name = reinterpret_cast<const xmlChar*>("nothing");
+        nothing.content = nothing.orig = &noText;
+        nothing.etype = XML_INTERNAL_GENERAL_ENTITY;
+        nothing.checked = 2;
+    }
+
+    xmlParserCtxt* document = nullptr;  ///< The context of the document itself; entities get their own.
     std::string reason;
-    bool undefinedEntity = false;
+    EntitySizes sizes;
+    std::size_t expanded = 0;  ///< Bytes of replacement text so far.
+    bool refused = false;      ///< By this layer, whatever the parser says; no entity is expanded any more.
+    xmlEntity nothing = {};    ///< What the parser gets for one then: a null it would look up for itself.
+    xmlChar noText = 0;
 };
 
 std::string OneLine(const char* message) {
@@ -33,27 +46,76 @@ std::string OneLine(const char* message) {
     return line;
 }
 
-std::string Place(const xmlError& error) {
-    return " (line " + std::to_string(error.line) + ", column " + std::to_string(error.int2) + ")";
+std::string Place(int line, int column) {
+    return " (line " + std::to_string(line) + ", column " + std::to_string(column) + ")";
 }
 
-/// An undeclared entity counts as an error in every document: with a DTD that was not read, libxml2 alone
-/// would warn.
-void NoteError(void* data, xmlError* error) {
-    auto& parse = *static_cast<Parse*>(static_cast<xmlParserCtxt*>(data)->_private);
-    const bool undefined =
-        error->code == XML_ERR_UNDECLARED_ENTITY || error->code == XML_WAR_UNDECLARED_ENTITY;
-    if (undefined && !parse.undefinedEntity) {
-        parse.undefinedEntity = true;
-        const std::string name = error->str1 == nullptr ? "" : error->str1;
-        parse.reason = "Reference to undefined entity '" + name + "'" + Place(*error);
-    } else if (parse.reason.empty() && error->level == XML_ERR_FATAL) {
-        parse.reason = OneLine(error->message) + Place(*error);
+Parse& ParseOf(void* context) {
+    return *static_cast<Parse*>(static_cast<xmlParserCtxt*>(context)->_private);
+}
+
+void NoteError(void* context, xmlError* error) {
+    Parse& parse = ParseOf(context);
+    if (parse.reason.empty() && error->level == XML_ERR_FATAL) {
+        parse.reason = OneLine(error->message) + Place(error->line, error->int2);
     }
 }
 
+void Refuse(Parse& parse, const std::string& reason) {
+    const xmlParserInput* input = parse.document->inputNr > 0 ? parse.document->inputTab[0] : nullptr;
+    parse.reason = reason + (input == nullptr ? "" : Place(input->line, input->col));
+    parse.refused = true;
+}
+
+/// Counts what a reference adds, so that the sum stays within bounds: the parser's own guards are off.
+bool Admit(const xmlEntity& entity, std::size_t size, Parse& parse) {
+    parse.expanded += size;
+    if (parse.expanded > ExpansionLimit && !parse.refused) {
+        Refuse(parse, "The entity '" + OneLine(reinterpret_cast<const char*>(entity.name)) +
+                          "' expands to more than " + std::to_string(ExpansionLimit) +
+                          " bytes or without end");
+    }
+    return !parse.refused;
+}
+
+/// With a DTD that was not read, the parser alone would only warn of an entity that nothing declares.
+xmlEntity* FindEntity(void* data, const xmlChar* name) {
+    auto* context = static_cast<xmlParserCtxt*>(data);
+    Parse& parse = ParseOf(context);
+    xmlEntity* entity = parse.refused ? nullptr : xmlSAX2GetEntity(context, name);
+    if (entity == nullptr && !parse.refused) {
+        Refuse(parse, "Reference to undefined entity '" + OneLine(reinterpret_cast<const char*>(name)) + "'");
+    }
+    // An entity in content is parsed once, to see whether it is well-formed. One that seems to have content
+    // of its own is not parsed again for each further reference, as handlers might want it.
+    static xmlNode content = {};
+    if (entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY && entity->children == nullptr) {
+        entity->children = &content;
+    }
+    const bool nested = context != parse.document || context->depth > 0;
+    const bool admitted =
+        entity != nullptr && Admit(*entity, nested ? 0 : parse.sizes.SizeOf(*entity), parse);
+    return admitted ? entity : &parse.nothing;
+}
+
+xmlEntity* FindParameterEntity(void* data, const xmlChar* name) {
+    auto* context = static_cast<xmlParserCtxt*>(data);
+    Parse& parse = ParseOf(context);
+    xmlEntity* entity = parse.refused ? nullptr : xmlSAX2GetParameterEntity(context, name);
+    const bool admitted =
+        entity != nullptr && Admit(*entity, static_cast<std::size_t>(entity->length), parse);
+    return admitted ? entity : nullptr;
+}
+
+/// The document's own XML declaration stands behind the parser here, and its encoding did not count. That of
+/// other files does.
+void StartDocument(void* data) {
+    static_cast<xmlParserCtxt*>(data)->options &= ~XML_PARSE_IGNORE_ENC;
+    xmlSAX2StartDocument(data);
+}
+
 /// Only the DTD is of interest; content is what this layer's own tree is for.
-void PassOverContent(xmlSAXHandler& handler) {
+void SetHandlers(xmlSAXHandler& handler) {
     handler.startElementNs = nullptr;
     handler.endElementNs = nullptr;
     handler.startElement = nullptr;
@@ -64,37 +126,46 @@ void PassOverContent(xmlSAXHandler& handler) {
     handler.reference = nullptr;
     handler.comment = nullptr;
     handler.processingInstruction = nullptr;
+    handler.startDocument = StartDocument;
+    handler.getEntity = FindEntity;
+    handler.getParameterEntity = FindParameterEntity;
+    handler.resolveEntity = OpenExternalSubset;
     handler.serror = NoteError;
 }
 
-/// The parser's guards against expanding entities hold only without XML_PARSE_HUGE, which deep documents and
-/// long texts need: a document that declares no entity can do without the guards.
-int ParseOptions(const std::string& text, bool resolveExternals) {
-    const bool declaresEntities =
-        resolveExternals ||
-        std::string_view(text).substr(0, RootBegin(text)).find("<!ENTITY") != std::string_view::npos;
-    return XML_PARSE_NONET | (declaresEntities ? 0 : XML_PARSE_HUGE) |
-           (resolveExternals ? XML_PARSE_DTDLOAD : 0);
+/// Has the parser read the text where it lies. False if memory runs out.
+bool PushText(xmlParserCtxt& context, const std::string& text, const std::string& nativePath) {
+    xmlParserInput* input = xmlNewInputStream(&context);
+    if (input == nullptr) {
+        return false;
+    }
+    input->base = input->cur = reinterpret_cast<const xmlChar*>(text.data());
+    input->end = input->base + text.size();
+    input->filename = nativePath.empty() ? nullptr : xmlMemStrdup(nativePath.c_str());
+    return inputPush(&context, input) >= 0;
 }
 
 }  // namespace
 
-Judgement JudgeDocument(const std::string& text, bool transcoded, const std::string& nativePath,
-                        bool resolveExternals) {
+Judgement JudgeDocument(const std::string& text, const std::string& nativePath, bool resolveExternals) {
+    if (const std::size_t nul = text.find('\0'); nul != std::string::npos) {
+        return {"The document holds a NUL character at byte " + std::to_string(nul), nullptr};
+    }
     Parse parse;
     const Context context(xmlNewParserCtxt());
-    if (!context) {
+    if (!context || !PushText(*context, text, nativePath)) {
         return {"Out of memory", nullptr};
     }
+    xmlCtxtUseOptions(context.get(), XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_IGNORE_ENC |
+                                         (resolveExternals ? XML_PARSE_DTDLOAD : 0));
+    parse.document = context.get();
     context->_private = &parse;
-    PassOverContent(*context->sax);
-    context->sax->resolveEntity = OpenExternalSubset;
+    SetHandlers(*context->sax);
     const LocalEntitiesOnly guard;
-    XmlDocument document(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()),
-                                           nativePath.empty() ? nullptr : nativePath.c_str(),
-                                           transcoded ? "UTF-8" : nullptr,
-                                           ParseOptions(text, resolveExternals)));
-    if (parse.undefinedEntity || !document) {
+    const bool wellFormed = xmlParseDocument(context.get()) == 0 && context->wellFormed == 1;
+    XmlDocument document(context->myDoc);
+    context->myDoc = nullptr;
+    if (parse.refused || !wellFormed || !document) {
         return {parse.reason.empty() ? "The document cannot be parsed" : parse.reason, nullptr};
     }
     if (document->intSubset == nullptr && document->extSubset == nullptr) {

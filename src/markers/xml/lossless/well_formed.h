@@ -13,10 +13,9 @@ struct Judgement {
                          ///< well-formed.
 };
 
-/// `text` is UTF-8; `transcoded` tells that its XML declaration names another encoding. `nativePath` is where
-/// relative system ids start from; it may be empty. The external DTD is read only with `resolveExternals`,
-/// and only from local files.
-Judgement JudgeDocument(const std::string& text, bool transcoded, const std::string& nativePath,
-                        bool resolveExternals);
+/// `text` is UTF-8, whatever its XML declaration says. `nativePath` is where relative system ids start from;
+/// it may be empty. The external DTD is read only with `resolveExternals`, and only from local files. A
+/// reference to an entity that nothing declares gives a reason with the words "undefined entity".
+Judgement JudgeDocument(const std::string& text, const std::string& nativePath, bool resolveExternals);
 
 }  // namespace ventrix::xml

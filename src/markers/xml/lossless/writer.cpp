@@ -1,8 +1,5 @@
 #include "markers/xml/lossless/writer.h"
 
-#include <algorithm>
-#include <set>
-
 #include "markers/xml/lossless/namespaces.h"
 #include "markers/xml/lossless/references.h"
 
@@ -11,9 +8,21 @@ namespace {
 
 enum class Form { Document, Standalone };
 
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+/// The line end of a text that is written into this source: that of its first line.
+LineEnd LineEndOf(const SourceText& source) {
+    const std::size_t first = source.hasReturns ? source.text.find('\n') : 0;
+    const bool hasReturn = first != 0 && first != std::string::npos && source.text[first - 1] == '\r';
+    return hasReturn ? LineEnd::ReturnAndLineFeed : LineEnd::LineFeed;
+}
+
 class Writer {
   public:
-    Writer(DocumentStore& store, Form form) : store_(store), form_(form) {}
+    Writer(DocumentStore& store, Form form, LineEnd lineEnd)
+        : store_(store), form_(form), lineEnd_(lineEnd) {}
 
     /// Goes through the subtree in document order without a stack of its own: a document may be deeper than
     /// any stack.
@@ -67,7 +76,7 @@ class Writer {
             OpenElement(index);
         } else if ((record.flags & OwnText) != 0) {
             Flush();
-            AppendEscapedText(out_, store_.TextAt(record.extra));
+            AppendEscapedText(out_, store_.TextAt(record.extra), lineEnd_);
         } else if (form_ == Form::Standalone && record.type == NODE_ENTITY_REFERENCE) {
             Flush();
             out_ += ExpandEntity(store_.Slice(record.begin + 1, record.end - 1),
@@ -78,50 +87,82 @@ class Writer {
     }
 
     void OpenElement(NodeIndex index) {
+        const bool rewrites = MustRewrite(index);
         const NodeRecord& record = store_.At(index);
+        // An empty-element tag that got content loses its slash.
         const bool gainedContent = record.close == 0 && record.firstChild != 0;
-        if (!MustRewrite(index)) {
-            // An empty-element tag that got content loses its slash.
-            Source(record.begin, gainedContent ? record.end - 2 : record.end);
-            if (gainedContent) {
-                Flush();
-                out_ += '>';
-            }
-            return;
+        const std::uint32_t end = gainedContent ? record.end - 2 : record.end;
+        if (rewrites) {
+            RewriteTag(index, end);
+        } else {
+            Source(record.begin, end);
         }
-        Flush();
-        out_ += '<';
-        out_ += store_.NameOf(index);
-        WriteAttributes(index);
-        out_ += record.close == 0 && record.firstChild == 0 ? "/>" : ">";
+        if (gainedContent) {
+            Flush();
+            out_ += '>';
+        }
     }
 
     bool MustRewrite(NodeIndex index) {
-        if (form_ == Form::Standalone) {
-            store_.ReadAttributes(index);
-            const SourceText& source = store_.SourceOf(store_.At(index).begin);
-            return (source.dtd != nullptr && store_.At(index).extra != 0) ||
-                   (store_.At(index).flags & AttributesChanged) != 0;
+        if ((store_.At(index).flags & AttributesChanged) != 0) {
+            return true;
         }
-        return (store_.At(index).flags & AttributesChanged) != 0;
+        if (form_ == Form::Document || store_.SourceOf(store_.At(index).begin).dtd == nullptr) {
+            return false;
+        }
+        store_.ReadAttributes(index);
+        return store_.At(index).extra != 0;
     }
 
-    void WriteAttributes(NodeIndex element) {
+    /// Writes a start tag up to `end` with its attributes as they are now. The bytes between the attributes
+    /// stay.
+    void RewriteTag(NodeIndex element, std::uint32_t end) {
+        const std::uint32_t begin = store_.At(element).begin;
+        Source(begin, begin + 1U + store_.At(element).nameLength);
         for (NodeIndex index = store_.At(element).extra; index != 0; index = store_.At(index).next) {
-            const NodeRecord& record = store_.At(index);
-            if ((record.flags & FromDtd) != 0 && form_ == Form::Document) {
-                continue;
-            }
-            out_ += ' ';
-            if ((record.flags & OwnText) == 0 && form_ == Form::Document) {
-                out_ += store_.Slice(record.begin, record.end);
-                continue;
-            }
-            out_ += store_.NameOf(index);
-            out_ += "=\"";
-            AppendEscapedValue(out_, store_.ContentOf(index, buffer_));
-            out_ += '"';
+            WriteAttribute(index);
         }
+        const std::string_view tag = store_.Slice(begin, end);
+        std::size_t tail = tag.size() - (tag.ends_with("/>") ? 2 : tag.ends_with('>') ? 1 : 0);
+        while (IsBlank(tag[tail - 1])) {
+            --tail;
+        }
+        Source(begin + static_cast<std::uint32_t>(tail), end);
+    }
+
+    void WriteAttribute(NodeIndex index) {
+        const NodeRecord& record = store_.At(index);
+        if ((record.flags & FromDtd) != 0 &&
+            (form_ == Form::Document || DeclaredPrefix(store_.NameOf(index)).data() == nullptr)) {
+            return;
+        }
+        if ((record.flags & Created) != 0) {
+            Flush();
+            out_.append(" ").append(store_.NameOf(index)).append("=");
+            WriteValue(index, '"');
+            return;
+        }
+        std::uint32_t begin = record.begin;
+        while (IsBlank(store_.Slice(begin - 1, begin)[0])) {
+            --begin;
+        }
+        if ((record.flags & OwnText) == 0 && (form_ == Form::Document || !HasReference(record))) {
+            Source(begin, record.end);
+            return;
+        }
+        Source(begin, record.close - 1);
+        Flush();
+        WriteValue(index, store_.Slice(record.end - 1, record.end)[0]);
+    }
+
+    bool HasReference(const NodeRecord& attribute) {
+        return store_.Slice(attribute.close, attribute.end).find('&') != std::string_view::npos;
+    }
+
+    void WriteValue(NodeIndex attribute, char quote) {
+        out_ += quote;
+        AppendEscapedValue(out_, store_.ContentOf(attribute, buffer_), quote);
+        out_ += quote;
     }
 
     void Close(NodeIndex index) {
@@ -143,6 +184,7 @@ class Writer {
 
     DocumentStore& store_;
     Form form_;
+    LineEnd lineEnd_;
     std::string out_;
     std::string buffer_;
     std::uint32_t pendingBegin_ = 0, pendingEnd_ = 0;
@@ -151,7 +193,7 @@ class Writer {
 }  // namespace
 
 std::string WriteDocument(DocumentStore& store, const SourceText& source) {
-    Writer writer(store, Form::Document);
+    Writer writer(store, Form::Document, LineEndOf(source));
     writer.Reserve(source.text.size() + source.text.size() / 2);
     const NodeIndex root = store.At(source.document).firstChild;
     const std::uint32_t prologEnd = store.At(source.root).begin;
@@ -164,7 +206,7 @@ std::string WriteDocument(DocumentStore& store, const SourceText& source) {
 }
 
 std::string WriteElement(DocumentStore& store, NodeIndex element) {
-    Writer writer(store, Form::Standalone);
+    Writer writer(store, Form::Standalone, LineEnd::LineFeed);
     writer.WriteSubtree(element);
     std::string xml = writer.Finish();
     const std::string declarations = MissingNamespaces(store, element);

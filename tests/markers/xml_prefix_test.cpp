@@ -1,0 +1,45 @@
+// Rich documents cut at every byte, and with every byte changed: each gives a reason or holds what a document
+// promises.
+#include "markers/document_exercise.h"
+#include "markers/xml_fixture.h"
+
+namespace ventrix::test {
+namespace {
+
+using XmlPrefix = XmlTest;
+using namespace std::string_literals;
+
+const std::string richDocuments[] = {
+    R"(<?xml version="1.0" encoding="utf-8"?>
+<!-- c --><!DOCTYPE a SYSTEM 'm.dtd' [<!ENTITY e "E<b x='1'/>&f;"> <!ENTITY f "&#38;#38;"> <!ATTLIST b y CDATA 'd' z NMTOKENS ' 1 2'>
+<?p ]>?><!ENTITY % g SYSTEM 'g'><!-- ]> -->]><a x = 'y>"&f;' ><b/>&#65;&e;<![CDATA[]]]]>&lt;<?q r?></a ><!---->)",
+    "\xEF\xBB\xBF<n:a xmlns:n='u' n:b='\xC3\xA4'>\r\n\xE2\x82\xAC<c "
+    "xmlns=\"v\">\t</c>\xF0\x9F\x98\x80</n:a>\r\n",
+    "<?xml version='1.0' encoding='ISO-8859-1'?><a b='\xE4'>\xF6&#8364;</a>",
+    "\xFF\xFE<\0a\0>\0&\0l\0t\0;\0=\xD8\0\xDE<\0/\0a\0>\0"s,
+};
+
+TEST_F(XmlPrefix, EveryPrefixGivesAReasonOrADocument) {
+    for (const std::string& document : richDocuments) {
+        ASSERT_TRUE(Load(document)) << reason;
+        for (std::size_t length = 0; length <= document.size(); ++length) {
+            EXPECT_EQ(ExerciseDocument(documentPath, document.substr(0, length)), "")
+                << document.substr(0, length);
+        }
+    }
+}
+
+TEST_F(XmlPrefix, EveryChangedByteGivesAReasonOrADocument) {
+    for (const std::string& document : richDocuments) {
+        for (std::size_t at = 0; at < document.size(); ++at) {
+            for (const char byte : {'<', '&', '\'', '\xFF'}) {
+                std::string changed = document;
+                changed[at] = byte;
+                EXPECT_EQ(ExerciseDocument(documentPath, changed), "") << changed;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace ventrix::test
