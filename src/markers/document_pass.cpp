@@ -112,6 +112,7 @@ void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, Pub
     xml::Node node = element.get_firstChild();
     while (node || parent != element) {
         if (!node) {
+            LeaveElement(parent, memo.inherited);
             node = parent.get_nextSibling();
             parent = parent.get_parentNode();
             continue;

@@ -1,6 +1,6 @@
 #include "markers/encoding_walk.h"
 
-#include <algorithm>
+#include <vector>
 
 #include "markers/dom_helpers.h"
 
@@ -48,34 +48,13 @@ bool StandsInText(xml::Node element, const PublishParams& record, EncodingMemo& 
 }  // namespace
 
 void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& memo) {
-    AttributeEntries entries =
-        CollectInheritedAttributes(textNode, {record.attributes.begin(), record.attributes.end()});
+    AttributeEntries entries = CollectInheritedAttributes(textNode, record.attributes, memo.inherited);
     AddPathEntries(textNode.get_parentNode(), entries, record, memo.stamps);
     if (entries.empty())
         return;
     std::string text = NodeText(textNode);
     PrependAttributeGroup(text, entries);
     textNode.put_text(text);
-}
-
-AttributeEntries CollectInheritedAttributes(xml::Node textNode, std::vector<std::string_view> wanted) {
-    AttributeEntries entries;
-    entries.reserve(3 * (wanted.size() + 2));  // The path entries, which follow, included.
-    std::string buffer;
-    for (xml::Node node = textNode.get_parentNode(); IsElement(node) && !wanted.empty();
-         node = node.get_parentNode()) {
-        const auto attributes = node.get_attributes();
-        for (std::size_t i = 0; i < attributes.get_length(); ++i) {
-            const xml::Node attribute = attributes.get_item(i);
-            const std::string_view name = NodeName(attribute);
-            if (std::erase(wanted, name) == 0)
-                continue;
-            entries.emplace_back(name);
-            entries.emplace_back(attribute.get_text(buffer));
-            entries.emplace_back();
-        }
-    }
-    return entries;
 }
 
 void EncodeScopedAttributes(xml::Node element, const std::list<std::string>& scopedAttributes) {

@@ -5,10 +5,8 @@
 #include <list>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include "markers/marker_format.h"
+#include "markers/inherited_attributes.h"
 #include "markers/path_stamps.h"
 #include "markers/publish_params.h"
 #include "markers/xml/dom.h"
@@ -17,15 +15,13 @@ namespace ventrix {
 
 /// What one encoding walk remembers from node to node.
 struct EncodingMemo {
+    InheritedMemo inherited;
     StampMemo stamps;
     std::optional<bool> textFollows;  ///< FollowedByFilledText, for the run of siblings that the walk is in.
 };
 
 /// Puts an attribute group in front of a filled text, if there is anything to carry for it.
 void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& memo);
-
-/// The wanted attributes of the elements around the text, nearest element first; each name once.
-AttributeEntries CollectInheritedAttributes(xml::Node textNode, std::vector<std::string_view> wanted);
 
 /// Puts the element's scoped attributes in front of its first filled text. An element without one carries
 /// none. `scopedAttributes` holds whole groups of four names.

@@ -123,6 +123,17 @@ TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
     }
 }
 
+TEST(DocumentPass, TakesTimeInProportionToDeepDocuments) {
+    constexpr std::size_t depth = 100000;
+    PublishParams record;
+    record.attributes = {"t", "nowhere"};
+    record.elements = {"i"};
+    const auto start = std::chrono::steady_clock::now();
+    Pass("<a>" + Repeated("<s t='1'>x<i/>", depth) + "y" + Repeated("</s>", depth) + "</a>", false, record);
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    EXPECT_LT(seconds.count(), 20);
+}
+
 TEST(DocumentPass, EndsOnDeepDocuments) {
     constexpr std::size_t depth = 200000;
     const TempTree tree;

@@ -1,0 +1,75 @@
+#include "markers/inherited_attributes.h"
+
+#include <algorithm>
+
+#include "markers/dom_helpers.h"
+
+namespace ventrix {
+namespace {
+
+AttributeEntries OwnEntries(xml::Node element, const std::list<std::string>& wanted) {
+    AttributeEntries entries;
+    std::string buffer;
+    const xml::NamedNodeMap attributes = element.get_attributes();
+    for (std::size_t i = 0; i < attributes.get_length(); ++i) {
+        const xml::Node attribute = attributes.get_item(i);
+        if (std::ranges::find(wanted, NodeName(attribute)) == wanted.end())
+            continue;
+        entries.emplace_back(NodeName(attribute));
+        entries.emplace_back(attribute.get_text(buffer));
+        entries.emplace_back();
+    }
+    return entries;
+}
+
+bool HasEntry(const AttributeEntries& entries, std::size_t count, const std::string& name) {
+    for (std::size_t i = 0; i < count; i += 3)
+        if (entries[i] == name)
+            return true;
+    return false;
+}
+
+/// The nearest element counts: what is further out under the same name is left out.
+void AppendInherited(AttributeEntries& entries, const AttributeEntries& inherited) {
+    const std::size_t own = entries.size();
+    for (std::size_t i = 0; i < inherited.size(); i += 3)
+        if (!HasEntry(entries, own, inherited[i]))
+            entries.insert(entries.end(), {inherited[i], inherited[i + 1], inherited[i + 2]});
+}
+
+void EnterElement(xml::Node element, const std::list<std::string>& wanted, InheritedMemo& memo) {
+    InheritedMemo::Level level{element, memo.levels.size(), OwnEntries(element, wanted)};
+    if (!memo.levels.empty()) {
+        const std::size_t outer = memo.levels.back().holder;
+        if (level.entries.empty())
+            level.holder = outer;
+        else
+            AppendInherited(level.entries, memo.levels[outer].entries);
+    }
+    memo.levels.push_back(std::move(level));
+}
+
+}  // namespace
+
+AttributeEntries CollectInheritedAttributes(xml::Node textNode, const std::list<std::string>& wanted,
+                                            InheritedMemo& memo) {
+    if (wanted.empty())
+        return {};
+    const xml::Node known = memo.levels.empty() ? xml::Node() : memo.levels.back().element;
+    std::vector<xml::Node> entered;
+    for (xml::Node node = textNode.get_parentNode(); IsElement(node) && node != known;
+         node = node.get_parentNode())
+        entered.push_back(node);
+    for (auto node = entered.rbegin(); node != entered.rend(); ++node)
+        EnterElement(*node, wanted, memo);
+    if (memo.levels.empty())
+        return {};
+    return memo.levels[memo.levels.back().holder].entries;
+}
+
+void LeaveElement(xml::Node element, InheritedMemo& memo) {
+    if (!memo.levels.empty() && memo.levels.back().element == element)
+        memo.levels.pop_back();
+}
+
+}  // namespace ventrix

@@ -1,0 +1,33 @@
+// The attributes that a text inherits from the elements around it. A memo holds what is in force at each
+// element that the walk is in, so that a text at any depth costs no climb to the root.
+#pragma once
+
+#include <cstddef>
+#include <list>
+#include <string>
+#include <vector>
+
+#include "markers/marker_format.h"
+#include "markers/xml/dom.h"
+
+namespace ventrix {
+
+/// The walk keeps it in step: no element stays in it when the walk has left it. Starts empty.
+struct InheritedMemo {
+    struct Level {
+        xml::Node element;
+        std::size_t holder;  ///< The level whose entries are in force here: this one or one further out.
+        AttributeEntries entries;  ///< Only where the element itself adds to what it inherits.
+    };
+    std::vector<Level> levels;  ///< From the root inwards.
+};
+
+/// The wanted attributes of the elements around the text, nearest element first, within one element in
+/// document order. Each name gives one entry, with an empty target.
+AttributeEntries CollectInheritedAttributes(xml::Node textNode, const std::list<std::string>& wanted,
+                                            InheritedMemo& memo);
+
+/// Takes note that the walk is done with the element.
+void LeaveElement(xml::Node element, InheritedMemo& memo);
+
+}  // namespace ventrix
