@@ -177,10 +177,9 @@ void PrintFindings(const Outcome& outcome, const Screen& screen) {
         screen.Warning(failed.file + " could not be read: " + failed.reason);
     }
     if (outcome.pages.markedValues > 0) {
-        screen.Note(
-            std::to_string(outcome.pages.markedValues) +
-            " attribute values hold marker text that the transformation copied into them; the first is " +
-            outcome.pages.firstMarkedValue);
+        screen.Note("attribute values into which the transformation copied marker text: " +
+                    std::to_string(outcome.pages.markedValues) + ", the first in " +
+                    outcome.pages.firstMarkedValue);
     }
 }
 
