@@ -177,6 +177,9 @@ void MakePage(Publication& publication, const std::string& topic) {
         }
         return;
     }
+    for (const std::string& remark : loaded.remarks) {
+        publication.warn(remark);
+    }
     xmlDoc* document = loaded.document.get();
     ResolveConrefs(document, publication.library, publication.warn);
     ResolveKeyrefs(document, publication.navigation.keys, publication.warn);

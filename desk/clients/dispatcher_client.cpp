@@ -18,12 +18,11 @@ struct FreeCatalog {
 };
 using Catalog = std::shared_ptr<xmlCatalog>;
 
-/// The file behind a catalog's answer, in system notation; empty if there is none or it is missing.
+/// The file behind a catalog's answer; empty if there is none or it is missing.
 std::string FileOf(const XmlText& uri) {
     const std::string path = uri == nullptr ? std::string() : TargetOf(View(uri.get()), "/").path;
     std::error_code error;
-    return std::filesystem::is_regular_file(path, error) ? platform::ToSystem(path).value_or("")
-                                                         : std::string();
+    return std::filesystem::is_regular_file(path, error) ? path : std::string();
 }
 
 /// The DTD under a public or system id: the user's catalog first, then the machine's own.
@@ -55,13 +54,11 @@ DocumentType TypeOf(const std::string& path) {
     return type;
 }
 
-/// A DTD that lies where the document says, in system notation; empty without one.
+/// A DTD that lies where the document says; empty without one.
 std::string LocalDtd(const DocumentType& type, const std::string& document) {
     const std::string path = TargetOf(type.systemId, FolderOf(document)).path;
     std::error_code error;
-    return !path.empty() && std::filesystem::is_regular_file(path, error)
-               ? platform::ToSystem(path).value_or("")
-               : std::string();
+    return !path.empty() && std::filesystem::is_regular_file(path, error) ? path : std::string();
 }
 
 std::string DtdOf(const Catalog& catalog, const std::string& application) {
@@ -71,8 +68,7 @@ std::string DtdOf(const Catalog& catalog, const std::string& application) {
         }
     }
     std::error_code error;
-    const bool isFile = platform::IsAbsoluteSystemPath(application) &&
-                        std::filesystem::is_regular_file(platform::ToNative(application), error);
+    const bool isFile = application.starts_with('/') && std::filesystem::is_regular_file(application, error);
     return isFile ? application : std::string();
 }
 

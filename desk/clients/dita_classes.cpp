@@ -297,7 +297,7 @@ bool AddMissingClasses(xmlDoc* document) {
         }
         const std::string_view types = TypesOf(View(node->name));
         if (!types.empty()) {
-            xmlNewProp(node, Xml("class"), Xml(("- " + std::string(types) + " ").c_str()));
+            xmlNewProp(node, Xml("class"), Xml(std::string("- ").append(types).append(" ").c_str()));
         } else if (View(node->name) != "dita" && !InForeign(node)) {
             allKnown = false;
         }
@@ -310,7 +310,7 @@ bool HasType(const xmlNode* node, std::string_view type) {
         return false;
     }
     const std::string value = Attribute(node, "class") + " ";
-    return value.find(" " + std::string(type) + " ") != std::string::npos;
+    return value.find(std::string(" ").append(type).append(" ")) != std::string::npos;
 }
 
 }  // namespace ventrix::desk

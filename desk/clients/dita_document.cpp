@@ -75,6 +75,9 @@ DitaDocument LoadDita(const std::string& nativePath, const Ditaval& rules) {
     } else {
         MakeReferencesAbsolute(loaded.document.get(), nativePath);
         result.document = std::move(loaded.document);
+        for (const std::string& entity : loaded.undeclaredEntities) {
+            result.remarks.push_back(nativePath + ": " + entity);
+        }
     }
     return result;
 }

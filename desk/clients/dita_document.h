@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "desk/clients/ditaval.h"
 #include "desk/documents/xml_handles.h"
@@ -15,7 +16,8 @@ namespace ventrix::desk {
 struct DitaDocument {
     XmlDocument document;  ///< Null if it is missing, not well-formed, or excluded as a whole.
     bool excluded = false;
-    std::string reason;  ///< Why it cannot be read; one line, empty if it can or is excluded.
+    std::vector<std::string> remarks;  ///< Entities that nobody declares, whose text is missing.
+    std::string reason;                ///< Why it cannot be read; one line, empty if it can or is excluded.
 };
 
 DitaDocument LoadDita(const std::string& nativePath, const Ditaval& rules);

@@ -31,7 +31,7 @@ struct DocumentFiles {
 /// it stands and followed at once. Never fetches anything from a network and ends on documents that refer to
 /// themselves or in a ring. A missing file is listed, and so is one that is not well-formed, with what could
 /// be read of it. Local files whose `scope` is external or peer are no part of the document and are left out.
-/// Of a DTD without a public id, the file is listed if it exists.
+/// Of a DTD without a public id, the file is listed if it exists and its path is relative.
 DocumentFiles ListDocumentFiles(const std::string& nativePath);
 
 }  // namespace ventrix::desk

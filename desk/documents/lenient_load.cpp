@@ -1,6 +1,7 @@
 #include "desk/documents/lenient_load.h"
 
 #include <fcntl.h>
+#include <libxml/SAX2.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <cstring>
 
 #include "desk/documents/reference_path.h"
+#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -77,6 +79,14 @@ class OpenFile {
     int descriptor_;
 };
 
+/// An absolute path in either notation, which may hold blanks, is no URI; the parser would not take it.
+xmlParserInput* ResolveLocally(void* parser, const xmlChar* publicId, const xmlChar* systemId) {
+    const std::string_view id = View(systemId);
+    const bool absolute = id.starts_with('/') || platform::IsAbsoluteSystemPath(id);
+    const std::string path = absolute ? TargetOf(id, "/").path : std::string();
+    return xmlSAX2ResolveEntity(parser, publicId, path.empty() ? systemId : Xml(FileUri(path).c_str()));
+}
+
 void Parse(const OpenFile& file, const std::string& path, int extraOptions, LenientDocument& result) {
     const int options =
         XML_PARSE_NONET | XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | extraOptions;
@@ -85,6 +95,7 @@ void Parse(const OpenFile& file, const std::string& path, int extraOptions, Leni
     Faults faults;
     parser->_private = &faults;
     parser->sax->serror = CollectFault;
+    parser->sax->resolveEntity = ResolveLocally;
     lseek(file.descriptor(), 0, SEEK_SET);
     result.document.reset(
         xmlCtxtReadFd(parser.get(), file.descriptor(), FileUri(path).c_str(), nullptr, options));

@@ -45,7 +45,8 @@ std::string_view Name(const xmlNode* element) {
 }
 
 bool HasClass(const xmlNode* element, std::string_view word) {
-    return (Attribute(element, "class") + " ").find(" " + std::string(word) + " ") != std::string::npos;
+    return (Attribute(element, "class") + " ").find(std::string(" ").append(word).append(" ")) !=
+           std::string::npos;
 }
 
 /// The value that the element or an element around it gives: DITA hands `scope` and `format` down from
@@ -145,13 +146,17 @@ void AppendElement(std::vector<Reference>& list, const xmlNode* element) {
     }
 }
 
+bool IsAbsolute(std::string_view reference) {
+    return reference.starts_with('/') || reference.find(':') != std::string_view::npos;
+}
+
 /// A DTD that has a public id is the catalogs' business: a copy of it beside the document would lack its
 /// modules.
 void AppendDtdFiles(std::vector<Reference>& list, const xmlDtd* dtd) {
     if (dtd == nullptr) {
         return;
     }
-    if (dtd->SystemID != nullptr && dtd->ExternalID == nullptr) {
+    if (dtd->SystemID != nullptr && dtd->ExternalID == nullptr && !IsAbsolute(View(dtd->SystemID))) {
         Append(list, {.text = std::string(View(dtd->SystemID)), .optional = true});
     }
     for (const xmlNode* node = dtd->children; node != nullptr; node = node->next) {

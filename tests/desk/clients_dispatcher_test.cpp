@@ -59,11 +59,11 @@ TEST_F(DispatcherClient, LeadsFromADocumentToItsDtd) {
         EXPECT_EQ(application, row.application) << row.content;
         const std::string dtd =
             Ask("StructAppInfo -appName " + (application == "0" ? "" : application) + " -info DTDPath");
-        EXPECT_EQ(dtd, std::string(row.dtd) == "0" ? "0" : System(row.dtd)) << row.content;
+        EXPECT_EQ(dtd, std::string(row.dtd) == "0" ? "0" : Native(row.dtd)) << row.content;
     }
     Write("d.xml", "<!DOCTYPE x SYSTEM 'local.dtd'><x>&product;</x>");
-    EXPECT_EQ(Ask("ChooseAppForFile " + System("d.xml")), System("local.dtd"));
-    EXPECT_EQ(Ask("StructAppInfo -appName " + System("local.dtd") + " -info DTDPath"), System("local.dtd"));
+    EXPECT_EQ(Ask("ChooseAppForFile " + System("d.xml")), Native("local.dtd"));
+    EXPECT_EQ(Ask("StructAppInfo -appName " + Native("local.dtd") + " -info DTDPath"), Native("local.dtd"));
 }
 
 TEST_F(DispatcherClient, RefusesWhatItDoesNotKnow) {

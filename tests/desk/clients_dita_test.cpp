@@ -165,6 +165,13 @@ TEST_F(DitaClient, FiltersByDitaval) {
     EXPECT_FALSE(std::filesystem::exists(Native("out/xhtml/w.html")));
 }
 
+TEST_F(DitaClient, NamesTextThatIsMissing) {
+    Write("t.dita", "<topic id='t'><title>T</title><body><p>a&none;b</p></body></topic>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "//p"), "ab");
+    EXPECT_NE(Log().find("t.dita: line 1: Entity 'none' not defined"), std::string::npos) << Log();
+}
+
 TEST_F(DitaClient, EndsOnContentThatPullsInItself) {
     Write("t.dita",
           "<topic id='t'><title>T</title><body><p id='a'>a<ph conref='#t/b'/></p>"

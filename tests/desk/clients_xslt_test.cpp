@@ -36,6 +36,7 @@ TEST_F(XsltClient, RunsStylesheets) {
     Write("part.xsl", Sheet("<xsl:template name='part'>imported</xsl:template>"));
     Write("other ü.xml", "<o>other</o>");
     Write("e.dtd", "<!ENTITY product 'P40'><!ATTLIST d kind CDATA 'default'>");
+    Write("e ü.dtd", "<!ENTITY product 'P40'>");
     const struct {
         const char* what;
         std::string document;
@@ -57,6 +58,12 @@ TEST_F(XsltClient, RunsStylesheets) {
         {"EXSLT", "<d/>", TextSheet("<xsl:value-of select=\"str:replace('abc', 'b', '-')\"/>"), "a-c"},
         {"the DTD's entities and attributes", "<!DOCTYPE d SYSTEM 'e.dtd'><d>&product;</d>",
          TextSheet("<xsl:value-of select=\"concat(d, ' ', d/@kind)\"/>"), "P40 default"},
+        {"a DTD by a path in system notation, with blanks",
+         "<!DOCTYPE d SYSTEM \"" + System("e ü.dtd") + "\"><d>&product;</d>",
+         TextSheet("<xsl:value-of select='d'/>"), "P40"},
+        {"a DTD by a native path, with blanks",
+         "<!DOCTYPE d SYSTEM \"" + Native("e ü.dtd") + "\"><d>&product;</d>",
+         TextSheet("<xsl:value-of select='d'/>"), "P40"},
         {"an absent DTD", "<!DOCTYPE d SYSTEM 'http://127.0.0.1:9/none.dtd'><d>text</d>",
          TextSheet("<xsl:value-of select='d'/>"), "text"},
         {"nothing from a network", "<d/>",

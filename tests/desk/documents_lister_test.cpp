@@ -68,6 +68,7 @@ TEST_F(DocumentLister, ListsOneDocumentsReferences) {
         {"undefined without a DOCTYPE", "<topic>&nbsp;<image href='i.png'/></topic>", "*i.png\n"},
         {"other namespaces' attributes are none", "<r xmlns:o='urn:o' o:href='no.xml' href='yes.xml'/>",
          "yes.xml\n"},
+        {"a DTD at an absolute path", "<!DOCTYPE r SYSTEM '/etc/hostname'><r/>", ""},
         {"missing local DTD", "<!DOCTYPE r SYSTEM 'absent.dtd'><r/>", ""},
         {"system notation", "<topic><image href='\\\\nowhere\\a.png'/><image href='i%20%C3%BC.png'/></topic>",
          "*i \xC3\xBC.png\n"},
