@@ -1,1 +1,0 @@
-// Keeps a library whole while its room is still empty.
