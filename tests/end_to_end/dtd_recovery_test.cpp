@@ -1,0 +1,71 @@
+// Documents whose entities only a DTD declares that lies elsewhere, published with the DTD named by a
+// catalog.
+#include "end_to_end/publishing.h"
+
+namespace ventrix {
+namespace {
+
+using test::Found;
+using DtdRecovery = test::Publishing;
+
+constexpr const char* text =
+    R"(<topic id="t"><title>The &product;</title><body><p audience="&product; user">A&nbsp;B )"
+    R"(<uicontrol>Press &product;</uicontrol> ok</p></body></topic>)";
+constexpr const char* stylesheet =
+    R"(<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform"><xsl:template match="/">)"
+    R"(<html><body><h1><xsl:value-of select="//title"/></h1><p><xsl:value-of select="//p"/></p></body></html>)"
+    R"(</xsl:template></xsl:stylesheet>)";
+
+TEST_F(DtdRecovery, EntitiesOfACataloguedDtdReachThePage) {
+    drives_.Write(R"(D:\dtd ü\acme x.dtd)", "<!ENTITY product 'P40'><!ENTITY nbsp '&#160;'>");
+    drives_.Write(
+        R"(D:\catalog.xml)",
+        R"(<catalog xmlns="urn:oasis:names:tc:entity:xmlns:xml:catalog">)"
+        R"(<public publicId="-//ACME//DTD Topic//EN" uri="dtd%20%C3%BC/acme%20x.dtd"/>)"
+        R"(<public publicId="-//OASIS//DTD DITA Topic//EN" uri="dtd%20%C3%BC/acme%20x.dtd"/></catalog>)");
+    drives_.Write(R"(C:\src\page.xsl)", stylesheet);
+    catalog_ = drives_.Native(R"(D:\catalog.xml)").string();
+    const std::string prologs[] = {
+        R"(<?xml version="1.0"?><!DOCTYPE topic PUBLIC "-//ACME//DTD Topic//EN" "http://acme.example/t.dtd">)",
+        R"(<!DOCTYPE topic SYSTEM "http://elsewhere.example/topic.dtd" [<!ENTITY own "own">]>)",
+        "",
+    };
+    for (const std::string& prolog : prologs) {
+        for (const char* transformation : {"-useDITAOT", R"(-useXSLT C:\src\page.xsl)"}) {
+            drives_.Write(R"(C:\src\t.dita)", prolog + text);
+            const auto pages =
+                Publish("builtin", R"(C:\src\t.dita)",
+                        std::string(transformation) + " -attributes audience -elements uicontrol");
+            ASSERT_TRUE(pages.contains("t.html")) << prolog << transformation << record_.reason;
+            const std::string& page = pages.at("t.html");
+            ExpectNoMarkerWord("t.html", page);
+            EXPECT_EQ(Found(page, "//*[local-name()='h1']"), test::Texts{"The P40"})
+                << prolog << transformation;
+            EXPECT_EQ(Found(page, "//*[local-name()='p']"), test::Texts{"A\u00a0B Press P40 ok"})
+                << prolog << transformation;
+            EXPECT_EQ(Found(page, "//*[local-name()='uicontrol']"), test::Texts{"Press P40"}) << prolog;
+            EXPECT_EQ(Found(page, "//*[local-name()='p']/@data-twtags"),
+                      test::Texts{"audienceQL_SEPP40 userQL_SEP"});
+            EXPECT_EQ(drives_.Read(R"(C:\src\t.dita)"), prolog + text);
+        }
+    }
+}
+
+TEST_F(DtdRecovery, WithoutADtdTheDocumentStaysAsItIs) {
+    drives_.Write(R"(D:\catalog.xml)",
+                  R"(<catalog xmlns="urn:oasis:names:tc:entity:xmlns:xml:catalog">)"
+                  R"(<public publicId="-//ACME//DTD Topic//EN" uri="gone.dtd"/></catalog>)");
+    catalog_ = drives_.Native(R"(D:\catalog.xml)").string();
+    const std::string document =
+        std::string(R"(<!DOCTYPE topic PUBLIC "-//ACME//DTD Topic//EN" "http://acme.example/t.dtd">)") + text;
+    drives_.Write(R"(C:\src\t.dita)", document);
+    drives_.Write(R"(C:\src\keep.sh)", "#!/bin/sh\ncp \"$1\" \"$1.kept\"\n");
+    std::filesystem::permissions(drives_.Native(R"(C:\src\keep.sh)"), std::filesystem::perms::owner_all);
+    Publish("builtin", R"(C:\src\t.dita)", R"(-useDITAOT -attributes audience -usePreScript C:\src\keep.sh)");
+    EXPECT_EQ(drives_.Read(R"(C:\out\t.dita.kept)"), document);
+    EXPECT_NE(drives_.Read(R"(C:\log.txt)").find("undefined entity"), std::string::npos);
+    EXPECT_FALSE(drives_.Exists(R"(C:\out\t.dita.ql.temp)"));
+}
+
+}  // namespace
+}  // namespace ventrix

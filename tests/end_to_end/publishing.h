@@ -1,0 +1,98 @@
+// Publishes a document with the module as it is shipped, the desk host and its real clients, and reads the
+// pages.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <libxml/xpath.h>
+
+#include <map>
+#include <sstream>
+
+#include "desk/clients/dispatcher_client.h"
+#include "desk/clients/dita_ot_client.h"
+#include "desk/clients/xslt_client.h"
+#include "desk/documents/xml_handles.h"
+#include "desk/host/desk_host.h"
+#include "support/test_drives.h"
+
+namespace ventrix::test {
+
+inline constexpr const char* markerWords[] = {"QL_START", "QL_END",  "QL_EQ",     "QL_TARGET", "QL_SEP",
+                                              "QL_SA_S",  "QL_SA_E", "QL_ELEM_S", "QL_ELEM_E"};
+
+using Texts = std::vector<std::string>;
+
+/// The string value of each node that an XPath finds in a page.
+inline Texts Found(const std::string& page, const std::string& xpath) {
+    const desk::XmlDocument document(
+        xmlReadMemory(page.data(), static_cast<int>(page.size()), "page", nullptr, XML_PARSE_NONET));
+    Texts texts;
+    if (document == nullptr) {
+        ADD_FAILURE() << "not well-formed: " << page.substr(0, 200);
+        return texts;
+    }
+    xmlXPathContext* context = xmlXPathNewContext(document.get());
+    xmlXPathObject* value = xmlXPathEvalExpression(desk::Xml(xpath.c_str()), context);
+    const xmlNodeSet* nodes = value->nodesetval;
+    for (int i = 0; nodes != nullptr && i < nodes->nodeNr; ++i) {
+        const desk::XmlText text(xmlXPathCastNodeToString(nodes->nodeTab[i]));
+        texts.emplace_back(desk::View(text.get()));
+    }
+    xmlXPathFreeObject(value);
+    xmlXPathFreeContext(context);
+    return texts;
+}
+
+class Publishing : public testing::Test {
+  protected:
+    /// Publishes a document on drive C: and gives its pages by their place below the result folder.
+    std::map<std::string, std::string> Publish(const std::string& toolkit, const std::string& document,
+                                               const std::string& options) {
+        record_ = {};
+        desk::DeskHost host({.installationFolder = VENTRIX_DATA_FOLDER, .console = {}, .clientCalled = {}});
+        host.AddClient("QlXSLT", desk::MakeXsltClient(record_));
+        host.AddClient("QlDispatcher", desk::MakeDispatcherClient({.catalog = catalog_}));
+        host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, VENTRIX_DATA_FOLDER}, record_));
+        EXPECT_EQ(host.LoadModule(VENTRIX_MODULE), "");
+        const auto id =
+            host.AddDocument(document, desk::ListDocumentFiles(drives_.Native(document).string()));
+        const std::string arguments = " -docId " + std::to_string(id) + R"( -logFile C:\log.txt )";
+        host.CallModule("Validate" + arguments);
+        const auto reply = host.CallModule("Publish" + arguments + R"(-outputFolder C:\out\ )" + options);
+        EXPECT_EQ(record_.failed, 0) << record_.reason;
+        std::map<std::string, std::string> pages;
+        if (!reply || reply->size() != 3) {
+            ADD_FAILURE() << "no reply";
+            return pages;
+        }
+        const std::filesystem::path folder = drives_.Native(std::get<std::string>((*reply)[1]));
+        for (const auto& entry :
+             std::filesystem::recursive_directory_iterator(drives_.Native(R"(C:\out\)"))) {
+            if (entry.path().extension() == ".html") {
+                pages[entry.path().lexically_relative(folder).string()] = ReadNative(entry.path());
+            }
+        }
+        return pages;
+    }
+    static std::string ReadNative(const std::filesystem::path& path) {
+        std::ostringstream content;
+        content << std::ifstream(path, std::ios::binary).rdbuf();
+        return content.str();
+    }
+    void CopyExamples() {
+        std::filesystem::copy(VENTRIX_EXAMPLES_FOLDER, drives_.Native(R"(C:\src)"),
+                              std::filesystem::copy_options::recursive);
+    }
+    static void ExpectNoMarkerWord(const std::string& name, const std::string& page) {
+        for (const std::string& text : Found(page, "//text()")) {
+            for (const char* word : markerWords) {
+                EXPECT_EQ(text.find(word), std::string::npos) << name << ": " << text;
+            }
+        }
+    }
+    TestDrives drives_;
+    std::string catalog_;  ///< Native; empty for the machine's own only.
+    desk::TransformationRecord record_;
+};
+
+}  // namespace ventrix::test
