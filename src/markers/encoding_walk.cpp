@@ -45,16 +45,28 @@ bool StandsInText(xml::Node element, const PublishParams& record, EncodingMemo& 
     return *memo.textFollows;
 }
 
+/// Leaves in the memo what a text directly in this element carries.
+void ComposeEntries(xml::Node parent, PublishParams& record, EncodingMemo& memo) {
+    if (memo.composedFor == parent)
+        return;
+    memo.composed = CollectInheritedAttributes(parent, record.attributes, memo.inherited);
+    const std::size_t namesLeft = record.addSourcePath.size();
+    AttributeEntries pathEntries;
+    AddPathEntries(parent, pathEntries, record, memo.stamps);
+    AppendEntries(memo.composed, pathEntries);
+    // A name that was crossed off gives the next text of the same element other entries.
+    memo.composedFor = record.addSourcePath.size() == namesLeft ? parent : xml::Node();
+}
+
 }  // namespace
 
 void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& memo) {
-    AttributeEntries entries = CollectInheritedAttributes(textNode, record.attributes, memo.inherited);
-    AddPathEntries(textNode.get_parentNode(), entries, record, memo.stamps);
-    if (entries.empty())
+    ComposeEntries(textNode.get_parentNode(), record, memo);
+    if (memo.composed.empty())
         return;
-    std::string text = NodeText(textNode);
-    PrependAttributeGroup(text, entries);
-    textNode.put_text(text);
+    memo.text = textNode.get_text(memo.buffer);
+    PrependComposedEntries(memo.text, memo.composed);
+    textNode.put_text(memo.text);
 }
 
 void EncodeScopedAttributes(xml::Node element, const std::list<std::string>& scopedAttributes) {

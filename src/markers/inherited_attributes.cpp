@@ -38,7 +38,7 @@ void AppendInherited(AttributeEntries& entries, const AttributeEntries& inherite
 }
 
 void EnterElement(xml::Node element, const std::list<std::string>& wanted, InheritedMemo& memo) {
-    InheritedMemo::Level level{element, memo.levels.size(), OwnEntries(element, wanted)};
+    InheritedMemo::Level level{element, memo.levels.size(), OwnEntries(element, wanted), {}};
     if (!memo.levels.empty()) {
         const std::size_t outer = memo.levels.back().holder;
         if (level.entries.empty())
@@ -46,25 +46,25 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
         else
             AppendInherited(level.entries, memo.levels[outer].entries);
     }
+    AppendEntries(level.composed, level.entries);
     memo.levels.push_back(std::move(level));
 }
 
 }  // namespace
 
-AttributeEntries CollectInheritedAttributes(xml::Node textNode, const std::list<std::string>& wanted,
+std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<std::string>& wanted,
                                             InheritedMemo& memo) {
     if (wanted.empty())
         return {};
     const xml::Node known = memo.levels.empty() ? xml::Node() : memo.levels.back().element;
     std::vector<xml::Node> entered;
-    for (xml::Node node = textNode.get_parentNode(); IsElement(node) && node != known;
-         node = node.get_parentNode())
+    for (xml::Node node = parent; node != known && IsElement(node); node = node.get_parentNode())
         entered.push_back(node);
     for (auto node = entered.rbegin(); node != entered.rend(); ++node)
         EnterElement(*node, wanted, memo);
     if (memo.levels.empty())
         return {};
-    return memo.levels[memo.levels.back().holder].entries;
+    return memo.levels[memo.levels.back().holder].composed;
 }
 
 void LeaveElement(xml::Node element, InheritedMemo& memo) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "markers/marker_format.h"
@@ -18,13 +19,15 @@ struct InheritedMemo {
         xml::Node element;
         std::size_t holder;  ///< The level whose entries are in force here: this one or one further out.
         AttributeEntries entries;  ///< Only where the element itself adds to what it inherits.
+        std::string composed;      ///< The entries as they stand inside an attribute group.
     };
     std::vector<Level> levels;  ///< From the root inwards.
 };
 
-/// The wanted attributes of the elements around the text, nearest element first, within one element in
-/// document order. Each name gives one entry, with an empty target.
-AttributeEntries CollectInheritedAttributes(xml::Node textNode, const std::list<std::string>& wanted,
+/// The wanted attributes of the element around a text and of those around that, nearest element first, within
+/// one element in document order. Each name gives one entry, with an empty target. They come composed, as
+/// they stand inside an attribute group; the text lies in the memo and holds until that is used again.
+std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<std::string>& wanted,
                                             InheritedMemo& memo);
 
 /// Takes note that the walk is done with the element.

@@ -1,5 +1,6 @@
 #include "markers/marker_format.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "markers/marker_text.h"
@@ -41,28 +42,31 @@ std::optional<std::size_t> ElementGroupEnd(std::string_view text, std::size_t st
     return position;
 }
 
-std::size_t GroupSize(const AttributeEntries& entries) {
-    std::size_t size = QL_START.size() + QL_END.size();
-    for (const std::string& field : entries)
-        size += field.size();
-    return size + entries.size() / 3 * (QL_EQ.size() + QL_TARGET.size() + QL_SEP.size());
-}
-
 }  // namespace
 
 void PrependAttributeGroup(std::string& text, const AttributeEntries& entries) {
-    if (entries.empty())
+    std::string composed;
+    AppendEntries(composed, entries);
+    PrependComposedEntries(text, composed);
+}
+
+void AppendEntries(std::string& composed, const AttributeEntries& entries) {
+    for (std::size_t i = 0; i + 2 < entries.size(); i += 3) {
+        composed.append(entries[i]).append(QL_EQ).append(entries[i + 1]);
+        composed.append(QL_TARGET).append(entries[i + 2]).append(QL_SEP);
+    }
+}
+
+void PrependComposedEntries(std::string& text, std::string_view composed) {
+    if (composed.empty())
         return;
     const std::string formerEntries = TakeAttributeGroup(text);
-    std::string result;
-    result.reserve(GroupSize(entries) + formerEntries.size() + text.size());
-    result.append(QL_START);
-    for (std::size_t i = 0; i + 2 < entries.size(); i += 3) {
-        result.append(entries[i]).append(QL_EQ).append(entries[i + 1]);
-        result.append(QL_TARGET).append(entries[i + 2]).append(QL_SEP);
-    }
-    result.append(formerEntries).append(QL_END).append(text);
-    text = std::move(result);
+    const std::size_t added = QL_START.size() + composed.size() + formerEntries.size() + QL_END.size();
+    text.insert(0, added, ' ');
+    auto place = std::ranges::copy(QL_START, text.begin()).out;
+    place = std::ranges::copy(composed, place).out;
+    place = std::ranges::copy(formerEntries, place).out;
+    std::ranges::copy(QL_END, place);
 }
 
 std::string TakeAttributeGroup(std::string& text) {

@@ -29,6 +29,12 @@ using AttributePairs = std::vector<std::string>;    ///< Flat: name (or target),
 /// already follow behind them, in the same group. No entries: the text stays.
 void PrependAttributeGroup(std::string& text, const AttributeEntries& entries);
 
+/// Appends the entries as they stand inside an attribute group.
+void AppendEntries(std::string& composed, const AttributeEntries& entries);
+
+/// PrependAttributeGroup for entries that AppendEntries composed. None: the text stays.
+void PrependComposedEntries(std::string& text, std::string_view composed);
+
 /// Cuts an attribute group off the text's front and returns the bytes between its two words. Empty, and the
 /// text stays, if it does not begin with a closed group.
 std::string TakeAttributeGroup(std::string& text);

@@ -33,7 +33,9 @@ void RewriteAll(xml::Node root) {
         for (std::size_t i = 0; i < attributes.get_length(); ++i) {
             attributes.get_item(i).put_text(attributes.get_item(i).get_text());
         }
-        node.put_text(node.get_text());
+        const std::string text = node.get_text();
+        node.put_text("other");
+        node.put_text(text);
     }
 }
 

@@ -86,8 +86,8 @@ SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
     return found == sources_.rend() ? nullptr : &*found;
 }
 
-std::uint32_t DocumentStore::AddText(std::string text) {
-    texts_.push_back(std::move(text));
+std::uint32_t DocumentStore::AddText(std::string_view text) {
+    texts_.push_back(arena_.Keep(text));
     return static_cast<std::uint32_t>(texts_.size() - 1);
 }
 
@@ -108,11 +108,14 @@ std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) 
     if ((record.flags & OwnText) != 0) {
         return texts_[record.extra];
     }
+    if ((record.flags & Prefixed) != 0) {
+        std::string sourceBuffer;
+        buffer = texts_[record.extra];
+        return buffer += SourceTextOf(record, sourceBuffer);
+    }
     switch (record.type) {
-        case NODE_TEXT: {
-            const std::string_view raw = Slice(record.begin, record.end);
-            return (record.flags & Verbatim) != 0 ? raw : std::string_view(buffer = DecodeText(raw));
-        }
+        case NODE_TEXT:
+            return SourceTextOf(record, buffer);
         case NODE_CDATA_SECTION: {
             constexpr std::uint32_t opening = sizeof "<![CDATA[" - 1;
             constexpr std::uint32_t closing = sizeof "]]>" - 1;
@@ -125,16 +128,37 @@ std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) 
     }
 }
 
+std::string_view DocumentStore::SourceTextOf(const NodeRecord& text, std::string& buffer) {
+    const std::string_view raw = Slice(text.begin, text.end);
+    return (text.flags & Verbatim) != 0 ? raw : std::string_view(buffer = DecodeText(raw));
+}
+
 void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     if (listChanges) {
         changedNodes.push_back(index);
     }
-    if ((At(index).flags & OwnText) != 0) {
-        texts_[At(index).extra] = text;
-        return;
+    NodeRecord& record = At(index);
+    if ((record.flags & OwnText) != 0) {
+        texts_[record.extra] = arena_.Keep(text);
+    } else if (record.type != NODE_TEXT || (record.flags & Created) != 0 || !SetPrefix(index, text)) {
+        record.extra = AddText(text);
+        record.flags = static_cast<std::uint8_t>((record.flags & ~Prefixed) | OwnText);
     }
-    At(index).extra = AddText(std::string(text));
-    At(index).flags |= OwnText;
+}
+
+/// False if the text does not end as the source has it.
+bool DocumentStore::SetPrefix(NodeIndex index, std::string_view text) {
+    NodeRecord& record = At(index);
+    std::string buffer;
+    const std::string_view source = SourceTextOf(record, buffer);
+    if (!text.ends_with(source)) {
+        return false;
+    }
+    text.remove_suffix(source.size());
+    record.flags =
+        static_cast<std::uint8_t>(text.empty() ? record.flags & ~Prefixed : record.flags | Prefixed);
+    record.extra = text.empty() ? 0 : AddText(text);
+    return true;
 }
 
 void DocumentStore::ReadAttributes(NodeIndex element) {

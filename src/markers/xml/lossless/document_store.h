@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "markers/xml/dom.h"
+#include "markers/xml/lossless/text_arena.h"
 
 namespace ventrix::xml {
 
@@ -46,6 +47,7 @@ enum NodeFlags : std::uint8_t {
     AttributesChanged = 8,  ///< The element's start tag must be written anew.
     FromDtd = 16,           ///< An attribute that the DTD supplies and nobody changed.
     Verbatim = 32,          ///< A text whose source bytes are its content.
+    Prefixed = 64,          ///< A text of the source with a text of the store's in front.
 };
 
 struct FreeXmlDoc {
@@ -91,7 +93,10 @@ class DocumentStore {
     /// The source whose document node this is; null before anything was loaded.
     SourceText* SourceOfDocument(NodeIndex document);
 
-    std::uint32_t AddText(std::string text);
+    std::uint32_t AddText(std::string_view text);
+
+    /// How many bytes of texts were added.
+    std::size_t TextBytes() const { return arena_.Bytes(); }
     std::string_view TextAt(std::uint32_t number) const { return texts_[number]; }
 
     std::string_view NameOf(NodeIndex index);
@@ -99,6 +104,7 @@ class DocumentStore {
     /// The content of a text, CDATA section or attribute; `buffer` is filled where the source does not hold
     /// it as it is.
     std::string_view ContentOf(NodeIndex index, std::string& buffer);
+    /// A text that only gets something in front keeps its source bytes.
     void SetContent(NodeIndex index, std::string_view text);
 
     /// Makes sure that an element's attributes stand as nodes.
@@ -118,11 +124,13 @@ class DocumentStore {
     }
 
   private:
-    void AddDtdAttributes(NodeIndex element, const SourceText& source);
+    std::string_view SourceTextOf(const NodeRecord& text, std::string& buffer);
+    bool SetPrefix(NodeIndex index, std::string_view text);
 
     std::vector<NodeRecord> records_;
     std::deque<SourceText> sources_;
-    std::vector<std::string> texts_;
+    TextArena arena_;
+    std::vector<std::string_view> texts_;
 
   public:
     /// The copy that the last query made, and of which document. It goes before the nodes that it speaks of.

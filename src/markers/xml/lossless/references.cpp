@@ -2,7 +2,9 @@
 
 #include <libxml/entities.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <optional>
 
 namespace ventrix::xml {
@@ -66,6 +68,16 @@ std::string_view Replacement(std::string_view name, xmlDoc* dtd) {
     return internal ? std::string_view(reinterpret_cast<const char*>(entity->content)) : std::string_view();
 }
 
+/// Appends what a character reference or a predefined entity stands for. The length of its name.
+std::size_t AppendReference(std::string& out, std::string_view name) {
+    if (const auto code = CharacterCode(name)) {
+        AppendUtf8(out, *code);
+    } else if (const auto character = Predefined(name)) {
+        out += *character;
+    }
+    return name.size();
+}
+
 void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth) {
     for (std::size_t at = 0; at < raw.size() && out.size() < ExpansionLimit; ++at) {
         const char c = raw[at];
@@ -124,6 +136,33 @@ std::size_t CharacterLength(std::string_view text) {
     return overlong || surrogate || beyond || nonCharacter ? 0 : length;
 }
 
+constexpr std::uint64_t Each(unsigned char byte) {
+    return std::uint64_t{0x0101010101010101} * byte;
+}
+
+/// Bytes that equal `byte` have their high bit set; so may bytes behind them in the word, which serves as
+/// "look closer".
+constexpr std::uint64_t Matches(std::uint64_t word, unsigned char byte) {
+    const std::uint64_t difference = word ^ Each(byte);
+    return (difference - Each(1)) & ~difference;
+}
+
+/// The first byte at or behind `at` that may need a look: no letter, digit or usual sign. Eight bytes at a
+/// time.
+std::size_t SkipPlain(std::string_view text, std::size_t at) {
+    for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        const std::uint64_t control = (word - Each(0x20)) & ~word;
+        const std::uint64_t found = word | control | Matches(word, '&') | Matches(word, '<') |
+                                    Matches(word, '>') | Matches(word, '"') | Matches(word, '\'');
+        if ((found & Each(0x80)) != 0) {
+            break;
+        }
+    }
+    return at;
+}
+
 /// Appends the text, with `escape` giving the replacement of a byte or null for none.
 template <typename Escape>
 void AppendEscaped(std::string& xml, std::string_view text, Escape escape) {
@@ -132,7 +171,16 @@ void AppendEscaped(std::string& xml, std::string_view text, Escape escape) {
         xml.append(text.substr(done, upTo - done)).append(replacement);
         done = upTo + length;
     };
-    for (std::size_t at = 0; at < text.size();) {
+    std::size_t at = 0;
+    std::size_t lookEnd = 0;  ///< Up to here the bytes are looked at one by one.
+    while (at < text.size()) {
+        if (at >= lookEnd) {
+            at = SkipPlain(text, at);
+            lookEnd = at + sizeof(std::uint64_t);
+            if (at == text.size()) {
+                break;
+            }
+        }
         const auto c = static_cast<unsigned char>(text[at]);
         if (const char* replacement = escape(text[at])) {
             flush(at, replacement, 1);
@@ -152,24 +200,16 @@ void AppendEscaped(std::string& xml, std::string_view text, Escape escape) {
 }  // namespace
 
 std::string DecodeText(std::string_view raw) {
+    if (raw.find('\r') != std::string_view::npos) {
+        // A reference to a carriage return is none that the line end rules see.
+        return DecodeText(NormalizeLineEnds(raw));
+    }
     std::string out;
     out.reserve(raw.size());
-    for (std::size_t at = 0; at < raw.size(); ++at) {
-        const char c = raw[at];
-        if (c == '&') {
-            const std::string_view name = NameAt(raw, at);
-            if (const auto code = CharacterCode(name)) {
-                AppendUtf8(out, *code);
-            } else if (const auto character = Predefined(name)) {
-                out += *character;
-            }
-            at += name.size() + 1;
-        } else if (c == '\r') {
-            out += '\n';
-            at += at + 1 < raw.size() && raw[at + 1] == '\n' ? 1 : 0;
-        } else {
-            out += c;
-        }
+    for (std::size_t at = 0; at < raw.size();) {
+        const std::size_t mark = std::min(raw.find('&', at), raw.size());
+        out.append(raw, at, mark - at);
+        at = mark < raw.size() ? mark + AppendReference(out, NameAt(raw, mark)) + 2 : mark;
     }
     return out;
 }

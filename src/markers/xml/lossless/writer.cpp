@@ -74,9 +74,12 @@ class Writer {
         const NodeRecord& record = store_.At(index);
         if (record.type == NODE_ELEMENT) {
             OpenElement(index);
-        } else if ((record.flags & OwnText) != 0) {
+        } else if ((record.flags & (OwnText | Prefixed)) != 0) {
             Flush();
             AppendEscapedText(out_, store_.TextAt(record.extra), lineEnd_);
+            if ((record.flags & Prefixed) != 0) {
+                Source(record.begin, record.end);
+            }
         } else if (form_ == Form::Standalone && record.type == NODE_ENTITY_REFERENCE) {
             Flush();
             out_ += ExpandEntity(store_.Slice(record.begin + 1, record.end - 1),
@@ -194,7 +197,8 @@ class Writer {
 
 std::string WriteDocument(DocumentStore& store, const SourceText& source) {
     Writer writer(store, Form::Document, LineEndOf(source));
-    writer.Reserve(source.text.size() + source.text.size() / 2);
+    // What escaping adds is seldom more than a part; memory that is not used costs nothing.
+    writer.Reserve(source.text.size() + store.TextBytes() + store.TextBytes() / 2);
     const NodeIndex root = store.At(source.document).firstChild;
     const std::uint32_t prologEnd = store.At(source.root).begin;
     writer.Source(source.base, prologEnd);

@@ -1,0 +1,40 @@
+// Memory for texts that live as long as their owner: taken from large blocks, given back all at once.
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace ventrix::xml {
+
+class TextArena {
+  public:
+    /// A copy of the text that stays where it is.
+    std::string_view Keep(std::string_view text) {
+        if (text.size() > left_) {
+            left_ = std::max(text.size(), BlockSize);
+            blocks_.push_back(std::make_unique_for_overwrite<char[]>(left_));
+            free_ = blocks_.back().get();
+        }
+        char* place = free_;
+        std::copy(text.begin(), text.end(), place);
+        free_ += text.size();
+        left_ -= text.size();
+        bytes_ += text.size();
+        return {place, text.size()};
+    }
+
+    /// All that was ever kept.
+    std::size_t Bytes() const { return bytes_; }
+
+  private:
+    static constexpr std::size_t BlockSize = std::size_t{64} * 1024;
+
+    std::vector<std::unique_ptr<char[]>> blocks_;
+    char* free_ = nullptr;
+    std::size_t left_ = 0;
+    std::size_t bytes_ = 0;
+};
+
+}  // namespace ventrix::xml
