@@ -51,7 +51,7 @@ ErrorCode MakeFolder(std::string_view path);
 ErrorCode RemoveEmptyFolder(std::string_view path);
 
 /// Deletes a file, or the link that the path names. A read-only file stays: errorAccessDenied, as for a
-/// folder.
+/// folder. So does one that a TextStream of this process has open: errorSharingViolation.
 ErrorCode RemoveFile(std::string_view path);
 
 /// Copies a file, permissions included, over an existing target. The target is never seen half-written: it

@@ -91,6 +91,16 @@ TEST_F(Packaging, GraphicsOnAnotherRootStayBehindWithOneWarning) {
     EXPECT_EQ(Log(), Lines{"Achtung:" + test::rootsText});
 }
 
+TEST_F(Packaging, ALogInTheOutputFolderOutlivesItsClearing) {
+    const std::string guide = R"(C:\src\maps\guide.ditamap)";
+    drives.Write(R"(C:\out\log.txt)", "earlier\r\n");
+    host.documents[7] = {guide, {Document(guide), Graphic(R"(D:\images\far.png)")}};
+    EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\out\log.txt)", packagedFiles, packagedDocument), 0);
+    EXPECT_EQ(test::LinesOf(drives.Read(R"(C:\out\log.txt)")),
+              (Lines{"earlier", "Achtung:" + test::rootsText}));
+    EXPECT_FALSE(drives.Exists(R"(C:\out\old.txt)"));
+}
+
 TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
     const auto refused = [](const Lines& paths) {
         return test::Section("Fehler:Liste der beschädigten Links", paths);

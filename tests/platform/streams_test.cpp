@@ -27,11 +27,14 @@ TEST(TextStream, AppendsLinesThatEndInCrLf) {
     log.EndLine();
     EXPECT_EQ(tree.Get("log"), "before\r\nFehler:a\r\n\r\nb\r\n");
     log.Write("rest");
+    other.Close();
     TextStream moved = std::move(log);
+    EXPECT_EQ(RemoveFile(tree.System("log")), errorSharingViolation);
     moved.Close();
     EXPECT_FALSE(moved.IsOpen());
     moved.Write("dropped\n");
     EXPECT_EQ(tree.Get("log"), "before\r\nFehler:a\r\n\r\nb\r\nrest");
+    EXPECT_EQ(RemoveFile(tree.System("log")), errorNone);
 }
 
 TEST(TextStream, AnUnusablePathLeavesItClosed) {

@@ -12,6 +12,7 @@
 #include "platform/drives.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/errno_codes.h"
+#include "platform/posix/held_files.h"
 #include "platform/posix/whole_write.h"
 
 namespace ventrix::platform {
@@ -101,6 +102,9 @@ ErrorCode RemoveFile(std::string_view path) {
     const bool readOnly = S_ISREG(itself.st_mode) && (itself.st_mode & S_IWUSR) == 0;
     if (readOnly || S_ISDIR(itself.st_mode) || IsLinkToFolder(native)) {
         return errorAccessDenied;
+    }
+    if (IsHeld(itself)) {
+        return errorSharingViolation;
     }
     return ::unlink(native.c_str()) == 0 ? errorNone : ErrorFromErrno(errno, native);
 }

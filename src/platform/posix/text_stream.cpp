@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/drives.h"
+#include "platform/posix/held_files.h"
 #include "platform/posix/whole_write.h"
 
 namespace ventrix::platform {
@@ -15,6 +16,7 @@ TextStream::TextStream(std::string_view path) {
     file_ = ::open(ToNative(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
     if (file_ >= 0) {
         ::fcntl(file_, F_SETFL, O_APPEND);
+        HoldFile(file_);
     }
 }
 
@@ -61,6 +63,7 @@ void TextStream::Close() {
         return;
     }
     Flush();
+    ReleaseFile(file_);
     ::close(std::exchange(file_, -1));
 }
 
