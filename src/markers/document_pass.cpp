@@ -113,6 +113,7 @@ void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, Pub
     while (node || parent != element) {
         if (!node) {
             LeaveElement(parent, memo.inherited);
+            memo.textFollows.reset();  // What it tells of the level inside holds no longer outside.
             node = parent.get_nextSibling();
             parent = parent.get_parentNode();
             continue;

@@ -71,6 +71,8 @@ TEST(EncodingWalk, ReplacesListedElementsInRunningText) {
          "<a><u/><!---->" + u + " " + u + "x<?p?><u/> <u/></a>"},
         {"levels do not mix", "<a><u/><b><u/></b><c><u/> <u/>x</c></a>",
          "<a><u/><b><u/></b><c>" + u + " " + u + "x</c></a>"},
+        {"a run behind an element that ends in one", "<a><b><u/></b><u/> <u/>x<b>y<u/> <u/></b><u/> <u/></a>",
+         "<a><b><u/></b>" + u + " " + u + "x<b>y" + u + " <u/></b><u/> <u/></a>"},
         {"an entity reference is no text", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;<u/></a>",
          "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;<u/></a>"},
         {"a listed root is walked", "<i>x<u/></i>", "<i>x" + u + "</i>"},
