@@ -59,7 +59,9 @@ bool RepairDoctype(const Path& path) {
         ReplaceInFile(temp, "$qldtdpath$", dtdPath);
         MoveFileInto(temp, path);
     }
-    DeleteFileAt(temp);
+    // Where the move failed halfway, the temporary file is the only one left.
+    if (FileReadable(path))
+        DeleteFileAt(temp);
     return true;
 }
 

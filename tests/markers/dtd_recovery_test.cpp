@@ -1,6 +1,9 @@
 #include "markers/dtd_recovery.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "fake_host.h"
 #include "markers/document_pass.h"
@@ -104,6 +107,22 @@ TEST(RepairDoctype, KeepsTheDocumentWithoutOutput) {
         EXPECT_EQ(repair.tree.Get("doc.xml"), repair.document);
         EXPECT_FALSE(repair.tree.Has("doc.xml.ql.temp"));
     }
+}
+
+TEST(RepairDoctype, KeepsTheOutputThatAFullDiskDoesNotLetMove) {
+    RepairCase repair;
+    rlimit usual = {};
+    ::getrlimit(RLIMIT_FSIZE, &usual);
+    const auto usualHandler = std::signal(SIGXFSZ, SIG_IGN);
+    repair.host.onCommand = [&](const std::string&) {
+        repair.tree.Put("doc.xml.ql.temp", "<a/>");
+        const rlimit full = {0, usual.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &full);
+    };
+    EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
+    ::setrlimit(RLIMIT_FSIZE, &usual);
+    std::signal(SIGXFSZ, usualHandler);
+    EXPECT_TRUE(repair.tree.Has("doc.xml") || repair.tree.Has("doc.xml.ql.temp"));
 }
 
 TEST(RepairDoctype, LeavesAFileOfAnUnknownDtdAlone) {
