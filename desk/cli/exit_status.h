@@ -1,6 +1,8 @@
 // The exit statuses of `ventrix`. Scripts rely on them: they never change their meaning.
 #pragma once
 
+#include <string>
+
 namespace ventrix::desk {
 
 enum ExitStatus : int {
@@ -13,6 +15,12 @@ enum ExitStatus : int {
     ExitTransformation = 6,  ///< The transformation failed or wrote nothing.
     ExitNoModule = 7,        ///< The host or the module could not start.
     ExitInterrupted = 130,   ///< Ctrl-C.
+};
+
+/// Thrown to end the command with this exit status and message.
+struct Stop {
+    int status;
+    std::string text;
 };
 
 }  // namespace ventrix::desk

@@ -27,6 +27,7 @@ extern "C" void EndInterrupted(int) {
 void WatchInterruptions() {
     std::signal(SIGINT, EndInterrupted);
     std::signal(SIGTERM, EndInterrupted);
+    std::signal(SIGHUP, EndInterrupted);
 }
 
 InterruptionMark::InterruptionMark(std::string fileName) : fileName_(std::move(fileName)) {

@@ -2,12 +2,13 @@
 #include <exception>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/interruption.h"
+#include "desk/cli/json_output.h"
 #include "desk/cli/options.h"
-#include "desk/cli/request_text.h"
 #include "desk/cli/session.h"
 
 namespace {
@@ -29,32 +30,46 @@ int RunVerb(const Options& options, const Screen& screen) {
 int Fail(const Screen& screen, int status, const std::string& text) {
     screen.Error(text);
     if (screen.Json()) {
-        std::cout << nlohmann::json{{"error", text}, {"exitStatus", status}}.dump(
-                         -1, ' ', false, nlohmann::json::error_handler_t::replace)
-                  << '\n';
+        PrintObject({{"error", text}, {"exitStatus", status}});
     }
     return status;
+}
+
+int Run(int argc, char** argv) {
+    Options options;
+    std::optional<Screen> screen;
+    try {
+        if (!ReadOptions(argc, argv, options)) {
+            return ExitDone;
+        }
+        return RunVerb(options, screen.emplace(options.common));
+    } catch (const Stop& stop) {
+        return Fail(screen.emplace(options.common), stop.status, stop.text);
+    } catch (const std::exception& error) {
+        return Fail(screen.emplace(options.common), ExitNoModule, error.what());
+    }
+}
+
+volatile std::sig_atomic_t readerGone = 0;
+
+extern "C" void NoteReaderGone(int) {
+    readerGone = 1;
+}
+
+/// A reader that went away, as `| head` does, has what it wanted; on a full disk the result is lost.
+int Finish(int status) {
+    std::cout.flush();
+    if (std::cout || readerGone == 1) {
+        return status;
+    }
+    std::cerr << "error: the result could not be written to standard output\n";
+    return status == ExitDone ? ExitFindings : status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    // A reader that goes away, as `| head` does, ends the output and not the run.
-    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGPIPE, NoteReaderGone);
     WatchInterruptions();
-    Options options;
-    int status = ExitDone;
-    if (!ReadOptions(argc, argv, options, status)) {
-        return status;
-    }
-    const Screen screen(options.common);
-    try {
-        return RunVerb(options, screen);
-    } catch (const Stop& stop) {
-        return Fail(screen, stop.status, stop.text);
-    } catch (const RequestProblem& problem) {
-        return Fail(screen, ExitUsage, problem.text);
-    } catch (const std::exception& error) {
-        return Fail(screen, ExitNoModule, error.what());
-    }
+    return Finish(Run(argc, argv));
 }

@@ -1,6 +1,8 @@
 #include "desk/cli/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <string_view>
 
 #include "desk/cli/exit_status.h"
 
@@ -94,9 +96,37 @@ void AddPublish(CLI::App& verb, PublishOptions& publish) {
     verb.add_flag("--force", publish.force, "Empty an output folder that no earlier run made");
 }
 
+constexpr char RequestText[] = "TEXT";
+constexpr char Hint[] = "; --help tells what there is";
+
+void RequireVerb(int argc, char** argv, const CLI::App& app) {
+    if (argc < 2) {
+        throw Stop{ExitUsage, std::string("say what to do: publish, validate or request") + Hint};
+    }
+    const std::string word = argv[1];
+    const auto all = app.get_subcommands([](const CLI::App*) { return true; });
+    const bool known =
+        std::ranges::any_of(all, [&](const CLI::App* verb) { return verb->get_name() == word; });
+    if (!word.starts_with('-') && !known) {
+        throw Stop{ExitUsage, word + ": there is no such verb, but publish, validate and request" + Hint};
+    }
+}
+
+/// An empty value ends a request, and an empty name names nothing. A whole request may be empty: the module
+/// answers it.
+void RefuseEmptyValues(const CLI::App& verb) {
+    for (const CLI::Option* option : verb.get_options()) {
+        for (const std::string& value : option->results()) {
+            if (value.empty() && option->get_name() != RequestText) {
+                throw Stop{ExitUsage, option->get_name() + ": the value is empty" + Hint};
+            }
+        }
+    }
+}
+
 }  // namespace
 
-bool ReadOptions(int argc, char** argv, Options& options, int& status) {
+bool ReadOptions(int argc, char** argv, Options& options) {
     CLI::App app{Description, "ventrix"};
     app.set_version_flag("--version", "ventrix 1.0.0.1");
     app.set_help_flag("--help,-h", "Tell what there is, and end");
@@ -115,18 +145,26 @@ bool ReadOptions(int argc, char** argv, Options& options, int& status) {
                      "Document to open; {docId} in TEXT becomes its id")
         ->required()
         ->type_name("DOCUMENT");
-    request->add_option("TEXT", options.requestText, "The request")->required();
+    request->add_option(RequestText, options.requestText, "The request")->required();
     AddPublish(*publish, options.publish);
     for (CLI::App* verb : {publish, validate, request}) {
         AddCommon(*verb, options.common);
         verb->footer("'ventrix --help' lists examples and exit statuses.");
     }
+    // Known even where the rest of the line is wrong, since a mistake is told in the same form.
+    options.common.json =
+        std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--json"; });
+    RequireVerb(argc, argv, app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        status = app.exit(error) == 0 ? ExitDone : ExitUsage;
+        if (error.get_exit_code() != 0) {
+            throw Stop{ExitUsage, std::string(error.what()) + Hint};
+        }
+        app.exit(error);
         return false;
     }
+    RefuseEmptyValues(*app.get_subcommands().front());
     options.verb = *publish ? Verb::Publish : *validate ? Verb::Validate : Verb::Request;
     return true;
 }

@@ -41,7 +41,7 @@ struct Options {
 };
 
 /// Reads the command line. Returns true if there is something to do; false if it is answered already (help,
-/// version, a mistake that was explained), with the exit status in `status`.
-bool ReadOptions(int argc, char** argv, Options& options, int& status);
+/// version). Throws Stop for a mistake; `options.common.json` is set then too.
+bool ReadOptions(int argc, char** argv, Options& options);
 
 }  // namespace ventrix::desk

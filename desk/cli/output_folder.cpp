@@ -1,11 +1,13 @@
 #include "desk/cli/output_folder.h"
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 
+#include "desk/cli/paths.h"
 #include "platform/drives.h"
 
 namespace fs = std::filesystem;
@@ -13,25 +15,18 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
-/// Where links lead counts, not how a path is written.
-fs::path Real(const fs::path& path) {
-    std::error_code error;
-    const fs::path real = fs::weakly_canonical(path, error);
-    return error ? path.lexically_normal() : real;
-}
-
-bool IsBelowOrEqual(const fs::path& path, const fs::path& folder) {
-    const fs::path relative = path.lexically_relative(folder);
-    return !relative.empty() && *relative.begin() != "..";
-}
-
 std::vector<fs::path> ProtectedFolders() {
     std::vector<fs::path> folders{"/"};
     if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
-        folders.push_back(Real(home));
+        folders.push_back(RealPath(home));
     }
+    setpwent();
+    while (const passwd* user = getpwent()) {
+        folders.push_back(RealPath(user->pw_dir));
+    }
+    endpwent();
     for (const platform::Drive& drive : platform::ProcessDrives()) {
-        folders.push_back(Real(drive.folder));
+        folders.push_back(RealPath(drive.folder));
     }
     return folders;
 }
@@ -44,7 +39,7 @@ std::string OutputMarkName(const std::string& folder) {
 
 std::string OutputRefusal(const std::string& folder, const std::vector<std::string>& inputs, bool force) {
     std::error_code error;
-    const fs::path real = Real(folder);
+    const fs::path real = RealPath(folder);
     if (fs::exists(real, error) && !fs::is_directory(real, error)) {
         return "is no folder";
     }
@@ -54,7 +49,7 @@ std::string OutputRefusal(const std::string& folder, const std::vector<std::stri
         }
     }
     for (const std::string& input : inputs) {
-        if (!input.empty() && IsBelowOrEqual(Real(input), real)) {
+        if (!input.empty() && IsBelowOrEqual(RealPath(input), real)) {
             return "holds " + input + ", which would be deleted; name a folder of its own for the result";
         }
     }

@@ -1,18 +1,20 @@
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
-#include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/installation.h"
 #include "desk/cli/interruption.h"
+#include "desk/cli/json_output.h"
 #include "desk/cli/output_folder.h"
+#include "desk/cli/paths.h"
 #include "desk/cli/published_pages.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
 #include "platform/drives.h"
+#include "platform/files.h"
 
 namespace fs = std::filesystem;
 
@@ -25,7 +27,8 @@ struct Outcome {
     Reply reply;
     RunLog log;
     std::string output, logName, resultFolder, buildLog;  ///< Native.
-    std::vector<std::string> missing;                     ///< Referenced files that could not be packaged.
+    std::string undecoded;             ///< --out-file where the module does not look for pages; else empty.
+    std::vector<std::string> missing;  ///< Referenced files that could not be packaged.
     PublishedPages pages;
     bool transforms = false;
 };
@@ -64,19 +67,34 @@ std::vector<std::string> Inputs(const Options& options, const Session& session) 
     for (const std::string& file : {publish.xslt, publish.ditaval, publish.preScript, publish.postScript}) {
         inputs.push_back(AbsolutePath(file));
     }
-    for (const DocumentFile& file : session.files.files) {
-        inputs.push_back(platform::ToNative(file.path));
-    }
+    const Installation own = FindInstallation();
+    inputs.insert(inputs.end(), {own.module, own.folder});
+    std::ranges::copy(LocalFiles(session.files), std::back_inserter(inputs));
     return inputs;
 }
 
-void PrepareOutputFolder(const Options& options, const Session& session, const std::string& output) {
-    std::string refusal = OutputRefusal(output, Inputs(options, session), options.publish.force);
-    if (refusal.empty()) {
-        refusal = PrepareOutput(output);
+bool LiesInOutput(const std::string& path, const Outcome& outcome) {
+    return IsBelowOrEqual(RealPath(path), RealPath(outcome.output));
+}
+
+void RequireUsableFiles(const std::string& outFileOption, bool ditaOt, const std::vector<std::string>& inputs,
+                        Outcome& outcome) {
+    RequireLog(outcome.logName, inputs);
+    if (LiesInOutput(outcome.logName, outcome)) {
+        throw Stop{ExitUsage, "--log: " + outcome.logName +
+                                  " lies in the output folder, which is emptied; name another place"};
     }
-    if (!refusal.empty()) {
-        throw Stop{ExitOutputRefused, output + " " + refusal};
+    const std::string outFile = AbsolutePath(outFileOption);
+    RequireNoInput("--out-file", outFile, inputs);
+    const bool named = ditaOt || outFile.ends_with(".html") || outFile.ends_with(".htm");
+    if (!outFile.empty() && !(named && LiesInOutput(outFile, outcome))) {
+        outcome.undecoded = outFile;
+    }
+}
+
+void RefuseOutput(const std::string& output, const std::string& why) {
+    if (!why.empty()) {
+        throw Stop{ExitOutputRefused, output + " " + why};
     }
 }
 
@@ -100,18 +118,15 @@ PublishValues Values(const Options& options, const Session& session, const std::
     return values;
 }
 
-/// A URL is no file of the package, and a graphic on another drive is told by the log.
 std::vector<std::string> MissingFiles(const Session& session) {
-    std::vector<std::string> missing;
-    std::error_code error;
-    for (const DocumentFile& file : session.files.files) {
-        const std::string native = platform::ToNative(file.path);
-        if (!file.path.starts_with("http:") && !file.path.starts_with("https:") &&
-            !fs::is_regular_file(native, error)) {
-            missing.push_back(native.empty() ? file.path : native);
-        }
-    }
+    std::vector<std::string> missing = LocalFiles(session.files);
+    std::erase_if(missing, [](const std::string& file) { return platform::OpensForReading(file); });
     return missing;
+}
+
+std::size_t DocumentCount(const DocumentFiles& files) {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        files.files, [](const DocumentFile& file) { return file.key != "graphicsType"; }));
 }
 
 Outcome Run(const Options& options, Session& session, const Screen& screen) {
@@ -125,12 +140,15 @@ Outcome Run(const Options& options, Session& session, const Screen& screen) {
     const PublishValues values = Values(options, session, outcome.output, outcome.logName);
     const std::string request = PublishRequest(values, options.publish);
     outcome.transforms = values.ditaOt || !values.xslt.empty();
-    PrepareOutputFolder(options, session, outcome.output);
+    const std::vector<std::string> inputs = Inputs(options, session);
+    RefuseOutput(outcome.output, OutputRefusal(outcome.output, inputs, options.publish.force));
+    RequireUsableFiles(options.publish.outFile, values.ditaOt, inputs, outcome);
+    RefuseOutput(outcome.output, PrepareOutput(outcome.output));
 
     const std::uint64_t before = LogSize(outcome.logName);
     {
         const InterruptionMark mark(OutputMarkName(outcome.output));
-        Progress progress(screen, outcome.logName, session.files.files.size());
+        Progress progress(screen, outcome.logName, DocumentCount(session.files));
         session.clientCalled = [&](const std::string& client) {
             progress.Transforming(client != "QlDispatcher");
         };
@@ -143,7 +161,10 @@ Outcome Run(const Options& options, Session& session, const Screen& screen) {
     outcome.resultFolder = platform::ToNative(outcome.reply.first);
     outcome.buildLog = platform::ToNative(outcome.reply.second);
     outcome.missing = MissingFiles(session);
-    outcome.pages = LookOverPages(outcome.output);
+    LookOverPages(outcome.output, outcome.pages);
+    if (!outcome.undecoded.empty()) {
+        LookOverPages(values.ditaOt ? outcome.resultFolder : outcome.undecoded, outcome.pages);
+    }
     return outcome;
 }
 
@@ -156,19 +177,47 @@ nlohmann::json FailedAsJson(const RunLog& log) {
 }
 
 void PrintJson(const Outcome& outcome) {
-    const nlohmann::json object{{"status", outcome.reply.status},
-                                {"resultFolder", outcome.resultFolder},
-                                {"buildLog", outcome.buildLog},
-                                {"log", outcome.logName},
-                                {"failed", FailedAsJson(outcome.log)},
-                                {"missing", outcome.missing},
-                                {"markedValues", outcome.pages.markedValues}};
-    std::cout << object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+    PrintObject({{"status", outcome.reply.status},
+                 {"resultFolder", outcome.resultFolder},
+                 {"buildLog", outcome.buildLog},
+                 {"log", outcome.logName},
+                 {"failed", FailedAsJson(outcome.log)},
+                 {"missing", outcome.missing},
+                 {"markedValues", outcome.pages.markedValues}});
+}
+
+bool IsPage(const FailedFile& failed) {
+    return failed.file.ends_with(".html") || failed.file.ends_with(".htm");
+}
+
+void PrintMarkerText(const Outcome& outcome, const Screen& screen) {
+    const PublishedPages& pages = outcome.pages;
+    if (std::ranges::any_of(outcome.log.failed, IsPage)) {
+        screen.Note(
+            "marker text is turned back only in pages that are well-formed XML; a stylesheet writes such "
+            "pages "
+            "with <xsl:output method=\"xml\"/>");
+    }
+    if (pages.markedTexts > 0) {
+        screen.Warning("pages that still hold marker text: " + std::to_string(pages.markedTexts) +
+                       "; the first is " + pages.firstMarkedText);
+    }
+    if (pages.markedTexts > 0 && !outcome.undecoded.empty()) {
+        screen.Note(
+            "marker text is turned back only in .html and .htm files below the output folder, not in " +
+            outcome.undecoded);
+    }
+    if (pages.markedValues > 0) {
+        screen.Note(
+            std::to_string(pages.markedValues) +
+            " attribute values hold marker text that the transformation copied into them; the first is " +
+            pages.firstMarkedValue);
+    }
 }
 
 void PrintFindings(const Outcome& outcome, const Screen& screen) {
     for (const std::string& file : outcome.missing) {
-        screen.Warning(file + " is missing and is not in the result");
+        screen.Warning(file + " is missing or unreadable and is not in the result");
     }
     if (outcome.log.graphicsOnOtherDrive) {
         screen.Warning("some graphics lie on another drive than the document and were left behind");
@@ -176,11 +225,7 @@ void PrintFindings(const Outcome& outcome, const Screen& screen) {
     for (const FailedFile& failed : outcome.log.failed) {
         screen.Warning(failed.file + " could not be read: " + failed.reason);
     }
-    if (outcome.pages.markedValues > 0) {
-        screen.Note("attribute values into which the transformation copied marker text: " +
-                    std::to_string(outcome.pages.markedValues) + ", the first in " +
-                    outcome.pages.firstMarkedValue);
-    }
+    PrintMarkerText(outcome, screen);
 }
 
 void PrintResult(const Outcome& outcome, const Screen& screen) {
@@ -197,7 +242,7 @@ void PrintResult(const Outcome& outcome, const Screen& screen) {
                outcome.log.documentsOnSeveralDrives
                    ? "the document's files lie on several drives and cannot be packaged; the log is " +
                          outcome.logName
-                   : "packaging ended the run; can the log be written? " + outcome.logName};
+                   : "packaging ended the run; the log cannot be written: " + outcome.logName};
 }
 
 int Judge(const Outcome& outcome, const Session& session, const Screen& screen) {
@@ -212,7 +257,8 @@ int Judge(const Outcome& outcome, const Session& session, const Screen& screen) 
         return ExitTransformation;
     }
     const bool clean = outcome.log.failed.empty() && outcome.missing.empty() &&
-                       !outcome.log.graphicsOnOtherDrive && session.files.remarks.empty();
+                       !outcome.log.graphicsOnOtherDrive && session.files.remarks.empty() &&
+                       outcome.pages.markedTexts == 0;
     return clean ? ExitDone : ExitFindings;
 }
 

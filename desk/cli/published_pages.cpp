@@ -84,13 +84,18 @@ void LookOverPage(const std::string& text, const std::string& page, PublishedPag
             found);
         at = close + 1;
     }
-    found.markedTexts += markedText ? 1 : 0;
+    if (markedText && found.markedTexts++ == 0) {
+        found.firstMarkedText = page;
+    }
 }
 
-std::vector<fs::path> PagesBelow(const std::string& folder) {
+std::vector<fs::path> PagesAt(const std::string& place) {
     std::vector<fs::path> pages;
     std::error_code error;
-    for (fs::recursive_directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
+    if (fs::is_regular_file(place, error)) {
+        return {place};
+    }
+    for (fs::recursive_directory_iterator entry(place, error), end; entry != end; entry.increment(error)) {
         const fs::path extension = entry->path().extension();
         if (entry->is_regular_file(error) && (extension == ".html" || extension == ".htm")) {
             pages.push_back(entry->path());
@@ -102,13 +107,11 @@ std::vector<fs::path> PagesBelow(const std::string& folder) {
 
 }  // namespace
 
-PublishedPages LookOverPages(const std::string& folder) {
-    PublishedPages found;
-    for (const fs::path& page : PagesBelow(folder)) {
+void LookOverPages(const std::string& place, PublishedPages& found) {
+    for (const fs::path& page : PagesAt(place)) {
         ++found.pages;
         LookOverPage(ReadPage(page), page.string(), found);
     }
-    return found;
 }
 
 }  // namespace ventrix::desk

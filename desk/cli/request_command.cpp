@@ -1,8 +1,8 @@
-#include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/json_output.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/session.h"
 
@@ -17,11 +17,7 @@ int Request(const Options& options, const Screen& screen) {
     const auto session = StartSession(options.common, screen);
     const Reply reply = Send(*session, FillDocumentId(options.requestText, session->documentId));
     if (screen.Json()) {
-        std::cout << nlohmann::json{{"status", reply.status},
-                                    {"first", reply.first},
-                                    {"second", reply.second}}
-                         .dump()
-                  << '\n';
+        PrintObject({{"status", reply.status}, {"first", reply.first}, {"second", reply.second}});
     }
     screen.Result("status: " + std::to_string(reply.status));
     screen.Result("first:  " + reply.first);

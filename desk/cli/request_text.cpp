@@ -1,20 +1,23 @@
 #include "desk/cli/request_text.h"
 
+#include "desk/cli/exit_status.h"
+
 namespace ventrix::desk {
 namespace {
 
 constexpr std::size_t LongestToken = 1023;
 
 /// A request has no escapes: a value with double quotes goes between single ones, and one with both cannot be
-/// told.
-std::string Quoted(const std::string& option, const std::string& value) {
+/// told. `given` is the option that the person wrote.
+std::string Quoted(const char* given, const std::string& value) {
     if (value.size() > LongestToken) {
-        throw RequestProblem{option + ": the value is too long (" + std::to_string(value.size()) +
-                             " bytes, 1023 at most)"};
+        throw Stop{ExitUsage, std::string(given) + ": the value is too long (" +
+                                  std::to_string(value.size()) + " bytes, 1023 at most)"};
     }
     const bool hasDouble = value.find('"') != std::string::npos;
     if (hasDouble && value.find('\'') != std::string::npos) {
-        throw RequestProblem{option + ": a value cannot hold both kinds of quotation marks: " + value};
+        throw Stop{ExitUsage,
+                   std::string(given) + ": a value cannot hold both kinds of quotation marks: " + value};
     }
     const char quote = hasDouble ? '\'' : '"';
     return quote + value + quote;
@@ -32,17 +35,17 @@ class RequestWriter {
         }
     }
 
-    void Value(const char* option, const std::string& value) {
+    void Value(const char* option, const char* given, const std::string& value) {
         if (!value.empty()) {
             Flag(option, true);
-            text_ += ' ' + Quoted(option, value);
+            text_ += ' ' + Quoted(given, value);
         }
     }
 
     /// Lists add up in a request, so that each one given goes in on its own.
-    void Lists(const char* option, const std::vector<std::string>& lists) {
+    void Lists(const char* option, const char* given, const std::vector<std::string>& lists) {
         for (const std::string& list : lists) {
-            Value(option, list);
+            Value(option, given, list);
         }
     }
 
@@ -56,30 +59,30 @@ class RequestWriter {
 
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options) {
     RequestWriter request("Publish", values.documentId);
-    request.Value("-outputFolder", values.outputFolder);
+    request.Value("-outputFolder", "--output", values.outputFolder);
     request.Flag("-useDITAOT", values.ditaOt);
-    request.Value("-useXSLT", values.xslt);
-    request.Value("-usePreScript", values.preScript);
-    request.Value("-usePostScript", values.postScript);
-    request.Value("-ditaval", values.ditaval);
-    request.Value("-outFilePath", values.outFile);
-    request.Value("-logFile", values.log);
-    request.Lists("-attributes", options.attributes);
-    request.Lists("-elements", options.elements);
-    request.Lists("-scopedAttributes", options.scopedAttributes);
-    request.Value("-targetAttr", options.targetAttr);
+    request.Value("-useXSLT", "--xslt", values.xslt);
+    request.Value("-usePreScript", "--pre-script", values.preScript);
+    request.Value("-usePostScript", "--post-script", values.postScript);
+    request.Value("-ditaval", "--ditaval", values.ditaval);
+    request.Value("-outFilePath", "--out-file", values.outFile);
+    request.Value("-logFile", "--log", values.log);
+    request.Lists("-attributes", "--attributes", options.attributes);
+    request.Lists("-elements", "--elements", options.elements);
+    request.Lists("-scopedAttributes", "--scoped-attributes", options.scopedAttributes);
+    request.Value("-targetAttr", "--target-attr", options.targetAttr);
     request.Flag("-addXpath", options.xpath);
-    request.Value("-xpathAttr", options.xpathAttr);
-    request.Lists("-addSourcePath", options.sourcePath);
-    request.Value("-sourcePathAttr", options.sourcePathAttr);
-    request.Lists("-preserveXPathList", options.preserveXpath);
-    request.Value("-preserveXPathAttr", options.preserveXpathAttr);
+    request.Value("-xpathAttr", "--xpath-attr", options.xpathAttr);
+    request.Lists("-addSourcePath", "--source-path", options.sourcePath);
+    request.Value("-sourcePathAttr", "--source-path-attr", options.sourcePathAttr);
+    request.Lists("-preserveXPathList", "--preserve-xpath", options.preserveXpath);
+    request.Value("-preserveXPathAttr", "--preserve-xpath-attr", options.preserveXpathAttr);
     return std::move(request).Text();
 }
 
 std::string ValidateRequest(std::uint32_t documentId, const std::string& log) {
     RequestWriter request("Validate", documentId);
-    request.Value("-logFile", log);
+    request.Value("-logFile", "--log", log);
     return std::move(request).Text();
 }
 

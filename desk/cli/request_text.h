@@ -7,11 +7,6 @@
 
 namespace ventrix::desk {
 
-/// A value could not be put into a request. what() names the option and says what to do.
-struct RequestProblem {
-    std::string text;
-};
-
 /// The values of a publish request in the notation that the module reads: paths in system notation.
 struct PublishValues {
     std::uint32_t documentId = 0;
@@ -20,8 +15,8 @@ struct PublishValues {
     bool ditaOt = false;
 };
 
-/// The text of a Publish request. Throws RequestProblem for a value that no request can hold: one with both
-/// kinds of quote, or with more than 1023 bytes.
+/// The text of a Publish request. Throws Stop for a value that no request can hold, with the name of its
+/// option: one with both kinds of quote, or with more than 1023 bytes.
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options);
 
 std::string ValidateRequest(std::uint32_t documentId, const std::string& log);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <mutex>
@@ -17,6 +18,22 @@ constexpr char Red[] = "\033[31m";
 constexpr char Yellow[] = "\033[33m";
 constexpr char Plain[] = "\033[0m";
 constexpr char ClearLine[] = "\r\033[K";
+
+/// A message is one line, whatever a file is called, and a name cannot steer the terminal.
+std::string OneLine(const std::string& text) {
+    std::string line;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7f) {
+            char code[5];
+            std::snprintf(code, sizeof code, "\\x%02x", byte);
+            line += code;
+        } else {
+            line += c;
+        }
+    }
+    return line;
+}
 
 bool WantsColors(const std::string& option) {
     if (option != "auto") {
@@ -37,12 +54,12 @@ Screen::Screen(const CommonOptions& options)
 
 void Screen::Result(const std::string& text) const {
     if (!json_) {
-        std::cout << text << '\n';
+        std::cout << OneLine(text) << '\n';
     }
 }
 
 void Screen::Say(const char* color, const char* word, const std::string& text) const {
-    std::cerr << (colors_ ? color : "") << word << (colors_ ? Plain : "") << text << '\n';
+    std::cerr << (colors_ ? color : "") << word << (colors_ ? Plain : "") << OneLine(text) << '\n';
 }
 
 void Screen::Note(const std::string& text) const {

@@ -5,9 +5,11 @@
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
+#include "desk/cli/paths.h"
 #include "desk/clients/dispatcher_client.h"
 #include "desk/clients/dita_ot_client.h"
 #include "desk/clients/xslt_client.h"
+#include "desk/documents/reference_path.h"
 #include "platform/drives.h"
 
 namespace fs = std::filesystem;
@@ -15,17 +17,31 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
-void SetDrives(const std::vector<std::string>& drives) {
-    if (drives.empty()) {
-        return;
+/// The entry with its folder made absolute. Throws Stop for one that names no drive or no folder.
+std::string DriveEntry(const std::string& drive) {
+    const std::size_t equals = drive.find('=');
+    if (equals == std::string::npos) {
+        throw Stop{ExitUsage, "--drive takes X=FOLDER, not " + drive};
     }
+    const std::string folder = AbsolutePath(drive.substr(equals + 1));
+    std::error_code error;
+    if (!fs::is_directory(folder, error)) {
+        throw Stop{ExitUsage, "--drive " + drive + ": there is no such folder"};
+    }
+    std::string entry = drive.substr(0, equals + 1) + folder;
+    const platform::DriveTable read = platform::ParseDrives(entry);
+    if (std::ranges::none_of(read, [&](const platform::Drive& one) {
+            return fs::path(one.folder) == fs::path(folder) || one.folder + '/' == folder;
+        })) {
+        throw Stop{ExitUsage, "--drive takes a letter or \\\\SERVER before the \"=\", not " + drive};
+    }
+    return entry;
+}
+
+void SetDrives(const std::vector<std::string>& drives) {
     std::string text = platform::FormatDrives(platform::ProcessDrives());
     for (const std::string& drive : drives) {
-        const std::size_t equals = drive.find('=');
-        if (equals == std::string::npos || equals == 0 || equals + 1 == drive.size()) {
-            throw Stop{ExitUsage, "--drive takes X=FOLDER, not " + drive};
-        }
-        text += ';' + drive.substr(0, equals + 1) + AbsolutePath(drive.substr(equals + 1));
+        text += ';' + DriveEntry(drive);
     }
     platform::SetProcessDrives(platform::ParseDrives(text));
 }
@@ -36,7 +52,11 @@ DocumentFiles ReadDocument(const std::string& document) {
         throw Stop{ExitUnreadable, document + " is a folder; name a document in it"};
     }
     if (!fs::exists(document, error)) {
-        throw Stop{ExitUnreadable, document + " does not exist"};
+        throw Stop{ExitUnreadable,
+                   document + (error ? " cannot be reached: " + error.message() : " does not exist")};
+    }
+    if (const std::string why = WhyUnnameable(document); !why.empty()) {
+        throw Stop{ExitUnreadable, document + ": " + why};
     }
     DocumentFiles files = ListDocumentFiles(document);
     if (!files.readable) {
@@ -67,17 +87,15 @@ void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, cons
 
 }  // namespace
 
-std::string AbsolutePath(const std::string& path) {
-    return path.empty() ? path : fs::absolute(path).lexically_normal().string();
-}
-
-std::string SystemPath(const std::string& path) {
-    const auto system = platform::ToSystem(AbsolutePath(path));
-    if (!system) {
-        throw Stop{ExitUsage,
-                   path + ": a name with a backslash, or a place that no drive reaches, cannot be published"};
+std::vector<std::string> LocalFiles(const DocumentFiles& files) {
+    std::vector<std::string> local;
+    for (const DocumentFile& file : files.files) {
+        if (!file.path.starts_with("http:") && !file.path.starts_with("https:")) {
+            const std::string native = platform::ToNative(file.path);
+            local.push_back(native.empty() ? file.path : native);
+        }
     }
-    return *system;
+    return local;
 }
 
 std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen) {

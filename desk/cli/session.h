@@ -13,12 +13,6 @@
 
 namespace ventrix::desk {
 
-/// Ends the command with this exit status and message.
-struct Stop {
-    int status;
-    std::string text;
-};
-
 struct Session {
     std::string document;  ///< Native and absolute.
     std::uint32_t documentId = 0;
@@ -28,11 +22,8 @@ struct Session {
     std::unique_ptr<DeskHost> host;
 };
 
-/// A native path made absolute, "." and ".." taken out; links stay as they are written. Empty stays empty.
-std::string AbsolutePath(const std::string& path);
-
-/// The same in system notation. Throws Stop where no request could hold it.
-std::string SystemPath(const std::string& path);
+/// The native paths of the document's files; web addresses are left out.
+std::vector<std::string> LocalFiles(const DocumentFiles& files);
 
 /// Reads the document and starts the host. Tells what was left out. Throws Stop if the document cannot be
 /// read or the host cannot start.

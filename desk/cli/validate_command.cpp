@@ -1,11 +1,12 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/json_output.h"
+#include "desk/cli/paths.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
@@ -79,6 +80,7 @@ int Validate(const Options& options, const Screen& screen) {
     if (logName.empty()) {
         logName = temporary.emplace().Name();
     }
+    RequireLog(logName, LocalFiles(session->files));
     const std::uint64_t before = LogSize(logName);
     const Reply reply = Send(*session, ValidateRequest(session->documentId, SystemPath(logName)));
     if (reply.status < 0) {
@@ -89,12 +91,8 @@ int Validate(const Options& options, const Screen& screen) {
     }
     const RunLog log = ReadRunLog(LogFrom(logName, before));
     if (screen.Json()) {
-        std::cout << nlohmann::json{{"mask", reply.status},
-                                    {"valid", log.valid},
-                                    {"broken", log.broken},
-                                    {"unsaved", log.unsaved}}
-                         .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
-                  << '\n';
+        PrintObject(
+            {{"mask", reply.status}, {"valid", log.valid}, {"broken", log.broken}, {"unsaved", log.unsaved}});
     } else {
         Show(screen, log, reply.status);
     }

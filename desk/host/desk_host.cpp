@@ -93,7 +93,6 @@ class DeskHost::Impl {
     void HandOut(const Q_ValueList& list);
     void HandOut(char* text);
 
-    std::uint32_t lastId_ = 0;
     std::vector<Q_ValueList> ownLists_;
     std::vector<char*> ownTexts_;
 };
@@ -141,8 +140,10 @@ void DeskHost::Impl::Release() {
 }
 
 std::uint32_t DeskHost::Impl::Add(const std::string& path, std::optional<DocumentFiles> files) {
-    documents[++lastId_] = {path, std::move(files)};
-    return lastId_;
+    // A module stays loaded when a host goes, and remembers documents by their ids.
+    static std::uint32_t lastId = 0;
+    documents[++lastId] = {path, std::move(files)};
+    return lastId;
 }
 
 void DeskHost::Impl::HandOut(const Q_ValueList& list) {

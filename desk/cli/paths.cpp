@@ -1,0 +1,61 @@
+#include "desk/cli/paths.h"
+
+#include "desk/cli/exit_status.h"
+#include "desk/documents/reference_path.h"
+#include "platform/drives.h"
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+
+std::string AbsolutePath(const std::string& path) {
+    if (path.empty()) {
+        return path;
+    }
+    const fs::path absolute = fs::absolute(path);
+    const fs::path normal = absolute.lexically_normal();
+    // Behind a link, ".." leads elsewhere than its text says.
+    return (RealPath(absolute) == RealPath(normal) ? normal : RealPath(absolute)).string();
+}
+
+std::string SystemPath(const std::string& path) {
+    const std::string absolute = AbsolutePath(path);
+    if (const std::string why = WhyUnnameable(absolute); !why.empty()) {
+        throw Stop{ExitUsage, path + ": " + why};
+    }
+    const auto system = platform::ToSystem(absolute);
+    if (!system) {
+        throw Stop{ExitUsage, path + ": no drive reaches this place; --drive gives it one"};
+    }
+    return *system;
+}
+
+fs::path RealPath(const fs::path& path) {
+    std::error_code error;
+    const fs::path real = fs::weakly_canonical(path, error);
+    return error ? path.lexically_normal() : real;
+}
+
+bool IsBelowOrEqual(const fs::path& path, const fs::path& folder) {
+    const fs::path relative = path.lexically_relative(folder);
+    return !relative.empty() && *relative.begin() != "..";
+}
+
+void RequireNoInput(const char* option, const std::string& file, const std::vector<std::string>& inputs) {
+    for (const std::string& input : inputs) {
+        if (!file.empty() && RealPath(file) == RealPath(input)) {
+            throw Stop{ExitUsage,
+                       std::string(option) + ": the run reads " + file + "; name another file to write"};
+        }
+    }
+}
+
+void RequireLog(const std::string& log, const std::vector<std::string>& inputs) {
+    std::error_code error;
+    if (fs::is_directory(log, error)) {
+        throw Stop{ExitUsage, "--log: " + log + " is a folder; name a file in it"};
+    }
+    RequireNoInput("--log", log, inputs);
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,373 @@
+#include <gtest/gtest.h>
+#include <libxml/parser.h>
+
+#include <dlfcn.h>
+
+#include <nlohmann/json.hpp>
+
+#include "desk/command_line.h"
+
+namespace ventrix::desk {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using test::Finished;
+using test::ReadFile;
+using test::RunVentrix;
+
+constexpr char Topic[] =
+    "<topic id=\"t\"><title>Title</title><body><p audience=\"expert\">Press <b>it</b>.</p></body></topic>";
+
+/// Copies the text of a plain document to a page, and into its description as well.
+constexpr char Stylesheet[] =
+    "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\">"
+    "<xsl:output method=\"xml\"/><xsl:template match=\"/\"><html><head><meta name=\"d\" "
+    "content=\"{.}\"/></head>"
+    "<body><p><xsl:value-of select=\".\"/></p></body></html></xsl:template></xsl:stylesheet>";
+
+/// A folder with one document of each kind, and shorthand for what a command left in it.
+class CommandLine : public testing::Test {
+  protected:
+    CommandLine() {
+        folder.Write("src/a.dita", Topic);
+        folder.Write("src/plain.xml", "<root><x kind=\"k\">text</x></root>");
+        folder.Write("src/text.xml", "no xml");
+        folder.Write("src/empty.xml", "");
+        folder.Write("src/control\x01.xml", "<a/>");
+        folder.Write("src/back\\slash.xml", "<a/>");
+        folder.Write("src/bytes\xff.xml", "<a/>");
+        folder.Write("page.xsl", Stylesheet);
+        folder.Write("broken.xsl", "<broken");
+        folder.Write("full/mine.txt", "keep");
+    }
+
+    Finished Run(std::vector<std::string> arguments, const test::RunSettings& settings = {}) {
+        return RunVentrix(folder, std::move(arguments), settings);
+    }
+    std::string Program(const std::string& name, const std::string& text) {
+        const std::string path = folder.Write(name, text);
+        fs::permissions(path, fs::perms::owner_all);
+        return path;
+    }
+    bool Exists(const std::string& name) const { return fs::exists(folder.Path(name)); }
+
+    test::TempFolder folder;
+};
+
+struct Row {
+    std::vector<std::string> arguments;
+    int status;
+    std::string out, error;  ///< Pieces that must be there; empty: the stream must be empty.
+};
+
+void ExpectRow(const Row& row, const Finished& finished) {
+    std::string line;
+    for (const std::string& argument : row.arguments) {
+        line += argument.substr(0, 60) + ' ';
+    }
+    SCOPED_TRACE(line);
+    EXPECT_EQ(finished.status, row.status) << finished.out << finished.error;
+    EXPECT_NE(finished.out.find(row.out), std::string::npos) << finished.out;
+    EXPECT_NE(finished.error.find(row.error), std::string::npos) << finished.error;
+    EXPECT_EQ(finished.out.empty(), row.out.empty()) << finished.out;
+    EXPECT_EQ(finished.error.empty(), row.error.empty()) << finished.error;
+}
+
+TEST_F(CommandLine, MistakesAreTold) {
+    const std::string longest(1024, 'x');
+    const std::vector<std::string> publish{"publish", "src/a.dita", "-o", "out"};
+    const auto with = [&](std::vector<std::string> further) {
+        further.insert(further.begin(), publish.begin(), publish.end());
+        return further;
+    };
+    const Row rows[] = {
+        {{}, 2, "", "error: say what to do: publish, validate or request"},
+        {{"publsh"}, 2, "", "error: publsh: there is no such verb"},
+        {{"publish"}, 2, "", "DOCUMENT is required"},
+        {{"publish", "src/a.dita"}, 2, "", "--output is required"},
+        {{"publish", "", "-o", "out"}, 2, "", "DOCUMENT: the value is empty"},
+        {{"publish", "src/a.dita", "-o", ""}, 2, "", "--output: the value is empty"},
+        {{"request", "Foo"}, 2, "", "--document is required"},
+        {{"publish", "--json"}, 2, "\"exitStatus\":2", "DOCUMENT is required"},
+        {with({"--colour", "always"}), 2, "", "--colour"},
+        {with({"--quiet", "--verbose"}), 2, "", "excludes"},
+        {with({"--dita-ot", "--xslt", "page.xsl"}), 2, "", "excludes"},
+        {with({"--xslt", "none.xsl"}), 2, "", "--xslt: none.xsl"},
+        {with({"--ditaval", "src"}), 2, "", "--ditaval: src"},
+        {with({"--attributes", ""}), 2, "", "--attributes: the value is empty"},
+        {with({"--attributes", "a'b\"c"}), 2, "", "--attributes: a value cannot hold both kinds"},
+        {with({"--elements", longest}), 2, "", "--elements: the value is too long (1024 bytes"},
+        {with({"--log", "full"}), 2, "", "is a folder"},
+        {with({"--log", "out/log.txt"}), 2, "", "lies in the output folder"},
+        {with({"--log", "src/a.dita"}), 2, "", "--log: the run reads "},
+        {with({"--out-file", "src/../src/a.dita"}), 2, "", "--out-file: the run reads "},
+        {{"validate", "src/a.dita", "--log", "src/a.dita"}, 2, "", "--log: the run reads "},
+        {with({"--drive", "C"}), 2, "", "--drive takes X=FOLDER"},
+        {with({"--drive", "C=none"}), 2, "", "there is no such folder"},
+        {with({"--drive", "long=src"}), 2, "", "--drive takes a letter"},
+        {{"publish", "src/plain.xml", "-o", "out"}, 2, "", "is no DITA document"},
+        {{"publish", "src/a.dita", "-o", "o\nx"}, 2, "", "o\\x0ax: the name holds a control character"},
+    };
+    for (const Row& row : rows) {
+        ExpectRow(row, Run(row.arguments));
+    }
+    EXPECT_FALSE(Exists("out")) << "a mistake leaves nothing behind";
+    EXPECT_EQ(ReadFile(folder.Path("src/a.dita")), Topic);
+}
+
+TEST_F(CommandLine, DocumentsThatCannotBeReadAreTold) {
+    fs::create_symlink("nowhere.xml", folder.Path("src/dangling.xml"));
+    const Row rows[] = {
+        {{"validate", "src/none.xml"}, 3, "", "does not exist"},
+        {{"validate", "src/dangling.xml"}, 3, "", "does not exist"},
+        {{"validate", "src"}, 3, "", "is a folder"},
+        {{"validate", "/dev/null"}, 3, "", "/dev/null cannot be read: "},
+        {{"validate", "src/text.xml"}, 3, "", "text.xml cannot be read: line 1: "},
+        {{"validate", "src/empty.xml"}, 3, "", "empty.xml cannot be read: "},
+        {{"publish", "src/text.xml", "-o", "full"}, 3, "", "cannot be read"},
+        {{"validate", "src/control\x01.xml"}, 3, "", "control\\x01.xml: the name holds a control character"},
+        {{"validate", "src/back\\slash.xml"}, 3, "", "the name holds a backslash"},
+        {{"validate", "--json", "src/bytes\xff.xml"}, 3, "\"exitStatus\":3", "is no valid UTF-8"},
+        {{"request", "--document", "src/none.xml", "Foo"}, 3, "", "does not exist"},
+    };
+    for (const Row& row : rows) {
+        ExpectRow(row, Run(row.arguments));
+    }
+}
+
+TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
+    const Row rows[] = {
+        {{"--help"}, 0, "130  interrupted", ""},
+        {{"publish", "--help"}, 0, "--scoped-attributes", ""},
+        {{"--version"}, 0, "ventrix 1.0.0.1\n", ""},
+    };
+    for (const Row& row : rows) {
+        ExpectRow(row, Run(row.arguments));
+    }
+}
+
+TEST_F(CommandLine, RequestPrintsTheReply) {
+    folder.Write("gone.xml", "<a href=\"none.png\"/>");
+    const std::string log = " -logFile \"Z:" + folder.Path("log.txt") + '"';
+    const auto request = [](const std::string& document, const std::string& text) {
+        return std::vector<std::string>{"request", "--document", document, text};
+    };
+    const Row rows[] = {
+        {request("src/plain.xml", ""), 4, "status: -43\nfirst:  \nsecond: \n", ""},
+        {request("src/plain.xml", "Foo"), 4, "status: -43\n", ""},
+        {request("src/plain.xml", "Publish -docId {docId} -useDITAOT"), 4, "status: -43\n", ""},
+        {request("src/plain.xml", "Publish -docId 0 -useDITAOT -outputFolder x\\"), 4, "status: -43\n", ""},
+        {request("src/plain.xml", "Validate -docId {docId}"), 1, "status: 16\n", ""},
+        {request("src/plain.xml", "Publish -docId {docId} -useDITAOT -outputFolder x\\"), 0,
+         "status: 0\nfirst:  \nsecond: \n", ""},
+        {request("src/plain.xml", "VALIDATE -DOCID {docId}" + log), 0, "status: 0\n", ""},
+        {request("gone.xml", "Validate -docId {docId}" + log), 1, "status: 1\n", ""},
+    };
+    for (const Row& row : rows) {
+        ExpectRow(row, Run(row.arguments));
+    }
+    const Finished asObject = Run({"request", "--json", "--document", "src/plain.xml", "Foo"});
+    EXPECT_EQ(json::parse(asObject.out), json({{"status", -43}, {"first", ""}, {"second", ""}}));
+}
+
+TEST_F(CommandLine, ValidateTellsListsAndMask) {
+    folder.Write(
+        "refs.dita",
+        "<topic id=\"t\"><title>T</title><body><p><image href=\"none.png\"/><image href=\"a%01b.png\"/>"
+        "<xref href=\"src/a.dita\"/><xref href=\"http://example.com/\"/></p></body></topic>");
+    const std::string document = folder.Path("refs.dita");
+    const Finished told = Run({"validate", "refs.dita", "--unsaved", "src/a.dita", "--unsaved", "stray"});
+    EXPECT_EQ(told.status, 1);
+    EXPECT_EQ(told.out, "valid (1)\n  " + document + "\nmissing or unreadable (1)\n  " +
+                            folder.Path("none.png") + "\nunsaved (1)\n  " + folder.Path("src/a.dita") +
+                            "\nfiles are missing or unreadable; files have unsaved changes (mask 3)\n");
+    EXPECT_NE(told.error.find("a%01b.png: the name holds a control character"), std::string::npos);
+    EXPECT_NE(told.error.find("--unsaved stray: the document does not refer to this file"),
+              std::string::npos);
+
+    const json object = json::parse(Run({"validate", "--json", "refs.dita"}).out);
+    EXPECT_EQ(object, json({{"mask", 1},
+                            {"valid", {document, folder.Path("src/a.dita")}},
+                            {"broken", {folder.Path("none.png")}},
+                            {"unsaved", json::array()}}));
+    const Finished clean = Run({"validate", "src/a.dita", "--log", "kept.log"});
+    EXPECT_EQ(clean.status, 0) << clean.error;
+    EXPECT_NE(ReadFile(folder.Path("kept.log")).find("a.dita\r\n"), std::string::npos);
+}
+
+TEST_F(CommandLine, DrivesDecideWhatCanBePackaged) {
+    folder.Write("c/map.ditamap", "<map><title>M</title><topicref href=\"D:/t.dita\"/></map>");
+    folder.Write("c/graphic.dita",
+                 "<topic id=\"t\"><title>T</title><body><p><image href=\"D:/i.png\"/></p></body></topic>");
+    folder.Write("d/t.dita", Topic);
+    folder.Write("d/i.png", "png");
+    folder.Write("out/.ventrix-result", "");
+    folder.Write("out/earlier.html", "<p/>");
+    const auto on = [](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--drive", "C=c", "--drive", "d:=d"});
+        return arguments;
+    };
+    const Row rows[] = {
+        {on({"validate", "c/map.ditamap"}), 1, "lie on several drives and cannot be packaged (mask 8)", ""},
+        {on({"publish", "c/map.ditamap", "-o", "out"}), 4, "", "lie on several drives"},
+        {on({"validate", "c/graphic.dita"}), 0, "can be published", "would be left behind"},
+        {on({"publish", "c/graphic.dita", "-o", "other"}), 1, "result: ", "were left behind"},
+        {{"validate", "c/map.ditamap"},
+         1,
+         "can be published",
+         "D:/t.dita: no folder stands behind this drive"},
+    };
+    for (const Row& row : rows) {
+        ExpectRow(row, Run(row.arguments));
+    }
+    EXPECT_TRUE(Exists("out/earlier.html")) << "a refused package leaves the earlier result";
+}
+
+TEST_F(CommandLine, OutputFolderIsGuarded) {
+    fs::create_directory_symlink("src", folder.Path("link"));
+    const auto publish = [](const std::string& output, bool force = false) {
+        std::vector<std::string> arguments{"publish", "src/a.dita", "-o", output};
+        if (force) {
+            arguments.push_back("--force");
+        }
+        return arguments;
+    };
+    const Row refused[] = {
+        {publish("full"), 5, "", "is not empty and was not made by an earlier run; --force"},
+        {publish("src", true), 5, "", "which would be deleted"},
+        {publish("link", true), 5, "", "which would be deleted"},
+        {publish(".", true), 5, "", "which would be deleted"},
+        {publish("src/..", true), 5, "", "which would be deleted"},
+        {publish("/", true), 5, "", "is or holds a home folder or a root"},
+        {publish("page.xsl", true), 5, "", "is no folder"},
+        {publish("page.xsl/out"), 5, "", "cannot be created: "},
+        {publish("/proc/none"), 5, "", "cannot be created: "},
+    };
+    for (const Row& row : refused) {
+        ExpectRow(row, Run(row.arguments));
+    }
+    EXPECT_TRUE(Exists("full/mine.txt"));
+    EXPECT_EQ(ReadFile(folder.Path("src/a.dita")), Topic);
+
+    EXPECT_EQ(Run(publish("full", true)).status, 0);
+    EXPECT_FALSE(Exists("full/mine.txt"));
+    folder.Write("full/stale.html", "<p/>");
+    EXPECT_EQ(Run(publish("full/")).status, 0) << "an earlier result may be replaced";
+    EXPECT_FALSE(Exists("full/stale.html"));
+}
+
+TEST_F(CommandLine, PublishTellsWhereTheResultIs) {
+    const Finished told =
+        Run({"publish", "src/a.dita", "-o", "new/out", "--attributes", "audience", "--quiet"});
+    const std::string build = folder.Path("new/out/build-a.dita/");
+    EXPECT_EQ(told.status, 0);
+    EXPECT_EQ(told.error, "");
+    EXPECT_EQ(told.out, "result:    " + build + "xhtml/\npages:     1\nbuild log: " + build +
+                            "buildlog-xhtml.txt\nlog:       " + folder.Path("new/out.log") + "\n");
+    const std::string page = ReadFile(build + "xhtml/a.html");
+    EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
+
+    const Finished again = Run({"publish", "src/a.dita", "-o", "new/out", "--json", "--log", "other.log"});
+    EXPECT_EQ(json::parse(again.out), json({{"status", 0},
+                                            {"resultFolder", build + "xhtml/"},
+                                            {"buildLog", build + "buildlog-xhtml.txt"},
+                                            {"log", folder.Path("other.log")},
+                                            {"failed", json::array()},
+                                            {"missing", json::array()},
+                                            {"markedValues", 0}}));
+    EXPECT_EQ(again.error, "");
+}
+
+TEST_F(CommandLine, PublishTellsFindings) {
+    const auto publish = [](std::vector<std::string> further) {
+        further.insert(further.begin(), {"publish", "src/plain.xml", "--attributes", "kind"});
+        return further;
+    };
+    std::string html = Stylesheet;
+    folder.Write("html.xsl", html.replace(html.find("\"xml\""), 5, "\"html\""));
+    Program("script", "#!/bin/sh\necho said by a script; exit 3\n");
+    folder.Write("no-program", "x");
+    const Row rows[] = {
+        {publish({"-o", "o1", "--xslt", "page.xsl"}), 0, "pages:     1",
+         "1 attribute values hold marker text that the transformation copied into them; the first is " +
+             folder.Path("o1/plain.html") + ": <meta content>"},
+        {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "plain.html could not be read: "},
+        {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "that are well-formed XML"},
+        {publish({"-o", "o3", "--xslt", "page.xsl", "--out-file", "elsewhere.html"}), 1, "pages:     1",
+         "pages that still hold marker text: 1; the first is " + folder.Path("elsewhere.html")},
+        {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "result: ", "the transformation failed: "},
+        {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6,
+         "result: ", "none holds no DITA Open Toolkit"},
+        {publish({"-o", "o6", "--post-script", "script"}), 0, "pages:     0", "said by a script"},
+        {publish({"-o", "o7", "--pre-script", "no-program"}), 0, "pages:     0", "CreateProcess failed (5)"},
+        {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 4, "",
+         "the log cannot be written: " + folder.Path("none/log.txt")},
+        {publish({"-o", "o9", "--xslt", "broken.xsl", "--color", "always"}), 6,
+         "result: ", "\033[31merror: "},
+    };
+    for (const Row& row : rows) {
+        ExpectRow(row, Run(row.arguments));
+    }
+}
+
+TEST_F(CommandLine, PublishNamesFilesThatAPassCouldNotLoad) {
+    folder.Write("map.ditamap",
+                 "<map><title>M</title><topicref href=\"src/a.dita\"/><topicref href=\"bad.dita\"/>"
+                 "<topicref href=\"none.dita\"/></map>");
+    folder.Write("bad.dita", "<topic id=\"b\"><title>B</title><body><p>open</body></topic>");
+    const json object = json::parse(Run({"publish", "map.ditamap", "-o", "out", "--xpath", "--json"}).out);
+    ASSERT_EQ(object["failed"].size(), 1U) << object;
+    EXPECT_EQ(object["failed"][0]["file"], folder.Path("out/bad.dita"));
+    EXPECT_NE(object["failed"][0]["reason"].get<std::string>().find("mismatch"), std::string::npos) << object;
+    EXPECT_EQ(object["missing"], json::array({folder.Path("none.dita")}));
+}
+
+TEST_F(CommandLine, InterruptionKeepsTheSourceAndMarksTheOutput) {
+    Program("interrupt", "#!/bin/sh\nkill -INT $PPID\nsleep 5\n");
+    const std::string before = ReadFile(folder.Path("src/plain.xml"));
+    const Finished stopped =
+        Run({"publish", "src/plain.xml", "-o", "out", "--xpath", "--pre-script", "interrupt"});
+    EXPECT_EQ(stopped.status, 130);
+    EXPECT_EQ(stopped.out, "");
+    EXPECT_EQ(ReadFile(folder.Path("src/plain.xml")), before);
+    EXPECT_EQ(Run({"publish", "src/plain.xml", "-o", "out", "--xslt", "page.xsl"}).status, 0);
+}
+
+TEST_F(CommandLine, ResultThatCannotBeWrittenIsAFinding) {
+    const Finished full = Run({"validate", "src/a.dita"}, {.standardOutput = "/dev/full"});
+    EXPECT_EQ(full.status, 1);
+    EXPECT_NE(full.error.find("could not be written to standard output"), std::string::npos);
+
+    // A reader that is gone, as `head` is when it has seen enough, has what it wanted.
+    const Finished gone =
+        Run({"-c", "(\"$0\" validate src/a.dita; echo $? > status) | true", VENTRIX_PROGRAM},
+            {.program = "/bin/sh"});
+    EXPECT_EQ(ReadFile(folder.Path("status")), "0\n");
+    EXPECT_EQ(gone.error, "");
+}
+
+TEST_F(CommandLine, ModuleThatCannotStartIsOneLine) {
+    Dl_info someLibrary = {};
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(&xmlReadMemory), &someLibrary), 0);
+    fs::create_directories(folder.Path("home/bin"));
+    fs::create_directories(folder.Path("home/src"));
+    fs::copy(VENTRIX_PROGRAM, folder.Path("home/bin/ventrix"));
+    const test::RunSettings moved{.program = folder.Path("home/bin/ventrix")};
+    const std::string module = folder.Path("home/src/Ventrix.so");
+    const auto expectTold = [&](const std::string& words) {
+        const Finished told = Run({"validate", "src/a.dita"}, moved);
+        EXPECT_EQ(told.status, 7);
+        EXPECT_EQ(told.out, "");
+        EXPECT_EQ(told.error.substr(0, words.size()), words);
+        EXPECT_EQ(std::ranges::count(told.error, '\n'), 1) << told.error;
+    };
+    expectTold("error: the module is missing: " + module);
+    folder.Write("home/src/Ventrix.so", "text");
+    expectTold("error: the module cannot be loaded: ");
+    fs::copy(someLibrary.dli_fname, module, fs::copy_options::overwrite_existing);
+    expectTold("error: the module has no export Q_ApiClientInit: " + module);
+}
+
+}  // namespace
+}  // namespace ventrix::desk

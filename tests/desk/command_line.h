@@ -1,0 +1,58 @@
+// Runs `ventrix` as a person does, as a process of its own in a folder of the test.
+#pragma once
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "support/temp_folder.h"
+
+namespace ventrix::test {
+
+struct Finished {
+    int status = -1;  ///< The exit status, or 1000 and the signal that ended it.
+    std::string out, error;
+};
+
+struct RunSettings {
+    std::string program = VENTRIX_PROGRAM;
+    std::string standardOutput = {};  ///< A file to write to instead of `Finished::out`.
+};
+
+/// The program with these arguments, in that folder, without a terminal or an input.
+inline Finished RunVentrix(const TempFolder& folder, std::vector<std::string> arguments,
+                           const RunSettings& settings = {}) {
+    const TempFolder streams;
+    const std::string out = settings.standardOutput.empty() ? streams.Path("out") : settings.standardOutput;
+    const std::string error = streams.Path("error");
+    arguments.insert(arguments.begin(), "ventrix");
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) {
+        pointers.push_back(argument.data());
+    }
+    pointers.push_back(nullptr);
+
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addchdir_np(&files, folder.Path().c_str());
+    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT, 0600);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, error.c_str(), O_WRONLY | O_CREAT, 0600);
+    pid_t process = 0;
+    Finished finished;
+    int status = 0;
+    if (posix_spawn(&process, settings.program.c_str(), &files, nullptr, pointers.data(), environ) == 0 &&
+        waitpid(process, &status, 0) == process) {
+        finished.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+    }
+    posix_spawn_file_actions_destroy(&files);
+    finished.out = settings.standardOutput.empty() ? ReadFile(out) : "";
+    finished.error = ReadFile(error);
+    return finished;
+}
+
+}  // namespace ventrix::test
