@@ -9,6 +9,7 @@
 #include "desk/clients/dita_references.h"
 #include "desk/clients/page_layout.h"
 #include "desk/clients/page_navigation.h"
+#include "desk/clients/page_numbers.h"
 #include "desk/documents/reference_path.h"
 #include "platform/drives.h"
 #include "platform/files.h"
@@ -185,6 +186,7 @@ void MakePage(Publication& publication, const std::string& topic) {
     ResolveKeyrefs(document, publication.navigation.keys, publication.warn);
     AddNeighbours(document, publication.neighbours, topic, publication.library);
     RewriteReferences(publication, document, page);
+    AddPageNumbers(document);
     Write(publication, page, Rendered(publication, document, topic));
 }
 

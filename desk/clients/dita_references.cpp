@@ -8,6 +8,7 @@ namespace ventrix::desk {
 namespace {
 
 constexpr std::size_t keptDocuments = 8;
+constexpr int mostConrefs = 20'000;  ///< Of one document: content that doubles with every level must end.
 
 bool HasTitle(const xmlNode* node) {
     return ChildOfType(node, "topic/title") != nullptr;
@@ -74,6 +75,7 @@ struct ConrefRun {
     DitaLibrary& library;
     const MessageSink& warnings;
     std::vector<std::string> open;  ///< What is being pulled in; content that pulls in itself ends there.
+    int copies = 0;
 };
 
 xmlNode* Resolve(ConrefRun& run, xmlNode* element);
@@ -88,7 +90,8 @@ void ResolveChildren(ConrefRun& run, xmlNode* parent) {
 xmlNode* Resolve(ConrefRun& run, xmlNode* element) {
     const std::string conref = Attribute(element, "conref");
     const bool ring = std::find(run.open.begin(), run.open.end(), conref) != run.open.end();
-    xmlNode* copy = conref.empty() || ring ? nullptr : PutCopy(element, run.library);
+    const bool tooMany = !conref.empty() && ++run.copies > mostConrefs;
+    xmlNode* copy = conref.empty() || ring || tooMany ? nullptr : PutCopy(element, run.library);
     if (copy == nullptr) {
         if (!conref.empty()) {
             run.warnings("no content for conref=\"" + conref + "\"");

@@ -2,7 +2,8 @@
 <!-- Turns one DITA document into one XHTML page: a topic, a document of several topics, or the table of contents of a
      map (element "contents"). Elements are matched by their class, so that specialised ones come out as their base.
      Each source element becomes one element of the page where it can, with its types as the class names, and all text
-     is copied as it is. Conditions, content references, keys and link targets are resolved before. -->
+     is copied as it is. Conditions, content references, keys and link targets are
+     resolved, and figures, tables and footnotes numbered, before. -->
 <xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
   <xsl:output method="xml" encoding="UTF-8" doctype-public="-//W3C//DTD XHTML 1.0 Transitional//EN"
               doctype-system="http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd"/>
@@ -291,7 +292,7 @@
       <span class="number">
         <xsl:call-template name="word"><xsl:with-param name="key" select="'figure'"/></xsl:call-template>
         <xsl:text> </xsl:text>
-        <xsl:value-of select="1 + count(../preceding::*[contains(@class, ' topic/fig ')][*[contains(@class, ' topic/title ')]])"/>
+        <xsl:value-of select="../@page-number"/>
         <xsl:text>. </xsl:text>
       </span>
       <span><xsl:apply-templates/></span>
@@ -363,7 +364,7 @@
             <span class="number">
               <xsl:call-template name="word"><xsl:with-param name="key" select="'table'"/></xsl:call-template>
               <xsl:text> </xsl:text>
-              <xsl:value-of select="1 + count(preceding::*[contains(@class, ' topic/table ')][*[contains(@class, ' topic/title ')]])"/>
+              <xsl:value-of select="@page-number"/>
               <xsl:text>. </xsl:text>
             </span>
             <span class="title tablecap"><xsl:apply-templates select="*[contains(@class, ' topic/title ')]/node()"/></span>
@@ -417,17 +418,30 @@
   </xsl:template>
 
   <!-- A row of properties may lack a cell that other rows have. -->
+  <xsl:template match="*[contains(@class, ' reference/properties ')]" priority="2">
+    <table>
+      <xsl:call-template name="common"/>
+      <xsl:apply-templates select="*">
+        <xsl:with-param name="types" select="boolean(*/*[contains(@class, ' reference/proptype')])"/>
+        <xsl:with-param name="values" select="boolean(*/*[contains(@class, ' reference/propvalue')])"/>
+        <xsl:with-param name="descriptions" select="boolean(*/*[contains(@class, ' reference/propdesc')])"/>
+      </xsl:apply-templates>
+    </table>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
   <xsl:template match="*[contains(@class, ' reference/property ') or contains(@class, ' reference/prophead ')]" priority="2">
-    <xsl:variable name="table" select=".."/>
+    <xsl:param name="types"/>
+    <xsl:param name="values"/>
+    <xsl:param name="descriptions"/>
     <tr>
       <xsl:call-template name="common"/>
-      <xsl:if test="$table/*/*[contains(@class, ' reference/proptype')]">
+      <xsl:if test="$types">
         <xsl:call-template name="property-cell"><xsl:with-param name="cell" select="*[contains(@class, ' reference/proptype')]"/></xsl:call-template>
       </xsl:if>
-      <xsl:if test="$table/*/*[contains(@class, ' reference/propvalue')]">
+      <xsl:if test="$values">
         <xsl:call-template name="property-cell"><xsl:with-param name="cell" select="*[contains(@class, ' reference/propvalue')]"/></xsl:call-template>
       </xsl:if>
-      <xsl:if test="$table/*/*[contains(@class, ' reference/propdesc')]">
+      <xsl:if test="$descriptions">
         <xsl:call-template name="property-cell"><xsl:with-param name="cell" select="*[contains(@class, ' reference/propdesc')]"/></xsl:call-template>
       </xsl:if>
     </tr>
@@ -496,17 +510,12 @@
   </xsl:template>
 
   <xsl:template match="*[contains(@class, ' topic/fn ')]">
-    <xsl:variable name="number"><xsl:call-template name="footnote-number"/></xsl:variable>
-    <sup><a class="fnref" href="#fn{$number}" id="fnref{$number}"><xsl:value-of select="$number"/></a></sup>
-  </xsl:template>
-  <xsl:template name="footnote-number">
-    <xsl:value-of select="1 + count(preceding::*[contains(@class, ' topic/fn ')])"/>
+    <sup><a class="fnref" href="#fn{@page-number}" id="fnref{@page-number}"><xsl:value-of select="@page-number"/></a></sup>
   </xsl:template>
   <xsl:template name="footnotes">
     <xsl:for-each select="*[contains(@class, ' topic/body ')]//*[contains(@class, ' topic/fn ')]">
-      <xsl:variable name="number"><xsl:call-template name="footnote-number"/></xsl:variable>
-      <div class="fn" id="fn{$number}">
-        <a href="#fnref{$number}"><sup><xsl:value-of select="$number"/></sup></a>
+      <div class="fn" id="fn{@page-number}">
+        <a href="#fnref{@page-number}"><sup><xsl:value-of select="@page-number"/></sup></a>
         <xsl:text> </xsl:text>
         <span><xsl:apply-templates/></span>
       </div>

@@ -184,6 +184,85 @@ TEST_F(DitaClient, EndsOnContentThatPullsInItself) {
     EXPECT_NE(Log().find("no content for conref"), std::string::npos);
 }
 
+TEST_F(DitaClient, EndsOnContentThatMultiplies) {
+    std::string body = "<p><ph id='p0'>x</ph></p>";
+    for (int level = 1; level < 7; ++level) {
+        std::string phrase;
+        for (int i = 0; i < 10; ++i) {
+            phrase += "<ph conref='#t/p" + std::to_string(level - 1) + "'/>";
+        }
+        body += "<p><ph id='p" + std::to_string(level) + "'>" + phrase + "</ph></p>";
+    }
+    Write("t.dita", "<topic id='t'><title>T</title><body>" + body + "</body></topic>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "string-length(//p[3])"), "100");
+    EXPECT_NE(Log().find("no content for conref"), std::string::npos);
+}
+
+TEST_F(DitaClient, ReadsWhatAMapSaysOfItsTopics) {
+    const struct {
+        const char* map;
+        const char* xpath;
+        const char* value;
+    } rows[] = {
+        {"<bookmap><booktitle><mainbooktitle>Book</mainbooktitle></booktitle><frontmatter><preface "
+         "href='a.dita'/>"
+         "</frontmatter><chapter href='b.dita'/><appendix href='c.dita'/></bookmap>",
+         "concat(//h1, count(//li), //li[3]/a)", "Book3C"},
+        {"<map title='M'><topicref href='a.dita' collection-type='sequence'/><reltable><relrow><relcell>"
+         "<topicref href='b.dita'/></relcell></relrow></reltable></map>",
+         "concat(//h1, count(//li))", "M1"},
+        {"<map><topicref href='a.dita'><topicmeta><navtitle>Nav</navtitle></topicmeta></topicref></map>",
+         "//a", "A"},
+        {"<map><topichead><topicmeta><navtitle>Nav</navtitle></topicmeta><topicref "
+         "href='a.dita#a'/></topichead></map>",
+         "concat(//span[@class='heading'], //a/@href)", "Nava.html#a"},
+        {"<map><topicref href='m.pdf' format='pdf' navtitle='Manual'/><topicref href='a.dita'/></map>",
+         "concat(//li[1]/a, //li[1]/a/@href)", "Manualm.pdf"},
+        {"<map><topicgroup toc='no'><topicref href='a.dita'/><topicref href='b.dita' "
+         "toc='yes'/></topicgroup></map>",
+         "concat(count(//li), //a)", "1B"},
+        {"<!DOCTYPE map [<!ENTITY name 'Named'>]><map><title>&name;</title><topicref href='a.dita'/></map>",
+         "//h1", "Named"},
+        {"<course class='- map/map c/course '><lesson class='- map/topicref c/lesson ' "
+         "href='a.dita'/></course>",
+         "//a", "A"},
+    };
+    Write("m.pdf", "pdf");
+    for (const char* name : {"a", "b", "c"}) {
+        std::string title = name;
+        title[0] = static_cast<char>(title[0] - 32);
+        Write(std::string(name) + ".dita",
+              std::string("<topic id='") + name + "'><title>" + title + "</title></topic>");
+    }
+    for (const auto& row : rows) {
+        std::filesystem::remove_all(Native("out"));
+        Write("m.ditamap", row.map);
+        EXPECT_EQ(Run("m.ditamap"), 0) << row.map << record_.reason;
+        EXPECT_EQ(Query("index.html", row.xpath), row.value) << row.map;
+    }
+    EXPECT_FALSE(std::filesystem::exists(Native("out/xhtml/b.html")));
+}
+
+TEST_F(DitaClient, GivesKeysTheirTextAndTarget) {
+    Write(
+        "m.ditamap",
+        "<map><topicref href='t.dita'/><keydef keys='name "
+        "other'><topicmeta><keywords><keyword>P40</keyword></keywords>"
+        "</topicmeta></keydef><keydef keys='name'><topicmeta><linktext>later</linktext></topicmeta></keydef>"
+        "<keydef keys='site' href='https://example.org' scope='external' "
+        "format='html'><topicmeta><linktext>Site"
+        "</linktext></topicmeta></keydef><keydef keys='pic' href='i.png' format='png'/></map>");
+    Write("i.png", "png");
+    Write("t.dita",
+          "<topic id='t'><title>T</title><body><p><ph keyref='name'/>|<keyword keyref='other'>own</keyword>|"
+          "<xref keyref='site'/>|<ph keyref='none'>kept</ph></p><image keyref='pic'/></body></topic>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "concat(//p, //p/a/@href, //img/@src)"),
+              "P40|own|Site|kepthttps://example.orgi.png");
+    EXPECT_NE(Log().find("no key \"none\""), std::string::npos) << Log();
+}
+
 TEST_F(DitaClient, TellsWhyARunFailed) {
     Write("broken.ditamap", "<map><topicref></map>");
     Write("empty.ditamap", "<map/>");
