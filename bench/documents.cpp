@@ -7,10 +7,16 @@ constexpr std::size_t paragraphsPerSection = 20;
 constexpr std::size_t elementsPerParagraph = 3;
 
 void AppendParagraph(std::string& topic, std::size_t number) {
-    topic += number % 2 == 0 ? "      <p audience=\"expert\">" : "      <p>";
+    topic += number % 4 == 0 ? "      <p audience=\"expert\">" : "      <p>";
     topic += "Before you open valve " + std::to_string(number) +
              ", press <uicontrol>Stop</uicontrol> and wait until the ";
-    topic += "<ph product=\"x2\">green lamp</ph> at the front &amp; back goes out.</p>\n";
+    topic += number % 4 == 1 ? "<ph product=\"x2\">" : "<ph>";
+    topic += "green lamp</ph> at the front &amp; back goes out.</p>\n";
+}
+
+void OpenSection(std::string& topic, std::size_t number) {
+    topic += "    <section id=\"s" + std::to_string(number) + "\"";
+    topic += number % 4 == 0 ? " platform=\"line\">\n" : ">\n";
 }
 
 }  // namespace
@@ -22,7 +28,7 @@ std::string MakeTopic(std::size_t elements) {
     for (std::size_t i = 0; i < paragraphs; ++i) {
         if (i % paragraphsPerSection == 0) {
             topic += i == 0 ? "" : "    </section>\n";
-            topic += "    <section id=\"s" + std::to_string(i) + "\" platform=\"line\">\n";
+            OpenSection(topic, i / paragraphsPerSection);
         }
         AppendParagraph(topic, i);
     }

@@ -7,8 +7,8 @@
 
 namespace ventrix::bench {
 
-/// A topic of sections with paragraphs: attributes on half of the elements, inline elements in running text.
-/// About 57 bytes and two tags for each element.
+/// A topic of sections with paragraphs, a quarter of either with an attribute that is carried over; inline
+/// elements in running text. About 55 bytes and two tags for each element.
 std::string MakeTopic(std::size_t elements);
 
 /// A root with this many short sibling elements.

@@ -57,7 +57,8 @@ std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<st
     if (wanted.empty())
         return {};
     const xml::Node known = memo.levels.empty() ? xml::Node() : memo.levels.back().element;
-    std::vector<xml::Node> entered;
+    std::vector<xml::Node>& entered = memo.entered;
+    entered.clear();
     for (xml::Node node = parent; node != known && IsElement(node); node = node.get_parentNode())
         entered.push_back(node);
     for (auto node = entered.rbegin(); node != entered.rend(); ++node)

@@ -21,7 +21,8 @@ struct InheritedMemo {
         AttributeEntries entries;  ///< Only where the element itself adds to what it inherits.
         std::string composed;      ///< The entries as they stand inside an attribute group.
     };
-    std::vector<Level> levels;  ///< From the root inwards.
+    std::vector<Level> levels;       ///< From the root inwards.
+    std::vector<xml::Node> entered;  ///< Only its memory is of use again.
 };
 
 /// The wanted attributes of the element around a text and of those around that, nearest element first, within

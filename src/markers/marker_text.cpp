@@ -23,6 +23,19 @@ constexpr std::array<EscapePair, 5> escapeTable = {{
     {'\'', "&apos;"},
 }};
 
+bool IsMarkup(char character) {
+    switch (character) {
+        case '&':
+        case '<':
+        case '>':
+        case '"':
+        case '\'':
+            return true;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 void ReplaceAll(std::string& text, std::string_view oldText, std::string_view newText) {
@@ -46,14 +59,16 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 void EscapeMarkup(std::string& text) {
     // One pass for all five gives what one after the other would, the ampersand first.
     std::string result;
-    result.reserve(text.size() + text.size() / 2);
-    for (const char character : text) {
-        const auto pair = std::ranges::find(escapeTable, character, &EscapePair::character);
-        if (pair == escapeTable.end())
-            result += character;
-        else
-            result += pair->escape;
+    result.reserve(text.size() + text.size() / 2 + 32);
+    std::size_t done = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (!IsMarkup(text[at]))
+            continue;
+        const auto pair = std::ranges::find(escapeTable, text[at], &EscapePair::character);
+        result.append(text, done, at - done).append(pair->escape);
+        done = at + 1;
     }
+    result.append(text, done);
     text = std::move(result);
 }
 

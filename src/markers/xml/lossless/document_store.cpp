@@ -87,7 +87,9 @@ SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
 }
 
 std::uint32_t DocumentStore::AddText(std::string_view text) {
-    texts_.push_back(arena_.Keep(text));
+    if (texts_.empty() || text != texts_.back()) {
+        texts_.push_back(arena_.Keep(text));
+    }
     return static_cast<std::uint32_t>(texts_.size() - 1);
 }
 
@@ -139,7 +141,7 @@ void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     }
     NodeRecord& record = At(index);
     if ((record.flags & OwnText) != 0) {
-        texts_[record.extra] = arena_.Keep(text);
+        record.extra = AddText(text);
     } else if (record.type != NODE_TEXT || (record.flags & Created) != 0 || !SetPrefix(index, text)) {
         record.extra = AddText(text);
         record.flags = static_cast<std::uint8_t>((record.flags & ~Prefixed) | OwnText);

@@ -93,6 +93,8 @@ class DocumentStore {
     /// The source whose document node this is; null before anything was loaded.
     SourceText* SourceOfDocument(NodeIndex document);
 
+    /// The number of a text like this, which nothing changes. Texts that come several times in a row, as the
+    /// same marker in front of each text of an element, are kept once.
     std::uint32_t AddText(std::string_view text);
 
     /// How many bytes of texts were added.

@@ -76,7 +76,7 @@ class Writer {
             OpenElement(index);
         } else if ((record.flags & (OwnText | Prefixed)) != 0) {
             Flush();
-            AppendEscapedText(out_, store_.TextAt(record.extra), lineEnd_);
+            AppendOwnText(record.extra);
             if ((record.flags & Prefixed) != 0) {
                 Source(record.begin, record.end);
             }
@@ -87,6 +87,16 @@ class Writer {
         } else {
             Source(record.begin, record.end);
         }
+    }
+
+    /// Texts in a row may be the same one; it is escaped once.
+    void AppendOwnText(std::uint32_t number) {
+        if (number != escapedNumber_ || escapedText_.empty()) {
+            escapedNumber_ = number;
+            escapedText_.clear();
+            AppendEscapedText(escapedText_, store_.TextAt(number), lineEnd_);
+        }
+        out_ += escapedText_;
     }
 
     void OpenElement(NodeIndex index) {
@@ -190,6 +200,8 @@ class Writer {
     LineEnd lineEnd_;
     std::string out_;
     std::string buffer_;
+    std::uint32_t escapedNumber_ = 0;
+    std::string escapedText_;
     std::uint32_t pendingBegin_ = 0, pendingEnd_ = 0;
 };
 
