@@ -1,5 +1,7 @@
 #include "desk/cli/paths.h"
 
+#include <unistd.h>
+
 #include "desk/cli/exit_status.h"
 #include "desk/documents/reference_path.h"
 #include "platform/drives.h"
@@ -39,6 +41,20 @@ fs::path RealPath(const fs::path& path) {
 bool IsBelowOrEqual(const fs::path& path, const fs::path& folder) {
     const fs::path relative = path.lexically_relative(folder);
     return !relative.empty() && *relative.begin() != "..";
+}
+
+void RequireFile(const char* option, const std::string& file) {
+    std::error_code error;
+    if (!file.empty() && !fs::is_regular_file(file, error)) {
+        throw Stop{ExitUsage, std::string(option) + ": " + file + " is no file that can be read"};
+    }
+}
+
+void RequireProgram(const char* option, const std::string& file) {
+    RequireFile(option, file);
+    if (!file.empty() && access(file.c_str(), X_OK) != 0) {
+        throw Stop{ExitUsage, std::string(option) + ": " + file + " is not executable; chmod +x makes it so"};
+    }
 }
 
 void RequireNoInput(const char* option, const std::string& file, const std::vector<std::string>& inputs) {

@@ -20,6 +20,12 @@ std::filesystem::path RealPath(const std::filesystem::path& path);
 /// Of two real paths.
 bool IsBelowOrEqual(const std::filesystem::path& path, const std::filesystem::path& folder);
 
+/// Throws Stop if the file that this option names is missing; nothing for an empty path.
+void RequireFile(const char* option, const std::string& file);
+
+/// The same for a file that must be executable.
+void RequireProgram(const char* option, const std::string& file);
+
 /// Throws Stop if the file, named by this option, is one of the inputs: a run would write into its source.
 void RequireNoInput(const char* option, const std::string& file, const std::vector<std::string>& inputs);
 

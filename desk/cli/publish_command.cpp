@@ -33,18 +33,11 @@ struct Outcome {
     bool transforms = false;
 };
 
-void RequireFile(const char* option, const std::string& file) {
-    std::error_code error;
-    if (!file.empty() && !fs::is_regular_file(file, error)) {
-        throw Stop{ExitUsage, std::string(option) + ": " + file + " is no file that can be read"};
-    }
-}
-
 void CheckInputs(const PublishOptions& publish) {
     RequireFile("--xslt", publish.xslt);
     RequireFile("--ditaval", publish.ditaval);
-    RequireFile("--pre-script", publish.preScript);
-    RequireFile("--post-script", publish.postScript);
+    RequireProgram("--pre-script", publish.preScript);
+    RequireProgram("--post-script", publish.postScript);
 }
 
 bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
@@ -194,13 +187,12 @@ void PrintMarkerText(const Outcome& outcome, const Screen& screen) {
     const PublishedPages& pages = outcome.pages;
     if (std::ranges::any_of(outcome.log.failed, IsPage)) {
         screen.Note(
-            "marker text is turned back only in pages that are well-formed XML; a stylesheet writes such "
-            "pages "
+            "marker text is turned back only in pages that are well-formed XML; a stylesheet writes them "
             "with <xsl:output method=\"xml\"/>");
     }
     if (pages.markedTexts > 0) {
         screen.Warning("pages that still hold marker text: " + std::to_string(pages.markedTexts) +
-                       "; the first is " + pages.firstMarkedText);
+                       ", the first " + pages.firstMarkedText);
     }
     if (pages.markedTexts > 0 && !outcome.undecoded.empty()) {
         screen.Note(
@@ -208,10 +200,8 @@ void PrintMarkerText(const Outcome& outcome, const Screen& screen) {
             outcome.undecoded);
     }
     if (pages.markedValues > 0) {
-        screen.Note(
-            std::to_string(pages.markedValues) +
-            " attribute values hold marker text that the transformation copied into them; the first is " +
-            pages.firstMarkedValue);
+        screen.Note("attribute values into which the transformation copied marker text: " +
+                    std::to_string(pages.markedValues) + ", the first in " + pages.firstMarkedValue);
     }
 }
 

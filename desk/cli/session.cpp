@@ -100,6 +100,7 @@ std::vector<std::string> LocalFiles(const DocumentFiles& files) {
 
 std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen) {
     auto session = std::make_unique<Session>();
+    RequireFile("--catalog", options.catalog);
     SetDrives(options.drives);
     session->document = AbsolutePath(options.document);
     session->files = ReadDocument(session->document);

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "desk/command_line.h"
+#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -95,6 +96,8 @@ TEST_F(CommandLine, MistakesAreTold) {
         {with({"--dita-ot", "--xslt", "page.xsl"}), 2, "", "excludes"},
         {with({"--xslt", "none.xsl"}), 2, "", "--xslt: none.xsl"},
         {with({"--ditaval", "src"}), 2, "", "--ditaval: src"},
+        {with({"--catalog", "none"}), 2, "", "--catalog: none"},
+        {with({"--post-script", "page.xsl"}), 2, "", "page.xsl is not executable"},
         {with({"--attributes", ""}), 2, "", "--attributes: the value is empty"},
         {with({"--attributes", "a'b\"c"}), 2, "", "--attributes: a value cannot hold both kinds"},
         {with({"--elements", longest}), 2, "", "--elements: the value is too long (1024 bytes"},
@@ -150,6 +153,7 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
 TEST_F(CommandLine, RequestPrintsTheReply) {
     folder.Write("gone.xml", "<a href=\"none.png\"/>");
     const std::string log = " -logFile \"Z:" + folder.Path("log.txt") + '"';
+    const std::string out = platform::ToSystem(folder.Path("out")).value() + '\\';
     const auto request = [](const std::string& document, const std::string& text) {
         return std::vector<std::string>{"request", "--document", document, text};
     };
@@ -161,6 +165,8 @@ TEST_F(CommandLine, RequestPrintsTheReply) {
         {request("src/plain.xml", "Validate -docId {docId}"), 1, "status: 16\n", ""},
         {request("src/plain.xml", "Publish -docId {docId} -useDITAOT -outputFolder x\\"), 0,
          "status: 0\nfirst:  \nsecond: \n", ""},
+        {request("src/plain.xml", "Publish -docId {docId} -usePreScript none -outputFolder " + out + log), 0,
+         "first:  " + out, "CreateProcess failed (2)"},
         {request("src/plain.xml", "VALIDATE -DOCID {docId}" + log), 0, "status: 0\n", ""},
         {request("gone.xml", "Validate -docId {docId}" + log), 1, "status: 1\n", ""},
     };
@@ -287,20 +293,18 @@ TEST_F(CommandLine, PublishTellsFindings) {
     std::string html = Stylesheet;
     folder.Write("html.xsl", html.replace(html.find("\"xml\""), 5, "\"html\""));
     Program("script", "#!/bin/sh\necho said by a script; exit 3\n");
-    folder.Write("no-program", "x");
     const Row rows[] = {
         {publish({"-o", "o1", "--xslt", "page.xsl"}), 0, "pages:     1",
-         "1 attribute values hold marker text that the transformation copied into them; the first is " +
-             folder.Path("o1/plain.html") + ": <meta content>"},
+         "into which the transformation copied marker text: 1, the first in " + folder.Path("o1/plain.html") +
+             ": <meta content>"},
         {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "plain.html could not be read: "},
         {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "that are well-formed XML"},
         {publish({"-o", "o3", "--xslt", "page.xsl", "--out-file", "elsewhere.html"}), 1, "pages:     1",
-         "pages that still hold marker text: 1; the first is " + folder.Path("elsewhere.html")},
+         "pages that still hold marker text: 1, the first " + folder.Path("elsewhere.html")},
         {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "result: ", "the transformation failed: "},
         {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6,
          "result: ", "none holds no DITA Open Toolkit"},
         {publish({"-o", "o6", "--post-script", "script"}), 0, "pages:     0", "said by a script"},
-        {publish({"-o", "o7", "--pre-script", "no-program"}), 0, "pages:     0", "CreateProcess failed (5)"},
         {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 4, "",
          "the log cannot be written: " + folder.Path("none/log.txt")},
         {publish({"-o", "o9", "--xslt", "broken.xsl", "--color", "always"}), 6,
@@ -313,13 +317,16 @@ TEST_F(CommandLine, PublishTellsFindings) {
 
 TEST_F(CommandLine, PublishNamesFilesThatAPassCouldNotLoad) {
     folder.Write("map.ditamap",
-                 "<map><title>M</title><topicref href=\"src/a.dita\"/><topicref href=\"bad.dita\"/>"
-                 "<topicref href=\"none.dita\"/></map>");
-    folder.Write("bad.dita", "<topic id=\"b\"><title>B</title><body><p>open</body></topic>");
+                 "<map><title>M</title><topicref href=\"src/a.dita\"/><topicref href=\"open.dita\"/>"
+                 "<topicref href=\"entity.dita\"/><topicref href=\"none.dita\"/></map>");
+    folder.Write("open.dita", "<topic id=\"b\"><title>B</title><body><p>open</body></topic>");
+    folder.Write("entity.dita", "<topic id=\"e\"><title>&undeclared;</title></topic>");
     const json object = json::parse(Run({"publish", "map.ditamap", "-o", "out", "--xpath", "--json"}).out);
-    ASSERT_EQ(object["failed"].size(), 1U) << object;
-    EXPECT_EQ(object["failed"][0]["file"], folder.Path("out/bad.dita"));
+    ASSERT_EQ(object["failed"].size(), 2U) << object;
+    EXPECT_EQ(object["failed"][0]["file"], folder.Path("out/open.dita"));
     EXPECT_NE(object["failed"][0]["reason"].get<std::string>().find("mismatch"), std::string::npos) << object;
+    EXPECT_EQ(object["failed"][1]["file"], folder.Path("out/entity.dita"));
+    EXPECT_NE(object["failed"][1]["reason"].get<std::string>().find("undefined entity"), std::string::npos);
     EXPECT_EQ(object["missing"], json::array({folder.Path("none.dita")}));
 }
 
