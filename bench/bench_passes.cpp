@@ -191,7 +191,11 @@ std::vector<Ratio> Ratios() {
         for (const std::string operation :
              {"load_save", "encode", "decode", "encode_xpath", "encode_queries"}) {
             const std::string name = operation + '/' + shape;
-            ratios.push_back({name + ": ten times the document", name, name + "_tenth", growth});
+            // How a query grows is the query's own affair, and a path on every text of a deep document is as
+            // long as the document is deep.
+            const bool isOurs = operation != "encode_queries" && name != "encode_xpath/deep";
+            ratios.push_back({name + ": ten times the document", name, name + "_tenth",
+                              isOurs ? std::optional(growth) : std::nullopt});
         }
     }
     return ratios;
