@@ -187,6 +187,7 @@ void MakePage(Publication& publication, const std::string& topic) {
     AddNeighbours(document, publication.neighbours, topic, publication.library);
     RewriteReferences(publication, document, page);
     AddPageNumbers(document);
+    NameByBaseType(document);
     Write(publication, page, Rendered(publication, document, topic));
 }
 

@@ -305,6 +305,22 @@ bool AddMissingClasses(xmlDoc* document) {
     return allKnown;
 }
 
+void NameByBaseType(xmlDoc* document) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        const std::string types = node->type == XML_ELEMENT_NODE ? Attribute(node, "class") : std::string();
+        const std::size_t slash = types.find(" topic/");
+        if (slash == std::string::npos) {
+            continue;
+        }
+        const std::size_t begin = slash + std::string_view(" topic/").size();
+        const std::string base = types.substr(begin, types.find(' ', begin) - begin);
+        if (!base.empty() && View(node->name) != base) {
+            xmlNodeSetName(node, Xml(base.c_str()));
+        }
+    }
+}
+
 bool HasType(const xmlNode* node, std::string_view type) {
     if (node == nullptr || node->type != XML_ELEMENT_NODE) {
         return false;

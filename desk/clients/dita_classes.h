@@ -13,6 +13,10 @@ namespace ventrix::desk {
 /// content left out: a DTD may know it.
 bool AddMissingClasses(xmlDoc* document);
 
+/// Renames the elements of a document to their base types ("uicontrol" to "ph"); their classes still tell
+/// what they are. A stylesheet finds templates by name far quicker than by class.
+void NameByBaseType(xmlDoc* document);
+
 /// True if the type, as "topic/ph", stands in the element's class. False for anything but an element.
 bool HasType(const xmlNode* node, std::string_view type);
 

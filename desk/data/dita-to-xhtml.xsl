@@ -1,9 +1,9 @@
 <?xml version="1.0" encoding="UTF-8"?>
 <!-- Turns one DITA document into one XHTML page: a topic, a document of several topics, or the table of contents of a
-     map (element "contents"). Elements are matched by their class, so that specialised ones come out as their base.
+     map (element "contents"). Elements have the names of their base types, whatever they specialise.
      Each source element becomes one element of the page where it can, with its types as the class names, and all text
-     is copied as it is. Conditions, content references, keys and link targets are
-     resolved, and figures, tables and footnotes numbered, before. -->
+     is copied as it is. Conditions, content references, keys and link targets are resolved, and figures, tables and
+     footnotes numbered, before. -->
 <xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
   <xsl:output method="xml" encoding="UTF-8" doctype-public="-//W3C//DTD XHTML 1.0 Transitional//EN"
               doctype-system="http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd"/>
@@ -38,7 +38,7 @@
 
   <xsl:template match="contents" mode="page-title"><xsl:value-of select="@title"/></xsl:template>
   <xsl:template match="*" mode="page-title">
-    <xsl:value-of select="descendant-or-self::*[contains(@class, ' topic/topic ')][1]/*[contains(@class, ' topic/title ')]"/>
+    <xsl:value-of select="descendant-or-self::topic[1]/title"/>
   </xsl:template>
 
   <xsl:template match="contents" mode="page">
@@ -94,8 +94,8 @@
   </xsl:template>
 
   <xsl:template name="anchor">
-    <xsl:if test="not(contains(@class, ' topic/topic '))">
-      <xsl:value-of select="concat(ancestor::*[contains(@class, ' topic/topic ')][1]/@id, '__')"/>
+    <xsl:if test="not(self::topic)">
+      <xsl:value-of select="concat(ancestor::topic[1]/@id, '__')"/>
     </xsl:if>
     <xsl:value-of select="@id"/>
   </xsl:template>
@@ -118,22 +118,22 @@
 
   <!-- ===== Topics ===== -->
 
-  <xsl:template match="*[contains(@class, ' topic/topic ')]">
+  <xsl:template match="topic">
     <div>
       <xsl:call-template name="common"/>
-      <xsl:apply-templates select="*[contains(@class, ' topic/title ')]"/>
-      <xsl:if test="not(*[contains(@class, ' topic/body ')])">
-        <xsl:apply-templates select="*[contains(@class, ' topic/shortdesc ') or contains(@class, ' topic/abstract ')]"/>
+      <xsl:apply-templates select="title"/>
+      <xsl:if test="not(body)">
+        <xsl:apply-templates select="*[self::shortdesc or self::abstract]"/>
       </xsl:if>
-      <xsl:apply-templates select="*[contains(@class, ' topic/body ')]"/>
-      <xsl:apply-templates select="*[contains(@class, ' topic/related-links ')]"/>
+      <xsl:apply-templates select="body"/>
+      <xsl:apply-templates select="related-links"/>
       <xsl:call-template name="footnotes"/>
-      <xsl:apply-templates select="*[contains(@class, ' topic/topic ')]"/>
+      <xsl:apply-templates select="topic"/>
     </div>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/topic ')]/*[contains(@class, ' topic/title ')]" priority="2">
-    <xsl:variable name="depth" select="count(ancestor::*[contains(@class, ' topic/topic ')])"/>
+  <xsl:template match="topic/title" priority="2">
+    <xsl:variable name="depth" select="count(ancestor::topic)"/>
     <xsl:variable name="level">
       <xsl:choose><xsl:when test="$depth &gt; 6">6</xsl:when><xsl:otherwise><xsl:value-of select="$depth"/></xsl:otherwise></xsl:choose>
     </xsl:variable>
@@ -144,63 +144,53 @@
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/body ')]">
+  <xsl:template match="body">
     <div>
       <xsl:call-template name="common"/>
-      <xsl:apply-templates select="../*[contains(@class, ' topic/shortdesc ') or contains(@class, ' topic/abstract ')]"/>
+      <xsl:apply-templates select="../*[self::shortdesc or self::abstract]"/>
       <xsl:apply-templates/>
     </div>
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/shortdesc ')]">
+  <xsl:template match="shortdesc">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'p'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/abstract ')]//*[contains(@class, ' topic/shortdesc ')]" priority="2">
+  <xsl:template match="abstract//shortdesc" priority="2">
     <xsl:call-template name="block"/>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/prolog ') or contains(@class, ' topic/titlealts ') or
-                         contains(@class, ' topic/indexterm ') or contains(@class, ' topic/index-base ') or
-                         contains(@class, ' topic/data ') or contains(@class, ' topic/data-about ') or
-                         contains(@class, ' topic/draft-comment ') or contains(@class, ' topic/required-cleanup ') or
-                         contains(@class, ' topic/no-topic-nesting ') or contains(@class, ' topic/unknown ') or
-                         contains(@class, ' topic/alt ') or contains(@class, ' topic/longdescref ') or
-                         contains(@class, ' topic/param ') or contains(@class, ' topic/colspec ')]" priority="3"/>
-  <xsl:template match="*[contains(@class, ' topic/foreign ')]"><xsl:copy-of select="node()"/></xsl:template>
+  <xsl:template match="prolog | titlealts | indexterm | index-base | data | data-about | draft-comment |
+                       required-cleanup | no-topic-nesting | unknown | alt | longdescref | param | colspec" priority="3"/>
+  <xsl:template match="foreign"><xsl:copy-of select="node()"/></xsl:template>
 
   <!-- ===== Blocks ===== -->
 
   <!-- XHTML allows no block in a p. -->
-  <xsl:template match="*[contains(@class, ' topic/p ')]">
+  <xsl:template match="p">
     <xsl:call-template name="block">
       <xsl:with-param name="name">
         <xsl:choose>
-          <xsl:when test="descendant::*[contains(@class, ' topic/pre ') or contains(@class, ' topic/ul ') or
-                          contains(@class, ' topic/sl ') or contains(@class, ' topic/ol ') or contains(@class, ' topic/lq ') or
-                          contains(@class, ' topic/dl ') or contains(@class, ' topic/note ') or
-                          contains(@class, ' topic/lines ') or contains(@class, ' topic/fig ') or
-                          contains(@class, ' topic/table ') or contains(@class, ' topic/simpletable ')]">div</xsl:when>
+          <xsl:when test="descendant::*[self::pre or self::ul or self::sl or self::ol or self::lq or self::dl or
+                          self::note or self::lines or self::fig or self::table or self::simpletable]">div</xsl:when>
           <xsl:otherwise>p</xsl:otherwise>
         </xsl:choose>
       </xsl:with-param>
     </xsl:call-template>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/section ') or contains(@class, ' topic/example ') or
-                         contains(@class, ' topic/bodydiv ') or contains(@class, ' topic/sectiondiv ') or
-                         contains(@class, ' topic/figgroup ')]">
+  <xsl:template match="section | example | bodydiv | sectiondiv | figgroup">
     <xsl:call-template name="block"/>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/section ') or contains(@class, ' topic/example ')]/*[contains(@class, ' topic/title ')]">
-    <xsl:variable name="level" select="1 + count(ancestor::*[contains(@class, ' topic/topic ')])"/>
+  <xsl:template match="section/title | example/title">
+    <xsl:variable name="level" select="1 + count(ancestor::topic)"/>
     <xsl:element name="h{$level * ($level &lt; 7) + 6 * ($level &gt; 6)}">
       <xsl:call-template name="common"><xsl:with-param name="after" select="'sectiontitle'"/></xsl:call-template>
       <xsl:apply-templates/>
     </xsl:element>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/note ')]">
+  <xsl:template match="note">
     <xsl:variable name="type">
       <xsl:choose>
         <xsl:when test="@type = 'other' and @othertype"><xsl:value-of select="@othertype"/></xsl:when>
@@ -222,12 +212,12 @@
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/pre ')]">
+  <xsl:template match="pre">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'pre'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/lines ')]"><xsl:call-template name="block"/></xsl:template>
+  <xsl:template match="lines"><xsl:call-template name="block"/></xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/lq ')]">
+  <xsl:template match="lq">
     <blockquote>
       <xsl:call-template name="common"/>
       <xsl:apply-templates/>
@@ -238,23 +228,23 @@
 
   <!-- ===== Lists ===== -->
 
-  <xsl:template match="*[contains(@class, ' topic/ul ') or contains(@class, ' topic/sl ')]">
+  <xsl:template match="ul | sl">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'ul'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/ol ')]">
+  <xsl:template match="ol">
     <ol>
       <xsl:call-template name="common"/>
-      <xsl:if test="count(ancestor::*[contains(@class, ' topic/ol ')]) mod 2 = 1">
+      <xsl:if test="count(ancestor::ol) mod 2 = 1">
         <xsl:attribute name="type">a</xsl:attribute>
       </xsl:if>
       <xsl:apply-templates/>
     </ol>
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/li ') or contains(@class, ' topic/sli ')]">
+  <xsl:template match="li | sli">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'li'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' task/stepsection ')]" priority="2">
+  <xsl:template match="li[contains(@class, ' task/stepsection ')]" priority="2">
     <li>
       <xsl:call-template name="common"/>
       <xsl:apply-templates/>
@@ -262,8 +252,8 @@
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
   <!-- The one step of a task needs no number. -->
-  <xsl:template match="*[contains(@class, ' task/steps ') or contains(@class, ' task/steps-unordered ')]
-                       [count(*[contains(@class, ' task/step ')]) = 1]" priority="2">
+  <xsl:template match="ol[contains(@class, ' task/steps ')][count(*[contains(@class, ' task/step ')]) = 1] |
+                       ul[contains(@class, ' task/steps-unordered ')][count(*[contains(@class, ' task/step ')]) = 1]" priority="2">
     <div>
       <xsl:call-template name="common"/>
       <xsl:for-each select="*[contains(@class, ' task/step ') or contains(@class, ' task/stepsection ')]">
@@ -271,23 +261,23 @@
       </xsl:for-each>
     </div>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/itemgroup ')]"><xsl:call-template name="block"/></xsl:template>
+  <xsl:template match="itemgroup"><xsl:call-template name="block"/></xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/dl ')]">
+  <xsl:template match="dl">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'dl'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/dlentry ') or contains(@class, ' topic/dlhead ')]"><xsl:apply-templates/></xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/dt ') or contains(@class, ' topic/dthd ')]">
+  <xsl:template match="dlentry | dlhead"><xsl:apply-templates/></xsl:template>
+  <xsl:template match="dt | dthd">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'dt'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/dd ') or contains(@class, ' topic/ddhd ')]">
+  <xsl:template match="dd | ddhd">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'dd'"/></xsl:call-template>
   </xsl:template>
 
   <!-- ===== Figures and images ===== -->
 
-  <xsl:template match="*[contains(@class, ' topic/fig ')]"><xsl:call-template name="block"/></xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/fig ')]/*[contains(@class, ' topic/title ')]">
+  <xsl:template match="fig"><xsl:call-template name="block"/></xsl:template>
+  <xsl:template match="fig/title">
     <span class="title figcap">
       <span class="number">
         <xsl:call-template name="word"><xsl:with-param name="key" select="'figure'"/></xsl:call-template>
@@ -300,7 +290,7 @@
   </xsl:template>
 
   <!-- A figure in a sentence would break it, an image placed as a block stands alone. -->
-  <xsl:template match="*[contains(@class, ' topic/image ')]">
+  <xsl:template match="image">
     <xsl:choose>
       <xsl:when test="@placement = 'break'"><div class="imageblock"><xsl:call-template name="image"/></div></xsl:when>
       <xsl:otherwise><xsl:call-template name="image"/></xsl:otherwise>
@@ -312,7 +302,7 @@
         <xsl:call-template name="attribute-text">
           <xsl:with-param name="text">
             <xsl:choose>
-              <xsl:when test="*[contains(@class, ' topic/alt ')]"><xsl:value-of select="*[contains(@class, ' topic/alt ')]"/></xsl:when>
+              <xsl:when test="alt"><xsl:value-of select="alt"/></xsl:when>
               <xsl:otherwise><xsl:value-of select="@alt"/></xsl:otherwise>
             </xsl:choose>
           </xsl:with-param>
@@ -344,55 +334,54 @@
     </xsl:choose>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/object ')]">
+  <xsl:template match="object">
     <object>
       <xsl:call-template name="common"/>
       <xsl:copy-of select="@data | @type | @width | @height"/>
-      <xsl:for-each select="*[contains(@class, ' topic/param ')]"><param name="{@name}" value="{@value}"/></xsl:for-each>
-      <xsl:apply-templates select="*[contains(@class, ' topic/desc ')]"/>
+      <xsl:for-each select="param"><param name="{@name}" value="{@value}"/></xsl:for-each>
+      <xsl:apply-templates select="desc"/>
     </object>
   </xsl:template>
 
   <!-- ===== Tables ===== -->
 
-  <xsl:template match="*[contains(@class, ' topic/table ')]">
+  <xsl:template match="table">
     <table>
       <xsl:call-template name="common"/>
-      <xsl:if test="*[contains(@class, ' topic/title ') or contains(@class, ' topic/desc ')]">
+      <xsl:if test="*[self::title or self::desc]">
         <caption>
-          <xsl:if test="*[contains(@class, ' topic/title ')]">
+          <xsl:if test="title">
             <span class="number">
               <xsl:call-template name="word"><xsl:with-param name="key" select="'table'"/></xsl:call-template>
               <xsl:text> </xsl:text>
               <xsl:value-of select="@page-number"/>
               <xsl:text>. </xsl:text>
             </span>
-            <span class="title tablecap"><xsl:apply-templates select="*[contains(@class, ' topic/title ')]/node()"/></span>
+            <span class="title tablecap"><xsl:apply-templates select="title/node()"/></span>
           </xsl:if>
-          <xsl:apply-templates select="*[contains(@class, ' topic/desc ')]"/>
+          <xsl:apply-templates select="desc"/>
         </caption>
       </xsl:if>
-      <xsl:apply-templates select="*[contains(@class, ' topic/tgroup ')]/*[contains(@class, ' topic/thead ')]"/>
-      <xsl:apply-templates select="*[contains(@class, ' topic/tgroup ')]/*[contains(@class, ' topic/tbody ')]"/>
+      <xsl:apply-templates select="tgroup/thead"/>
+      <xsl:apply-templates select="tgroup/tbody"/>
     </table>
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/thead ')]">
+  <xsl:template match="thead">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'thead'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/tbody ')]">
+  <xsl:template match="tbody">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'tbody'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/row ') or contains(@class, ' topic/strow ') or
-                         contains(@class, ' topic/sthead ')]">
+  <xsl:template match="row | strow | sthead">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'tr'"/></xsl:call-template>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/entry ')]">
-    <xsl:variable name="head" select="boolean(ancestor::*[contains(@class, ' topic/thead ')])"/>
-    <xsl:variable name="columns" select="ancestor::*[contains(@class, ' topic/tgroup ')][1]/*[contains(@class, ' topic/colspec ')]"/>
-    <xsl:variable name="first" select="count($columns[@colname = current()/@namest]/preceding-sibling::*[contains(@class, ' topic/colspec ')])"/>
-    <xsl:variable name="last" select="count($columns[@colname = current()/@nameend]/preceding-sibling::*[contains(@class, ' topic/colspec ')])"/>
+  <xsl:template match="entry">
+    <xsl:variable name="head" select="boolean(ancestor::thead)"/>
+    <xsl:variable name="columns" select="ancestor::tgroup[1]/colspec"/>
+    <xsl:variable name="first" select="count($columns[@colname = current()/@namest]/preceding-sibling::colspec)"/>
+    <xsl:variable name="last" select="count($columns[@colname = current()/@nameend]/preceding-sibling::colspec)"/>
     <xsl:element name="{substring('tdth', 1 + 2 * $head, 2)}">
       <xsl:call-template name="common"/>
       <xsl:if test="@morerows &gt; 0"><xsl:attribute name="rowspan"><xsl:value-of select="@morerows + 1"/></xsl:attribute></xsl:if>
@@ -405,12 +394,12 @@
     </xsl:element>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/simpletable ')]">
+  <xsl:template match="simpletable">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'table'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/stentry ')]">
+  <xsl:template match="stentry">
     <xsl:variable name="key" select="../../@keycol = 1 + count(preceding-sibling::*)"/>
-    <xsl:variable name="head" select="contains(../@class, ' topic/sthead ') or $key"/>
+    <xsl:variable name="head" select="parent::sthead or $key"/>
     <xsl:element name="{substring('tdth', 1 + 2 * $head, 2)}">
       <xsl:call-template name="common"/>
       <xsl:apply-templates/>
@@ -418,7 +407,7 @@
   </xsl:template>
 
   <!-- A row of properties may lack a cell that other rows have. -->
-  <xsl:template match="*[contains(@class, ' reference/properties ')]" priority="2">
+  <xsl:template match="simpletable[contains(@class, ' reference/properties ')]" priority="2">
     <table>
       <xsl:call-template name="common"/>
       <xsl:apply-templates select="*">
@@ -429,7 +418,7 @@
     </table>
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' reference/property ') or contains(@class, ' reference/prophead ')]" priority="2">
+  <xsl:template match="strow[contains(@class, ' reference/property ')] | sthead[contains(@class, ' reference/prophead ')]" priority="2">
     <xsl:param name="types"/>
     <xsl:param name="values"/>
     <xsl:param name="descriptions"/>
@@ -455,49 +444,46 @@
 
   <!-- ===== Inline ===== -->
 
-  <xsl:template match="*[contains(@class, ' topic/ph ') or contains(@class, ' topic/keyword ') or
-                         contains(@class, ' topic/term ') or contains(@class, ' topic/text ') or
-                         contains(@class, ' topic/boolean ') or contains(@class, ' topic/state ') or
-                         contains(@class, ' topic/tm ')]">
+  <xsl:template match="ph | keyword | term | text | boolean | state | tm">
     <xsl:call-template name="inline"/>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' hi-d/b ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' hi-d/b ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'strong'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' hi-d/i ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' hi-d/i ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'em'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' hi-d/u ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' hi-d/u ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'u'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' hi-d/tt ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' hi-d/tt ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'tt'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' hi-d/sup ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' hi-d/sup ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'sup'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' hi-d/sub ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' hi-d/sub ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'sub'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' pr-d/codeph ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' pr-d/codeph ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'code'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' sw-d/userinput ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' sw-d/userinput ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'kbd'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' sw-d/systemoutput ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' sw-d/systemoutput ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'samp'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' pr-d/var ') or contains(@class, ' sw-d/varname ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' pr-d/var ')] | keyword[contains(@class, ' sw-d/varname ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'var'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/cite ')]">
+  <xsl:template match="cite">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'cite'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/q ')]">
+  <xsl:template match="q">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'q'"/></xsl:call-template>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' ui-d/menucascade ')]" priority="2">
+  <xsl:template match="ph[contains(@class, ' ui-d/menucascade ')]" priority="2">
     <span>
       <xsl:call-template name="common"/>
       <xsl:for-each select="*[contains(@class, ' ui-d/uicontrol ')]">
@@ -509,11 +495,11 @@
     </span>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/fn ')]">
+  <xsl:template match="fn">
     <sup><a class="fnref" href="#fn{@page-number}" id="fnref{@page-number}"><xsl:value-of select="@page-number"/></a></sup>
   </xsl:template>
   <xsl:template name="footnotes">
-    <xsl:for-each select="*[contains(@class, ' topic/body ')]//*[contains(@class, ' topic/fn ')]">
+    <xsl:for-each select="body//fn">
       <div class="fn" id="fn{@page-number}">
         <a href="#fnref{@page-number}"><sup><xsl:value-of select="@page-number"/></sup></a>
         <xsl:text> </xsl:text>
@@ -524,7 +510,7 @@
 
   <!-- ===== Links ===== -->
 
-  <xsl:template match="*[contains(@class, ' topic/xref ')]">
+  <xsl:template match="xref">
     <xsl:choose>
       <xsl:when test="@href">
         <a href="{@href}">
@@ -536,7 +522,7 @@
     </xsl:choose>
   </xsl:template>
   <xsl:template name="link-content">
-    <xsl:variable name="content" select="node()[not(contains(@class, ' topic/desc '))]"/>
+    <xsl:variable name="content" select="node()[not(self::desc)]"/>
     <xsl:choose>
       <xsl:when test="$content[self::* or normalize-space() != '']"><xsl:apply-templates select="$content"/></xsl:when>
       <xsl:when test="@page-title"><xsl:value-of select="@page-title"/></xsl:when>
@@ -544,8 +530,8 @@
     </xsl:choose>
   </xsl:template>
 
-  <xsl:template match="*[contains(@class, ' topic/related-links ')]">
-    <xsl:variable name="links" select=".//*[contains(@class, ' topic/link ')][@href]"/>
+  <xsl:template match="related-links">
+    <xsl:variable name="links" select=".//link[@href]"/>
     <xsl:if test="$links">
       <div>
         <xsl:call-template name="common"/>
@@ -571,19 +557,19 @@
       </div>
     </xsl:if>
   </xsl:template>
-  <xsl:template match="*[contains(@class, ' topic/link ')]">
+  <xsl:template match="link">
     <li class="link">
       <xsl:call-template name="link"/>
-      <xsl:if test="*[contains(@class, ' topic/desc ')]">
-        <div class="desc"><xsl:apply-templates select="*[contains(@class, ' topic/desc ')]/node()"/></div>
+      <xsl:if test="desc">
+        <div class="desc"><xsl:apply-templates select="desc/node()"/></div>
       </xsl:if>
     </li>
   </xsl:template>
   <xsl:template name="link">
     <a class="link" href="{@href}">
       <xsl:choose>
-        <xsl:when test="*[contains(@class, ' topic/linktext ')]">
-          <xsl:apply-templates select="*[contains(@class, ' topic/linktext ')]/node()"/>
+        <xsl:when test="linktext">
+          <xsl:apply-templates select="linktext/node()"/>
         </xsl:when>
         <xsl:when test="@page-title"><xsl:value-of select="@page-title"/></xsl:when>
         <xsl:otherwise><xsl:value-of select="@href"/></xsl:otherwise>
