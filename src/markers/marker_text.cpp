@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 
 namespace ventrix {
 namespace {
@@ -73,8 +72,8 @@ void EscapeMarkup(std::string& text) {
 }
 
 void UnescapeMarkup(std::string& text) {
-    for (const EscapePair& pair : std::views::reverse(escapeTable))
-        ReplaceAll(text, pair.escape, {&pair.character, 1});
+    for (auto pair = escapeTable.rbegin(); pair != escapeTable.rend(); ++pair)
+        ReplaceAll(text, pair->escape, {&pair->character, 1});
 }
 
 std::string TrimBlanks(std::string_view text) {

@@ -124,6 +124,7 @@ TEST_F(XmlRoundTrip, RefusesBytesThatAreNotInTheEncoding) {
         "<?xml version='1.0' encoding='UTF-8'?><a>\xE4</a>",
         "<?xml version='1.0' encoding='no-such-encoding'?><a/>",
         "<?xml version='1.0' encoding='UTF-16'?><a/>",
+        "<?xml version='1.0' encoding='UtF-\n8'?><a/>",
         "\xFF\xFE<\0a\0/\0>"s,
         "\xFF\xFE<\0a\0>\0\0\xD8<\0/\0a\0>\0"s,
         "<a>x\0y</a>"s,

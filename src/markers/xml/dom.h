@@ -160,7 +160,7 @@ class Document {
     /// "ProhibitDTD", "NormalizeAttributeValues", "SelectionLanguage": a DOCTYPE is always allowed, values
     /// are always normalised, queries are always XPath.
     void setProperty(std::string_view, bool) {}
-    void setProperty(std::string_view, std::string_view) {}
+    void setProperty(std::string_view, const char*) {}
 
     /// Parses a file, in any encoding that it declares, in place of what the document held. False leaves no
     /// root element and a reason.

@@ -27,7 +27,13 @@ Handler FindHandler(const std::string& encoding) {
     return Handler(xmlFindCharEncodingHandler(encoding.c_str()));
 }
 
-/// The encoding that the XML declaration names; empty without one.
+bool IsEncodingNameByte(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_' || c == '.';
+}
+
+/// The encoding that the XML declaration names; empty without one, and for what can be no name, which the
+/// parser refuses.
 std::string DeclaredEncoding(std::string_view bytes) {
     const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
     const std::size_t word =
@@ -36,8 +42,9 @@ std::string DeclaredEncoding(std::string_view bytes) {
     if (open == std::string_view::npos) {
         return {};
     }
-    return std::string(
-        declaration.substr(open + 1, declaration.find(declaration[open], open + 1) - open - 1));
+    const std::string_view name =
+        declaration.substr(open + 1, declaration.find(declaration[open], open + 1) - open - 1);
+    return std::ranges::all_of(name, IsEncodingNameByte) ? std::string(name) : std::string();
 }
 
 std::string EncodingOf(std::string_view bytes) {
