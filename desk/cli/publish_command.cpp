@@ -16,8 +16,6 @@
 #include "platform/drives.h"
 #include "platform/files.h"
 
-namespace fs = std::filesystem;
-
 namespace ventrix::desk {
 namespace {
 

@@ -31,7 +31,7 @@ std::string Resolve(const Catalog& catalog, const std::string& id) {
         for (xmlChar* uri : {xmlACatalogResolvePublic(catalog.get(), Xml(id.c_str())),
                              xmlACatalogResolveSystem(catalog.get(), Xml(id.c_str()))}) {
             const XmlText owner(uri);
-            if (const std::string file = FileOf(owner); !file.empty()) {
+            if (std::string file = FileOf(owner); !file.empty()) {
                 return file;
             }
         }
@@ -77,7 +77,7 @@ std::string DtdOf(const Catalog& catalog, const std::string& application) {
 std::string ChooseApplication(const Catalog& catalog, const std::string& systemPath) {
     const std::string document = platform::ToNative(systemPath);
     const DocumentType type = TypeOf(document);
-    const std::string application = ApplicationOf(type);
+    std::string application = ApplicationOf(type);
     if (!type.publicId.empty() && !DtdOf(catalog, application).empty()) {
         return application;
     }

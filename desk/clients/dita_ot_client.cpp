@@ -54,7 +54,7 @@ std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& comm
                       .ditaval = platform::ToNative(OptionOf(command, "-filter")),
                       .pages = folder + "xhtml/",
                       .log = [&log](const std::string& line) { log << line << std::endl; }};
-    const std::string reason = Run(settings, run, record.logFile);
+    std::string reason = Run(settings, run, record.logFile);
     run.log(reason.empty() ? "done" : "failed: " + reason);
     return reason;
 }

@@ -25,6 +25,7 @@ std::vector<std::string> EnvironmentInUtf8() {
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         pointers.push_back(text.data());
     }
@@ -49,7 +50,7 @@ std::string FindProgram(const std::string& name) {
     const std::string path = variable == nullptr ? "/usr/bin:/bin" : variable;
     for (std::size_t begin = 0; begin <= path.size();) {
         const std::size_t end = std::min(path.find(':', begin), path.size());
-        const std::string candidate = path.substr(begin, end - begin) + "/" + name;
+        std::string candidate = path.substr(begin, end - begin) + "/" + name;
         if (end > begin && access(candidate.c_str(), X_OK) == 0) {
             return candidate;
         }

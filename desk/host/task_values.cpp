@@ -44,7 +44,7 @@ char* TaskText(const std::string& text) {
 
 Q_ValueList TaskList(const std::vector<AnswerValue>& values) {
     Q_ValueList list = EmptyList(values.size());
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    for (std::uint32_t i = 0; i < list.count; ++i) {
         FillValue(list.items[i], values[i]);
     }
     return list;
@@ -52,7 +52,7 @@ Q_ValueList TaskList(const std::vector<AnswerValue>& values) {
 
 Q_ValueList TaskTable(const std::vector<std::vector<AnswerValue>>& rows) {
     Q_ValueList list = EmptyList(rows.size());
-    for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (std::uint32_t i = 0; i < list.count; ++i) {
         list.items[i].tag = Q_ListTag;
         list.items[i].list = TaskArray<Q_ValueList>(1);
         *list.items[i].list = TaskList(rows[i]);

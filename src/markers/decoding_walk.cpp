@@ -13,8 +13,9 @@ constexpr char markerHead[] = "QL_";  // Every marker word begins like this.
 /// The position of each token's first occurrence.
 std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vector<std::string>& tokens) {
     std::unordered_map<std::string_view, std::size_t> positions;
-    for (std::size_t i = 0; i < tokens.size(); ++i)
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
         positions.emplace(tokens[i], i);
+    }
     return positions;
 }
 
@@ -23,10 +24,12 @@ void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string
     AttributePairs tagPairs;
     AttributePairs targetPairs;
     ParseAttributeGroup(text, tagPairs, targetPairs);
-    if (!tagPairs.empty())
+    if (!tagPairs.empty()) {
         ApplyTagPairs(document, element, tagPairs, record);
-    for (std::size_t i = 0; i < targetPairs.size(); i += 2)
+    }
+    for (std::size_t i = 0; i < targetPairs.size(); i += 2) {
         SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1], true);
+    }
 }
 
 }  // namespace
@@ -34,8 +37,9 @@ void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string
 xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& record) {
     std::string text;
     // A text without any marker word would come out as it is. Most texts of a file end here, without a copy.
-    if (textNode.get_text(text).find(markerHead) == std::string_view::npos)
+    if (textNode.get_text(text).find(markerHead) == std::string_view::npos) {
         return textNode.get_nextSibling();
+    }
     text = NodeText(textNode);
     xml::Node parent = textNode.get_parentNode();
     ApplyAttributeGroup(document, parent, text, record);
@@ -43,8 +47,9 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
     ApplyScopedEntries(document, textNode, TakeScopedGroups(text));
     textNode.put_text(text);
     const std::vector<std::string> pieces = SplitElementGroups(text);
-    if (pieces.size() < 2)
+    if (pieces.size() < 2) {
         return textNode.get_nextSibling();
+    }
     InsertPieces(document, pieces, textNode);
     const xml::Node next = textNode.get_nextSibling();
     parent.removeChild(textNode);
@@ -60,8 +65,9 @@ void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePa
     for (std::size_t i = 0; i < tagPairs.size(); i += 2) {
         // Names stand at the even positions. A name that occurs first as a value is taken for a new one.
         const auto found = positions.find(tagPairs[i]);
-        if (found != positions.end() && found->second % 2 == 0)
+        if (found != positions.end() && found->second % 2 == 0) {
             continue;
+        }
         added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
     }
     SetOrAppendAttribute(document, element, attribute, added, false);
@@ -74,10 +80,11 @@ void ApplyScopedEntries(xml::Document& document, xml::Node textNode, ScopedEntri
         ScopedEntries left;
         for (std::size_t i = 0; i < entries.size(); i += 3) {
             const std::string &attribute = entries[i + 1], &value = entries[i + 2];
-            if (entries[i] != name)
+            if (entries[i] != name) {
                 left.insert(left.end(), {entries[i], attribute, value});
-            else if (AttributeValue(node, attribute).empty())
+            } else if (AttributeValue(node, attribute).empty()) {
                 AddAttribute(document, node, attribute, value);
+            }
         }
         entries = std::move(left);
     }
@@ -91,8 +98,9 @@ void InsertPieces(xml::Document& document, const std::vector<std::string>& piece
             continue;
         }
         const auto xmlText = ElementGroupXml(piece);
-        if (const xml::Node element = xmlText ? ParseElementXml(document, *xmlText) : xml::Node())
+        if (const xml::Node element = xmlText ? ParseElementXml(document, *xmlText) : xml::Node()) {
             parent.insertBefore(element, textNode);
+        }
     }
 }
 
@@ -100,11 +108,13 @@ void ClearMarkerWords(xml::Node element) {
     std::string buffer;
     for (xml::Node node = NextInSubtree(element, element, true); node;
          node = NextInSubtree(node, element, IsElement(node))) {
-        if (!IsFilledTextNode(node))
+        if (!IsFilledTextNode(node)) {
             continue;
+        }
         const std::string_view text = node.get_text(buffer);
-        if (text.find(markerHead) != std::string_view::npos)
+        if (text.find(markerHead) != std::string_view::npos) {
             node.put_text(RemoveMarkerWords(text));
+        }
     }
 }
 

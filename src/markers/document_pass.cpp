@@ -20,32 +20,39 @@ Step PassOver(xml::Node node) {
 }
 
 Step DecodeNode(xml::Document& document, xml::Node node, const PublishParams& record) {
-    if (IsElement(node))
+    if (IsElement(node)) {
         return IsListedElement(node, record.skipElements) ? PassOver(node) : Step{true, {}};
+    }
     return IsFilledTextNode(node) ? Step{false, DecodeTextNode(document, node, record)} : PassOver(node);
 }
 
 Step EncodeElement(xml::Document& document, xml::Node element, PublishParams& record, EncodingMemo& memo) {
     const bool listed = IsListedElement(element, record.elements);
     // Blanks and listed elements go on with a run of siblings, any other node ends it.
-    if (!listed)
+    if (!listed) {
         memo.textFollows.reset();
-    if (IsListedElement(element, record.skipElements))
+    }
+    if (IsListedElement(element, record.skipElements)) {
         return PassOver(element);
-    if (listed)
+    }
+    if (listed) {
         return {false, EncodeInlineElement(document, element, record, memo)};
+    }
     EncodeScopedAttributes(element, record.scopedAttributes);
     return {true, {}};
 }
 
 Step EncodeNode(xml::Document& document, xml::Node node, PublishParams& record, EncodingMemo& memo) {
-    if (IsElement(node))
+    if (IsElement(node)) {
         return EncodeElement(document, node, record, memo);
+    }
     const bool filled = IsFilledTextNode(node);
-    if (filled || !IsTextNode(node))
+    if (filled || !IsTextNode(node)) {
         memo.textFollows.reset();
-    if (filled)
+    }
+    if (filled) {
         EncodeTextNode(node, record, memo);
+    }
     return PassOver(node);
 }
 
@@ -53,8 +60,9 @@ Step EncodeNode(xml::Document& document, xml::Node node, PublishParams& record, 
 
 bool ProcessXmlFile(std::string path, bool decode, PublishParams& record, std::string& errorText) {
     bool loaded = false;
-    if (SUCCEEDED(CoInitialize(nullptr)))
+    if (SUCCEEDED(CoInitialize(nullptr))) {
         loaded = ApplyMarkerPass(std::move(path), decode, record, errorText) != nullptr;
+    }
     CoUninitialize();
     return loaded;
 }
@@ -62,8 +70,9 @@ bool ProcessXmlFile(std::string path, bool decode, PublishParams& record, std::s
 std::unique_ptr<xml::Document> ApplyMarkerPass(std::string path, bool decode, PublishParams& record,
                                                std::string& errorText) {
     std::unique_ptr<xml::Document> document = LoadXmlDocument(path, errorText, false, false);
-    if (!document)
+    if (!document) {
         return nullptr;
+    }
     // A document without a root is saved as it is: every step below passes over a null node.
     const xml::Node root = document->get_documentElement();
     if (!IsListedElement(root, record.skipElements)) {
@@ -72,10 +81,11 @@ std::unique_ptr<xml::Document> ApplyMarkerPass(std::string path, bool decode, Pu
         EncodeScopedAttributes(root, record.scopedAttributes);
         CodeChildNodes(*document, root, decode, record);
         record.addSourcePath = wholeList;
-        if (decode)
+        if (decode) {
             ClearMarkerWords(root);
-        else if (!record.preserveXPathList.empty())
+        } else if (!record.preserveXPathList.empty()) {
             StampPreservedXPaths(*document, record.preserveXPathList, record.preserveXPathAttr);
+        }
     }
     document->save(path);
     return document;
@@ -89,18 +99,22 @@ std::unique_ptr<xml::Document> LoadXmlDocument(const std::string& path, std::str
         return nullptr;
     }
     ConfigureDocument(*document);
-    if (resolveExternals)
+    if (resolveExternals) {
         document->put_resolveExternals(true);
+    }
     document->setProperty("ProhibitDTD", false);
     document->setProperty("NormalizeAttributeValues", true);
-    if (document->load(path))
+    if (document->load(path)) {
         return document;
+    }
     errorText = document->get_parseError().get_reason();
     document.reset();
-    if (resolveExternals || errorText.find("undefined entity") == std::string::npos)
+    if (resolveExternals || errorText.find("undefined entity") == std::string::npos) {
         return nullptr;
-    if (repaired)
+    }
+    if (repaired) {
         return LoadXmlDocument(path, errorText, true, true);
+    }
     return RepairDoctype(path) ? LoadXmlDocument(path, errorText, false, true) : nullptr;
 }
 
@@ -120,8 +134,9 @@ void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, Pub
         }
         const Step step =
             decode ? DecodeNode(document, node, record) : EncodeNode(document, node, record, memo);
-        if (step.enter)
+        if (step.enter) {
             parent = node;
+        }
         node = step.enter ? node.get_firstChild() : step.next;
     }
 }

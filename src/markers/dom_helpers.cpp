@@ -9,9 +9,11 @@ namespace {
 
 xml::Node AttributeNode(xml::Node element, std::string_view name) {
     const xml::NamedNodeMap attributes = element.get_attributes();
-    for (std::size_t i = 0; i < attributes.get_length(); ++i)
-        if (const xml::Node attribute = attributes.get_item(i); NodeName(attribute) == name)
+    for (std::size_t i = 0; i < attributes.get_length(); ++i) {
+        if (const xml::Node attribute = attributes.get_item(i); NodeName(attribute) == name) {
             return attribute;
+        }
+    }
     return {};
 }
 
@@ -52,8 +54,9 @@ bool IsFilledTextNode(xml::Node node) {
 
 xml::Node FirstFilledTextNode(xml::Node element) {
     xml::Node node = NextInSubtree(element, element, true);
-    while (node && !IsFilledTextNode(node))
+    while (node && !IsFilledTextNode(node)) {
         node = NextInSubtree(node, element, IsElement(node));
+    }
     return node;
 }
 
@@ -75,22 +78,25 @@ void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::strin
         return;
     }
     std::string joined = NodeText(attribute);
-    if (withBlank)
+    if (withBlank) {
         joined += ' ';
+    }
     attribute.put_text(joined.append(value));
 }
 
 std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main) {
     std::unique_ptr<xml::Document> document = xml::CreateScratchDocument(main);
-    if (document)
+    if (document) {
         ConfigureDocument(*document);
+    }
     return document;
 }
 
 xml::Node ParseElementXml(xml::Document& main, std::string_view xmlText) {
     const std::unique_ptr<xml::Document> scratch = NewScratchDocument(main);
-    if (!scratch)
+    if (!scratch) {
         return {};
+    }
     scratch->setProperty("ProhibitDTD", false);
     scratch->loadXML(xmlText);
     return scratch->get_documentElement();
@@ -104,12 +110,16 @@ void ConfigureDocument(xml::Document& document) {
 }
 
 xml::Node NextInSubtree(xml::Node node, xml::Node top, bool enter) {
-    if (enter)
-        if (const xml::Node child = node.get_firstChild())
+    if (enter) {
+        if (const xml::Node child = node.get_firstChild()) {
             return child;
-    for (; node != top; node = node.get_parentNode())
-        if (const xml::Node next = node.get_nextSibling())
+        }
+    }
+    for (; node != top; node = node.get_parentNode()) {
+        if (const xml::Node next = node.get_nextSibling()) {
             return next;
+        }
+    }
     return {};
 }
 

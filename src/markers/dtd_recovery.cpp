@@ -15,8 +15,9 @@ namespace {
 std::string AskDispatcher(const std::string& question) {
     Q_ValueList answer = Q_ApiInvokeClientForValues("QlDispatcher", question.c_str());
     std::string text;
-    if (answer.items && answer.count == 1 && answer.items[0].tag == Q_TextTag && answer.items[0].text)
+    if (answer.items && answer.count == 1 && answer.items[0].tag == Q_TextTag && answer.items[0].text) {
         text = answer.items[0].text;
+    }
     Q_ApiFreeValueList(&answer);
     return text;
 }
@@ -32,7 +33,7 @@ std::string LongFormOf(const std::string& dtdPath) {
 
 Path RepairStylesheet() {
     char* const folder = Q_ApiReadStringPropNum(0, 0, 89);
-    const Path stylesheet = Path(folder ? folder : "") + "\\Ventrix.xsl";
+    Path stylesheet = Path(folder ? folder : "") + "\\Ventrix.xsl";
     Q_Free(folder);
     return stylesheet;
 }
@@ -46,8 +47,9 @@ bool HasContent(const Path& path) {
 
 bool RepairDoctype(const Path& path) {
     const std::string answer = LookupDtdPath(path);
-    if (answer.empty())
+    if (answer.empty()) {
         return false;
+    }
     const std::string dtdPath = LongFormOf(answer);
     const Path temp = path + ".ql.temp";
     // A file that an interrupted run left behind must not pass for the output of this one.
@@ -60,8 +62,9 @@ bool RepairDoctype(const Path& path) {
         MoveFileInto(temp, path);
     }
     // Where the move failed halfway, the temporary file is the only one left.
-    if (FileReadable(path))
+    if (FileReadable(path)) {
         DeleteFileAt(temp);
+    }
     return true;
 }
 
@@ -72,8 +75,9 @@ std::string LookupDtdPath(const Path& path) {
 
 void ReplaceInFile(const Path& path, std::string_view oldText, std::string_view newText) {
     std::string content;
-    if (platform::ReadWholeFile(path, content) != platform::errorNone)
+    if (platform::ReadWholeFile(path, content) != platform::errorNone) {
         return;
+    }
     ReplaceFirst(content, oldText, newText);
     platform::WriteWholeFile(path, content);
 }

@@ -19,36 +19,43 @@ ScopedEntries CollectScopedEntries(xml::Node element, const std::list<std::strin
         const std::string& attribute = *field++;
         const std::string& targetElement = *field++;
         const std::string& targetAttribute = *field++;
-        if (sourceElement == name)
+        if (sourceElement == name) {
             targets.push_back({attribute, targetElement, targetAttribute});
+        }
     }
     ScopedEntries entries;
-    if (targets.empty())
+    if (targets.empty()) {
         return entries;
+    }
     const auto attributes = element.get_attributes();
     for (std::size_t i = 0; i < attributes.get_length(); ++i) {
         const xml::Node attribute = attributes.get_item(i);
-        for (const Target& target : targets)
-            if (target.attribute == NodeName(attribute))
+        for (const Target& target : targets) {
+            if (target.attribute == NodeName(attribute)) {
                 entries.insert(entries.end(),
                                {target.targetElement, target.targetAttribute, NodeText(attribute)});
+            }
+        }
     }
     return entries;
 }
 
 /// True if the element stands in running text.
 bool StandsInText(xml::Node element, const PublishParams& record, EncodingMemo& memo) {
-    if (IsFilledTextNode(element.get_previousSibling()) || IsFilledTextNode(element.get_nextSibling()))
+    if (IsFilledTextNode(element.get_previousSibling()) || IsFilledTextNode(element.get_nextSibling())) {
         return true;
-    if (!memo.textFollows)
+    }
+    if (!memo.textFollows) {
         memo.textFollows = FollowedByFilledText(element, record.elements);
+    }
     return *memo.textFollows;
 }
 
 /// Leaves in the memo what a text directly in this element carries.
 void ComposeEntries(xml::Node parent, PublishParams& record, EncodingMemo& memo) {
-    if (memo.composedFor == parent)
+    if (memo.composedFor == parent) {
         return;
+    }
     memo.composed = CollectInheritedAttributes(parent, record.attributes, memo.inherited);
     const std::size_t namesLeft = record.addSourcePath.size();
     AttributeEntries pathEntries;
@@ -62,8 +69,9 @@ void ComposeEntries(xml::Node parent, PublishParams& record, EncodingMemo& memo)
 
 void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& memo) {
     ComposeEntries(textNode.get_parentNode(), record, memo);
-    if (memo.composed.empty())
+    if (memo.composed.empty()) {
         return;
+    }
     memo.text = textNode.get_text(memo.buffer);
     PrependComposedEntries(memo.text, memo.composed);
     textNode.put_text(memo.text);
@@ -71,17 +79,20 @@ void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& mem
 
 void EncodeScopedAttributes(xml::Node element, const std::list<std::string>& scopedAttributes) {
     const ScopedEntries entries = CollectScopedEntries(element, scopedAttributes);
-    if (entries.empty())
+    if (entries.empty()) {
         return;
-    if (xml::Node textNode = FirstFilledTextNode(element))
+    }
+    if (xml::Node textNode = FirstFilledTextNode(element)) {
         textNode.put_text(ComposeScopedGroups(entries) + NodeText(textNode));
+    }
 }
 
 xml::Node EncodeInlineElement(xml::Document& document, xml::Node element, const PublishParams& record,
                               EncodingMemo& memo) {
     xml::Node parent = element.get_parentNode();
-    if (!IsElement(parent))
+    if (!IsElement(parent)) {
         return {};
+    }
     const xml::Node next = element.get_nextSibling();
     if (StandsInText(element, record, memo)) {
         parent.insertBefore(NewTextNode(document, WrapElementGroup(NodeXml(element))), element);
@@ -91,14 +102,17 @@ xml::Node EncodeInlineElement(xml::Document& document, xml::Node element, const 
 }
 
 bool FollowedByFilledText(xml::Node node, const std::list<std::string>& elements) {
-    if (elements.empty())
+    if (elements.empty()) {
         return false;
+    }
     for (node = node.get_nextSibling(); node; node = node.get_nextSibling()) {
-        if (IsFilledTextNode(node))
+        if (IsFilledTextNode(node)) {
             return true;
+        }
         const bool passedOver = IsTextNode(node) || (IsElement(node) && IsListedElement(node, elements));
-        if (!passedOver)
+        if (!passedOver) {
             return false;
+        }
     }
     return false;
 }

@@ -13,8 +13,9 @@ AttributeEntries OwnEntries(xml::Node element, const std::list<std::string>& wan
     const xml::NamedNodeMap attributes = element.get_attributes();
     for (std::size_t i = 0; i < attributes.get_length(); ++i) {
         const xml::Node attribute = attributes.get_item(i);
-        if (std::ranges::find(wanted, NodeName(attribute)) == wanted.end())
+        if (std::ranges::find(wanted, NodeName(attribute)) == wanted.end()) {
             continue;
+        }
         entries.emplace_back(NodeName(attribute));
         entries.emplace_back(attribute.get_text(buffer));
         entries.emplace_back();
@@ -23,28 +24,33 @@ AttributeEntries OwnEntries(xml::Node element, const std::list<std::string>& wan
 }
 
 bool HasEntry(const AttributeEntries& entries, std::size_t count, const std::string& name) {
-    for (std::size_t i = 0; i < count; i += 3)
-        if (entries[i] == name)
+    for (std::size_t i = 0; i < count; i += 3) {
+        if (entries[i] == name) {
             return true;
+        }
+    }
     return false;
 }
 
 /// The nearest element counts: what is further out under the same name is left out.
 void AppendInherited(AttributeEntries& entries, const AttributeEntries& inherited) {
     const std::size_t own = entries.size();
-    for (std::size_t i = 0; i < inherited.size(); i += 3)
-        if (!HasEntry(entries, own, inherited[i]))
+    for (std::size_t i = 0; i < inherited.size(); i += 3) {
+        if (!HasEntry(entries, own, inherited[i])) {
             entries.insert(entries.end(), {inherited[i], inherited[i + 1], inherited[i + 2]});
+        }
+    }
 }
 
 void EnterElement(xml::Node element, const std::list<std::string>& wanted, InheritedMemo& memo) {
     InheritedMemo::Level level{element, memo.levels.size(), OwnEntries(element, wanted), {}};
     if (!memo.levels.empty()) {
         const std::size_t outer = memo.levels.back().holder;
-        if (level.entries.empty())
+        if (level.entries.empty()) {
             level.holder = outer;
-        else
+        } else {
             AppendInherited(level.entries, memo.levels[outer].entries);
+        }
     }
     AppendEntries(level.composed, level.entries);
     memo.levels.push_back(std::move(level));
@@ -54,23 +60,28 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
 
 std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<std::string>& wanted,
                                             InheritedMemo& memo) {
-    if (wanted.empty())
+    if (wanted.empty()) {
         return {};
+    }
     const xml::Node known = memo.levels.empty() ? xml::Node() : memo.levels.back().element;
     std::vector<xml::Node>& entered = memo.entered;
     entered.clear();
-    for (xml::Node node = parent; node != known && IsElement(node); node = node.get_parentNode())
+    for (xml::Node node = parent; node != known && IsElement(node); node = node.get_parentNode()) {
         entered.push_back(node);
-    for (auto node = entered.rbegin(); node != entered.rend(); ++node)
+    }
+    for (auto node = entered.rbegin(); node != entered.rend(); ++node) {
         EnterElement(*node, wanted, memo);
-    if (memo.levels.empty())
+    }
+    if (memo.levels.empty()) {
         return {};
+    }
     return memo.levels[memo.levels.back().holder].composed;
 }
 
 void LeaveElement(xml::Node element, InheritedMemo& memo) {
-    if (!memo.levels.empty() && memo.levels.back().element == element)
+    if (!memo.levels.empty() && memo.levels.back().element == element) {
         memo.levels.pop_back();
+    }
 }
 
 }  // namespace ventrix

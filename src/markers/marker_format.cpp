@@ -21,8 +21,9 @@ std::optional<ElementWord> NextElementWord(std::string_view text, std::size_t po
     constexpr std::string_view head = "QL_ELEM_";
     while ((position = text.find(head, position)) != none) {
         const std::size_t last = position + head.size();
-        if (last < text.size() && (text[last] == 'S' || text[last] == 'E'))
+        if (last < text.size() && (text[last] == 'S' || text[last] == 'E')) {
             return ElementWord{position, text[last] == 'S'};
+        }
         position = last;
     }
     return std::nullopt;
@@ -34,8 +35,9 @@ std::optional<std::size_t> ElementGroupEnd(std::string_view text, std::size_t st
     std::size_t depth = 1;
     while (depth > 0) {
         const auto word = NextElementWord(text, position);
-        if (!word)
+        if (!word) {
             return std::nullopt;
+        }
         depth = word->opens ? depth + 1 : depth - 1;
         position = word->position + QL_ELEM_S.size();
     }
@@ -58,8 +60,9 @@ void AppendEntries(std::string& composed, const AttributeEntries& entries) {
 }
 
 void PrependComposedEntries(std::string& text, std::string_view composed) {
-    if (composed.empty())
+    if (composed.empty()) {
         return;
+    }
     const std::string formerEntries = TakeAttributeGroup(text);
     const std::size_t added = QL_START.size() + composed.size() + formerEntries.size() + QL_END.size();
     text.insert(0, added, ' ');
@@ -70,11 +73,13 @@ void PrependComposedEntries(std::string& text, std::string_view composed) {
 }
 
 std::string TakeAttributeGroup(std::string& text) {
-    if (!text.starts_with(QL_START))
+    if (!text.starts_with(QL_START)) {
         return {};
+    }
     const std::size_t end = text.find(QL_END);
-    if (end == none)
+    if (end == none) {
         return {};
+    }
     std::string body = text.substr(QL_START.size(), end - QL_START.size());
     text.erase(0, end + QL_END.size());
     return body;
@@ -83,22 +88,26 @@ std::string TakeAttributeGroup(std::string& text) {
 void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, AttributePairs& targetPairs) {
     const std::size_t start = text.find(QL_START);
     const std::size_t end = start == none ? none : text.find(QL_END);
-    if (end == none)
+    if (end == none) {
         return;
+    }
     std::string_view body = text.substr(start + QL_START.size());
-    if (end > start)
+    if (end > start) {
         body = body.substr(0, end - start - QL_START.size());
+    }
     while (!body.empty()) {
         const std::size_t equals = body.find(QL_EQ);
         const std::size_t target = body.find(QL_TARGET);
         const std::size_t separator = body.find(QL_SEP);
-        if (equals == none || target == none || separator == none)
+        if (equals == none || target == none || separator == none) {
             return;
+        }
         // "QL_EQL_TARGET" holds both words, sharing a "Q". That leaves no value between them, so it counts as
         // out of order too.
         const std::size_t valueStart = equals + QL_EQ.size();
-        if (target < valueStart || separator < target)
+        if (target < valueStart || separator < target) {
             return;
+        }
         const std::size_t targetStart = target + QL_TARGET.size();
         const std::string_view targetName = body.substr(targetStart, separator - targetStart);
         AttributePairs& pairs = targetName.empty() ? tagPairs : targetPairs;
@@ -109,8 +118,9 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
 }
 
 std::string StripAttributeGroups(std::string_view text) {
-    if (text.find(QL_START) == none)
+    if (text.find(QL_START) == none) {
         return std::string(text);
+    }
     std::string result;
     std::size_t position = 0;
     while (position < text.size()) {
@@ -120,13 +130,15 @@ std::string StripAttributeGroups(std::string_view text) {
         const std::size_t behind = last == none ? text.size() : last + 1;
         result.append(text.substr(position, behind - position));
         position = behind;
-        if (!result.ends_with(QL_START))
+        if (!result.ends_with(QL_START)) {
             continue;
+        }
         // Only a QL_END behind the QL_START closes its group. Without one the rest stays as it is, as
         // TakeAttributeGroup leaves it, and RemoveMarkerWords clears the words in the end.
         const std::size_t end = text.find(QL_END, position);
-        if (end == none)
+        if (end == none) {
             return result.append(text.substr(position));
+        }
         result.resize(result.size() - QL_START.size());
         position = end + QL_END.size();
     }
@@ -147,8 +159,9 @@ ScopedEntries TakeScopedGroups(std::string& text) {
     std::string_view rest = text;
     while (rest.starts_with(QL_SA_S)) {
         const std::size_t end = rest.find(QL_SA_E);
-        if (end == none)
+        if (end == none) {
             break;
+        }
         const std::string_view body = rest.substr(QL_SA_S.size(), end - QL_SA_S.size());
         const std::size_t first = body.find(QL_SEP);
         const std::size_t second = first == none ? none : body.find(QL_SEP, first + QL_SEP.size());
@@ -177,8 +190,9 @@ std::vector<std::string> SplitElementGroups(std::string_view text) {
     std::size_t start = 0;
     while ((start = text.find(QL_ELEM_S)) != none) {
         const auto end = ElementGroupEnd(text, start);
-        if (!end)
+        if (!end) {
             break;
+        }
         pieces.emplace_back(text.substr(0, start));
         pieces.emplace_back(text.substr(start, *end - start));
         text.remove_prefix(*end);
@@ -189,8 +203,9 @@ std::vector<std::string> SplitElementGroups(std::string_view text) {
 
 std::optional<std::string> ElementGroupXml(std::string_view piece) {
     const std::size_t end = piece.find(QL_ELEM_E);
-    if (end == none)
+    if (end == none) {
         return std::nullopt;
+    }
     std::string xml(piece.substr(QL_ELEM_S.size(), end - QL_ELEM_S.size()));
     UnescapeMarkup(xml);
     return xml;
@@ -208,12 +223,14 @@ std::vector<std::string> SplitTagsValue(std::string_view tagsValue) {
 
 std::string RemoveMarkerWords(std::string_view text) {
     std::string result(text);
-    if (text.find("QL_") == none)
+    if (text.find("QL_") == none) {
         return result;
+    }
     // QL_SEP goes twice: its first removal, or a later one, can bring a new QL_SEP together.
     for (const std::string_view word :
-         {QL_ELEM_S, QL_ELEM_E, QL_START, QL_END, QL_SEP, QL_EQ, QL_TARGET, QL_SEP, QL_SA_S, QL_SA_E})
+         {QL_ELEM_S, QL_ELEM_E, QL_START, QL_END, QL_SEP, QL_EQ, QL_TARGET, QL_SEP, QL_SA_S, QL_SA_E}) {
         ReplaceAll(result, word, {});
+    }
     return result;
 }
 

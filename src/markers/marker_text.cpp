@@ -38,11 +38,13 @@ bool IsMarkup(char character) {
 }  // namespace
 
 void ReplaceAll(std::string& text, std::string_view oldText, std::string_view newText) {
-    if (oldText.empty())
+    if (oldText.empty()) {
         return;
+    }
     std::size_t found = text.find(oldText);
-    if (found == std::string::npos)
+    if (found == std::string::npos) {
         return;
+    }
     std::string result;
     result.reserve(text.size());
     std::size_t position = 0;
@@ -61,8 +63,9 @@ void EscapeMarkup(std::string& text) {
     result.reserve(text.size() + text.size() / 2 + 32);
     std::size_t done = 0;
     for (std::size_t at = 0; at < text.size(); ++at) {
-        if (!IsMarkup(text[at]))
+        if (!IsMarkup(text[at])) {
             continue;
+        }
         const auto pair = std::ranges::find(escapeTable, text[at], &EscapePair::character);
         result.append(text, done, at - done).append(pair->escape);
         done = at + 1;
@@ -72,14 +75,16 @@ void EscapeMarkup(std::string& text) {
 }
 
 void UnescapeMarkup(std::string& text) {
-    for (auto pair = escapeTable.rbegin(); pair != escapeTable.rend(); ++pair)
+    for (auto pair = escapeTable.rbegin(); pair != escapeTable.rend(); ++pair) {
         ReplaceAll(text, pair->escape, {&pair->character, 1});
+    }
 }
 
 std::string TrimBlanks(std::string_view text) {
     const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
+    if (first == std::string_view::npos) {
         return {};
+    }
     const std::size_t last = text.find_last_not_of(blanks);
     return std::string(text.substr(first, last - first + 1));
 }

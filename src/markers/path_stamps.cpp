@@ -13,8 +13,9 @@ constexpr char xpathName[] = "data-qlxpath";
 /// From the root down to the element; empty for a node that is no element.
 void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
     chain.clear();
-    for (; IsElement(element); element = element.get_parentNode())
+    for (; IsElement(element); element = element.get_parentNode()) {
         chain.push_back(element);
+    }
     std::ranges::reverse(chain);
 }
 
@@ -24,18 +25,20 @@ std::size_t CountUpTo(StampMemo::Level& level, xml::Node child) {
     while (level.lastCounted != child) {
         level.lastCounted =
             level.lastCounted ? level.lastCounted.get_nextSibling() : level.element.get_firstChild();
-        if (!level.lastCounted)
+        if (!level.lastCounted) {
             level.counts.clear();
-        else if (IsElement(level.lastCounted))
+        } else if (IsElement(level.lastCounted)) {
             ++level.counts[NodeName(level.lastCounted)];
+        }
     }
     return level.counts[NodeName(child)];
 }
 
 void StampFirstText(xml::Node element, const AttributeEntries& entries) {
     xml::Node textNode = FirstFilledTextNode(element);
-    if (!textNode)
+    if (!textNode) {
         return;
+    }
     std::string text = NodeText(textNode);
     PrependAttributeGroup(text, entries);
     textNode.put_text(text);
@@ -45,8 +48,9 @@ void StampFirstText(xml::Node element, const AttributeEntries& entries) {
 void EnterLevel(StampMemo& memo, xml::Node element) {
     const std::size_t position = memo.levels.empty() ? 1 : CountUpTo(memo.levels.back(), element);
     memo.path.append("/").append(NodeName(element));
-    if (position > 1)
+    if (position > 1) {
         memo.path.append("[").append(std::to_string(position)).append("]");
+    }
     memo.levels.push_back({element, memo.path.size(), {}, {}});
 }
 
@@ -58,8 +62,9 @@ void LeaveLevels(StampMemo& memo, std::size_t kept) {
 }  // namespace
 
 void AddPathEntries(xml::Node parent, AttributeEntries& entries, PublishParams& record, StampMemo& memo) {
-    if (record.addXpath)
+    if (record.addXpath) {
         AddXPathEntry(parent, entries, record.xpathAttr, memo);
+    }
     const std::string_view name = NodeName(parent);
     const auto wanted = std::ranges::find(record.addSourcePath, name);
     if (wanted != record.addSourcePath.end()) {
@@ -71,31 +76,37 @@ void AddPathEntries(xml::Node parent, AttributeEntries& entries, PublishParams& 
 }
 
 const std::string& BuildXPath(xml::Node element, StampMemo& memo) {
-    if (!memo.levels.empty() && memo.levels.back().element == element)
+    if (!memo.levels.empty() && memo.levels.back().element == element) {
         return memo.path;
+    }
     CollectChain(element, memo.chain);
     const std::vector<xml::Node>& chain = memo.chain;
     std::size_t known = 0;
-    while (known < chain.size() && known < memo.levels.size() && memo.levels[known].element == chain[known])
+    while (known < chain.size() && known < memo.levels.size() && memo.levels[known].element == chain[known]) {
         ++known;
+    }
     LeaveLevels(memo, known);
-    for (; known < chain.size(); ++known)
+    for (; known < chain.size(); ++known) {
         EnterLevel(memo, chain[known]);
+    }
     return memo.path;
 }
 
 void AddXPathEntry(xml::Node element, AttributeEntries& entries, const std::string& xpathAttr,
                    StampMemo& memo) {
     const std::string& path = BuildXPath(element, memo);
-    if (!path.empty())
+    if (!path.empty()) {
         entries.insert(entries.end(), {xpathName, path, xpathAttr});
+    }
 }
 
 void AddSourcePathEntry(AttributeEntries& entries, const PublishParams& record, StampMemo& memo) {
-    if (!memo.sourcePath)
+    if (!memo.sourcePath) {
         memo.sourcePath = RelativeTo(record.currentFile, record.packageBase);
-    if (!memo.sourcePath->empty())
+    }
+    if (!memo.sourcePath->empty()) {
         entries.insert(entries.end(), {"data-qlsource", *memo.sourcePath, record.sourcePathAttr});
+    }
 }
 
 void StampPreservedXPaths(xml::Document& document, const std::list<std::string>& queries,
@@ -103,12 +114,14 @@ void StampPreservedXPaths(xml::Document& document, const std::list<std::string>&
     document.setProperty("SelectionLanguage", "XPath");
     for (const std::string& query : queries) {
         const auto selected = document.selectNodes(query);
-        if (!selected)
+        if (!selected) {
             continue;
+        }
         for (std::size_t i = 0; i < selected->get_length(); ++i) {
             const xml::Node node = selected->get_item(i);
-            if (IsElement(node))
+            if (IsElement(node)) {
                 StampFirstText(node, {xpathName, query, attribute});
+            }
         }
     }
 }
