@@ -46,8 +46,8 @@ struct CallClock {
 /// The real clock. It serves calls from outside that reach this thread while it waits.
 const CallClock& SystemCallClock();
 
-/// Puts another clock in the place of the real one for all calls that name none; null brings the real one back.
-/// The clock stays the caller's. For tests.
+/// Puts another clock in the place of the real one for all calls that name none; null brings the real one
+/// back. The clock stays the caller's. For tests.
 void ReplaceCallClock(const CallClock* clock);
 const CallClock& CurrentCallClock();
 
