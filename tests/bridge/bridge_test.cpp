@@ -1,13 +1,10 @@
 #include "bridge/bridge_test.h"
 
-#include <algorithm>
-
 #include "bridge/callbacks.h"
 #include "bridge/connection.h"
 #include "bridge/values.h"
 #include "kit/console.h"
 #include "kit/last_error.h"
-#include "kit/memory.h"
 
 namespace ventrix {
 namespace {
@@ -76,7 +73,7 @@ void BridgeTest::SetUp() {
     whileNotified = nullptr;
     Q_ApiLastError = 0;
     blocksBefore_ = LiveBlocks();
-    host_ = std::make_unique<FakeHost>();
+    host_ = std::make_unique<TestHost>();
 }
 
 void BridgeTest::TearDown() {
@@ -99,33 +96,8 @@ std::int32_t BridgeTest::Connect() {
     return Q_ApiClientInit(&moduleMark_, host_->Root(), nullptr, &none);
 }
 
-Q_Value Text(const char* text) {
-    Q_Value value = {};
-    value.tag = Q_TextTag;
-    value.text = Q_CopyTextOrEmpty(text);
-    return value;
-}
-
-Q_Value Number(std::int32_t number) {
-    Q_Value value = {};
-    value.tag = Q_IntegerTag;
-    value.number = number;
-    return value;
-}
-
-Q_ValueList Values(const std::vector<Q_Value>& values) {
-    Q_ValueList list = {static_cast<std::uint32_t>(values.size()), nullptr};
-    list.items = static_cast<Q_Value*>(Q_Calloc(list.count, sizeof(Q_Value), Q_MustSucceed));
-    std::copy(values.begin(), values.end(), list.items);
-    return list;
-}
-
-Q_Value Nested(const std::vector<Q_Value>& values) {
-    Q_Value value = {};
-    value.tag = Q_ListTag;
-    value.list = static_cast<Q_ValueList*>(Q_Calloc(1, sizeof(Q_ValueList), Q_MustSucceed));
-    *value.list = Values(values);
-    return value;
+Q_Value InKit(const HostValue& value) {
+    return MakeValue(value, Q_KitAlloc);
 }
 
 }  // namespace test

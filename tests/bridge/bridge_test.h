@@ -6,15 +6,11 @@
 
 #include <functional>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "bridge/block_count.h"
-#include "bridge/fake_host.h"
+#include "support/test_host.h"
 
 namespace ventrix::test {
-
-using Lines = std::vector<std::string>;
 
 /// What the test's own callbacks were called with, one line each: Initialize, Notify, Message, CMSCommand and
 /// HtmlDialogEventEx. Command, DialogEvent and GetResource are the kit's defaults.
@@ -28,7 +24,7 @@ class BridgeTest : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    FakeHost& Host() { return *host_; }
+    TestHost& Host() { return *host_; }
 
     /// Connects with an empty description, so that no version block is asked.
     std::int32_t Connect();
@@ -36,14 +32,11 @@ class BridgeTest : public ::testing::Test {
     int moduleMark_ = 0;  ///< Its address serves as a module handle.
 
   private:
-    std::unique_ptr<FakeHost> host_;
+    std::unique_ptr<TestHost> host_;
     BlockCounts blocksBefore_ = {};
 };
 
-/// Values in kit memory.
-Q_Value Text(const char* text);
-Q_Value Number(std::int32_t number);
-Q_ValueList Values(const std::vector<Q_Value>& values);
-Q_Value Nested(const std::vector<Q_Value>& values);
+/// A value in kit memory.
+Q_Value InKit(const HostValue& value);
 
 }  // namespace ventrix::test

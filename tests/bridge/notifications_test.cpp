@@ -186,8 +186,8 @@ TEST_F(NotificationsTest, StopsExceptionsAtTheBoundary) {
     EXPECT_EQ(object_->Notify(13, 0, "Foo", 0), S_OK);
     whileNotified = [] { throw 5; };
     EXPECT_EQ(object_->Notify(75, 0, "a", 0), S_OK);
-    EXPECT_EQ(Host().log, Lines({"WriteConsole \"A call from the host ended early: no room\n\"",
-                                 "WriteConsole \"A call from the host ended early: unknown reason\n\""}));
+    EXPECT_EQ(Host().log, Lines({"WriteConsole A call from the host ended early: no room\n",
+                                 "WriteConsole A call from the host ended early: unknown reason\n"}));
 }
 
 // A host may take and give back a reference while the object goes; it must go once.

@@ -36,13 +36,12 @@ struct Operation {
 const Operation operations[] = {
     {"WatchNotification", "53 1", 4, true, [] { return Q_ApiWatchNotification(53, 1) != 0; }},
     {"SetTextMode", "1", 9, true, [] { return Q_ApiSetTextMode(1), Q_ApiLastError != 0; }},
-    {"WriteConsole", "\"hello\"", 4, true, [] { return Q_ApiWriteConsole("hello") != 0; }},
-    {"InvokeClient", "\"Dita OT\" \"Save\"", 4, true,
-     [] { return Q_ApiInvokeClient("Dita OT", "Save") == 0; }},
-    {"InvokeClientForValues", "\"QlDispatcher\" \"Choose\"", 12, true,
+    {"WriteConsole", "hello", 4, true, [] { return Q_ApiWriteConsole("hello") != 0; }},
+    {"InvokeClient", "Dita OT: Save", 4, true, [] { return Q_ApiInvokeClient("Dita OT", "Save") == 0; }},
+    {"InvokeClientForValues", "QlDispatcher: Choose", 12, true,
      [] { return TookEmpty(Q_ApiInvokeClientForValues("QlDispatcher", "Choose")); }},
-    {"SendCallReply", "0", 12, false, [] { return TookEmpty(Q_ApiSendCallReply(&noValues)); }},
-    {"OpenDocument", "\"C:\\a.xml\" 0", 4, true,
+    {"SendCallReply", "", 12, false, [] { return TookEmpty(Q_ApiSendCallReply(&noValues)); }},
+    {"OpenDocument", "C:\\a.xml", 4, true,
      [] { return Q_ApiOpenDocument("C:\\a.xml", &noRows, nullptr) == 0; }},
     {"CloseDocument", "4711 1", 4, true, [] { return Q_ApiCloseDocument(4711, 1) != 0; }},
     {"ListDocumentFiles", "4711 16 0", 1, false,
@@ -63,11 +62,8 @@ class OperationsTest : public BridgeTest, public ::testing::WithParamInterface<b
         BridgeTest::SetUp();
         Host().ownershipAnswer = GetParam() ? S_OK : S_FALSE;
         Host().integerAnswer = 12;
-        Host().text = "C:\\docs\\guide.ditamap";
-        Host().values =
-            Values({Nested({Text("documentType"), Text("C:\\a.xml"), Number(1)}), Text("second")});
-        Host().openResults = {};
-        Q_ApiSetPropString(&Host().openResults, 9, "opened");
+        Host().values = {Document("C:\\a.xml", 1), Text("second")};
+        Host().documents[4711] = {"C:\\docs\\guide.ditamap", Host().values};
     }
 
     void Start() {
@@ -157,21 +153,15 @@ TEST_P(OperationsTest, PassesTheHostsStatusOn) {
 
 TEST_P(OperationsTest, ReturnsDeepCopies) {
     Start();
-    Q_ValueList files = Q_ApiListDocumentFiles(4711, 16, 0);
-    Q_ApiFreeValueList(&Host().values);
-    Host().values = {};
-    ASSERT_EQ(files.count, 2U);
-    ASSERT_EQ(files.items[0].tag, Q_ListTag);
-    ASSERT_EQ(files.items[0].list->count, 3U);
-    EXPECT_STREQ(files.items[0].list->items[1].text, "C:\\a.xml");
-    EXPECT_EQ(files.items[0].list->items[2].number, 1);
-    EXPECT_STREQ(files.items[1].text, "second");
-    Q_ApiFreeValueList(&files);
+    for (Q_ValueList list :
+         {Q_ApiListDocumentFiles(4711, 16, 0), Q_ApiInvokeClientForValues("Other", "Ask")}) {
+        EXPECT_EQ(Print(list), R"(["documentType" "C:\a.xml" 1] "second")");
+        Q_ApiFreeValueList(&list);
+    }
     EXPECT_EQ(Q_ApiInvokeClient("Dita OT", "Save"), 12);
 }
 
 TEST_P(OperationsTest, GivesNullForANullText) {
-    Host().text.reset();
     Start();
     EXPECT_EQ(Q_ApiReadStringPropNum(0, 0, 89), nullptr);
     EXPECT_EQ(Q_ApiLastError, 0);
@@ -179,27 +169,20 @@ TEST_P(OperationsTest, GivesNullForANullText) {
 
 TEST_P(OperationsTest, HandsTheReplyOver) {
     Start();
-    Q_ValueList reply = Values({Number(-43), Text(""), Text("log")});
-    TookEmpty(Q_ApiSendCallReply(&reply));
-    EXPECT_EQ(Host().reply, Lines({"-43", "", "log"}));
-    EXPECT_EQ(reply.count, 3U);
-    EXPECT_STREQ(reply.items[2].text, "log") << "the argument stays the caller's";
-    Q_ApiFreeValueList(&reply);
+    Q_Value reply = InKit(Fields({Number(-43), Text(""), Text("log")}));
+    TookEmpty(Q_ApiSendCallReply(reply.list));
+    EXPECT_EQ(Host().log.back(), R"(SendCallReply -43 "" "log")");
+    EXPECT_EQ(Print(reply), R"([-43 "" "log"])") << "the argument stays the caller's";
+    Q_ApiFreeValue(&reply);
 }
 
 TEST_P(OperationsTest, KeepsOneListOfOpenResults) {
-    Q_Prop named = {{0, Q_CopyTextOrEmpty("title")}, Text("Guide")};
+    Host().openResults.push_back({0, "title", Text("Guide")});
     Start();
-    Q_ApiSetProp(&Host().openResults, 0, &named.value);
-    Host().openResults.items[1].ident.name = named.ident.name;
-    Q_ApiFreeValue(&named.value);
-
     Q_PropList* results = nullptr;
     EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &noRows, &results), 4711U);
     ASSERT_NE(results, nullptr);
-    ASSERT_EQ(results->count, 2U);
-    EXPECT_STREQ(results->items[0].value.text, "opened");
-    EXPECT_STREQ(results->items[1].ident.name, "title");
+    EXPECT_EQ(Print(*results), Lines({R"(9="opened")", R"(title="Guide")"}));
 
     // The rows of the first list go, also those of a caller's own list; then the same list is filled anew.
     Q_PropList* const first = results;
@@ -234,15 +217,15 @@ TEST_P(OperationsTest, LeavesTheResultsPointerOnAFailedOpenOnly) {
 // A delivery during a call runs on top of it, on the same thread.
 TEST_P(OperationsTest, ServesANotificationInsideACall) {
     Start();
-    Host().whileClientIsCalled = [this] { return Host().Notifications()->Notify(13, 0, "Validate", 0); };
+    Host().onClient = [this](const std::string&) { Host().Notifications()->Notify(13, 0, "Validate", 0); };
     whileNotified = [] {
-        Q_ValueList reply = Values({Number(0)});
-        TookEmpty(Q_ApiSendCallReply(&reply));
-        Q_ApiFreeValueList(&reply);
+        Q_Value reply = InKit(Fields({Number(0)}));
+        TookEmpty(Q_ApiSendCallReply(reply.list));
+        Q_ApiFreeValue(&reply);
     };
     EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 12);
     EXPECT_EQ(callbackLog, Lines({"Notify 13 0 [Validate] 0"}));
-    EXPECT_EQ(Host().log, Lines({"InvokeClient \"Other\" \"Go\"", "SendCallReply 1"}));
+    EXPECT_EQ(Host().log, Lines({"InvokeClient Other: Go", "SendCallReply 0"}));
 }
 
 }  // namespace

@@ -218,9 +218,9 @@ TEST_F(OutOfProcessTest, KeepsTryingABusyHost) {
     platform::ReplaceCallClock(&time.clock);
     int attempts = 0;
     Host().integerAnswer = 12;
-    Host().whileClientIsCalled = [&] {
+    Host().onClient = [&](const std::string&) {
         time.now += 10;
-        return ++attempts < 45 ? RPC_E_SERVERCALL_RETRYLATER : S_OK;
+        Host().failures["InvokeClient"] = ++attempts < 45 ? RPC_E_SERVERCALL_RETRYLATER : S_OK;
     };
     EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 12);
     EXPECT_EQ(Q_ApiLastError, 0);
@@ -233,10 +233,8 @@ TEST_F(OutOfProcessTest, GivesUpOnAHostThatStaysBusy) {
     TestTime time;
     ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
     platform::ReplaceCallClock(&time.clock);
-    Host().whileClientIsCalled = [&] {
-        time.now += 10;
-        return RPC_E_SERVERCALL_RETRYLATER;
-    };
+    Host().failures["InvokeClient"] = RPC_E_SERVERCALL_RETRYLATER;
+    Host().onClient = [&](const std::string&) { time.now += 10; };
     EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 0);
     EXPECT_EQ(Q_ApiLastError, -88);
     EXPECT_GE(time.now, 1200000U);
@@ -244,10 +242,7 @@ TEST_F(OutOfProcessTest, GivesUpOnAHostThatStaysBusy) {
 
     // A host that rejects the call is not asked twice.
     time.now = 0;
-    Host().whileClientIsCalled = [&] {
-        time.now += 10;
-        return RPC_E_CALL_REJECTED;
-    };
+    Host().failures["InvokeClient"] = RPC_E_CALL_REJECTED;
     EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 0);
     EXPECT_EQ(time.now, 10U);
     EXPECT_EQ(Q_ApiLastError, -1);

@@ -13,7 +13,7 @@ namespace {
 class PropertiesTest : public BridgeTest {};
 
 void SetNumber(Q_PropList* list, std::int32_t number, std::int32_t to) {
-    const Q_Value value = Number(to);
+    const Q_Value value = InKit(Number(to));
     Q_ApiSetProp(list, number, &value);
 }
 
@@ -76,7 +76,7 @@ TEST_F(PropertiesTest, GrowsByDoublingAndKeepsTheOrder) {
 
 TEST_F(PropertiesTest, CopiesNamesOnlyOfRowsWithoutNumber) {
     char name[] = "name";
-    Q_Prop rows[] = {{{0, name}, Number(1)}, {{5, name}, Text("five")}};
+    Q_Prop rows[] = {{{0, name}, InKit(Number(1))}, {{5, name}, InKit(Text("five"))}};
     const Q_PropList list = {2, rows};
     Q_PropList copy = {};
     Q_CopyPropListWith(&copy, &list, CoTaskMemAlloc);

@@ -1,28 +1,13 @@
 #include "pipeline/packaging.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/module_test.h"
 
-#include "pipeline/reference_scan.h"
-#include "support/linked_host.h"
-#include "support/log_lines.h"
-#include "support/test_drives.h"
-
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
-using test::operator+;
-using test::Document;
-using test::Graphic;
-using test::HostValue;
-using test::Lines;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-class Packaging : public testing::Test {
+class Packaging : public ModuleTest {
   protected:
     void SetUp() override {
-        referenceCache = {};
         drives.Write(R"(C:\out\old.txt)", "from an earlier run");
         for (const char* path : {R"(C:\src\maps\guide.ditamap)", R"(C:\src\topics\a.dita)",
                                  R"(C:\src\images\p.png)", R"(D:\images\far.png)", R"(D:\b.dita)",
@@ -40,10 +25,6 @@ class Packaging : public testing::Test {
         return PackageFiles(7, R"(C:\out\)", R"(C:\log.txt)", packagedFiles, packagedDocument);
     }
 
-    Lines Log() const { return test::LinesOf(drives.Read(R"(C:\log.txt)")); }
-
-    test::TestDrives drives;
-    test::LinkedHost host;
     FileList packagedFiles;
     Path packagedDocument;
 };
@@ -60,7 +41,7 @@ TEST_F(Packaging, FilesAreRebasedOnTheirCommonFolder) {
     EXPECT_THAT(drives.Tree(R"(C:\out\)"), ElementsAre("images\\", "images\\p.png", "maps\\",
                                                        "maps\\guide.ditamap", "topics\\", "topics\\a.dita"));
     EXPECT_EQ(drives.Read(R"(C:\out\topics\a.dita)"), R"(C:\src\topics\a.dita)");
-    EXPECT_THAT(Log(), IsEmpty());
+    EXPECT_THAT(LogLines(), IsEmpty());
 }
 
 TEST_F(Packaging, ASingleDocumentLandsInTheOutputFolderItself) {
@@ -72,7 +53,7 @@ TEST_F(Packaging, MissingFilesShapeTheCommonFolderAndAreNotPackaged) {
     const std::string guide = R"(C:\src\maps\guide.ditamap)";
     EXPECT_EQ(Package(guide, {Document(guide), Document(R"(C:\elsewhere\missing.dita)")}), 0);
     EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\src\maps\guide.ditamap)"));
-    EXPECT_THAT(Log(), IsEmpty());
+    EXPECT_THAT(LogLines(), IsEmpty());
 }
 
 TEST_F(Packaging, SharesOfOneServerAreOneRoot) {
@@ -88,7 +69,7 @@ TEST_F(Packaging, GraphicsOnAnotherRootStayBehindWithOneWarning) {
         Package(guide, {Document(guide), Graphic(R"(D:\images\far.png)"), Graphic(R"(D:\images\far2.png)")}),
         0);
     EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\guide.ditamap)"));
-    EXPECT_EQ(Log(), Lines{"Achtung:" + test::rootsText});
+    EXPECT_EQ(LogLines(), Lines{"Achtung:" + rootsText});
 }
 
 TEST_F(Packaging, ALogInTheOutputFolderOutlivesItsClearing) {
@@ -96,14 +77,13 @@ TEST_F(Packaging, ALogInTheOutputFolderOutlivesItsClearing) {
     drives.Write(R"(C:\out\log.txt)", "earlier\r\n");
     host.documents[7] = {guide, {Document(guide), Graphic(R"(D:\images\far.png)")}};
     EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\out\log.txt)", packagedFiles, packagedDocument), 0);
-    EXPECT_EQ(test::LinesOf(drives.Read(R"(C:\out\log.txt)")),
-              (Lines{"earlier", "Achtung:" + test::rootsText}));
+    EXPECT_EQ(LinesOf(drives.Read(R"(C:\out\log.txt)")), (Lines{"earlier", "Achtung:" + rootsText}));
     EXPECT_FALSE(drives.Exists(R"(C:\out\old.txt)"));
 }
 
 TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
     const auto refused = [](const Lines& paths) {
-        return test::Section("Fehler:Liste der beschädigten Links", paths);
+        return Section("Fehler:Liste der beschädigten Links", paths);
     };
     const std::string guide = R"(C:\src\maps\guide.ditamap)";
     const struct {
@@ -117,18 +97,18 @@ TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
          guide,
          {Document(guide), Document(R"(D:\b.dita)")},
          packageOnSeveralRoots,
-         {"Fehler:" + test::rootsText}},
+         {"Fehler:" + rootsText}},
         {"a drive in two spellings",
          guide,
          {Document(guide), Document(R"(c:\src\topics\a.dita)")},
          packageOnSeveralRoots,
-         {"Fehler:" + test::rootsText}},
+         {"Fehler:" + rootsText}},
         {"no references", guide, {}, packageUnsafe, refused({guide})},
         {"graphics alone",
          guide,
          {Graphic(R"(C:\src\images\p.png)")},
          packageUnsafe,
-         Lines{"Achtung:" + test::rootsText} + refused({guide})},
+         Lines{"Achtung:" + rootsText} + refused({guide})},
         {"names without a folder",
          "a.dita",
          {Document("a.dita"), Document("b.dita")},
@@ -160,7 +140,7 @@ TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
     for (const auto& row : rows) {
         std::filesystem::remove(drives.Native(R"(C:\log.txt)"));
         EXPECT_EQ(Package(row.document, row.files), row.status) << row.name;
-        EXPECT_EQ(Log(), row.log) << row.name;
+        EXPECT_EQ(LogLines(), row.log) << row.name;
         EXPECT_EQ(drives.Tree(R"(C:\out\)"), before) << row.name;
         EXPECT_THAT(packagedFiles, IsEmpty()) << row.name;
         EXPECT_EQ(packagedDocument, "") << row.name;
@@ -168,10 +148,10 @@ TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
 }
 
 TEST_F(Packaging, WithoutALogNothingIsScanned) {
-    host.calls.clear();
+    host.log.clear();
     EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\no\log.txt)", packagedFiles, packagedDocument),
               packageWithoutLog);
-    EXPECT_THAT(host.calls, IsEmpty());
+    EXPECT_THAT(host.log, IsEmpty());
     EXPECT_TRUE(drives.Exists(R"(C:\out\old.txt)"));
 }
 
@@ -198,4 +178,4 @@ TEST(ResolveInFolder, JoinsAndResolves) {
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

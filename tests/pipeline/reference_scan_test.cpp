@@ -1,24 +1,13 @@
 #include "pipeline/reference_scan.h"
 
-#include <gtest/gtest.h>
+#include "support/module_test.h"
 
-#include "support/linked_host.h"
-#include "support/test_drives.h"
-
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
-using test::Document;
-using test::Fields;
-using test::Graphic;
-using test::HostValue;
-using test::Number;
-using test::Text;
-
-class ReferenceScan : public testing::Test {
+class ReferenceScan : public ModuleTest {
   protected:
     void SetUp() override {
-        referenceCache = {};
         drives.Write(R"(C:\a.xml)", "");
         drives.MakeFolder(R"(C:\folder)");
     }
@@ -31,9 +20,6 @@ class ReferenceScan : public testing::Test {
         }
         return rows;
     }
-
-    test::TestDrives drives;
-    test::LinkedHost host;
 };
 
 TEST_F(ReferenceScan, OneValueGivesOneEntryOrNone) {
@@ -78,7 +64,7 @@ TEST_F(ReferenceScan, EntriesAreAppendedInTheHostsOrder) {
     EXPECT_EQ(ScanReferences(8, referenceCache.list), 0) << "a host without an answer adds nothing";
     EXPECT_EQ(Cached(), (std::vector<std::string>{R"(2 documentType C:\no.xml)", R"(1 graphicsType C:\a.xml)",
                                                   R"(3 documentType C:\a.xml)"}));
-    EXPECT_EQ(host.calls.back(), "list 8 16 0");
+    EXPECT_EQ(host.log.back(), "ListDocumentFiles 8 16 0");
 }
 
 TEST_F(ReferenceScan, CacheIsRenewedByAnotherDocumentOrByAValidateAlone) {
@@ -94,28 +80,29 @@ TEST_F(ReferenceScan, CacheIsRenewedByAnotherDocumentOrByAValidateAlone) {
         std::vector<std::string> requests;
         std::vector<std::string> scans;
     } rows[] = {
-        {"publish after publish", {publish7, publish7}, {"list 7 16 0"}},
-        {"publish after validate", {validate7, publish7, publish7}, {"list 7 16 0"}},
+        {"publish after publish", {publish7, publish7}, {"ListDocumentFiles 7 16 0"}},
+        {"publish after validate", {validate7, publish7, publish7}, {"ListDocumentFiles 7 16 0"}},
         {"validate always scans",
          {publish7, validate7, validate7},
-         {"list 7 16 0", "list 7 16 0", "list 7 16 0"}},
+         {"ListDocumentFiles 7 16 0", "ListDocumentFiles 7 16 0", "ListDocumentFiles 7 16 0"}},
         {"another document in between",
          {validate7, publish8, publish7},
-         {"list 7 16 0", "list 8 16 0", "list 7 16 0"}},
+         {"ListDocumentFiles 7 16 0", "ListDocumentFiles 8 16 0", "ListDocumentFiles 7 16 0"}},
         {"a validate without its log leaves the list",
          {publish8, validateWithoutLog7, publish8},
-         {"list 8 16 0"}},
+         {"ListDocumentFiles 8 16 0"}},
     };
     for (const auto& row : rows) {
         referenceCache = {};
-        host.calls.clear();
+        host.log.clear();
         for (const std::string& request : row.requests) {
-            EXPECT_TRUE(host.Request(request)) << row.name;
+            host.Request(request);
         }
-        std::erase_if(host.calls, [](const std::string& call) { return !call.starts_with("list "); });
-        EXPECT_EQ(host.calls, row.scans) << row.name;
+        std::erase_if(host.log,
+                      [](const std::string& call) { return !call.starts_with("ListDocumentFiles "); });
+        EXPECT_EQ(host.log, row.scans) << row.name;
     }
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

@@ -1,21 +1,11 @@
 #include "pipeline/report_log.h"
 
-#include <gtest/gtest.h>
+#include "support/module_test.h"
 
-#include "support/linked_host.h"
-#include "support/log_lines.h"
-#include "support/test_drives.h"
-
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
-using test::operator+;
-
-class ReportLogFile : public testing::Test {
-  protected:
-    test::TestDrives drives;
-    test::LinkedHost host;  // brings up the texts
-};
+using ReportLogFile = ModuleTest;
 
 TEST_F(ReportLogFile, LinesEndInCarriageReturnAndLineFeed) {
     {
@@ -26,7 +16,7 @@ TEST_F(ReportLogFile, LinesEndInCarriageReturnAndLineFeed) {
         LogMessage(log, severityError, messageSeveralRoots);
     }
     EXPECT_EQ(drives.Read(R"(C:\log.txt)"),
-              "Logarithmus:Datei wird codiert...C:\\grün.xml\r\n\r\nFehler:" + test::rootsText + "\r\n");
+              "Logarithmus:Datei wird codiert...C:\\grün.xml\r\n\r\nFehler:" + rootsText + "\r\n");
 }
 
 TEST_F(ReportLogFile, EveryFormOfLineStandsInItsOwnWords) {
@@ -37,9 +27,9 @@ TEST_F(ReportLogFile, EveryFormOfLineStandsInItsOwnWords) {
     LogRule(log);
     LogSection(log, {}, severityError, messageBrokenLinks);
     LogSection(log, {"b", "a", "b"}, severityProgress, messageValidFiles);
-    const test::Lines expected = test::Lines{test::brokenLine, "Eingabedatei:", "Fehler:", test::ruleLine} +
-                                 test::Section(test::validLine, {"b", "a", "b"});
-    EXPECT_EQ(test::LinesOf(drives.Read(R"(C:\log.txt)")), expected) << "read while the log is still open";
+    const Lines expected =
+        Lines{brokenLine, "Eingabedatei:", "Fehler:", ruleLine} + Section(validLine, {"b", "a", "b"});
+    EXPECT_EQ(LogLines(), expected) << "read while the log is still open";
 }
 
 TEST_F(ReportLogFile, LaterOpensAppend) {
@@ -60,4 +50,4 @@ TEST_F(ReportLogFile, ALogThatDidNotOpenSwallowsItsLines) {
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

@@ -1,39 +1,24 @@
 #include "pipeline/validate_driver.h"
 
-#include <gtest/gtest.h>
+#include "support/module_test.h"
 
-#include "pipeline/reference_scan.h"
-#include "support/linked_host.h"
-#include "support/log_lines.h"
-#include "support/test_drives.h"
-
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
-using test::operator+;
-using test::Document;
-using test::Graphic;
-using test::Lines;
-using test::Section;
-
-class ValidateDriver : public testing::Test {
-  protected:
-    test::TestDrives drives;
-    test::LinkedHost host;
-};
+using ValidateDriver = ModuleTest;
 
 TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
     for (const char* path : {R"(C:\a.xml)", R"(C:\b.xml)", R"(D:\d.xml)", R"(D:\p.png)", R"(C:\p.png)",
                              R"(\\server\one\s.xml)", R"(\\server\two\t.xml)"}) {
         drives.Write(path, "");
     }
-    const Lines tried = {test::triedLine};
-    const Lines rootsError = {"Fehler:" + test::rootsText};
-    const Lines rootsWarning = {"Achtung:" + test::rootsText};
-    const auto valid = [](const Lines& paths) { return Section(test::validLine, paths); };
+    const Lines tried = {triedLine};
+    const Lines rootsError = {"Fehler:" + rootsText};
+    const Lines rootsWarning = {"Achtung:" + rootsText};
+    const auto valid = [](const Lines& paths) { return Section(validLine, paths); };
     const struct {
         const char* name;
-        std::vector<test::HostValue> files;
+        std::vector<HostValue> files;
         int mask;
         Lines log;
     } rows[] = {
@@ -44,12 +29,12 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
         {"missing graphic",
          {Document(R"(C:\a.xml)"), Graphic(R"(C:\no.png)")},
          1,
-         tried + valid({R"(C:\a.xml)"}) + Section(test::brokenLine, {R"(C:\no.png)"})},
+         tried + valid({R"(C:\a.xml)"}) + Section(brokenLine, {R"(C:\no.png)"})},
         {"unsaved stands last",
          {Document(R"(C:\a.xml)", 1), Document(R"(C:\no.xml)"), Document(R"(C:\b.xml)")},
          3,
-         tried + valid({R"(C:\b.xml)"}) + Section(test::brokenLine, {R"(C:\no.xml)"}) +
-             Section(test::unsavedLine, {R"(C:\a.xml)"})},
+         tried + valid({R"(C:\b.xml)"}) + Section(brokenLine, {R"(C:\no.xml)"}) +
+             Section(unsavedLine, {R"(C:\a.xml)"})},
         {"documents on two drives",
          {Document(R"(C:\a.xml)"), Document(R"(D:\d.xml)"), Graphic(R"(D:\p.png)")},
          8,
@@ -57,7 +42,7 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
         {"broken documents count for the roots",
          {Document(R"(C:\a.xml)"), Document(R"(Q:\no.xml)")},
          9,
-         tried + valid({R"(C:\a.xml)"}) + Section(test::brokenLine, {R"(Q:\no.xml)"}) + rootsError},
+         tried + valid({R"(C:\a.xml)"}) + Section(brokenLine, {R"(Q:\no.xml)"}) + rootsError},
         {"graphic on another drive",
          {Document(R"(C:\a.xml)"), Graphic(R"(D:\p.png)")},
          0,
@@ -77,7 +62,7 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
         host.documents[7].files = row.files;
         std::filesystem::remove(drives.Native(R"(C:\log.txt)"));
         EXPECT_EQ(ValidateDocument(7, R"(C:\log.txt)"), row.mask) << row.name;
-        EXPECT_EQ(test::LinesOf(drives.Read(R"(C:\log.txt)")), row.log) << row.name;
+        EXPECT_EQ(LogLines(), row.log) << row.name;
     }
 }
 
@@ -87,20 +72,19 @@ TEST_F(ValidateDriver, ASecondRunStandsBehindTheFirst) {
     ValidateDocument(7, R"(C:\log.txt)");
     std::filesystem::remove(drives.Native(R"(C:\a.xml)"));
     EXPECT_EQ(ValidateDocument(7, R"(C:\log.txt)"), validateBroken);
-    EXPECT_EQ(test::LinesOf(drives.Read(R"(C:\log.txt)")),
-              Lines{test::triedLine} + Section(test::validLine, {R"(C:\a.xml)"}) + Lines{test::triedLine} +
-                  Section(test::brokenLine, {R"(C:\a.xml)"}));
+    EXPECT_EQ(LogLines(), Lines{triedLine} + Section(validLine, {R"(C:\a.xml)"}) + Lines{triedLine} +
+                              Section(brokenLine, {R"(C:\a.xml)"}));
 }
 
 TEST_F(ValidateDriver, WithoutALogNothingIsLookedAt) {
     referenceCache = {5, {{"t", ReferenceKind::valid, "kept"}}};
-    host.calls.clear();
+    host.log.clear();
     EXPECT_EQ(ValidateDocument(7, ""), validateWithoutLog);
     EXPECT_EQ(ValidateDocument(7, R"(C:\no\folder\log.txt)"), validateWithoutLog);
-    EXPECT_TRUE(host.calls.empty());
+    EXPECT_TRUE(host.log.empty());
     EXPECT_EQ(referenceCache.documentId, 5u);
     EXPECT_EQ(referenceCache.list.size(), 1u);
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

@@ -1,39 +1,25 @@
 #include "request/request_handler.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "pipeline/reference_scan.h"
 #include "request/reply.h"
-#include "support/linked_host.h"
-#include "support/test_drives.h"
 
-namespace ventrix {
+#include "support/module_test.h"
+
+namespace ventrix::test {
 namespace {
 
-using test::Document;
-using test::HostReply;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-class Requests : public testing::Test {
+class Requests : public ModuleTest {
   protected:
     void SetUp() override {
-        referenceCache = {};
         drives.Write(R"(C:\src\a.dita)", "<topic/>");
         host.documents[7] = {R"(C:\src\a.dita)",
                              {Document(R"(C:\src\a.dita)"), Document(R"(C:\src\b.dita)", 1)}};
     }
-
-    test::TestDrives drives;
-    test::LinkedHost host;
 };
 
 TEST_F(Requests, EachHasOneReplyOfThreeValues) {
-    const HostReply refused = {3, requestRefused, "", ""};
+    const std::string refused = R"(-43 "" "")";
     const struct {
         const char* text;
-        HostReply reply;
+        std::string reply;
     } rows[] = {
         {"", refused},
         {"Foo", refused},
@@ -47,68 +33,67 @@ TEST_F(Requests, EachHasOneReplyOfThreeValues) {
         {R"(Publish -docId 7 -outputFolder C:\out\ -logFile C:\l.txt)", refused},
         {R"(Publish -docId 7 -outputFolder C:\out\ -useXSLT)", refused},
         {R"(Validate -logFile C:\l.txt)", refused},
-        {R"(Validate -docId 7)", {3, 16, "", ""}},
-        {R"(Validate -docId 7 -logFile C:\l.txt -attributes a,b)", {3, 1, "", ""}},
-        {R"(vALIDATE -DOCID 7x -LOGFILE C:\l.txt)", {3, 1, "", ""}},
-        {R"(Publish -docId 7 -outputFolder C:\out\ -useDITAOT)", {3, 0, "", ""}},
-        {R"(Publish -docId 8 -outputFolder C:\out\ -useDITAOT -logFile C:\l.txt)", {3, 0, "", ""}},
+        {R"(Validate -docId 7)", R"(16 "" "")"},
+        {R"(Validate -docId 7 -logFile C:\l.txt -attributes a,b)", R"(1 "" "")"},
+        {R"(vALIDATE -DOCID 7x -LOGFILE C:\l.txt)", R"(1 "" "")"},
+        {R"(Publish -docId 7 -outputFolder C:\out\ -useDITAOT)", R"(0 "" "")"},
+        {R"(Publish -docId 8 -outputFolder C:\out\ -useDITAOT -logFile C:\l.txt)", R"(0 "" "")"},
         {R"(Publish -docId 7 -outputFolder C:\out\ -usePostScript C:\no.sh -logFile C:\l.txt)",
-         {3, 0, R"(C:\out\)", ""}},
+         R"(0 "C:\out\" "")"},
         {R"(publish -DOCID 7 -OUTPUTFOLDER 'C:\my out\' -USEDITAOT -LOGFILE C:\l.txt)",
-         {3, 0, R"(C:\my out\build-a.dita\\xhtml\)", R"(C:\my out\build-a.dita\\buildlog-xhtml.txt)"}},
+         R"(0 "C:\my out\build-a.dita\\xhtml\" "C:\my out\build-a.dita\\buildlog-xhtml.txt")"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(host.Request(row.text), row.reply) << row.text;
     }
-    host.Notify(13, nullptr);
-    EXPECT_EQ(host.replies.back(), refused) << "a null text counts as the empty one";
-    EXPECT_EQ(host.replies.size(), std::size(rows) + 1);
+    host.Notifications()->Notify(13, 0, nullptr, 0);
+    EXPECT_EQ(host.log.back(), "SendCallReply " + refused) << "a null text counts as the empty one";
 }
 
 TEST_F(Requests, RefusedOnesTouchNothing) {
-    host.calls.clear();
+    host.log.clear();
     host.Request(R"(Publish -docId 7 -outputFolder C:\src\ -logFile C:\l.txt)");
-    EXPECT_THAT(host.calls, IsEmpty());
+    EXPECT_THAT(host.log, ElementsAre(R"(SendCallReply -43 "" "")"));
     EXPECT_THAT(drives.Tree(R"(C:\)"), ElementsAre("src\\", "src\\a.dita"));
 }
 
 TEST_F(Requests, OnlyNumber13IsOne) {
-    host.calls.clear();
+    host.log.clear();
     for (const int number : {0, 12, 14, 53, 97}) {
-        host.Notify(number, R"(Validate -docId 7 -logFile C:\l.txt)");
+        host.Notifications()->Notify(number, 0, R"(Validate -docId 7 -logFile C:\l.txt)", 0);
     }
-    host.Client().Command(13);
-    host.Client().DialogEvent(13, 0, 0);
-    EXPECT_THAT(host.calls, IsEmpty());
-    EXPECT_THAT(host.replies, IsEmpty());
+    host.Notifications()->Command(13);
+    host.Notifications()->DialogEvent(13, 0, 0);
+    EXPECT_THAT(host.log, IsEmpty());
 }
 
 TEST_F(Requests, InitializeSetsTextsUpAndWatches) {
-    const auto sequence = ElementsAre("text mode 1", "watch 53 1", "watch 97 1", "watch 13 1");
-    EXPECT_THAT(host.calls, sequence);
-    host.calls.clear();
-    host.Client().Initialize(99);
-    EXPECT_THAT(host.calls, sequence) << "a second one runs whole again";
+    const auto sequence = ElementsAre("ReadStringProp 0 0 89", "SetTextMode 1", "WatchNotification 53 1",
+                                      "WatchNotification 97 1", "WatchNotification 13 1");
+    EXPECT_THAT(host.log, sequence);
+    host.log.clear();
+    host.Notifications()->Initialize(99);
+    EXPECT_THAT(host.log, sequence) << "a second one runs whole again";
 }
 
 TEST_F(Requests, OneThatArrivesDuringAClientCallRunsOnTop) {
     host.documents[7].files.pop_back();
     host.documents[9] = {R"(C:\other\c.dita)", {Document(R"(C:\other\c.dita)")}};
     drives.Write(R"(C:\other\c.dita)", "<topic/>");
-    host.onClient = [&](const std::string&, const std::string&) {
+    host.onClient = [&](const std::string&) {
         host.onClient = nullptr;
-        EXPECT_EQ(host.Request(R"(Validate -docId 9 -logFile C:\l9.txt)"), (HostReply{3, 0, "", ""}));
+        EXPECT_EQ(host.Request(R"(Validate -docId 9 -logFile C:\l9.txt)"), R"(0 "" "")");
     };
-    host.Notify(13, R"(Publish -docId 7 -outputFolder C:\out\ -useXSLT C:\x.xsl -logFile C:\l7.txt)");
-    ASSERT_EQ(host.replies.size(), 2u);
-    EXPECT_EQ(host.replies[1], (HostReply{3, 0, R"(C:\out\)", ""}));
+    EXPECT_EQ(host.Request(R"(Publish -docId 7 -outputFolder C:\out\ -useXSLT C:\x.xsl -logFile C:\l7.txt)"),
+              "2 replies");
+    EXPECT_EQ(host.log.back(), R"(SendCallReply 0 "C:\out\" "")");
     EXPECT_EQ(referenceCache.documentId, 7u) << "the outer run asked again for its own document";
 }
 
 TEST_F(Requests, NullTextsOfAReplyAreSentAsEmptyOnes) {
     SendReply(5, nullptr, "x");
-    EXPECT_EQ(host.replies.back(), (HostReply{3, 5, "", "x"}));
+    EXPECT_EQ(host.log.back(), R"(SendCallReply 5 "" "x")");
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

@@ -38,6 +38,11 @@ class TestDrives {
         std::ofstream(Native(path), std::ios::binary) << content;
     }
 
+    void WriteScript(const std::string& path, const std::string& body) const {
+        Write(path, "#!/bin/sh\n" + body);
+        std::filesystem::permissions(Native(path), std::filesystem::perms::owner_all);
+    }
+
     void MakeFolder(const std::string& path) const { std::filesystem::create_directories(Native(path)); }
 
     bool Exists(const std::string& path) const { return std::filesystem::exists(Native(path)); }
