@@ -229,24 +229,5 @@ TEST_F(OutOfProcessTest, KeepsTryingABusyHost) {
     EXPECT_EQ(time.waits, std::vector<std::uint32_t>({100, 127, 161, 204, 258}));
 }
 
-TEST_F(OutOfProcessTest, GivesUpOnAHostThatStaysBusy) {
-    TestTime time;
-    ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
-    platform::ReplaceCallClock(&time.clock);
-    Host().failures["InvokeClient"] = RPC_E_SERVERCALL_RETRYLATER;
-    Host().onClient = [&](const std::string&) { time.now += 10; };
-    EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 0);
-    EXPECT_EQ(Q_ApiLastError, -88);
-    EXPECT_GE(time.now, 1200000U);
-    EXPECT_LT(time.now, 1500011U);
-
-    // A host that rejects the call is not asked twice.
-    time.now = 0;
-    Host().failures["InvokeClient"] = RPC_E_CALL_REJECTED;
-    EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 0);
-    EXPECT_EQ(time.now, 10U);
-    EXPECT_EQ(Q_ApiLastError, -1);
-}
-
 }  // namespace
 }  // namespace ventrix::test

@@ -14,7 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 using test::Finished;
-using test::ReadFile;
 using test::RunVentrix;
 
 constexpr char Topic[] =
@@ -46,14 +45,8 @@ class CommandLine : public testing::Test {
     Finished Run(std::vector<std::string> arguments, const test::RunSettings& settings = {}) {
         return RunVentrix(folder, std::move(arguments), settings);
     }
-    std::string Program(const std::string& name, const std::string& text) {
-        const std::string path = folder.Write(name, text);
-        fs::permissions(path, fs::perms::owner_all);
-        return path;
-    }
-    bool Exists(const std::string& name) const { return fs::exists(folder.Path(name)); }
 
-    test::TempFolder folder;
+    test::TestFolder folder;
 };
 
 struct Row {
@@ -115,12 +108,12 @@ TEST_F(CommandLine, MistakesAreTold) {
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
     }
-    EXPECT_FALSE(Exists("out")) << "a mistake leaves nothing behind";
-    EXPECT_EQ(ReadFile(folder.Path("src/a.dita")), Topic);
+    EXPECT_FALSE(folder.Exists("out")) << "a mistake leaves nothing behind";
+    EXPECT_EQ(folder.Read("src/a.dita"), Topic);
 }
 
 TEST_F(CommandLine, DocumentsThatCannotBeReadAreTold) {
-    fs::create_symlink("nowhere.xml", folder.Path("src/dangling.xml"));
+    fs::create_symlink("nowhere.xml", folder.Native("src/dangling.xml"));
     const Row rows[] = {
         {{"validate", "src/none.xml"}, 3, "", "does not exist"},
         {{"validate", "src/dangling.xml"}, 3, "", "does not exist"},
@@ -152,8 +145,8 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
 
 TEST_F(CommandLine, RequestPrintsTheReply) {
     folder.Write("gone.xml", "<a href=\"none.png\"/>");
-    const std::string log = " -logFile \"Z:" + folder.Path("log.txt") + '"';
-    const std::string out = platform::ToSystem(folder.Path("out")).value() + '\\';
+    const std::string log = " -logFile \"Z:" + folder.Native("log.txt") + '"';
+    const std::string out = platform::ToSystem(folder.Native("out")).value() + '\\';
     const auto request = [](const std::string& document, const std::string& text) {
         return std::vector<std::string>{"request", "--document", document, text};
     };
@@ -182,11 +175,11 @@ TEST_F(CommandLine, ValidateTellsListsAndMask) {
         "refs.dita",
         "<topic id=\"t\"><title>T</title><body><p><image href=\"none.png\"/><image href=\"a%01b.png\"/>"
         "<xref href=\"src/a.dita\"/><xref href=\"http://example.com/\"/></p></body></topic>");
-    const std::string document = folder.Path("refs.dita");
+    const std::string document = folder.Native("refs.dita");
     const Finished told = Run({"validate", "refs.dita", "--unsaved", "src/a.dita", "--unsaved", "stray"});
     EXPECT_EQ(told.status, 1);
     EXPECT_EQ(told.out, "valid (1)\n  " + document + "\nmissing or unreadable (1)\n  " +
-                            folder.Path("none.png") + "\nunsaved (1)\n  " + folder.Path("src/a.dita") +
+                            folder.Native("none.png") + "\nunsaved (1)\n  " + folder.Native("src/a.dita") +
                             "\nfiles are missing or unreadable; files have unsaved changes (mask 3)\n");
     EXPECT_NE(told.error.find("a%01b.png: the name holds a control character"), std::string::npos);
     EXPECT_NE(told.error.find("--unsaved stray: the document does not refer to this file"),
@@ -194,12 +187,12 @@ TEST_F(CommandLine, ValidateTellsListsAndMask) {
 
     const json object = json::parse(Run({"validate", "--json", "refs.dita"}).out);
     EXPECT_EQ(object, json({{"mask", 1},
-                            {"valid", {document, folder.Path("src/a.dita")}},
-                            {"broken", {folder.Path("none.png")}},
+                            {"valid", {document, folder.Native("src/a.dita")}},
+                            {"broken", {folder.Native("none.png")}},
                             {"unsaved", json::array()}}));
     const Finished clean = Run({"validate", "src/a.dita", "--log", "kept.log"});
     EXPECT_EQ(clean.status, 0) << clean.error;
-    EXPECT_NE(ReadFile(folder.Path("kept.log")).find("a.dita\r\n"), std::string::npos);
+    EXPECT_NE(folder.Read("kept.log").find("a.dita\r\n"), std::string::npos);
 }
 
 TEST_F(CommandLine, DrivesDecideWhatCanBePackaged) {
@@ -227,11 +220,11 @@ TEST_F(CommandLine, DrivesDecideWhatCanBePackaged) {
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
     }
-    EXPECT_TRUE(Exists("out/earlier.html")) << "a refused package leaves the earlier result";
+    EXPECT_TRUE(folder.Exists("out/earlier.html")) << "a refused package leaves the earlier result";
 }
 
 TEST_F(CommandLine, OutputFolderIsGuarded) {
-    fs::create_directory_symlink("src", folder.Path("link"));
+    fs::create_directory_symlink("src", folder.Native("link"));
     const auto publish = [](const std::string& output, bool force = false) {
         std::vector<std::string> arguments{"publish", "src/a.dita", "-o", output};
         if (force) {
@@ -253,32 +246,32 @@ TEST_F(CommandLine, OutputFolderIsGuarded) {
     for (const Row& row : refused) {
         ExpectRow(row, Run(row.arguments));
     }
-    EXPECT_TRUE(Exists("full/mine.txt"));
-    EXPECT_EQ(ReadFile(folder.Path("src/a.dita")), Topic);
+    EXPECT_TRUE(folder.Exists("full/mine.txt"));
+    EXPECT_EQ(folder.Read("src/a.dita"), Topic);
 
     EXPECT_EQ(Run(publish("full", true)).status, 0);
-    EXPECT_FALSE(Exists("full/mine.txt"));
+    EXPECT_FALSE(folder.Exists("full/mine.txt"));
     folder.Write("full/stale.html", "<p/>");
     EXPECT_EQ(Run(publish("full/")).status, 0) << "an earlier result may be replaced";
-    EXPECT_FALSE(Exists("full/stale.html"));
+    EXPECT_FALSE(folder.Exists("full/stale.html"));
 }
 
 TEST_F(CommandLine, PublishTellsWhereTheResultIs) {
     const Finished told =
         Run({"publish", "src/a.dita", "-o", "new/out", "--attributes", "audience", "--quiet"});
-    const std::string build = folder.Path("new/out/build-a.dita/");
+    const std::string build = folder.Native("new/out/build-a.dita/");
     EXPECT_EQ(told.status, 0);
     EXPECT_EQ(told.error, "");
     EXPECT_EQ(told.out, "result:    " + build + "xhtml/\npages:     1\nbuild log: " + build +
-                            "buildlog-xhtml.txt\nlog:       " + folder.Path("new/out.log") + "\n");
-    const std::string page = ReadFile(build + "xhtml/a.html");
+                            "buildlog-xhtml.txt\nlog:       " + folder.Native("new/out.log") + "\n");
+    const std::string page = folder.Read(build + "xhtml/a.html");
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
 
     const Finished again = Run({"publish", "src/a.dita", "-o", "new/out", "--json", "--log", "other.log"});
     EXPECT_EQ(json::parse(again.out), json({{"status", 0},
                                             {"resultFolder", build + "xhtml/"},
                                             {"buildLog", build + "buildlog-xhtml.txt"},
-                                            {"log", folder.Path("other.log")},
+                                            {"log", folder.Native("other.log")},
                                             {"failed", json::array()},
                                             {"missing", json::array()},
                                             {"markedValues", 0}}));
@@ -292,21 +285,21 @@ TEST_F(CommandLine, PublishTellsFindings) {
     };
     std::string html = Stylesheet;
     folder.Write("html.xsl", html.replace(html.find("\"xml\""), 5, "\"html\""));
-    Program("script", "#!/bin/sh\necho said by a script; exit 3\n");
+    folder.WriteProgram("script", "#!/bin/sh\necho said by a script; exit 3\n");
     const Row rows[] = {
         {publish({"-o", "o1", "--xslt", "page.xsl"}), 0, "pages:     1",
-         "into which the transformation copied marker text: 1, the first in " + folder.Path("o1/plain.html") +
-             ": <meta content>"},
+         "into which the transformation copied marker text: 1, the first in " +
+             folder.Native("o1/plain.html") + ": <meta content>"},
         {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "plain.html could not be read: "},
         {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "that are well-formed XML"},
         {publish({"-o", "o3", "--xslt", "page.xsl", "--out-file", "elsewhere.html"}), 1, "pages:     1",
-         "pages that still hold marker text: 1, the first " + folder.Path("elsewhere.html")},
+         "pages that still hold marker text: 1, the first " + folder.Native("elsewhere.html")},
         {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "result: ", "the transformation failed: "},
         {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6,
          "result: ", "none holds no DITA Open Toolkit"},
         {publish({"-o", "o6", "--post-script", "script"}), 0, "pages:     0", "said by a script"},
         {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 4, "",
-         "the log cannot be written: " + folder.Path("none/log.txt")},
+         "the log cannot be written: " + folder.Native("none/log.txt")},
         {publish({"-o", "o9", "--xslt", "broken.xsl", "--color", "always"}), 6,
          "result: ", "\033[31merror: "},
     };
@@ -323,21 +316,21 @@ TEST_F(CommandLine, PublishNamesFilesThatAPassCouldNotLoad) {
     folder.Write("entity.dita", "<topic id=\"e\"><title>&undeclared;</title></topic>");
     const json object = json::parse(Run({"publish", "map.ditamap", "-o", "out", "--xpath", "--json"}).out);
     ASSERT_EQ(object["failed"].size(), 2U) << object;
-    EXPECT_EQ(object["failed"][0]["file"], folder.Path("out/open.dita"));
+    EXPECT_EQ(object["failed"][0]["file"], folder.Native("out/open.dita"));
     EXPECT_NE(object["failed"][0]["reason"].get<std::string>().find("mismatch"), std::string::npos) << object;
-    EXPECT_EQ(object["failed"][1]["file"], folder.Path("out/entity.dita"));
+    EXPECT_EQ(object["failed"][1]["file"], folder.Native("out/entity.dita"));
     EXPECT_NE(object["failed"][1]["reason"].get<std::string>().find("undefined entity"), std::string::npos);
-    EXPECT_EQ(object["missing"], json::array({folder.Path("none.dita")}));
+    EXPECT_EQ(object["missing"], json::array({folder.Native("none.dita")}));
 }
 
 TEST_F(CommandLine, InterruptionKeepsTheSourceAndMarksTheOutput) {
-    Program("interrupt", "#!/bin/sh\nkill -INT $PPID\nsleep 5\n");
-    const std::string before = ReadFile(folder.Path("src/plain.xml"));
+    folder.WriteProgram("interrupt", "#!/bin/sh\nkill -INT $PPID\nsleep 5\n");
+    const std::string before = folder.Read("src/plain.xml");
     const Finished stopped =
         Run({"publish", "src/plain.xml", "-o", "out", "--xpath", "--pre-script", "interrupt"});
     EXPECT_EQ(stopped.status, 130);
     EXPECT_EQ(stopped.out, "");
-    EXPECT_EQ(ReadFile(folder.Path("src/plain.xml")), before);
+    EXPECT_EQ(folder.Read("src/plain.xml"), before);
     EXPECT_EQ(Run({"publish", "src/plain.xml", "-o", "out", "--xslt", "page.xsl"}).status, 0);
 }
 
@@ -350,18 +343,18 @@ TEST_F(CommandLine, ResultThatCannotBeWrittenIsAFinding) {
     const Finished gone =
         Run({"-c", "(\"$0\" validate src/a.dita; echo $? > status) | true", VENTRIX_PROGRAM},
             {.program = "/bin/sh"});
-    EXPECT_EQ(ReadFile(folder.Path("status")), "0\n");
+    EXPECT_EQ(folder.Read("status"), "0\n");
     EXPECT_EQ(gone.error, "");
 }
 
 TEST_F(CommandLine, ModuleThatCannotStartIsOneLine) {
     Dl_info someLibrary = {};
     ASSERT_NE(dladdr(reinterpret_cast<void*>(&xmlReadMemory), &someLibrary), 0);
-    fs::create_directories(folder.Path("home/bin"));
-    fs::create_directories(folder.Path("home/src"));
-    fs::copy(VENTRIX_PROGRAM, folder.Path("home/bin/ventrix"));
-    const test::RunSettings moved{.program = folder.Path("home/bin/ventrix")};
-    const std::string module = folder.Path("home/src/Ventrix.so");
+    fs::create_directories(folder.Native("home/bin"));
+    fs::create_directories(folder.Native("home/src"));
+    fs::copy(VENTRIX_PROGRAM, folder.Native("home/bin/ventrix"));
+    const test::RunSettings moved{.program = folder.Native("home/bin/ventrix")};
+    const std::string module = folder.Native("home/src/Ventrix.so");
     const auto expectTold = [&](const std::string& words) {
         const Finished told = Run({"validate", "src/a.dita"}, moved);
         EXPECT_EQ(told.status, 7);

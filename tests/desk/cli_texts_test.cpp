@@ -6,7 +6,7 @@
 #include "desk/cli/published_pages.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
-#include "support/temp_folder.h"
+#include "support/test_folder.h"
 
 namespace ventrix::desk {
 namespace {
@@ -83,14 +83,14 @@ TEST(RunLogTest, ReadsSectionsWarningsAndFailures) {
 }
 
 TEST(OutputFolder, IsRefusedWhereSomethingWouldBeLost) {
-    const test::TempFolder folder;
+    const test::TestFolder folder;
     const std::string source = folder.Write("src/a.dita", "<topic/>");
     folder.Write("full/x", "x");
     folder.Write("made/x", "x");
-    MarkOutput(OutputMarkName(folder.Path("made")).c_str());
+    MarkOutput(OutputMarkName(folder.Native("made")).c_str());
     folder.Write("file", "x");
-    std::filesystem::create_directory_symlink(folder.Path("src"), folder.Path("link"));
-    std::filesystem::create_directory(folder.Path("empty"));
+    std::filesystem::create_directory_symlink(folder.Native("src"), folder.Native("link"));
+    std::filesystem::create_directory(folder.Native("empty"));
     const struct {
         const char* folder;
         bool plain, forced;  ///< Whether it may be emptied, without and with --force.
@@ -99,9 +99,9 @@ TEST(OutputFolder, IsRefusedWhereSomethingWouldBeLost) {
         {"file", false, false}, {"src", false, false}, {"", false, false},   {"link", false, false},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(OutputRefusal(folder.Path(row.folder), {source, ""}, false).empty(), row.plain)
+        EXPECT_EQ(OutputRefusal(folder.Native(row.folder), {source, ""}, false).empty(), row.plain)
             << row.folder;
-        EXPECT_EQ(OutputRefusal(folder.Path(row.folder), {source, ""}, true).empty(), row.forced)
+        EXPECT_EQ(OutputRefusal(folder.Native(row.folder), {source, ""}, true).empty(), row.forced)
             << row.folder;
     }
     for (const std::string& root : {std::string("/"), std::string(getpwuid(getuid())->pw_dir)}) {
@@ -110,20 +110,20 @@ TEST(OutputFolder, IsRefusedWhereSomethingWouldBeLost) {
 }
 
 TEST(PublishedPagesTest, FindsMarkerTextThatATransformationCopiedIntoValues) {
-    const test::TempFolder folder;
+    const test::TestFolder folder;
     folder.Write("a.html",
                  "<html><head><meta name='d' content=\"QL_STARTx>y\"/></head><p "
                  "data-twtags=\"aQL_SEPb\">t</p></html>");
     folder.Write("sub/b.htm", "<p title='QL_ELEM_S'>QL_SA_S</p>");
     folder.Write("c.txt", "<p title='QL_ELEM_S'>");
     PublishedPages pages;
-    LookOverPages(folder.Path(), pages);
+    LookOverPages(folder.Native(), pages);
     EXPECT_EQ(pages.pages, 2U);
     EXPECT_EQ(pages.markedValues, 2U);
-    EXPECT_EQ(pages.firstMarkedValue, folder.Path("a.html") + ": <meta content>");
+    EXPECT_EQ(pages.firstMarkedValue, folder.Native("a.html") + ": <meta content>");
     EXPECT_EQ(pages.markedTexts, 1U);
-    EXPECT_EQ(pages.firstMarkedText, folder.Path("sub/b.htm"));
-    LookOverPages(folder.Path("c.txt"), pages);
+    EXPECT_EQ(pages.firstMarkedText, folder.Native("sub/b.htm"));
+    LookOverPages(folder.Native("c.txt"), pages);
     EXPECT_EQ(pages.markedValues, 3U) << "one file, whatever its name";
 }
 

@@ -1,6 +1,6 @@
 #include "desk/clients/dispatcher_client.h"
 
-#include "tests/desk/folder_fixture.h"
+#include "desk/folder_fixture.h"
 
 namespace ventrix::desk {
 namespace {

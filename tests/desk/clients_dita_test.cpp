@@ -1,4 +1,4 @@
-#include "tests/desk/dita_fixture.h"
+#include "desk/dita_fixture.h"
 
 namespace ventrix::desk {
 namespace {

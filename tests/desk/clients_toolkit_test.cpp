@@ -1,7 +1,7 @@
 #include <cstdlib>
 
 #include "desk/clients/run_program.h"
-#include "tests/desk/dita_fixture.h"
+#include "desk/dita_fixture.h"
 
 namespace ventrix::desk {
 namespace {
@@ -9,10 +9,6 @@ namespace {
 /// The machine's own toolkit, or programs in its place that fail as one can.
 class ToolkitClient : public DitaClient {
   protected:
-    void WriteProgram(const std::string& name, const std::string& script) {
-        Write(name, "#!/bin/sh\n" + script);
-        std::filesystem::permissions(Native(name), std::filesystem::perms::owner_all);
-    }
     static bool Installed() {
         return std::filesystem::exists("/usr/share/dita-ot/build.xml") && !FindProgram("ant").empty();
     }
@@ -45,12 +41,11 @@ TEST_F(ToolkitClient, TellsWhyARunFailed) {
     }
     Write("t.dita", "<topic id='t'><title>T</title></topic>");
     WriteProgram("halfway/bin/dita",
-                 "for a; do case $a in --output=*) out=${a#--output=};; esac; done\n"
+                 "#!/bin/sh\nfor a; do case $a in --output=*) out=${a#--output=};; esac; done\n"
                  "mkdir -p \"$out\"; echo half > \"$out/half.html\"\n"
                  "echo '[FATAL] no more'; exit 3\n");
-    WriteProgram("nothing/bin/dita", "cat\n");
-    WriteProgram("strange/bin/dita", "");
-    Write("strange/bin/dita", "#!/no/such/interpreter\n");
+    WriteProgram("nothing/bin/dita", "#!/bin/sh\ncat\n");
+    WriteProgram("strange/bin/dita", "#!/no/such/interpreter\n");
     Write("broken/build.xml",
           "<project default='d'><target name='d'><fail message='out of luck'/></target></project>");
     const struct {
@@ -78,7 +73,7 @@ TEST_F(ToolkitClient, TellsWhyARunFailed) {
 TEST_F(ToolkitClient, TakesADitaCommandOnThePath) {
     const std::string former = std::getenv("PATH");
     WriteProgram("bin/dita",
-                 "for a; do case $a in --output=*) out=${a#--output=};; esac; done\n"
+                 "#!/bin/sh\nfor a; do case $a in --output=*) out=${a#--output=};; esac; done\n"
                  "mkdir -p \"$out\"; echo \"$*\" > \"$out/page.html\"\n");
     Write("t.dita", "<topic id='t'><title>T</title></topic>");
     Write("f.ditaval", "<val/>");

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "support/temp_folder.h"
+#include "support/test_folder.h"
 
 namespace ventrix::test {
 
@@ -24,11 +24,11 @@ struct RunSettings {
 };
 
 /// The program with these arguments, in that folder, without a terminal or an input.
-inline Finished RunVentrix(const TempFolder& folder, std::vector<std::string> arguments,
+inline Finished RunVentrix(const TestFolder& folder, std::vector<std::string> arguments,
                            const RunSettings& settings = {}) {
-    const TempFolder streams;
-    const std::string out = settings.standardOutput.empty() ? streams.Path("out") : settings.standardOutput;
-    const std::string error = streams.Path("error");
+    const TestFolder streams;
+    const std::string out = settings.standardOutput.empty() ? streams.Native("out") : settings.standardOutput;
+    const std::string error = streams.Native("error");
     arguments.insert(arguments.begin(), "ventrix");
     std::vector<char*> pointers;
     for (std::string& argument : arguments) {
@@ -38,7 +38,7 @@ inline Finished RunVentrix(const TempFolder& folder, std::vector<std::string> ar
 
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addchdir_np(&files, folder.Path().c_str());
+    posix_spawn_file_actions_addchdir_np(&files, folder.Native().c_str());
     posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT, 0600);
     posix_spawn_file_actions_addopen(&files, STDERR_FILENO, error.c_str(), O_WRONLY | O_CREAT, 0600);
@@ -50,8 +50,8 @@ inline Finished RunVentrix(const TempFolder& folder, std::vector<std::string> ar
         finished.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
     }
     posix_spawn_file_actions_destroy(&files);
-    finished.out = settings.standardOutput.empty() ? ReadFile(out) : "";
-    finished.error = ReadFile(error);
+    finished.out = settings.standardOutput.empty() ? streams.Read("out") : "";
+    finished.error = streams.Read("error");
     return finished;
 }
 

@@ -5,7 +5,7 @@
 
 #include "desk/clients/dita_ot_client.h"
 #include "desk/documents/xml_handles.h"
-#include "tests/desk/folder_fixture.h"
+#include "desk/folder_fixture.h"
 
 namespace ventrix::desk {
 

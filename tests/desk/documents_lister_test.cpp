@@ -1,7 +1,7 @@
 #include <sys/stat.h>
 
 #include "desk/documents/document_files.h"
-#include "tests/desk/folder_fixture.h"
+#include "desk/folder_fixture.h"
 
 namespace ventrix::desk {
 namespace {
@@ -11,7 +11,7 @@ class DocumentLister : public FolderFixture {
     /// The list with the test's folder cut off, a graphic with a star in front, one entry a line.
     std::string Listed(const std::string& name) {
         files_ = ListDocumentFiles(Native(name));
-        const std::string base = System("");
+        const std::string base = System() + '\\';
         std::string text;
         for (const DocumentFile& file : files_.files) {
             text += file.key == "graphicsType" ? "*" : "";

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "desk/host/desk_host.h"
-#include "support/temp_folder.h"
+#include "support/test_folder.h"
 
 namespace ventrix::desk {
 namespace {
@@ -49,11 +49,11 @@ TEST(DeskHostTest, StartsTheModuleAsTheContractSays) {
 }
 
 TEST(DeskHostTest, TellsWhyAModuleDoesNotStart) {
-    const test::TempFolder folder;
+    const test::TestFolder folder;
     const struct {
         std::string module, problem;
     } rows[] = {
-        {folder.Path("no.so"), "the module is missing: "},
+        {folder.Native("no.so"), "the module is missing: "},
         {folder.Write("text.so", "text"), "the module cannot be loaded: "},
         {VENTRIX_PROGRAM, "the module cannot be loaded: "},
     };
@@ -84,14 +84,14 @@ TEST(DeskHostDeathTest, AModuleThatCannotConnectIsTold) {
 }
 
 TEST(DeskHostTest, ListsTheFilesOfADocumentWithTheirFlags) {
-    const test::TempFolder folder;
-    const std::string log = "Z:" + folder.Path("log.txt");
+    const test::TestFolder folder;
+    const std::string log = "Z:" + folder.Native("log.txt");
     DeskHost host({}, {});
     ASSERT_EQ(host.LoadModule(VENTRIX_MODULE), "");
     DocumentFiles files;
     files.readable = true;
     const std::string document = "Z:" + folder.Write("a.xml", "<a/>");
-    files.files = {{"documentType", document}, {"graphicsType", "Z:" + folder.Path("gone.png")}};
+    files.files = {{"documentType", document}, {"graphicsType", "Z:" + folder.Native("gone.png")}};
     const std::uint32_t id = host.AddDocument(document, files);
     const std::string request = "Validate -docId " + std::to_string(id) + " -logFile \"" + log + "\"";
 
@@ -117,7 +117,7 @@ TEST(DeskHostTest, DeliversOtherNotificationsWithoutAReply) {
 
 /// 0 for a Validate that went well and left no reference behind.
 int ValidateInAHostThatOwnsResults() {
-    const test::TempFolder folder;
+    const test::TestFolder folder;
     HostSettings settings;
     settings.ownsResults = true;
     DeskHost host(settings);
@@ -125,7 +125,7 @@ int ValidateInAHostThatOwnsResults() {
     DocumentFiles files;
     files.files = {{"documentType", "Z:" + folder.Write("a.xml", "<a/>")}};
     const std::string id = std::to_string(host.AddDocument(files.files[0].path, files));
-    const auto reply = host.CallModule("Validate -docId " + id + " -logFile Z:" + folder.Path("log.txt"));
+    const auto reply = host.CallModule("Validate -docId " + id + " -logFile Z:" + folder.Native("log.txt"));
     host.ReleaseModule();
     return reply && std::get<std::int32_t>(reply->at(0)) == 0 && host.HeldReferences() == 0 ? 0 : 1;
 }

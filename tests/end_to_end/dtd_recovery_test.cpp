@@ -59,8 +59,7 @@ TEST_F(DtdRecovery, WithoutADtdTheDocumentStaysAsItIs) {
     const std::string document =
         std::string(R"(<!DOCTYPE topic PUBLIC "-//ACME//DTD Topic//EN" "http://acme.example/t.dtd">)") + text;
     drives_.Write(R"(C:\src\t.dita)", document);
-    drives_.Write(R"(C:\src\keep.sh)", "#!/bin/sh\ncp \"$1\" \"$1.kept\"\n");
-    std::filesystem::permissions(drives_.Native(R"(C:\src\keep.sh)"), std::filesystem::perms::owner_all);
+    drives_.WriteScript(R"(C:\src\keep.sh)", "cp \"$1\" \"$1.kept\"\n");
     Publish("builtin", R"(C:\src\t.dita)", R"(-useDITAOT -attributes audience -usePreScript C:\src\keep.sh)");
     EXPECT_EQ(drives_.Read(R"(C:\out\t.dita.kept)"), document);
     EXPECT_NE(drives_.Read(R"(C:\log.txt)").find("undefined entity"), std::string::npos);

@@ -1,14 +1,9 @@
 #include "fileset/path_classification.h"
 
-#include <gtest/gtest.h>
+#include "support/text_rows.h"
 
-namespace ventrix {
+namespace ventrix::test {
 namespace {
-
-struct TextRow {
-    const char* input;
-    const char* output;
-};
 
 TEST(PathClassification, RootIsTheDriveOrTheServer) {
     const TextRow rows[] = {
@@ -26,9 +21,7 @@ TEST(PathClassification, RootIsTheDriveOrTheServer) {
         {R"(\\server\share\a.xml)", R"(\\server\)"},
         {"C:/docs/a.xml", "C:/docs/a.xml"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(PathRoot(row.input), row.output) << row.input;
-    }
+    ExpectRows(rows, PathRoot);
 }
 
 TEST(PathClassification, ParentFolderLooksBehindATrailingBackslash) {
@@ -44,16 +37,12 @@ TEST(PathClassification, ParentFolderLooksBehindATrailingBackslash) {
         {R"(\\server\share\)", R"(\\server\)"},
         {"C:/a/b.xml", ""},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(ParentFolder(row.input), row.output) << row.input;
-    }
+    ExpectRows(rows, ParentFolder);
 }
 
 TEST(PathClassification, FileNameStandsBehindTheLastBackslash) {
     const TextRow rows[] = {{R"(a\b\)", ""}, {"name.xml", ""}, {"", ""}, {R"(C:\a\n.xml)", "n.xml"}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(FileNameOf(row.input), row.output) << row.input;
-    }
+    ExpectRows(rows, FileNameOf);
 }
 
 TEST(PathClassification, ExtensionIsCutAtTheLastDotOfTheWholePath) {
@@ -65,18 +54,12 @@ TEST(PathClassification, ExtensionIsCutAtTheLastDotOfTheWholePath) {
         {".xml", ".html"},
         {"", ".html"},
     };
-    for (const auto& row : rows) {
-        Path path = row.input;
-        ReplaceExtension(path, ".html");
-        EXPECT_EQ(path, row.output) << row.input;
-    }
+    ExpectRows(rows, [](Path path) { return ReplaceExtension(path, ".html"), path; });
 }
 
 TEST(PathClassification, TrailingBackslashIsAddedOnce) {
     const TextRow rows[] = {{"", ""}, {"a", R"(a\)"}, {R"(a\)", R"(a\)"}, {"a/", R"(a/\)"}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(WithTrailingBackslash(row.input), row.output) << row.input;
-    }
+    ExpectRows(rows, WithTrailingBackslash);
 }
 
 TEST(PathClassification, KindsOfNamesAreToldInLowerCaseOnly) {
@@ -155,4 +138,4 @@ TEST(PathClassification, CommonBaseFolderIsAPrefixOfEveryFile) {
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

@@ -6,15 +6,14 @@
 #include <vector>
 
 #include "kit/path_alias.h"
-#include "tests/kit/slow_stream.h"
-#include "tests/support/test_drives.h"
+#include "kit/slow_stream.h"
+#include "support/test_drives.h"
 
 namespace ventrix {
 namespace {
 
 class ChannelStream : public testing::Test {
   protected:
-    ChannelStream() { drives_.MakeFolder("C:\\"); }
     ~ChannelStream() override { EXPECT_EQ(stream_->Release(), 0u); }
 
     // Opens the file in a stream of its own, which later steps use.

@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "tests/kit/kit_environment.h"
+#include "kit/kit_environment.h"
 
 namespace ventrix {
 namespace {

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "kit/characters.h"
+#include "kit/kit_environment.h"
 #include "kit/utf8.h"
-#include "tests/kit/kit_environment.h"
 
 namespace ventrix {
 namespace {

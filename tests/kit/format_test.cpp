@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "kit/console.h"
-#include "tests/kit/kit_environment.h"
-#include "tests/support/test_drives.h"
+#include "kit/kit_environment.h"
+#include "support/test_drives.h"
 
 namespace ventrix {
 namespace {
@@ -196,7 +196,6 @@ TEST_F(Print, IsDroppedWithoutAConsole) {
 
 TEST_F(Print, WritesToAChannel) {
     test::TestDrives drives;
-    drives.MakeFolder("C:\\");
     FilePath* path = Q_PathToFilePath("C:\\a", nullptr, Q_NativePath);
     Q_Channel* channel = Q_ChannelOpen(path, "w");
     EXPECT_EQ(Q_Print(channel, "%s=%d\n", "x", 12), 5u);

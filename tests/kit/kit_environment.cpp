@@ -1,4 +1,4 @@
-#include "tests/kit/kit_environment.h"
+#include "kit/kit_environment.h"
 
 #include <gtest/gtest.h>
 #include <unicode/putil.h>

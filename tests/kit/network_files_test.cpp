@@ -4,12 +4,12 @@
 
 #include "kit/channels.h"
 #include "kit/file_path.h"
+#include "kit/kit_environment.h"
 #include "kit/relative_path.h"
 #include "kit/resolve_path.h"
 #include "kit/rivlet.h"
 #include "platform/library.h"
-#include "tests/kit/kit_environment.h"
-#include "tests/support/test_drives.h"
+#include "support/test_drives.h"
 
 namespace ventrix {
 namespace {

@@ -1,19 +1,18 @@
-#include <gtest/gtest.h>
-
 #include <iterator>
 #include <random>
 #include <string>
 
 #include "kit/file_path.h"
+#include "kit/kit_environment.h"
 #include "kit/last_error.h"
 #include "kit/portable_path.h"
 #include "kit/relative_path.h"
 #include "kit/resolve_path.h"
 #include "kit/rivlet.h"
 #include "platform/environment.h"
-#include "tests/kit/kit_environment.h"
+#include "support/text_rows.h"
 
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
 std::string Resolved(const std::string& path, const char* base) {
@@ -95,11 +94,7 @@ TEST(ResolvePath, ExpandsVariables) {
     platform::SetEnvironmentValue("KIT_PATH", "C:\\kit");
     platform::SetEnvironmentValue("KIT_LONG", std::string(5000, 'k'));
     platform::RemoveEnvironmentValue("NOSUCHVAR");
-    struct Row {
-        const char* path;
-        const char* expanded;
-    };
-    constexpr Row rows[] = {
+    const TextRow rows[] = {
         {"$KIT_PATH\\a", "C:\\kit\\a"},
         {"$KIT_PATH", "C:\\kit"},
         {"x\\$KIT_PATH/a", "x\\C:\\kit/a"},
@@ -113,9 +108,7 @@ TEST(ResolvePath, ExpandsVariables) {
         {"a~\\b", "a~\\b"},
         {"$.\\a", "$.\\a"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(Expanded(row.path), row.expanded) << row.path;
-    }
+    ExpectRows(rows, Expanded);
     EXPECT_EQ(Expanded("$KIT_LONG"), std::string(4095, 'k'));
     EXPECT_EQ(Resolved("$KIT_PATH\\a", "D:\\out"), "C:\\kit\\a");
     Q_SetHomeFolder("C:\\home");
@@ -214,11 +207,7 @@ TEST(RelativePath, AUrlBecomesAPath) {
 }
 
 TEST(PortablePath, RoundTrips) {
-    struct Row {
-        const char* native;
-        const char* portable;
-    };
-    constexpr Row rows[] = {
+    const TextRow rows[] = {
         {"C:\\a\\..\\b", "<v>C:<c>a<u><c>b"},
         {"\\a\\b", "<r><c>a<c>b"},
         {"..\\a", "<u><c>a"},
@@ -228,9 +217,9 @@ TEST(PortablePath, RoundTrips) {
         {"http://host/a", "http://host/a"},
         {"C:", "<v>C:"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(Take(Q_NativeToPortable(row.native, nullptr)), row.portable);
-        EXPECT_EQ(Take(Q_PortableToNative(row.portable)), row.native);
+    for (const TextRow& row : rows) {
+        EXPECT_EQ(Take(Q_NativeToPortable(row.input.c_str(), nullptr)), row.output);
+        EXPECT_EQ(Take(Q_PortableToNative(row.output.c_str())), row.input);
     }
     EXPECT_EQ(Take(Q_NativeToPortable("C:\\a\\.\\b\\", nullptr)), "<v>C:<c>a<c>b");
     EXPECT_EQ(Take(Q_NativeToPortable("C:\\a\\x", "C:\\b\\y")), "<u><c>a<c>x");
@@ -239,11 +228,7 @@ TEST(PortablePath, RoundTrips) {
 }
 
 TEST(PortablePath, ReadsTokensInTheirOrder) {
-    struct Row {
-        const char* portable;
-        const char* native;
-    };
-    constexpr Row rows[] = {
+    const TextRow rows[] = {
         {"<h>server<c>share", "\\server\\share"},
         {"<v>C:<r><c>a", "C:\\a"},
         {"<x>junk<c>a<zz>", "a"},
@@ -258,9 +243,7 @@ TEST(PortablePath, ReadsTokensInTheirOrder) {
         {"<c>a<h>s", "(null)"},
         {"<r><u>", "(null)"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(Take(Q_PortableToNative(row.portable)), row.native) << row.portable;
-    }
+    ExpectRows(rows, [](const std::string& portable) { return Take(Q_PortableToNative(portable.c_str())); });
     EXPECT_EQ(Take(Q_PortableToNative(("<c>" + std::string(4096, 'x')).c_str())), "(null)");
 }
 
@@ -348,4 +331,4 @@ TEST(FilePath, JoinsAFolderAndARelativePath) {
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

@@ -1,12 +1,11 @@
 #include "kit/resource_strings.h"
 
-#include <gtest/gtest.h>
-
+#include "kit/kit_environment.h"
 #include "kit/language.h"
 #include "platform/module.h"
-#include "tests/kit/kit_environment.h"
+#include "support/text_rows.h"
 
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
 constexpr platform::StringResource strings[] = {
@@ -64,22 +63,16 @@ TEST_F(ResourceStrings, ComeInTheNarrowEncodingOtherwise) {
 }
 
 TEST(ByteEscapes, AreReplacedInPlace) {
-    struct Row {
-        const char* text;
-        const char* expanded;
-    };
-    constexpr Row rows[] = {
+    const TextRow rows[] = {
         {"%41", "%41"},           {"%Q41", "%Q41"},   {"%L41", "A"},       {"%LZZ", "%LZZ"},
         {"%L4", "%L4"},           {"%l41", "%l41"},   {"%L4g", "%L4g"},    {"%L-1", "%L-1"},
         {"%M8a%M8A", "ää"},       {"%LFF", "\xFF"},   {"%%L41", "%A"},     {"%", "%"},
         {"%MF0", "\xEF\xA3\xBF"}, {"a%M09b", "a\tb"}, {"%L25L41", "%L41"},
     };
-    for (const Row& row : rows) {
-        char text[64];
-        Q_StrCopy(text, row.text);
-        Q_ExpandByteEscapes(text);
-        EXPECT_STREQ(text, row.expanded) << row.text;
-    }
+    ExpectRows(rows, [](std::string text) {
+        Q_ExpandByteEscapes(text.data());
+        return std::string(text.c_str());
+    });
     Q_ExpandByteEscapes(nullptr);
 }
 
@@ -93,4 +86,4 @@ TEST(ByteEscapes, SystemEncodingFollowsTheLanguage) {
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

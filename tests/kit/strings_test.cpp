@@ -5,7 +5,7 @@
 
 #include "kit/case_table.h"
 #include "kit/convert.h"
-#include "tests/kit/kit_environment.h"
+#include "kit/kit_environment.h"
 
 namespace ventrix {
 namespace {

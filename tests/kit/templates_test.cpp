@@ -1,12 +1,11 @@
 #include "kit/templates.h"
 
-#include <gtest/gtest.h>
-
+#include "kit/kit_environment.h"
 #include "kit/resource_strings.h"
 #include "platform/module.h"
-#include "tests/kit/kit_environment.h"
+#include "support/text_rows.h"
 
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
 Q_TemplateArguments SomeArguments() {
@@ -34,11 +33,7 @@ std::string Expanded(const char* text, std::uint32_t size = 100) {
 }
 
 TEST(Templates, InsertTheirArguments) {
-    struct Row {
-        const char* text;
-        const char* expanded;
-    };
-    constexpr Row rows[] = {
+    const TextRow rows[] = {
         {"no place", "no place"},
         {"%0 has %1 errors", "guide.ditamap has -12 errors"},
         {"%2 %3 %4", "beef BEEF 2.500"},
@@ -53,9 +48,7 @@ TEST(Templates, InsertTheirArguments) {
         {"%p and %u.", "Quorlane and ."},
         {"", ""},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(Expanded(row.text), row.expanded) << row.text;
-    }
+    ExpectRows(rows, [](const std::string& text) { return Expanded(text.c_str()); });
     char output[8] = "old";
     EXPECT_EQ(Q_ExpandTemplate("%0", output, sizeof output, nullptr), 0);
     EXPECT_STREQ(output, "???");
@@ -124,4 +117,4 @@ TEST(Templates, AreLoadedFromResources) {
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

@@ -4,7 +4,7 @@
 
 #include "pass_helpers.h"
 
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
 const char richDocument[] =
@@ -26,16 +26,16 @@ TEST(DocumentPass, KeepsAFileThatDoesNotLoad) {
     const char* const inputs[] = {"", "no XML", "<a><b></a>", "<a/><b/>", "<a>&#0;</a>", "<!-- no root -->"};
     for (const char* input : inputs) {
         for (const bool decode : {false, true}) {
-            const TempTree tree;
-            tree.Put("f.xml", input);
+            const TestFolder tree;
+            tree.Write("f.xml", input);
             PublishParams record;
             std::string errorText;
             EXPECT_FALSE(ProcessXmlFile(tree.System("f.xml"), decode, record, errorText)) << input;
             EXPECT_FALSE(errorText.empty()) << input;
-            EXPECT_EQ(tree.Get("f.xml"), input);
+            EXPECT_EQ(tree.Read("f.xml"), input);
         }
     }
-    const TempTree tree;
+    const TestFolder tree;
     PublishParams record;
     std::string errorText;
     EXPECT_FALSE(ProcessXmlFile(tree.System("missing.xml"), true, record, errorText));
@@ -45,13 +45,13 @@ TEST(DocumentPass, KeepsAFileThatDoesNotLoad) {
 
 TEST(DocumentPass, NamesTheUndefinedEntityWhereNoDtdIsKnown) {
     for (const char* input : {"<a>&nbsp;</a>", "<!DOCTYPE a SYSTEM 'gone.dtd'><a t='&nbsp;'/>"}) {
-        const TempTree tree;
-        tree.Put("f.html", input);
+        const TestFolder tree;
+        tree.Write("f.html", input);
         PublishParams record;
         std::string errorText;
         EXPECT_FALSE(ProcessXmlFile(tree.System("f.html"), true, record, errorText));
         EXPECT_NE(errorText.find("undefined entity"), std::string::npos) << errorText;
-        EXPECT_EQ(tree.Get("f.html"), input);
+        EXPECT_EQ(tree.Read("f.html"), input);
     }
 }
 
@@ -136,8 +136,8 @@ TEST(DocumentPass, TakesTimeInProportionToDeepDocuments) {
 
 TEST(DocumentPass, EndsOnDeepDocuments) {
     constexpr std::size_t depth = 200000;
-    const TempTree tree;
-    tree.Put("f.xml", Repeated("<s t='1'>", depth) + "x" + Repeated("</s>", depth));
+    const TestFolder tree;
+    tree.Write("f.xml", Repeated("<s t='1'>", depth) + "x" + Repeated("</s>", depth));
     PublishParams record;
     record.attributes = {"t"};
     record.addXpath = true;
@@ -149,4 +149,4 @@ TEST(DocumentPass, EndsOnDeepDocuments) {
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

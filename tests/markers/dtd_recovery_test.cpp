@@ -7,7 +7,7 @@
 
 #include "markers/document_pass.h"
 #include "markers/xslt_run.h"
-#include "platform/temp_tree.h"
+#include "support/test_folder.h"
 #include "support/test_host.h"
 
 namespace ventrix::test {
@@ -58,30 +58,30 @@ TEST(DtdLookup, AsksTwiceAndTakesExactlyOneText) {
 }
 
 TEST(ReplaceInFile, ReplacesTheFirstOccurrenceOnly) {
-    const TempTree tree;
-    tree.Put("f", std::string("a\0$x$ $x$\r\n", 11));
+    const TestFolder tree;
+    tree.Write("f", std::string("a\0$x$ $x$\r\n", 11));
     ReplaceInFile(tree.System("f"), "$x$", "C:\\d.dtd");
-    EXPECT_EQ(tree.Get("f"), std::string("a\0C:\\d.dtd $x$\r\n", 16));
+    EXPECT_EQ(tree.Read("f"), std::string("a\0C:\\d.dtd $x$\r\n", 16));
     ReplaceInFile(tree.System("missing"), "a", "b");
-    EXPECT_FALSE(tree.Has("missing"));
+    EXPECT_FALSE(tree.Exists("missing"));
 }
 
 /// A document, a DTD and a host that knows both. What the stylesheet run writes is the test's to say.
 struct RepairCase {
     RepairCase() {
-        tree.Put("doc.dtd", "<!ENTITY product 'Pump 7'>");
-        tree.Put("doc.xml", document);
+        tree.Write("doc.dtd", "<!ENTITY product 'Pump 7'>");
+        tree.Write("doc.xml", document);
         host.log.clear();
         host.installationFolder = tree.System("host");
         host.onClient = [this](const std::string& command) {
             host.values = {Text(dtdAnswer)};
             if (output && command.starts_with("XSLT"))
-                tree.Put("doc.xml.ql.temp", *output);
+                tree.Write("doc.xml.ql.temp", *output);
         };
     }
 
     const std::string document = "<!DOCTYPE a SYSTEM 'gone.dtd'><a t='&product;'>x &product;</a>";
-    const TempTree tree;
+    const TestFolder tree;
     std::string dtdAnswer = tree.System("doc.dtd");
     std::optional<std::string> output = "<!DOCTYPE a SYSTEM \"$qldtdpath$\"><a>$qldtdpath$</a>";
     LinkedHost host;
@@ -90,9 +90,9 @@ struct RepairCase {
 TEST(RepairDoctype, RewritesTheDocumentWithThePathOfTheDtd) {
     RepairCase repair;
     EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
-    EXPECT_EQ(repair.tree.Get("doc.xml"),
+    EXPECT_EQ(repair.tree.Read("doc.xml"),
               "<!DOCTYPE a SYSTEM \"" + repair.dtdAnswer + "\"><a>$qldtdpath$</a>");
-    EXPECT_FALSE(repair.tree.Has("doc.xml.ql.temp"));
+    EXPECT_FALSE(repair.tree.Exists("doc.xml.ql.temp"));
     EXPECT_EQ(repair.host.log.back(),
               "InvokeClient QlXSLT: XSLTRunTrScenario -dontuseqlconsole -file \"" +
                   repair.tree.System("doc.xml") + "\" -xslfilepath \"" + *repair.host.installationFolder +
@@ -106,10 +106,10 @@ TEST(RepairDoctype, KeepsTheDocumentWithoutOutput) {
         repair.output = output;
         // What an interrupted run left behind is no output of this one.
         if (!output)
-            repair.tree.Put("doc.xml.ql.temp", "<old/>");
+            repair.tree.Write("doc.xml.ql.temp", "<old/>");
         EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
-        EXPECT_EQ(repair.tree.Get("doc.xml"), repair.document);
-        EXPECT_FALSE(repair.tree.Has("doc.xml.ql.temp"));
+        EXPECT_EQ(repair.tree.Read("doc.xml"), repair.document);
+        EXPECT_FALSE(repair.tree.Exists("doc.xml.ql.temp"));
     }
 }
 
@@ -122,14 +122,14 @@ TEST(RepairDoctype, KeepsTheOutputThatAFullDiskDoesNotLetMove) {
         repair.host.values = {Text(repair.dtdAnswer)};
         if (!command.starts_with("XSLT"))
             return;
-        repair.tree.Put("doc.xml.ql.temp", "<a/>");
+        repair.tree.Write("doc.xml.ql.temp", "<a/>");
         const rlimit full = {0, usual.rlim_max};
         ::setrlimit(RLIMIT_FSIZE, &full);
     };
     EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
     ::setrlimit(RLIMIT_FSIZE, &usual);
     std::signal(SIGXFSZ, usualHandler);
-    EXPECT_TRUE(repair.tree.Has("doc.xml") || repair.tree.Has("doc.xml.ql.temp"));
+    EXPECT_TRUE(repair.tree.Exists("doc.xml") || repair.tree.Exists("doc.xml.ql.temp"));
 }
 
 TEST(RepairDoctype, LeavesAFileOfAnUnknownDtdAlone) {
@@ -137,14 +137,14 @@ TEST(RepairDoctype, LeavesAFileOfAnUnknownDtdAlone) {
     repair.dtdAnswer.clear();
     EXPECT_FALSE(RepairDoctype(repair.tree.System("doc.xml")));
     EXPECT_EQ(repair.host.log.size(), 2U) << "no transformation";
-    EXPECT_EQ(repair.tree.Get("doc.xml"), repair.document);
+    EXPECT_EQ(repair.tree.Read("doc.xml"), repair.document);
 }
 
 TEST(RepairDoctype, EntersTheHostsNameOfADtdThatDoesNotExist) {
     RepairCase repair;
     repair.dtdAnswer = "C:\\nowhere\\x.dtd";
     EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
-    EXPECT_NE(repair.tree.Get("doc.xml").find("\"C:\\nowhere\\x.dtd\""), std::string::npos);
+    EXPECT_NE(repair.tree.Read("doc.xml").find("\"C:\\nowhere\\x.dtd\""), std::string::npos);
 }
 
 TEST(LoadWithRepair, ReadsTheEntitiesOfTheDtdThatTheHostNames) {
@@ -154,7 +154,7 @@ TEST(LoadWithRepair, ReadsTheEntitiesOfTheDtdThatTheHostNames) {
     record.attributes = {"t"};
     std::string errorText;
     EXPECT_TRUE(ProcessXmlFile(repair.tree.System("doc.xml"), false, record, errorText)) << errorText;
-    EXPECT_EQ(repair.tree.Get("doc.xml"),
+    EXPECT_EQ(repair.tree.Read("doc.xml"),
               "<!DOCTYPE a SYSTEM \"" + repair.dtdAnswer +
                   "\"><a t='&product;'>QL_STARTtQL_EQPump 7QL_TARGETQL_SEPQL_ENDx &product;</a>");
 }
@@ -169,7 +169,7 @@ TEST(LoadWithRepair, GivesUpWhereTheRepairDoesNotHelp) {
         EXPECT_FALSE(ProcessXmlFile(repair.tree.System("doc.xml"), false, record, errorText));
         EXPECT_FALSE(errorText.empty());
         EXPECT_EQ(repair.host.log.back().starts_with("InvokeClient QlXSLT"), *dtdAnswer != '\0');
-        EXPECT_EQ(repair.tree.Get("doc.xml"), repair.document);
+        EXPECT_EQ(repair.tree.Read("doc.xml"), repair.document);
     }
 }
 

@@ -1,12 +1,11 @@
 #include "markers/marker_format.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 
 #include "markers/marker_text.h"
+#include "support/text_rows.h"
 
-namespace ventrix {
+namespace ventrix::test {
 namespace {
 
 std::string Joined(const std::vector<std::string>& parts) {
@@ -23,18 +22,13 @@ std::string Repeated(std::string_view text, std::size_t count) {
     return result;
 }
 
-struct Row {
-    std::string input;
-    std::string output;
-};
-
 TEST(MarkerText, TrimBlanksKnowsFourBlanksOnly) {
-    const Row rows[] = {
+    const TextRow rows[] = {
         {"", ""},         {" ", ""},
         {" \t\r\n ", ""}, {"\n a b\t", "a b"},
         {"\v a", "\v a"}, {"\xC2\xA0 ", "\xC2\xA0"},
     };
-    for (const Row& row : rows) {
+    for (const TextRow& row : rows) {
         EXPECT_EQ(TrimBlanks(row.input), row.output);
         EXPECT_EQ(IsFilled(row.input), !row.output.empty());
     }
@@ -60,19 +54,15 @@ TEST(MarkerText, EscapesFiveCharactersAndTakesOneLevelAway) {
     UnescapeMarkup(text);
     EXPECT_EQ(text, "<a b=\"1\" c='2'>&amp;</a>");
 
-    const Row rows[] = {
+    const TextRow rows[] = {
         {"&amp;amp;", "&amp;"}, {"&amp;lt;", "&lt;"}, {"&#38;&nbsp;&", "&#38;&nbsp;&"}, {"&LT;", "&LT;"}};
-    for (const Row& row : rows) {
-        std::string unescaped = row.input;
-        UnescapeMarkup(unescaped);
-        EXPECT_EQ(unescaped, row.output);
-    }
+    ExpectRows(rows, [](std::string input) { return UnescapeMarkup(input), input; });
 }
 
 TEST(AttributeGroup, PrependMergesOnlyWithAClosedGroupAtTheFront) {
     const AttributeEntries entries = {"n", "v", "", "m", "w", "t"};
     const std::string written = "QL_STARTnQL_EQvQL_TARGETQL_SEPmQL_EQwQL_TARGETtQL_SEP";
-    const Row rows[] = {
+    const TextRow rows[] = {
         {"text", written + "QL_ENDtext"},
         {"", written + "QL_END"},
         {"QL_STARToldQL_ENDtext", written + "oldQL_ENDtext"},
@@ -80,11 +70,7 @@ TEST(AttributeGroup, PrependMergesOnlyWithAClosedGroupAtTheFront) {
         {"x QL_STARToldQL_ENDtext", written + "QL_ENDx QL_STARToldQL_ENDtext"},
         {"QL_STARTopen", written + "QL_ENDQL_STARTopen"},
     };
-    for (const Row& row : rows) {
-        std::string text = row.input;
-        PrependAttributeGroup(text, entries);
-        EXPECT_EQ(text, row.output);
-    }
+    ExpectRows(rows, [&](std::string text) { return PrependAttributeGroup(text, entries), text; });
     std::string untouched = "QL_STARTaQL_ENDb";
     PrependAttributeGroup(untouched, {});
     EXPECT_EQ(untouched, "QL_STARTaQL_ENDb");
@@ -139,7 +125,7 @@ TEST(AttributeGroup, ParseReadsTheFirstGroupUpToTheFirstFault) {
 }
 
 TEST(AttributeGroup, StripTakesEveryClosedGroup) {
-    const Row rows[] = {
+    const TextRow rows[] = {
         {"", ""},
         {"THAT", "THAT"},
         {"aQL_STARTxQL_ENDbQL_STARTyQL_ENDc", "abc"},
@@ -153,8 +139,7 @@ TEST(AttributeGroup, StripTakesEveryClosedGroup) {
         {"QL_STAQL_STARTxQL_ENDRTyQL_ENDz", "z"},
         {"QL_STAQL_STARTxQL_ENDRTy", "QL_STARTy"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(StripAttributeGroups(row.input), row.output) << row.input;
+    ExpectRows(rows, StripAttributeGroups);
 }
 
 TEST(ScopedGroups, ComposeAndTakeAgree) {
@@ -186,7 +171,7 @@ TEST(ScopedGroups, TakeStopsAtTheFirstTextAndDropsShortGroups) {
 }
 
 TEST(ElementGroups, SplitCutsBalancedGroups) {
-    const Row rows[] = {
+    const TextRow rows[] = {
         {"", "[]"},
         {"plain", "[plain]"},
         {"QL_ELEM_SaQL_ELEM_E", "[] [QL_ELEM_SaQL_ELEM_E] []"},
@@ -199,8 +184,7 @@ TEST(ElementGroups, SplitCutsBalancedGroups) {
         {"QL_ELEM_SaQL_ELEM_EbQL_ELEM_Sc", "[] [QL_ELEM_SaQL_ELEM_E] [bQL_ELEM_Sc]"},
         {"QL_ELEM_SaQL_ELEM_QL_ELEM_XQL_ELEM_Eb", "[] [QL_ELEM_SaQL_ELEM_QL_ELEM_XQL_ELEM_E] [b]"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(Joined(SplitElementGroups(row.input)), row.output);
+    ExpectRows(rows, [](const std::string& text) { return Joined(SplitElementGroups(text)); });
 }
 
 TEST(ElementGroups, WrappedXmlComesBack) {
@@ -212,14 +196,13 @@ TEST(ElementGroups, WrappedXmlComesBack) {
 }
 
 TEST(TagsValue, TokensEndAtTheWord) {
-    const Row rows[] = {
+    const TextRow rows[] = {
         {"", ""}, {"abc", ""}, {"aQL_SEPbQL_SEPc", "[a] [b]"}, {"QL_SEPQL_SEPaQL_SEP", "[] [] [a]"}};
-    for (const Row& row : rows)
-        EXPECT_EQ(Joined(SplitTagsValue(row.input)), row.output);
+    ExpectRows(rows, [](const std::string& text) { return Joined(SplitTagsValue(text)); });
 }
 
 TEST(MarkerWords, RemovalLeavesTheDataAndGoesOncePerWord) {
-    const Row rows[] = {
+    const TextRow rows[] = {
         {"plain", "plain"},
         {"QL_STARTaQL_EQbQL_TARGETcQL_SEPQL_ENDdQL_SA_SeQL_SA_EfQL_ELEM_SgQL_ELEM_Eh", "abcdefgh"},
         {"QL_SQL_SEPEP", ""},
@@ -228,8 +211,7 @@ TEST(MarkerWords, RemovalLeavesTheDataAndGoesOncePerWord) {
         {"QL_ENQL_ENDD", "QL_END"},
         {"ql_end QL_ QL_OTHER", "ql_end QL_ QL_OTHER"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(RemoveMarkerWords(row.input), row.output);
+    ExpectRows(rows, RemoveMarkerWords);
 }
 
 /// All that the reader does with one text.
@@ -285,4 +267,4 @@ TEST(MarkerReader, TakesTimeInProportionToTheText) {
 }
 
 }  // namespace
-}  // namespace ventrix
+}  // namespace ventrix::test

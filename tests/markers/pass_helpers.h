@@ -6,16 +6,16 @@
 #include <string>
 
 #include "markers/document_pass.h"
-#include "platform/temp_tree.h"
+#include "support/test_folder.h"
 
 inline std::string Pass(const std::string& xml, bool decode, ventrix::PublishParams& record) {
-    const TempTree tree;
-    tree.Put("docs/guide.xml", xml);
+    const ventrix::test::TestFolder tree;
+    tree.Write("docs/guide.xml", xml);
     record.packageBase = tree.System("map.xml");
     std::string errorText;
     EXPECT_TRUE(ventrix::ProcessXmlFile(tree.System("docs/guide.xml"), decode, record, errorText))
         << errorText;
-    return tree.Get("docs/guide.xml");
+    return tree.Read("docs/guide.xml");
 }
 
 inline std::string Encoded(const std::string& xml, ventrix::PublishParams record) {

@@ -7,9 +7,10 @@
 #include <csignal>
 #include <filesystem>
 
-#include "temp_tree.h"
+#include "support/test_folder.h"
 
 using namespace ventrix::platform;
+using ventrix::test::TestFolder;
 namespace fs = std::filesystem;
 
 namespace {
@@ -44,12 +45,12 @@ class FullDisk {
 };
 
 TEST(ListFolder, OrdersAsNtfs) {
-    const TempTree tree;
+    const TestFolder tree;
     // The underscore stands between capital and small letters, which tells upper-casing from lower-casing.
     // The micro sign stays where it is, since its capital is that of another letter.
     for (const char* name : {"b", "A", "a_", "aB", "Z", "z1", "10", "9", "\xC3\xA4", "\xC3\x9F", "_",
                              "\xC2\xB5", "\xF0\x9F\x98\x80", "\xEF\xBC\xA1"}) {
-        tree.Put(name, "");
+        tree.Write(name, "");
     }
     EXPECT_EQ(NamesIn(tree.System("")),
               (std::vector<std::string>{"10", "9", "A", "aB", "a_", "b", "Z", "z1", "_", "\xC2\xB5",
@@ -57,16 +58,16 @@ TEST(ListFolder, OrdersAsNtfs) {
 }
 
 TEST(ListFolder, TellsWhatEachEntryIs) {
-    const TempTree tree;
-    tree.Put("a.txt", "x");
-    tree.Put("b.txt", "x");
+    const TestFolder tree;
+    tree.Write("a.txt", "x");
+    tree.Write("b.txt", "x");
     tree.SetReadOnly("b.txt");
     fs::create_directory(tree.Native("dir"));
     fs::create_symlink("dir", tree.Native("link-dir"));
     fs::create_symlink("a.txt", tree.Native("link-file"));
     fs::create_symlink("nowhere", tree.Native("link-none"));
-    tree.Put("back\\slash", "");
-    tree.Put("latin-\xE4", "");
+    tree.Write("back\\slash", "");
+    tree.Write("latin-\xE4", "");
     std::vector<std::pair<std::string, std::uint32_t>> found;
     for (const FolderEntry& entry : ListFolder(tree.System("") + "\\")) {
         found.emplace_back(entry.name, entry.attributes);
@@ -84,8 +85,8 @@ TEST(ListFolder, TellsWhatEachEntryIs) {
 }
 
 TEST(Attributes, ReadAndWriteTheReadOnlyBit) {
-    const TempTree tree;
-    tree.Put("a", "");
+    const TestFolder tree;
+    tree.Write("a", "");
     fs::permissions(tree.Native("a"), fs::perms(0664));
     EXPECT_EQ(AttributesOf(tree.System("a")), 0u);
     EXPECT_EQ(SetAttributes(tree.System("a"), attributeReadOnly), errorNone);
@@ -100,8 +101,8 @@ TEST(Attributes, ReadAndWriteTheReadOnlyBit) {
 }
 
 TEST(Folders, CreateAndRemove) {
-    const TempTree tree;
-    tree.Put("file", "x");
+    const TestFolder tree;
+    tree.Write("file", "x");
     EXPECT_EQ(MakeFolder(tree.System("a")), errorNone);
     EXPECT_EQ(MakeFolder(tree.System("a") + "\\b\\"), errorNone);
     EXPECT_EQ(MakeFolder(tree.System("a")), errorAlreadyExists);
@@ -115,14 +116,14 @@ TEST(Folders, CreateAndRemove) {
     EXPECT_EQ(RemoveEmptyFolder(tree.System("a/b") + "\\"), errorNone);
     fs::create_symlink("a", tree.Native("link"));
     EXPECT_EQ(RemoveEmptyFolder(tree.System("link") + "\\"), errorNone);
-    EXPECT_TRUE(tree.Has("a"));
-    EXPECT_FALSE(tree.Has("link"));
+    EXPECT_TRUE(tree.Exists("a"));
+    EXPECT_FALSE(tree.Exists("link"));
 }
 
 TEST(RemoveFile, RefusesWhatThePlatformRefuses) {
-    const TempTree tree;
-    tree.Put("plain", "x");
-    tree.Put("locked", "x");
+    const TestFolder tree;
+    tree.Write("plain", "x");
+    tree.Write("locked", "x");
     tree.SetReadOnly("locked");
     fs::create_directory(tree.Native("dir"));
     fs::create_symlink("locked", tree.Native("link"));
@@ -134,35 +135,35 @@ TEST(RemoveFile, RefusesWhatThePlatformRefuses) {
     EXPECT_EQ(RemoveFile(tree.System("dir")), errorAccessDenied);
     EXPECT_EQ(RemoveFile(tree.System("link")), errorNone);
     EXPECT_EQ(RemoveFile(tree.System("dangling")), errorNone);
-    EXPECT_EQ(tree.Get("locked"), "x");
+    EXPECT_EQ(tree.Read("locked"), "x");
     EXPECT_EQ(tree.Count(), 2);
 }
 
 TEST(CopyFileOver, ReplacesAndKeepsPermissions) {
-    const TempTree tree;
+    const TestFolder tree;
     const std::string big(200000, 'q');
-    tree.Put("from", big);
+    tree.Write("from", big);
     fs::permissions(tree.Native("from"), fs::perms(0754));
-    tree.Put("to", "old");
+    tree.Write("to", "old");
     fs::create_symlink("to", tree.Native("link"));
     EXPECT_EQ(CopyFileOver(tree.System("from"), tree.System("new")), errorNone);
-    EXPECT_EQ(tree.Get("new"), big);
+    EXPECT_EQ(tree.Read("new"), big);
     EXPECT_EQ(ModeOf(tree.Native("new")) & 0700, 0700u);
     EXPECT_EQ(CopyFileOver(tree.System("from"), tree.System("link")), errorNone);
     EXPECT_TRUE(fs::is_symlink(tree.Native("link")));
-    EXPECT_EQ(tree.Get("to"), big);
+    EXPECT_EQ(tree.Read("to"), big);
     EXPECT_EQ(tree.Count(), 4);
 
-    tree.Put("locked", "");
+    tree.Write("locked", "");
     tree.SetReadOnly("locked");
     EXPECT_EQ(CopyFileOver(tree.System("locked"), tree.System("locked copy")), errorNone);
     EXPECT_EQ(AttributesOf(tree.System("locked copy")), attributeReadOnly);
 }
 
 TEST(CopyFileOver, RefusesWithoutHarm) {
-    const TempTree tree;
-    tree.Put("a", "content");
-    tree.Put("locked", "kept");
+    const TestFolder tree;
+    tree.Write("a", "content");
+    tree.Write("locked", "kept");
     tree.SetReadOnly("locked");
     fs::create_directory(tree.Native("dir"));
     ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
@@ -181,28 +182,28 @@ TEST(CopyFileOver, RefusesWithoutHarm) {
         EXPECT_EQ(CopyFileOver(tree.System(row.source), tree.System(row.target)), row.error)
             << row.source << " to " << row.target;
     }
-    EXPECT_EQ(tree.Get("a"), "content");
-    EXPECT_EQ(tree.Get("locked"), "kept");
+    EXPECT_EQ(tree.Read("a"), "content");
+    EXPECT_EQ(tree.Read("locked"), "kept");
     EXPECT_EQ(tree.Count(), 4);
 }
 
 TEST(WholeFiles, AFullDiskLeavesTheOldContent) {
-    const TempTree tree;
+    const TestFolder tree;
     const std::string big(100000, 'n');
-    tree.Put("big", big);
-    tree.Put("target", "old");
+    tree.Write("big", big);
+    tree.Write("target", "old");
     {
         const FullDisk full(50000);
         EXPECT_NE(WriteWholeFile(tree.System("target"), big), errorNone);
         EXPECT_NE(CopyFileOver(tree.System("big"), tree.System("target")), errorNone);
         EXPECT_NE(CopyFileOver(tree.System("big"), tree.System("new")), errorNone);
     }
-    EXPECT_EQ(tree.Get("target"), "old");
+    EXPECT_EQ(tree.Read("target"), "old");
     EXPECT_EQ(tree.Count(), 2);
 }
 
 TEST(WholeFiles, WriteAndRead) {
-    const TempTree tree;
+    const TestFolder tree;
     const std::string bytes("a\0b\r\n\xFF", 6);
     std::string read = "kept";
     EXPECT_EQ(WriteWholeFile(tree.System("new"), bytes), errorNone);
@@ -211,7 +212,7 @@ TEST(WholeFiles, WriteAndRead) {
     fs::permissions(tree.Native("new"), fs::perms(0666));
     EXPECT_EQ(WriteWholeFile(tree.System("new"), ""), errorNone);
     EXPECT_EQ(ModeOf(tree.Native("new")), 0666u);
-    EXPECT_EQ(tree.Get("new"), "");
+    EXPECT_EQ(tree.Read("new"), "");
     EXPECT_EQ(ReadWholeFile(tree.System("none"), read), errorFileNotFound);
     EXPECT_EQ(ReadWholeFile(tree.System(""), read), errorAccessDenied);
     EXPECT_EQ(read, bytes);
@@ -223,8 +224,8 @@ TEST(WholeFiles, WriteAndRead) {
 }
 
 TEST(OpensForReading, OnlyFiles) {
-    const TempTree tree;
-    tree.Put("file", "");
+    const TestFolder tree;
+    tree.Write("file", "");
     ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
     EXPECT_TRUE(OpensForReading(tree.System("file")));
     for (const char* name : {"none", "pipe", "", "file/x"}) {
@@ -233,7 +234,7 @@ TEST(OpensForReading, OnlyFiles) {
 }
 
 TEST(LongNames, ReachTheMachinesLimitsAndNoFurther) {
-    const TempTree tree;
+    const TestFolder tree;
     const std::string name(250, 'n');
     std::string folder = tree.System("");
     while (folder.size() < 3000) {
@@ -249,8 +250,8 @@ TEST(LongNames, ReachTheMachinesLimitsAndNoFurther) {
 }
 
 TEST(Paths, LongFormAndAbsoluteForm) {
-    const TempTree tree;
-    tree.Put("a.dtd", "");
+    const TestFolder tree;
+    tree.Write("a.dtd", "");
     EXPECT_EQ(LongPath(tree.System("a.dtd")), tree.System("a.dtd"));
     EXPECT_EQ(LongPath(tree.System("none.dtd")), "");
     const fs::path before = fs::current_path();

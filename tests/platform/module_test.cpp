@@ -7,9 +7,10 @@
 
 #include "platform/drives.h"
 #include "platform/library.h"
-#include "temp_tree.h"
+#include "support/test_folder.h"
 
 using namespace ventrix::platform;
+using ventrix::test::TestFolder;
 
 namespace {
 
@@ -106,25 +107,24 @@ TEST(ResourceScript, HoldsTheModulesTexts) {
 }
 
 TEST(ResourceGenerator, KeepsEveryCharacter) {
-    const TempTree tree;
-    tree.Put("strings.txt", "# left out\n\n12 a \"b\" \\n;[c];;${PATH}  \n65535 =\n");
+    const TestFolder tree;
+    tree.Write("strings.txt", "# left out\n\n12 a \"b\" \\n;[c];;${PATH}  \n65535 =\n");
     const auto generate = [&](const std::string& strings) {
-        const std::string command = std::string(VENTRIX_CMAKE) +
-                                    " -DSTRINGS=" + tree.Native(strings).string() +
-                                    " -DVERSION= -DTABLE=" + tree.Native("t.cpp").string() +
-                                    " -DSCRIPT=" + tree.Native("s.rc").string() + " -P " +
-                                    VENTRIX_RESOURCE_GENERATOR + " >/dev/null 2>&1";
+        const std::string command = std::string(VENTRIX_CMAKE) + " -DSTRINGS=" + tree.Native(strings) +
+                                    " -DVERSION= -DTABLE=" + tree.Native("t.cpp") +
+                                    " -DSCRIPT=" + tree.Native("s.rc") + " -P " + VENTRIX_RESOURCE_GENERATOR +
+                                    " >/dev/null 2>&1";
         return std::system(command.c_str());
     };
     ASSERT_EQ(generate("strings.txt"), 0);
     EXPECT_NE(
-        tree.Get("t.cpp").find("    {12, u\"a \\\"b\\\" \\\\n;[c];;${PATH}  \"},\n    {65535, u\"=\"},\n"),
+        tree.Read("t.cpp").find("    {12, u\"a \\\"b\\\" \\\\n;[c];;${PATH}  \"},\n    {65535, u\"=\"},\n"),
         std::string::npos)
-        << tree.Get("t.cpp");
-    EXPECT_NE(tree.Get("s.rc").find("    12 L\"a \"\"b\"\" \\\\n;[c];;${PATH}  \"\n"), std::string::npos)
-        << tree.Get("s.rc");
-    EXPECT_EQ(tree.Get("s.rc").find("VERSIONINFO"), std::string::npos);
-    tree.Put("bad.txt", "twelve text\n");
+        << tree.Read("t.cpp");
+    EXPECT_NE(tree.Read("s.rc").find("    12 L\"a \"\"b\"\" \\\\n;[c];;${PATH}  \"\n"), std::string::npos)
+        << tree.Read("s.rc");
+    EXPECT_EQ(tree.Read("s.rc").find("VERSIONINFO"), std::string::npos);
+    tree.Write("bad.txt", "twelve text\n");
     EXPECT_NE(generate("bad.txt"), 0);
 }
 

@@ -7,9 +7,10 @@
 #include <csignal>
 
 #include "platform/environment.h"
-#include "temp_tree.h"
+#include "support/test_folder.h"
 
 using namespace ventrix::platform;
+using ventrix::test::TestFolder;
 namespace fs = std::filesystem;
 
 namespace {
@@ -58,14 +59,9 @@ TEST(CommandLine, PathsReachTheProgramInNativeNotation) {
     EXPECT_EQ(NativeArguments(drives, {}), Texts{});
 }
 
-void PutProgram(const TempTree& tree, const std::string& name, const std::string& content) {
-    tree.Put(name, content);
-    fs::permissions(tree.Native(name), fs::perms(0755));
-}
-
 /// Starts the program of a tree with one argument and gives its exit code, or the negative number of the
 /// error.
-int ExitOf(const TempTree& tree, const std::string& name, const std::string& argument = "x") {
+int ExitOf(const TestFolder& tree, const std::string& name, const std::string& argument = "x") {
     ProcessHandle process;
     const ErrorCode error = StartProcess("\"" + tree.System(name) + "\" \"" + argument + "\"", process);
     EXPECT_EQ(process.id != 0, error == errorNone);
@@ -73,21 +69,21 @@ int ExitOf(const TempTree& tree, const std::string& name, const std::string& arg
 }
 
 TEST(StartProcess, ScriptsGetTheDocumentInNativeNotation) {
-    const TempTree tree;
+    const TestFolder tree;
     const std::string body = "printf '%s|%s' \"$#\" \"$1\" >\"$(dirname \"$0\")/out\"\nexit 7\n";
-    PutProgram(tree, "with line/a b.sh", "#!/bin/sh\n" + body);
-    PutProgram(tree, "without line.sh", body);
+    tree.WriteProgram("with line/a b.sh", "#!/bin/sh\n" + body);
+    tree.WriteProgram("without line.sh", body);
     const std::string document = tree.System("doc ument.xml");
     EXPECT_EQ(ExitOf(tree, "with line/a b.sh", document), 7);
-    EXPECT_EQ(tree.Get("with line/out"), "1|" + tree.Native("doc ument.xml").string());
+    EXPECT_EQ(tree.Read("with line/out"), "1|" + tree.Native("doc ument.xml"));
     EXPECT_EQ(ExitOf(tree, "without line.sh", document), 7);
-    EXPECT_EQ(tree.Get("out"), "1|" + tree.Native("doc ument.xml").string());
+    EXPECT_EQ(tree.Read("out"), "1|" + tree.Native("doc ument.xml"));
 }
 
 TEST(StartProcess, InheritsEnvironmentAndFolderButNoInputAndNoFiles) {
-    const TempTree tree;
-    PutProgram(tree, "true",
-               "#!/bin/sh\ncat\npwd >\"$1\"\necho \"$VENTRIX_PROBE\" >>\"$1\"\n[ ! -e /proc/self/fd/77 ]\n");
+    const TestFolder tree;
+    tree.WriteProgram(
+        "true", "#!/bin/sh\ncat\npwd >\"$1\"\necho \"$VENTRIX_PROBE\" >>\"$1\"\n[ ! -e /proc/self/fd/77 ]\n");
     SetEnvironmentValue("VENTRIX_PROBE", "from the host");
     const int open = ::fcntl(STDERR_FILENO, F_DUPFD, 77);
     ASSERT_EQ(open, 77);
@@ -99,23 +95,22 @@ TEST(StartProcess, InheritsEnvironmentAndFolderButNoInputAndNoFiles) {
     fs::current_path(before);
     ::close(open);
     RemoveEnvironmentValue("VENTRIX_PROBE");
-    EXPECT_EQ(tree.Get("out"), tree.Native("").string() + "\nfrom the host\n");
+    EXPECT_EQ(tree.Read("out"), tree.Native("") + "\nfrom the host\n");
     EXPECT_EQ(WaitForProcess(process), -1);
 }
 
 TEST(StartProcess, FailuresHaveThePlatformsNumbers) {
-    const TempTree tree;
-    tree.Put("not executable", "#!/bin/sh\n");
-    PutProgram(tree, "binary",
-               std::string("\x7F"
-                           "ELF\0\0\0\0garbage",
-                           15));
-    PutProgram(tree, "empty", "");
-    PutProgram(tree, "lost interpreter", "#!/no/such/interpreter\n");
+    const TestFolder tree;
+    tree.Write("not executable", "#!/bin/sh\n");
+    tree.WriteProgram("binary", std::string("\x7F"
+                                            "ELF\0\0\0\0garbage",
+                                            15));
+    tree.WriteProgram("empty", "");
+    tree.WriteProgram("lost interpreter", "#!/no/such/interpreter\n");
     // A signal that the host ignores ends a script all the same.
     std::signal(SIGPIPE, SIG_IGN);
-    PutProgram(tree, "reader gone", "#!/bin/sh\nkill -PIPE $$\n");
-    PutProgram(tree, "killed", "#!/bin/sh\nkill -TERM $$\n");
+    tree.WriteProgram("reader gone", "#!/bin/sh\nkill -PIPE $$\n");
+    tree.WriteProgram("killed", "#!/bin/sh\nkill -TERM $$\n");
     EXPECT_EQ(ExitOf(tree, "none"), -2);
     EXPECT_EQ(ExitOf(tree, "none/none"), -3);
     EXPECT_EQ(ExitOf(tree, ""), -5);

@@ -7,25 +7,26 @@
 #include "platform/files.h"
 #include "platform/temp_files.h"
 #include "platform/text_stream.h"
-#include "temp_tree.h"
+#include "support/test_folder.h"
 
 using namespace ventrix::platform;
+using ventrix::test::TestFolder;
 
 namespace {
 
 TEST(TextStream, AppendsLinesThatEndInCrLf) {
-    const TempTree tree;
-    tree.Put("log", "before\r\n");
+    const TestFolder tree;
+    tree.Write("log", "before\r\n");
     TextStream log(tree.System("log"));
     ASSERT_TRUE(log.IsOpen());
     log.Write("Fehler:");
-    EXPECT_EQ(tree.Get("log"), "before\r\n");
+    EXPECT_EQ(tree.Read("log"), "before\r\n");
     log.Write("a\nb");
-    EXPECT_EQ(tree.Get("log"), "before\r\nFehler:a\r\n");
+    EXPECT_EQ(tree.Read("log"), "before\r\nFehler:a\r\n");
     TextStream other(tree.System("log"));
     other.EndLine();
     log.EndLine();
-    EXPECT_EQ(tree.Get("log"), "before\r\nFehler:a\r\n\r\nb\r\n");
+    EXPECT_EQ(tree.Read("log"), "before\r\nFehler:a\r\n\r\nb\r\n");
     log.Write("rest");
     other.Close();
     TextStream moved = std::move(log);
@@ -33,12 +34,12 @@ TEST(TextStream, AppendsLinesThatEndInCrLf) {
     moved.Close();
     EXPECT_FALSE(moved.IsOpen());
     moved.Write("dropped\n");
-    EXPECT_EQ(tree.Get("log"), "before\r\nFehler:a\r\n\r\nb\r\nrest");
+    EXPECT_EQ(tree.Read("log"), "before\r\nFehler:a\r\n\r\nb\r\nrest");
     EXPECT_EQ(RemoveFile(tree.System("log")), errorNone);
 }
 
 TEST(TextStream, AnUnusablePathLeavesItClosed) {
-    const TempTree tree;
+    const TestFolder tree;
     ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
     for (const std::string& path :
          {std::string(), tree.System(""), tree.System("none/log"), tree.System("pipe")}) {
@@ -51,7 +52,7 @@ TEST(TextStream, AnUnusablePathLeavesItClosed) {
 }
 
 TEST(FileHandle, OpenModes) {
-    const TempTree tree;
+    const TestFolder tree;
     const struct {
         FileAccess access;
         FileDisposition disposition;
@@ -63,23 +64,23 @@ TEST(FileHandle, OpenModes) {
         {FileAccess::readWrite, FileDisposition::createAlways, true, ""},
     };
     for (const auto& row : rows) {
-        tree.Put("file", "0123456789");
+        tree.Write("file", "0123456789");
         std::filesystem::remove(tree.Native("missing"));
         const FileHandle file = OpenFileHandle(tree.System("file"), row.access, row.disposition);
         EXPECT_GT(file, 0);
         EXPECT_EQ(SeekHandle(file, 0, SeekOrigin::current), 0u);
-        EXPECT_EQ(tree.Get("file"), row.contentAfter);
+        EXPECT_EQ(tree.Read("file"), row.contentAfter);
         CloseFileHandle(file);
         const FileHandle missing = OpenFileHandle(tree.System("missing"), row.access, row.disposition);
         EXPECT_EQ(missing != 0, row.opensMissing);
-        EXPECT_EQ(tree.Has("missing"), row.opensMissing);
+        EXPECT_EQ(tree.Exists("missing"), row.opensMissing);
         CloseFileHandle(missing);
     }
     EXPECT_EQ(OpenFileHandle(tree.System(""), FileAccess::read, FileDisposition::openExisting), 0);
 }
 
 TEST(FileHandle, ReadsWritesAndSeeks) {
-    const TempTree tree;
+    const TestFolder tree;
     const FileHandle file =
         OpenFileHandle(tree.System("f"), FileAccess::readWrite, FileDisposition::createAlways);
     ASSERT_NE(file, 0);
@@ -103,8 +104,8 @@ TEST(FileHandle, ReadsWritesAndSeeks) {
 }
 
 TEST(TempFiles, AreNewAndEmpty) {
-    const TempTree tree;
-    SetEnvironmentValue("TMPDIR", tree.Native("").string());
+    const TestFolder tree;
+    SetEnvironmentValue("TMPDIR", tree.Native(""));
     EXPECT_EQ(TempFolder(), tree.System("") + "\\");
     const std::string a = MakeTempFile(TempFolder(), "QLTX");
     const std::string b = MakeTempFile(TempFolder(), "QLT");

@@ -6,28 +6,25 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <string>
 #include <vector>
 
-#include "platform/drives.h"
+#include "support/test_folder.h"
 
 namespace ventrix::test {
 
 class TestDrives {
   public:
-    TestDrives() : former_(platform::ProcessDrives()), root_(MakeRoot()) {
-        const std::string root = root_.string();
+    TestDrives() {
+        for (const char* drive : {"c", "d", "server"}) {
+            std::filesystem::create_directory(root_.Native(drive));
+        }
         platform::SetProcessDrives({{R"(Z:\)", "/"},
-                                    {R"(C:\)", root + "/c"},
-                                    {R"(D:\)", root + "/d"},
-                                    {R"(\\server\)", root + "/server"}});
+                                    {R"(C:\)", root_.Native("c")},
+                                    {R"(D:\)", root_.Native("d")},
+                                    {R"(\\server\)", root_.Native("server")}});
     }
-    ~TestDrives() {
-        platform::SetProcessDrives(former_);
-        std::error_code ignored;
-        std::filesystem::remove_all(root_, ignored);
-    }
+    ~TestDrives() { platform::SetProcessDrives(former_); }
     TestDrives(const TestDrives&) = delete;
     TestDrives& operator=(const TestDrives&) = delete;
 
@@ -69,17 +66,8 @@ class TestDrives {
     }
 
   private:
-    static std::filesystem::path MakeRoot() {
-        const auto root = std::filesystem::temp_directory_path() /
-                          ("ventrix-test-" + std::to_string(std::random_device()()));
-        for (const char* drive : {"c", "d", "server"}) {
-            std::filesystem::create_directories(root / drive);
-        }
-        return root;
-    }
-
-    platform::DriveTable former_;
-    std::filesystem::path root_;
+    const platform::DriveTable former_ = platform::ProcessDrives();
+    const TestFolder root_;
 };
 
 }  // namespace ventrix::test
