@@ -91,25 +91,10 @@ TEST_F(NotificationsTest, CutsTheTextOfNotification75) {
         {"whole", "[whole]<null><null><null><null><null> 0 "},
         {"", "[]<null><null><null><null><null> 0 "},
         {nullptr, "[]<null><null><null><null><null> 0 "},
-        {"a\x1E", "[a][]<null><null><null><null> 0 "},
-        {"a\x1E\x1E"
-         "c",
-         "[a][][c]<null><null><null> 0 "},
-        {"1\x1E"
-         "2\x1E"
-         "3\x1E"
-         "4\x1E"
-         "5\x1E"
-         "6",
-         "[1][2][3][4][5][6] 0 "},
-        {"1\x1E"
-         "2\x1E"
-         "3\x1E"
-         "4\x1E"
-         "5\x1E"
-         "6\x1E"
-         "7\x1E",
-         "[1][2][3][4][5][6] 2 [7][]"},
+        {"a\036", "[a][]<null><null><null><null> 0 "},
+        {"a\036\036c", "[a][][c]<null><null><null> 0 "},
+        {"1\0362\0363\0364\0365\0366", "[1][2][3][4][5][6] 0 "},
+        {"1\0362\0363\0364\0365\0366\0367\036", "[1][2][3][4][5][6] 2 [7][]"},
     };
     for (const auto& row : rows) {
         callbackLog.clear();
@@ -117,13 +102,8 @@ TEST_F(NotificationsTest, CutsTheTextOfNotification75) {
         EXPECT_EQ(callbackLog, Lines({"Notify 75 9 " + std::string(row.record) + " 1"}));
     }
     callbackLog.clear();
-    object_->Notify(76, 9,
-                    "a\x1E"
-                    "b",
-                    1);
-    EXPECT_EQ(callbackLog, Lines({"Notify 76 9 [a\x1E"
-                                  "b] 1"}))
-        << "no other number is cut";
+    object_->Notify(76, 9, "a\036b", 1);
+    EXPECT_EQ(callbackLog, Lines({"Notify 76 9 [a\036b] 1"})) << "no other number is cut";
 }
 
 TEST_F(NotificationsTest, HandsOutTheModulesResources) {

@@ -1,11 +1,9 @@
 // Runs the client "Dita OT" over documents in a test's folder.
 #pragma once
 
-#include <libxml/xpath.h>
-
 #include "desk/clients/dita_ot_client.h"
-#include "desk/documents/xml_handles.h"
 #include "desk/folder_fixture.h"
+#include "support/page_query.h"
 
 namespace ventrix::desk {
 
@@ -25,24 +23,15 @@ class DitaClient : public FolderFixture {
     std::string Page(const std::string& name) const { return Read("out/xhtml/" + name); }
     std::string Log() const { return Read("out/buildlog-xhtml.txt"); }
 
-    /// The string value of an XPath over a page, which must be well-formed.
+    /// The value of an XPath over a page, or of the first node that it finds.
     std::string Query(const std::string& page, const std::string& xpath) const {
         std::string text = Page(page);
         const std::string space = " xmlns=\"http://www.w3.org/1999/xhtml\"";
         if (const std::size_t at = text.find(space); at != std::string::npos) {
             text.erase(at, space.size());
         }
-        const XmlDocument document(xmlReadMemory(text.data(), static_cast<int>(text.size()), "page", nullptr,
-                                                 XML_PARSE_NONET | XML_PARSE_NOERROR));
-        if (document == nullptr) {
-            return "no page " + page;
-        }
-        xmlXPathContext* context = xmlXPathNewContext(document.get());
-        xmlXPathObject* value = xmlXPathEvalExpression(Xml(xpath.c_str()), context);
-        const XmlText result(xmlXPathCastToString(value));
-        xmlXPathFreeObject(value);
-        xmlXPathFreeContext(context);
-        return std::string(View(result.get()));
+        const test::Texts found = test::Found(text, xpath);
+        return found.empty() ? "" : found.front();
     }
     TransformationRecord record_;
     std::string toolkit_ = "builtin";

@@ -101,20 +101,6 @@ TEST(DeskHostTest, ListsTheFilesOfADocumentWithTheirFlags) {
     EXPECT_EQ(host.Calls().back(), "SendReply");
 }
 
-TEST(DeskHostTest, DeliversOtherNotificationsWithoutAReply) {
-    DeskHost host({}, {});
-    ASSERT_EQ(host.LoadModule(VENTRIX_MODULE), "");
-    const std::size_t before = host.Calls().size();
-    for (const std::int32_t number : {14, 53, 97, 0, -1}) {
-        host.Notify(number, 1, "Publish -docId 1", 0);
-    }
-    host.Notify(75, 1,
-                "a\x1E"
-                "b",
-                0);
-    EXPECT_EQ(host.Calls().size(), before);
-}
-
 /// 0 for a Validate that went well and left no reference behind.
 int ValidateInAHostThatOwnsResults() {
     const test::TestFolder folder;

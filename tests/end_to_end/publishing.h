@@ -3,45 +3,20 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <libxml/xpath.h>
 
 #include <map>
-#include <sstream>
 
 #include "desk/clients/dispatcher_client.h"
 #include "desk/clients/dita_ot_client.h"
 #include "desk/clients/xslt_client.h"
-#include "desk/documents/xml_handles.h"
 #include "desk/host/desk_host.h"
+#include "support/page_query.h"
 #include "support/test_drives.h"
 
 namespace ventrix::test {
 
 inline constexpr const char* markerWords[] = {"QL_START", "QL_END",  "QL_EQ",     "QL_TARGET", "QL_SEP",
                                               "QL_SA_S",  "QL_SA_E", "QL_ELEM_S", "QL_ELEM_E"};
-
-using Texts = std::vector<std::string>;
-
-/// The string value of each node that an XPath finds in a page.
-inline Texts Found(const std::string& page, const std::string& xpath) {
-    const desk::XmlDocument document(
-        xmlReadMemory(page.data(), static_cast<int>(page.size()), "page", nullptr, XML_PARSE_NONET));
-    Texts texts;
-    if (document == nullptr) {
-        ADD_FAILURE() << "not well-formed: " << page.substr(0, 200);
-        return texts;
-    }
-    xmlXPathContext* context = xmlXPathNewContext(document.get());
-    xmlXPathObject* value = xmlXPathEvalExpression(desk::Xml(xpath.c_str()), context);
-    const xmlNodeSet* nodes = value->nodesetval;
-    for (int i = 0; nodes != nullptr && i < nodes->nodeNr; ++i) {
-        const desk::XmlText text(xmlXPathCastNodeToString(nodes->nodeTab[i]));
-        texts.emplace_back(desk::View(text.get()));
-    }
-    xmlXPathFreeObject(value);
-    xmlXPathFreeContext(context);
-    return texts;
-}
 
 class Publishing : public testing::Test {
   protected:
@@ -65,19 +40,17 @@ class Publishing : public testing::Test {
             ADD_FAILURE() << "no reply";
             return pages;
         }
-        const std::filesystem::path folder = drives_.Native(std::get<std::string>((*reply)[1]));
+        EXPECT_EQ(std::get<std::int32_t>((*reply)[0]), 0);
+        resultFolder_ = std::get<std::string>((*reply)[1]);
+        const std::filesystem::path folder = drives_.Native(resultFolder_);
         for (const auto& entry :
              std::filesystem::recursive_directory_iterator(drives_.Native(R"(C:\out\)"))) {
             if (entry.path().extension() == ".html") {
-                pages[entry.path().lexically_relative(folder).string()] = ReadNative(entry.path());
+                pages[entry.path().lexically_relative(folder).string()] =
+                    drives_.Read(*platform::ToSystem(entry.path().string()));
             }
         }
         return pages;
-    }
-    static std::string ReadNative(const std::filesystem::path& path) {
-        std::ostringstream content;
-        content << std::ifstream(path, std::ios::binary).rdbuf();
-        return content.str();
     }
     void CopyExamples() {
         std::filesystem::copy(VENTRIX_EXAMPLES_FOLDER, drives_.Native(R"(C:\src)"),
@@ -91,7 +64,8 @@ class Publishing : public testing::Test {
         }
     }
     TestDrives drives_;
-    std::string catalog_;  ///< Native; empty for the machine's own only.
+    std::string catalog_;       ///< Native; empty for the machine's own only.
+    std::string resultFolder_;  ///< Of the last reply.
     desk::TransformationRecord record_;
 };
 

@@ -110,16 +110,6 @@ TEST_F(ChannelStream, ReadsWritesAndMoves) {
     EXPECT_EQ(moved, 0u);
 }
 
-TEST_F(ChannelStream, LeavesTheRestUnimplemented) {
-    IStream* copy = nullptr;
-    EXPECT_EQ(stream_->SetSize({}), E_NOTIMPL);
-    EXPECT_EQ(stream_->Commit(0), E_NOTIMPL);
-    EXPECT_EQ(stream_->Revert(), E_NOTIMPL);
-    EXPECT_EQ(stream_->LockRegion({}, {}, 0), E_NOTIMPL);
-    EXPECT_EQ(stream_->UnlockRegion({}, {}, 0), E_NOTIMPL);
-    EXPECT_EQ(stream_->Clone(&copy), E_NOTIMPL);
-}
-
 TEST_F(ChannelStream, AnswersForItsInterfacesWithOneCount) {
     void* stream = nullptr;
     EXPECT_EQ(stream_->QueryInterface(IID_IStream, &stream), S_OK);

@@ -112,10 +112,7 @@ TEST(Convert, SymbolSetsAreReadByTheirTables) {
     };
     const Row rows[] = {
         {13, "!\"$-\xA0\x61\xFE", u"!\u2200\u2203\u2212\u20AC\u03B1\u23AD"},
-        {13,
-         "a\x7F\xFF\x80\xF0"
-         "b",
-         u"\u03B1\u03B2"},  // bytes without a character
+        {13, "a\x7F\xFF\x80\360b", u"\u03B1\u03B2"},  // bytes without a character
         {14, "!%*\xFE\xAC\x7E", u"\u2701\u260E\u261B\u27BE\u2460\u275E"},
         {15, " !\xA0\xA1", u"\uF020\uF021\uF0A7\uF0A1"},
         {15, "\t!", u"\t\uF021"},

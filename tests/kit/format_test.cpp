@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <limits>
 #include <random>
 #include <string>
@@ -93,28 +94,19 @@ void SameByType(std::mt19937& random, const std::string& head) {
     constexpr const char* texts[] = {"", "a", "äöü", "a somewhat longer text with %d in it"};
     constexpr double numbers[] = {0,     -0.0,       1,        -1.5,
                                   1e300, 3.14159e-7, 12345678, std::numeric_limits<double>::infinity()};
-    switch (random() % 10) {
-        case 0:
-            return SameInteger<int>(random, head, "");
-        case 1:
-            return SameInteger<int>(random, head, "h");
-        case 2:
-            return SameInteger<int>(random, head, "hh");
-        case 3:
-            return SameInteger<long>(random, head, "l");
-        case 4:
-            return SameInteger<long long>(random, head, "ll");
-        case 5:
-            return SameInteger<std::intmax_t>(random, head, "j");
-        case 6:
-            return SameInteger<std::ptrdiff_t>(random, head, random() % 2 == 0 ? "z" : "t");
-        case 7:
-            return Same("x" + head + 's', texts[random() % 4]);
-        case 8:
-            return Same(head + "eEfgG"[random() % 5] + "%%", numbers[random() % 8]);
-        default:
-            return Same(head + 'c', 'a' + static_cast<int>(random() % 26));
-    }
+    const std::function<void()> kinds[] = {
+        [&] { SameInteger<int>(random, head, ""); },
+        [&] { SameInteger<int>(random, head, "h"); },
+        [&] { SameInteger<int>(random, head, "hh"); },
+        [&] { SameInteger<long>(random, head, "l"); },
+        [&] { SameInteger<long long>(random, head, "ll"); },
+        [&] { SameInteger<std::intmax_t>(random, head, "j"); },
+        [&] { SameInteger<std::ptrdiff_t>(random, head, random() % 2 == 0 ? "z" : "t"); },
+        [&] { Same("x" + head + 's', texts[random() % 4]); },
+        [&] { Same(head + "eEfgG"[random() % 5] + "%%", numbers[random() % 8]); },
+        [&] { Same(head + 'c', 'a' + static_cast<int>(random() % 26)); },
+    };
+    kinds[random() % 10]();
 }
 
 // Whatever both can do comes out alike; their differences stand in the tests above.

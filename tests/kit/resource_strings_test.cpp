@@ -56,9 +56,7 @@ TEST_F(ResourceStrings, CarryByteEscapes) {
 
 TEST_F(ResourceStrings, ComeInTheNarrowEncodingOtherwise) {
     EncodingScope scope("QuorlRoman");
-    EXPECT_EQ(Load(2, 1023, 0),
-              "\x8A"
-              "A\xD2%M%LZZ");
+    EXPECT_EQ(Load(2, 1023, 0), "\212A\xD2%M%LZZ");
     EXPECT_EQ(Load(16, 1023, 1), "");
 }
 

@@ -23,15 +23,6 @@ TEST(Strings, NullReadsAsTheEmptyText) {
     EXPECT_EQ(Q_StrChr(nullptr, 'a'), nullptr);
 }
 
-TEST(Strings, NullDestinationDoesNothing) {
-    Q_StrCopy(nullptr, "a");
-    Q_StrCat(nullptr, "a");
-    Q_StrCatN(nullptr, "a", 5);
-    Q_StrTrunc(nullptr, 0);
-    EXPECT_EQ(Q_StrCopyN(nullptr, "a", 5), 0u);
-    EXPECT_EQ(Q_StrCatChar(nullptr, 'a', 5), 0u);
-}
-
 TEST(Strings, CopyAndAppendStayInTheirRoom) {
     struct Row {
         const char* start;

@@ -106,25 +106,6 @@ TEST(DecodingWalk, ClearsEveryText) {
               "<p a='QL_SEP'><!--QL_SEP--><mathml>xy<b>z</b></mathml>\n</p>");
 }
 
-TEST(BothWalks, CarryTheWorkedExample) {
-    const std::string source =
-        "<topic><body><p audience=\"expert\">Press <uicontrol>OK</uicontrol> now.</p></body></topic>";
-    const std::string group =
-        "QL_STARTaudienceQL_EQexpertQL_TARGETQL_SEPdata-qlxpathQL_EQ/topic/body/pQL_TARGETQL_SEPQL_END";
-    const std::string text = group +
-                             "Press QL_ELEM_S&amp;lt;uicontrol&amp;gt;OK&amp;lt;/uicontrol&amp;gt;QL_ELEM_E" +
-                             group + " now.";
-    PublishParams record;
-    record.attributes = {"audience"};
-    record.elements = {"uicontrol"};
-    record.addXpath = true;
-    EXPECT_EQ(Encoded(source, record), "<topic><body><p audience=\"expert\">" + text + "</p></body></topic>");
-    EXPECT_EQ(
-        Decoded("<p class=\"p\">" + text + "</p>", record),
-        "<p class=\"p\" data-twtags=\"audienceQL_SEPexpertQL_SEPdata-qlxpathQL_SEP/topic/body/pQL_SEP\">"
-        "Press <uicontrol>OK</uicontrol> now.</p>");
-}
-
 TEST(BothWalks, TogetherGiveBackWhatWasCarried) {
     PublishParams record;
     record.attributes = {"t"};

@@ -131,13 +131,6 @@ TEST(Apartment, HoldsTheMessageFilter) {
     EXPECT_EQ(second.references, 1u);
 }
 
-TEST(TaskMemory, GivesABlockForEverySize) {
-    void* empty = CoTaskMemAlloc(0);
-    EXPECT_NE(empty, nullptr);
-    CoTaskMemFree(empty);
-    CoTaskMemFree(nullptr);
-}
-
 TEST(Activation, FindsWhatIsOffered) {
     PlainObject object(IID_IStream);
     void* out = &object;

@@ -43,11 +43,7 @@ TEST(RequestGrammar, TokensAreCutAtSpacesAndQuotes) {
         {R"("open to the end )", {"open to the end "}},
         {"'", {}},
         {R"(a "" b)", {"a"}},
-        {"gr\xC3\xBC\xC3\x9F"
-         "e x",
-         {"gr\xC3\xBC\xC3\x9F"
-          "e",
-          "x"}},
+        {"grüße x", {"grüße", "x"}},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(Tokens(row.text), row.tokens) << row.text;
