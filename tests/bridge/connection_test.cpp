@@ -178,8 +178,7 @@ TEST_F(ConnectionTest, LeavesTheIcuFolderWhereTheHostCannotNameOne) {
     const struct {
         const char* name;
         std::optional<std::string> folder;
-        std::int32_t lastError;
-        std::int32_t result;
+        std::int32_t lastError, result;
     } rows[] = {
         {"no text", std::nullopt, 0, 1},
         {"empty", "", 0, 1},

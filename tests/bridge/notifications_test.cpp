@@ -85,8 +85,7 @@ TEST_F(NotificationsTest, MethodsStandAtTheirIndices) {
 
 TEST_F(NotificationsTest, CutsTheTextOfNotification75) {
     const struct {
-        const char* text;
-        const char* record;
+        const char *text, *record;
     } rows[] = {
         {"whole", "[whole]<null><null><null><null><null> 0 "},
         {"", "[]<null><null><null><null><null> 0 "},

@@ -18,9 +18,7 @@ constexpr CLSID otherClass = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 
 TEST(MessageFilterTest, WaitsLongerAndLongerAndGivesUp) {
     const struct {
-        DWORD rejectType;
-        DWORD elapsed;
-        DWORD answer;
+        DWORD rejectType, elapsed, answer;
     } rows[] = {
         {SERVERCALL_REJECTED, 0, 0xFFFFFFFF},
         {SERVERCALL_REJECTED, 500, 0xFFFFFFFF},
@@ -98,8 +96,7 @@ TEST_F(OutOfProcessTest, ConnectsOnceAndLeavesEverythingAtTheEnd) {
 
 TEST_F(OutOfProcessTest, FindsTheHostByClassAndServer) {
     const struct {
-        const char* name;
-        const char* environment;
+        const char *name, *environment;
         const CLSID* argument;
         const char* server;
         CLSID offered;

@@ -8,8 +8,7 @@ namespace {
 TEST(ClientCommand, ReadsVerbAndOptions) {
     using Options = std::map<std::string, std::string>;
     const struct {
-        const char* text;
-        const char* verb;
+        const char *text, *verb;
         Options options;
     } rows[] = {
         {"Save -docId 7 -transtype xhtml -filter \"C:\\a b\\x.ditaval\" -outFilePath \"C:\\out\\\"",

@@ -32,8 +32,7 @@ class DispatcherClient : public FolderFixture {
 TEST_F(DispatcherClient, LeadsFromADocumentToItsDtd) {
     Write("local.dtd", "");
     const struct {
-        const char* content;
-        const char* application;
+        const char *content, *application;
         const char* dtd;  // "0": no answer
     } rows[] = {
         {"<!DOCTYPE topic PUBLIC '-//OASIS//DTD DITA Topic//EN' 'topic.dtd'><topic>&nbsp;</topic>",

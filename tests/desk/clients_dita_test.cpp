@@ -6,8 +6,7 @@ namespace {
 TEST_F(DitaClient, RendersEachKindOfElement) {
     const struct {
         const char* source;  // inside a body, in a topic with the id t
-        const char* xpath;
-        const char* value;
+        const char *xpath, *value;
     } rows[] = {
         {"<p>a <b>b</b> c</p>", "//p[@class='p']", "a b c"},
         {"<p>QL_STARTaQL_EQbQL_TARGETQL_SEPQL_ENDText</p>", "//p",
@@ -64,7 +63,7 @@ TEST_F(DitaClient, RendersEachKindOfElement) {
           "<topic id='o'><title>Other</title><body><section id='s'><title>Part</title></section>"
           "<p id='p'>See <xref href='#o/s'>here</xref>.</p></body></topic>");
     for (const auto& row : rows) {
-        Write("t.dita", std::string("<topic id='t'><title>T</title><body>") + row.source + "</body></topic>");
+        WriteTopic(row.source);
         EXPECT_EQ(Run("t.dita"), 0) << row.source << record_.reason;
         EXPECT_EQ(Query("t.html", row.xpath), row.value) << row.source;
     }
@@ -142,8 +141,7 @@ TEST_F(DitaClient, FiltersByDitaval) {
         {"otherprops='free words'", true},
     };
     for (const auto& row : rows) {
-        Write("t.dita", std::string("<topic id='t'><title>T</title><body><p>always</p><p ") + row.attributes +
-                            ">x</p></body></topic>");
+        WriteTopic(std::string("<p>always</p><p ") + row.attributes + ">x</p>");
         ASSERT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
         EXPECT_EQ(Query("t.html", "count(//p)"), row.stays ? "2" : "1") << row.attributes;
     }
@@ -152,9 +150,9 @@ TEST_F(DitaClient, FiltersByDitaval) {
     Write("m.ditamap",
           "<map><topicref href='t.dita'/><topicref href='e.dita' audience='expert'/>"
           "<topicref href='w.dita'/></map>");
-    Write("t.dita",
-          "<topic id='t'><title>T</title><body><p audience='novice'>n<xref href='w.dita'>w</xref></p>"
-          "<p platform='eu'>e</p></body></topic>");
+    WriteTopic(
+        "<p audience='novice'>n<xref href='w.dita'>w</xref></p>"
+        "<p platform='eu'>e</p>");
     Write("e.dita", "<topic id='e'><title>E</title></topic>");
     Write("w.dita", "<topic id='w' audience='expert'><title>W</title></topic>");
     std::filesystem::remove_all(Native("out"));
@@ -166,16 +164,16 @@ TEST_F(DitaClient, FiltersByDitaval) {
 }
 
 TEST_F(DitaClient, NamesTextThatIsMissing) {
-    Write("t.dita", "<topic id='t'><title>T</title><body><p>a&none;b</p></body></topic>");
+    WriteTopic("<p>a&none;b</p>");
     ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
     EXPECT_EQ(Query("t.html", "//p"), "ab");
     EXPECT_NE(Log().find("t.dita: line 1: Entity 'none' not defined"), std::string::npos) << Log();
 }
 
 TEST_F(DitaClient, EndsOnContentThatPullsInItself) {
-    Write("t.dita",
-          "<topic id='t'><title>T</title><body><p id='a'>a<ph conref='#t/b'/></p>"
-          "<p><ph id='b'>b<ph conref='#t/b'/><ph conref='u.dita#u/c'/></ph></p></body></topic>");
+    WriteTopic(
+        "<p id='a'>a<ph conref='#t/b'/></p>"
+        "<p><ph id='b'>b<ph conref='#t/b'/><ph conref='u.dita#u/c'/></ph></p>");
     Write("u.dita",
           "<topic id='u'><title>U</title><body><p><ph id='c'>c<ph "
           "conref='t.dita#t/b'/></ph></p></body></topic>");
@@ -193,7 +191,7 @@ TEST_F(DitaClient, EndsOnContentThatMultiplies) {
         }
         body += "<p><ph id='p" + std::to_string(level) + "'>" + phrase + "</ph></p>";
     }
-    Write("t.dita", "<topic id='t'><title>T</title><body>" + body + "</body></topic>");
+    WriteTopic(body);
     ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
     EXPECT_EQ(Query("t.html", "string-length(//p[3])"), "100");
     EXPECT_NE(Log().find("no content for conref"), std::string::npos);
@@ -201,9 +199,7 @@ TEST_F(DitaClient, EndsOnContentThatMultiplies) {
 
 TEST_F(DitaClient, ReadsWhatAMapSaysOfItsTopics) {
     const struct {
-        const char* map;
-        const char* xpath;
-        const char* value;
+        const char *map, *xpath, *value;
     } rows[] = {
         {"<bookmap><booktitle><mainbooktitle>Book</mainbooktitle></booktitle><frontmatter><preface "
          "href='a.dita'/>"
@@ -254,9 +250,9 @@ TEST_F(DitaClient, GivesKeysTheirTextAndTarget) {
         "format='html'><topicmeta><linktext>Site"
         "</linktext></topicmeta></keydef><keydef keys='pic' href='i.png' format='png'/></map>");
     Write("i.png", "png");
-    Write("t.dita",
-          "<topic id='t'><title>T</title><body><p><ph keyref='name'/>|<keyword keyref='other'>own</keyword>|"
-          "<xref keyref='site'/>|<ph keyref='none'>kept</ph></p><image keyref='pic'/></body></topic>");
+    WriteTopic(
+        "<p><ph keyref='name'/>|<keyword keyref='other'>own</keyword>|"
+        "<xref keyref='site'/>|<ph keyref='none'>kept</ph></p><image keyref='pic'/>");
     ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
     EXPECT_EQ(Query("t.html", "concat(//p, //p/a/@href, //img/@src)"),
               "P40|own|Site|kepthttps://example.orgi.png");
@@ -271,9 +267,7 @@ TEST_F(DitaClient, TellsWhyARunFailed) {
     Write("bad.ditaval", "<val>");
     Write("none.ditaval", "<val><prop action='exclude'/></val>");
     const struct {
-        const char* document;
-        const char* ditaval;
-        const char* reason;
+        const char *document, *ditaval, *reason;
     } rows[] = {
         {"broken.ditamap", "", "broken.ditamap: line 1: "},
         {"empty.ditamap", "", "no topic could be turned"},
@@ -293,8 +287,7 @@ TEST_F(DitaClient, TellsWhyARunFailed) {
 
 TEST_F(DitaClient, RefusesAnIncompleteCommand) {
     const struct {
-        const char* command;
-        const char* reason;
+        const char *command, *reason;
     } rows[] = {
         {"Save -docId 8 -transtype xhtml -outFilePath \"Z:\\x\\\"", "open document"},
         {"Save -docId 7 -transtype xhtml", "-outFilePath"},

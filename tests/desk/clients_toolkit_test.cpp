@@ -49,9 +49,7 @@ TEST_F(ToolkitClient, TellsWhyARunFailed) {
     Write("broken/build.xml",
           "<project default='d'><target name='d'><fail message='out of luck'/></target></project>");
     const struct {
-        const char* folder;
-        const char* reason;
-        const char* page;
+        const char *folder, *reason, *page;
     } rows[] = {
         {"absent", "holds no DITA Open Toolkit", ""},
         {"halfway", "failed with exit status 3: [FATAL] no more", "half\n"},

@@ -20,6 +20,10 @@ class DitaClient : public FolderFixture {
                    host)
             .status;
     }
+    /// Writes t.dita, a topic with the id t, from the inside of its body.
+    void WriteTopic(const std::string& body) const {
+        Write("t.dita", "<topic id='t'><title>T</title><body>" + body + "</body></topic>");
+    }
     std::string Page(const std::string& name) const { return Read("out/xhtml/" + name); }
     std::string Log() const { return Read("out/buildlog-xhtml.txt"); }
 

@@ -25,9 +25,7 @@ class DocumentLister : public FolderFixture {
 
 TEST_F(DocumentLister, ListsOneDocumentsReferences) {
     const struct {
-        const char* what;
-        const char* content;
-        const char* listed;
+        const char *what, *content, *listed;
     } rows[] = {
         {"map", "<map><topicref href='t.dita'/><topicref href='m.ditamap' format='ditamap'/></map>",
          "t.dita\nm.ditamap\n"},
@@ -140,8 +138,7 @@ TEST_F(DocumentLister, TellsWhyADocumentIsUnreadable) {
     Write("a\\b.xml", "<r/>");
     ASSERT_EQ(mkfifo(Native("pipe.xml").c_str(), 0600), 0);
     const struct {
-        const char* name;
-        const char* reason;
+        const char *name, *reason;
     } rows[] = {
         {"absent.xml", "No such file"},
         {"broken.xml", "line 3: "},

@@ -9,9 +9,7 @@ namespace {
 TEST(ReferencePath, TellsUrlsFilesAndRemarksApart) {
     platform::SetProcessDrives({{"Z:\\", "/"}, {"C:\\", "/srv/c"}});
     const struct {
-        const char* reference;
-        const char* url;
-        const char* path;
+        const char *reference, *url, *path;
         bool remarked;
     } rows[] = {
         {"a.dita", "", "/docs/maps/a.dita", false},

@@ -93,10 +93,9 @@ TEST(PathClassification, RootsOfAListAreComparedByExactBytes) {
 }
 
 TEST(PathClassification, FirstOccurrenceIsReplaced) {
-    struct Row {
+    const struct {
         const char *text, *oldText, *newText, *output;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {R"(C:\src\a\C:\src\b)", R"(C:\src\)", R"(C:\out\)", R"(C:\out\a\C:\src\b)"},
         {"abc", "x", "y", "abc"},
         {"abc", "", "y", "yabc"},
@@ -110,10 +109,9 @@ TEST(PathClassification, FirstOccurrenceIsReplaced) {
 }
 
 TEST(PathClassification, CommonFolderEndsAtAWholeComponent) {
-    struct Row {
+    const struct {
         const char *a, *b, *output;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {R"(C:\docs\alpha\)", R"(C:\docs\alps\)", R"(C:\docs\)"},
         {R"(C:\ab\)", R"(C:\ab\cd\)", R"(C:\ab\)"},
         {R"(C:\ab\)", R"(C:\abc\)", R"(C:\)"},

@@ -37,20 +37,19 @@ class ChannelStream : public testing::Test {
 };
 
 TEST_F(ChannelStream, OpensByModeAndTruncation) {
-    struct Row {
+    const struct {
         bool exists;
         int mode;
         bool truncate;
         int opened;
         const char* content;  // afterwards
-    };
-    constexpr Row rows[] = {
+    } rows[] = {
         {true, 0, false, 1, "text"},      {true, 0, true, 1, "text"},  {false, 0, false, 0, "(missing)"},
         {true, 1, false, 1, "text"},      {true, 1, true, 1, ""},      {false, 1, false, 1, ""},
         {true, 2, false, 1, "text"},      {true, 2, true, 1, ""},      {false, 2, true, 1, ""},
         {false, 3, true, 0, "(missing)"}, {true, -1, true, 0, "text"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const std::string path = "C:\\file" + std::to_string(&row - rows);
         if (row.exists) {
             drives_.Write(path, "text");

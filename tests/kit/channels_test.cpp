@@ -1,10 +1,7 @@
 #include "kit/channels.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <random>
-#include <vector>
 
 #include "kit/kit_environment.h"
 #include "kit/slow_stream.h"
@@ -16,13 +13,6 @@ namespace {
 
 class Channels : public testing::Test {
   protected:
-    static Q_Channel* Open(const std::string& path, const char* mode) {
-        FilePath* file = Q_PathToFilePath(path.c_str(), nullptr, Q_NativePath);
-        Q_Channel* channel = Q_ChannelOpen(file, mode);
-        Q_FreeFilePath(file);
-        return channel;
-    }
-
     static std::string Read(Q_Channel* channel, std::uint32_t count) {
         std::string text(count, '\0');
         text.resize(Q_ChannelRead(text.data(), 1, count, channel));
@@ -33,15 +23,13 @@ class Channels : public testing::Test {
 };
 
 TEST_F(Channels, OpenByTheirMode) {
-    struct Row {
+    const struct {
         const char* mode;
-        bool exists;
-        bool opens;
+        bool exists, opens;
         int access;
         const char* content;  // afterwards
         std::uint32_t position;
-    };
-    constexpr Row rows[] = {
+    } rows[] = {
         {"r", true, true, 1, "text", 0},   {"r", false, false, 0, "(missing)", 0},
         {"rb+", true, true, 1, "text", 0}, {"r+", true, true, 3, "text", 0},
         {"r+", false, true, 3, "", 0},     {"w", true, true, 2, "", 0},
@@ -50,12 +38,12 @@ TEST_F(Channels, OpenByTheirMode) {
         {"a+", true, true, 3, "text", 4},  {"z", true, false, 0, "text", 0},
         {"", true, false, 0, "text", 0},   {nullptr, true, false, 0, "text", 0},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const std::string path = "C:\\file" + std::to_string(&row - rows);
         if (row.exists) {
             drives_.Write(path, "text");
         }
-        Q_Channel* channel = Open(path, row.mode);
+        Q_Channel* channel = OpenChannel(path, row.mode);
         ASSERT_EQ(channel != nullptr, row.opens) << path;
         EXPECT_EQ(drives_.Read(path), row.content) << path;
         if (channel != nullptr) {
@@ -70,7 +58,7 @@ TEST_F(Channels, OpenByTheirMode) {
 }
 
 TEST_F(Channels, BufferAsTheyShould) {
-    Q_Channel* channel = Open("C:\\a", "w+");
+    Q_Channel* channel = OpenChannel("C:\\a", "w+");
     const std::string text(600, 't');
     EXPECT_EQ(Q_ChannelWrite(text.data(), 1, 10, channel), 10u);
     EXPECT_EQ(Q_ChannelTell(channel), 10u);
@@ -101,9 +89,9 @@ TEST_F(Channels, BufferAsTheyShould) {
 TEST_F(Channels, RefuseWhatTheyMayNot) {
     drives_.Write("C:\\a", "text");
     char byte = 'x';
-    Q_Channel* reader = Open("C:\\a", "r");
+    Q_Channel* reader = OpenChannel("C:\\a", "r");
     EXPECT_EQ(Q_ChannelWrite(&byte, 1, 1, reader), 0u);
-    Q_Channel* writer = Open("C:\\b", "w");
+    Q_Channel* writer = OpenChannel("C:\\b", "w");
     EXPECT_EQ(Q_ChannelRead(&byte, 1, 1, writer), 0u);
     EXPECT_EQ(Q_ChannelPeek(writer), -1);
     EXPECT_EQ(Q_ChannelCopy(writer, writer), 1);
@@ -129,8 +117,8 @@ TEST_F(Channels, RefuseWhatTheyMayNot) {
 TEST_F(Channels, CopyWhatIsLeft) {
     const std::string text = "head" + std::string(3000, 'm') + "tail";
     drives_.Write("C:\\a", text);
-    Q_Channel* source = Open("C:\\a", "r");
-    Q_Channel* target = Open("C:\\b", "w");
+    Q_Channel* source = OpenChannel("C:\\a", "r");
+    Q_Channel* target = OpenChannel("C:\\b", "w");
     EXPECT_EQ(Read(source, 4), "head");
     EXPECT_EQ(Q_ChannelWrite("new ", 1, 4, target), 4u);
     EXPECT_EQ(Q_ChannelCopy(source, target), 0);
@@ -168,8 +156,8 @@ TEST_F(Channels, TellOfAStreamThatTakesNoMore) {
 }
 
 TEST_F(Channels, CopyFromOneThatHasJustWritten) {
-    Q_Channel* source = Open("C:\\a", "w+");
-    Q_Channel* target = Open("C:\\b", "w");
+    Q_Channel* source = OpenChannel("C:\\a", "w+");
+    Q_Channel* target = OpenChannel("C:\\b", "w");
     EXPECT_EQ(Q_ChannelWrite("abc", 1, 3, source), 3u);
     EXPECT_EQ(Q_ChannelCopy(source, target), 0);
     EXPECT_EQ(Q_ChannelTell(source), 3u);
@@ -200,7 +188,7 @@ TEST_F(Channels, CopyFromAStreamThatCannotCopyItself) {
 TEST_F(Channels, OpenByAPathInTheCurrentEncoding) {
     drives_.Write("C:\\Übung.txt", "umlaut");
     const EncodingScope scope("QuorlRoman");
-    Q_Channel* channel = Open("C:\\\206bung.txt", "r");
+    Q_Channel* channel = OpenChannel("C:\\\206bung.txt", "r");
     ASSERT_NE(channel, nullptr);
     EXPECT_EQ(Read(channel, 9), "umlaut");
     Q_ChannelCloseAndDelete(&channel);
@@ -224,7 +212,7 @@ TEST_F(Channels, TemporaryOnesAreNewAndGoWhenDeleted) {
 // Where channels differ from C streams on purpose.
 TEST_F(Channels, DifferFromCStreams) {
     drives_.Write("C:\\a", "0123456789");
-    Q_Channel* channel = Open("C:\\a", "r+");
+    Q_Channel* channel = OpenChannel("C:\\a", "r+");
     EXPECT_EQ(Read(channel, 2), "01");
     EXPECT_EQ(Q_ChannelSeek(channel, 0, 1),
               0);  // within the buffer: the file's own position stays at the end
@@ -232,13 +220,13 @@ TEST_F(Channels, DifferFromCStreams) {
     Q_ChannelClose(&channel);
     EXPECT_EQ(drives_.Read("C:\\a"), "0123456789x");
 
-    channel = Open("C:\\a", "a");
+    channel = OpenChannel("C:\\a", "a");
     Q_ChannelSeek(channel, 0, 0);
     EXPECT_EQ(Q_ChannelWrite("X", 1, 1, channel), 1u);
     Q_ChannelClose(&channel);
     EXPECT_EQ(drives_.Read("C:\\a"), "X123456789x");
 
-    channel = Open("C:\\a", "r");
+    channel = OpenChannel("C:\\a", "r");
     EXPECT_EQ(Q_ChannelSeek(channel, -1, 0), 0);
     EXPECT_EQ(Q_ChannelTell(channel), 0u);
     Q_ChannelClose(&channel);
@@ -352,7 +340,7 @@ TEST_F(Channels, DoAsCStreamsDoInRandomSequences) {
         drives_.Write("C:\\theirs", content);
         const char* mode = modes[random() % 4];
         {
-            Pair pair(drives_, random, Open("C:\\ours", mode), mode);
+            Pair pair(drives_, random, OpenChannel("C:\\ours", mode), mode);
             for (auto left = 1 + random() % 15; left > 0; --left) {
                 ASSERT_NO_FATAL_FAILURE(pair.Step()) << "sequence " << sequence << " in mode " << mode;
             }

@@ -1,7 +1,5 @@
 #include "kit/convert.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 
 #include "kit/kit_environment.h"
@@ -15,12 +13,10 @@ std::string ToUtf8(const char* text, std::int32_t source) {
 
 // One character or more of each encoding, the five of the host by their own converters.
 TEST(Convert, ReadsAndWritesEveryEncoding) {
-    struct Row {
+    const struct {
         std::int32_t code;
-        const char* bytes;
-        const char* utf8;
-    };
-    constexpr Row rows[] = {
+        const char *bytes, *utf8;
+    } rows[] = {
         {0, "\x8A\xA5\xDB\xF0", "ä•€\xEF\xA3\xBF"},
         {1, "\xE4", "ä"},
         {2, "a", "a"},
@@ -35,7 +31,7 @@ TEST(Convert, ReadsAndWritesEveryEncoding) {
         {12, "\xC7\xD1\xB1\xDB", "한글"},
         {16, "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         // The escape bytes of JIS7 are control characters, which pass through unless they are kept in the
         // text.
         EXPECT_EQ(Take(Q_ConvertByCode(row.bytes, row.code, Q_CodeUtf8, true, false)), row.utf8) << row.code;
@@ -105,19 +101,18 @@ TEST(Convert, LocaleIsTheDefaultConverterAndKeepsControls) {
 }
 
 TEST(Convert, SymbolSetsAreReadByTheirTables) {
-    struct Row {
+    const struct {
         std::int32_t code;
         const char* text;
         const char16_t* units;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {13, "!\"$-\xA0\x61\xFE", u"!\u2200\u2203\u2212\u20AC\u03B1\u23AD"},
         {13, "a\x7F\xFF\x80\360b", u"\u03B1\u03B2"},  // bytes without a character
         {14, "!%*\xFE\xAC\x7E", u"\u2701\u260E\u261B\u27BE\u2460\u275E"},
         {15, " !\xA0\xA1", u"\uF020\uF021\uF0A7\uF0A1"},
         {15, "\t!", u"\t\uF021"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(TakeWide(Q_ConvertByCode(row.text, row.code, Q_CodeUtf16, false, false)), row.units)
             << row.code;
     }

@@ -1,7 +1,5 @@
 #include "kit/encodings.h"
 
-#include <gtest/gtest.h>
-
 #include "kit/characters.h"
 #include "kit/kit_environment.h"
 #include "kit/utf8.h"
@@ -26,31 +24,29 @@ TEST(Encodings, AreSelectedByName) {
 }
 
 TEST(Encodings, BytePairsLieInTheirRanges) {
-    struct Row {
+    const struct {
         std::int32_t encoding;
         const char* pair;
         bool isPair;
-    };
-    constexpr Row rows[] = {
+    } rows[] = {
         {0, "\x81\x40", false}, {1, "\x81\x40", true},  {1, "\x9F\xFC", true},  {1, "\xA0\x40", false},
         {1, "\xE0\x7E", true},  {1, "\xFC\x7F", false}, {1, "\xFD\x80", false}, {2, "\xA1\xA1", true},
         {2, "\xA1\x40", false}, {2, "\xFE\xFF", false}, {3, "\xA1\x7E", true},  {3, "\xA1\x80", false},
         {4, "\x81\x7F", true},  {4, "\x80\x80", false}, {4, "\xFF\x80", false}, {5, "\xC3\xA4", false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(Q_IsBytePair(Q_EncodingAt(row.encoding), row.pair[0], row.pair[1]), row.isPair)
             << row.encoding << testing::PrintToString(row.pair);
     }
 }
 
 TEST(Utf8, LengthAndUnitsOfASequence) {
-    struct Row {
+    const struct {
         const char* text;
         std::uint32_t length;
         bool isValid;
         std::u16string units;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"a", 1, true, u"a"},
         {"\xC3\xA4", 2, true, u"ä"},
         {"\xE6\xBC\xA2", 3, true, u"漢"},
@@ -68,7 +64,7 @@ TEST(Utf8, LengthAndUnitsOfASequence) {
         {"\xF1", 4, false, u"\xD8C0\xDC00"},
         {"\xC3(", 2, false, u"\x00E8"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         char16_t units[2] = {};
         EXPECT_EQ(Q_Utf8Length(row.text[0]), row.length) << testing::PrintToString(row.text);
         EXPECT_EQ(Q_IsValidUtf8(row.text), row.isValid) << testing::PrintToString(row.text);
@@ -91,13 +87,11 @@ TEST(Utf8, StepsOverCharactersButNotOverTheEnd) {
 }
 
 TEST(Characters, CutsKeepCharactersWhole) {
-    struct Row {
+    const struct {
         std::int32_t encoding;
         const char* text;
-        std::uint32_t wanted;
-        std::uint32_t cut;
-    };
-    constexpr Row rows[] = {
+        std::uint32_t wanted, cut;
+    } rows[] = {
         {5, "ab", 5, 5},  // no longer than wanted: the length stays
         {5, "ab", 2, 2},
         {5, "abc", 2, 2},
@@ -111,7 +105,7 @@ TEST(Characters, CutsKeepCharactersWhole) {
         {1, "\x81\x40z", 2, 2},
         {0, "\x81\x40z", 1, 1},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(Q_CutPoint(row.text, row.wanted, row.encoding), row.cut)
             << testing::PrintToString(row.text) << row.wanted;
     }

@@ -1,14 +1,10 @@
 #include "kit/format.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <limits>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "kit/console.h"
 #include "kit/kit_environment.h"
@@ -188,11 +184,9 @@ TEST_F(Print, IsDroppedWithoutAConsole) {
 
 TEST_F(Print, WritesToAChannel) {
     test::TestDrives drives;
-    FilePath* path = Q_PathToFilePath("C:\\a", nullptr, Q_NativePath);
-    Q_Channel* channel = Q_ChannelOpen(path, "w");
+    Q_Channel* channel = OpenChannel("C:\\a", "w");
     EXPECT_EQ(Q_Print(channel, "%s=%d\n", "x", 12), 5u);
     Q_ChannelClose(&channel);
-    Q_FreeFilePath(path);
     EXPECT_EQ(drives.Read("C:\\a"), "x=12\n");
     EXPECT_TRUE(console.empty());
 }

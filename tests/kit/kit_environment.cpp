@@ -1,6 +1,5 @@
 #include "kit/kit_environment.h"
 
-#include <gtest/gtest.h>
 #include <unicode/putil.h>
 
 #include "kit/encodings.h"

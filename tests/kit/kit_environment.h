@@ -2,8 +2,12 @@
 // themselves.
 #pragma once
 
-#include <string>
+#include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
+#include "kit/channels.h"
 #include "kit/strings.h"
 
 namespace ventrix {
@@ -18,6 +22,14 @@ inline std::string Take(char* text) {
 inline std::u16string TakeWide(char* text) {
     const Q_String owner(text);
     return text == nullptr ? u"(null)" : reinterpret_cast<const char16_t*>(text);
+}
+
+/// A channel on the file of a path or URL; null where it does not open.
+inline Q_Channel* OpenChannel(const std::string& path, const char* mode) {
+    FilePath* file = Q_PathToFilePath(path.c_str(), nullptr, Q_NativePath);
+    Q_Channel* channel = Q_ChannelOpen(file, mode);
+    Q_FreeFilePath(file);
+    return channel;
 }
 
 /// Makes another encoding current for the length of a scope.

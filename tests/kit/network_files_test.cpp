@@ -1,7 +1,5 @@
 #include "kit/network_files.h"
 
-#include <gtest/gtest.h>
-
 #include "kit/channels.h"
 #include "kit/file_path.h"
 #include "kit/kit_environment.h"
@@ -37,15 +35,8 @@ class NetworkFiles : public testing::Test {
 
     std::string cache() const { return drives_.Native("C:\\cache"); }
 
-    Q_Channel* Open(const char* url, const char* mode) {
-        FilePath* path = Q_PathToFilePath(url, nullptr, Q_NativePath);
-        Q_Channel* channel = Q_ChannelOpen(path, mode);
-        Q_FreeFilePath(path);
-        return channel;
-    }
-
     std::string ReadAll(const char* url) {
-        Q_Channel* channel = Open(url, "r");
+        Q_Channel* channel = OpenChannel(url, "r");
         if (channel == nullptr) {
             return "(cannot open)";
         }
@@ -69,7 +60,7 @@ TEST_F(NetworkFiles, AreReadFromTheServerOrFromTheCache) {
 
 TEST_F(NetworkFiles, AreSavedBackWhenAWritableChannelCloses) {
     drives_.Write("C:\\server\\a.txt", "old text");
-    Q_Channel* channel = Open("net://a.txt", "r+");
+    Q_Channel* channel = OpenChannel("net://a.txt", "r+");
     ASSERT_NE(channel, nullptr);
     EXPECT_EQ(Q_ChannelWrite("new", 1, 3, channel), 3u);
     EXPECT_EQ(drives_.Read("C:\\server\\a.txt"), "old text");
@@ -77,7 +68,7 @@ TEST_F(NetworkFiles, AreSavedBackWhenAWritableChannelCloses) {
     EXPECT_EQ(drives_.Read("C:\\server\\a.txt"), "new text");
 
     drives_.Write("C:\\server\\a.txt", "changed meanwhile");
-    channel = Open("net://a.txt", "r");
+    channel = OpenChannel("net://a.txt", "r");
     drives_.Write("C:\\server\\a.txt", "changed again");
     Q_ChannelClose(&channel);
     EXPECT_EQ(drives_.Read("C:\\server\\a.txt"), "changed again")
@@ -85,13 +76,13 @@ TEST_F(NetworkFiles, AreSavedBackWhenAWritableChannelCloses) {
 }
 
 TEST_F(NetworkFiles, ThatAreNewTakeTheirPlaceInTheCache) {
-    Q_Channel* channel = Open("net://new.txt", "w");
+    Q_Channel* channel = OpenChannel("net://new.txt", "w");
     ASSERT_NE(channel, nullptr);
     Q_ChannelWrite("hello", 1, 5, channel);
     Q_ChannelClose(&channel);
     EXPECT_EQ(drives_.Read("C:\\cache\\new.txt"), "hello");
     EXPECT_EQ(drives_.Read("C:\\server\\new.txt"), "hello");
-    EXPECT_EQ(Open("net://no/folder.txt", "w"), nullptr);
+    EXPECT_EQ(OpenChannel("net://no/folder.txt", "w"), nullptr);
 }
 
 TEST_F(NetworkFiles, AnswerEveryQuestionOfTheLibrary) {
@@ -174,10 +165,8 @@ TEST(NetworkFilesWithoutLibrary, EveryTransferFails) {
     EXPECT_EQ(Q_SaveNetFile("http://host/a", &error), 1);
     EXPECT_EQ(Q_UrlOfCachedFile("C:\\a", &text), 1);
     EXPECT_EQ(Q_AbsoluteUrl("http://host/", "a", &text), 1);
-    FilePath* path = Q_PathToFilePath("http://host/a", nullptr, Q_NativePath);
-    EXPECT_EQ(Q_ChannelOpen(path, "r"), nullptr);
-    EXPECT_EQ(Q_ChannelOpen(path, "w"), nullptr);
-    Q_FreeFilePath(path);
+    EXPECT_EQ(OpenChannel("http://host/a", "r"), nullptr);
+    EXPECT_EQ(OpenChannel("http://host/a", "w"), nullptr);
 }
 
 }  // namespace

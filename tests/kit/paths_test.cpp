@@ -1,6 +1,5 @@
 #include <iterator>
 #include <random>
-#include <string>
 
 #include "kit/file_path.h"
 #include "kit/kit_environment.h"
@@ -35,12 +34,9 @@ std::string UrlAsPath(std::string text) {
 }
 
 TEST(ResolvePath, JoinsAndNormalises) {
-    struct Row {
-        const char* path;
-        const char* base;
-        const char* resolved;
-    };
-    constexpr Row rows[] = {
+    const struct {
+        const char *path, *base, *resolved;
+    } rows[] = {
         {"a\\b.xml", "C:\\out", "C:\\out\\a\\b.xml"},
         {"a\\b.xml", "C:\\out\\", "C:\\out\\a\\b.xml"},
         {"..\\a.xml", "C:\\out", "C:\\a.xml"},
@@ -72,7 +68,7 @@ TEST(ResolvePath, JoinsAndNormalises) {
         {"C:\\...\\a.\\..b", "", "C:\\...\\a.\\..b"},
         {"C:\\Übung\\..\\Größe", "", "C:\\Größe"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(Resolved(row.path, row.base), row.resolved)
             << row.path << " from " << (row.base ? row.base : "null");
     }
@@ -119,12 +115,9 @@ TEST(ResolvePath, ExpandsVariables) {
 }
 
 TEST(RelativePath, RelatesToTheFolderOfTheBase) {
-    struct Row {
-        const char* path;
-        const char* base;
-        const char* relative;
-    };
-    constexpr Row rows[] = {
+    const struct {
+        const char *path, *base, *relative;
+    } rows[] = {
         {"C:\\a\\b\\x.xml", "C:\\a\\c\\y.xml", "..\\b\\x.xml"},
         {"C:\\a\\b\\x.xml", "C:\\a\\b\\y.xml", "x.xml"},
         {"C:\\a\\b\\x.xml", "c:\\A\\B\\", "x.xml"},
@@ -153,7 +146,7 @@ TEST(RelativePath, RelatesToTheFolderOfTheBase) {
         {"C:\\x.xml", "http://host/a/y.xml", "C:\\x.xml"},
         {"http://host/a/x.xml", "C:\\y.xml", "http://host/a/x.xml"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(RelativeTo(row.path, row.base), row.relative) << row.path << " from " << row.base;
     }
     char path[Q_PathBufferSize] = "C:\\a";
@@ -288,14 +281,11 @@ TEST(FilePath, BadInputGivesNull) {
 }
 
 TEST(FilePath, TextsTellTheirKind) {
-    struct Row {
+    const struct {
         const char* text;
-        bool isAbsolute;
-        bool isDctm;
-        bool isLocal;
+        bool isAbsolute, isDctm, isLocal;
         const char* leaf;
-    };
-    constexpr Row rows[] = {
+    } rows[] = {
         {"C:\\a\\b.xml", true, false, true, "b.xml"},
         {"C:b.xml", true, false, true, "b.xml"},
         {"a/b.xml", false, false, true, "a/b.xml"},
@@ -309,7 +299,7 @@ TEST(FilePath, TextsTellTheirKind) {
         {"xhttp://host", false, false, true, "//host"},
         {"file:///a", false, false, true, "///a"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(Q_IsAbsolutePath(row.text), row.isAbsolute) << row.text;
         EXPECT_EQ(Q_IsDctmPath(row.text), row.isDctm) << row.text;
         EXPECT_EQ(Q_IsLocalPath(row.text), row.isLocal) << row.text;

@@ -11,13 +11,11 @@ namespace ventrix {
 namespace {
 
 TEST(Scan, ReadsIntegers) {
-    struct Row {
-        const char* text;
-        const char* format;
+    const struct {
+        const char *text, *format;
         int count;
         int value;  // -7 where nothing is stored
-    };
-    constexpr Row rows[] = {
+    } rows[] = {
         {"12", "%d", 1, 12},        {"x", "%d", 0, -7},        {"", "%d", -1, -7},
         {"-", "%d", -1, -7},        {"-x", "%d", 0, -7},       {"  \t\n-12x", "%d", 1, -12},
         {"\r12", "%d", 0, -7},                                // a carriage return is no white space
@@ -33,7 +31,7 @@ TEST(Scan, ReadsIntegers) {
         {"12", "%q", 0, -7},        {"12", "%ld", 1, 12},      {"  12 ", "%n", 0, 2},
         {"12 ", "%*d%n", 0, 3},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         int value = -7;
         EXPECT_EQ(Q_ScanText(row.text, row.format, &value), row.count)
             << row.text << " by " << (row.format ? row.format : "null");
@@ -59,20 +57,18 @@ TEST(Scan, StoresShortAndLongValuesInTheirWidth) {
 }
 
 TEST(Scan, ReadsTextsAndSets) {
-    struct Row {
-        const char* text;
-        const char* format;
+    const struct {
+        const char *text, *format;
         int count;
         const char* value;
-    };
-    constexpr Row rows[] = {
+    } rows[] = {
         {"  ab cd", "%s", 1, "ab"}, {"ab\rcd", "%s", 1, "ab\rcd"}, {"abcd", "%2s", 1, "ab"},
         {"   ", "%s", -1, "?"},     {"ab", "%c", 1, "a??"},  // one byte, without a terminator
         {" b", "%c", 1, " ??"},     {"abc1", "%[a-z]", 1, "abc"},  {"abc1", "%[^0-9]", 1, "abc"},
         {"]a[", "%[]a]", 1, "]a"},  {"x]", "%[^]]", 1, "x"},       {"a-b", "%[ab-]", 1, "a-b"},
         {" a", "%[a]", 0, "?"},     {"abc", "%[abc", 1, "abc"},    {"aaaa", "%3[a]", 1, "aaa"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         char value[8] = "???";
         value[1] = row.value[0] == '?' ? '\0' : '?';
         EXPECT_EQ(Q_ScanText(row.text, row.format, value), row.count) << row.text << " by " << row.format;

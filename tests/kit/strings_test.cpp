@@ -1,6 +1,5 @@
 #include "kit/strings.h"
 
-#include <gtest/gtest.h>
 #include <unicode/uchar.h>
 
 #include "kit/case_table.h"
@@ -24,20 +23,17 @@ TEST(Strings, NullReadsAsTheEmptyText) {
 }
 
 TEST(Strings, CopyAndAppendStayInTheirRoom) {
-    struct Row {
-        const char* start;
-        const char* text;
+    const struct {
+        const char *start, *text;
         std::uint32_t size;
-        const char* copied;
-        const char* appended;
-    };
-    constexpr Row rows[] = {
+        const char *copied, *appended;
+    } rows[] = {
         {"ab", "cdef", 5, "cdef", "abcd"}, {"ab", "cdef", 3, "cd", "ab"},
         {"ab", "cdef", 2, "c", "ab"},  // longer than allowed already: it stays
         {"ab", "cdef", 1, "", "ab"},       {"ab", "cdef", 0, "", "ab"},
         {"ab", nullptr, 9, "", "ab"},      {"", "x", 9, "x", "x"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         char copy[16] = "zzzzzzzz";
         EXPECT_EQ(Q_StrCopyN(copy, row.text, row.size), Q_StrLen(row.copied)) << row.size;
         EXPECT_STREQ(copy, row.copied) << row.size;
@@ -61,12 +57,10 @@ TEST(Strings, AppendsOneByteWhereThereIsRoom) {
 }
 
 TEST(Strings, ComparesThroughTheCaseTable) {
-    struct Row {
-        const char* first;
-        const char* second;
+    const struct {
+        const char *first, *second;
         int order;
-    };
-    constexpr Row rows[] = {
+    } rows[] = {
         {"-DocID", "-docid", 0},
         {"a", "B", -1},
         {"B", "a", 1},
@@ -78,7 +72,7 @@ TEST(Strings, ComparesThroughTheCaseTable) {
         {"@", "`", '@' - '`'},
         {"\xF4", "\x9D", 0},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(Q_StrICompare(row.first, row.second), row.order) << row.first << " " << row.second;
         EXPECT_EQ(Q_StrIEqual(row.first, row.second), row.order == 0) << row.first << " " << row.second;
     }

@@ -59,12 +59,11 @@ TEST(Templates, InsertTheirArguments) {
 }
 
 TEST(Templates, ShortenWhatDoesNotFit) {
-    struct Row {
+    const struct {
         const char* text;
         std::uint32_t size;
         const char* expanded;
-    };
-    constexpr Row rows[] = {
+    } rows[] = {
         {"%0!", 15, "guide.ditamap!"},
         {"%0!", 14, "guid...tamap!"},  // one byte too few: both ends, with dots between them
         {"<%0>", 10, "<gu...ap>"},
@@ -75,7 +74,7 @@ TEST(Templates, ShortenWhatDoesNotFit) {
         {"<%0>", 1, ""},
         {"ääää", 6, "ää"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(Expanded(row.text, row.size), row.expanded) << row.text << " in " << row.size;
     }
     Q_SetUserName("ÄÖÜäöüßÄÖÜäöü");

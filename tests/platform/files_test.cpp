@@ -168,8 +168,7 @@ TEST(CopyFileOver, RefusesWithoutHarm) {
     fs::create_directory(tree.Native("dir"));
     ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
     const struct {
-        const char* source;
-        const char* target;
+        const char *source, *target;
         ErrorCode error;
     } rows[] = {
         {"a", "a", errorSharingViolation},  {"a", "locked", errorAccessDenied},

@@ -19,8 +19,7 @@ using Texts = std::vector<std::string>;
 
 TEST(CommandLine, IsCutAsThePlatformDoes) {
     const struct {
-        const char* name;
-        const char* text;
+        const char *name, *text;
         Texts arguments;
     } rows[] = {
         {"script and document",
