@@ -1,4 +1,5 @@
 #include "desk/dita_fixture.h"
+#include "support/text_rows.h"
 
 namespace ventrix::desk {
 namespace {
@@ -185,11 +186,8 @@ TEST_F(DitaClient, EndsOnContentThatPullsInItself) {
 TEST_F(DitaClient, EndsOnContentThatMultiplies) {
     std::string body = "<p><ph id='p0'>x</ph></p>";
     for (int level = 1; level < 7; ++level) {
-        std::string phrase;
-        for (int i = 0; i < 10; ++i) {
-            phrase += "<ph conref='#t/p" + std::to_string(level - 1) + "'/>";
-        }
-        body += "<p><ph id='p" + std::to_string(level) + "'>" + phrase + "</ph></p>";
+        const std::string phrase = "<ph conref='#t/p" + std::to_string(level - 1) + "'/>";
+        body += "<p><ph id='p" + std::to_string(level) + "'>" + test::Repeated(phrase, 10) + "</ph></p>";
     }
     WriteTopic(body);
     ASSERT_EQ(Run("t.dita"), 0) << record_.reason;

@@ -1,6 +1,7 @@
 #include "desk/clients/xslt_client.h"
 
 #include "desk/folder_fixture.h"
+#include "support/text_rows.h"
 
 namespace ventrix::desk {
 namespace {
@@ -84,11 +85,8 @@ TEST_F(XsltClient, RunsStylesheets) {
 TEST_F(XsltClient, LeavesTheOutputAloneOnFailure) {
     std::string entities = "<!ENTITY a 'aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa'>";
     for (char name = 'b'; name <= 'f'; ++name) {
-        entities += std::string("<!ENTITY ") + name + " '";
-        for (int i = 0; i < 30; ++i) {
-            entities += {'&', static_cast<char>(name - 1), ';'};
-        }
-        entities += "'>";
+        const char reference[] = {'&', static_cast<char>(name - 1), ';', '\0'};
+        entities += std::string("<!ENTITY ") + name + " '" + test::Repeated(reference, 30) + "'>";
     }
     const struct {
         const char* what;

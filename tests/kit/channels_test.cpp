@@ -243,8 +243,6 @@ class Pair {
         Q_ChannelClose(&channel_);
         std::fclose(stream_);
     }
-    Pair(const Pair&) = delete;
-    Pair& operator=(const Pair&) = delete;
 
     void Step() {
         static constexpr void (Pair::*steps[])() = {&Pair::ReadItems, &Pair::ReadItems, &Pair::WriteItems,

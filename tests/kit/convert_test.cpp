@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "kit/kit_environment.h"
+#include "support/text_rows.h"
 
 namespace ventrix {
 namespace {
@@ -86,13 +87,8 @@ TEST(Convert, EscapeFlagShowsBytesThatCannotBeRead) {
 }
 
 TEST(Convert, ManyShortRunsOfAnEscapedEncodingFit) {
-    std::u16string text;
-    std::string expected;
-    for (int run = 0; run < 500; ++run) {
-        text += u"漢\t";
-        expected += "\x1B$B4A\x1B(B\t";
-    }
-    EXPECT_EQ(Take(Q_ConvertByCode(text.c_str(), Q_CodeUtf16, 5, false, false)), expected);
+    EXPECT_EQ(Take(Q_ConvertByCode(test::Repeated("漢\t", 500).c_str(), Q_CodeUtf8, 5, false, false)),
+              test::Repeated("\x1B$B4A\x1B(B\t", 500));
 }
 
 TEST(Convert, LocaleIsTheDefaultConverterAndKeepsControls) {

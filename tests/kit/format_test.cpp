@@ -9,6 +9,7 @@
 #include "kit/console.h"
 #include "kit/kit_environment.h"
 #include "support/test_drives.h"
+#include "support/text_rows.h"
 
 namespace ventrix {
 namespace {
@@ -161,10 +162,7 @@ TEST_F(Print, SendsRunsToTheConsole) {
 }
 
 TEST_F(Print, CutsLongRunsBetweenCharacters) {
-    std::string umlauts;
-    for (int count = 0; count < 300; ++count) {
-        umlauts += "ä";
-    }
+    const std::string umlauts = test::Repeated("ä", 300);
     EXPECT_EQ(Q_Print(nullptr, (umlauts + "%d").c_str(), 1), 601u);
     EXPECT_EQ(Joined(), umlauts + "1");
     EXPECT_EQ(console[0].size(), 254u);

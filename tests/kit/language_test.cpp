@@ -32,8 +32,6 @@ class LocaleScope {
   public:
     explicit LocaleScope(const char* locale) : former_(uloc_getDefault()) { Set(locale); }
     ~LocaleScope() { Set(former_.c_str()); }
-    LocaleScope(const LocaleScope&) = delete;
-    LocaleScope& operator=(const LocaleScope&) = delete;
 
   private:
     static void Set(const char* locale) {

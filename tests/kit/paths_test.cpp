@@ -77,10 +77,7 @@ TEST(ResolvePath, JoinsAndNormalises) {
 
 TEST(ResolvePath, LongOutcomesAreCutBetweenCharacters) {
     const std::string folder = "C:\\" + std::string(4000, 'f');
-    std::string leaf;
-    for (int count = 0; count < 60; ++count) {
-        leaf += "ä";
-    }
+    const std::string leaf = Repeated("ä", 60);
     const std::string resolved = Resolved(leaf, folder.c_str());
     EXPECT_EQ(resolved.size(), 4094u);  // 4003 and a separator, then whole characters of two bytes
     EXPECT_EQ(resolved.substr(4004), leaf.substr(0, 90));
@@ -180,13 +177,8 @@ TEST(RelativePath, LeadsBackToThePath) {
 }
 
 TEST(RelativePath, OutcomesThatDoNotFitChangeNothing) {
-    std::string deep = "C:\\";
-    std::string up;
-    for (int level = 0; level < 1364; ++level) {
-        deep += "d\\";
-        up += "..\\";
-    }
-    EXPECT_EQ(RelativeTo("C:\\", deep), up);
+    const std::string deep = "C:\\" + Repeated("d\\", 1364);
+    EXPECT_EQ(RelativeTo("C:\\", deep), Repeated("..\\", 1364));
     EXPECT_EQ(RelativeTo("C:\\", deep + "d\\"), "C:\\");
     const std::string wide = "C:\\" + std::string(4080, 'x');
     EXPECT_EQ(RelativeTo(wide, "C:\\a\\b\\c\\d\\e\\f\\g\\"), wide);

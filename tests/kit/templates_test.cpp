@@ -8,27 +8,16 @@
 namespace ventrix::test {
 namespace {
 
-Q_TemplateArguments SomeArguments() {
-    Q_TemplateArguments arguments{};
-    arguments.slots[0].type = 's';
-    arguments.slots[0].text = "guide.ditamap";
-    arguments.slots[1].type = 'd';
-    arguments.slots[1].integer = -12;
-    arguments.slots[2].type = 'x';
-    arguments.slots[2].integer = 0xBEEF;
-    arguments.slots[3].type = 'X';
-    arguments.slots[3].integer = 0xBEEF;
-    arguments.slots[4].type = 'f';
-    arguments.slots[4].number = 2.5;
-    arguments.slots[5].type = 's';
-    arguments.slots[5].text = nullptr;
-    return arguments;
-}
+constexpr Q_TemplateArguments someArguments = {{{'s', {.text = "guide.ditamap"}},
+                                                {'d', {.integer = -12}},
+                                                {'x', {.integer = 0xBEEF}},
+                                                {'X', {.integer = 0xBEEF}},
+                                                {'f', {.number = 2.5}},
+                                                {'s', {.text = nullptr}}}};
 
 std::string Expanded(const char* text, std::uint32_t size = 100) {
-    const Q_TemplateArguments arguments = SomeArguments();
     char output[100] = "old";
-    EXPECT_EQ(Q_ExpandTemplate(text, output, size, &arguments), 0);
+    EXPECT_EQ(Q_ExpandTemplate(text, output, size, &someArguments), 0);
     return output;
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "pass_helpers.h"
+#include "support/text_rows.h"
 
 namespace ventrix::test {
 namespace {
@@ -82,14 +83,6 @@ TEST(DocumentPass, DecodesEveryPrefixOfARichText) {
                                  "QL_ELEM_S", "QL_ELEM_E"})
             EXPECT_EQ(content.find(word), std::string::npos) << published;
     }
-}
-
-std::string Repeated(const std::string& text, std::size_t count) {
-    std::string result;
-    result.reserve(text.size() * count);
-    for (std::size_t i = 0; i < count; ++i)
-        result += text;
-    return result;
 }
 
 TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {

@@ -6,31 +6,11 @@
 #include <csignal>
 
 #include "markers/document_pass.h"
-#include "markers/xslt_run.h"
 #include "support/test_folder.h"
 #include "support/test_host.h"
 
 namespace ventrix::test {
 namespace {
-
-TEST(XsltRun, SendsOneCommandLine) {
-    struct {
-        const char *file, *outputPath, *expectedOutput;
-    } rows[] = {
-        {"C:\\out\\maps\\guide.xml", "", "C:\\out\\maps\\guide.html"},
-        {"C:\\out\\my guide", "", "C:\\out\\my guide.html"},
-        {"C:\\a.b\\guide", "", "C:\\a.html"},
-        {"C:\\out\\guide.xml", "D:\\x y.txt", "D:\\x y.txt"},
-    };
-    for (const auto& row : rows) {
-        LinkedHost host;
-        RunXsltScenario(row.file, "C:\\styles\\web.xsl", row.outputPath);
-        EXPECT_EQ(host.log.back(),
-                  std::string("InvokeClient QlXSLT: XSLTRunTrScenario -dontuseqlconsole -file \"") +
-                      row.file + "\" -xslfilepath \"C:\\styles\\web.xsl\" -outputfilepath \"" +
-                      row.expectedOutput + "\"");
-    }
-}
 
 TEST(DtdLookup, AsksTwiceAndTakesExactlyOneText) {
     struct {

@@ -15,13 +15,6 @@ std::string Joined(const std::vector<std::string>& parts) {
     return joined;
 }
 
-std::string Repeated(std::string_view text, std::size_t count) {
-    std::string result;
-    for (std::size_t i = 0; i < count; ++i)
-        result += text;
-    return result;
-}
-
 TEST(MarkerText, TrimBlanksKnowsFourBlanksOnly) {
     const TextRow rows[] = {
         {"", ""},         {" ", ""},

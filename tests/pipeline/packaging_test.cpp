@@ -25,12 +25,12 @@ class Packaging : public ModuleTest {
         return PackageFiles(7, R"(C:\out\)", R"(C:\log.txt)", packagedFiles, packagedDocument);
     }
 
+    const std::string guide = R"(C:\src\maps\guide.ditamap)";
     FileList packagedFiles;
     Path packagedDocument;
 };
 
 TEST_F(Packaging, FilesAreRebasedOnTheirCommonFolder) {
-    const std::string guide = R"(C:\src\maps\guide.ditamap)";
     EXPECT_EQ(Package(guide, {Graphic(R"(C:\src\images\p.png)"), Document(guide),
                               Document(R"(C:\src\topics\a.dita)")}),
               0);
@@ -45,14 +45,12 @@ TEST_F(Packaging, FilesAreRebasedOnTheirCommonFolder) {
 }
 
 TEST_F(Packaging, MissingFilesShapeTheCommonFolderAndAreNotPackaged) {
-    const std::string guide = R"(C:\src\maps\guide.ditamap)";
     EXPECT_EQ(Package(guide, {Document(guide), Document(R"(C:\elsewhere\missing.dita)")}), 0);
     EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\src\maps\guide.ditamap)"));
     EXPECT_THAT(LogLines(), IsEmpty());
 }
 
 TEST_F(Packaging, GraphicsOnAnotherRootStayBehindWithOneWarning) {
-    const std::string guide = R"(C:\src\maps\guide.ditamap)";
     EXPECT_EQ(
         Package(guide, {Document(guide), Graphic(R"(D:\images\far.png)"), Graphic(R"(D:\images\far2.png)")}),
         0);
@@ -61,7 +59,6 @@ TEST_F(Packaging, GraphicsOnAnotherRootStayBehindWithOneWarning) {
 }
 
 TEST_F(Packaging, ALogInTheOutputFolderOutlivesItsClearing) {
-    const std::string guide = R"(C:\src\maps\guide.ditamap)";
     drives.Write(R"(C:\out\log.txt)", "earlier\r\n");
     host.documents[7] = {guide, {Document(guide), Graphic(R"(D:\images\far.png)")}};
     EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\out\log.txt)", packagedFiles, packagedDocument), 0);
@@ -73,7 +70,6 @@ TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
     const auto refused = [](const Lines& paths) {
         return Section("Fehler:Liste der beschädigten Links", paths);
     };
-    const std::string guide = R"(C:\src\maps\guide.ditamap)";
     const struct {
         const char* name;
         std::string document;
@@ -134,7 +130,6 @@ TEST_F(Packaging, WithoutALogNothingIsScanned) {
 }
 
 TEST_F(Packaging, GraphicsTakeTheirPlaceRelativeToTheFirstDocument) {
-    const std::string guide = R"(C:\src\maps\guide.ditamap)";
     drives.Write(R"(C:\src\maps\beside.png)", "new");
     drives.Write(R"(C:\res\pages\beside.png)", "kept");
     host.documents[7] = {guide,

@@ -40,20 +40,19 @@ class PublishDriver : public ModuleTest {
 
 class PublishRequests : public PublishDriver, public testing::WithParamInterface<PublishRow> {};
 
-Lines Encoded(const Lines& files) {
-    Lines lines = Heading(encodeHeading);
+Lines Coded(Lines lines, const std::string& message, const Lines& files) {
     for (const std::string& file : files) {
-        lines.push_back("Logarithmus:Datei wird codiert..." + file);
+        lines.push_back("Logarithmus:" + message + "..." + file);
     }
     return lines;
 }
 
+Lines Encoded(const Lines& files) {
+    return Coded(Heading(encodeHeading), "Datei wird codiert", files);
+}
+
 Lines Decoded(const Lines& files) {
-    Lines lines = Heading(decodeHeading);
-    for (const std::string& file : files) {
-        lines.push_back("Logarithmus:Datei wird decodiert..." + file);
-    }
-    return lines;
+    return Coded(Heading(decodeHeading), "Datei wird decodiert", files);
 }
 
 Lines DitaRun(const std::string& input, const std::string& ditaval) {

@@ -60,8 +60,6 @@ class Filter : public Counted<IMessageFilter> {
 struct InApartment {
     InApartment() { CoInitialize(nullptr); }
     ~InApartment() { CoUninitialize(); }
-    InApartment(const InApartment&) = delete;
-    InApartment& operator=(const InApartment&) = delete;
 };
 
 int ServeOneMessage() {
@@ -134,15 +132,16 @@ TEST(Apartment, HoldsTheMessageFilter) {
 TEST(Activation, FindsWhatIsOffered) {
     PlainObject object(IID_IStream);
     void* out = &object;
-    EXPECT_EQ(CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IStream, &out),
-              CO_E_NOTINITIALIZED);
+    const auto create = [&] {
+        return CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IStream, &out);
+    };
+    EXPECT_EQ(create(), CO_E_NOTINITIALIZED);
     EXPECT_EQ(out, nullptr);
     const InApartment apartment;
-    EXPECT_EQ(CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IStream, &out),
-              REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
     OfferClass(classId, RunningObject(&object));
     EXPECT_EQ(object.references, 2u);
-    EXPECT_EQ(CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IStream, &out), S_OK);
+    EXPECT_EQ(create(), S_OK);
     EXPECT_EQ(out, &object);
     EXPECT_EQ(object.references, 3u);
     EXPECT_EQ(CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IMessageFilter, &out),
@@ -151,8 +150,7 @@ TEST(Activation, FindsWhatIsOffered) {
               CLASS_E_NOAGGREGATION);
     OfferClass(classId, nullptr);
     EXPECT_EQ(object.references, 2u);
-    EXPECT_EQ(CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IStream, &out),
-              REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
 }
 
 TEST(Activation, OnAServerByTheFunctionOfOle32) {

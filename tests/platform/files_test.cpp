@@ -37,8 +37,6 @@ class FullDisk {
         ::setrlimit(RLIMIT_FSIZE, &small);
     }
     ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &before_); }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
 
   private:
     rlimit before_ = {};

@@ -1,10 +1,11 @@
-// Tables of a text and what becomes of it.
+// Tables of a text and what becomes of it, and long texts.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace ventrix::test {
 
@@ -18,6 +19,15 @@ void ExpectRows(std::span<const TextRow> rows, Function outputOf) {
     for (const TextRow& row : rows) {
         EXPECT_EQ(outputOf(row.input), row.output) << row.input;
     }
+}
+
+inline std::string Repeated(std::string_view text, std::size_t count) {
+    std::string result;
+    result.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        result += text;
+    }
+    return result;
 }
 
 }  // namespace ventrix::test
