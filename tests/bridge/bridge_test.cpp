@@ -28,27 +28,27 @@ std::string NoticeFields(const char* text) {
 
 }  // namespace
 
+using test::callbackLog;
+using test::Line;
+
 void Initialize(std::int32_t code) {
-    test::callbackLog.push_back("Initialize " + std::to_string(code));
+    callbackLog.push_back("Initialize " + Line(code));
 }
 
 void Notify(std::int32_t number, std::uint32_t objectId, const char* text, std::int32_t integer) {
-    test::callbackLog.push_back("Notify " + std::to_string(number) + " " + std::to_string(objectId) + " " +
-                                (number == NoticeFieldsNotification ? NoticeFields(text) : Piece(text)) +
-                                " " + std::to_string(integer));
+    const std::string texts = number == NoticeFieldsNotification ? NoticeFields(text) : Piece(text);
+    callbackLog.push_back("Notify " + Line(number, objectId) + " " + texts + " " + Line(integer));
     if (test::whileNotified) {
         test::whileNotified();
     }
 }
 
 void Message(std::intptr_t value, std::int32_t first, std::int32_t second) {
-    test::callbackLog.push_back("Message " + std::to_string(value) + " " + std::to_string(first) + " " +
-                                std::to_string(second));
+    callbackLog.push_back("Message " + Line(value, first, second));
 }
 
 void HtmlDialogEventEx(std::int32_t event, std::intptr_t first, std::intptr_t second) {
-    test::callbackLog.push_back("HtmlDialogEventEx " + std::to_string(event) + " " + std::to_string(first) +
-                                " " + std::to_string(second));
+    callbackLog.push_back("HtmlDialogEventEx " + Line(event, first, second));
 }
 
 // Command 1 answers with a text and two numbers, any other with nothing.
@@ -56,8 +56,7 @@ void CMSCommand(std::int32_t command, const char* text, std::int32_t integer, st
                 Q_CmsRecord* record) {
     static char answer[] = "checked in";
     static std::int32_t numbers[] = {7, -8};
-    test::callbackLog.push_back("CMSCommand " + std::to_string(command) + " " + Piece(text) + " " +
-                                std::to_string(integer) + " " + std::to_string(value));
+    callbackLog.push_back("CMSCommand " + Line(command) + " " + Piece(text) + " " + Line(integer, value));
     if (command == 1) {
         *record = {{1, 2, 3, 4, 5, 6, 7, 8}, answer, 2, {9, 10, 11, 12}, numbers};
     }

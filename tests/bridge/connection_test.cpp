@@ -42,7 +42,7 @@ class ConnectionTest : public BridgeTest {
 Lines Queries(unsigned first, unsigned last) {
     Lines lines;
     for (unsigned number = first; number <= last; ++number) {
-        lines.push_back("QueryInterface " + std::to_string(number));
+        lines.push_back("QueryInterface " + Line(number));
     }
     return lines;
 }

@@ -141,13 +141,6 @@ TEST_F(OutOfProcessTest, TellsThatThereIsNoHost) {
     Q_ApiDisconnect();
 }
 
-TEST_F(OutOfProcessTest, PassesTheResultOfTheStartOn) {
-    Host().keepsClient = false;
-    EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), -1);
-    EXPECT_EQ(Q_ApiLastError, -1);
-    EXPECT_EQ(Host().references, 0);
-}
-
 TEST_F(OutOfProcessTest, LeavesAnApartmentOfSomebodyElseAlone) {
     CoInitialize(nullptr);
     EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);

@@ -197,18 +197,14 @@ const PublishRow publishRows[] = {
      {"old\\", "old\\page.html"}},
 };
 
-/// Lines as expected; one that ends in "*" stands for any line that begins so and goes on.
-void ExpectLines(const Lines& actual, const Lines& expected) {
-    ASSERT_EQ(actual.size(), expected.size()) << testing::PrintToString(actual);
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        const std::string& line = expected[i];
-        if (line.ends_with("...*")) {
-            EXPECT_TRUE(actual[i].starts_with(line.substr(0, line.size() - 1))) << actual[i];
-            EXPECT_GE(actual[i].size(), line.size()) << "the reason is missing";
-        } else {
-            EXPECT_EQ(actual[i], line) << "line " << i + 1;
+/// A log with the reasons of its failures as "*"; a failure without a reason stays as it is.
+Lines WithoutReasons(Lines log) {
+    for (std::string& line : log) {
+        if (line.starts_with("Fehler:Datei wird ") && !line.ends_with("...")) {
+            line = line.substr(0, line.find("...")) + "...*";
         }
     }
+    return log;
 }
 
 TEST_P(PublishRequests, RunAsTheRowSays) {
@@ -222,7 +218,7 @@ TEST_P(PublishRequests, RunAsTheRowSays) {
     host.log.clear();
     host.Request(publish + row.options);
     EXPECT_EQ(host.log, row.calls);
-    ExpectLines(LogLines(), row.log);
+    EXPECT_EQ(WithoutReasons(LogLines()), row.log);
     EXPECT_EQ(drives.Tree(R"(C:\out\)"), row.tree);
     EXPECT_EQ(drives.Read(R"(C:\src\a.dita)"), topicText) << "sources are read only";
 }

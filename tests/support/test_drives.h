@@ -31,13 +31,11 @@ class TestDrives {
     std::filesystem::path Native(const std::string& path) const { return platform::ToNative(path); }
 
     void Write(const std::string& path, const std::string& content) const {
-        std::filesystem::create_directories(Native(path).parent_path());
-        std::ofstream(Native(path), std::ios::binary) << content;
+        root_.Write(Native(path), content);
     }
 
     void WriteScript(const std::string& path, const std::string& body) const {
-        Write(path, "#!/bin/sh\n" + body);
-        std::filesystem::permissions(Native(path), std::filesystem::perms::owner_all);
+        root_.WriteProgram(Native(path), "#!/bin/sh\n" + body);
     }
 
     void MakeFolder(const std::string& path) const { std::filesystem::create_directories(Native(path)); }

@@ -25,13 +25,6 @@ Q_PropList MakeProps(const std::vector<HostProp>& rows, const Allocator& allocat
     return list;
 }
 
-template <class... Numbers>
-std::string Line(Numbers... numbers) {
-    std::string line;
-    ((line += (line.empty() ? "" : " ") + std::to_string(numbers)), ...);
-    return line;
-}
-
 }  // namespace
 
 HostValue Text(std::string text) {

@@ -19,6 +19,14 @@ namespace ventrix::test {
 
 using Lines = std::vector<std::string>;
 
+/// Numbers with blanks between them.
+template <class... Numbers>
+std::string Line(Numbers... numbers) {
+    std::string line;
+    ((line += (line.empty() ? "" : " ") + std::to_string(numbers)), ...);
+    return line;
+}
+
 /// A value of the contract in a test's own memory: a number, a text or a list of values, by tag.
 struct HostValue {
     std::uint32_t tag = 0;
