@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "platform/drives.h"
+#include "platform/memory.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/errno_codes.h"
 #include "platform/posix/held_files.h"
@@ -148,6 +149,7 @@ ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
     }
     std::string bytes;
     bytes.reserve(static_cast<std::size_t>(found.st_size));
+    ExpectFullUse(bytes.data(), bytes.capacity());
     const int failure = ReadBlocks(file.Number(), [&](const char* block, std::size_t count) {
         bytes.append(block, count);
         return 0;

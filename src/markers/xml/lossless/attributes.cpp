@@ -2,14 +2,11 @@
 
 #include <libxml/valid.h>
 
+#include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/references.h"
 
 namespace ventrix::xml {
 namespace {
-
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
 
 std::string_view View(const xmlChar* text) {
     return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));

@@ -4,6 +4,7 @@
 
 #include "markers/xml/lossless/attributes.h"
 #include "markers/xml/lossless/references.h"
+#include "platform/memory.h"
 
 namespace ventrix::xml {
 
@@ -11,22 +12,9 @@ void DocumentStore::Reserve(std::size_t nodes) {
     const std::size_t wanted = records_.size() + nodes;
     if (wanted > records_.capacity()) {
         records_.reserve(std::max(wanted, 2 * records_.capacity()));
+        platform::ExpectFullUse(records_.data() + records_.size(),
+                                (records_.capacity() - records_.size()) * sizeof(NodeRecord));
     }
-}
-
-NodeIndex DocumentStore::Add(NodeType type) {
-    NodeRecord& record = records_.emplace_back();
-    record.type = static_cast<std::uint8_t>(type);
-    return static_cast<NodeIndex>(records_.size() - 1);
-}
-
-void DocumentStore::Append(NodeIndex parent, NodeIndex child) {
-    NodeRecord& above = At(parent);
-    NodeRecord& record = At(child);
-    record.parent = parent;
-    record.previous = above.lastChild;
-    (above.lastChild == 0 ? above.firstChild : At(above.lastChild).next) = child;
-    above.lastChild = child;
 }
 
 void DocumentStore::InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference) {
@@ -132,7 +120,12 @@ std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) 
 
 std::string_view DocumentStore::SourceTextOf(const NodeRecord& text, std::string& buffer) {
     const std::string_view raw = Slice(text.begin, text.end);
-    return (text.flags & Verbatim) != 0 ? raw : std::string_view(buffer = DecodeText(raw));
+    if ((text.flags & Verbatim) != 0) {
+        return raw;
+    }
+    buffer.clear();
+    AppendDecodedText(buffer, raw);
+    return buffer;
 }
 
 void DocumentStore::SetContent(NodeIndex index, std::string_view text) {

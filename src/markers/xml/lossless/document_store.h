@@ -48,6 +48,7 @@ enum NodeFlags : std::uint8_t {
     FromDtd = 16,           ///< An attribute that the DTD supplies and nobody changed.
     Verbatim = 32,          ///< A text whose source bytes are its content.
     Prefixed = 64,          ///< A text of the source with a text of the store's in front.
+    Filled = 128,           ///< A text that is not all white space.
 };
 
 struct FreeXmlDoc {
@@ -66,7 +67,6 @@ struct SourceText {
     std::uint32_t rootEnd = 0;
     bool suppliesAttributes = false;  ///< The DTD has attributes with default values.
     bool tokenizes = false;           ///< The DTD declares attribute types other than CDATA.
-    bool hasReturns = false;
     bool hasNamespaces = false;
 };
 
@@ -75,15 +75,28 @@ class DocumentStore {
     DocumentStore() : records_(1) {}
 
     NodeRecord& At(NodeIndex index) { return records_[index]; }
-    NodeIndex Add(NodeType type);
+    NodeIndex Add(NodeType type) {
+        records_.emplace_back().type = static_cast<std::uint8_t>(type);
+        return static_cast<NodeIndex>(records_.size() - 1);
+    }
     /// Makes room for this many more nodes; twice what was there at least, since many small documents may
     /// come.
     void Reserve(std::size_t nodes);
 
     /// Links a child behind the last one of its parent.
-    void Append(NodeIndex parent, NodeIndex child);
+    void Append(NodeIndex parent, NodeIndex child) {
+        NodeRecord& above = At(parent);
+        NodeRecord& record = At(child);
+        record.parent = parent;
+        record.previous = above.lastChild;
+        (above.lastChild == 0 ? above.firstChild : At(above.lastChild).next) = child;
+        above.lastChild = child;
+    }
     void InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference);
     void Unlink(NodeIndex child);
+
+    /// Leaves a document node without children.
+    void Clear(NodeIndex document) { At(document).firstChild = At(document).lastChild = 0; }
 
     /// Takes a text in. Its base is set; null if the store's offsets are used up.
     SourceText* AddSource(std::string text);

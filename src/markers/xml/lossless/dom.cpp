@@ -172,7 +172,7 @@ bool Document::load(std::string_view path) {
         error != platform::errorNone) {
         bytes.clear();
         reason_ = "The file '" + std::string(path) + "' cannot be read (error " + std::to_string(error) + ")";
-        store_->At(index_).firstChild = store_->At(index_).lastChild = 0;
+        store_->Clear(index_);
         return false;
     }
     return Build(path, std::move(bytes), true);
@@ -183,7 +183,7 @@ bool Document::loadXML(std::string_view text) {
 }
 
 bool Document::Build(std::string_view path, std::string bytes, bool isFile) {
-    store_->At(index_).firstChild = store_->At(index_).lastChild = 0;
+    store_->Clear(index_);
     ++store_->shape;
     reason_ = LoadSource(*store_, index_, std::move(bytes), {path, isFile, resolveExternals_});
     return reason_.empty();

@@ -1,5 +1,9 @@
 #include "markers/xml/lossless/loading.h"
 
+#include <algorithm>
+
+#include "markers/xml/lossless/characters.h"
+#include "markers/xml/lossless/prolog.h"
 #include "markers/xml/lossless/source_encoding.h"
 #include "markers/xml/lossless/tree_builder.h"
 #include "markers/xml/lossless/well_formed.h"
@@ -21,6 +25,50 @@ void NoteDeclarations(const xmlDtd* subset, SourceText& source) {
     }
 }
 
+/// The text with an empty element in place of its root.
+std::string WithoutContent(const SourceText& source, std::size_t rootBegin) {
+    return source.text.substr(0, rootBegin) + "<root/>" + source.text.substr(source.rootEnd - source.base);
+}
+
+/// Has the parser judge what the tree builder could not. A text that fails is parsed whole, so that the
+/// reason tells where.
+Judgement Judge(const SourceText& source, Form form, const LoadSettings& settings) {
+    const std::string path = platform::ToNative(settings.path);
+    if (form == Form::WellFormed) {
+        const std::string_view text = source.text;
+        const std::size_t rootBegin = RootBegin(text);
+        if (IsPlainProlog(text.substr(0, rootBegin)) &&
+            std::ranges::all_of(text.substr(source.rootEnd - source.base), IsBlank)) {
+            return {};
+        }
+        Judgement around = JudgeDocument(WithoutContent(source, rootBegin), path, settings.resolveExternals);
+        if (around.reason.empty()) {
+            return around;
+        }
+    }
+    return JudgeDocument(source.text, path, settings.resolveExternals);
+}
+
+std::string ReadSource(DocumentStore& store, SourceText& source, const LoadSettings& settings) {
+    const Form form = BuildTree(store, source);
+    Judgement judgement = Judge(source, form, settings);
+    if (judgement.reason.empty() && form == Form::Broken) {
+        judgement.reason = "The document cannot be read as a tree";
+    }
+    if (!judgement.reason.empty()) {
+        store.Clear(source.document);
+        return judgement.reason;
+    }
+    source.dtd = std::move(judgement.dtd);
+    if (source.dtd) {
+        // Inherited declarations may come from the DTD.
+        source.hasNamespaces = true;
+        NoteDeclarations(source.dtd->intSubset, source);
+        NoteDeclarations(source.dtd->extSubset, source);
+    }
+    return {};
+}
+
 }  // namespace
 
 std::string LoadSource(DocumentStore& store, NodeIndex document, std::string bytes,
@@ -37,26 +85,13 @@ std::string LoadSource(DocumentStore& store, NodeIndex document, std::string byt
     if (decoded.text.size() > LargestText) {
         return "The document is too large";
     }
-    Judgement judgement =
-        JudgeDocument(decoded.text, platform::ToNative(settings.path), settings.resolveExternals);
-    if (!judgement.reason.empty()) {
-        return judgement.reason;
-    }
     SourceText* source = store.AddSource(std::move(decoded.text));
     if (source == nullptr) {
         return "The document is too large";
     }
     source->encoding = std::move(decoded.encoding);
     source->document = document;
-    source->dtd = std::move(judgement.dtd);
-    source->hasReturns = source->text.find('\r') != std::string::npos;
-    if (source->dtd) {
-        // Inherited declarations may come from the DTD.
-        source->hasNamespaces = true;
-        NoteDeclarations(source->dtd->intSubset, *source);
-        NoteDeclarations(source->dtd->extSubset, *source);
-    }
-    return BuildTree(store, *source) ? std::string() : "The document cannot be read as a tree";
+    return ReadSource(store, *source, settings);
 }
 
 }  // namespace ventrix::xml

@@ -28,7 +28,7 @@ std::string TextOfXml(std::string_view xml) {
     std::string text;
     while (!xml.empty()) {
         const std::size_t tag = std::min(xml.find('<'), xml.size());
-        text += DecodeText(xml.substr(0, tag));
+        AppendDecodedText(text, xml.substr(0, tag));
         const std::size_t behind = xml.find('>', tag);
         xml = behind == std::string_view::npos ? std::string_view() : xml.substr(behind + 1);
     }

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <optional>
 
+#include "markers/xml/lossless/characters.h"
+
 namespace ventrix::xml {
 namespace {
 
@@ -53,6 +55,25 @@ std::optional<char> Predefined(std::string_view name) {
     return std::nullopt;
 }
 
+bool IsCharacter(std::uint32_t code) {
+    std::string utf8;
+    AppendUtf8(utf8, code);
+    return code <= 0x10FFFF && CharacterLength(utf8) == utf8.size();
+}
+
+/// What a character reference of this name, as in "#65", refers to.
+Reference CharacterKind(std::string_view name) {
+    const bool hex = name.starts_with("#x");
+    const std::string_view digits = name.substr(hex ? 2 : 1);
+    std::uint32_t code = 0;
+    const auto [end, error] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), code, hex ? 16 : 10);
+    if (error != std::errc() || end != digits.data() + digits.size() || !IsCharacter(code)) {
+        return Reference::Other;
+    }
+    return code == ' ' || code == '\t' || code == '\n' || code == '\r' ? Reference::Blank : Reference::Solid;
+}
+
 /// The name between "&" at `at` and ";". Empty if there is no ";".
 std::string_view NameAt(std::string_view raw, std::size_t at) {
     const std::size_t end = raw.find(';', at);
@@ -68,14 +89,17 @@ std::string_view Replacement(std::string_view name, xmlDoc* dtd) {
     return internal ? std::string_view(reinterpret_cast<const char*>(entity->content)) : std::string_view();
 }
 
-/// Appends what a character reference or a predefined entity stands for. The length of its name.
-std::size_t AppendReference(std::string& out, std::string_view name) {
+/// Appends what a character reference or a predefined entity stands for. False for another name.
+bool AppendReferred(std::string& out, std::string_view name) {
     if (const auto code = CharacterCode(name)) {
         AppendUtf8(out, *code);
-    } else if (const auto character = Predefined(name)) {
-        out += *character;
+        return true;
     }
-    return name.size();
+    if (const auto character = Predefined(name)) {
+        out += *character;
+        return true;
+    }
+    return false;
 }
 
 void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth) {
@@ -83,11 +107,7 @@ void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth)
         const char c = raw[at];
         if (c == '&') {
             const std::string_view name = NameAt(raw, at);
-            if (const auto code = CharacterCode(name)) {
-                AppendUtf8(out, *code);
-            } else if (const auto character = Predefined(name)) {
-                out += *character;
-            } else if (depth < DeepestEntity) {
+            if (!AppendReferred(out, name) && depth < DeepestEntity) {
                 AppendValue(out, Replacement(name, dtd), dtd, depth + 1);
             }
             at += name.size() + 1;
@@ -111,29 +131,6 @@ void AppendExpanded(std::string& out, std::string_view content, xmlDoc* dtd, int
             at += name.size() + 1;
         }
     }
-}
-
-/// The bytes of the character at the front: 0 if they are no character that XML can hold.
-std::size_t CharacterLength(std::string_view text) {
-    const auto byte = [&](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const unsigned lead = byte(0);
-    if (lead < 0x80) {
-        return lead >= 0x20 || lead == '\t' || lead == '\n' || lead == '\r' ? 1 : 0;
-    }
-    const std::size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80) {
-            return 0;
-        }
-    }
-    const unsigned second = byte(1);
-    const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
-    const bool surrogate = lead == 0xED && second >= 0xA0;
-    const bool beyond = lead == 0xF4 && second >= 0x90;
-    const bool nonCharacter = lead == 0xEF && second == 0xBF && byte(2) >= 0xBE;
-    return overlong || surrogate || beyond || nonCharacter ? 0 : length;
 }
 
 constexpr std::uint64_t Each(unsigned char byte) {
@@ -199,19 +196,34 @@ void AppendEscaped(std::string& xml, std::string_view text, Escape escape) {
 
 }  // namespace
 
-std::string DecodeText(std::string_view raw) {
+ReferenceRead ReadReference(std::string_view text) {
+    const std::size_t end = text.find_first_of(";<&", 1);
+    if (end == std::string_view::npos || text[end] != ';') {
+        return {Reference::Other, 1};
+    }
+    const std::string_view name = text.substr(1, end - 1);
+    if (name.starts_with('#')) {
+        return {CharacterKind(name), end + 1};
+    }
+    return {Predefined(name) ? Reference::Solid : Reference::Other, end + 1};
+}
+
+void AppendDecodedText(std::string& out, std::string_view raw) {
     if (raw.find('\r') != std::string_view::npos) {
         // A reference to a carriage return is none that the line end rules see.
-        return DecodeText(NormalizeLineEnds(raw));
+        AppendDecodedText(out, NormalizeLineEnds(raw));
+        return;
     }
-    std::string out;
-    out.reserve(raw.size());
     for (std::size_t at = 0; at < raw.size();) {
         const std::size_t mark = std::min(raw.find('&', at), raw.size());
         out.append(raw, at, mark - at);
-        at = mark < raw.size() ? mark + AppendReference(out, NameAt(raw, mark)) + 2 : mark;
+        if (mark == raw.size()) {
+            return;
+        }
+        const std::string_view name = NameAt(raw, mark);
+        AppendReferred(out, name);
+        at = mark + name.size() + 2;
     }
-    return out;
 }
 
 std::string NormalizeLineEnds(std::string_view raw) {

@@ -14,12 +14,24 @@ namespace ventrix::xml {
 constexpr std::size_t ExpansionLimit = 64'000'000;
 constexpr int DeepestEntity = 40;
 
+/// What a reference stands for: an entity that is not predefined, or malformed; white space; another
+/// character.
+enum class Reference { Other, Blank, Solid };
+
+struct ReferenceRead {
+    Reference kind;
+    std::size_t length;  ///< From the "&" to behind the ";"; 1 if there is no end to it.
+};
+
+/// Reads the reference at the front of the text.
+ReferenceRead ReadReference(std::string_view text);
+
 /// How a written text ends its lines.
 enum class LineEnd { LineFeed, ReturnAndLineFeed };
 
-/// The content of a text node: line ends as line feeds, character references and the five predefined entities
-/// decoded.
-std::string DecodeText(std::string_view raw);
+/// Appends the content of a text node: line ends as line feeds, character references and the five predefined
+/// entities decoded.
+void AppendDecodedText(std::string& out, std::string_view raw);
 
 /// CDATA sections and the like: line ends as line feeds, nothing else.
 std::string NormalizeLineEnds(std::string_view raw);

@@ -1,7 +1,11 @@
 #include "markers/xml/lossless/tree_builder.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
+
+#include "markers/xml/lossless/characters.h"
+#include "markers/xml/lossless/prolog.h"
+#include "markers/xml/lossless/references.h"
 
 namespace ventrix::xml {
 namespace {
@@ -10,46 +14,7 @@ constexpr std::size_t NotFound = std::string_view::npos;
 constexpr std::size_t LongestName = UINT16_MAX;
 
 bool EndsName(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '>' || c == '/';
-}
-
-bool IsPredefined(std::string_view name) {
-    return name == "amp" || name == "lt" || name == "gt" || name == "quot" || name == "apos";
-}
-
-/// Behind the "]" that closes an internal subset which begins at `at`. Literals, comments and instructions
-/// may hold one.
-std::size_t BehindInternalSubset(std::string_view text, std::size_t at) {
-    while (at < text.size() && text[at] != ']') {
-        if (text.compare(at, 4, "<!--") == 0) {
-            at = text.find("-->", at + 4);
-        } else if (text.compare(at, 2, "<?") == 0) {
-            at = text.find("?>", at + 2);
-        } else if (text[at] == '"' || text[at] == '\'') {
-            at = text.find(text[at], at + 1);
-        }
-        if (at == NotFound) {
-            return NotFound;
-        }
-        ++at;
-    }
-    return at < text.size() ? at + 1 : NotFound;
-}
-
-std::size_t BehindDoctype(std::string_view text, std::size_t at) {
-    while (at < text.size() && text[at] != '>') {
-        if (text[at] == '"' || text[at] == '\'') {
-            at = text.find(text[at], at + 1);
-        } else if (text[at] == '[') {
-            at = BehindInternalSubset(text, at + 1);
-            continue;
-        }
-        if (at == NotFound) {
-            return NotFound;
-        }
-        ++at;
-    }
-    return at < text.size() ? at + 1 : NotFound;
+    return IsBlank(c) || c == '>' || c == '/' || c == '=';
 }
 
 std::size_t Behind(std::string_view text, std::string_view closing, std::size_t at) {
@@ -57,28 +22,84 @@ std::size_t Behind(std::string_view text, std::string_view closing, std::size_t 
     return found == NotFound ? NotFound : found + closing.size();
 }
 
+/// ASCII names with one colon at most, and a name on either side of it.
+bool IsPlainName(std::string_view name) {
+    const std::size_t colon = name.find(':');
+    const auto isLocal = [](std::string_view part) {
+        return !part.empty() && (ClassOf(part[0]) & NameStart) != 0 && part.find(':') == NotFound;
+    };
+    const bool parts =
+        colon == NotFound ? isLocal(name) : isLocal(name.substr(0, colon)) && isLocal(name.substr(colon + 1));
+    return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & NameByte) != 0; });
+}
+
+bool HoldsOnlyCharacters(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t length = CharacterLength(text.substr(at, 4));
+        if (length == 0) {
+            return false;
+        }
+        at += length;
+    }
+    return true;
+}
+
+/// The names of one start tag, to see a name that comes twice. A tag with many is left to the parser.
+class TagNames {
+  public:
+    void Clear() { count_ = 0; }
+
+    /// False if the name is there already or there is no room for it.
+    bool Add(std::string_view name) {
+        const auto end = names_.begin() + static_cast<std::ptrdiff_t>(count_);
+        if (count_ == names_.size() || std::find(names_.begin(), end, name) != end) {
+            return false;
+        }
+        names_[count_++] = name;
+        return true;
+    }
+
+  private:
+    std::array<std::string_view, 16> names_;
+    std::size_t count_ = 0;
+};
+
+/// The text ends in a NUL, which is no character of any class, so that scans by class need no other end.
 class TreeBuilder {
   public:
     TreeBuilder(DocumentStore& store, SourceText& source)
-        : store_(store), source_(source), text_(source.text), parent_(source.document) {}
+        : store_(store),
+          source_(source),
+          text_(source.text),
+          data_(source.text.c_str()),
+          parent_(source.document) {}
 
-    bool Build() {
+    Form Build() {
         at_ = RootBegin(text_);
+        if (at_ == NotFound) {
+            return Form::Broken;
+        }
+        hasDoctype_ = text_.substr(0, at_).find("<!DOCTYPE") != NotFound;
         store_.Reserve(2 * static_cast<std::size_t>(std::ranges::count(text_, '<')) + 1);
         do {
             if (at_ >= text_.size() || !TakeMarkup()) {
-                return false;
+                return Form::Broken;
             }
             if (parent_ != source_.document) {
                 TakeText();
             }
         } while (parent_ != source_.document);
         source_.rootEnd = Offset(at_);
-        return true;
+        return doubtful_ ? Form::Doubtful : Form::WellFormed;
     }
 
   private:
     std::uint32_t Offset(std::size_t at) const { return source_.base + static_cast<std::uint32_t>(at); }
+
+    /// The byte there; NUL at the end of the text and behind it.
+    char Byte(std::size_t at) const { return at < text_.size() ? text_[at] : '\0'; }
+
+    void Expect(bool condition) { doubtful_ = doubtful_ || !condition; }
 
     NodeIndex AddNode(NodeType type, std::size_t begin, std::size_t end) {
         const NodeIndex index = store_.Add(type);
@@ -90,59 +111,93 @@ class TreeBuilder {
 
     /// One tag, comment, CDATA section or instruction.
     bool TakeMarkup() {
-        const char c = at_ + 1 < text_.size() ? text_[at_ + 1] : '\0';
-        if (c == '/') {
-            return TakeEndTag();
+        switch (Byte(at_ + 1)) {
+            case '/':
+                return TakeEndTag();
+            case '!':
+                return text_.compare(at_, 4, "<!--") == 0 ? TakeComment() : TakeCdata();
+            case '?':
+                return TakeInstruction();
+            default:
+                return TakeStartTag();
         }
-        if (c == '!') {
-            const bool comment = text_.compare(at_, 4, "<!--") == 0;
-            return comment ? TakeUpTo(NODE_COMMENT, "-->", at_ + 4)
-                           : TakeUpTo(NODE_CDATA_SECTION, "]]>", at_ + 9);
-        }
-        return c == '?' ? TakeUpTo(NODE_PROCESSING_INSTRUCTION, "?>", at_ + 2) : TakeStartTag();
     }
 
-    bool TakeUpTo(NodeType type, std::string_view closing, std::size_t from) {
-        const std::size_t end = Behind(text_, closing, from);
+    bool TakeComment() {
+        const std::size_t from = at_ + sizeof "<!--" - 1;
+        const std::size_t end = Behind(text_, "-->", from);
+        return TakeSpecial(NODE_COMMENT, end, [&] {
+            const std::string_view content = text_.substr(from, end - from - 2);  // With one of the dashes.
+            return content.find("--") == NotFound;
+        });
+    }
+
+    bool TakeCdata() {
+        const std::size_t end = Behind(text_, "]]>", at_);
+        return TakeSpecial(NODE_CDATA_SECTION, end,
+                           [&] { return text_.compare(at_, sizeof "<![CDATA[" - 1, "<![CDATA[") == 0; });
+    }
+
+    bool TakeInstruction() {
+        const std::size_t from = at_ + sizeof "<?" - 1;
+        const std::size_t end = Behind(text_, "?>", from);
+        return TakeSpecial(NODE_PROCESSING_INSTRUCTION, end, [&] {
+            const std::string_view content = text_.substr(from, end - from - 2);
+            const auto blank = std::ranges::find_if(content, IsBlank);
+            const std::string_view target(content.begin(), blank);
+            constexpr std::size_t reserved = sizeof "xml" - 1;  // In any case.
+            return target.size() != reserved && IsPlainName(target);
+        });
+    }
+
+    template <typename IsPlain>
+    bool TakeSpecial(NodeType type, std::size_t end, IsPlain isPlain) {
         if (end == NotFound) {
             return false;
         }
+        Expect(isPlain() && HoldsOnlyCharacters(text_.substr(at_, end - at_)));
         AddNode(type, at_, end);
         at_ = end;
         return true;
     }
 
     bool TakeEndTag() {
-        const std::size_t end = Behind(text_, ">", at_);
-        if (end == NotFound || parent_ == source_.document) {
+        if (parent_ == source_.document) {
             return false;
         }
         NodeRecord& element = store_.At(parent_);
+        const std::size_t name = at_ + sizeof "</" - 1;
+        std::size_t close = name + element.nameLength;
+        Expect(text_.substr(name, element.nameLength) ==
+               text_.substr(element.begin - source_.base + 1, element.nameLength));
+        while (IsBlank(Byte(close))) {
+            ++close;
+        }
+        if (Byte(close) != '>') {
+            doubtful_ = true;
+            close = text_.find('>', name);
+            if (close == NotFound) {
+                return false;
+            }
+        }
         element.close = Offset(at_);
         parent_ = element.parent;
-        at_ = end;
+        at_ = close + 1;
         return true;
     }
 
     bool TakeStartTag() {
-        std::size_t nameEnd = at_ + 1;
-        while (nameEnd < text_.size() && !EndsName(text_[nameEnd])) {
-            ++nameEnd;
-        }
-        const std::size_t close = TagClose(nameEnd);
+        const std::size_t nameEnd = NameEnd(at_ + 1);
+        const std::size_t close = data_[nameEnd] == '>' ? nameEnd : AttributesEnd(nameEnd);
         if (close >= text_.size() || nameEnd - at_ - 1 > LongestName) {
             return false;
         }
         const NodeIndex index = AddNode(NODE_ELEMENT, at_, close + 1);
-        store_.At(index).nameLength = static_cast<std::uint16_t>(nameEnd - at_ - 1);
-        if (close == nameEnd && !source_.suppliesAttributes) {
-            store_.At(index).flags = AttributesRead;
-        }
+        NodeRecord& element = store_.At(index);
+        element.nameLength = static_cast<std::uint16_t>(nameEnd - at_ - 1);
+        element.flags = close == nameEnd && !hasDoctype_ ? AttributesRead : 0;
         if (parent_ == source_.document) {
             source_.root = index;
-        }
-        if (!source_.hasNamespaces && close > nameEnd) {
-            source_.hasNamespaces = text_.substr(nameEnd, close - nameEnd).find("xmlns") != NotFound;
         }
         if (text_[close - 1] != '/') {
             parent_ = index;
@@ -151,7 +206,83 @@ class TreeBuilder {
         return true;
     }
 
-    /// The ">" of a start tag; values may hold one.
+    /// Behind the name that begins there.
+    std::size_t NameEnd(std::size_t begin) {
+        std::size_t at = begin;
+        if ((ClassOf(data_[at]) & NameStart) != 0) {
+            while ((ClassOf(data_[at]) & NameByte) != 0 && data_[at] != ':') {
+                ++at;
+            }
+        }
+        if (at == begin || !EndsName(data_[at])) {
+            while (at < text_.size() && !EndsName(data_[at])) {
+                ++at;
+            }
+            Expect(IsPlainName(text_.substr(begin, at - begin)));
+        }
+        return at;
+    }
+
+    /// The ">" of a start tag.
+    std::size_t AttributesEnd(std::size_t at) {
+        names_.Clear();
+        while (true) {
+            std::size_t next = at;
+            while (IsBlank(Byte(next))) {
+                ++next;
+            }
+            if (Byte(next) == '>') {
+                return next;
+            }
+            if (Byte(next) == '/' && Byte(next + 1) == '>') {
+                return next + 1;
+            }
+            const std::size_t behind = next > at ? AttributeEnd(next) : NotFound;
+            if (behind == NotFound) {
+                doubtful_ = true;
+                return TagClose(next);
+            }
+            at = behind;
+        }
+    }
+
+    /// Behind the closing quote; npos if no attribute stands there.
+    std::size_t AttributeEnd(std::size_t begin) {
+        std::size_t at = NameEnd(begin);
+        const std::string_view name = text_.substr(begin, at - begin);
+        Expect(names_.Add(name));
+        source_.hasNamespaces = source_.hasNamespaces || name.starts_with("xmlns");
+        while (IsBlank(Byte(at))) {
+            ++at;
+        }
+        if (Byte(at) != '=') {
+            return NotFound;
+        }
+        ++at;
+        while (IsBlank(Byte(at))) {
+            ++at;
+        }
+        const char quote = Byte(at);
+        return quote == '"' || quote == '\'' ? ValueEnd(at + 1, quote) : NotFound;
+    }
+
+    std::size_t ValueEnd(std::size_t at, char quote) {
+        while (true) {
+            while ((ClassOf(data_[at]) & ValueStop) == 0) {
+                ++at;
+            }
+            const char c = data_[at];
+            if (c == quote) {
+                return at + 1;
+            }
+            if (at >= text_.size()) {
+                return NotFound;
+            }
+            at = c == '"' || c == '\'' ? at + 1 : BehindSpecial(at);
+        }
+    }
+
+    /// The ">" of a start tag of whatever form; values may hold one.
     std::size_t TagClose(std::size_t at) const {
         while (at < text_.size() && text_[at] != '>') {
             if (text_[at] == '"' || text_[at] == '\'') {
@@ -162,66 +293,113 @@ class TreeBuilder {
         return at;
     }
 
-    /// The text up to the next "<", cut at references to entities that stay in the tree.
-    void TakeText() {
-        const std::size_t end = std::min(text_.find('<', at_), text_.size());
-        std::size_t begin = at_;
-        bool verbatim = !source_.hasReturns;
-        for (std::size_t mark = at_; (mark = text_.substr(0, end).find('&', mark)) != NotFound;) {
-            const std::size_t behind = std::min(Behind(text_, ";", mark), end);
-            const std::string_view name = text_.substr(mark + 1, behind - mark - 2);
-            if (name.starts_with('#') || IsPredefined(name)) {
-                verbatim = false;
-            } else {
-                AddText(begin, mark, verbatim);
-                AddNode(NODE_ENTITY_REFERENCE, mark, behind);
-                begin = behind;
-                verbatim = !source_.hasReturns;
-            }
-            mark = behind;
+    /// Behind a reference or a character that is not of ASCII, or a byte that fits nowhere.
+    std::size_t BehindSpecial(std::size_t at) {
+        if (text_[at] == '&') {
+            const ReferenceRead reference = ReadReference(text_.substr(at));
+            Expect(reference.kind != Reference::Other);
+            return at + reference.length;
         }
-        AddText(begin, end, verbatim);
-        at_ = end;
+        const std::size_t length = text_[at] == '<' ? 0 : CharacterLength(text_.substr(at, 4));
+        Expect(length != 0);
+        return at + std::max<std::size_t>(length, 1);
     }
 
-    void AddText(std::size_t begin, std::size_t end, bool verbatim) {
-        if (begin < end) {
-            store_.At(AddNode(NODE_TEXT, begin, end)).flags = verbatim ? Verbatim : 0;
+    /// The text up to the next "<", cut at references to entities that stay in the tree.
+    void TakeText() {
+        begin_ = at_;
+        StartText();
+        while (true) {
+            std::uint8_t seen = 0;
+            while (true) {
+                const std::uint8_t bits = ClassOf(data_[at_]);
+                if ((bits & TextStop) != 0) {
+                    break;
+                }
+                seen |= bits;
+                ++at_;
+            }
+            solid_ = solid_ || (seen & Solid) != 0;
+            if (at_ >= text_.size() || text_[at_] == '<') {
+                EndText(at_);
+                return;
+            }
+            TakeSpecialInText();
+        }
+    }
+
+    void TakeSpecialInText() {
+        switch (text_[at_]) {
+            case '&':
+                TakeReference();
+                return;
+            case '\r':
+                verbatim_ = false;
+                ++at_;
+                return;
+            case ']':
+                Expect(text_.compare(at_, 3, "]]>") != 0);
+                solid_ = true;
+                ++at_;
+                return;
+            default:
+                solid_ = true;
+                at_ = BehindSpecial(at_);
+        }
+    }
+
+    void TakeReference() {
+        const ReferenceRead reference = ReadReference(text_.substr(at_));
+        const std::size_t behind = at_ + reference.length;
+        if (reference.kind == Reference::Other) {
+            doubtful_ = true;
+            EndText(at_);
+            AddNode(NODE_ENTITY_REFERENCE, at_, behind);
+            begin_ = behind;
+            StartText();
+        } else {
+            verbatim_ = false;
+            solid_ = solid_ || reference.kind == Reference::Solid;
+        }
+        at_ = behind;
+    }
+
+    void StartText() {
+        verbatim_ = true;
+        solid_ = false;
+    }
+
+    void EndText(std::size_t end) {
+        if (begin_ < end) {
+            store_.At(AddNode(NODE_TEXT, begin_, end)).flags =
+                static_cast<std::uint8_t>((verbatim_ ? Verbatim : 0) | (solid_ ? Filled : 0));
         }
     }
 
     DocumentStore& store_;
     SourceText& source_;
     std::string_view text_;
+    const char* data_;  ///< The same text; the NUL at its end may be read too.
     NodeIndex parent_;
     std::size_t at_ = 0;
+    bool hasDoctype_ = false;  ///< Attributes may come from it.
+    bool doubtful_ = false;
+    TagNames names_;
+
+    std::size_t begin_ = 0;  ///< Of the text that is being taken.
+    bool verbatim_ = true;   ///< It stands for itself as far as it was taken.
+    bool solid_ = false;     ///< It is not all white space.
 };
 
 }  // namespace
 
-std::size_t RootBegin(std::string_view text) {
-    std::size_t at = text.find('<');
-    while (at != NotFound && at + 1 < text.size() && (text[at + 1] == '?' || text[at + 1] == '!')) {
-        std::size_t behind = 0;
-        if (text[at + 1] == '?') {
-            behind = Behind(text, "?>", at);
-        } else if (text.compare(at, 4, "<!--") == 0) {
-            behind = Behind(text, "-->", at + 4);
-        } else {
-            behind = BehindDoctype(text, at + 2);
-        }
-        at = behind == NotFound ? NotFound : text.find('<', behind);
+Form BuildTree(DocumentStore& store, SourceText& source) {
+    const Form form = TreeBuilder(store, source).Build();
+    if (form == Form::Broken) {
+        source.root = 0;
+        store.Clear(source.document);
     }
-    return at;
-}
-
-bool BuildTree(DocumentStore& store, SourceText& source) {
-    if (TreeBuilder(store, source).Build()) {
-        return true;
-    }
-    source.root = 0;
-    store.At(source.document).firstChild = store.At(source.document).lastChild = 0;
-    return false;
+    return form;
 }
 
 }  // namespace ventrix::xml

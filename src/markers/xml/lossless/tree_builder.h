@@ -1,16 +1,19 @@
-// Builds the tree of a well-formed text: one record for each element, text, comment, CDATA section,
-// processing instruction and entity reference below the root.
+// Builds the tree of a text: one record for each element, text, comment, CDATA section, processing
+// instruction and entity reference below the root. On the way it sees whether the root's content is
+// well-formed, as far as that can be told at a glance; a full parser is then spared.
 #pragma once
 
 #include "markers/xml/lossless/document_store.h"
 
 namespace ventrix::xml {
 
-/// Where the root's start tag begins, behind the prolog; npos if there is none.
-std::size_t RootBegin(std::string_view text);
+enum class Form {
+    Broken,     ///< There is no tree.
+    Doubtful,   ///< The tree holds if the text is well-formed, which a parser must tell.
+    WellFormed  ///< The root element is well-formed, whatever stands around it.
+};
 
-/// Fills the tree below the source's document node. The text must have been judged well-formed. False if it
-/// does not have the form after all, which leaves no root.
-bool BuildTree(DocumentStore& store, SourceText& source);
+/// Fills the tree below the source's document node.
+Form BuildTree(DocumentStore& store, SourceText& source);
 
 }  // namespace ventrix::xml

@@ -1,28 +1,26 @@
 #include "markers/xml/lossless/writer.h"
 
+#include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/namespaces.h"
 #include "markers/xml/lossless/references.h"
+#include "platform/memory.h"
 
 namespace ventrix::xml {
 namespace {
 
-enum class Form { Document, Standalone };
-
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
+enum class Output { Document, Standalone };
 
 /// The line end of a text that is written into this source: that of its first line.
 LineEnd LineEndOf(const SourceText& source) {
-    const std::size_t first = source.hasReturns ? source.text.find('\n') : 0;
+    const std::size_t first = source.text.find('\n');
     const bool hasReturn = first != 0 && first != std::string::npos && source.text[first - 1] == '\r';
     return hasReturn ? LineEnd::ReturnAndLineFeed : LineEnd::LineFeed;
 }
 
 class Writer {
   public:
-    Writer(DocumentStore& store, Form form, LineEnd lineEnd)
-        : store_(store), form_(form), lineEnd_(lineEnd) {}
+    Writer(DocumentStore& store, Output output, LineEnd lineEnd)
+        : store_(store), output_(output), lineEnd_(lineEnd) {}
 
     /// Goes through the subtree in document order without a stack of its own: a document may be deeper than
     /// any stack.
@@ -60,7 +58,10 @@ class Writer {
         return std::move(out_);
     }
 
-    void Reserve(std::size_t bytes) { out_.reserve(bytes); }
+    void Reserve(std::size_t bytes) {
+        out_.reserve(bytes);
+        platform::ExpectFullUse(out_.data(), out_.capacity());
+    }
 
   private:
     void Flush() {
@@ -80,7 +81,7 @@ class Writer {
             if ((record.flags & Prefixed) != 0) {
                 Source(record.begin, record.end);
             }
-        } else if (form_ == Form::Standalone && record.type == NODE_ENTITY_REFERENCE) {
+        } else if (output_ == Output::Standalone && record.type == NODE_ENTITY_REFERENCE) {
             Flush();
             out_ += ExpandEntity(store_.Slice(record.begin + 1, record.end - 1),
                                  store_.SourceOf(record.begin).dtd.get());
@@ -120,7 +121,7 @@ class Writer {
         if ((store_.At(index).flags & AttributesChanged) != 0) {
             return true;
         }
-        if (form_ == Form::Document || store_.SourceOf(store_.At(index).begin).dtd == nullptr) {
+        if (output_ == Output::Document || store_.SourceOf(store_.At(index).begin).dtd == nullptr) {
             return false;
         }
         store_.ReadAttributes(index);
@@ -146,7 +147,7 @@ class Writer {
     void WriteAttribute(NodeIndex index) {
         const NodeRecord& record = store_.At(index);
         if ((record.flags & FromDtd) != 0 &&
-            (form_ == Form::Document || DeclaredPrefix(store_.NameOf(index)).data() == nullptr)) {
+            (output_ == Output::Document || DeclaredPrefix(store_.NameOf(index)).data() == nullptr)) {
             return;
         }
         if ((record.flags & Created) != 0) {
@@ -159,7 +160,7 @@ class Writer {
         while (IsBlank(store_.Slice(begin - 1, begin)[0])) {
             --begin;
         }
-        if ((record.flags & OwnText) == 0 && (form_ == Form::Document || !HasReference(record))) {
+        if ((record.flags & OwnText) == 0 && (output_ == Output::Document || !HasReference(record))) {
             Source(begin, record.end);
             return;
         }
@@ -196,7 +197,7 @@ class Writer {
     }
 
     DocumentStore& store_;
-    Form form_;
+    Output output_;
     LineEnd lineEnd_;
     std::string out_;
     std::string buffer_;
@@ -208,7 +209,7 @@ class Writer {
 }  // namespace
 
 std::string WriteDocument(DocumentStore& store, const SourceText& source) {
-    Writer writer(store, Form::Document, LineEndOf(source));
+    Writer writer(store, Output::Document, LineEndOf(source));
     // What escaping adds is seldom more than a part; memory that is not used costs nothing.
     writer.Reserve(source.text.size() + store.TextBytes() + store.TextBytes() / 2);
     const NodeIndex root = store.At(source.document).firstChild;
@@ -222,7 +223,7 @@ std::string WriteDocument(DocumentStore& store, const SourceText& source) {
 }
 
 std::string WriteElement(DocumentStore& store, NodeIndex element) {
-    Writer writer(store, Form::Standalone, LineEnd::LineFeed);
+    Writer writer(store, Output::Standalone, LineEnd::LineFeed);
     writer.WriteSubtree(element);
     std::string xml = writer.Finish();
     const std::string declarations = MissingNamespaces(store, element);
