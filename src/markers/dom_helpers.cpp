@@ -48,8 +48,7 @@ bool IsListedElement(xml::Node element, const std::list<std::string>& names) {
 }
 
 bool IsFilledTextNode(xml::Node node) {
-    std::string buffer;
-    return IsTextNode(node) && IsFilled(node.get_text(buffer));
+    return node.IsFilledText();
 }
 
 xml::Node FirstFilledTextNode(xml::Node element) {

@@ -58,9 +58,7 @@ void ComposeEntries(xml::Node parent, PublishParams& record, EncodingMemo& memo)
     }
     memo.composed = CollectInheritedAttributes(parent, record.attributes, memo.inherited);
     const std::size_t namesLeft = record.addSourcePath.size();
-    AttributeEntries pathEntries;
-    AddPathEntries(parent, pathEntries, record, memo.stamps);
-    AppendEntries(memo.composed, pathEntries);
+    AddPathEntries(parent, memo.composed, record, memo.stamps);
     // A name that was crossed off gives the next text of the same element other entries.
     memo.composedFor = record.addSourcePath.size() == namesLeft ? parent : xml::Node();
 }
@@ -72,18 +70,27 @@ void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& mem
     if (memo.composed.empty()) {
         return;
     }
-    memo.text = textNode.get_text(memo.buffer);
-    PrependComposedEntries(memo.text, memo.composed);
-    textNode.put_text(memo.text);
+    const std::string_view text = textNode.get_text(memo.buffer);
+    if (text.starts_with(QL_START)) {
+        std::string merged(text);
+        PrependComposedEntries(merged, memo.composed);
+        textNode.put_text(merged);
+    } else {
+        memo.group.assign(QL_START).append(memo.composed).append(QL_END);
+        textNode.prepend_text(memo.group);
+    }
 }
 
 void EncodeScopedAttributes(xml::Node element, const std::list<std::string>& scopedAttributes) {
+    if (scopedAttributes.empty()) {
+        return;
+    }
     const ScopedEntries entries = CollectScopedEntries(element, scopedAttributes);
     if (entries.empty()) {
         return;
     }
     if (xml::Node textNode = FirstFilledTextNode(element)) {
-        textNode.put_text(ComposeScopedGroups(entries) + NodeText(textNode));
+        textNode.prepend_text(ComposeScopedGroups(entries));
     }
 }
 

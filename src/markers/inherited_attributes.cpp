@@ -43,17 +43,19 @@ void AppendInherited(AttributeEntries& entries, const AttributeEntries& inherite
 }
 
 void EnterElement(xml::Node element, const std::list<std::string>& wanted, InheritedMemo& memo) {
-    InheritedMemo::Level level{element, memo.levels.size(), OwnEntries(element, wanted), {}};
-    if (!memo.levels.empty()) {
-        const std::size_t outer = memo.levels.back().holder;
-        if (level.entries.empty()) {
-            level.holder = outer;
-        } else {
-            AppendInherited(level.entries, memo.levels[outer].entries);
-        }
+    memo.levels.push_back(element);
+    AttributeEntries entries = OwnEntries(element, wanted);
+    if (entries.empty()) {
+        return;
     }
-    AppendEntries(level.composed, level.entries);
-    memo.levels.push_back(std::move(level));
+    if (!memo.sources.empty()) {
+        AppendInherited(entries, memo.sources.back().entries);
+    }
+    std::string composed;
+    for (std::size_t i = 0; i < entries.size(); i += 3) {
+        AppendEntry(composed, entries[i], entries[i + 1], entries[i + 2]);
+    }
+    memo.sources.push_back({memo.levels.size(), std::move(entries), std::move(composed)});
 }
 
 }  // namespace
@@ -63,7 +65,7 @@ std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<st
     if (wanted.empty()) {
         return {};
     }
-    const xml::Node known = memo.levels.empty() ? xml::Node() : memo.levels.back().element;
+    const xml::Node known = memo.levels.empty() ? xml::Node() : memo.levels.back();
     std::vector<xml::Node>& entered = memo.entered;
     entered.clear();
     for (xml::Node node = parent; node != known && IsElement(node); node = node.get_parentNode()) {
@@ -72,16 +74,17 @@ std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<st
     for (auto node = entered.rbegin(); node != entered.rend(); ++node) {
         EnterElement(*node, wanted, memo);
     }
-    if (memo.levels.empty()) {
-        return {};
-    }
-    return memo.levels[memo.levels.back().holder].composed;
+    return memo.sources.empty() ? std::string_view() : memo.sources.back().composed;
 }
 
 void LeaveElement(xml::Node element, InheritedMemo& memo) {
-    if (!memo.levels.empty() && memo.levels.back().element == element) {
-        memo.levels.pop_back();
+    if (memo.levels.empty() || memo.levels.back() != element) {
+        return;
     }
+    if (!memo.sources.empty() && memo.sources.back().depth == memo.levels.size()) {
+        memo.sources.pop_back();
+    }
+    memo.levels.pop_back();
 }
 
 }  // namespace ventrix

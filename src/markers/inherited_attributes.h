@@ -15,13 +15,14 @@ namespace ventrix {
 
 /// The walk keeps it in step: no element stays in it when the walk has left it. Starts empty.
 struct InheritedMemo {
-    struct Level {
-        xml::Node element;
-        std::size_t holder;  ///< The level whose entries are in force here: this one or one further out.
-        AttributeEntries entries;  ///< Only where the element itself adds to what it inherits.
-        std::string composed;      ///< The entries as they stand inside an attribute group.
+    /// An element that adds to what it inherits.
+    struct Source {
+        std::size_t depth;         ///< How many levels there are with its own.
+        AttributeEntries entries;  ///< In force inside it.
+        std::string composed;      ///< The same as they stand inside an attribute group.
     };
-    std::vector<Level> levels;       ///< From the root inwards.
+    std::vector<xml::Node> levels;   ///< From the root inwards.
+    std::vector<Source> sources;     ///< From the root inwards; the last one is in force.
     std::vector<xml::Node> entered;  ///< Only its memory is of use again.
 };
 

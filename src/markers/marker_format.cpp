@@ -48,15 +48,15 @@ std::optional<std::size_t> ElementGroupEnd(std::string_view text, std::size_t st
 
 void PrependAttributeGroup(std::string& text, const AttributeEntries& entries) {
     std::string composed;
-    AppendEntries(composed, entries);
+    for (std::size_t i = 0; i + 2 < entries.size(); i += 3) {
+        AppendEntry(composed, entries[i], entries[i + 1], entries[i + 2]);
+    }
     PrependComposedEntries(text, composed);
 }
 
-void AppendEntries(std::string& composed, const AttributeEntries& entries) {
-    for (std::size_t i = 0; i + 2 < entries.size(); i += 3) {
-        composed.append(entries[i]).append(QL_EQ).append(entries[i + 1]);
-        composed.append(QL_TARGET).append(entries[i + 2]).append(QL_SEP);
-    }
+void AppendEntry(std::string& composed, std::string_view name, std::string_view value,
+                 std::string_view target) {
+    composed.append(name).append(QL_EQ).append(value).append(QL_TARGET).append(target).append(QL_SEP);
 }
 
 void PrependComposedEntries(std::string& text, std::string_view composed) {
@@ -64,12 +64,7 @@ void PrependComposedEntries(std::string& text, std::string_view composed) {
         return;
     }
     const std::string formerEntries = TakeAttributeGroup(text);
-    const std::size_t added = QL_START.size() + composed.size() + formerEntries.size() + QL_END.size();
-    text.insert(0, added, ' ');
-    auto place = std::ranges::copy(QL_START, text.begin()).out;
-    place = std::ranges::copy(composed, place).out;
-    place = std::ranges::copy(formerEntries, place).out;
-    std::ranges::copy(QL_END, place);
+    text.insert(0, std::string(QL_START).append(composed).append(formerEntries).append(QL_END));
 }
 
 std::string TakeAttributeGroup(std::string& text) {
@@ -178,9 +173,11 @@ ScopedEntries TakeScopedGroups(std::string& text) {
 }
 
 std::string WrapElementGroup(std::string_view xml) {
-    std::string escaped(xml);
-    EscapeMarkup(escaped);
-    return std::string(QL_ELEM_S).append(escaped).append(QL_ELEM_E);
+    std::string group;
+    group.reserve(QL_ELEM_S.size() + 2 * xml.size() + QL_ELEM_E.size());
+    group += QL_ELEM_S;
+    AppendEscapedMarkup(group, xml);
+    return group += QL_ELEM_E;
 }
 
 std::vector<std::string> SplitElementGroups(std::string_view text) {

@@ -29,10 +29,11 @@ using AttributePairs = std::vector<std::string>;    ///< Flat: name (or target),
 /// already follow behind them, in the same group. No entries: the text stays.
 void PrependAttributeGroup(std::string& text, const AttributeEntries& entries);
 
-/// Appends the entries as they stand inside an attribute group.
-void AppendEntries(std::string& composed, const AttributeEntries& entries);
+/// Appends one entry as it stands inside an attribute group.
+void AppendEntry(std::string& composed, std::string_view name, std::string_view value,
+                 std::string_view target);
 
-/// PrependAttributeGroup for entries that AppendEntries composed. None: the text stays.
+/// PrependAttributeGroup for entries that AppendEntry composed. None: the text stays.
 void PrependComposedEntries(std::string& text, std::string_view composed);
 
 /// Cuts an attribute group off the text's front and returns the bytes between its two words. Empty, and the

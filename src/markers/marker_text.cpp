@@ -57,21 +57,15 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
     text = std::move(result);
 }
 
-void EscapeMarkup(std::string& text) {
+void AppendEscapedMarkup(std::string& out, std::string_view text) {
     // One pass for all five gives what one after the other would, the ampersand first.
-    std::string result;
-    result.reserve(text.size() + text.size() / 2 + 32);
-    std::size_t done = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (!IsMarkup(text[at])) {
-            continue;
+    for (const char c : text) {
+        if (IsMarkup(c)) {
+            out += std::ranges::find(escapeTable, c, &EscapePair::character)->escape;
+        } else {
+            out += c;
         }
-        const auto pair = std::ranges::find(escapeTable, text[at], &EscapePair::character);
-        result.append(text, done, at - done).append(pair->escape);
-        done = at + 1;
     }
-    result.append(text, done);
-    text = std::move(result);
 }
 
 void UnescapeMarkup(std::string& text) {

@@ -61,17 +61,17 @@ void LeaveLevels(StampMemo& memo, std::size_t kept) {
 
 }  // namespace
 
-void AddPathEntries(xml::Node parent, AttributeEntries& entries, PublishParams& record, StampMemo& memo) {
+void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& record, StampMemo& memo) {
     if (record.addXpath) {
-        AddXPathEntry(parent, entries, record.xpathAttr, memo);
+        AddXPathEntry(parent, composed, record.xpathAttr, memo);
     }
     const std::string_view name = NodeName(parent);
     const auto wanted = std::ranges::find(record.addSourcePath, name);
     if (wanted != record.addSourcePath.end()) {
-        AddSourcePathEntry(entries, record, memo);
+        AddSourcePathEntry(composed, record, memo);
         record.addSourcePath.erase(wanted);
     } else if (name == "title") {
-        AddSourcePathEntry(entries, record, memo);
+        AddSourcePathEntry(composed, record, memo);
     }
 }
 
@@ -92,20 +92,19 @@ const std::string& BuildXPath(xml::Node element, StampMemo& memo) {
     return memo.path;
 }
 
-void AddXPathEntry(xml::Node element, AttributeEntries& entries, const std::string& xpathAttr,
-                   StampMemo& memo) {
+void AddXPathEntry(xml::Node element, std::string& composed, const std::string& xpathAttr, StampMemo& memo) {
     const std::string& path = BuildXPath(element, memo);
     if (!path.empty()) {
-        entries.insert(entries.end(), {xpathName, path, xpathAttr});
+        AppendEntry(composed, xpathName, path, xpathAttr);
     }
 }
 
-void AddSourcePathEntry(AttributeEntries& entries, const PublishParams& record, StampMemo& memo) {
+void AddSourcePathEntry(std::string& composed, const PublishParams& record, StampMemo& memo) {
     if (!memo.sourcePath) {
         memo.sourcePath = RelativeTo(record.currentFile, record.packageBase);
     }
     if (!memo.sourcePath->empty()) {
-        entries.insert(entries.end(), {"data-qlsource", *memo.sourcePath, record.sourcePathAttr});
+        AppendEntry(composed, "data-qlsource", *memo.sourcePath, record.sourcePathAttr);
     }
 }
 

@@ -35,16 +35,15 @@ struct StampMemo {
 
 /// Appends the XPath entry, if the request wants one, and the source path entry, if the parent's name still
 /// stands in `record.addSourcePath`, where it is crossed off, or is "title".
-void AddPathEntries(xml::Node parent, AttributeEntries& entries, PublishParams& record, StampMemo& memo);
+void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& record, StampMemo& memo);
 
 /// The element's path from the root: a step is "/", the qualified name, and "[n]" for the n-th sibling of
 /// that name from the second on. Empty for a node that is no element. The text lies in the memo.
 const std::string& BuildXPath(xml::Node element, StampMemo& memo);
 
-void AddXPathEntry(xml::Node element, AttributeEntries& entries, const std::string& xpathAttr,
-                   StampMemo& memo);
+void AddXPathEntry(xml::Node element, std::string& composed, const std::string& xpathAttr, StampMemo& memo);
 
-void AddSourcePathEntry(AttributeEntries& entries, const PublishParams& record, StampMemo& memo);
+void AddSourcePathEntry(std::string& composed, const PublishParams& record, StampMemo& memo);
 
 /// Stamps the first filled text of each element that a query selects with the query's own text. A query that
 /// the XML layer refuses is passed over.

@@ -64,6 +64,13 @@ class Node {
     /// The view holds until the buffer or this node is changed.
     std::string_view get_text(std::string& buffer) const;
 
+    /// True for a text node that holds more than spaces, tabs, line feeds and carriage returns. Costs no look
+    /// at the text.
+    bool IsFilledText() const;
+
+    /// Puts something in front of a text node's content, whose bytes stay as the file has them.
+    void prepend_text(std::string_view text);
+
     /// Replaces the content of a text node or the value of an attribute. What XML cannot hold, a control
     /// character or a byte that is no UTF-8, is saved as U+FFFD.
     void put_text(std::string_view text);

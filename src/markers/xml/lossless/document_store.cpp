@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "markers/xml/lossless/attributes.h"
+#include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/references.h"
 #include "platform/memory.h"
 
@@ -129,31 +130,33 @@ std::string_view DocumentStore::SourceTextOf(const NodeRecord& text, std::string
 }
 
 void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
+    NoteChange(index);
+    const std::uint32_t number = AddText(text);
+    NodeRecord& record = At(index);
+    record.extra = number;
+    record.flags = static_cast<std::uint8_t>((record.flags & ~(Prefixed | Filled)) | OwnText |
+                                             (std::ranges::all_of(text, IsBlank) ? 0 : Filled));
+}
+
+void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
+    const NodeRecord before = At(text);
+    if ((before.flags & OwnText) != 0) {
+        SetContent(text, std::string(front).append(texts_[before.extra]));
+        return;
+    }
+    NoteChange(text);
+    const bool isFirst = (before.flags & Prefixed) == 0;
+    const std::uint32_t number =
+        isFirst ? AddText(front) : AddText(std::string(front).append(texts_[before.extra]));
+    NodeRecord& record = At(text);
+    record.extra = number;
+    record.flags |= static_cast<std::uint8_t>(Prefixed | (std::ranges::all_of(front, IsBlank) ? 0 : Filled));
+}
+
+void DocumentStore::NoteChange(NodeIndex index) {
     if (listChanges) {
         changedNodes.push_back(index);
     }
-    NodeRecord& record = At(index);
-    if ((record.flags & OwnText) != 0) {
-        record.extra = AddText(text);
-    } else if (record.type != NODE_TEXT || (record.flags & Created) != 0 || !SetPrefix(index, text)) {
-        record.extra = AddText(text);
-        record.flags = static_cast<std::uint8_t>((record.flags & ~Prefixed) | OwnText);
-    }
-}
-
-/// False if the text does not end as the source has it.
-bool DocumentStore::SetPrefix(NodeIndex index, std::string_view text) {
-    NodeRecord& record = At(index);
-    std::string buffer;
-    const std::string_view source = SourceTextOf(record, buffer);
-    if (!text.ends_with(source)) {
-        return false;
-    }
-    text.remove_suffix(source.size());
-    record.flags =
-        static_cast<std::uint8_t>(text.empty() ? record.flags & ~Prefixed : record.flags | Prefixed);
-    record.extra = text.empty() ? 0 : AddText(text);
-    return true;
 }
 
 void DocumentStore::ReadAttributes(NodeIndex element) {

@@ -119,8 +119,9 @@ class DocumentStore {
     /// The content of a text, CDATA section or attribute; `buffer` is filled where the source does not hold
     /// it as it is.
     std::string_view ContentOf(NodeIndex index, std::string& buffer);
-    /// A text that only gets something in front keeps its source bytes.
     void SetContent(NodeIndex index, std::string_view text);
+    /// The text keeps its source bytes, if it has some.
+    void PrependContent(NodeIndex text, std::string_view front);
 
     /// Makes sure that an element's attributes stand as nodes.
     void ReadAttributes(NodeIndex element);
@@ -139,8 +140,8 @@ class DocumentStore {
     }
 
   private:
+    void NoteChange(NodeIndex index);
     std::string_view SourceTextOf(const NodeRecord& text, std::string& buffer);
-    bool SetPrefix(NodeIndex index, std::string_view text);
 
     std::vector<NodeRecord> records_;
     std::deque<SourceText> sources_;

@@ -84,6 +84,20 @@ void Node::put_text(std::string_view text) {
     }
 }
 
+bool Node::IsFilledText() const {
+    if (store_ == nullptr) {
+        return false;
+    }
+    const NodeRecord& record = store_->At(index_);
+    return record.type == NODE_TEXT && (record.flags & Filled) != 0;
+}
+
+void Node::prepend_text(std::string_view text) {
+    if (get_nodeType() == NODE_TEXT) {
+        store_->PrependContent(index_, UpToNul(text));
+    }
+}
+
 std::string Node::get_xml() const {
     return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_) : std::string();
 }
