@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "markers/marker_text.h"
+#include "markers/marker_format.h"
 
 namespace ventrix {
 namespace {
@@ -57,6 +57,17 @@ xml::Node FirstFilledTextNode(xml::Node element) {
         node = NextInSubtree(node, element, IsElement(node));
     }
     return node;
+}
+
+void PrependEntries(xml::Node textNode, std::string_view composed, std::string& buffer) {
+    if (textNode.get_text(buffer).starts_with(QL_START)) {
+        buffer = textNode.get_text();
+        PrependComposedEntries(buffer, composed);
+        textNode.put_text(buffer);
+    } else {
+        buffer.assign(QL_START).append(composed).append(QL_END);
+        textNode.prepend_text(buffer);
+    }
 }
 
 std::string AttributeValue(xml::Node element, std::string_view name) {

@@ -35,6 +35,10 @@ bool IsFilledTextNode(xml::Node node);
 /// The first filled text node among the element's descendants, in document order, or no node.
 xml::Node FirstFilledTextNode(xml::Node element);
 
+/// Puts an attribute group of entries that AppendEntry composed, not none, in front of a text node's content;
+/// a group that stands there already is merged. `buffer` is only there for its memory.
+void PrependEntries(xml::Node textNode, std::string_view composed, std::string& buffer);
+
 /// The value of the attribute with exactly that name; empty without one.
 std::string AttributeValue(xml::Node element, std::string_view name);
 

@@ -70,15 +70,7 @@ void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& mem
     if (memo.composed.empty()) {
         return;
     }
-    const std::string_view text = textNode.get_text(memo.buffer);
-    if (text.starts_with(QL_START)) {
-        std::string merged(text);
-        PrependComposedEntries(merged, memo.composed);
-        textNode.put_text(merged);
-    } else {
-        memo.group.assign(QL_START).append(memo.composed).append(QL_END);
-        textNode.prepend_text(memo.group);
-    }
+    PrependEntries(textNode, memo.composed, memo.buffer);
 }
 
 void EncodeScopedAttributes(xml::Node element, const std::list<std::string>& scopedAttributes) {

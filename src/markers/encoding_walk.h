@@ -19,7 +19,7 @@ struct EncodingMemo {
     StampMemo stamps;
     xml::Node composedFor;  ///< The element whose texts all get the entries in `composed`, or no node.
     std::string composed;
-    std::string group, buffer;        ///< Only their memory is of use again.
+    std::string buffer;               ///< Only its memory is of use again.
     std::optional<bool> textFollows;  ///< FollowedByFilledText, for the run of siblings that the walk is in.
 };
 

@@ -174,10 +174,10 @@ ScopedEntries TakeScopedGroups(std::string& text) {
 
 std::string WrapElementGroup(std::string_view xml) {
     std::string group;
-    group.reserve(QL_ELEM_S.size() + 2 * xml.size() + QL_ELEM_E.size());
-    group += QL_ELEM_S;
-    AppendEscapedMarkup(group, xml);
-    return group += QL_ELEM_E;
+    group.reserve(QL_ELEM_S.size() + xml.size() + QL_ELEM_E.size());
+    group.append(QL_ELEM_S).append(xml).append(QL_ELEM_E);
+    EscapeMarkup(group);  // The words have nothing to escape.
+    return group;
 }
 
 std::vector<std::string> SplitElementGroups(std::string_view text) {

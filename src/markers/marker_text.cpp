@@ -57,7 +57,9 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
     text = std::move(result);
 }
 
-void AppendEscapedMarkup(std::string& out, std::string_view text) {
+void EscapeMarkup(std::string& text) {
+    std::string out;
+    out.reserve(2 * text.size());
     // One pass for all five gives what one after the other would, the ampersand first.
     for (const char c : text) {
         if (IsMarkup(c)) {
@@ -66,6 +68,7 @@ void AppendEscapedMarkup(std::string& out, std::string_view text) {
             out += c;
         }
     }
+    text = std::move(out);
 }
 
 void UnescapeMarkup(std::string& text) {

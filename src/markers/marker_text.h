@@ -11,10 +11,10 @@ namespace ventrix {
 /// forms where an inserted text meets its neighbours. An empty `oldText` replaces nothing.
 void ReplaceAll(std::string& text, std::string_view oldText, std::string_view newText);
 
-/// Appends the text with the five characters escaped that XML reserves: & < > " and the apostrophe.
-void AppendEscapedMarkup(std::string& out, std::string_view text);
+/// Escapes the five characters that XML reserves: & < > " and the apostrophe.
+void EscapeMarkup(std::string& text);
 
-/// Takes one level of AppendEscapedMarkup away; other references stay as they are.
+/// Takes one level of EscapeMarkup away; other references stay as they are.
 void UnescapeMarkup(std::string& text);
 
 /// Copy without leading and trailing spaces, tabs, line feeds and carriage returns. Other Unicode spaces

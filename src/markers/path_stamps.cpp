@@ -34,14 +34,11 @@ std::size_t CountUpTo(StampMemo::Level& level, xml::Node child) {
     return level.counts[NodeName(child)];
 }
 
-void StampFirstText(xml::Node element, const AttributeEntries& entries) {
-    xml::Node textNode = FirstFilledTextNode(element);
-    if (!textNode) {
-        return;
+void StampFirstText(xml::Node element, std::string_view composed) {
+    std::string buffer;
+    if (const xml::Node textNode = FirstFilledTextNode(element)) {
+        PrependEntries(textNode, composed, buffer);
     }
-    std::string text = NodeText(textNode);
-    PrependAttributeGroup(text, entries);
-    textNode.put_text(text);
 }
 
 /// Puts the element under the memo's last level.
@@ -112,6 +109,8 @@ void StampPreservedXPaths(xml::Document& document, const std::list<std::string>&
                           const std::string& attribute) {
     document.setProperty("SelectionLanguage", "XPath");
     for (const std::string& query : queries) {
+        std::string composed;
+        AppendEntry(composed, xpathName, query, attribute);
         const auto selected = document.selectNodes(query);
         if (!selected) {
             continue;
@@ -119,7 +118,7 @@ void StampPreservedXPaths(xml::Document& document, const std::list<std::string>&
         for (std::size_t i = 0; i < selected->get_length(); ++i) {
             const xml::Node node = selected->get_item(i);
             if (IsElement(node)) {
-                StampFirstText(node, {xpathName, query, attribute});
+                StampFirstText(node, composed);
             }
         }
     }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -70,6 +71,13 @@ ErrorCode ReadWholeFile(std::string_view path, std::string& content);
 /// a whole, or on failure not at all. A read-only file or a folder is errorAccessDenied. A link keeps being
 /// one.
 ErrorCode WriteWholeFile(std::string_view path, std::string_view content);
+
+/// Takes one piece of a file's content; false if it could not be written, after which no more need come.
+using PutPiece = std::function<bool(std::string_view piece)>;
+
+/// The same for content that comes in pieces: `produce` is called once and hands them over one by one. False
+/// from it is an error and leaves the file as it was.
+ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const PutPiece&)>& produce);
 
 /// The path in its long form, which where names have one form only is the path itself. Empty if nothing has
 /// that name.

@@ -1,5 +1,7 @@
 // Rich documents cut at every byte, and with every byte changed: each gives a reason or holds what a document
 // promises.
+#include <libxml/parser.h>
+
 #include "markers/document_exercise.h"
 #include "markers/xml_fixture.h"
 
@@ -37,6 +39,32 @@ TEST_F(XmlPrefix, EveryChangedByteGivesAReasonOrADocument) {
                 changed[at] = byte;
                 EXPECT_EQ(ExerciseDocument(documentPath, changed), "") << changed;
             }
+        }
+    }
+}
+
+/// What libxml2 says of a document that declares no entities.
+bool IsWellFormed(const std::string& document) {
+    constexpr int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_HUGE;
+    xmlDoc* parsed =
+        xmlReadMemory(document.data(), static_cast<int>(document.size()), nullptr, nullptr, options);
+    xmlFreeDoc(parsed);
+    return parsed != nullptr;
+}
+
+TEST_F(XmlPrefix, WhatTheScanAdmitsAParserAdmitsToo) {
+    const std::string document =
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<a x='1' y=\"&lt;&#9;'\" ><b c='>' />t&amp;&#xE4;]]"
+        "<!-- c -->\xC3\xA4<?p q?><![CDATA[<]]]]>\n<d:e xmlns:d=\"u\">&#32;</d:e\n><f/></a>\n";
+    ASSERT_TRUE(Load(document) && IsWellFormed(document));
+    for (std::size_t at = 0; at < document.size(); ++at) {
+        for (const char byte : std::string("<>&;'\"=/!?-[]:x1 \x01\x80\xC3\xED\xEF")) {
+            std::string changed = document;
+            changed[at] = byte;
+            EXPECT_EQ(bool(Load(changed)), IsWellFormed(changed)) << changed << reason;
+            changed = document;
+            changed.insert(at, 1, byte);
+            EXPECT_EQ(bool(Load(changed)), IsWellFormed(changed)) << changed << reason;
         }
     }
 }

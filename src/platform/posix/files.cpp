@@ -162,13 +162,23 @@ ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
 }
 
 ErrorCode WriteWholeFile(std::string_view path, std::string_view content) {
+    return WriteWholeFile(path, [&](const PutPiece& put) { return put(content); });
+}
+
+ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const PutPiece&)>& produce) {
     WriteTarget target;
     const ErrorCode error = FindWriteTarget(ToNative(path), target);
     if (error != errorNone) {
         return error;
     }
-    return ReplaceWhole(target, target.exists ? target.mode : 0666,
-                        [&](int descriptor) { return WriteAll(descriptor, content.data(), content.size()); });
+    return ReplaceWhole(target, target.exists ? target.mode : 0666, [&](int descriptor) {
+        int failure = 0;
+        const bool produced = produce([&](std::string_view piece) {
+            failure = WriteAll(descriptor, piece.data(), piece.size());
+            return failure == 0;
+        });
+        return produced || failure != 0 ? failure : ECANCELED;
+    });
 }
 
 std::string LongPath(std::string_view path) {

@@ -109,9 +109,6 @@ class DocumentStore {
     /// The number of a text like this, which nothing changes. Texts that come several times in a row, as the
     /// same marker in front of each text of an element, are kept once.
     std::uint32_t AddText(std::string_view text);
-
-    /// How many bytes of texts were added.
-    std::size_t TextBytes() const { return arena_.Bytes(); }
     std::string_view TextAt(std::uint32_t number) const { return texts_[number]; }
 
     std::string_view NameOf(NodeIndex index);

@@ -232,15 +232,20 @@ bool Document::save(std::string_view path) {
     if (source == nullptr || store_->At(index_).firstChild == 0) {
         return false;
     }
-    std::string bytes = WriteDocument(*store_, *source);
-    if (!source->encoding.empty()) {
-        const std::string text = std::move(bytes);
-        bytes.clear();
-        if (!EncodeSource(text, source->encoding, bytes)) {
-            return false;
-        }
-    }
-    return platform::WriteWholeFile(path, bytes) == platform::errorNone;
+    const auto inUtf8 = [&](const platform::PutPiece& put) { return WriteDocument(*store_, *source, put); };
+    const auto inOwnEncoding = [&](const platform::PutPiece& put) {
+        std::string text;
+        std::string bytes;
+        inUtf8([&](std::string_view piece) {
+            text += piece;
+            return true;
+        });
+        return EncodeSource(text, source->encoding, bytes) && put(bytes);
+    };
+    const platform::ErrorCode error = source->encoding.empty()
+                                          ? platform::WriteWholeFile(path, inUtf8)
+                                          : platform::WriteWholeFile(path, inOwnEncoding);
+    return error == platform::errorNone;
 }
 
 std::optional<NodeList> Document::selectNodes(std::string_view query) {

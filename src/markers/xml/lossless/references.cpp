@@ -3,6 +3,7 @@
 #include <libxml/entities.h>
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstring>
 #include <optional>
@@ -137,8 +138,7 @@ constexpr std::uint64_t Each(unsigned char byte) {
     return std::uint64_t{0x0101010101010101} * byte;
 }
 
-/// Bytes that equal `byte` have their high bit set; so may bytes behind them in the word, which serves as
-/// "look closer".
+/// The lowest byte that equals `byte` has its high bit set. So may bytes above it, but none below.
 constexpr std::uint64_t Matches(std::uint64_t word, unsigned char byte) {
     const std::uint64_t difference = word ^ Each(byte);
     return (difference - Each(1)) & ~difference;
@@ -151,10 +151,12 @@ std::size_t SkipPlain(std::string_view text, std::size_t at) {
         std::uint64_t word = 0;
         std::memcpy(&word, text.data() + at, sizeof word);
         const std::uint64_t control = (word - Each(0x20)) & ~word;
-        const std::uint64_t found = word | control | Matches(word, '&') | Matches(word, '<') |
-                                    Matches(word, '>') | Matches(word, '"') | Matches(word, '\'');
-        if ((found & Each(0x80)) != 0) {
-            break;
+        const std::uint64_t found = (word | control | Matches(word, '&') | Matches(word, '<') |
+                                     Matches(word, '>') | Matches(word, '"') | Matches(word, '\'')) &
+                                    Each(0x80);
+        if (found != 0) {
+            const bool isLowFirst = std::endian::native == std::endian::little;
+            return isLowFirst ? at + static_cast<std::size_t>(std::countr_zero(found)) / 8 : at;
         }
     }
     return at;
@@ -168,16 +170,7 @@ void AppendEscaped(std::string& xml, std::string_view text, Escape escape) {
         xml.append(text.substr(done, upTo - done)).append(replacement);
         done = upTo + length;
     };
-    std::size_t at = 0;
-    std::size_t lookEnd = 0;  ///< Up to here the bytes are looked at one by one.
-    while (at < text.size()) {
-        if (at >= lookEnd) {
-            at = SkipPlain(text, at);
-            lookEnd = at + sizeof(std::uint64_t);
-            if (at == text.size()) {
-                break;
-            }
-        }
+    for (std::size_t at = SkipPlain(text, 0); at < text.size(); at = SkipPlain(text, at)) {
         const auto c = static_cast<unsigned char>(text[at]);
         if (const char* replacement = escape(text[at])) {
             flush(at, replacement, 1);

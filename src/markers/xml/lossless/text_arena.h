@@ -21,12 +21,8 @@ class TextArena {
         std::copy(text.begin(), text.end(), place);
         free_ += text.size();
         left_ -= text.size();
-        bytes_ += text.size();
         return {place, text.size()};
     }
-
-    /// All that was ever kept.
-    std::size_t Bytes() const { return bytes_; }
 
   private:
     static constexpr std::size_t BlockSize = std::size_t{64} * 1024;
@@ -34,7 +30,6 @@ class TextArena {
     std::vector<std::unique_ptr<char[]>> blocks_;
     char* free_ = nullptr;
     std::size_t left_ = 0;
-    std::size_t bytes_ = 0;
 };
 
 }  // namespace ventrix::xml

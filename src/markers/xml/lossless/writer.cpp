@@ -3,7 +3,6 @@
 #include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/namespaces.h"
 #include "markers/xml/lossless/references.h"
-#include "platform/memory.h"
 
 namespace ventrix::xml {
 namespace {
@@ -17,10 +16,17 @@ LineEnd LineEndOf(const SourceText& source) {
     return hasReturn ? LineEnd::ReturnAndLineFeed : LineEnd::LineFeed;
 }
 
+constexpr std::size_t pieceSize = std::size_t{64} * 1024;
+
 class Writer {
   public:
-    Writer(DocumentStore& store, Output output, LineEnd lineEnd)
-        : store_(store), output_(output), lineEnd_(lineEnd) {}
+    /// Without a receiver of pieces, all is kept for Finish.
+    Writer(DocumentStore& store, Output output, LineEnd lineEnd, const platform::PutPiece* put = nullptr)
+        : store_(store), output_(output), lineEnd_(lineEnd), put_(put) {
+        if (put_ != nullptr) {
+            out_.reserve(2 * pieceSize);
+        }
+    }
 
     /// Goes through the subtree in document order without a stack of its own: a document may be deeper than
     /// any stack.
@@ -58,20 +64,34 @@ class Writer {
         return std::move(out_);
     }
 
-    void Reserve(std::size_t bytes) {
-        out_.reserve(bytes);
-        platform::ExpectFullUse(out_.data(), out_.capacity());
+    bool FinishPieces() {
+        Flush();
+        HandOver();
+        return taken_;
     }
 
   private:
     void Flush() {
-        if (pendingBegin_ != pendingEnd_) {
-            out_.append(store_.Slice(pendingBegin_, pendingEnd_));
+        const std::string_view piece =
+            pendingBegin_ == pendingEnd_ ? std::string_view() : store_.Slice(pendingBegin_, pendingEnd_);
+        if (put_ != nullptr && piece.size() >= pieceSize) {
+            HandOver();
+            taken_ = taken_ && (*put_)(piece);
+        } else {
+            out_.append(piece);
         }
         pendingBegin_ = pendingEnd_ = 0;
     }
 
+    void HandOver() {
+        taken_ = taken_ && (*put_)(out_);
+        out_.clear();
+    }
+
     void Open(NodeIndex index) {
+        if (put_ != nullptr && out_.size() >= pieceSize) {
+            HandOver();
+        }
         const NodeRecord& record = store_.At(index);
         if (record.type == NODE_ELEMENT) {
             OpenElement(index);
@@ -199,6 +219,8 @@ class Writer {
     DocumentStore& store_;
     Output output_;
     LineEnd lineEnd_;
+    const platform::PutPiece* put_;
+    bool taken_ = true;  ///< All pieces so far.
     std::string out_;
     std::string buffer_;
     std::uint32_t escapedNumber_ = 0;
@@ -208,10 +230,8 @@ class Writer {
 
 }  // namespace
 
-std::string WriteDocument(DocumentStore& store, const SourceText& source) {
-    Writer writer(store, Output::Document, LineEndOf(source));
-    // What escaping adds is seldom more than a part; memory that is not used costs nothing.
-    writer.Reserve(source.text.size() + store.TextBytes() + store.TextBytes() / 2);
+bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put) {
+    Writer writer(store, Output::Document, LineEndOf(source), &put);
     const NodeIndex root = store.At(source.document).firstChild;
     const std::uint32_t prologEnd = store.At(source.root).begin;
     writer.Source(source.base, prologEnd);
@@ -219,7 +239,7 @@ std::string WriteDocument(DocumentStore& store, const SourceText& source) {
         writer.WriteSubtree(root);
     }
     writer.Source(source.rootEnd, source.base + static_cast<std::uint32_t>(source.text.size()));
-    return writer.Finish();
+    return writer.FinishPieces();
 }
 
 std::string WriteElement(DocumentStore& store, NodeIndex element) {

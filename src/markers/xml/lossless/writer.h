@@ -4,11 +4,12 @@
 #include <string>
 
 #include "markers/xml/lossless/document_store.h"
+#include "platform/files.h"
 
 namespace ventrix::xml {
 
-/// The whole document of a source, in UTF-8.
-std::string WriteDocument(DocumentStore& store, const SourceText& source);
+/// Writes the whole document of a source, in UTF-8, and hands it over in pieces. False once `put` gave that.
+bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put);
 
 /// One element with its subtree, such that it parses on its own: declared entities expanded, attributes of
 /// the DTD written out, and the namespaces that it uses declared.
