@@ -6,7 +6,7 @@
 #include "desk/cli/published_pages.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
-#include "support/test_folder.h"
+#include "support/test_drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -70,7 +70,9 @@ TEST(RunLogTest, ReadsSectionsWarningsAndFailures) {
 
 // Not by a run of the program, which would empty them if this failed.
 TEST(OutputFolder, IsNeverARootOrAHome) {
-    for (const std::string& root : {std::string("/"), std::string(getpwuid(getuid())->pw_dir)}) {
+    const test::TestDrives drives;
+    const std::string holdsDrives = drives.Native("C:").parent_path();
+    for (const std::string& root : {std::string("/"), std::string(getpwuid(getuid())->pw_dir), holdsDrives}) {
         EXPECT_FALSE(OutputRefusal(root, {}, true).empty()) << root;
     }
 }

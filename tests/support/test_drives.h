@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -44,8 +42,7 @@ class TestDrives {
 
     /// The content of the file; "(missing)" if there is none.
     std::string Read(const std::string& path) const {
-        std::ifstream file(Native(path), std::ios::binary);
-        return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(missing)";
+        return Exists(path) ? root_.Read(Native(path)) : "(missing)";
     }
 
     /// Everything below the folder, sorted, relative to it; folders with their backslash.
