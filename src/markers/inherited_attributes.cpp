@@ -16,6 +16,7 @@ AttributeEntries OwnEntries(xml::Node element, const std::list<std::string>& wan
         if (std::ranges::find(wanted, NodeName(attribute)) == wanted.end()) {
             continue;
         }
+        entries.reserve(3 * attributes.get_length());
         entries.emplace_back(NodeName(attribute));
         entries.emplace_back(attribute.get_text(buffer));
         entries.emplace_back();

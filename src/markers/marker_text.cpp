@@ -58,17 +58,19 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 }
 
 void EscapeMarkup(std::string& text) {
-    std::string out;
-    out.reserve(2 * text.size());
     // One pass for all five gives what one after the other would, the ampersand first.
-    for (const char c : text) {
-        if (IsMarkup(c)) {
-            out += std::ranges::find(escapeTable, c, &EscapePair::character)->escape;
-        } else {
-            out += c;
+    std::string escaped;
+    escaped.reserve(2 * text.size());
+    std::size_t done = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (IsMarkup(text[at])) {
+            escaped.append(text, done, at - done);
+            escaped += std::ranges::find(escapeTable, text[at], &EscapePair::character)->escape;
+            done = at + 1;
         }
     }
-    text = std::move(out);
+    escaped.append(text, done);
+    text = std::move(escaped);
 }
 
 void UnescapeMarkup(std::string& text) {

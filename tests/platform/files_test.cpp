@@ -220,6 +220,25 @@ TEST(WholeFiles, WriteAndRead) {
     EXPECT_EQ(tree.Count(), 1);
 }
 
+TEST(WholeFiles, ComeInPiecesOrStayAsTheyWere) {
+    const TestFolder tree;
+    tree.Write("file", "old");
+    for (const bool complete : {false, true}) {
+        const ErrorCode error = WriteWholeFile(tree.System("file"), [&](const PutPiece& put) {
+            return put("ne") && put("") && put("w") && complete;
+        });
+        EXPECT_EQ(error == errorNone, complete);
+        EXPECT_EQ(tree.Read("file"), complete ? "new" : "old");
+        EXPECT_EQ(tree.Count(), 1);
+    }
+    const std::string half(60000, 'h');
+    const FullDisk full(100000);
+    EXPECT_NE(
+        WriteWholeFile(tree.System("file"), [&](const PutPiece& put) { return put(half) && put(half); }),
+        errorNone);
+    EXPECT_EQ(tree.Read("file"), "new");
+}
+
 TEST(OpensForReading, OnlyFiles) {
     const TestFolder tree;
     tree.Write("file", "");

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/memory.h"
+
 namespace ventrix::xml {
 
 class TextArena {
@@ -13,9 +15,11 @@ class TextArena {
     /// A copy of the text that stays where it is.
     std::string_view Keep(std::string_view text) {
         if (text.size() > left_) {
-            left_ = std::max(text.size(), BlockSize);
+            left_ = std::max(text.size(), nextBlock_);
+            nextBlock_ = std::min(2 * nextBlock_, LargestBlock);
             blocks_.push_back(std::make_unique_for_overwrite<char[]>(left_));
             free_ = blocks_.back().get();
+            platform::ExpectFullUse(free_, left_);
         }
         char* place = free_;
         std::copy(text.begin(), text.end(), place);
@@ -25,11 +29,13 @@ class TextArena {
     }
 
   private:
-    static constexpr std::size_t BlockSize = std::size_t{64} * 1024;
+    static constexpr std::size_t FirstBlock = std::size_t{16} * 1024;
+    static constexpr std::size_t LargestBlock = std::size_t{8} * 1024 * 1024;
 
     std::vector<std::unique_ptr<char[]>> blocks_;
     char* free_ = nullptr;
     std::size_t left_ = 0;
+    std::size_t nextBlock_ = FirstBlock;
 };
 
 }  // namespace ventrix::xml
