@@ -56,6 +56,24 @@ void LeaveLevels(StampMemo& memo, std::size_t kept) {
     memo.path.resize(kept == 0 ? 0 : memo.levels.back().pathLength);
 }
 
+/// Brings the levels to the element if they end near it: at it, at its parent, or one level below either.
+/// False if they do not.
+bool StepTo(StampMemo& memo, xml::Node element) {
+    const xml::Node parent = element.get_parentNode();
+    const std::size_t count = memo.levels.size();
+    for (std::size_t kept = count; kept > 0 && kept + 2 > count; --kept) {
+        const xml::Node last = memo.levels[kept - 1].element;
+        if (last == element || last == parent) {
+            LeaveLevels(memo, kept);
+            if (last == parent) {
+                EnterLevel(memo, element);
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& record, StampMemo& memo) {
@@ -73,7 +91,7 @@ void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& reco
 }
 
 const std::string& BuildXPath(xml::Node element, StampMemo& memo) {
-    if (!memo.levels.empty() && memo.levels.back().element == element) {
+    if (IsElement(element) && StepTo(memo, element)) {
         return memo.path;
     }
     CollectChain(element, memo.chain);
