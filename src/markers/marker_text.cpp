@@ -88,8 +88,4 @@ std::string TrimBlanks(std::string_view text) {
     return std::string(text.substr(first, last - first + 1));
 }
 
-bool IsFilled(std::string_view text) {
-    return text.find_first_not_of(blanks) != std::string_view::npos;
-}
-
 }  // namespace ventrix

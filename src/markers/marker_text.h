@@ -21,7 +21,4 @@ void UnescapeMarkup(std::string& text);
 /// count as text.
 std::string TrimBlanks(std::string_view text);
 
-/// True if TrimBlanks would leave something.
-bool IsFilled(std::string_view text);
-
 }  // namespace ventrix

@@ -254,5 +254,28 @@ TEST_F(XmlTree, GivesAnElementAsXmlThatParsesOnItsOwn) {
     EXPECT_EQ(element.get_xml(), "<b x='1'>&lt;<c/></b>");
 }
 
+TEST_F(XmlTree, ATextIsFilledByMoreThanBlanks) {
+    const std::pair<const char*, bool> rows[] = {
+        {" \t\r\n", false}, {"&#32;&#x9;&#10;&#13;", false}, {" x", true},
+        {"\n]", true},      {" \xC2\xA0\n", true},           {" &#160;", true},
+        {" &amp;\n", true}, {"<![CDATA[x]]>", false},
+    };
+    for (const auto& [content, filled] : rows) {
+        const auto document = Load("<a>" + std::string(content) + "</a>");
+        ASSERT_TRUE(document) << reason;
+        xml::Node text = document->get_documentElement().get_firstChild();
+        EXPECT_EQ(text.IsFilledText(), filled) << content;
+        if (text.get_nodeType() == xml::NODE_TEXT) {
+            text.prepend_text("\n");
+            EXPECT_EQ(text.IsFilledText(), filled) << content;
+            text.prepend_text("x");
+            EXPECT_TRUE(text.IsFilledText()) << content;
+            text.put_text(" \t\r\n");
+            EXPECT_FALSE(text.IsFilledText()) << content;
+        }
+    }
+    EXPECT_FALSE(xml::Node().IsFilledText());
+}
+
 }  // namespace
 }  // namespace ventrix::test
