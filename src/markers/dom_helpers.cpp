@@ -27,8 +27,8 @@ std::string NodeText(xml::Node node) {
     return node.get_text();
 }
 
-std::string NodeXml(xml::Node element) {
-    return element.get_xml();
+std::string_view NodeXml(xml::Node element, std::string& buffer) {
+    return element.get_xml(buffer);
 }
 
 xml::Node NewTextNode(xml::Document& document, std::string_view text) {
@@ -59,15 +59,16 @@ xml::Node FirstFilledTextNode(xml::Node element) {
     return node;
 }
 
-void PrependEntries(xml::Node textNode, std::string_view composed, std::string& buffer) {
-    if (textNode.get_text(buffer).starts_with(QL_START)) {
-        buffer = textNode.get_text();
-        PrependComposedEntries(buffer, composed);
-        textNode.put_text(buffer);
-    } else {
-        buffer.assign(QL_START).append(composed).append(QL_END);
-        textNode.prepend_text(buffer);
+void PrependGroup(xml::Node textNode, std::string_view group) {
+    if (!textNode.StartsWith(QL_START)) {
+        textNode.prepend_text(group);
+        return;
     }
+    std::string text = NodeText(textNode);
+    group.remove_prefix(QL_START.size());
+    group.remove_suffix(QL_END.size());
+    PrependComposedEntries(text, group);
+    textNode.put_text(text);
 }
 
 std::string AttributeValue(xml::Node element, std::string_view name) {

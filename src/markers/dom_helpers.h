@@ -17,8 +17,9 @@ std::string_view NodeName(xml::Node node);
 /// A text node's content or an attribute's value.
 std::string NodeText(xml::Node node);
 
-/// An element with its subtree as XML that parses on its own.
-std::string NodeXml(xml::Node element);
+/// An element with its subtree as XML that parses on its own. `buffer` is filled where the document does not
+/// hold it so; the view holds until either is changed.
+std::string_view NodeXml(xml::Node element, std::string& buffer);
 
 /// A new text node of the document, not yet in its tree.
 xml::Node NewTextNode(xml::Document& document, std::string_view text);
@@ -35,9 +36,9 @@ bool IsFilledTextNode(xml::Node node);
 /// The first filled text node among the element's descendants, in document order, or no node.
 xml::Node FirstFilledTextNode(xml::Node element);
 
-/// Puts an attribute group of entries that AppendEntry composed, not none, in front of a text node's content;
-/// a group that stands there already is merged. `buffer` is only there for its memory.
-void PrependEntries(xml::Node textNode, std::string_view composed, std::string& buffer);
+/// Puts an attribute group, its words included, in front of a text node's content; a group that stands there
+/// already is merged.
+void PrependGroup(xml::Node textNode, std::string_view group);
 
 /// The value of the attribute with exactly that name; empty without one.
 std::string AttributeValue(xml::Node element, std::string_view name);

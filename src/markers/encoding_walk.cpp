@@ -52,25 +52,30 @@ bool StandsInText(xml::Node element, const PublishParams& record, EncodingMemo& 
 }
 
 /// Leaves in the memo what a text directly in this element carries.
-void ComposeEntries(xml::Node parent, PublishParams& record, EncodingMemo& memo) {
-    if (memo.composedFor == parent) {
+void ComposeGroup(xml::Node parent, PublishParams& record, EncodingMemo& memo) {
+    if (memo.groupOwner == parent) {
         return;
     }
-    memo.composed = CollectInheritedAttributes(parent, record.attributes, memo.inherited);
+    memo.group.assign(QL_START).append(
+        CollectInheritedAttributes(parent, record.attributes, memo.inherited));
     const std::size_t namesLeft = record.addSourcePath.size();
-    AddPathEntries(parent, memo.composed, record, memo.stamps);
+    AddPathEntries(parent, memo.group, record, memo.stamps);
+    if (memo.group == QL_START) {
+        memo.group.clear();
+    } else {
+        memo.group.append(QL_END);
+    }
     // A name that was crossed off gives the next text of the same element other entries.
-    memo.composedFor = record.addSourcePath.size() == namesLeft ? parent : xml::Node();
+    memo.groupOwner = record.addSourcePath.size() == namesLeft ? parent : xml::Node();
 }
 
 }  // namespace
 
 void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& memo) {
-    ComposeEntries(textNode.get_parentNode(), record, memo);
-    if (memo.composed.empty()) {
-        return;
+    ComposeGroup(textNode.get_parentNode(), record, memo);
+    if (!memo.group.empty()) {
+        PrependGroup(textNode, memo.group);
     }
-    PrependEntries(textNode, memo.composed, memo.buffer);
 }
 
 void EncodeScopedAttributes(xml::Node element, const std::list<std::string>& scopedAttributes) {
@@ -94,7 +99,9 @@ xml::Node EncodeInlineElement(xml::Document& document, xml::Node element, const 
     }
     const xml::Node next = element.get_nextSibling();
     if (StandsInText(element, record, memo)) {
-        parent.insertBefore(NewTextNode(document, WrapElementGroup(NodeXml(element))), element);
+        memo.elementGroup.clear();
+        AppendElementGroup(memo.elementGroup, NodeXml(element, memo.buffer));
+        parent.insertBefore(NewTextNode(document, memo.elementGroup), element);
         parent.removeChild(element);
     }
     return next;

@@ -17,9 +17,9 @@ namespace ventrix {
 struct EncodingMemo {
     InheritedMemo inherited;
     StampMemo stamps;
-    xml::Node composedFor;  ///< The element whose texts all get the entries in `composed`, or no node.
-    std::string composed;
-    std::string buffer;               ///< Only its memory is of use again.
+    xml::Node groupOwner;  ///< The element whose texts all get `group`, or no node.
+    std::string group;     ///< An attribute group, or empty.
+    std::string elementGroup, buffer;  ///< Only their memory is of use again.
     std::optional<bool> textFollows;  ///< FollowedByFilledText, for the run of siblings that the walk is in.
 };
 

@@ -3,60 +3,60 @@
 #include <algorithm>
 
 #include "markers/dom_helpers.h"
+#include "markers/marker_format.h"
 
 namespace ventrix {
 namespace {
 
-AttributeEntries OwnEntries(xml::Node element, const std::list<std::string>& wanted) {
-    AttributeEntries entries;
-    std::string buffer;
-    const xml::NamedNodeMap attributes = element.get_attributes();
+using Source = InheritedMemo::Source;
+
+void AppendOwn(Source& source, const xml::NamedNodeMap& attributes, const std::list<std::string>& wanted,
+               std::string& buffer) {
     for (std::size_t i = 0; i < attributes.get_length(); ++i) {
         const xml::Node attribute = attributes.get_item(i);
-        if (std::ranges::find(wanted, NodeName(attribute)) == wanted.end()) {
-            continue;
-        }
-        entries.reserve(3 * attributes.get_length());
-        entries.emplace_back(NodeName(attribute));
-        entries.emplace_back(attribute.get_text(buffer));
-        entries.emplace_back();
-    }
-    return entries;
-}
-
-bool HasEntry(const AttributeEntries& entries, std::size_t count, const std::string& name) {
-    for (std::size_t i = 0; i < count; i += 3) {
-        if (entries[i] == name) {
-            return true;
+        const std::string_view name = NodeName(attribute);
+        if (std::ranges::find(wanted, name) != wanted.end()) {
+            AppendEntry(source.composed, name, attribute.get_text(buffer), {});
+            source.entries.push_back({name, source.composed.size()});
         }
     }
-    return false;
 }
 
 /// The nearest element counts: what is further out under the same name is left out.
-void AppendInherited(AttributeEntries& entries, const AttributeEntries& inherited) {
-    const std::size_t own = entries.size();
-    for (std::size_t i = 0; i < inherited.size(); i += 3) {
-        if (!HasEntry(entries, own, inherited[i])) {
-            entries.insert(entries.end(), {inherited[i], inherited[i + 1], inherited[i + 2]});
+void AppendInherited(Source& source, const Source& outer) {
+    const std::size_t own = source.entries.size();
+    std::size_t begin = 0;
+    for (const auto& [name, end] : outer.entries) {
+        const auto ownEnd = source.entries.begin() + static_cast<std::ptrdiff_t>(own);
+        if (std::ranges::find(source.entries.begin(), ownEnd, name, &InheritedMemo::Entry::name) == ownEnd) {
+            source.composed.append(outer.composed, begin, end - begin);
+            source.entries.push_back({name, source.composed.size()});
         }
+        begin = end;
     }
 }
 
 void EnterElement(xml::Node element, const std::list<std::string>& wanted, InheritedMemo& memo) {
     memo.levels.push_back(element);
-    AttributeEntries entries = OwnEntries(element, wanted);
-    if (entries.empty()) {
+    const xml::NamedNodeMap attributes = element.get_attributes();
+    if (attributes.get_length() == 0) {
         return;
     }
-    if (!memo.sources.empty()) {
-        AppendInherited(entries, memo.sources.back().entries);
+    if (memo.sourceCount == memo.sources.size()) {
+        memo.sources.emplace_back();
     }
-    std::string composed;
-    for (std::size_t i = 0; i < entries.size(); i += 3) {
-        AppendEntry(composed, entries[i], entries[i + 1], entries[i + 2]);
+    Source& source = memo.sources[memo.sourceCount];
+    source.depth = memo.levels.size();
+    source.composed.clear();
+    source.entries.clear();
+    AppendOwn(source, attributes, wanted, memo.buffer);
+    if (source.entries.empty()) {
+        return;
     }
-    memo.sources.push_back({memo.levels.size(), std::move(entries), std::move(composed)});
+    if (memo.sourceCount > 0) {
+        AppendInherited(source, memo.sources[memo.sourceCount - 1]);
+    }
+    ++memo.sourceCount;
 }
 
 }  // namespace
@@ -75,15 +75,15 @@ std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<st
     for (auto node = entered.rbegin(); node != entered.rend(); ++node) {
         EnterElement(*node, wanted, memo);
     }
-    return memo.sources.empty() ? std::string_view() : memo.sources.back().composed;
+    return memo.sourceCount == 0 ? std::string_view() : memo.sources[memo.sourceCount - 1].composed;
 }
 
 void LeaveElement(xml::Node element, InheritedMemo& memo) {
     if (memo.levels.empty() || memo.levels.back() != element) {
         return;
     }
-    if (!memo.sources.empty() && memo.sources.back().depth == memo.levels.size()) {
-        memo.sources.pop_back();
+    if (memo.sourceCount > 0 && memo.sources[memo.sourceCount - 1].depth == memo.levels.size()) {
+        --memo.sourceCount;
     }
     memo.levels.pop_back();
 }

@@ -8,22 +8,27 @@
 #include <string_view>
 #include <vector>
 
-#include "markers/marker_format.h"
 #include "markers/xml/dom.h"
 
 namespace ventrix {
 
 /// The walk keeps it in step: no element stays in it when the walk has left it. Starts empty.
 struct InheritedMemo {
+    struct Entry {
+        std::string_view name;
+        std::size_t end;  ///< Where it ends in `composed`.
+    };
     /// An element that adds to what it inherits.
     struct Source {
-        std::size_t depth;         ///< How many levels there are with its own.
-        AttributeEntries entries;  ///< In force inside it.
-        std::string composed;      ///< The same as they stand inside an attribute group.
+        std::size_t depth = 0;       ///< How many levels there are with its own.
+        std::string composed;        ///< What is in force inside it, as it stands inside an attribute group.
+        std::vector<Entry> entries;  ///< The same, one by one.
     };
-    std::vector<xml::Node> levels;   ///< From the root inwards.
-    std::vector<Source> sources;     ///< From the root inwards; the last one is in force.
-    std::vector<xml::Node> entered;  ///< Only its memory is of use again.
+    std::vector<xml::Node> levels;  ///< From the root inwards.
+    std::vector<Source> sources;    ///< From the root inwards; of those behind the last one only the memory.
+    std::size_t sourceCount = 0;    ///< The last of these is in force.
+    std::vector<xml::Node> entered;
+    std::string buffer;
 };
 
 /// The wanted attributes of the element around a text and of those around that, nearest element first, within

@@ -174,10 +174,14 @@ ScopedEntries TakeScopedGroups(std::string& text) {
 
 std::string WrapElementGroup(std::string_view xml) {
     std::string group;
-    group.reserve(QL_ELEM_S.size() + xml.size() + QL_ELEM_E.size());
-    group.append(QL_ELEM_S).append(xml).append(QL_ELEM_E);
-    EscapeMarkup(group);  // The words have nothing to escape.
+    AppendElementGroup(group, xml);
     return group;
+}
+
+void AppendElementGroup(std::string& text, std::string_view xml) {
+    text.append(QL_ELEM_S);
+    AppendEscapedMarkup(text, xml);
+    text.append(QL_ELEM_E);
 }
 
 std::vector<std::string> SplitElementGroups(std::string_view text) {

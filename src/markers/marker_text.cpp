@@ -22,18 +22,16 @@ constexpr std::array<EscapePair, 5> escapeTable = {{
     {'\'', "&apos;"},
 }};
 
-bool IsMarkup(char character) {
-    switch (character) {
-        case '&':
-        case '<':
-        case '>':
-        case '"':
-        case '\'':
-            return true;
-        default:
-            return false;
+/// The escape of each byte; empty for a byte that stays.
+constexpr std::array<std::string_view, 256> MakeEscapes() {
+    std::array<std::string_view, 256> escapes;
+    for (const auto& [character, escape] : escapeTable) {
+        escapes[static_cast<unsigned char>(character)] = escape;
     }
+    return escapes;
 }
+
+constexpr std::array<std::string_view, 256> escapes = MakeEscapes();
 
 }  // namespace
 
@@ -58,19 +56,23 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 }
 
 void EscapeMarkup(std::string& text) {
-    // One pass for all five gives what one after the other would, the ampersand first.
     std::string escaped;
     escaped.reserve(2 * text.size());
+    AppendEscapedMarkup(escaped, text);
+    text = std::move(escaped);
+}
+
+void AppendEscapedMarkup(std::string& escaped, std::string_view text) {
+    // One pass for all five gives what one after the other would, the ampersand first.
     std::size_t done = 0;
     for (std::size_t at = 0; at < text.size(); ++at) {
-        if (IsMarkup(text[at])) {
-            escaped.append(text, done, at - done);
-            escaped += std::ranges::find(escapeTable, text[at], &EscapePair::character)->escape;
+        const std::string_view escape = escapes[static_cast<unsigned char>(text[at])];
+        if (!escape.empty()) {
+            escaped.append(text.substr(done, at - done)).append(escape);
             done = at + 1;
         }
     }
-    escaped.append(text, done);
-    text = std::move(escaped);
+    escaped.append(text.substr(done));
 }
 
 void UnescapeMarkup(std::string& text) {

@@ -19,6 +19,23 @@ void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
     std::ranges::reverse(chain);
 }
 
+std::size_t& CountOf(StampMemo::Counts& counts, std::string_view name) {
+    constexpr std::size_t fewNames = 8;
+    const auto known =
+        std::ranges::find(counts.few, name, &std::pair<std::string_view, std::size_t>::first);
+    if (known != counts.few.end()) {
+        return known->second;
+    }
+    return counts.few.size() < fewNames ? counts.few.emplace_back(name, 0).second : counts.many[name];
+}
+
+void Clear(StampMemo::Counts& counts) {
+    counts.few.clear();
+    if (!counts.many.empty()) {
+        counts.many = {};
+    }
+}
+
 /// How many child elements up to the child, itself included, have its name. Questions that come in document
 /// order look at each child once; an earlier child has its level counted from the start again.
 std::size_t CountUpTo(StampMemo::Level& level, xml::Node child) {
@@ -26,41 +43,48 @@ std::size_t CountUpTo(StampMemo::Level& level, xml::Node child) {
         level.lastCounted =
             level.lastCounted ? level.lastCounted.get_nextSibling() : level.element.get_firstChild();
         if (!level.lastCounted) {
-            level.counts.clear();
+            Clear(level.counts);
         } else if (IsElement(level.lastCounted)) {
-            ++level.counts[NodeName(level.lastCounted)];
+            ++CountOf(level.counts, NodeName(level.lastCounted));
         }
     }
-    return level.counts[NodeName(child)];
+    return CountOf(level.counts, NodeName(child));
 }
 
-void StampFirstText(xml::Node element, std::string_view composed) {
-    std::string buffer;
+void StampFirstText(xml::Node element, std::string_view group) {
     if (const xml::Node textNode = FirstFilledTextNode(element)) {
-        PrependEntries(textNode, composed, buffer);
+        PrependGroup(textNode, group);
     }
 }
 
 /// Puts the element under the memo's last level.
 void EnterLevel(StampMemo& memo, xml::Node element) {
-    const std::size_t position = memo.levels.empty() ? 1 : CountUpTo(memo.levels.back(), element);
+    const std::size_t count = memo.levelCount;
+    const std::size_t position = count == 0 ? 1 : CountUpTo(memo.levels[count - 1], element);
     memo.path.append("/").append(NodeName(element));
     if (position > 1) {
         memo.path.append("[").append(std::to_string(position)).append("]");
     }
-    memo.levels.push_back({element, memo.path.size(), {}, {}});
+    if (count == memo.levels.size()) {
+        memo.levels.emplace_back();
+    }
+    StampMemo::Level& level = memo.levels[memo.levelCount++];
+    level.element = element;
+    level.pathLength = memo.path.size();
+    level.lastCounted = {};
+    Clear(level.counts);
 }
 
 void LeaveLevels(StampMemo& memo, std::size_t kept) {
-    memo.levels.resize(kept);
-    memo.path.resize(kept == 0 ? 0 : memo.levels.back().pathLength);
+    memo.levelCount = kept;
+    memo.path.resize(kept == 0 ? 0 : memo.levels[kept - 1].pathLength);
 }
 
 /// Brings the levels to the element if they end near it: at it, at its parent, or one level below either.
 /// False if they do not.
 bool StepTo(StampMemo& memo, xml::Node element) {
     const xml::Node parent = element.get_parentNode();
-    const std::size_t count = memo.levels.size();
+    const std::size_t count = memo.levelCount;
     for (std::size_t kept = count; kept > 0 && kept + 2 > count; --kept) {
         const xml::Node last = memo.levels[kept - 1].element;
         if (last == element || last == parent) {
@@ -97,7 +121,7 @@ const std::string& BuildXPath(xml::Node element, StampMemo& memo) {
     CollectChain(element, memo.chain);
     const std::vector<xml::Node>& chain = memo.chain;
     std::size_t known = 0;
-    while (known < chain.size() && known < memo.levels.size() && memo.levels[known].element == chain[known]) {
+    while (known < chain.size() && known < memo.levelCount && memo.levels[known].element == chain[known]) {
         ++known;
     }
     LeaveLevels(memo, known);
@@ -127,8 +151,9 @@ void StampPreservedXPaths(xml::Document& document, const std::list<std::string>&
                           const std::string& attribute) {
     document.setProperty("SelectionLanguage", "XPath");
     for (const std::string& query : queries) {
-        std::string composed;
-        AppendEntry(composed, xpathName, query, attribute);
+        std::string group(QL_START);
+        AppendEntry(group, xpathName, query, attribute);
+        group.append(QL_END);
         const auto selected = document.selectNodes(query);
         if (!selected) {
             continue;
@@ -136,7 +161,7 @@ void StampPreservedXPaths(xml::Document& document, const std::list<std::string>&
         for (std::size_t i = 0; i < selected->get_length(); ++i) {
             const xml::Node node = selected->get_item(i);
             if (IsElement(node)) {
-                StampFirstText(node, composed);
+                StampFirstText(node, group);
             }
         }
     }

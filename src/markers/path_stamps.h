@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "markers/marker_format.h"
@@ -21,13 +22,19 @@ namespace ventrix {
 /// the way to a marked text and their siblings of the same name stay in the tree, as they do in the encoding
 /// walk: it takes out listed elements only, and marks no text below those.
 struct StampMemo {
+    /// Numbers by name. The first few names need no table.
+    struct Counts {
+        std::vector<std::pair<std::string_view, std::size_t>> few;
+        std::unordered_map<std::string_view, std::size_t> many;
+    };
     struct Level {
         xml::Node element;
-        std::size_t pathLength;  ///< Of the path that ends with this element.
-        xml::Node lastCounted;   ///< The child up to which `counts` goes.
-        std::unordered_map<std::string_view, std::size_t> counts;  ///< Child elements so far, by name.
+        std::size_t pathLength = 0;  ///< Of the path that ends with this element.
+        xml::Node lastCounted;       ///< The child up to which `counts` goes.
+        Counts counts;               ///< Child elements so far.
     };
-    std::vector<Level> levels;     ///< From the root to the element of the last path.
+    std::vector<Level> levels;     ///< From the root inwards; of those behind the last one only the memory.
+    std::size_t levelCount = 0;    ///< The last of these is the element of the last path.
     std::string path;              ///< The path of the last level.
     std::vector<xml::Node> chain;  ///< From the root to an element; here for its memory only.
     std::optional<std::string> sourcePath;

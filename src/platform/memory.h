@@ -10,4 +10,23 @@ namespace ventrix::platform {
 /// smaller ones are passed over.
 void ExpectFullUse(void* memory, std::size_t size);
 
+/// Memory that is about to be used from end to end, from its beginning on. Throws std::bad_alloc where there
+/// is none. ReleaseMemory takes it back.
+void* TakeMemory(std::size_t size);
+void ReleaseMemory(void* memory);
+
+/// Lets a standard container have its memory from TakeMemory.
+template <typename T>
+struct FullUseAllocator {
+    using value_type = T;
+
+    FullUseAllocator() = default;
+    template <typename Other>
+    explicit FullUseAllocator(const FullUseAllocator<Other>&) {}
+
+    T* allocate(std::size_t count) { return static_cast<T*>(TakeMemory(count * sizeof(T))); }
+    void deallocate(T* memory, std::size_t) { ReleaseMemory(memory); }
+    bool operator==(const FullUseAllocator&) const = default;
+};
+
 }  // namespace ventrix::platform

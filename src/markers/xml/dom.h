@@ -80,6 +80,13 @@ class Node {
     /// it needs from around it, and declared entities stand expanded. Empty for other kinds.
     std::string get_xml() const;
 
+    /// The same without a copy where the document holds it so; otherwise `buffer` is filled. The view holds
+    /// until the buffer or the document is changed.
+    std::string_view get_xml(std::string& buffer) const;
+
+    /// True if the content of a text begins so. Mostly costs no look at more than the front of it.
+    bool StartsWith(std::string_view front) const;
+
     /// Puts `child` in front of `reference`, a child of this element, or behind the last child for a null
     /// reference. The child is taken from where it stood. It may come from a scratch document of this
     /// document. What would not give a tree is ignored: a child that holds this element, a reference that is

@@ -108,7 +108,7 @@ void AddFromDtd(DocumentStore& store, NodeIndex element, xmlDoc& dtd, AttributeC
                 continue;
             }
             const NodeIndex attribute = chain.Add();
-            const std::uint32_t ownName = store.AddText(attributeName);
+            const std::uint32_t ownName = store.ShareText(attributeName);
             const std::uint32_t ownValue =
                 store.AddText(DecodeAttributeValue(View(declared->defaultValue), &dtd));
             store.At(attribute).close = ownName;

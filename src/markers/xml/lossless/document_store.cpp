@@ -5,7 +5,6 @@
 #include "markers/xml/lossless/attributes.h"
 #include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/references.h"
-#include "platform/memory.h"
 
 namespace ventrix::xml {
 
@@ -13,12 +12,11 @@ void DocumentStore::Reserve(std::size_t nodes) {
     const std::size_t wanted = records_.size() + nodes;
     if (wanted > records_.capacity()) {
         records_.reserve(std::max(wanted, 2 * records_.capacity()));
-        platform::ExpectFullUse(records_.data() + records_.size(),
-                                (records_.capacity() - records_.size()) * sizeof(NodeRecord));
     }
 }
 
 void DocumentStore::InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference) {
+    Touch(parent);
     if (reference == 0) {
         Append(parent, child);
         return;
@@ -37,6 +35,7 @@ void DocumentStore::Unlink(NodeIndex child) {
     if (record.parent == 0) {
         return;
     }
+    Touch(record.parent);
     NodeRecord& above = At(record.parent);
     (record.previous == 0 ? above.firstChild : At(record.previous).next) = record.next;
     (record.next == 0 ? above.lastChild : At(record.next).previous) = record.previous;
@@ -51,6 +50,7 @@ SourceText* DocumentStore::AddSource(std::string text) {
     }
     SourceText& source = sources_.emplace_back();
     source.base = static_cast<std::uint32_t>(base);
+    arena_.Expect(text.size());
     source.text = std::move(text);
     return &source;
 }
@@ -76,10 +76,23 @@ SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
 }
 
 std::uint32_t DocumentStore::AddText(std::string_view text) {
-    if (texts_.empty() || text != texts_.back()) {
-        texts_.push_back(arena_.Keep(text));
+    if (texts_.size() == texts_.capacity()) {
+        // Texts come in some proportion to nodes; growth in many steps would copy them again and again.
+        texts_.reserve(std::max(2 * texts_.size(), records_.size() / 4));
     }
+    texts_.push_back(arena_.Keep(text));
     return static_cast<std::uint32_t>(texts_.size() - 1);
+}
+
+std::uint32_t DocumentStore::ShareText(std::string_view text) {
+    const auto known =
+        std::ranges::find_if(shared_, [&](std::uint32_t number) { return texts_[number] == text; });
+    if (known != shared_.end()) {
+        return *known;
+    }
+    const std::uint32_t number = AddText(text);
+    shared_[nextShared_++ % shared_.size()] = number;
+    return number;
 }
 
 std::string_view DocumentStore::NameOf(NodeIndex index) {
@@ -129,6 +142,19 @@ std::string_view DocumentStore::SourceTextOf(const NodeRecord& text, std::string
     return buffer;
 }
 
+bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view front) {
+    const NodeRecord& record = At(text);
+    if ((record.flags & (OwnText | Prefixed)) == 0) {
+        // A reference or a line end, which may read as something else, is the only other beginning.
+        const std::string_view raw = Slice(record.begin, record.end);
+        if (!raw.starts_with(front.substr(0, 1)) && raw[0] != '&' && raw[0] != '\r') {
+            return false;
+        }
+    }
+    std::string buffer;
+    return ContentOf(text, buffer).starts_with(front);
+}
+
 void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     NoteChange(index);
     const std::uint32_t number = AddText(text);
@@ -147,15 +173,40 @@ void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
     NoteChange(text);
     const bool isFirst = (before.flags & Prefixed) == 0;
     const std::uint32_t number =
-        isFirst ? AddText(front) : AddText(std::string(front).append(texts_[before.extra]));
+        isFirst ? ShareText(front) : AddText(std::string(front).append(texts_[before.extra]));
     NodeRecord& record = At(text);
     record.extra = number;
     record.flags |= static_cast<std::uint8_t>(Prefixed | (std::ranges::all_of(front, IsBlank) ? 0 : Filled));
 }
 
+std::uint32_t DocumentStore::EndOf(const NodeRecord& element) {
+    if (element.close == 0) {
+        return element.end;
+    }
+    const SourceText& source = SourceOf(element.close);
+    const std::size_t end = source.text.find('>', element.close - source.base);
+    return source.base + static_cast<std::uint32_t>(end + 1);
+}
+
+// Above an element that is touched, all are.
+void DocumentStore::Touch(NodeIndex element) {
+    while (element != 0 && (At(element).flags & Touched) == 0) {
+        At(element).flags |= Touched;
+        element = At(element).parent;
+    }
+}
+
 void DocumentStore::NoteChange(NodeIndex index) {
+    Touch(At(index).parent);
     if (listChanges) {
         changedNodes.push_back(index);
+    }
+}
+
+void DocumentStore::ChangeAttributes(NodeIndex element) {
+    if (element != 0) {
+        At(element).flags |= AttributesChanged;
+        Touch(element);
     }
 }
 

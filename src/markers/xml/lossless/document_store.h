@@ -5,6 +5,7 @@
 
 #include <libxml/tree.h>
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -14,6 +15,7 @@
 
 #include "markers/xml/dom.h"
 #include "markers/xml/lossless/text_arena.h"
+#include "platform/memory.h"
 
 namespace ventrix::xml {
 
@@ -49,6 +51,7 @@ enum NodeFlags : std::uint8_t {
     Verbatim = 32,          ///< A text whose source bytes are its content.
     Prefixed = 64,          ///< A text of the source with a text of the store's in front.
     Filled = 128,           ///< A text that is not all white space.
+    Touched = 128,          ///< An element that has changed itself, or something below it.
 };
 
 struct FreeXmlDoc {
@@ -68,11 +71,12 @@ struct SourceText {
     bool suppliesAttributes = false;  ///< The DTD has attributes with default values.
     bool tokenizes = false;           ///< The DTD declares attribute types other than CDATA.
     bool hasNamespaces = false;
+    bool hasDeclarations = false;  ///< The DTD holds some.
 };
 
 class DocumentStore {
   public:
-    DocumentStore() : records_(1) {}
+    DocumentStore() : records_(1), texts_(1) {}
 
     NodeRecord& At(NodeIndex index) { return records_[index]; }
     NodeIndex Add(NodeType type) {
@@ -106,19 +110,28 @@ class DocumentStore {
     /// The source whose document node this is; null before anything was loaded.
     SourceText* SourceOfDocument(NodeIndex document);
 
-    /// The number of a text like this, which nothing changes. Texts that come several times in a row, as the
-    /// same marker in front of each text of an element, are kept once.
+    /// The number of a text like this, which nothing changes.
     std::uint32_t AddText(std::string_view text);
+
+    /// The same. A text that came a short while ago, as the same marker in front of many texts, is kept once.
+    std::uint32_t ShareText(std::string_view text);
     std::string_view TextAt(std::uint32_t number) const { return texts_[number]; }
 
     std::string_view NameOf(NodeIndex index);
 
+    /// Behind the element's last byte in its source.
+    std::uint32_t EndOf(const NodeRecord& element);
+
     /// The content of a text, CDATA section or attribute; `buffer` is filled where the source does not hold
     /// it as it is.
     std::string_view ContentOf(NodeIndex index, std::string& buffer);
+    bool TextStartsWith(NodeIndex text, std::string_view front);
     void SetContent(NodeIndex index, std::string_view text);
     /// The text keeps its source bytes, if it has some.
     void PrependContent(NodeIndex text, std::string_view front);
+
+    /// The element's start tag is to be written anew. Nothing happens for no element.
+    void ChangeAttributes(NodeIndex element);
 
     /// Makes sure that an element's attributes stand as nodes.
     void ReadAttributes(NodeIndex element);
@@ -138,12 +151,15 @@ class DocumentStore {
 
   private:
     void NoteChange(NodeIndex index);
+    void Touch(NodeIndex element);
     std::string_view SourceTextOf(const NodeRecord& text, std::string& buffer);
 
-    std::vector<NodeRecord> records_;
+    std::vector<NodeRecord, platform::FullUseAllocator<NodeRecord>> records_;
     std::deque<SourceText> sources_;
     TextArena arena_;
-    std::vector<std::string_view> texts_;
+    std::vector<std::string_view, platform::FullUseAllocator<std::string_view>> texts_;
+    std::array<std::uint32_t, 8> shared_{};  ///< The numbers of the latest shared texts.
+    std::size_t nextShared_ = 0;
 
   public:
     /// The copy that the last query made, and of which document. It goes before the nodes that it speaks of.

@@ -75,13 +75,15 @@ void Node::put_text(std::string_view text) {
     if (type == NODE_ATTRIBUTE) {
         NodeRecord& record = store_->At(index_);
         record.flags &= static_cast<std::uint8_t>(~FromDtd);
-        if (record.parent != 0) {
-            store_->At(record.parent).flags |= AttributesChanged;
-        }
+        store_->ChangeAttributes(record.parent);
     }
     if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
         store_->SetContent(index_, UpToNul(text));
     }
+}
+
+bool Node::StartsWith(std::string_view front) const {
+    return get_nodeType() == NODE_TEXT && store_->TextStartsWith(index_, front);
 }
 
 bool Node::IsFilledText() const {
@@ -99,7 +101,12 @@ void Node::prepend_text(std::string_view text) {
 }
 
 std::string Node::get_xml() const {
-    return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_) : std::string();
+    std::string buffer;
+    return std::string(get_xml(buffer));
+}
+
+std::string_view Node::get_xml(std::string& buffer) const {
+    return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_, buffer) : std::string_view();
 }
 
 void Node::insertBefore(Node child, Node reference) {
@@ -171,7 +178,7 @@ void NamedNodeMap::setNamedItem(Node attribute) {
     }
     length_ += same == 0 ? 1 : 0;
     last_ = Node();
-    store.At(element_.index_).flags |= AttributesChanged;
+    store.ChangeAttributes(element_.index_);
     ++store.shape;
 }
 
@@ -220,7 +227,7 @@ Node Document::createAttribute(std::string_view name) {
         return {};
     }
     const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
-    const std::uint32_t ownName = store_->AddText(terminated);
+    const std::uint32_t ownName = store_->ShareText(terminated);
     store_->At(index).flags = Created;
     store_->At(index).close = ownName;
     store_->SetContent(index, {});

@@ -17,6 +17,7 @@ constexpr std::size_t LargestText = INT32_MAX;  ///< The parser counts in int.
 void NoteDeclarations(const xmlDtd* subset, SourceText& source) {
     for (const xmlNode* node = subset == nullptr ? nullptr : subset->children; node != nullptr;
          node = node->next) {
+        source.hasDeclarations = true;
         if (node->type == XML_ATTRIBUTE_DECL) {
             const auto* attribute = reinterpret_cast<const xmlAttribute*>(node);
             source.suppliesAttributes = source.suppliesAttributes || attribute->defaultValue != nullptr;
@@ -61,10 +62,10 @@ std::string ReadSource(DocumentStore& store, SourceText& source, const LoadSetti
     }
     source.dtd = std::move(judgement.dtd);
     if (source.dtd) {
-        // Inherited declarations may come from the DTD.
-        source.hasNamespaces = true;
         NoteDeclarations(source.dtd->intSubset, source);
         NoteDeclarations(source.dtd->extSubset, source);
+        // A namespace may be declared by an attribute that the DTD supplies.
+        source.hasNamespaces = source.hasNamespaces || source.suppliesAttributes;
     }
     return {};
 }

@@ -12,14 +12,16 @@ namespace ventrix::xml {
 
 class TextArena {
   public:
+    /// Tells that so many bytes may come.
+    void Expect(std::size_t size) { nextBlock_ = std::clamp(size, nextBlock_, LargestBlock); }
+
     /// A copy of the text that stays where it is.
     std::string_view Keep(std::string_view text) {
         if (text.size() > left_) {
             left_ = std::max(text.size(), nextBlock_);
             nextBlock_ = std::min(2 * nextBlock_, LargestBlock);
-            blocks_.push_back(std::make_unique_for_overwrite<char[]>(left_));
+            blocks_.emplace_back(static_cast<char*>(platform::TakeMemory(left_)));
             free_ = blocks_.back().get();
-            platform::ExpectFullUse(free_, left_);
         }
         char* place = free_;
         std::copy(text.begin(), text.end(), place);
@@ -32,7 +34,11 @@ class TextArena {
     static constexpr std::size_t FirstBlock = std::size_t{16} * 1024;
     static constexpr std::size_t LargestBlock = std::size_t{8} * 1024 * 1024;
 
-    std::vector<std::unique_ptr<char[]>> blocks_;
+    struct Release {
+        void operator()(char* block) const { platform::ReleaseMemory(block); }
+    };
+
+    std::vector<std::unique_ptr<char, Release>> blocks_;
     char* free_ = nullptr;
     std::size_t left_ = 0;
     std::size_t nextBlock_ = FirstBlock;

@@ -1,5 +1,7 @@
 #include "markers/xml/lossless/writer.h"
 
+#include <array>
+
 #include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/namespaces.h"
 #include "markers/xml/lossless/references.h"
@@ -16,7 +18,7 @@ LineEnd LineEndOf(const SourceText& source) {
     return hasReturn ? LineEnd::ReturnAndLineFeed : LineEnd::LineFeed;
 }
 
-constexpr std::size_t pieceSize = std::size_t{64} * 1024;
+constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 
 class Writer {
   public:
@@ -33,12 +35,16 @@ class Writer {
     void WriteSubtree(NodeIndex top) {
         NodeIndex index = top;
         while (true) {
-            Open(index);
-            if (const NodeIndex child = store_.At(index).firstChild; child != 0) {
-                index = child;
-                continue;
+            if (IsAsRead(index)) {
+                Source(store_.At(index).begin, store_.EndOf(store_.At(index)));
+            } else {
+                Open(index);
+                if (const NodeIndex child = store_.At(index).firstChild; child != 0) {
+                    index = child;
+                    continue;
+                }
+                Close(index);
             }
-            Close(index);
             while (index != top && store_.At(index).next == 0) {
                 index = store_.At(index).parent;
                 Close(index);
@@ -71,6 +77,11 @@ class Writer {
     }
 
   private:
+    struct EscapedText {
+        std::uint32_t number = 0;  ///< 0 is no text.
+        std::string text;
+    };
+
     void Flush() {
         const std::string_view piece =
             pendingBegin_ == pendingEnd_ ? std::string_view() : store_.Slice(pendingBegin_, pendingEnd_);
@@ -88,6 +99,12 @@ class Writer {
         out_.clear();
     }
 
+    /// An element that goes out with all that is below it as one piece of its source.
+    bool IsAsRead(NodeIndex index) {
+        const NodeRecord& record = store_.At(index);
+        return output_ == Output::Document && record.type == NODE_ELEMENT && (record.flags & Touched) == 0;
+    }
+
     void Open(NodeIndex index) {
         if (put_ != nullptr && out_.size() >= pieceSize) {
             HandOver();
@@ -95,12 +112,13 @@ class Writer {
         const NodeRecord& record = store_.At(index);
         if (record.type == NODE_ELEMENT) {
             OpenElement(index);
-        } else if ((record.flags & (OwnText | Prefixed)) != 0) {
+        } else if ((record.flags & OwnText) != 0) {
             Flush();
-            AppendOwnText(record.extra);
-            if ((record.flags & Prefixed) != 0) {
-                Source(record.begin, record.end);
-            }
+            AppendEscapedText(out_, store_.TextAt(record.extra), lineEnd_);
+        } else if ((record.flags & Prefixed) != 0) {
+            Flush();
+            AppendFront(record.extra);
+            Source(record.begin, record.end);
         } else if (output_ == Output::Standalone && record.type == NODE_ENTITY_REFERENCE) {
             Flush();
             out_ += ExpandEntity(store_.Slice(record.begin + 1, record.end - 1),
@@ -110,14 +128,15 @@ class Writer {
         }
     }
 
-    /// Texts in a row may be the same one; it is escaped once.
-    void AppendOwnText(std::uint32_t number) {
-        if (number != escapedNumber_ || escapedText_.empty()) {
-            escapedNumber_ = number;
-            escapedText_.clear();
-            AppendEscapedText(escapedText_, store_.TextAt(number), lineEnd_);
+    /// Texts near each other may share their front; it is escaped once.
+    void AppendFront(std::uint32_t number) {
+        EscapedText& escaped = escaped_[number % escaped_.size()];
+        if (escaped.number != number) {
+            escaped.number = number;
+            escaped.text.clear();
+            AppendEscapedText(escaped.text, store_.TextAt(number), lineEnd_);
         }
-        out_ += escapedText_;
+        out_ += escaped.text;
     }
 
     void OpenElement(NodeIndex index) {
@@ -141,7 +160,7 @@ class Writer {
         if ((store_.At(index).flags & AttributesChanged) != 0) {
             return true;
         }
-        if (output_ == Output::Document || store_.SourceOf(store_.At(index).begin).dtd == nullptr) {
+        if (output_ == Output::Document || !store_.SourceOf(store_.At(index).begin).hasDeclarations) {
             return false;
         }
         store_.ReadAttributes(index);
@@ -205,9 +224,7 @@ class Writer {
             return;
         }
         if (record.close != 0) {
-            const SourceText& source = store_.SourceOf(record.close);
-            const std::size_t end = source.text.find('>', record.close - source.base);
-            Source(record.close, source.base + static_cast<std::uint32_t>(end + 1));
+            Source(record.close, store_.EndOf(record));
         } else if (record.firstChild != 0) {
             Flush();
             out_ += "</";
@@ -223,8 +240,7 @@ class Writer {
     bool taken_ = true;  ///< All pieces so far.
     std::string out_;
     std::string buffer_;
-    std::uint32_t escapedNumber_ = 0;
-    std::string escapedText_;
+    std::array<EscapedText, 16> escaped_;
     std::uint32_t pendingBegin_ = 0, pendingEnd_ = 0;
 };
 
@@ -242,15 +258,20 @@ bool WriteDocument(DocumentStore& store, const SourceText& source, const platfor
     return writer.FinishPieces();
 }
 
-std::string WriteElement(DocumentStore& store, NodeIndex element) {
+std::string_view WriteElement(DocumentStore& store, NodeIndex element, std::string& buffer) {
+    const NodeRecord& record = store.At(element);
+    const SourceText& source = store.SourceOf(record.begin);
+    if ((record.flags & Touched) == 0 && !source.hasNamespaces && !source.hasDeclarations) {
+        return store.Slice(record.begin, store.EndOf(record));
+    }
     Writer writer(store, Output::Standalone, LineEnd::LineFeed);
     writer.WriteSubtree(element);
-    std::string xml = writer.Finish();
+    buffer = writer.Finish();
     const std::string declarations = MissingNamespaces(store, element);
     if (!declarations.empty()) {
-        xml.insert(1 + store.NameOf(element).size(), declarations);
+        buffer.insert(1 + store.NameOf(element).size(), declarations);
     }
-    return xml;
+    return buffer;
 }
 
 }  // namespace ventrix::xml

@@ -12,7 +12,8 @@ namespace ventrix::xml {
 bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put);
 
 /// One element with its subtree, such that it parses on its own: declared entities expanded, attributes of
-/// the DTD written out, and the namespaces that it uses declared.
-std::string WriteElement(DocumentStore& store, NodeIndex element);
+/// the DTD written out, and the namespaces that it uses declared. `buffer` is filled where the source does not
+/// hold it so.
+std::string_view WriteElement(DocumentStore& store, NodeIndex element, std::string& buffer);
 
 }  // namespace ventrix::xml
