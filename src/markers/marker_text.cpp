@@ -1,20 +1,17 @@
 #include "markers/marker_text.h"
 
-#include <algorithm>
 #include <array>
+#include <utility>
+
+#include "markers/escaping.h"
 
 namespace ventrix {
 namespace {
 
 constexpr std::string_view blanks = " \t\n\r";
 
-struct EscapePair {
-    char character;
-    std::string_view escape;
-};
-
 // The ampersand stands first: it is unescaped last, so that "&amp;lt;" gives "&lt;" and not "<".
-constexpr std::array<EscapePair, 5> escapeTable = {{
+constexpr std::array<std::pair<char, std::string_view>, 5> escapes = {{
     {'&', "&amp;"},
     {'<', "&lt;"},
     {'>', "&gt;"},
@@ -22,16 +19,7 @@ constexpr std::array<EscapePair, 5> escapeTable = {{
     {'\'', "&apos;"},
 }};
 
-/// The escape of each byte; empty for a byte that stays.
-constexpr std::array<std::string_view, 256> MakeEscapes() {
-    std::array<std::string_view, 256> escapes;
-    for (const auto& [character, escape] : escapeTable) {
-        escapes[static_cast<unsigned char>(character)] = escape;
-    }
-    return escapes;
-}
-
-constexpr std::array<std::string_view, 256> escapes = MakeEscapes();
+constexpr EscapeTable escapeTable = MakeEscapeTable(escapes);
 
 }  // namespace
 
@@ -57,27 +45,18 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 
 void EscapeMarkup(std::string& text) {
     std::string escaped;
-    escaped.reserve(2 * text.size());
     AppendEscapedMarkup(escaped, text);
     text = std::move(escaped);
 }
 
 void AppendEscapedMarkup(std::string& escaped, std::string_view text) {
     // One pass for all five gives what one after the other would, the ampersand first.
-    std::size_t done = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const std::string_view escape = escapes[static_cast<unsigned char>(text[at])];
-        if (!escape.empty()) {
-            escaped.append(text.substr(done, at - done)).append(escape);
-            done = at + 1;
-        }
-    }
-    escaped.append(text.substr(done));
+    AppendEscaped(escaped, text, escapeTable);
 }
 
 void UnescapeMarkup(std::string& text) {
-    for (auto pair = escapeTable.rbegin(); pair != escapeTable.rend(); ++pair) {
-        ReplaceAll(text, pair->escape, {&pair->character, 1});
+    for (auto pair = escapes.rbegin(); pair != escapes.rend(); ++pair) {
+        ReplaceAll(text, pair->second, {&pair->first, 1});
     }
 }
 

@@ -24,4 +24,15 @@ std::size_t CharacterLength(std::string_view text) {
     return overlong || surrogate || beyond || nonCharacter ? 0 : length;
 }
 
+bool HoldsOnlyCharacters(std::string_view text) {
+    for (std::size_t at = SkipPlain(text, 0); at < text.size(); at = SkipPlain(text, at)) {
+        const std::size_t length = CharacterLength(text.substr(at, 4));
+        if (length == 0) {
+            return false;
+        }
+        at += length;
+    }
+    return true;
+}
+
 }  // namespace ventrix::xml

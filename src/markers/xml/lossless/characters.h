@@ -2,13 +2,18 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace ventrix::xml {
 
 /// The bytes of the character at the front of a text: 0 if they are no character that XML can hold.
 std::size_t CharacterLength(std::string_view text);
+
+/// True for a text without bytes that XML cannot hold.
+bool HoldsOnlyCharacters(std::string_view text);
 
 enum ByteClass : std::uint8_t {
     NameByte = 1,    ///< May stand in a name. Of ASCII only; a name may hold other characters too.
@@ -50,6 +55,39 @@ inline constexpr std::array<std::uint8_t, 256> classes = MakeClasses();
 /// The ByteClass bits of a byte.
 inline std::uint8_t ClassOf(char byte) {
     return detail::classes[static_cast<unsigned char>(byte)];
+}
+
+namespace detail {
+
+constexpr std::uint64_t Each(unsigned char byte) {
+    return std::uint64_t{0x0101010101010101} * byte;
+}
+
+/// The lowest byte that equals `byte` has its high bit set. So may bytes above it, but none below.
+constexpr std::uint64_t Matches(std::uint64_t word, unsigned char byte) {
+    const std::uint64_t difference = word ^ Each(byte);
+    return (difference - Each(1)) & ~difference;
+}
+
+}  // namespace detail
+
+/// The first byte at or behind `at` that a scan of a text may have to look at: no letter, digit, space or
+/// usual sign. Eight bytes at a time.
+inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
+    using detail::Each;
+    using detail::Matches;
+    for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        const std::uint64_t control = (word - Each(0x20)) & ~word;
+        const std::uint64_t found =
+            (word | control | Matches(word, '&') | Matches(word, '<') | Matches(word, ']')) & Each(0x80);
+        if (found != 0) {
+            const bool isLowFirst = std::endian::native == std::endian::little;
+            return isLowFirst ? at + static_cast<std::size_t>(std::countr_zero(found)) / 8 : at;
+        }
+    }
+    return at;
 }
 
 /// True for white space.

@@ -3,11 +3,11 @@
 #include <libxml/entities.h>
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
-#include <cstring>
 #include <optional>
+#include <utility>
 
+#include "markers/escaping.h"
 #include "markers/xml/lossless/characters.h"
 
 namespace ventrix::xml {
@@ -134,64 +134,63 @@ void AppendExpanded(std::string& out, std::string_view content, xmlDoc* dtd, int
     }
 }
 
-constexpr std::uint64_t Each(unsigned char byte) {
-    return std::uint64_t{0x0101010101010101} * byte;
+using Escapes = std::pair<char, std::string_view>;
+
+constexpr EscapeTable textEscapes = MakeEscapeTable(
+    std::array<Escapes, 4>{{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}}});
+
+constexpr EscapeTable textEscapesWithReturns = MakeEscapeTable(std::array<Escapes, 5>{
+    {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}, {'\n', "\r\n"}}});
+
+constexpr EscapeTable ValueEscapes(Escapes quote) {
+    return MakeEscapeTable(std::array<Escapes, 7>{{{'&', "&amp;"},
+                                                   {'<', "&lt;"},
+                                                   {'>', "&gt;"},
+                                                   {'\t', "&#9;"},
+                                                   {'\n', "&#10;"},
+                                                   {'\r', "&#13;"},
+                                                   std::move(quote)}});
 }
 
-/// The lowest byte that equals `byte` has its high bit set. So may bytes above it, but none below.
-constexpr std::uint64_t Matches(std::uint64_t word, unsigned char byte) {
-    const std::uint64_t difference = word ^ Each(byte);
-    return (difference - Each(1)) & ~difference;
-}
+constexpr EscapeTable valueEscapes = ValueEscapes({'"', "&quot;"});
+constexpr EscapeTable valueEscapesInApostrophes = ValueEscapes({'\'', "&#39;"});
 
-/// The first byte at or behind `at` that may need a look: no letter, digit or usual sign. Eight bytes at a
-/// time.
-std::size_t SkipPlain(std::string_view text, std::size_t at) {
-    for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data() + at, sizeof word);
-        const std::uint64_t control = (word - Each(0x20)) & ~word;
-        const std::uint64_t found = (word | control | Matches(word, '&') | Matches(word, '<') |
-                                     Matches(word, '>') | Matches(word, '"') | Matches(word, '\'')) &
-                                    Each(0x80);
-        if (found != 0) {
-            const bool isLowFirst = std::endian::native == std::endian::little;
-            return isLowFirst ? at + static_cast<std::size_t>(std::countr_zero(found)) / 8 : at;
-        }
+struct TextTraits {
+    bool hasMarkup;
+    bool hasOdd;  ///< Control characters, or more than ASCII.
+};
+
+/// No branch, so that the compiler can look at many bytes at once.
+TextTraits TraitsOf(std::string_view text) {
+    unsigned markup = 0;
+    unsigned odd = 0;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        odd |= static_cast<unsigned>(byte < 0x20) | static_cast<unsigned>(byte >= 0x80);
+        markup |= static_cast<unsigned>(byte == '&') | static_cast<unsigned>(byte == '<') |
+                  static_cast<unsigned>(byte == '>');
     }
-    return at;
+    return {markup != 0, odd != 0};
 }
 
-/// Appends the text, with `escape` giving the replacement of a byte or null for none.
-template <typename Escape>
-void AppendEscaped(std::string& xml, std::string_view text, Escape escape) {
-    std::size_t done = 0;
-    const auto flush = [&](std::size_t upTo, std::string_view replacement, std::size_t length) {
-        xml.append(text.substr(done, upTo - done)).append(replacement);
-        done = upTo + length;
-    };
-    for (std::size_t at = SkipPlain(text, 0); at < text.size(); at = SkipPlain(text, at)) {
-        const auto c = static_cast<unsigned char>(text[at]);
-        if (const char* replacement = escape(text[at])) {
-            flush(at, replacement, 1);
-            ++at;
-        } else if (c >= 0x20 && c < 0x80) {
-            ++at;
-        } else if (const std::size_t length = CharacterLength(text.substr(at, 4)); length > 0) {
-            at += length;
-        } else {
-            flush(at, ReplacementCharacter, 1);
-            ++at;
-        }
+/// The text with U+FFFD in the place of what XML cannot hold.
+std::string Repaired(std::string_view text) {
+    std::string repaired;
+    while (!text.empty()) {
+        const std::size_t length = CharacterLength(text.substr(0, 4));
+        repaired.append(length == 0 ? std::string_view(ReplacementCharacter) : text.substr(0, length));
+        text.remove_prefix(std::max<std::size_t>(length, 1));
     }
-    flush(text.size(), {}, 0);
+    return repaired;
 }
 
 }  // namespace
 
 ReferenceRead ReadReference(std::string_view text) {
-    const std::size_t end = text.find_first_of(";<&", 1);
-    if (end == std::string_view::npos || text[end] != ';') {
+    const auto end = static_cast<std::size_t>(
+        std::ranges::find_if(text.substr(1), [](char c) { return c == ';' || c == '<' || c == '&'; }) -
+        text.begin());
+    if (end == text.size() || text[end] != ';') {
         return {Reference::Other, 1};
     }
     const std::string_view name = text.substr(1, end - 1);
@@ -253,47 +252,26 @@ std::string CollapseSpaces(std::string_view value) {
 }
 
 void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd) {
-    AppendEscaped(xml, text, [lineEnd](char c) -> const char* {
-        switch (c) {
-            case '&':
-                return "&amp;";
-            case '<':
-                return "&lt;";
-            case '>':
-                return "&gt;";
-            case '\r':
-                return "&#13;";
-            case '\n':
-                return lineEnd == LineEnd::ReturnAndLineFeed ? "\r\n" : nullptr;
-            default:
-                return nullptr;
-        }
-    });
+    const TextTraits traits = TraitsOf(text);
+    if (!traits.hasMarkup && !traits.hasOdd) {
+        xml += text;
+        return;
+    }
+    const EscapeTable& table = lineEnd == LineEnd::LineFeed ? textEscapes : textEscapesWithReturns;
+    if (traits.hasOdd && !HoldsOnlyCharacters(text)) {
+        AppendEscaped(xml, Repaired(text), table);
+    } else {
+        AppendEscaped(xml, text, table);
+    }
 }
 
 void AppendEscapedValue(std::string& xml, std::string_view value, char quote) {
-    AppendEscaped(xml, value, [quote](char c) -> const char* {
-        switch (c) {
-            case '&':
-                return "&amp;";
-            case '<':
-                return "&lt;";
-            case '>':
-                return "&gt;";
-            case '"':
-                return quote == c ? "&quot;" : nullptr;
-            case '\'':
-                return quote == c ? "&#39;" : nullptr;
-            case '\t':
-                return "&#9;";
-            case '\n':
-                return "&#10;";
-            case '\r':
-                return "&#13;";
-            default:
-                return nullptr;
-        }
-    });
+    const EscapeTable& table = quote == '"' ? valueEscapes : valueEscapesInApostrophes;
+    if (HoldsOnlyCharacters(value)) {
+        AppendEscaped(xml, value, table);
+    } else {
+        AppendEscaped(xml, Repaired(value), table);
+    }
 }
 
 std::string ExpandEntity(std::string_view name, xmlDoc* dtd) {

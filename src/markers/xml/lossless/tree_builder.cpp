@@ -33,17 +33,6 @@ bool IsPlainName(std::string_view name) {
     return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & NameByte) != 0; });
 }
 
-bool HoldsOnlyCharacters(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t length = CharacterLength(text.substr(at, 4));
-        if (length == 0) {
-            return false;
-        }
-        at += length;
-    }
-    return true;
-}
-
 /// The names of one start tag, to see a name that comes twice. A tag with many is left to the parser.
 class TagNames {
   public:
@@ -310,21 +299,28 @@ class TreeBuilder {
         begin_ = at_;
         StartText();
         while (true) {
-            std::uint8_t seen = 0;
-            while (true) {
-                const std::uint8_t bits = ClassOf(data_[at_]);
-                if ((bits & TextStop) != 0) {
-                    break;
+            if (!solid_) {
+                while (data_[at_] == ' ' || data_[at_] == '\n' || data_[at_] == '\t') {
+                    ++at_;
                 }
-                seen |= bits;
-                ++at_;
+                solid_ = (ClassOf(data_[at_]) & TextStop) == 0;
             }
-            solid_ = solid_ || (seen & Solid) != 0;
+            at_ = TextStopFrom(at_);
             if (at_ >= text_.size() || text_[at_] == '<') {
                 EndText(at_);
                 return;
             }
             TakeSpecialInText();
+        }
+    }
+
+    std::size_t TextStopFrom(std::size_t at) const {
+        while (true) {
+            at = SkipPlain(text_, at);
+            if ((ClassOf(data_[at]) & TextStop) != 0) {
+                return at;
+            }
+            ++at;
         }
     }
 
