@@ -51,28 +51,40 @@ bool StandsInText(xml::Node element, const PublishParams& record, EncodingMemo& 
     return *memo.textFollows;
 }
 
+/// The inherited group with the path entries behind what it holds.
+void ComposeWithPaths(xml::Node parent, std::string_view inherited, PublishParams& record, EncodingMemo& memo) {
+    std::string& group = memo.groupWithPaths;
+    group = inherited.empty() ? QL_START : inherited.substr(0, inherited.size() - QL_END.size());
+    const std::size_t namesLeft = record.addSourcePath.size();
+    AddPathEntries(parent, group, record, memo.stamps);
+    if (group == QL_START) {
+        group.clear();
+    } else {
+        group += QL_END;
+    }
+    memo.group = group;
+    // A name that was crossed off gives the next text of the same element other entries.
+    memo.groupOwner = record.addSourcePath.size() == namesLeft ? parent : xml::Node();
+}
+
 /// Leaves in the memo what a text directly in this element carries.
-void ComposeGroup(xml::Node parent, PublishParams& record, EncodingMemo& memo) {
+void FindGroup(xml::Node parent, PublishParams& record, EncodingMemo& memo) {
     if (memo.groupOwner == parent) {
         return;
     }
-    memo.group.assign(QL_START).append(
-        CollectInheritedAttributes(parent, record.attributes, memo.inherited));
-    const std::size_t namesLeft = record.addSourcePath.size();
-    AddPathEntries(parent, memo.group, record, memo.stamps);
-    if (memo.group == QL_START) {
-        memo.group.clear();
+    const std::string_view inherited = CollectInheritedAttributes(parent, record.attributes, memo.inherited);
+    if (HasPathEntries(parent, record)) {
+        ComposeWithPaths(parent, inherited, record, memo);
     } else {
-        memo.group.append(QL_END);
+        memo.group = inherited;
+        memo.groupOwner = parent;
     }
-    // A name that was crossed off gives the next text of the same element other entries.
-    memo.groupOwner = record.addSourcePath.size() == namesLeft ? parent : xml::Node();
 }
 
 }  // namespace
 
 void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& memo) {
-    ComposeGroup(textNode.get_parentNode(), record, memo);
+    FindGroup(textNode.get_parentNode(), record, memo);
     if (!memo.group.empty()) {
         PrependGroup(textNode, memo.group);
     }

@@ -16,8 +16,8 @@ void AppendOwn(Source& source, const xml::NamedNodeMap& attributes, const std::l
         const xml::Node attribute = attributes.get_item(i);
         const std::string_view name = NodeName(attribute);
         if (std::ranges::find(wanted, name) != wanted.end()) {
-            AppendEntry(source.composed, name, attribute.get_text(buffer), {});
-            source.entries.push_back({name, source.composed.size()});
+            AppendEntry(source.group, name, attribute.get_text(buffer), {});
+            source.entries.push_back({name, source.group.size()});
         }
     }
 }
@@ -25,12 +25,12 @@ void AppendOwn(Source& source, const xml::NamedNodeMap& attributes, const std::l
 /// The nearest element counts: what is further out under the same name is left out.
 void AppendInherited(Source& source, const Source& outer) {
     const std::size_t own = source.entries.size();
-    std::size_t begin = 0;
+    std::size_t begin = QL_START.size();
     for (const auto& [name, end] : outer.entries) {
         const auto ownEnd = source.entries.begin() + static_cast<std::ptrdiff_t>(own);
         if (std::ranges::find(source.entries.begin(), ownEnd, name, &InheritedMemo::Entry::name) == ownEnd) {
-            source.composed.append(outer.composed, begin, end - begin);
-            source.entries.push_back({name, source.composed.size()});
+            source.group.append(outer.group, begin, end - begin);
+            source.entries.push_back({name, source.group.size()});
         }
         begin = end;
     }
@@ -47,7 +47,7 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
     }
     Source& source = memo.sources[memo.sourceCount];
     source.depth = memo.levels.size();
-    source.composed.clear();
+    source.group = QL_START;
     source.entries.clear();
     AppendOwn(source, attributes, wanted, memo.buffer);
     if (source.entries.empty()) {
@@ -56,6 +56,7 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
     if (memo.sourceCount > 0) {
         AppendInherited(source, memo.sources[memo.sourceCount - 1]);
     }
+    source.group += QL_END;
     ++memo.sourceCount;
 }
 
@@ -75,7 +76,7 @@ std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<st
     for (auto node = entered.rbegin(); node != entered.rend(); ++node) {
         EnterElement(*node, wanted, memo);
     }
-    return memo.sourceCount == 0 ? std::string_view() : memo.sources[memo.sourceCount - 1].composed;
+    return memo.sourceCount == 0 ? std::string_view() : memo.sources[memo.sourceCount - 1].group;
 }
 
 void LeaveElement(xml::Node element, InheritedMemo& memo) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <list>
 #include <string>
 #include <string_view>
@@ -16,24 +17,24 @@ namespace ventrix {
 struct InheritedMemo {
     struct Entry {
         std::string_view name;
-        std::size_t end;  ///< Where it ends in `composed`.
+        std::size_t end;  ///< Where it ends in `group`.
     };
     /// An element that adds to what it inherits.
     struct Source {
         std::size_t depth = 0;       ///< How many levels there are with its own.
-        std::string composed;        ///< What is in force inside it, as it stands inside an attribute group.
-        std::vector<Entry> entries;  ///< The same, one by one.
+        std::string group;           ///< The attribute group that is in force inside it.
+        std::vector<Entry> entries;  ///< Of that group.
     };
     std::vector<xml::Node> levels;  ///< From the root inwards.
-    std::vector<Source> sources;    ///< From the root inwards; of those behind the last one only the memory.
+    std::deque<Source> sources;     ///< From the root inwards; of those behind the last one only the memory.
     std::size_t sourceCount = 0;    ///< The last of these is in force.
     std::vector<xml::Node> entered;
     std::string buffer;
 };
 
 /// The wanted attributes of the element around a text and of those around that, nearest element first, within
-/// one element in document order. Each name gives one entry, with an empty target. They come composed, as
-/// they stand inside an attribute group; the text lies in the memo and holds until that is used again.
+/// one element in document order, as an attribute group; empty if there are none. Each name gives one entry,
+/// with an empty target. The group lies in the memo and holds until the walk leaves the element.
 std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<std::string>& wanted,
                                             InheritedMemo& memo);
 

@@ -9,6 +9,7 @@ namespace ventrix {
 namespace {
 
 constexpr char xpathName[] = "data-qlxpath";
+constexpr std::string_view titleName = "title";
 
 /// From the root down to the element; empty for a node that is no element.
 void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
@@ -100,6 +101,10 @@ bool StepTo(StampMemo& memo, xml::Node element) {
 
 }  // namespace
 
+bool HasPathEntries(xml::Node parent, const PublishParams& record) {
+    return record.addXpath || IsListedElement(parent, record.addSourcePath) || NodeName(parent) == titleName;
+}
+
 void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& record, StampMemo& memo) {
     if (record.addXpath) {
         AddXPathEntry(parent, composed, record.xpathAttr, memo);
@@ -109,7 +114,7 @@ void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& reco
     if (wanted != record.addSourcePath.end()) {
         AddSourcePathEntry(composed, record, memo);
         record.addSourcePath.erase(wanted);
-    } else if (name == "title") {
+    } else if (name == titleName) {
         AddSourcePathEntry(composed, record, memo);
     }
 }

@@ -40,6 +40,9 @@ struct StampMemo {
     std::optional<std::string> sourcePath;
 };
 
+/// True if AddPathEntries may have something to append.
+bool HasPathEntries(xml::Node parent, const PublishParams& record);
+
 /// Appends the XPath entry, if the request wants one, and the source path entry, if the parent's name still
 /// stands in `record.addSourcePath`, where it is crossed off, or is "title".
 void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& record, StampMemo& memo);

@@ -2,6 +2,8 @@
 
 #include <libxml/valid.h>
 
+#include <algorithm>
+
 #include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/references.h"
 
@@ -72,19 +74,25 @@ class AttributeChain {
     NodeIndex last_ = 0;
 };
 
+/// The first fitting byte at or behind `at`; a position beyond the end without one.
+template <typename Fits>
+std::size_t Find(std::string_view text, std::size_t at, Fits fits) {
+    while (at < text.size() && !fits(text[at])) {
+        ++at;
+    }
+    return at;
+}
+
 void AddFromTag(DocumentStore& store, NodeIndex element, AttributeChain& chain) {
     const NodeRecord record = store.At(element);
     const std::string_view tag = store.Slice(record.begin, record.end);
     std::size_t at = 1U + record.nameLength;
     while (true) {
-        while (at < tag.size() && IsBlank(tag[at])) {
-            ++at;
-        }
-        const std::size_t nameEnd = tag.find_first_of("= \t\r\n", at);
-        const std::size_t open =
-            nameEnd == std::string_view::npos ? nameEnd : tag.find_first_of("\"'", nameEnd);
-        const std::size_t closing = open == std::string_view::npos ? open : tag.find(tag[open], open + 1);
-        if (closing == std::string_view::npos) {
+        at = Find(tag, at, [](char c) { return !IsBlank(c); });
+        const std::size_t nameEnd = Find(tag, at, [](char c) { return c == '=' || IsBlank(c); });
+        const std::size_t open = Find(tag, nameEnd, [](char c) { return c == '"' || c == '\''; });
+        const std::size_t closing = Find(tag, open + 1, [&](char c) { return c == tag[open]; });
+        if (closing >= tag.size()) {
             return;
         }
         NodeRecord& attribute = store.At(chain.Add());
@@ -129,15 +137,22 @@ void ReadSourceAttributes(DocumentStore& store, NodeIndex element) {
     }
 }
 
-std::string SourceValue(DocumentStore& store, NodeIndex attribute) {
+std::string_view SourceValue(DocumentStore& store, NodeIndex attribute, std::string& buffer) {
     const NodeRecord& record = store.At(attribute);
     const SourceText& source = store.SourceOf(record.begin);
-    std::string value = DecodeAttributeValue(store.Slice(record.close, record.end - 1), source.dtd.get());
-    if (source.tokenizes &&
-        IsTokenized(*source.dtd, std::string(store.NameOf(record.parent)), store.NameOf(attribute))) {
-        return CollapseSpaces(value);
+    const std::string_view raw = store.Slice(record.close, record.end - 1);
+    const bool tokenized =
+        source.tokenizes &&
+        IsTokenized(*source.dtd, std::string(store.NameOf(record.parent)), store.NameOf(attribute));
+    const auto standsForItself = [](char c) { return c == ' ' || (c != '&' && !IsBlank(c)); };
+    if (!tokenized && std::ranges::all_of(raw, standsForItself)) {
+        return raw;
     }
-    return value;
+    buffer = DecodeAttributeValue(raw, source.dtd.get());
+    if (tokenized) {
+        buffer = CollapseSpaces(buffer);
+    }
+    return buffer;
 }
 
 }  // namespace ventrix::xml

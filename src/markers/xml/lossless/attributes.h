@@ -11,6 +11,6 @@ namespace ventrix::xml {
 void ReadSourceAttributes(DocumentStore& store, NodeIndex element);
 
 /// An attribute's value as its start tag has it, read as its declared type asks.
-std::string SourceValue(DocumentStore& store, NodeIndex attribute);
+std::string_view SourceValue(DocumentStore& store, NodeIndex attribute, std::string& buffer);
 
 }  // namespace ventrix::xml

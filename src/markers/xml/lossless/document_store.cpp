@@ -52,20 +52,15 @@ SourceText* DocumentStore::AddSource(std::string text) {
     source.base = static_cast<std::uint32_t>(base);
     arena_.Expect(text.size());
     source.text = std::move(text);
-    return &source;
+    first_ = &sources_.front();
+    return latest_ = &source;
 }
 
-SourceText& DocumentStore::SourceOf(std::uint32_t offset) {
-    if (offset <= sources_.front().text.size()) {
-        return sources_.front();
+SourceText& DocumentStore::LaterSourceOf(std::uint32_t offset) {
+    if (offset < latest_->base || offset - latest_->base > latest_->text.size()) {
+        latest_ = &*std::prev(std::ranges::upper_bound(sources_, offset, {}, &SourceText::base));
     }
-    const auto behind = std::ranges::upper_bound(sources_, offset, {}, &SourceText::base);
-    return *std::prev(behind);
-}
-
-std::string_view DocumentStore::Slice(std::uint32_t begin, std::uint32_t end) {
-    const SourceText& source = SourceOf(begin);
-    return {source.text.data() + (begin - source.base), end - begin};
+    return *latest_;
 }
 
 SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
@@ -126,7 +121,7 @@ std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) 
             return buffer = NormalizeLineEnds(Slice(record.begin + opening, record.end - closing));
         }
         case NODE_ATTRIBUTE:
-            return buffer = SourceValue(*this, index);
+            return SourceValue(*this, index, buffer);
         default:
             return {};
     }

@@ -104,8 +104,13 @@ class DocumentStore {
 
     /// Takes a text in. Its base is set; null if the store's offsets are used up.
     SourceText* AddSource(std::string text);
-    SourceText& SourceOf(std::uint32_t offset);
-    std::string_view Slice(std::uint32_t begin, std::uint32_t end);
+    SourceText& SourceOf(std::uint32_t offset) {
+        return offset <= first_->text.size() ? *first_ : LaterSourceOf(offset);
+    }
+    std::string_view Slice(std::uint32_t begin, std::uint32_t end) {
+        const SourceText& source = SourceOf(begin);
+        return {source.text.data() + (begin - source.base), end - begin};
+    }
 
     /// The source whose document node this is; null before anything was loaded.
     SourceText* SourceOfDocument(NodeIndex document);
@@ -150,12 +155,15 @@ class DocumentStore {
     }
 
   private:
+    SourceText& LaterSourceOf(std::uint32_t offset);
     void NoteChange(NodeIndex index);
     void Touch(NodeIndex element);
     std::string_view SourceTextOf(const NodeRecord& text, std::string& buffer);
 
     std::vector<NodeRecord, platform::FullUseAllocator<NodeRecord>> records_;
     std::deque<SourceText> sources_;
+    SourceText* first_ = nullptr;   ///< Most nodes are of this one.
+    SourceText* latest_ = nullptr;  ///< Of the others, the one asked for last.
     TextArena arena_;
     std::vector<std::string_view, platform::FullUseAllocator<std::string_view>> texts_;
     std::array<std::uint32_t, 8> shared_{};  ///< The numbers of the latest shared texts.

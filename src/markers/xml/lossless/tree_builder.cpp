@@ -53,6 +53,15 @@ class TagNames {
     std::size_t count_ = 0;
 };
 
+/// As many as there would be if the whole text were like its beginning, and some more.
+std::size_t ExpectedNodes(std::string_view text) {
+    constexpr std::size_t sampleSize = std::size_t{64} * 1024;
+    const std::string_view sample = text.substr(0, sampleSize);
+    const auto tags = static_cast<std::size_t>(std::ranges::count(sample, '<'));
+    const std::size_t expected = 2 * tags * (text.size() / std::max<std::size_t>(sample.size(), 1));
+    return expected + expected / 4 + 2;
+}
+
 /// The text ends in a NUL, which is no character of any class, so that scans by class need no other end.
 class TreeBuilder {
   public:
@@ -69,7 +78,7 @@ class TreeBuilder {
             return Form::Broken;
         }
         hasDoctype_ = text_.substr(0, at_).find("<!DOCTYPE") != NotFound;
-        store_.Reserve(2 * static_cast<std::size_t>(std::ranges::count(text_, '<')) + 1);
+        store_.Reserve(ExpectedNodes(text_));
         do {
             if (at_ >= text_.size() || !TakeMarkup()) {
                 return Form::Broken;
