@@ -172,12 +172,16 @@ ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const P
         return error;
     }
     return ReplaceWhole(target, target.exists ? target.mode : 0666, [&](int descriptor) {
+        GrowingFile file(descriptor);
         int failure = 0;
         const bool produced = produce([&](std::string_view piece) {
-            failure = WriteAll(descriptor, piece.data(), piece.size());
+            failure = file.Append(piece);
             return failure == 0;
         });
-        return produced || failure != 0 ? failure : ECANCELED;
+        if (failure != 0) {
+            return failure;
+        }
+        return produced ? file.Finish() : ECANCELED;
     });
 }
 

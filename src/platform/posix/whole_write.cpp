@@ -18,6 +18,8 @@ namespace ventrix::platform {
 namespace {
 
 constexpr int nameAttempts = 1000;
+constexpr off_t largeFile = off_t{1} * 1024 * 1024;
+constexpr off_t roomAhead = off_t{8} * 1024 * 1024;
 
 std::string Resolved(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
@@ -101,6 +103,25 @@ int WriteAll(int descriptor, const char* bytes, std::size_t count) {
         count -= static_cast<std::size_t>(written);
     }
     return 0;
+}
+
+int GrowingFile::Append(std::string_view piece) {
+    written_ += static_cast<off_t>(piece.size());
+    if (written_ > setAside_ && written_ >= largeFile) {
+        SetRoomAside();
+    }
+    return WriteAll(descriptor_, piece.data(), piece.size());
+}
+
+// Not every file system can do it, and a full one can't: then writing goes on without.
+void GrowingFile::SetRoomAside() {
+    const off_t wanted = written_ + roomAhead;
+    canSetAside_ = canSetAside_ && ::fallocate(descriptor_, FALLOC_FL_KEEP_SIZE, 0, wanted) == 0;
+    setAside_ = canSetAside_ ? wanted : setAside_;
+}
+
+int GrowingFile::Finish() {
+    return setAside_ > written_ && ::ftruncate(descriptor_, written_) != 0 ? errno : 0;
 }
 
 }  // namespace ventrix::platform

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "platform/error_codes.h"
 
@@ -28,5 +29,26 @@ ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::functi
 
 /// Writes all bytes. 0 or an errno.
 int WriteAll(int descriptor, const char* bytes, std::size_t count);
+
+/// Writes a new file from its beginning, piece by piece. A large one has room set aside ahead of what is
+/// written: the file system then finds it in one step and not page by page.
+class GrowingFile {
+  public:
+    explicit GrowingFile(int descriptor) : descriptor_(descriptor) {}
+
+    /// 0 or an errno.
+    int Append(std::string_view piece);
+
+    /// Gives back the room that was not needed. 0 or an errno.
+    int Finish();
+
+  private:
+    void SetRoomAside();
+
+    int descriptor_;
+    off_t written_ = 0;
+    off_t setAside_ = 0;
+    bool canSetAside_ = true;
+};
 
 }  // namespace ventrix::platform
