@@ -9,51 +9,44 @@
 namespace ventrix {
 namespace {
 
-/// What the walk does after a node.
-struct Step {
-    bool enter;      ///< Goes into the node, and behind it when its children are done.
-    xml::Node next;  ///< Otherwise: the sibling to go on with, or no node.
-};
+// What these give is where the walk goes on: at a sibling, or, for no node, behind the parent. The node itself
+// means that the walk goes into it.
 
-Step PassOver(xml::Node node) {
-    return {false, node.get_nextSibling()};
-}
-
-Step DecodeNode(xml::Document& document, xml::Node node, const PublishParams& record) {
+xml::Node DecodeNode(xml::Document& document, xml::Node node, const PublishParams& record) {
     if (IsElement(node)) {
-        return IsListedElement(node, record.skipElements) ? PassOver(node) : Step{true, {}};
+        return IsListedElement(node, record.skipElements) ? node.get_nextSibling() : node;
     }
-    return IsFilledTextNode(node) ? Step{false, DecodeTextNode(document, node, record)} : PassOver(node);
+    return IsFilledTextNode(node) ? DecodeTextNode(document, node, record) : node.get_nextSibling();
 }
 
-Step EncodeElement(xml::Document& document, xml::Node element, PublishParams& record, EncodingMemo& memo) {
+xml::Node EncodeElement(xml::Document& document, xml::Node element, PublishParams& record,
+                        EncodingMemo& memo) {
     const bool listed = IsListedElement(element, record.elements);
     // Blanks and listed elements go on with a run of siblings, any other node ends it.
     if (!listed) {
         memo.textFollows.reset();
     }
     if (IsListedElement(element, record.skipElements)) {
-        return PassOver(element);
+        return element.get_nextSibling();
     }
     if (listed) {
-        return {false, EncodeInlineElement(document, element, record, memo)};
+        return EncodeInlineElement(document, element, record, memo);
     }
     EncodeScopedAttributes(element, record.scopedAttributes);
-    return {true, {}};
+    return element;
 }
 
-Step EncodeNode(xml::Document& document, xml::Node node, PublishParams& record, EncodingMemo& memo) {
+xml::Node EncodeNode(xml::Document& document, xml::Node node, PublishParams& record, EncodingMemo& memo) {
     if (IsElement(node)) {
         return EncodeElement(document, node, record, memo);
     }
-    const bool filled = IsFilledTextNode(node);
-    if (filled || !IsTextNode(node)) {
+    if (IsFilledTextNode(node)) {
+        memo.textFollows.reset();
+        EncodeTextNode(node, record, memo);
+    } else if (!IsTextNode(node)) {
         memo.textFollows.reset();
     }
-    if (filled) {
-        EncodeTextNode(node, record, memo);
-    }
-    return PassOver(node);
+    return node.get_nextSibling();
 }
 
 }  // namespace
@@ -132,12 +125,14 @@ void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, Pub
             parent = parent.get_parentNode();
             continue;
         }
-        const Step step =
+        const xml::Node next =
             decode ? DecodeNode(document, node, record) : EncodeNode(document, node, record, memo);
-        if (step.enter) {
+        if (next == node) {
             parent = node;
+            node = node.get_firstChild();
+        } else {
+            node = next;
         }
-        node = step.enter ? node.get_firstChild() : step.next;
     }
 }
 

@@ -44,7 +44,7 @@ bool IsTextNode(xml::Node node) {
 }
 
 bool IsListedElement(xml::Node element, const std::list<std::string>& names) {
-    return std::ranges::find(names, NodeName(element)) != names.end();
+    return !names.empty() && std::ranges::find(names, NodeName(element)) != names.end();
 }
 
 bool IsFilledTextNode(xml::Node node) {

@@ -60,13 +60,8 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
     ++memo.sourceCount;
 }
 
-}  // namespace
-
-std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<std::string>& wanted,
-                                            InheritedMemo& memo) {
-    if (wanted.empty()) {
-        return {};
-    }
+/// Enters the elements from the last one known inwards.
+void EnterTo(xml::Node parent, const std::list<std::string>& wanted, InheritedMemo& memo) {
     const xml::Node known = memo.levels.empty() ? xml::Node() : memo.levels.back();
     std::vector<xml::Node>& entered = memo.entered;
     entered.clear();
@@ -76,6 +71,16 @@ std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<st
     for (auto node = entered.rbegin(); node != entered.rend(); ++node) {
         EnterElement(*node, wanted, memo);
     }
+}
+
+}  // namespace
+
+std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<std::string>& wanted,
+                                            InheritedMemo& memo) {
+    if (wanted.empty()) {
+        return {};
+    }
+    EnterTo(parent, wanted, memo);
     return memo.sourceCount == 0 ? std::string_view() : memo.sources[memo.sourceCount - 1].group;
 }
 

@@ -102,7 +102,7 @@ bool StepTo(StampMemo& memo, xml::Node element) {
 }  // namespace
 
 bool HasPathEntries(xml::Node parent, const PublishParams& record) {
-    return record.addXpath || IsListedElement(parent, record.addSourcePath) || NodeName(parent) == titleName;
+    return record.addXpath || NodeName(parent) == titleName || IsListedElement(parent, record.addSourcePath);
 }
 
 void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& record, StampMemo& memo) {

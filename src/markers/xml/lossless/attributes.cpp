@@ -48,9 +48,9 @@ bool IsTokenized(xmlDoc& dtd, const std::string& element, std::string_view attri
 }
 
 NodeIndex FindAttribute(DocumentStore& store, NodeIndex element, std::string_view name) {
-    NodeIndex attribute = store.At(element).extra;
+    NodeIndex attribute = store.FirstAttribute(element);
     while (attribute != 0 && store.NameOf(attribute) != name) {
-        attribute = store.At(attribute).next;
+        attribute = store.NextAttribute(attribute);
     }
     return attribute;
 }
@@ -63,8 +63,7 @@ class AttributeChain {
     NodeIndex Add() {
         const NodeIndex attribute = store_.Add(NODE_ATTRIBUTE);
         store_.At(attribute).parent = element_;
-        store_.At(attribute).previous = last_;
-        (last_ == 0 ? store_.At(element_).extra : store_.At(last_).next) = attribute;
+        (last_ == 0 ? store_.FirstAttribute(element_) : store_.NextAttribute(last_)) = attribute;
         return last_ = attribute;
     }
 

@@ -63,10 +63,15 @@ constexpr std::uint64_t Each(unsigned char byte) {
     return std::uint64_t{0x0101010101010101} * byte;
 }
 
-/// The lowest byte that equals `byte` has its high bit set. So may bytes above it, but none below.
+/// In a word of ASCII, the lowest byte that equals `byte` has its high bit set. So may bytes above it, but none
+/// below.
 constexpr std::uint64_t Matches(std::uint64_t word, unsigned char byte) {
-    const std::uint64_t difference = word ^ Each(byte);
-    return (difference - Each(1)) & ~difference;
+    return (word ^ Each(byte)) - Each(1);
+}
+
+/// The same for a control character.
+constexpr std::uint64_t MatchesControl(std::uint64_t word) {
+    return word - Each(' ');
 }
 
 }  // namespace detail
@@ -79,9 +84,10 @@ inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
     for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, text.data() + at, sizeof word);
-        const std::uint64_t control = (word - Each(0x20)) & ~word;
-        const std::uint64_t found =
-            (word | control | Matches(word, '&') | Matches(word, '<') | Matches(word, ']')) & Each(0x80);
+        // A byte beyond ASCII counts too, so that none below the lowest one found is missed.
+        const std::uint64_t found = (word | detail::MatchesControl(word) | Matches(word, '&') |
+                                     Matches(word, '<') | Matches(word, ']')) &
+                                    Each(0x80);
         if (found != 0) {
             const bool isLowFirst = std::endian::native == std::endian::little;
             return isLowFirst ? at + static_cast<std::size_t>(std::countr_zero(found)) / 8 : at;

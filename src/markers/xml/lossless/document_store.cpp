@@ -90,16 +90,12 @@ std::uint32_t DocumentStore::ShareText(std::string_view text) {
     return number;
 }
 
-std::string_view DocumentStore::NameOf(NodeIndex index) {
-    const NodeRecord& record = At(index);
-    if (record.type == NODE_ATTRIBUTE && (record.flags & Created) != 0) {
-        return texts_[record.close];
+std::string_view DocumentStore::AttributeNameOf(const NodeRecord& record) {
+    if (record.type != NODE_ATTRIBUTE) {
+        return {};
     }
-    if (record.type == NODE_ELEMENT) {
-        return Slice(record.begin + 1, record.begin + 1 + record.nameLength);
-    }
-    return record.type == NODE_ATTRIBUTE ? Slice(record.begin, record.begin + record.nameLength)
-                                         : std::string_view();
+    return (record.flags & Created) != 0 ? texts_[record.close]
+                                         : Slice(record.begin, record.begin + record.nameLength);
 }
 
 std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) {
@@ -160,17 +156,15 @@ void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
 }
 
 void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
-    const NodeRecord before = At(text);
-    if ((before.flags & OwnText) != 0) {
-        SetContent(text, std::string(front).append(texts_[before.extra]));
+    NodeRecord& record = At(text);
+    if ((record.flags & OwnText) != 0) {
+        SetContent(text, std::string(front).append(texts_[record.extra]));
         return;
     }
     NoteChange(text);
-    const bool isFirst = (before.flags & Prefixed) == 0;
-    const std::uint32_t number =
-        isFirst ? ShareText(front) : AddText(std::string(front).append(texts_[before.extra]));
-    NodeRecord& record = At(text);
-    record.extra = number;
+    record.extra = (record.flags & Prefixed) == 0
+                       ? ShareText(front)
+                       : AddText(std::string(front).append(texts_[record.extra]));
     record.flags |= static_cast<std::uint8_t>(Prefixed | (std::ranges::all_of(front, IsBlank) ? 0 : Filled));
 }
 

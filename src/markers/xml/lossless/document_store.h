@@ -27,8 +27,8 @@ using NodeIndex = std::uint32_t;  ///< 0 is no node.
 struct NodeRecord {
     NodeIndex parent = 0;  ///< For an attribute the element that has it.
     NodeIndex firstChild = 0;
-    NodeIndex lastChild = 0;
-    NodeIndex next = 0;  ///< Sibling; for an attribute the next attribute.
+    NodeIndex lastChild = 0;  ///< For an attribute the next attribute.
+    NodeIndex next = 0;       ///< Sibling.
     NodeIndex previous = 0;
     std::uint32_t begin = 0;  ///< Element: its start tag. Attribute: from its name to its closing quote.
     std::uint32_t end = 0;
@@ -122,7 +122,11 @@ class DocumentStore {
     std::uint32_t ShareText(std::string_view text);
     std::string_view TextAt(std::uint32_t number) const { return texts_[number]; }
 
-    std::string_view NameOf(NodeIndex index);
+    std::string_view NameOf(NodeIndex index) {
+        const NodeRecord& record = At(index);
+        return record.type == NODE_ELEMENT ? Slice(record.begin + 1, record.begin + 1 + record.nameLength)
+                                           : AttributeNameOf(record);
+    }
 
     /// Behind the element's last byte in its source.
     std::uint32_t EndOf(const NodeRecord& element);
@@ -137,6 +141,10 @@ class DocumentStore {
 
     /// The element's start tag is to be written anew. Nothing happens for no element.
     void ChangeAttributes(NodeIndex element);
+
+    /// The chain of an element's attributes, as far as they stand as nodes.
+    NodeIndex& FirstAttribute(NodeIndex element) { return At(element).extra; }
+    NodeIndex& NextAttribute(NodeIndex attribute) { return At(attribute).lastChild; }
 
     /// Makes sure that an element's attributes stand as nodes.
     void ReadAttributes(NodeIndex element);
@@ -156,6 +164,7 @@ class DocumentStore {
 
   private:
     SourceText& LaterSourceOf(std::uint32_t offset);
+    std::string_view AttributeNameOf(const NodeRecord& record);
     void NoteChange(NodeIndex index);
     void Touch(NodeIndex element);
     std::string_view SourceTextOf(const NodeRecord& text, std::string& buffer);

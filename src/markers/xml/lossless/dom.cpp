@@ -48,13 +48,11 @@ Node Node::get_firstChild() const {
 }
 
 Node Node::get_nextSibling() const {
-    return store_ == nullptr || get_nodeType() == NODE_ATTRIBUTE ? Node()
-                                                                 : Node(store_, store_->At(index_).next);
+    return store_ == nullptr ? Node() : Node(store_, store_->At(index_).next);
 }
 
 Node Node::get_previousSibling() const {
-    return store_ == nullptr || get_nodeType() == NODE_ATTRIBUTE ? Node()
-                                                                 : Node(store_, store_->At(index_).previous);
+    return store_ == nullptr ? Node() : Node(store_, store_->At(index_).previous);
 }
 
 NamedNodeMap Node::get_attributes() const {
@@ -135,7 +133,7 @@ NamedNodeMap::NamedNodeMap(Node element) : element_(element) {
     }
     DocumentStore& store = *element_.store_;
     store.ReadAttributes(element_.index_);
-    for (NodeIndex index = store.At(element_.index_).extra; index != 0; index = store.At(index).next) {
+    for (NodeIndex index = store.FirstAttribute(element_.index_); index != 0; index = store.NextAttribute(index)) {
         ++length_;
     }
 }
@@ -146,11 +144,11 @@ Node NamedNodeMap::get_item(std::size_t position) const {
     }
     DocumentStore& store = *element_.store_;
     if (!last_ || position < lastPosition_) {
-        last_ = Node(&store, store.At(element_.index_).extra);
+        last_ = Node(&store, store.FirstAttribute(element_.index_));
         lastPosition_ = 0;
     }
     for (; lastPosition_ < position; ++lastPosition_) {
-        last_ = Node(&store, store.At(last_.index_).next);
+        last_ = Node(&store, store.NextAttribute(last_.index_));
     }
     return last_;
 }
@@ -164,17 +162,17 @@ void NamedNodeMap::setNamedItem(Node attribute) {
         return;
     }
     NodeIndex last = 0;
-    NodeIndex same = store.At(element_.index_).extra;
+    NodeIndex same = store.FirstAttribute(element_.index_);
     while (same != 0 && store.NameOf(same) != attribute.get_nodeName()) {
         last = same;
-        same = store.At(same).next;
+        same = store.NextAttribute(same);
     }
     NodeRecord& record = store.At(attribute.index_);
     record.parent = element_.index_;
-    record.next = same == 0 ? 0 : store.At(same).next;
-    (last == 0 ? store.At(element_.index_).extra : store.At(last).next) = attribute.index_;
+    record.lastChild = same == 0 ? 0 : store.NextAttribute(same);
+    (last == 0 ? store.FirstAttribute(element_.index_) : store.NextAttribute(last)) = attribute.index_;
     if (same != 0) {
-        store.At(same).parent = store.At(same).next = 0;
+        store.At(same).parent = store.NextAttribute(same) = 0;
     }
     length_ += same == 0 ? 1 : 0;
     last_ = Node();

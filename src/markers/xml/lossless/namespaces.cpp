@@ -17,7 +17,7 @@ std::map<std::string, std::string> Declarations(DocumentStore& store, NodeIndex 
     std::map<std::string, std::string> found;
     std::string buffer;
     store.ReadAttributes(element);
-    for (NodeIndex index = store.At(element).extra; index != 0; index = store.At(index).next) {
+    for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.NextAttribute(index)) {
         const std::string_view name = store.NameOf(index);
         if (const std::string_view prefix = DeclaredPrefix(name); prefix.data() != nullptr) {
             found.emplace(prefix, store.ContentOf(index, buffer));
@@ -29,7 +29,7 @@ std::map<std::string, std::string> Declarations(DocumentStore& store, NodeIndex 
 void NotePrefixes(DocumentStore& store, NodeIndex element, Prefixes& used) {
     used.emplace(PrefixOf(store.NameOf(element)));
     store.ReadAttributes(element);
-    for (NodeIndex index = store.At(element).extra; index != 0; index = store.At(index).next) {
+    for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.NextAttribute(index)) {
         const std::string_view prefix = PrefixOf(store.NameOf(index));
         if (!prefix.empty() && prefix != Declares) {
             used.emplace(prefix);

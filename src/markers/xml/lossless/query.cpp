@@ -95,7 +95,7 @@ struct QueryTree::Copy {
     }
 
     void DeclareNamespaces(NodeIndex element, xmlNode* node) {
-        for (NodeIndex index = store.At(element).extra; index != 0; index = store.At(index).next) {
+        for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.NextAttribute(index)) {
             const std::string_view prefix = DeclaredPrefix(store.NameOf(index));
             if (prefix.data() == nullptr) {
                 continue;
@@ -110,7 +110,7 @@ struct QueryTree::Copy {
     }
 
     void CopyAttributes(NodeIndex element, xmlNode* node) {
-        for (NodeIndex index = store.At(element).extra; index != 0; index = store.At(index).next) {
+        for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.NextAttribute(index)) {
             const std::string_view name = store.NameOf(index);
             if (DeclaredPrefix(name).data() != nullptr) {
                 continue;

@@ -58,7 +58,7 @@ std::size_t ExpectedNodes(std::string_view text) {
     constexpr std::size_t sampleSize = std::size_t{64} * 1024;
     const std::string_view sample = text.substr(0, sampleSize);
     const auto tags = static_cast<std::size_t>(std::ranges::count(sample, '<'));
-    const std::size_t expected = 2 * tags * (text.size() / std::max<std::size_t>(sample.size(), 1));
+    const std::size_t expected = 2 * tags * text.size() / std::max<std::size_t>(sample.size(), 1);
     return expected + expected / 4 + 2;
 }
 
@@ -87,6 +87,7 @@ class TreeBuilder {
                 TakeText();
             }
         } while (parent_ != source_.document);
+        store_.At(source_.document).lastChild = last_;
         source_.rootEnd = Offset(at_);
         return doubtful_ ? Form::Doubtful : Form::WellFormed;
     }
@@ -94,22 +95,35 @@ class TreeBuilder {
   private:
     std::uint32_t Offset(std::size_t at) const { return source_.base + static_cast<std::uint32_t>(at); }
 
-    /// The byte there; NUL at the end of the text and behind it.
-    char Byte(std::size_t at) const { return at < text_.size() ? text_[at] : '\0'; }
 
     void Expect(bool condition) { doubtful_ = doubtful_ || !condition; }
 
-    NodeIndex AddNode(NodeType type, std::size_t begin, std::size_t end) {
+    /// Adds a child of the element that is open. Inlined, for building is mostly this.
+    [[gnu::always_inline]] void AddNode(NodeType type, std::size_t begin, std::size_t end, std::uint8_t flags = 0) {
         const NodeIndex index = store_.Add(type);
-        store_.At(index).begin = Offset(begin);
-        store_.At(index).end = Offset(end);
-        store_.Append(parent_, index);
-        return index;
+        NodeRecord& record = store_.At(index);
+        record.flags = flags;
+        record.parent = parent_;
+        record.previous = last_;
+        record.begin = Offset(begin);
+        record.end = Offset(end);
+        (last_ == 0 ? store_.At(parent_).firstChild : store_.At(last_).next) = index;
+        last_ = index;
+    }
+
+    void EnterLast() {
+        parent_ = last_;
+        last_ = 0;
+    }
+
+    void LeaveParent() {
+        last_ = parent_;
+        parent_ = store_.At(last_).parent;
     }
 
     /// One tag, comment, CDATA section or instruction.
     bool TakeMarkup() {
-        switch (Byte(at_ + 1)) {
+        switch (data_[at_ + 1]) {
             case '/':
                 return TakeEndTag();
             case '!':
@@ -165,13 +179,17 @@ class TreeBuilder {
         }
         NodeRecord& element = store_.At(parent_);
         const std::size_t name = at_ + sizeof "</" - 1;
-        std::size_t close = name + element.nameLength;
-        Expect(text_.substr(name, element.nameLength) ==
-               text_.substr(element.begin - source_.base + 1, element.nameLength));
-        while (IsBlank(Byte(close))) {
+        std::size_t close = name;
+        const char* opened = data_ + (element.begin - source_.base) + 1;
+        while (close < name + element.nameLength && data_[close] == *opened) {
+            ++close;
+            ++opened;
+        }
+        Expect(close == name + element.nameLength);
+        while (IsBlank(data_[close])) {
             ++close;
         }
-        if (Byte(close) != '>') {
+        if (data_[close] != '>') {
             doubtful_ = true;
             close = text_.find('>', name);
             if (close == NotFound) {
@@ -179,7 +197,8 @@ class TreeBuilder {
             }
         }
         element.close = Offset(at_);
-        parent_ = element.parent;
+        element.lastChild = last_;
+        LeaveParent();
         at_ = close + 1;
         return true;
     }
@@ -190,15 +209,14 @@ class TreeBuilder {
         if (close >= text_.size() || nameEnd - at_ - 1 > LongestName) {
             return false;
         }
-        const NodeIndex index = AddNode(NODE_ELEMENT, at_, close + 1);
-        NodeRecord& element = store_.At(index);
-        element.nameLength = static_cast<std::uint16_t>(nameEnd - at_ - 1);
-        element.flags = close == nameEnd && !hasDoctype_ ? AttributesRead : 0;
+        const bool hasNoAttributes = close == nameEnd && !hasDoctype_;
+        AddNode(NODE_ELEMENT, at_, close + 1, hasNoAttributes ? AttributesRead : 0);
+        store_.At(last_).nameLength = static_cast<std::uint16_t>(nameEnd - at_ - 1);
         if (parent_ == source_.document) {
-            source_.root = index;
+            source_.root = last_;
         }
         if (text_[close - 1] != '/') {
-            parent_ = index;
+            EnterLast();
         }
         at_ = close + 1;
         return true;
@@ -226,13 +244,13 @@ class TreeBuilder {
         names_.Clear();
         while (true) {
             std::size_t next = at;
-            while (IsBlank(Byte(next))) {
+            while (IsBlank(data_[next])) {
                 ++next;
             }
-            if (Byte(next) == '>') {
+            if (data_[next] == '>') {
                 return next;
             }
-            if (Byte(next) == '/' && Byte(next + 1) == '>') {
+            if (data_[next] == '/' && data_[next + 1] == '>') {
                 return next + 1;
             }
             const std::size_t behind = next > at ? AttributeEnd(next) : NotFound;
@@ -250,17 +268,17 @@ class TreeBuilder {
         const std::string_view name = text_.substr(begin, at - begin);
         Expect(names_.Add(name));
         source_.hasNamespaces = source_.hasNamespaces || name.starts_with("xmlns");
-        while (IsBlank(Byte(at))) {
+        while (IsBlank(data_[at])) {
             ++at;
         }
-        if (Byte(at) != '=') {
+        if (data_[at] != '=') {
             return NotFound;
         }
         ++at;
-        while (IsBlank(Byte(at))) {
+        while (IsBlank(data_[at])) {
             ++at;
         }
-        const char quote = Byte(at);
+        const char quote = data_[at];
         return quote == '"' || quote == '\'' ? ValueEnd(at + 1, quote) : NotFound;
     }
 
@@ -376,8 +394,8 @@ class TreeBuilder {
 
     void EndText(std::size_t end) {
         if (begin_ < end) {
-            store_.At(AddNode(NODE_TEXT, begin_, end)).flags =
-                static_cast<std::uint8_t>((verbatim_ ? Verbatim : 0) | (solid_ ? Filled : 0));
+            AddNode(NODE_TEXT, begin_, end,
+                    static_cast<std::uint8_t>((verbatim_ ? Verbatim : 0) | (solid_ ? Filled : 0)));
         }
     }
 
@@ -386,6 +404,7 @@ class TreeBuilder {
     std::string_view text_;
     const char* data_;  ///< The same text; the NUL at its end may be read too.
     NodeIndex parent_;
+    NodeIndex last_ = 0;  ///< The last child of the parent so far.
     std::size_t at_ = 0;
     bool hasDoctype_ = false;  ///< Attributes may come from it.
     bool doubtful_ = false;

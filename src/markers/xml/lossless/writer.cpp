@@ -172,7 +172,7 @@ class Writer {
     void RewriteTag(NodeIndex element, std::uint32_t end) {
         const std::uint32_t begin = store_.At(element).begin;
         Source(begin, begin + 1U + store_.At(element).nameLength);
-        for (NodeIndex index = store_.At(element).extra; index != 0; index = store_.At(index).next) {
+        for (NodeIndex index = store_.FirstAttribute(element); index != 0; index = store_.NextAttribute(index)) {
             WriteAttribute(index);
         }
         const std::string_view tag = store_.Slice(begin, end);
