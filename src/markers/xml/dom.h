@@ -40,17 +40,17 @@ class Node {
     explicit operator bool() const { return store_ != nullptr; }
     bool operator==(const Node&) const = default;
 
-    NodeType get_nodeType() const;
+    NodeType get_nodeType() const { return TypeOf(*this); }
 
     /// The qualified name as written of an element or an attribute, prefix included; empty for other kinds.
     /// The text lives as long as the document.
-    std::string_view get_nodeName() const;
+    std::string_view get_nodeName() const { return NameOf(*this); }
 
     /// An attribute has no parent here; the root's parent is the document node, which has none.
-    Node get_parentNode() const;
-    Node get_firstChild() const;
-    Node get_nextSibling() const;
-    Node get_previousSibling() const;
+    Node get_parentNode() const { return ParentOf(*this); }
+    Node get_firstChild() const { return FirstChildOf(*this); }
+    Node get_nextSibling() const { return NextOf(*this); }
+    Node get_previousSibling() const { return PreviousOf(*this); }
 
     /// An element's attributes in the document's order; those that the DTD supplies stand behind. Empty for
     /// other kinds.
@@ -62,19 +62,19 @@ class Node {
 
     /// The same without a copy where the document holds the text as it stands; otherwise `buffer` is filled.
     /// The view holds until the buffer or this node is changed.
-    std::string_view get_text(std::string& buffer) const;
+    std::string_view get_text(std::string& buffer) const { return TextOf(*this, buffer); }
 
     /// True for a text node that holds more than spaces, tabs, line feeds and carriage returns. Costs no look
     /// at the text.
-    bool IsFilledText() const;
+    bool IsFilledText() const { return HasFilledText(*this); }
 
     /// Puts something in front of a text node's content, whose bytes stay as the file has them.
-    void prepend_text(std::string_view text);
+    void prepend_text(std::string_view text) { PrependText(*this, text); }
 
     /// Replaces the content of a text node or the value of an attribute. What XML cannot hold, a control
     /// character or a byte that is no UTF-8, is saved as U+FFFD.
-    void put_text(std::string_view text);
-    void put_value(std::string_view value) { put_text(value); }
+    void put_text(std::string_view text) { SetText(*this, text); }
+    void put_value(std::string_view value) { SetText(*this, value); }
 
     /// An element with its subtree as XML that parses on its own: it carries the namespace declarations that
     /// it needs from around it, and declared entities stand expanded. Empty for other kinds.
@@ -82,25 +82,43 @@ class Node {
 
     /// The same without a copy where the document holds it so; otherwise `buffer` is filled. The view holds
     /// until the buffer or the document is changed.
-    std::string_view get_xml(std::string& buffer) const;
+    std::string_view get_xml(std::string& buffer) const { return XmlOf(*this, buffer); }
 
     /// True if the content of a text begins so. Mostly costs no look at more than the front of it.
-    bool StartsWith(std::string_view front) const;
+    bool StartsWith(std::string_view front) const { return TextStartsWith(*this, front); }
 
     /// Puts `child` in front of `reference`, a child of this element, or behind the last child for a null
     /// reference. The child is taken from where it stood. It may come from a scratch document of this
     /// document. What would not give a tree is ignored: a child that holds this element, a reference that is
     /// no child, an attribute.
-    void insertBefore(Node child, Node reference);
+    void insertBefore(Node child, Node reference) { Insert(*this, child, reference); }
 
     /// Takes a child of this element out of the tree.
-    void removeChild(Node child);
+    void removeChild(Node child) { Remove(*this, child); }
 
   private:
     friend class Document;
     friend class DocumentStore;
     friend class NamedNodeMap;
     friend class NodeList;
+
+    // What the methods do. They take the node by value: a handle whose address nobody needs stays in registers,
+    // and a walk asks many questions of each node.
+    static NodeType TypeOf(Node node);
+    static std::string_view NameOf(Node node);
+    static Node ParentOf(Node node);
+    static Node FirstChildOf(Node node);
+    static Node NextOf(Node node);
+    static Node PreviousOf(Node node);
+    static std::string_view TextOf(Node node, std::string& buffer);
+    static bool TextStartsWith(Node node, std::string_view front);
+    static bool HasFilledText(Node node);
+    static void PrependText(Node node, std::string_view front);
+    static void SetText(Node node, std::string_view text);
+    static std::string_view XmlOf(Node node, std::string& buffer);
+    static void Insert(Node parent, Node child, Node reference);
+    static void Remove(Node parent, Node child);
+
     Node(DocumentStore* store, std::uint32_t index) : store_(index == 0 ? nullptr : store), index_(index) {}
 
     DocumentStore* store_ = nullptr;

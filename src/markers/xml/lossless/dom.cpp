@@ -30,29 +30,28 @@ bool Holds(DocumentStore& store, NodeIndex holder, NodeIndex held) {
 
 }  // namespace
 
-NodeType Node::get_nodeType() const {
-    return store_ == nullptr ? NODE_INVALID : static_cast<NodeType>(store_->At(index_).type);
+NodeType Node::TypeOf(Node node) {
+    return node ? static_cast<NodeType>(node.store_->At(node.index_).type) : NODE_INVALID;
 }
 
-std::string_view Node::get_nodeName() const {
-    return store_ == nullptr ? std::string_view() : store_->NameOf(index_);
+std::string_view Node::NameOf(Node node) {
+    return node ? node.store_->NameOf(node.index_) : std::string_view();
 }
 
-Node Node::get_parentNode() const {
-    return store_ == nullptr || get_nodeType() == NODE_ATTRIBUTE ? Node()
-                                                                 : Node(store_, store_->At(index_).parent);
+Node Node::ParentOf(Node node) {
+    return !node || TypeOf(node) == NODE_ATTRIBUTE ? Node() : Node(node.store_, node.store_->At(node.index_).parent);
 }
 
-Node Node::get_firstChild() const {
-    return store_ == nullptr ? Node() : Node(store_, store_->At(index_).firstChild);
+Node Node::FirstChildOf(Node node) {
+    return node ? Node(node.store_, node.store_->At(node.index_).firstChild) : Node();
 }
 
-Node Node::get_nextSibling() const {
-    return store_ == nullptr ? Node() : Node(store_, store_->At(index_).next);
+Node Node::NextOf(Node node) {
+    return node ? Node(node.store_, node.store_->At(node.index_).next) : Node();
 }
 
-Node Node::get_previousSibling() const {
-    return store_ == nullptr ? Node() : Node(store_, store_->At(index_).previous);
+Node Node::PreviousOf(Node node) {
+    return node ? Node(node.store_, node.store_->At(node.index_).previous) : Node();
 }
 
 NamedNodeMap Node::get_attributes() const {
@@ -64,37 +63,37 @@ std::string Node::get_text() const {
     return std::string(get_text(buffer));
 }
 
-std::string_view Node::get_text(std::string& buffer) const {
-    return store_ == nullptr ? std::string_view() : store_->ContentOf(index_, buffer);
+std::string_view Node::TextOf(Node node, std::string& buffer) {
+    return node ? node.store_->ContentOf(node.index_, buffer) : std::string_view();
 }
 
-void Node::put_text(std::string_view text) {
-    const NodeType type = get_nodeType();
+void Node::SetText(Node node, std::string_view text) {
+    const NodeType type = TypeOf(node);
     if (type == NODE_ATTRIBUTE) {
-        NodeRecord& record = store_->At(index_);
+        NodeRecord& record = node.store_->At(node.index_);
         record.flags &= static_cast<std::uint8_t>(~FromDtd);
-        store_->ChangeAttributes(record.parent);
+        node.store_->ChangeAttributes(record.parent);
     }
     if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
-        store_->SetContent(index_, UpToNul(text));
+        node.store_->SetContent(node.index_, UpToNul(text));
     }
 }
 
-bool Node::StartsWith(std::string_view front) const {
-    return get_nodeType() == NODE_TEXT && store_->TextStartsWith(index_, front);
+bool Node::TextStartsWith(Node node, std::string_view front) {
+    return TypeOf(node) == NODE_TEXT && node.store_->TextStartsWith(node.index_, front);
 }
 
-bool Node::IsFilledText() const {
-    if (store_ == nullptr) {
+bool Node::HasFilledText(Node node) {
+    if (!node) {
         return false;
     }
-    const NodeRecord& record = store_->At(index_);
+    const NodeRecord& record = node.store_->At(node.index_);
     return record.type == NODE_TEXT && (record.flags & Filled) != 0;
 }
 
-void Node::prepend_text(std::string_view text) {
-    if (get_nodeType() == NODE_TEXT) {
-        store_->PrependContent(index_, UpToNul(text));
+void Node::PrependText(Node node, std::string_view front) {
+    if (TypeOf(node) == NODE_TEXT) {
+        node.store_->PrependContent(node.index_, UpToNul(front));
     }
 }
 
@@ -103,27 +102,29 @@ std::string Node::get_xml() const {
     return std::string(get_xml(buffer));
 }
 
-std::string_view Node::get_xml(std::string& buffer) const {
-    return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_, buffer) : std::string_view();
+std::string_view Node::XmlOf(Node node, std::string& buffer) {
+    return TypeOf(node) == NODE_ELEMENT ? WriteElement(*node.store_, node.index_, buffer)
+                                        : std::string_view();
 }
 
-void Node::insertBefore(Node child, Node reference) {
-    const bool fits = get_nodeType() == NODE_ELEMENT && child.store_ == store_ &&
-                      child.get_nodeType() != NODE_ATTRIBUTE && child.get_nodeType() != NODE_DOCUMENT &&
-                      child != reference;
-    if (!fits || Holds(*store_, child.index_, index_) ||
-        (reference && (reference.store_ != store_ || reference.get_parentNode() != *this))) {
+void Node::Insert(Node parent, Node child, Node reference) {
+    DocumentStore* store = parent.store_;
+    const NodeType type = TypeOf(child);
+    const bool fits = TypeOf(parent) == NODE_ELEMENT && child.store_ == store && type != NODE_ATTRIBUTE &&
+                      type != NODE_DOCUMENT && child != reference;
+    if (!fits || Holds(*store, child.index_, parent.index_) ||
+        (reference && (reference.store_ != store || ParentOf(reference) != parent))) {
         return;
     }
-    store_->Unlink(child.index_);
-    store_->InsertBefore(index_, child.index_, reference.index_);
-    ++store_->shape;
+    store->Unlink(child.index_);
+    store->InsertBefore(parent.index_, child.index_, reference.index_);
+    ++store->shape;
 }
 
-void Node::removeChild(Node child) {
-    if (child && child.get_parentNode() == *this) {
-        store_->Unlink(child.index_);
-        ++store_->shape;
+void Node::Remove(Node parent, Node child) {
+    if (child && ParentOf(child) == parent) {
+        parent.store_->Unlink(child.index_);
+        ++parent.store_->shape;
     }
 }
 
