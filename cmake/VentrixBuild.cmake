@@ -18,6 +18,13 @@ if(VENTRIX_SANITIZE)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
+# The walks over a document are many small calls from file to file.
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    include(CheckIPOSupported)
+    check_ipo_supported(RESULT has_link_time_optimization LANGUAGES CXX)
+    set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ${has_link_time_optimization})
+endif()
+
 # Collects the sources of one folder; a new file needs no change of a list.
 function(ventrix_sources out)
     file(GLOB found CONFIGURE_DEPENDS ${ARGN})
