@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/error_codes.h"
+#include "platform/memory.h"
 
 namespace ventrix::platform {
 
@@ -65,6 +66,7 @@ ErrorCode CopyFileOver(std::string_view source, std::string_view target);
 bool OpensForReading(std::string_view path);
 
 /// Reads a file whole. On failure `content` stays as it was.
+ErrorCode ReadWholeFile(std::string_view path, Bytes& content);
 ErrorCode ReadWholeFile(std::string_view path, std::string& content);
 
 /// Writes a file whole, creating it or replacing its content and keeping its permissions. The file changes as

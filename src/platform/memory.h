@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
+#include <utility>
+#include <vector>
 
 namespace ventrix::platform {
 
@@ -15,7 +18,8 @@ void ExpectFullUse(void* memory, std::size_t size);
 void* TakeMemory(std::size_t size);
 void ReleaseMemory(void* memory);
 
-/// Lets a standard container have its memory from TakeMemory.
+/// Lets a standard container have its memory from TakeMemory. Elements that are given no value, and have none by
+/// themselves, are not set to zero.
 template <typename T>
 struct FullUseAllocator {
     using value_type = T;
@@ -26,7 +30,20 @@ struct FullUseAllocator {
 
     T* allocate(std::size_t count) { return static_cast<T*>(TakeMemory(count * sizeof(T))); }
     void deallocate(T* memory, std::size_t) { ReleaseMemory(memory); }
+
+    template <typename Element, typename... Values>
+    void construct(Element* place, Values&&... values) {
+        if constexpr (sizeof...(values) == 0) {
+            ::new (static_cast<void*>(place)) Element;
+        } else {
+            ::new (static_cast<void*>(place)) Element(std::forward<Values>(values)...);
+        }
+    }
+
     bool operator==(const FullUseAllocator&) const = default;
 };
+
+/// A file's content, or another large text.
+using Bytes = std::vector<char, FullUseAllocator<char>>;
 
 }  // namespace ventrix::platform

@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/memory.h"
+
 namespace ventrix::xml {
 
 class DocumentStore;
@@ -226,7 +228,7 @@ class Document {
     friend std::unique_ptr<Document> CreateScratchDocument(Document& main);
     explicit Document(std::shared_ptr<DocumentStore> store);
 
-    bool Build(std::string_view path, std::string bytes, bool isFile);
+    bool Build(std::string_view path, platform::Bytes bytes, bool isFile);
 
     std::shared_ptr<DocumentStore> store_;
     std::uint32_t index_ = 0;  ///< The document node.

@@ -52,6 +52,29 @@ int ReadBlocks(int descriptor, const Take& take) {
     }
 }
 
+/// Reads up to the end of an open file, whose size may have changed since. 0 or an errno.
+int ReadAll(int descriptor, std::size_t expectedSize, Bytes& bytes) {
+    std::size_t filled = 0;
+    bytes.resize(expectedSize + 1);  // The last byte stays free, unless the file has grown.
+    for (;;) {
+        const ssize_t count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            return errno;
+        }
+        filled += static_cast<std::size_t>(count);
+        if (count == 0) {
+            bytes.resize(filled);
+            return 0;
+        }
+        if (filled == bytes.size()) {
+            bytes.resize(2 * filled);
+        }
+    }
+}
+
 bool IsLinkToFolder(const std::string& native) {
     struct stat itself = {};
     struct stat reached = {};
@@ -139,7 +162,7 @@ bool OpensForReading(std::string_view path) {
     return OpenFileToRead(ToNative(path), file, found) == errorNone;
 }
 
-ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
+ErrorCode ReadWholeFile(std::string_view path, Bytes& content) {
     const std::string native = ToNative(path);
     Descriptor file;
     struct stat found = {};
@@ -147,18 +170,22 @@ ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
     if (error != errorNone) {
         return error;
     }
-    std::string bytes;
-    bytes.reserve(static_cast<std::size_t>(found.st_size));
-    ExpectFullUse(bytes.data(), bytes.capacity());
-    const int failure = ReadBlocks(file.Number(), [&](const char* block, std::size_t count) {
-        bytes.append(block, count);
-        return 0;
-    });
+    Bytes bytes;
+    const int failure = ReadAll(file.Number(), static_cast<std::size_t>(found.st_size), bytes);
     if (failure != 0) {
         return ErrorFromErrno(failure, native);
     }
     content = std::move(bytes);
     return errorNone;
+}
+
+ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
+    Bytes bytes;
+    const ErrorCode error = ReadWholeFile(path, bytes);
+    if (error == errorNone) {
+        content.assign(bytes.begin(), bytes.end());
+    }
+    return error;
 }
 
 ErrorCode WriteWholeFile(std::string_view path, std::string_view content) {

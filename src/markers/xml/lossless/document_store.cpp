@@ -42,7 +42,7 @@ void DocumentStore::Unlink(NodeIndex child) {
     record.parent = record.next = record.previous = 0;
 }
 
-SourceText* DocumentStore::AddSource(std::string text) {
+SourceText* DocumentStore::AddSource(platform::Bytes text) {
     const std::uint64_t base =
         sources_.empty() ? 0 : std::uint64_t{sources_.back().base} + sources_.back().text.size() + 1;
     if (base + text.size() >= UINT32_MAX) {
@@ -51,7 +51,9 @@ SourceText* DocumentStore::AddSource(std::string text) {
     SourceText& source = sources_.emplace_back();
     source.base = static_cast<std::uint32_t>(base);
     arena_.Expect(text.size());
-    source.text = std::move(text);
+    source.bytes = std::move(text);
+    source.bytes.push_back('\0');
+    source.text = {source.bytes.data(), source.bytes.size() - 1};
     first_ = &sources_.front();
     return latest_ = &source;
 }

@@ -62,7 +62,8 @@ using XmlDocument = std::unique_ptr<xmlDoc, FreeXmlDoc>;
 /// One parsed file or text, and what its DTD says.
 struct SourceText {
     std::uint32_t base = 0;  ///< The offset of its first byte.
-    std::string text;        ///< UTF-8, with a byte-order mark if the file had one.
+    platform::Bytes bytes;   ///< The text and a NUL.
+    std::string_view text;   ///< UTF-8, with a byte-order mark if the file had one.
     std::string encoding;    ///< Of the file, where it is not UTF-8; else empty.
     XmlDocument dtd;         ///< Holds declarations only; null without a DOCTYPE.
     NodeIndex document = 0;
@@ -103,7 +104,7 @@ class DocumentStore {
     void Clear(NodeIndex document) { At(document).firstChild = At(document).lastChild = 0; }
 
     /// Takes a text in. Its base is set; null if the store's offsets are used up.
-    SourceText* AddSource(std::string text);
+    SourceText* AddSource(platform::Bytes text);
     SourceText& SourceOf(std::uint32_t offset) {
         return offset <= first_->text.size() ? *first_ : LaterSourceOf(offset);
     }

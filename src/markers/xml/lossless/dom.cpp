@@ -187,7 +187,7 @@ Document::Document(std::shared_ptr<DocumentStore> store)
 Document::~Document() = default;
 
 bool Document::load(std::string_view path) {
-    std::string bytes;
+    platform::Bytes bytes;
     if (const platform::ErrorCode error = platform::ReadWholeFile(path, bytes);
         error != platform::errorNone) {
         bytes.clear();
@@ -199,10 +199,10 @@ bool Document::load(std::string_view path) {
 }
 
 bool Document::loadXML(std::string_view text) {
-    return Build({}, std::string(text), false);
+    return Build({}, platform::Bytes(text.begin(), text.end()), false);
 }
 
-bool Document::Build(std::string_view path, std::string bytes, bool isFile) {
+bool Document::Build(std::string_view path, platform::Bytes bytes, bool isFile) {
     store_->Clear(index_);
     ++store_->shape;
     reason_ = LoadSource(*store_, index_, std::move(bytes), {path, isFile, resolveExternals_});

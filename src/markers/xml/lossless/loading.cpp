@@ -28,7 +28,8 @@ void NoteDeclarations(const xmlDtd* subset, SourceText& source) {
 
 /// The text with an empty element in place of its root.
 std::string WithoutContent(const SourceText& source, std::size_t rootBegin) {
-    return source.text.substr(0, rootBegin) + "<root/>" + source.text.substr(source.rootEnd - source.base);
+    const std::string_view behind = source.text.substr(source.rootEnd - source.base);
+    return std::string(source.text.substr(0, rootBegin)).append("<root/>").append(behind);
 }
 
 /// Has the parser judge what the tree builder could not. A text that fails is parsed whole, so that the
@@ -72,7 +73,7 @@ std::string ReadSource(DocumentStore& store, SourceText& source, const LoadSetti
 
 }  // namespace
 
-std::string LoadSource(DocumentStore& store, NodeIndex document, std::string bytes,
+std::string LoadSource(DocumentStore& store, NodeIndex document, platform::Bytes bytes,
                        const LoadSettings& settings) {
     DecodedSource decoded;
     if (settings.isFile) {

@@ -15,7 +15,7 @@ struct LoadSettings {
 };
 
 /// Empty on success, else the reason in one line; the document node then has no children.
-std::string LoadSource(DocumentStore& store, NodeIndex document, std::string bytes,
+std::string LoadSource(DocumentStore& store, NodeIndex document, platform::Bytes bytes,
                        const LoadSettings& settings);
 
 }  // namespace ventrix::xml

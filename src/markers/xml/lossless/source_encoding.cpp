@@ -66,7 +66,8 @@ std::string EncodingOf(std::string_view bytes) {
 
 using Convert = int(xmlCharEncodingHandler*, xmlBuffer*, xmlBuffer*);
 
-bool ConvertAll(Convert* convert, const std::string& encoding, std::string_view from, std::string& to) {
+template <typename Target>
+bool ConvertAll(Convert* convert, const std::string& encoding, std::string_view from, Target& to) {
     const QuietErrors quiet;
     const Handler handler = FindHandler(encoding);
     const Buffer in(xmlBufferCreate());
@@ -86,21 +87,22 @@ bool ConvertAll(Convert* convert, const std::string& encoding, std::string_view 
             return false;
         }
     }
-    to.assign(reinterpret_cast<const char*>(xmlBufferContent(out.get())),
-              static_cast<std::size_t>(xmlBufferLength(out.get())));
+    const auto* converted = reinterpret_cast<const char*>(xmlBufferContent(out.get()));
+    to.assign(converted, converted + xmlBufferLength(out.get()));
     return true;
 }
 
 }  // namespace
 
-DecodedSource DecodeSource(std::string bytes) {
+DecodedSource DecodeSource(platform::Bytes bytes) {
     DecodedSource source;
-    source.encoding = EncodingOf(bytes);
+    const std::string_view text(bytes.data(), bytes.size());
+    source.encoding = EncodingOf(text);
     if (source.encoding.empty()) {
         source.text = std::move(bytes);
     } else if (!FindHandler(source.encoding)) {
         source.problem = "Unsupported encoding " + source.encoding;
-    } else if (!ConvertAll(&xmlCharEncInFunc, source.encoding, bytes, source.text)) {
+    } else if (!ConvertAll(&xmlCharEncInFunc, source.encoding, text, source.text)) {
         source.problem = "The bytes are not valid in the encoding " + source.encoding;
     }
     return source;

@@ -4,16 +4,18 @@
 #include <string>
 #include <string_view>
 
+#include "platform/memory.h"
+
 namespace ventrix::xml {
 
 struct DecodedSource {
-    std::string text;      ///< UTF-8; a byte-order mark stays in front.
+    platform::Bytes text;  ///< UTF-8; a byte-order mark stays in front.
     std::string encoding;  ///< The file's encoding; empty if it is UTF-8.
     std::string problem;   ///< One line if the bytes cannot be read in their encoding; else empty.
 };
 
 /// Decides by the byte-order mark, the first bytes and the XML declaration, in this order.
-DecodedSource DecodeSource(std::string bytes);
+DecodedSource DecodeSource(platform::Bytes bytes);
 
 /// UTF-8 in the named encoding; characters that it lacks become character references. False if it is not
 /// known.

@@ -69,7 +69,7 @@ class TreeBuilder {
         : store_(store),
           source_(source),
           text_(source.text),
-          data_(source.text.c_str()),
+          data_(source.text.data()),
           parent_(source.document) {}
 
     Form Build() {

@@ -134,7 +134,7 @@ void SetHandlers(xmlSAXHandler& handler) {
 }
 
 /// Has the parser read the text where it lies. False if memory runs out.
-bool PushText(xmlParserCtxt& context, const std::string& text, const std::string& nativePath) {
+bool PushText(xmlParserCtxt& context, std::string_view text, const std::string& nativePath) {
     xmlParserInput* input = xmlNewInputStream(&context);
     if (input == nullptr) {
         return false;
@@ -147,7 +147,7 @@ bool PushText(xmlParserCtxt& context, const std::string& text, const std::string
 
 }  // namespace
 
-Judgement JudgeDocument(const std::string& text, const std::string& nativePath, bool resolveExternals) {
+Judgement JudgeDocument(std::string_view text, const std::string& nativePath, bool resolveExternals) {
     if (const std::size_t nul = text.find('\0'); nul != std::string::npos) {
         return {"The document holds a NUL character at byte " + std::to_string(nul), nullptr};
     }
