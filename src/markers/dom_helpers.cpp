@@ -35,6 +35,10 @@ xml::Node NewTextNode(xml::Document& document, std::string_view text) {
     return document.createTextNode(text);
 }
 
+xml::Node NewElementGroupNode(xml::Document& document, xml::Node element) {
+    return document.createQuotedXml(QL_ELEM_S, element, QL_ELEM_E);
+}
+
 bool IsElement(xml::Node node) {
     return node.get_nodeType() == xml::NODE_ELEMENT;
 }

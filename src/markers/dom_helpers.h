@@ -24,6 +24,9 @@ std::string_view NodeXml(xml::Node element, std::string& buffer);
 /// A new text node of the document, not yet in its tree.
 xml::Node NewTextNode(xml::Document& document, std::string_view text);
 
+/// A new text node that holds the element as WrapElementGroup of its NodeXml does.
+xml::Node NewElementGroupNode(xml::Document& document, xml::Node element);
+
 bool IsElement(xml::Node node);   ///< False for no node.
 bool IsTextNode(xml::Node node);  ///< False for no node, and for a CDATA section.
 

@@ -111,9 +111,7 @@ xml::Node EncodeInlineElement(xml::Document& document, xml::Node element, const 
     }
     const xml::Node next = element.get_nextSibling();
     if (StandsInText(element, record, memo)) {
-        memo.elementGroup.clear();
-        AppendElementGroup(memo.elementGroup, NodeXml(element, memo.buffer));
-        parent.insertBefore(NewTextNode(document, memo.elementGroup), element);
+        parent.insertBefore(NewElementGroupNode(document, element), element);
         parent.removeChild(element);
     }
     return next;

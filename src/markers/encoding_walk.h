@@ -20,7 +20,6 @@ struct EncodingMemo {
     xml::Node groupOwner;    ///< The element whose texts all get `group`, or no node.
     std::string_view group;  ///< An attribute group, or empty. Lies in `inherited` or in `groupWithPaths`.
     std::string groupWithPaths;
-    std::string elementGroup, buffer;  ///< Only their memory is of use again.
     std::optional<bool> textFollows;  ///< FollowedByFilledText, for the run of siblings that the walk is in.
 };
 

@@ -11,29 +11,56 @@ namespace ventrix {
 
 /// What stands for a byte: an escape, or the byte itself.
 struct Escape {
-    std::array<char, 7> text;
+    std::array<char, 15> text;
     std::uint8_t length;
+
+    constexpr void Append(std::string_view piece) {
+        for (const char c : piece) {
+            text[length++] = c;
+        }
+    }
 };
 
 /// By byte.
 using EscapeTable = std::array<Escape, 256>;
 
-/// Escapes have seven bytes at most.
+/// A table of these escapes, which have 15 bytes at most.
 template <std::size_t Count>
 constexpr EscapeTable MakeEscapeTable(const std::array<std::pair<char, std::string_view>, Count>& escapes) {
     EscapeTable table{};
-    for (std::size_t byte = 0; byte < table.size(); ++byte) {
-        table[byte] = {{static_cast<char>(byte)}, 1};
-    }
     for (const auto& [byte, escape] : escapes) {
-        Escape& entry = table[static_cast<unsigned char>(byte)];
-        entry.length = static_cast<std::uint8_t>(escape.size());
-        for (std::size_t i = 0; i < escape.size(); ++i) {
-            entry.text[i] = escape[i];
+        table[static_cast<unsigned char>(byte)].Append(escape);
+    }
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        if (table[byte].length == 0) {
+            const char itself = static_cast<char>(byte);
+            table[byte].Append({&itself, 1});
         }
     }
     return table;
 }
+
+/// The table for a text that is escaped twice.
+constexpr EscapeTable Combine(const EscapeTable& first, const EscapeTable& second) {
+    EscapeTable table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        for (std::size_t i = 0; i < first[byte].length; ++i) {
+            const Escape& again = second[static_cast<unsigned char>(first[byte].text[i])];
+            table[byte].Append({again.text.data(), again.length});
+        }
+    }
+    return table;
+}
+
+/// The five characters that XML reserves. The ampersand stands first.
+inline constexpr std::array<std::pair<char, std::string_view>, 5> markupCharacters = {{
+    {'&', "&amp;"},
+    {'<', "&lt;"},
+    {'>', "&gt;"},
+    {'"', "&quot;"},
+    {'\'', "&apos;"},
+}};
+inline constexpr EscapeTable markupEscapes = MakeEscapeTable(markupCharacters);
 
 void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& table);
 

@@ -1,25 +1,11 @@
 #include "markers/marker_text.h"
 
-#include <array>
-#include <utility>
-
 #include "markers/escaping.h"
 
 namespace ventrix {
 namespace {
 
 constexpr std::string_view blanks = " \t\n\r";
-
-// The ampersand stands first: it is unescaped last, so that "&amp;lt;" gives "&lt;" and not "<".
-constexpr std::array<std::pair<char, std::string_view>, 5> escapes = {{
-    {'&', "&amp;"},
-    {'<', "&lt;"},
-    {'>', "&gt;"},
-    {'"', "&quot;"},
-    {'\'', "&apos;"},
-}};
-
-constexpr EscapeTable escapeTable = MakeEscapeTable(escapes);
 
 }  // namespace
 
@@ -51,11 +37,12 @@ void EscapeMarkup(std::string& text) {
 
 void AppendEscapedMarkup(std::string& escaped, std::string_view text) {
     // One pass for all five gives what one after the other would, the ampersand first.
-    AppendEscaped(escaped, text, escapeTable);
+    AppendEscaped(escaped, text, markupEscapes);
 }
 
 void UnescapeMarkup(std::string& text) {
-    for (auto pair = escapes.rbegin(); pair != escapes.rend(); ++pair) {
+    // The ampersand comes last, so that "&amp;lt;" gives "&lt;" and not "<".
+    for (auto pair = markupCharacters.rbegin(); pair != markupCharacters.rend(); ++pair) {
         ReplaceAll(text, pair->second, {&pair->first, 1});
     }
 }

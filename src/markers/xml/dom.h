@@ -211,6 +211,10 @@ class Document {
     /// A new text node, not yet in the tree.
     Node createTextNode(std::string_view text);
 
+    /// The same, of `before`, the element's XML with its five markup characters escaped, and `behind`. Where
+    /// the document holds the element's XML, no copy is made. Later changes of the element change nothing.
+    Node createQuotedXml(std::string_view before, Node element, std::string_view behind);
+
     /// A new attribute without a value, not yet on an element; a null node for a text that is no XML name.
     Node createAttribute(std::string_view name);
 

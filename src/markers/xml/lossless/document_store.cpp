@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "markers/escaping.h"
 #include "markers/xml/lossless/attributes.h"
 #include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/references.h"
@@ -110,6 +111,11 @@ std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) 
         buffer = texts_[record.extra];
         return buffer += SourceTextOf(record, sourceBuffer);
     }
+    if (record.type == NODE_TEXT && (record.flags & Quoted) != 0) {
+        buffer = texts_[record.extra];
+        AppendEscaped(buffer, Slice(record.begin, record.end), markupEscapes);
+        return buffer += texts_[record.close];
+    }
     switch (record.type) {
         case NODE_TEXT:
             return SourceTextOf(record, buffer);
@@ -137,7 +143,7 @@ std::string_view DocumentStore::SourceTextOf(const NodeRecord& text, std::string
 
 bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view front) {
     const NodeRecord& record = At(text);
-    if ((record.flags & (OwnText | Prefixed)) == 0) {
+    if ((record.flags & (OwnText | Prefixed | Quoted)) == 0) {
         // A reference or a line end, which may read as something else, is the only other beginning.
         const std::string_view raw = Slice(record.begin, record.end);
         if (!raw.starts_with(front.substr(0, 1)) && raw[0] != '&' && raw[0] != '\r') {
@@ -153,14 +159,27 @@ void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     const std::uint32_t number = AddText(text);
     NodeRecord& record = At(index);
     record.extra = number;
-    record.flags = static_cast<std::uint8_t>((record.flags & ~(Prefixed | Filled)) | OwnText |
+    record.flags = static_cast<std::uint8_t>((record.flags & ~(Prefixed | Quoted | Filled)) | OwnText |
                                              (std::ranges::all_of(text, IsBlank) ? 0 : Filled));
+}
+
+NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin, std::uint32_t end,
+                                   std::string_view behind) {
+    const NodeIndex text = Add(NODE_TEXT);
+    NodeRecord& record = At(text);
+    record.flags = Created | Quoted | Filled;
+    record.begin = begin;
+    record.end = end;
+    record.extra = ShareText(before);
+    record.close = ShareText(behind);
+    return text;
 }
 
 void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
     NodeRecord& record = At(text);
-    if ((record.flags & OwnText) != 0) {
-        SetContent(text, std::string(front).append(texts_[record.extra]));
+    if ((record.flags & (OwnText | Quoted)) != 0) {
+        std::string buffer;
+        SetContent(text, std::string(front).append(ContentOf(text, buffer)));
         return;
     }
     NoteChange(text);

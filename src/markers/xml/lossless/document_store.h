@@ -32,10 +32,11 @@ struct NodeRecord {
     NodeIndex previous = 0;
     std::uint32_t begin = 0;  ///< Element: its start tag. Attribute: from its name to its closing quote.
     std::uint32_t end = 0;
-    std::uint32_t close =
-        0;  ///< Element: where its end tag begins, 0 for an empty-element tag. Attribute: its value.
-    std::uint32_t extra =
-        0;  ///< Element: its first attribute. Otherwise: the number of its own text, if it has one.
+    /// Element: where its end tag begins, 0 for an empty-element tag. Attribute: its value. Quoted text: the
+    /// number of the text behind.
+    std::uint32_t close = 0;
+    /// Element: its first attribute. Otherwise: the number of its own text, or of the text in front.
+    std::uint32_t extra = 0;
     std::uint16_t nameLength = 0;
     std::uint8_t type = NODE_INVALID;
     std::uint8_t flags = 0;
@@ -47,6 +48,7 @@ enum NodeFlags : std::uint8_t {
     Created = 2,            ///< Has no place in a source at all.
     AttributesRead = 4,     ///< The element's attributes stand as nodes.
     AttributesChanged = 8,  ///< The element's start tag must be written anew.
+    Quoted = 8,             ///< A text of the source's markup, escaped, with texts of the store's around it.
     FromDtd = 16,           ///< An attribute that the DTD supplies and nobody changed.
     Verbatim = 32,          ///< A text whose source bytes are its content.
     Prefixed = 64,          ///< A text of the source with a text of the store's in front.
@@ -137,6 +139,9 @@ class DocumentStore {
     std::string_view ContentOf(NodeIndex index, std::string& buffer);
     bool TextStartsWith(NodeIndex text, std::string_view front);
     void SetContent(NodeIndex index, std::string_view text);
+    /// A text whose content is the source from `begin` to `end`, escaped, between two texts.
+    NodeIndex AddQuoted(std::string_view before, std::uint32_t begin, std::uint32_t end,
+                        std::string_view behind);
     /// The text keeps its source bytes, if it has some.
     void PrependContent(NodeIndex text, std::string_view front);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "markers/escaping.h"
 #include "markers/xml/dom.h"
 #include "markers/xml/lossless/document_store.h"
 #include "markers/xml/lossless/loading.h"
@@ -218,6 +219,18 @@ Node Document::createTextNode(std::string_view text) {
     store_->At(index).flags = Created;
     store_->SetContent(index, UpToNul(text));
     return {store_.get(), index};
+}
+
+Node Document::createQuotedXml(std::string_view before, Node element, std::string_view behind) {
+    const bool isOwnElement = element.store_ == store_.get() && element.get_nodeType() == NODE_ELEMENT;
+    if (isOwnElement && StandsAlone(*store_, element.index_)) {
+        const NodeRecord& record = store_->At(element.index_);
+        return store_->Handle(store_->AddQuoted(UpToNul(before), record.begin, store_->EndOf(record), UpToNul(behind)));
+    }
+    std::string buffer;
+    std::string text(before);
+    AppendEscaped(text, element.get_xml(buffer), markupEscapes);
+    return createTextNode(text.append(behind));
 }
 
 Node Document::createAttribute(std::string_view name) {

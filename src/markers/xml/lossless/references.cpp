@@ -142,6 +142,9 @@ constexpr EscapeTable textEscapes = MakeEscapeTable(
 constexpr EscapeTable textEscapesWithReturns = MakeEscapeTable(std::array<Escapes, 5>{
     {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}, {'\n', "\r\n"}}});
 
+constexpr EscapeTable quotedEscapes = Combine(markupEscapes, textEscapes);
+constexpr EscapeTable quotedEscapesWithReturns = Combine(markupEscapes, textEscapesWithReturns);
+
 constexpr EscapeTable ValueEscapes(Escapes quote) {
     return MakeEscapeTable(std::array<Escapes, 7>{{{'&', "&amp;"},
                                                    {'<', "&lt;"},
@@ -263,6 +266,10 @@ void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd)
     } else {
         AppendEscaped(xml, text, table);
     }
+}
+
+void AppendQuotedText(std::string& xml, std::string_view markup, LineEnd lineEnd) {
+    AppendEscaped(xml, markup, lineEnd == LineEnd::LineFeed ? quotedEscapes : quotedEscapesWithReturns);
 }
 
 void AppendEscapedValue(std::string& xml, std::string_view value, char quote) {

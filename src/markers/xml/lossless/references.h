@@ -47,6 +47,9 @@ std::string CollapseSpaces(std::string_view value);
 /// U+FFFD.
 void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd);
 
+/// The same for markup that stands in the text escaped. It holds nothing but characters of XML.
+void AppendQuotedText(std::string& xml, std::string_view markup, LineEnd lineEnd);
+
 /// The same for a value between quotes of this kind; all white space but the space is escaped.
 void AppendEscapedValue(std::string& xml, std::string_view value, char quote);
 

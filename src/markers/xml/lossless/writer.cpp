@@ -115,9 +115,14 @@ class Writer {
         } else if ((record.flags & OwnText) != 0) {
             Flush();
             AppendEscapedText(out_, store_.TextAt(record.extra), lineEnd_);
+        } else if (record.type == NODE_TEXT && (record.flags & Quoted) != 0) {
+            Flush();
+            AppendShared(record.extra);
+            AppendQuotedText(out_, store_.Slice(record.begin, record.end), lineEnd_);
+            AppendShared(record.close);
         } else if ((record.flags & Prefixed) != 0) {
             Flush();
-            AppendFront(record.extra);
+            AppendShared(record.extra);
             Source(record.begin, record.end);
         } else if (output_ == Output::Standalone && record.type == NODE_ENTITY_REFERENCE) {
             Flush();
@@ -128,8 +133,8 @@ class Writer {
         }
     }
 
-    /// Texts near each other may share their front; it is escaped once.
-    void AppendFront(std::uint32_t number) {
+    /// What texts near each other share is escaped once.
+    void AppendShared(std::uint32_t number) {
         EscapedText& escaped = escaped_[number % escaped_.size()];
         if (escaped.number != number) {
             escaped.number = number;
@@ -258,10 +263,15 @@ bool WriteDocument(DocumentStore& store, const SourceText& source, const platfor
     return writer.FinishPieces();
 }
 
-std::string_view WriteElement(DocumentStore& store, NodeIndex element, std::string& buffer) {
+bool StandsAlone(DocumentStore& store, NodeIndex element) {
     const NodeRecord& record = store.At(element);
     const SourceText& source = store.SourceOf(record.begin);
-    if ((record.flags & Touched) == 0 && !source.hasNamespaces && !source.hasDeclarations) {
+    return (record.flags & Touched) == 0 && !source.hasNamespaces && !source.hasDeclarations;
+}
+
+std::string_view WriteElement(DocumentStore& store, NodeIndex element, std::string& buffer) {
+    if (StandsAlone(store, element)) {
+        const NodeRecord& record = store.At(element);
         return store.Slice(record.begin, store.EndOf(record));
     }
     Writer writer(store, Output::Standalone, LineEnd::LineFeed);

@@ -11,6 +11,9 @@ namespace ventrix::xml {
 /// Writes the whole document of a source, in UTF-8, and hands it over in pieces. False once `put` gave that.
 bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put);
 
+/// True for an element that parses on its own just as its source has it.
+bool StandsAlone(DocumentStore& store, NodeIndex element);
+
 /// One element with its subtree, such that it parses on its own: declared entities expanded, attributes of
 /// the DTD written out, and the namespaces that it uses declared. `buffer` is filled where the source does not
 /// hold it so.
