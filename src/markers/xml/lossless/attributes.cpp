@@ -50,7 +50,7 @@ bool IsTokenized(xmlDoc& dtd, const std::string& element, std::string_view attri
 NodeIndex FindAttribute(DocumentStore& store, NodeIndex element, std::string_view name) {
     NodeIndex attribute = store.FirstAttribute(element);
     while (attribute != 0 && store.NameOf(attribute) != name) {
-        attribute = store.NextAttribute(attribute);
+        attribute = store.At(attribute).next;
     }
     return attribute;
 }
@@ -63,7 +63,11 @@ class AttributeChain {
     NodeIndex Add() {
         const NodeIndex attribute = store_.Add(NODE_ATTRIBUTE);
         store_.At(attribute).parent = element_;
-        (last_ == 0 ? store_.FirstAttribute(element_) : store_.NextAttribute(last_)) = attribute;
+        if (last_ == 0) {
+            store_.SetFirstAttribute(element_, attribute);
+        } else {
+            store_.At(last_).next = attribute;
+        }
         return last_ = attribute;
     }
 
@@ -119,7 +123,7 @@ void AddFromDtd(DocumentStore& store, NodeIndex element, xmlDoc& dtd, AttributeC
             const std::uint32_t ownValue =
                 store.AddText(DecodeAttributeValue(View(declared->defaultValue), &dtd));
             store.At(attribute).close = ownName;
-            store.At(attribute).extra = ownValue;
+            store.At(attribute).child = ownValue;
             store.At(attribute).flags = Created | OwnText | FromDtd;
         }
     }

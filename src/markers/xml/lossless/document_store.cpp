@@ -18,16 +18,18 @@ void DocumentStore::Reserve(std::size_t nodes) {
 
 void DocumentStore::InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference) {
     Touch(parent);
-    if (reference == 0) {
-        Append(parent, child);
-        return;
-    }
+    NodeRecord& above = At(parent);
     NodeRecord& record = At(child);
-    NodeRecord& behind = At(reference);
     record.parent = parent;
     record.next = reference;
+    if (above.child == 0) {
+        above.child = record.previous = child;
+        return;
+    }
+    // Behind the last child is in front of the first one, except that the first one stays that.
+    NodeRecord& behind = At(reference == 0 ? above.child : reference);
     record.previous = behind.previous;
-    (behind.previous == 0 ? At(parent).firstChild : At(behind.previous).next) = child;
+    (reference == above.child ? above.child : At(behind.previous).next) = child;
     behind.previous = child;
 }
 
@@ -38,8 +40,8 @@ void DocumentStore::Unlink(NodeIndex child) {
     }
     Touch(record.parent);
     NodeRecord& above = At(record.parent);
-    (record.previous == 0 ? above.firstChild : At(record.previous).next) = record.next;
-    (record.next == 0 ? above.lastChild : At(record.next).previous) = record.previous;
+    At(record.next == 0 ? above.child : record.next).previous = record.previous;
+    (above.child == child ? above.child : At(record.previous).next) = record.next;
     record.parent = record.next = record.previous = 0;
 }
 
@@ -104,21 +106,11 @@ std::string_view DocumentStore::AttributeNameOf(const NodeRecord& record) {
 std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) {
     const NodeRecord& record = At(index);
     if ((record.flags & OwnText) != 0) {
-        return texts_[record.extra];
-    }
-    if ((record.flags & Prefixed) != 0) {
-        std::string sourceBuffer;
-        buffer = texts_[record.extra];
-        return buffer += SourceTextOf(record, sourceBuffer);
-    }
-    if (record.type == NODE_TEXT && (record.flags & Quoted) != 0) {
-        buffer = texts_[record.extra];
-        AppendEscaped(buffer, Slice(record.begin, record.end), markupEscapes);
-        return buffer += texts_[record.close];
+        return texts_[record.child];
     }
     switch (record.type) {
         case NODE_TEXT:
-            return SourceTextOf(record, buffer);
+            return TextOf(record, buffer);
         case NODE_CDATA_SECTION: {
             constexpr std::uint32_t opening = sizeof "<![CDATA[" - 1;
             constexpr std::uint32_t closing = sizeof "]]>" - 1;
@@ -131,13 +123,19 @@ std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) 
     }
 }
 
-std::string_view DocumentStore::SourceTextOf(const NodeRecord& text, std::string& buffer) {
+std::string_view DocumentStore::TextOf(const NodeRecord& text, std::string& buffer) {
     const std::string_view raw = Slice(text.begin, text.end);
-    if ((text.flags & Verbatim) != 0) {
+    const bool isSurrounded = (text.flags & (Prefixed | Quoted)) != 0;
+    if (!isSurrounded && (text.flags & Verbatim) != 0) {
         return raw;
     }
-    buffer.clear();
-    AppendDecodedText(buffer, raw);
+    buffer = isSurrounded ? texts_[text.child] : std::string_view();
+    if ((text.flags & Quoted) != 0) {
+        AppendEscaped(buffer, raw, markupEscapes);
+        buffer += texts_[text.close];
+    } else {
+        AppendDecodedText(buffer, raw);
+    }
     return buffer;
 }
 
@@ -158,7 +156,7 @@ void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     NoteChange(index);
     const std::uint32_t number = AddText(text);
     NodeRecord& record = At(index);
-    record.extra = number;
+    record.child = number;
     record.flags = static_cast<std::uint8_t>((record.flags & ~(Prefixed | Quoted | Filled)) | OwnText |
                                              (std::ranges::all_of(text, IsBlank) ? 0 : Filled));
 }
@@ -170,7 +168,7 @@ NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin,
     record.flags = Created | Quoted | Filled;
     record.begin = begin;
     record.end = end;
-    record.extra = ShareText(before);
+    record.child = ShareText(before);
     record.close = ShareText(behind);
     return text;
 }
@@ -183,15 +181,15 @@ void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
         return;
     }
     NoteChange(text);
-    record.extra = (record.flags & Prefixed) == 0
+    record.child = (record.flags & Prefixed) == 0
                        ? ShareText(front)
-                       : AddText(std::string(front).append(texts_[record.extra]));
+                       : AddText(std::string(front).append(texts_[record.child]));
     record.flags |= static_cast<std::uint8_t>(Prefixed | (std::ranges::all_of(front, IsBlank) ? 0 : Filled));
 }
 
 std::uint32_t DocumentStore::EndOf(const NodeRecord& element) {
     if (element.close == 0) {
-        return element.end;
+        return TagEnd(element);
     }
     const SourceText& source = SourceOf(element.close);
     const std::size_t end = source.text.find('>', element.close - source.base);
@@ -218,6 +216,13 @@ void DocumentStore::ChangeAttributes(NodeIndex element) {
         At(element).flags |= AttributesChanged;
         Touch(element);
     }
+}
+
+void DocumentStore::SetFirstAttribute(NodeIndex element, NodeIndex attribute) {
+    NodeRecord& record = At(element);
+    At(attribute).previous = TagEnd(record);
+    record.end = attribute;
+    record.flags |= HasAttributes;
 }
 
 void DocumentStore::ReadAttributes(NodeIndex element) {

@@ -23,37 +23,40 @@ class QueryTree;
 
 using NodeIndex = std::uint32_t;  ///< 0 is no node.
 
-/// 40 bytes: what a tree costs is the memory that it touches.
+/// 32 bytes: what a tree costs is the memory that it touches. So fields have a meaning for each kind of node.
 struct NodeRecord {
     NodeIndex parent = 0;  ///< For an attribute the element that has it.
-    NodeIndex firstChild = 0;
-    NodeIndex lastChild = 0;  ///< For an attribute the next attribute.
-    NodeIndex next = 0;       ///< Sibling.
+    NodeIndex next = 0;    ///< Sibling; for an attribute the next attribute.
+    /// Sibling; for a first child the last one. An element's first attribute has the end of the start tag here.
     NodeIndex previous = 0;
+    /// Element, document: its first child. Otherwise: the number of its own text, or of the text in front.
+    NodeIndex child = 0;
     std::uint32_t begin = 0;  ///< Element: its start tag. Attribute: from its name to its closing quote.
-    std::uint32_t end = 0;
-    /// Element: where its end tag begins, 0 for an empty-element tag. Attribute: its value. Quoted text: the
-    /// number of the text behind.
+    std::uint32_t end = 0;    ///< Element with HasAttributes: the first attribute.
+    /// Element: where its end tag begins, 0 for an empty-element tag. Attribute: its value, or the number of its
+    /// name if it was created. Quoted text: the number of the text behind.
     std::uint32_t close = 0;
-    /// Element: its first attribute. Otherwise: the number of its own text, or of the text in front.
-    std::uint32_t extra = 0;
     std::uint16_t nameLength = 0;
     std::uint8_t type = NODE_INVALID;
     std::uint8_t flags = 0;
 };
-static_assert(sizeof(NodeRecord) == 40);
+static_assert(sizeof(NodeRecord) == 32);
 
 enum NodeFlags : std::uint8_t {
-    OwnText = 1,            ///< Its content is a text of the store's, not of the source.
-    Created = 2,            ///< Has no place in a source at all.
-    AttributesRead = 4,     ///< The element's attributes stand as nodes.
-    AttributesChanged = 8,  ///< The element's start tag must be written anew.
-    Quoted = 8,             ///< A text of the source's markup, escaped, with texts of the store's around it.
-    FromDtd = 16,           ///< An attribute that the DTD supplies and nobody changed.
-    Verbatim = 32,          ///< A text whose source bytes are its content.
-    Prefixed = 64,          ///< A text of the source with a text of the store's in front.
-    Filled = 128,           ///< A text that is not all white space.
-    Touched = 128,          ///< An element that has changed itself, or something below it.
+    Created = 1,  ///< Has no place in a source at all.
+    OwnText = 2,  ///< Its content is a text of the store's, not of the source.
+
+    AttributesRead = 4,      ///< The element's attributes stand as nodes.
+    HasAttributes = 8,       ///< There are some.
+    AttributesChanged = 16,  ///< The element's start tag must be written anew.
+    Touched = 32,            ///< The element has changed itself, or something below it.
+
+    FromDtd = 4,  ///< An attribute that the DTD supplies and nobody changed.
+
+    Verbatim = 4,   ///< A text whose source bytes are its content.
+    Prefixed = 8,   ///< A text of the source with a text of the store's in front.
+    Quoted = 16,    ///< A text of the source's markup, escaped, with texts of the store's around it.
+    Filled = 32,    ///< A text that is not all white space.
 };
 
 struct FreeXmlDoc {
@@ -90,20 +93,22 @@ class DocumentStore {
     /// come.
     void Reserve(std::size_t nodes);
 
-    /// Links a child behind the last one of its parent.
-    void Append(NodeIndex parent, NodeIndex child) {
-        NodeRecord& above = At(parent);
-        NodeRecord& record = At(child);
-        record.parent = parent;
-        record.previous = above.lastChild;
-        (above.lastChild == 0 ? above.firstChild : At(above.lastChild).next) = child;
-        above.lastChild = child;
-    }
+    /// In front of a child, or behind the last one for no reference.
     void InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference);
     void Unlink(NodeIndex child);
 
     /// Leaves a document node without children.
-    void Clear(NodeIndex document) { At(document).firstChild = At(document).lastChild = 0; }
+    void Clear(NodeIndex document) { At(document).child = 0; }
+
+    /// Of an element or a document; 0 for other kinds.
+    NodeIndex FirstChild(NodeIndex index) {
+        const NodeRecord& record = At(index);
+        return record.type == NODE_ELEMENT || record.type == NODE_DOCUMENT ? record.child : 0;
+    }
+    NodeIndex Previous(NodeIndex index) {
+        const NodeIndex previous = At(index).previous;
+        return previous != 0 && At(previous).next != 0 ? previous : 0;
+    }
 
     /// Takes a text in. Its base is set; null if the store's offsets are used up.
     SourceText* AddSource(platform::Bytes text);
@@ -149,8 +154,16 @@ class DocumentStore {
     void ChangeAttributes(NodeIndex element);
 
     /// The chain of an element's attributes, as far as they stand as nodes.
-    NodeIndex& FirstAttribute(NodeIndex element) { return At(element).extra; }
-    NodeIndex& NextAttribute(NodeIndex attribute) { return At(attribute).lastChild; }
+    NodeIndex FirstAttribute(NodeIndex element) {
+        const NodeRecord& record = At(element);
+        return (record.flags & HasAttributes) != 0 ? record.end : 0;
+    }
+    void SetFirstAttribute(NodeIndex element, NodeIndex attribute);
+
+    /// Behind an element's start tag.
+    std::uint32_t TagEnd(const NodeRecord& element) {
+        return (element.flags & HasAttributes) != 0 ? At(element.end).previous : element.end;
+    }
 
     /// Makes sure that an element's attributes stand as nodes.
     void ReadAttributes(NodeIndex element);
@@ -173,7 +186,7 @@ class DocumentStore {
     std::string_view AttributeNameOf(const NodeRecord& record);
     void NoteChange(NodeIndex index);
     void Touch(NodeIndex element);
-    std::string_view SourceTextOf(const NodeRecord& text, std::string& buffer);
+    std::string_view TextOf(const NodeRecord& text, std::string& buffer);
 
     std::vector<NodeRecord, platform::FullUseAllocator<NodeRecord>> records_;
     std::deque<SourceText> sources_;

@@ -20,7 +20,7 @@ std::string_view UpToNul(std::string_view text) {
 
 /// A node without children cannot hold anything, so that most insertions need no look upwards.
 bool Holds(DocumentStore& store, NodeIndex holder, NodeIndex held) {
-    if (store.At(holder).firstChild == 0 && holder != held) {
+    if (store.FirstChild(holder) == 0 && holder != held) {
         return false;
     }
     while (held != 0 && held != holder) {
@@ -44,15 +44,17 @@ Node Node::ParentOf(Node node) {
 }
 
 Node Node::FirstChildOf(Node node) {
-    return node ? Node(node.store_, node.store_->At(node.index_).firstChild) : Node();
+    return node ? Node(node.store_, node.store_->FirstChild(node.index_)) : Node();
 }
 
 Node Node::NextOf(Node node) {
-    return node ? Node(node.store_, node.store_->At(node.index_).next) : Node();
+    return !node || TypeOf(node) == NODE_ATTRIBUTE ? Node()
+                                                   : Node(node.store_, node.store_->At(node.index_).next);
 }
 
 Node Node::PreviousOf(Node node) {
-    return node ? Node(node.store_, node.store_->At(node.index_).previous) : Node();
+    return !node || TypeOf(node) == NODE_ATTRIBUTE ? Node()
+                                                   : Node(node.store_, node.store_->Previous(node.index_));
 }
 
 NamedNodeMap Node::get_attributes() const {
@@ -135,7 +137,7 @@ NamedNodeMap::NamedNodeMap(Node element) : element_(element) {
     }
     DocumentStore& store = *element_.store_;
     store.ReadAttributes(element_.index_);
-    for (NodeIndex index = store.FirstAttribute(element_.index_); index != 0; index = store.NextAttribute(index)) {
+    for (NodeIndex index = store.FirstAttribute(element_.index_); index != 0; index = store.At(index).next) {
         ++length_;
     }
 }
@@ -150,7 +152,7 @@ Node NamedNodeMap::get_item(std::size_t position) const {
         lastPosition_ = 0;
     }
     for (; lastPosition_ < position; ++lastPosition_) {
-        last_ = Node(&store, store.NextAttribute(last_.index_));
+        last_ = Node(&store, store.At(last_.index_).next);
     }
     return last_;
 }
@@ -167,14 +169,18 @@ void NamedNodeMap::setNamedItem(Node attribute) {
     NodeIndex same = store.FirstAttribute(element_.index_);
     while (same != 0 && store.NameOf(same) != attribute.get_nodeName()) {
         last = same;
-        same = store.NextAttribute(same);
+        same = store.At(same).next;
     }
     NodeRecord& record = store.At(attribute.index_);
     record.parent = element_.index_;
-    record.lastChild = same == 0 ? 0 : store.NextAttribute(same);
-    (last == 0 ? store.FirstAttribute(element_.index_) : store.NextAttribute(last)) = attribute.index_;
+    record.next = same == 0 ? 0 : store.At(same).next;
+    if (last == 0) {
+        store.SetFirstAttribute(element_.index_, attribute.index_);
+    } else {
+        store.At(last).next = attribute.index_;
+    }
     if (same != 0) {
-        store.At(same).parent = store.NextAttribute(same) = 0;
+        store.At(same).parent = store.At(same).next = 0;
     }
     length_ += same == 0 ? 1 : 0;
     last_ = Node();
@@ -211,7 +217,7 @@ bool Document::Build(std::string_view path, platform::Bytes bytes, bool isFile) 
 }
 
 Node Document::get_documentElement() const {
-    return {store_.get(), store_->At(index_).firstChild};
+    return {store_.get(), store_->FirstChild(index_)};
 }
 
 Node Document::createTextNode(std::string_view text) {
@@ -248,7 +254,7 @@ Node Document::createAttribute(std::string_view name) {
 
 bool Document::save(std::string_view path) {
     const SourceText* source = store_->SourceOfDocument(index_);
-    if (source == nullptr || store_->At(index_).firstChild == 0) {
+    if (source == nullptr || store_->FirstChild(index_) == 0) {
         return false;
     }
     const auto inUtf8 = [&](const platform::PutPiece& put) { return WriteDocument(*store_, *source, put); };
@@ -269,7 +275,7 @@ bool Document::save(std::string_view path) {
 
 std::optional<NodeList> Document::selectNodes(std::string_view query) {
     const SourceText* source = store_->SourceOfDocument(index_);
-    if (source == nullptr || store_->At(index_).firstChild == 0) {
+    if (source == nullptr || store_->FirstChild(index_) == 0) {
         return std::nullopt;
     }
     if (store_->queries == nullptr || store_->queriedDocument != index_ || !store_->queries->Holds()) {

@@ -17,7 +17,7 @@ std::map<std::string, std::string> Declarations(DocumentStore& store, NodeIndex 
     std::map<std::string, std::string> found;
     std::string buffer;
     store.ReadAttributes(element);
-    for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.NextAttribute(index)) {
+    for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.At(index).next) {
         const std::string_view name = store.NameOf(index);
         if (const std::string_view prefix = DeclaredPrefix(name); prefix.data() != nullptr) {
             found.emplace(prefix, store.ContentOf(index, buffer));
@@ -29,7 +29,7 @@ std::map<std::string, std::string> Declarations(DocumentStore& store, NodeIndex 
 void NotePrefixes(DocumentStore& store, NodeIndex element, Prefixes& used) {
     used.emplace(PrefixOf(store.NameOf(element)));
     store.ReadAttributes(element);
-    for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.NextAttribute(index)) {
+    for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.At(index).next) {
         const std::string_view prefix = PrefixOf(store.NameOf(index));
         if (!prefix.empty() && prefix != Declares) {
             used.emplace(prefix);
@@ -45,8 +45,8 @@ Prefixes UsedPrefixes(DocumentStore& store, NodeIndex top) {
         if (store.At(index).type == NODE_ELEMENT) {
             NotePrefixes(store, index, used);
         }
-        if (store.At(index).firstChild != 0) {
-            index = store.At(index).firstChild;
+        if (store.FirstChild(index) != 0) {
+            index = store.FirstChild(index);
             continue;
         }
         while (index != top && store.At(index).next == 0) {

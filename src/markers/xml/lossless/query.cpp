@@ -95,7 +95,7 @@ struct QueryTree::Copy {
     }
 
     void DeclareNamespaces(NodeIndex element, xmlNode* node) {
-        for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.NextAttribute(index)) {
+        for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.At(index).next) {
             const std::string_view prefix = DeclaredPrefix(store.NameOf(index));
             if (prefix.data() == nullptr) {
                 continue;
@@ -110,7 +110,7 @@ struct QueryTree::Copy {
     }
 
     void CopyAttributes(NodeIndex element, xmlNode* node) {
-        for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.NextAttribute(index)) {
+        for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.At(index).next) {
             const std::string_view name = store.NameOf(index);
             if (DeclaredPrefix(name).data() != nullptr) {
                 continue;
@@ -172,9 +172,9 @@ struct QueryTree::Copy {
             Mark(node, store.At(index).type == NODE_ENTITY_REFERENCE ? 0 : index);
             Link(parent, node);
             if (store.At(index).type == NODE_ELEMENT) {
-                if (store.At(index).firstChild != 0) {
+                if (store.FirstChild(index) != 0) {
                     parent = node;
-                    index = store.At(index).firstChild;
+                    index = store.FirstChild(index);
                     continue;
                 }
                 LeaveElement();
@@ -223,7 +223,7 @@ struct QueryTree::Copy {
 
 QueryTree::QueryTree(DocumentStore& store, NodeIndex document) : copy_(std::make_unique<Copy>(store)) {
     copy_->Mark(reinterpret_cast<xmlNode*>(copy_->document.get()), document);
-    copy_->CopyTree(store.At(document).firstChild);
+    copy_->CopyTree(store.FirstChild(document));
     xmlXPathOrderDocElems(copy_->document.get());
     store.changedNodes.clear();
     store.listChanges = true;

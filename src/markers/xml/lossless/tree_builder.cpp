@@ -87,7 +87,7 @@ class TreeBuilder {
                 TakeText();
             }
         } while (parent_ != source_.document);
-        store_.At(source_.document).lastChild = last_;
+        TieChildren();
         source_.rootEnd = Offset(at_);
         return doubtful_ ? Form::Doubtful : Form::WellFormed;
     }
@@ -107,7 +107,7 @@ class TreeBuilder {
         record.previous = last_;
         record.begin = Offset(begin);
         record.end = Offset(end);
-        (last_ == 0 ? store_.At(parent_).firstChild : store_.At(last_).next) = index;
+        (last_ == 0 ? store_.At(parent_).child : store_.At(last_).next) = index;
         last_ = index;
     }
 
@@ -116,7 +116,15 @@ class TreeBuilder {
         last_ = 0;
     }
 
+    /// A first child knows the last one.
+    void TieChildren() {
+        if (last_ != 0) {
+            store_.At(store_.At(parent_).child).previous = last_;
+        }
+    }
+
     void LeaveParent() {
+        TieChildren();
         last_ = parent_;
         parent_ = store_.At(last_).parent;
     }
@@ -197,7 +205,6 @@ class TreeBuilder {
             }
         }
         element.close = Offset(at_);
-        element.lastChild = last_;
         LeaveParent();
         at_ = close + 1;
         return true;

@@ -39,7 +39,7 @@ class Writer {
                 Source(store_.At(index).begin, store_.EndOf(store_.At(index)));
             } else {
                 Open(index);
-                if (const NodeIndex child = store_.At(index).firstChild; child != 0) {
+                if (const NodeIndex child = store_.FirstChild(index); child != 0) {
                     index = child;
                     continue;
                 }
@@ -114,15 +114,15 @@ class Writer {
             OpenElement(index);
         } else if ((record.flags & OwnText) != 0) {
             Flush();
-            AppendEscapedText(out_, store_.TextAt(record.extra), lineEnd_);
-        } else if (record.type == NODE_TEXT && (record.flags & Quoted) != 0) {
+            AppendEscapedText(out_, store_.TextAt(record.child), lineEnd_);
+        } else if ((record.flags & Quoted) != 0) {
             Flush();
-            AppendShared(record.extra);
+            AppendShared(record.child);
             AppendQuotedText(out_, store_.Slice(record.begin, record.end), lineEnd_);
             AppendShared(record.close);
         } else if ((record.flags & Prefixed) != 0) {
             Flush();
-            AppendShared(record.extra);
+            AppendShared(record.child);
             Source(record.begin, record.end);
         } else if (output_ == Output::Standalone && record.type == NODE_ENTITY_REFERENCE) {
             Flush();
@@ -148,8 +148,8 @@ class Writer {
         const bool rewrites = MustRewrite(index);
         const NodeRecord& record = store_.At(index);
         // An empty-element tag that got content loses its slash.
-        const bool gainedContent = record.close == 0 && record.firstChild != 0;
-        const std::uint32_t end = gainedContent ? record.end - 2 : record.end;
+        const bool gainedContent = record.close == 0 && record.child != 0;
+        const std::uint32_t end = store_.TagEnd(record) - (gainedContent ? 2 : 0);
         if (rewrites) {
             RewriteTag(index, end);
         } else {
@@ -169,7 +169,7 @@ class Writer {
             return false;
         }
         store_.ReadAttributes(index);
-        return store_.At(index).extra != 0;
+        return store_.FirstAttribute(index) != 0;
     }
 
     /// Writes a start tag up to `end` with its attributes as they are now. The bytes between the attributes
@@ -177,7 +177,7 @@ class Writer {
     void RewriteTag(NodeIndex element, std::uint32_t end) {
         const std::uint32_t begin = store_.At(element).begin;
         Source(begin, begin + 1U + store_.At(element).nameLength);
-        for (NodeIndex index = store_.FirstAttribute(element); index != 0; index = store_.NextAttribute(index)) {
+        for (NodeIndex index = store_.FirstAttribute(element); index != 0; index = store_.At(index).next) {
             WriteAttribute(index);
         }
         const std::string_view tag = store_.Slice(begin, end);
@@ -230,7 +230,7 @@ class Writer {
         }
         if (record.close != 0) {
             Source(record.close, store_.EndOf(record));
-        } else if (record.firstChild != 0) {
+        } else if (record.child != 0) {
             Flush();
             out_ += "</";
             out_ += store_.NameOf(index);
@@ -253,7 +253,7 @@ class Writer {
 
 bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put) {
     Writer writer(store, Output::Document, LineEndOf(source), &put);
-    const NodeIndex root = store.At(source.document).firstChild;
+    const NodeIndex root = store.FirstChild(source.document);
     const std::uint32_t prologEnd = store.At(source.root).begin;
     writer.Source(source.base, prologEnd);
     if (root != 0) {
