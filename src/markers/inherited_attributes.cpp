@@ -43,9 +43,9 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
         return;
     }
     if (memo.sourceCount == memo.sources.size()) {
-        memo.sources.emplace_back();
+        memo.sources.push_back(std::make_unique<Source>());
     }
-    Source& source = memo.sources[memo.sourceCount];
+    Source& source = *memo.sources[memo.sourceCount];
     source.depth = memo.levels.size();
     source.group = QL_START;
     source.entries.clear();
@@ -54,7 +54,7 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
         return;
     }
     if (memo.sourceCount > 0) {
-        AppendInherited(source, memo.sources[memo.sourceCount - 1]);
+        AppendInherited(source, *memo.sources[memo.sourceCount - 1]);
     }
     source.group += QL_END;
     ++memo.sourceCount;
@@ -81,14 +81,14 @@ std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<st
         return {};
     }
     EnterTo(parent, wanted, memo);
-    return memo.sourceCount == 0 ? std::string_view() : memo.sources[memo.sourceCount - 1].group;
+    return memo.sourceCount == 0 ? std::string_view() : memo.sources[memo.sourceCount - 1]->group;
 }
 
 void LeaveElement(xml::Node element, InheritedMemo& memo) {
     if (memo.levels.empty() || memo.levels.back() != element) {
         return;
     }
-    if (memo.sourceCount > 0 && memo.sources[memo.sourceCount - 1].depth == memo.levels.size()) {
+    if (memo.sourceCount > 0 && memo.sources[memo.sourceCount - 1]->depth == memo.levels.size()) {
         --memo.sourceCount;
     }
     memo.levels.pop_back();

@@ -3,8 +3,8 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <list>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,8 +26,9 @@ struct InheritedMemo {
         std::vector<Entry> entries;  ///< Of that group.
     };
     std::vector<xml::Node> levels;  ///< From the root inwards.
-    std::deque<Source> sources;     ///< From the root inwards; of those behind the last one only the memory.
-    std::size_t sourceCount = 0;    ///< The last of these is in force.
+    /// From the root inwards; of those behind the last one only the memory is of use. They stay where they are.
+    std::vector<std::unique_ptr<Source>> sources;
+    std::size_t sourceCount = 0;  ///< The last of these is in force.
     std::vector<xml::Node> entered;
     std::string buffer;
 };

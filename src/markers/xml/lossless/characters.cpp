@@ -1,5 +1,7 @@
 #include "markers/xml/lossless/characters.h"
 
+#include <algorithm>
+
 namespace ventrix::xml {
 
 std::size_t CharacterLength(std::string_view text) {
@@ -22,6 +24,20 @@ std::size_t CharacterLength(std::string_view text) {
     const bool beyond = lead == 0xF4 && second >= 0x90;
     const bool nonCharacter = lead == 0xEF && second == 0xBF && byte(2) >= 0xBE;
     return overlong || surrogate || beyond || nonCharacter ? 0 : length;
+}
+
+bool IsPlain(std::string_view text) {
+    std::uint64_t found = 0;
+    std::size_t at = 0;
+    for (; at + sizeof found <= text.size(); at += sizeof found) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        found |= word | detail::MatchesControl(word) | detail::Matches(word, '&') |
+                 detail::Matches(word, '<') | detail::Matches(word, '>');
+    }
+    return (found & detail::Each(0x80)) == 0 && std::ranges::all_of(text.substr(at), [](char c) {
+               return ' ' <= c && c <= '~' && c != '&' && c != '<' && c != '>';
+           });
 }
 
 bool HoldsOnlyCharacters(std::string_view text) {

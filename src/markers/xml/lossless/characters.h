@@ -12,6 +12,9 @@ namespace ventrix::xml {
 /// The bytes of the character at the front of a text: 0 if they are no character that XML can hold.
 std::size_t CharacterLength(std::string_view text);
 
+/// True for a text of ASCII without markup and control characters.
+bool IsPlain(std::string_view text);
+
 /// True for a text without bytes that XML cannot hold.
 bool HoldsOnlyCharacters(std::string_view text);
 

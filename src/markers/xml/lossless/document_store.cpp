@@ -8,13 +8,13 @@
 #include "markers/xml/lossless/references.h"
 
 namespace ventrix::xml {
+namespace {
 
-void DocumentStore::Reserve(std::size_t nodes) {
-    const std::size_t wanted = records_.size() + nodes;
-    if (wanted > records_.capacity()) {
-        records_.reserve(std::max(wanted, 2 * records_.capacity()));
-    }
+std::string_view UpToNul(std::string_view text) {
+    return text.substr(0, text.find('\0'));
 }
+
+}  // namespace
 
 void DocumentStore::InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference) {
     Touch(parent);
@@ -78,9 +78,9 @@ SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
 std::uint32_t DocumentStore::AddText(std::string_view text) {
     if (texts_.size() == texts_.capacity()) {
         // Texts come in some proportion to nodes; growth in many steps would copy them again and again.
-        texts_.reserve(std::max(2 * texts_.size(), records_.size() / 4));
+        texts_.reserve(std::max(2 * texts_.size(), nodes_.Size() / 4));
     }
-    texts_.push_back(arena_.Keep(text));
+    texts_.push_back(arena_.Keep(UpToNul(text)));
     return static_cast<std::uint32_t>(texts_.size() - 1);
 }
 
@@ -141,10 +141,13 @@ std::string_view DocumentStore::TextOf(const NodeRecord& text, std::string& buff
 
 bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view front) {
     const NodeRecord& record = At(text);
+    if (front.empty()) {
+        return true;
+    }
     if ((record.flags & (OwnText | Prefixed | Quoted)) == 0) {
         // A reference or a line end, which may read as something else, is the only other beginning.
         const std::string_view raw = Slice(record.begin, record.end);
-        if (!raw.starts_with(front.substr(0, 1)) && raw[0] != '&' && raw[0] != '\r') {
+        if (raw[0] != front[0] && raw[0] != '&' && raw[0] != '\r') {
             return false;
         }
     }
@@ -154,11 +157,10 @@ bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view front) {
 
 void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     NoteChange(index);
-    const std::uint32_t number = AddText(text);
     NodeRecord& record = At(index);
-    record.child = number;
-    record.flags = static_cast<std::uint8_t>((record.flags & ~(Prefixed | Quoted | Filled)) | OwnText |
-                                             (std::ranges::all_of(text, IsBlank) ? 0 : Filled));
+    record.child = AddText(text);
+    record.flags = static_cast<std::uint8_t>((record.flags & ~(Prefixed | Quoted | Filled)) | OwnText);
+    NoteFilled(record);
 }
 
 NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin, std::uint32_t end,
@@ -175,16 +177,24 @@ NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin,
 
 void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
     NodeRecord& record = At(text);
+    std::string buffer;
     if ((record.flags & (OwnText | Quoted)) != 0) {
-        std::string buffer;
-        SetContent(text, std::string(front).append(ContentOf(text, buffer)));
+        SetContent(text, std::string(UpToNul(front)).append(ContentOf(text, buffer)));
         return;
     }
     NoteChange(text);
     record.child = (record.flags & Prefixed) == 0
                        ? ShareText(front)
-                       : AddText(std::string(front).append(texts_[record.child]));
-    record.flags |= static_cast<std::uint8_t>(Prefixed | (std::ranges::all_of(front, IsBlank) ? 0 : Filled));
+                       : AddText(std::string(UpToNul(front)).append(texts_[record.child]));
+    record.flags |= Prefixed;
+    NoteFilled(record);
+}
+
+/// A text that has one of the store's is filled if that is.
+void DocumentStore::NoteFilled(NodeRecord& text) {
+    if (!std::ranges::all_of(texts_[text.child], IsBlank)) {
+        text.flags |= Filled;
+    }
 }
 
 std::uint32_t DocumentStore::EndOf(const NodeRecord& element) {

@@ -1,6 +1,5 @@
-// The memory behind documents: nodes as small records that remember the bytes they came from. One store
-// serves a main document and its scratch documents, so that a node can move between them without a copy.
-// Offsets are positions in the source texts of the store, laid one behind the other; all text is UTF-8.
+// The memory behind documents. One store serves a main document and its scratch documents, so that a node can
+// move between them without a copy. Offsets are positions in the source texts of the store, laid one behind the other; all text is UTF-8.
 #pragma once
 
 #include <libxml/tree.h>
@@ -14,50 +13,13 @@
 #include <vector>
 
 #include "markers/xml/dom.h"
+#include "markers/xml/lossless/node_table.h"
 #include "markers/xml/lossless/text_arena.h"
 #include "platform/memory.h"
 
 namespace ventrix::xml {
 
 class QueryTree;
-
-using NodeIndex = std::uint32_t;  ///< 0 is no node.
-
-/// 32 bytes: what a tree costs is the memory that it touches. So fields have a meaning for each kind of node.
-struct NodeRecord {
-    NodeIndex parent = 0;  ///< For an attribute the element that has it.
-    NodeIndex next = 0;    ///< Sibling; for an attribute the next attribute.
-    /// Sibling; for a first child the last one. An element's first attribute has the end of the start tag here.
-    NodeIndex previous = 0;
-    /// Element, document: its first child. Otherwise: the number of its own text, or of the text in front.
-    NodeIndex child = 0;
-    std::uint32_t begin = 0;  ///< Element: its start tag. Attribute: from its name to its closing quote.
-    std::uint32_t end = 0;    ///< Element with HasAttributes: the first attribute.
-    /// Element: where its end tag begins, 0 for an empty-element tag. Attribute: its value, or the number of its
-    /// name if it was created. Quoted text: the number of the text behind.
-    std::uint32_t close = 0;
-    std::uint16_t nameLength = 0;
-    std::uint8_t type = NODE_INVALID;
-    std::uint8_t flags = 0;
-};
-static_assert(sizeof(NodeRecord) == 32);
-
-enum NodeFlags : std::uint8_t {
-    Created = 1,  ///< Has no place in a source at all.
-    OwnText = 2,  ///< Its content is a text of the store's, not of the source.
-
-    AttributesRead = 4,      ///< The element's attributes stand as nodes.
-    HasAttributes = 8,       ///< There are some.
-    AttributesChanged = 16,  ///< The element's start tag must be written anew.
-    Touched = 32,            ///< The element has changed itself, or something below it.
-
-    FromDtd = 4,  ///< An attribute that the DTD supplies and nobody changed.
-
-    Verbatim = 4,   ///< A text whose source bytes are its content.
-    Prefixed = 8,   ///< A text of the source with a text of the store's in front.
-    Quoted = 16,    ///< A text of the source's markup, escaped, with texts of the store's around it.
-    Filled = 32,    ///< A text that is not all white space.
-};
 
 struct FreeXmlDoc {
     void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
@@ -82,16 +44,11 @@ struct SourceText {
 
 class DocumentStore {
   public:
-    DocumentStore() : records_(1), texts_(1) {}
+    DocumentStore() : texts_(1) {}
 
-    NodeRecord& At(NodeIndex index) { return records_[index]; }
-    NodeIndex Add(NodeType type) {
-        records_.emplace_back().type = static_cast<std::uint8_t>(type);
-        return static_cast<NodeIndex>(records_.size() - 1);
-    }
-    /// Makes room for this many more nodes; twice what was there at least, since many small documents may
-    /// come.
-    void Reserve(std::size_t nodes);
+    NodeRecord& At(NodeIndex index) { return nodes_[index]; }
+    NodeIndex Add(NodeType type) { return nodes_.Add(type); }
+    void Reserve(std::size_t nodes) { nodes_.Reserve(nodes); }
 
     /// In front of a child, or behind the last one for no reference.
     void InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference);
@@ -123,7 +80,7 @@ class DocumentStore {
     /// The source whose document node this is; null before anything was loaded.
     SourceText* SourceOfDocument(NodeIndex document);
 
-    /// The number of a text like this, which nothing changes.
+    /// The number of a text like this, which nothing changes. It ends at the first NUL.
     std::uint32_t AddText(std::string_view text);
 
     /// The same. A text that came a short while ago, as the same marker in front of many texts, is kept once.
@@ -185,10 +142,11 @@ class DocumentStore {
     SourceText& LaterSourceOf(std::uint32_t offset);
     std::string_view AttributeNameOf(const NodeRecord& record);
     void NoteChange(NodeIndex index);
+    void NoteFilled(NodeRecord& text);
     void Touch(NodeIndex element);
     std::string_view TextOf(const NodeRecord& text, std::string& buffer);
 
-    std::vector<NodeRecord, platform::FullUseAllocator<NodeRecord>> records_;
+    NodeTable nodes_;
     std::deque<SourceText> sources_;
     SourceText* first_ = nullptr;   ///< Most nodes are of this one.
     SourceText* latest_ = nullptr;  ///< Of the others, the one asked for last.

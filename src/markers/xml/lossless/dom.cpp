@@ -14,10 +14,6 @@
 namespace ventrix::xml {
 namespace {
 
-std::string_view UpToNul(std::string_view text) {
-    return text.substr(0, text.find('\0'));
-}
-
 /// A node without children cannot hold anything, so that most insertions need no look upwards.
 bool Holds(DocumentStore& store, NodeIndex holder, NodeIndex held) {
     if (store.FirstChild(holder) == 0 && holder != held) {
@@ -78,7 +74,7 @@ void Node::SetText(Node node, std::string_view text) {
         node.store_->ChangeAttributes(record.parent);
     }
     if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
-        node.store_->SetContent(node.index_, UpToNul(text));
+        node.store_->SetContent(node.index_, text);
     }
 }
 
@@ -96,7 +92,7 @@ bool Node::HasFilledText(Node node) {
 
 void Node::PrependText(Node node, std::string_view front) {
     if (TypeOf(node) == NODE_TEXT) {
-        node.store_->PrependContent(node.index_, UpToNul(front));
+        node.store_->PrependContent(node.index_, front);
     }
 }
 
@@ -223,7 +219,7 @@ Node Document::get_documentElement() const {
 Node Document::createTextNode(std::string_view text) {
     const NodeIndex index = store_->Add(NODE_TEXT);
     store_->At(index).flags = Created;
-    store_->SetContent(index, UpToNul(text));
+    store_->SetContent(index, text);
     return {store_.get(), index};
 }
 
@@ -231,7 +227,7 @@ Node Document::createQuotedXml(std::string_view before, Node element, std::strin
     const bool isOwnElement = element.store_ == store_.get() && element.get_nodeType() == NODE_ELEMENT;
     if (isOwnElement && StandsAlone(*store_, element.index_)) {
         const NodeRecord& record = store_->At(element.index_);
-        return store_->Handle(store_->AddQuoted(UpToNul(before), record.begin, store_->EndOf(record), UpToNul(behind)));
+        return store_->Handle(store_->AddQuoted(before, record.begin, store_->EndOf(record), behind));
     }
     std::string buffer;
     std::string text(before);

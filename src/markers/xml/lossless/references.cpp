@@ -158,24 +158,6 @@ constexpr EscapeTable ValueEscapes(Escapes quote) {
 constexpr EscapeTable valueEscapes = ValueEscapes({'"', "&quot;"});
 constexpr EscapeTable valueEscapesInApostrophes = ValueEscapes({'\'', "&#39;"});
 
-struct TextTraits {
-    bool hasMarkup;
-    bool hasOdd;  ///< Control characters, or more than ASCII.
-};
-
-/// No branch, so that the compiler can look at many bytes at once.
-TextTraits TraitsOf(std::string_view text) {
-    unsigned markup = 0;
-    unsigned odd = 0;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        odd |= static_cast<unsigned>(byte < 0x20) | static_cast<unsigned>(byte >= 0x80);
-        markup |= static_cast<unsigned>(byte == '&') | static_cast<unsigned>(byte == '<') |
-                  static_cast<unsigned>(byte == '>');
-    }
-    return {markup != 0, odd != 0};
-}
-
 /// The text with U+FFFD in the place of what XML cannot hold.
 std::string Repaired(std::string_view text) {
     std::string repaired;
@@ -185,6 +167,14 @@ std::string Repaired(std::string_view text) {
         text.remove_prefix(std::max<std::size_t>(length, 1));
     }
     return repaired;
+}
+
+void AppendXml(std::string& xml, std::string_view text, const EscapeTable& table) {
+    if (HoldsOnlyCharacters(text)) {
+        AppendEscaped(xml, text, table);
+    } else {
+        AppendEscaped(xml, Repaired(text), table);
+    }
 }
 
 }  // namespace
@@ -255,16 +245,10 @@ std::string CollapseSpaces(std::string_view value) {
 }
 
 void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd) {
-    const TextTraits traits = TraitsOf(text);
-    if (!traits.hasMarkup && !traits.hasOdd) {
+    if (IsPlain(text)) {
         xml += text;
-        return;
-    }
-    const EscapeTable& table = lineEnd == LineEnd::LineFeed ? textEscapes : textEscapesWithReturns;
-    if (traits.hasOdd && !HoldsOnlyCharacters(text)) {
-        AppendEscaped(xml, Repaired(text), table);
     } else {
-        AppendEscaped(xml, text, table);
+        AppendXml(xml, text, lineEnd == LineEnd::LineFeed ? textEscapes : textEscapesWithReturns);
     }
 }
 
@@ -273,12 +257,7 @@ void AppendQuotedText(std::string& xml, std::string_view markup, LineEnd lineEnd
 }
 
 void AppendEscapedValue(std::string& xml, std::string_view value, char quote) {
-    const EscapeTable& table = quote == '"' ? valueEscapes : valueEscapesInApostrophes;
-    if (HoldsOnlyCharacters(value)) {
-        AppendEscaped(xml, value, table);
-    } else {
-        AppendEscaped(xml, Repaired(value), table);
-    }
+    AppendXml(xml, value, quote == '"' ? valueEscapes : valueEscapesInApostrophes);
 }
 
 std::string ExpandEntity(std::string_view name, xmlDoc* dtd) {
