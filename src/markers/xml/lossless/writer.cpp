@@ -72,7 +72,7 @@ class Writer {
 
     bool FinishPieces() {
         Flush();
-        HandOver();
+        HandOver(out_.size());
         return taken_;
     }
 
@@ -86,7 +86,7 @@ class Writer {
         const std::string_view piece =
             pendingBegin_ == pendingEnd_ ? std::string_view() : store_.Slice(pendingBegin_, pendingEnd_);
         if (put_ != nullptr && piece.size() >= pieceSize) {
-            HandOver();
+            HandOver(out_.size());
             taken_ = taken_ && (*put_)(piece);
         } else {
             out_.append(piece);
@@ -94,9 +94,9 @@ class Writer {
         pendingBegin_ = pendingEnd_ = 0;
     }
 
-    void HandOver() {
-        taken_ = taken_ && (*put_)(out_);
-        out_.clear();
+    void HandOver(std::size_t size) {
+        taken_ = taken_ && (*put_)(std::string_view(out_).substr(0, size));
+        out_.erase(0, size);
     }
 
     /// An element that goes out with all that is below it as one piece of its source.
@@ -107,7 +107,8 @@ class Writer {
 
     void Open(NodeIndex index) {
         if (put_ != nullptr && out_.size() >= pieceSize) {
-            HandOver();
+            // Whole pieces only: the system takes in what begins and ends with its pages in larger steps.
+            HandOver(out_.size() / pieceSize * pieceSize);
         }
         const NodeRecord& record = store_.At(index);
         if (record.type == NODE_ELEMENT) {
