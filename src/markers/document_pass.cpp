@@ -9,8 +9,8 @@
 namespace ventrix {
 namespace {
 
-// What these give is where the walk goes on: at a sibling, or, for no node, behind the parent. The node itself
-// means that the walk goes into it.
+// What these give is where the walk goes on: at a sibling, or, for no node, behind the parent. The node
+// itself means that the walk goes into it.
 
 xml::Node DecodeNode(xml::Document& document, xml::Node node, const PublishParams& record) {
     if (IsElement(node)) {

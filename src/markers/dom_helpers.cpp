@@ -27,10 +27,6 @@ std::string NodeText(xml::Node node) {
     return node.get_text();
 }
 
-std::string_view NodeXml(xml::Node element, std::string& buffer) {
-    return element.get_xml(buffer);
-}
-
 xml::Node NewTextNode(xml::Document& document, std::string_view text) {
     return document.createTextNode(text);
 }

@@ -17,14 +17,10 @@ std::string_view NodeName(xml::Node node);
 /// A text node's content or an attribute's value.
 std::string NodeText(xml::Node node);
 
-/// An element with its subtree as XML that parses on its own. `buffer` is filled where the document does not
-/// hold it so; the view holds until either is changed.
-std::string_view NodeXml(xml::Node element, std::string& buffer);
-
 /// A new text node of the document, not yet in its tree.
 xml::Node NewTextNode(xml::Document& document, std::string_view text);
 
-/// A new text node that holds the element as WrapElementGroup of its NodeXml does.
+/// A new text node, not yet in the tree, of what WrapElementGroup makes of the element's XML.
 xml::Node NewElementGroupNode(xml::Document& document, xml::Node element);
 
 bool IsElement(xml::Node node);   ///< False for no node.

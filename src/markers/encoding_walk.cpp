@@ -52,7 +52,8 @@ bool StandsInText(xml::Node element, const PublishParams& record, EncodingMemo& 
 }
 
 /// The inherited group with the path entries behind what it holds.
-void ComposeWithPaths(xml::Node parent, std::string_view inherited, PublishParams& record, EncodingMemo& memo) {
+void ComposeWithPaths(xml::Node parent, std::string_view inherited, PublishParams& record,
+                      EncodingMemo& memo) {
     std::string& group = memo.groupWithPaths;
     group = inherited.empty() ? QL_START : inherited.substr(0, inherited.size() - QL_END.size());
     const std::size_t namesLeft = record.addSourcePath.size();

@@ -4,9 +4,9 @@
 
 namespace ventrix {
 
-// The texts are short and full of markup: a branch for each byte would be guessed wrong too often, and an append
-// for each run between two escapes costs more than the run. So each byte has its entry written whole, and the
-// next one begins where that one ends.
+// The texts are short and full of markup: a branch for each byte would be guessed wrong too often, and an
+// append for each run between two escapes costs more than the run. So each byte has its entry written whole,
+// and the next one begins where that one ends.
 void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& table) {
     constexpr std::size_t pieceSize = 4096;  // What room is made for is cleared first.
     while (!text.empty()) {

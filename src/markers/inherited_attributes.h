@@ -26,7 +26,8 @@ struct InheritedMemo {
         std::vector<Entry> entries;  ///< Of that group.
     };
     std::vector<xml::Node> levels;  ///< From the root inwards.
-    /// From the root inwards; of those behind the last one only the memory is of use. They stay where they are.
+    /// From the root inwards; of those behind the last one only the memory is of use. They stay where they
+    /// are.
     std::vector<std::unique_ptr<Source>> sources;
     std::size_t sourceCount = 0;  ///< The last of these is in force.
     std::vector<xml::Node> entered;

@@ -173,15 +173,9 @@ ScopedEntries TakeScopedGroups(std::string& text) {
 }
 
 std::string WrapElementGroup(std::string_view xml) {
-    std::string group;
-    AppendElementGroup(group, xml);
-    return group;
-}
-
-void AppendElementGroup(std::string& text, std::string_view xml) {
-    text.append(QL_ELEM_S);
-    AppendEscapedMarkup(text, xml);
-    text.append(QL_ELEM_E);
+    std::string escaped(xml);
+    EscapeMarkup(escaped);
+    return std::string(QL_ELEM_S).append(escaped).append(QL_ELEM_E);
 }
 
 std::vector<std::string> SplitElementGroups(std::string_view text) {

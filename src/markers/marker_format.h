@@ -57,9 +57,6 @@ ScopedEntries TakeScopedGroups(std::string& text);
 /// The element group that carries an element's XML.
 std::string WrapElementGroup(std::string_view xml);
 
-/// Appends the same.
-void AppendElementGroup(std::string& text, std::string_view xml);
-
 /// Cuts the text into plain pieces and element groups in turn; the pieces, one after the other, give the
 /// text. Each balanced group is one piece with a plain piece, possibly empty, on either side. A text without
 /// a balanced group is one piece.

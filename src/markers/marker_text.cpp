@@ -30,14 +30,10 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 }
 
 void EscapeMarkup(std::string& text) {
-    std::string escaped;
-    AppendEscapedMarkup(escaped, text);
-    text = std::move(escaped);
-}
-
-void AppendEscapedMarkup(std::string& escaped, std::string_view text) {
     // One pass for all five gives what one after the other would, the ampersand first.
+    std::string escaped;
     AppendEscaped(escaped, text, markupEscapes);
+    text = std::move(escaped);
 }
 
 void UnescapeMarkup(std::string& text) {

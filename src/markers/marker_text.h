@@ -14,9 +14,6 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 /// Escapes the five characters that XML reserves: & < > " and the apostrophe.
 void EscapeMarkup(std::string& text);
 
-/// Appends a text as EscapeMarkup leaves it.
-void AppendEscapedMarkup(std::string& escaped, std::string_view text);
-
 /// Takes one level of EscapeMarkup away; other references stay as they are.
 void UnescapeMarkup(std::string& text);
 

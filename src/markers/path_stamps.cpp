@@ -22,8 +22,7 @@ void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
 
 std::size_t& CountOf(StampMemo::Counts& counts, std::string_view name) {
     constexpr std::size_t fewNames = 8;
-    const auto known =
-        std::ranges::find(counts.few, name, &std::pair<std::string_view, std::size_t>::first);
+    const auto known = std::ranges::find(counts.few, name, &std::pair<std::string_view, std::size_t>::first);
     if (known != counts.few.end()) {
         return known->second;
     }

@@ -40,6 +40,10 @@ TEST(EncodingWalk, PutsInheritedAttributesInFrontOfEveryFilledText) {
          "<a t='1'><!--x--><?y z?><![CDATA[w]]></a>"},
         {"values are read expanded and written escaped", "<a t='&lt;&quot;&#228;'>x &amp; y</a>",
          "<a t='&lt;&quot;&#228;'>" + Group("t", "&lt;\"ä") + "x &amp; y</a>"},
+        {"into a group that stands there",
+         "<a t='1'>QL_STARTuQL_EQ2QL_TARGETQL_SEPQL_ENDx<b/>&#81;L_STARTQL_ENDy</a>",
+         "<a t='1'>QL_STARTtQL_EQ1QL_TARGETQL_SEPuQL_EQ2QL_TARGETQL_SEPQL_ENDx<b/>" + Group("t", "1") +
+             "y</a>"},
         {"a title has its source unasked", "<a><title>x</title></a>",
          "<a><title>" + sourceGroup + "x</title></a>"},
         {"only text directly in the title", "<title><b>x</b></title>", "<title><b>x</b></title>"},
@@ -129,6 +133,10 @@ TEST(EncodingWalk, StampsXPaths) {
              "x</p></b></a>"},
         {"prefixes as written", "<n:a xmlns:n='u'><n:p/><p/><n:p>x</n:p></n:a>",
          "<n:a xmlns:n='u'><n:p/><p/><n:p>" + at("/n:a/n:p[2]") + "x</n:p></n:a>"},
+        {"any number of names",
+         "<a><b/><c/><d/><e/><f/><g/><h/><i/><j/><k/><l>x</l><k>y</k><b>z</b><l/><l>x</l></a>",
+         "<a><b/><c/><d/><e/><f/><g/><h/><i/><j/><k/><l>" + at("/a/l") + "x</l><k>" + at("/a/k[2]") +
+             "y</k><b>" + at("/a/b[2]") + "z</b><l/><l>" + at("/a/l[3]") + "x</l></a>"},
         {"siblings that are taken out are not among those counted", "<a><p>x<i/>y<q>z</q></p></a>",
          "<a><p>" + at("/a/p") + "xQL_ELEM_S&amp;lt;i/&amp;gt;QL_ELEM_E" + at("/a/p") + "y<q>" +
              at("/a/p/q") + "z</q></p></a>"},

@@ -81,6 +81,24 @@ struct Encoding {
     std::string mark;  ///< The byte-order mark in front.
 };
 
+TEST_F(XmlRoundTrip, WritesALargeDocumentInPieces) {
+    // The beginning does not tell how many nodes there will be.
+    std::string bytes = "<a>" + std::string(100000, '-');
+    std::string expected = bytes;
+    for (int i = 0; i < 20000; ++i) {
+        const std::string rest = "text " + std::to_string(i) + "<c/></b>\n";
+        bytes += "<b>" + rest;
+        expected += "<b>new " + rest;
+    }
+    const auto document = Load(bytes + "</a>");
+    ASSERT_TRUE(document) << reason;
+    for (xml::Node node = document->get_documentElement().get_firstChild(); node;
+         node = node.get_nextSibling()) {
+        node.get_firstChild().prepend_text("new ");  // Nothing for the text, which has no child.
+    }
+    EXPECT_TRUE(Saved(*document) == expected + "</a>");
+}
+
 TEST_F(XmlRoundTrip, KeepsTheEncoding) {
     const Encoding encodings[] = {
         {"UTF-16", "UTF-16LE", "\xFF\xFE"}, {"UTF-16", "UTF-16BE", "\xFE\xFF"},

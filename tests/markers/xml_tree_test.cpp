@@ -1,4 +1,7 @@
 // What the tree shows of a document, and what changes of it write.
+#include <random>
+
+#include "markers/marker_text.h"
 #include "markers/xml_fixture.h"
 
 namespace ventrix::test {
@@ -66,6 +69,47 @@ TEST_F(XmlTree, LinksNeighboursBothWays) {
     EXPECT_FALSE(root.get_firstChild().get_previousSibling());
     EXPECT_EQ(root.get_parentNode().get_nodeType(), xml::NODE_DOCUMENT);
     EXPECT_FALSE(root.get_parentNode().get_parentNode());
+}
+
+/// Every child, from the first one by the next ones and from the last one by the previous ones.
+void ExpectChildren(xml::Node parent, const std::vector<xml::Node>& expected) {
+    std::vector<xml::Node> forwards;
+    for (xml::Node node = parent.get_firstChild(); node; node = node.get_nextSibling()) {
+        EXPECT_EQ(node.get_parentNode(), parent);
+        forwards.push_back(node);
+    }
+    EXPECT_EQ(forwards, expected);
+    std::vector<xml::Node> backwards;
+    for (xml::Node node = forwards.empty() ? xml::Node() : forwards.back(); node;
+         node = node.get_previousSibling()) {
+        backwards.insert(backwards.begin(), node);
+    }
+    EXPECT_EQ(backwards, expected);
+}
+
+TEST_F(XmlTree, LinksNeighboursBothWaysWhateverMoves) {
+    const auto document = Load("<a>x<b/><c/><!-- c --></a>");
+    ASSERT_TRUE(document) << reason;
+    xml::Node root = document->get_documentElement();
+    std::vector<xml::Node> children;
+    for (xml::Node node = root.get_firstChild(); node; node = node.get_nextSibling()) {
+        children.push_back(node);
+    }
+    std::minstd_rand random(1);
+    for (int step = 0; step < 500 && !HasFailure(); ++step) {
+        const std::size_t place = random() % (children.size() + 1);
+        const xml::Node reference = place == children.size() ? xml::Node() : children[place];
+        const auto at = children.begin() + static_cast<std::ptrdiff_t>(place);
+        if (random() % 2 == 0) {
+            children.insert(at, document->createTextNode(std::to_string(step)));
+            root.insertBefore(children[place], reference);
+        } else if (reference) {
+            root.removeChild(reference);
+            EXPECT_FALSE(reference.get_parentNode() || reference.get_previousSibling());
+            children.erase(at);
+        }
+        ExpectChildren(root, children);
+    }
 }
 
 TEST_F(XmlTree, ANullNodeAnswersNothing) {
@@ -136,6 +180,12 @@ const Change changes[] = {
     {"<a x='1' z='3'/>", [](auto& d, xml::Node a) { AddAttribute(d, a, "x", "2"); }, "<a x=\"2\" z='3'/>"},
     {"<a><b/></a>", [](auto& d, xml::Node a) { AddAttribute(d, a.get_firstChild(), "n", ""); },
      "<a><b n=\"\"/></a>"},
+    {"<a x = '1' ><b y='2'><c>3</c ></b></a>",
+     [](auto&, xml::Node a) {
+         FindElement(a, "b").get_attributes();
+         SetFirstText(FindElement(a, "c"), std::string(a.get_attributes().get_length(), '4'));
+     },
+     "<a x = '1' ><b y='2'><c>4</c ></b></a>"},
     {"<a/>", [](auto& d, xml::Node a) { a.insertBefore(d.createTextNode("<"), {}); }, "<a>&lt;</a>"},
     {"<a x='1' />", [](auto& d, xml::Node a) { a.insertBefore(d.createTextNode("1"), {}); },
      "<a x='1' >1</a>"},
@@ -252,6 +302,45 @@ TEST_F(XmlTree, GivesAnElementAsXmlThatParsesOnItsOwn) {
     xml::Node element = FindElement(changed->get_documentElement(), "b");
     element.get_firstChild().put_text("<");
     EXPECT_EQ(element.get_xml(), "<b x='1'>&lt;<c/></b>");
+}
+
+/// What happens to a text that holds an element, and to the element, once the text is there.
+using Afterwards = void(xml::Node text, xml::Node element);
+
+TEST_F(XmlTree, QuotesAnElementAsATextOfItsXmlWouldBe) {
+    const char* documents[] = {
+        "<a>1<b x=\"&lt;\">'2' &amp;<c/>\r\n</b>3\r\n</a>",
+        "<a>1<b/></a>",
+        "<a xmlns='u'>1<b>\xC3\xA4</b></a>",
+        "<!DOCTYPE a [<!ENTITY e 'E'>]><a>1<b>&e;</b></a>",
+    };
+    Afterwards* const afterwards[] = {
+        [](xml::Node, xml::Node) {},
+        [](xml::Node text, xml::Node) { text.prepend_text("<"); },
+        [](xml::Node text, xml::Node) { text.put_text("new"); },
+        [](xml::Node, xml::Node element) { element.get_firstChild().put_text("new"); },
+    };
+    const auto savedWith = [&](const char* bytes, Afterwards* change, bool quoted) {
+        const auto document = Load(bytes);
+        xml::Node root = document->get_documentElement();
+        const xml::Node element = FindElement(root, "b");
+        std::string escaped = element.get_xml();
+        EscapeMarkup(escaped);
+        const std::string content = "S\n" + escaped + "<E";
+        const xml::Node text =
+            quoted ? document->createQuotedXml("S\n", element, "<E") : document->createTextNode(content);
+        EXPECT_EQ(text.get_text(), content);
+        EXPECT_TRUE(text.IsFilledText() && text.StartsWith("S\n") && !text.StartsWith("E"));
+        root.insertBefore(text, element);
+        root.removeChild(element);
+        change(text, element);
+        return Saved(*document);
+    };
+    for (const char* bytes : documents) {
+        for (Afterwards* change : afterwards) {
+            EXPECT_EQ(savedWith(bytes, change, true), savedWith(bytes, change, false)) << bytes;
+        }
+    }
 }
 
 TEST_F(XmlTree, ATextIsFilledByMoreThanBlanks) {

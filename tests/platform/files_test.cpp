@@ -239,6 +239,31 @@ TEST(WholeFiles, ComeInPiecesOrStayAsTheyWere) {
     EXPECT_EQ(tree.Read("file"), "new");
 }
 
+TEST(WholeFiles, LargeOnesTakeNoMoreRoomThanTheyNeed) {
+    const TestFolder tree;
+    const std::string piece(700001, 'p');
+    std::string whole;
+    ASSERT_EQ(WriteWholeFile(tree.System("file"),
+                             [&](const PutPiece& put) {
+                                 for (int i = 0; i < 5; ++i) {
+                                     whole += piece;
+                                     if (!put(piece)) {
+                                         return false;
+                                     }
+                                 }
+                                 return true;
+                             }),
+              errorNone);
+    Bytes read;
+    ASSERT_EQ(ReadWholeFile(tree.System("file"), read), errorNone);
+    EXPECT_EQ(std::string_view(read.data(), read.size()), whole);
+    struct stat found = {};
+    ASSERT_EQ(::stat(tree.Native("file").c_str(), &found), 0);
+    constexpr std::size_t blockSize = 512;  // Of this count, whatever the file system's own is.
+    constexpr std::size_t slack = 1000000;
+    EXPECT_LT(static_cast<std::size_t>(found.st_blocks) * blockSize, whole.size() + slack);
+}
+
 TEST(OpensForReading, OnlyFiles) {
     const TestFolder tree;
     tree.Write("file", "");

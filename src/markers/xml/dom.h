@@ -82,10 +82,6 @@ class Node {
     /// it needs from around it, and declared entities stand expanded. Empty for other kinds.
     std::string get_xml() const;
 
-    /// The same without a copy where the document holds it so; otherwise `buffer` is filled. The view holds
-    /// until the buffer or the document is changed.
-    std::string_view get_xml(std::string& buffer) const { return XmlOf(*this, buffer); }
-
     /// True if the content of a text begins so. Mostly costs no look at more than the front of it.
     bool StartsWith(std::string_view front) const { return TextStartsWith(*this, front); }
 
@@ -104,8 +100,8 @@ class Node {
     friend class NamedNodeMap;
     friend class NodeList;
 
-    // What the methods do. They take the node by value: a handle whose address nobody needs stays in registers,
-    // and a walk asks many questions of each node.
+    // What the methods do. They take the node by value: a handle whose address nobody needs stays in
+    // registers, and a walk asks many questions of each node.
     static NodeType TypeOf(Node node);
     static std::string_view NameOf(Node node);
     static Node ParentOf(Node node);
@@ -117,7 +113,6 @@ class Node {
     static bool HasFilledText(Node node);
     static void PrependText(Node node, std::string_view front);
     static void SetText(Node node, std::string_view text);
-    static std::string_view XmlOf(Node node, std::string& buffer);
     static void Insert(Node parent, Node child, Node reference);
     static void Remove(Node parent, Node child);
 

@@ -66,8 +66,8 @@ constexpr std::uint64_t Each(unsigned char byte) {
     return std::uint64_t{0x0101010101010101} * byte;
 }
 
-/// In a word of ASCII, the lowest byte that equals `byte` has its high bit set. So may bytes above it, but none
-/// below.
+/// In a word of ASCII, the lowest byte that equals `byte` has its high bit set. So may bytes above it, but
+/// none below.
 constexpr std::uint64_t Matches(std::uint64_t word, unsigned char byte) {
     return (word ^ Each(byte)) - Each(1);
 }

@@ -1,5 +1,6 @@
 // The memory behind documents. One store serves a main document and its scratch documents, so that a node can
-// move between them without a copy. Offsets are positions in the source texts of the store, laid one behind the other; all text is UTF-8.
+// move between them without a copy. Offsets are positions in the source texts of the store, laid one behind
+// the other; all text is UTF-8.
 #pragma once
 
 #include <libxml/tree.h>
@@ -55,7 +56,10 @@ class DocumentStore {
     void Unlink(NodeIndex child);
 
     /// Leaves a document node without children.
-    void Clear(NodeIndex document) { At(document).child = 0; }
+    void Clear(NodeIndex document) {
+        At(At(document).child).parent = 0;
+        At(document).child = 0;
+    }
 
     /// Of an element or a document; 0 for other kinds.
     NodeIndex FirstChild(NodeIndex index) {
@@ -153,7 +157,7 @@ class DocumentStore {
     TextArena arena_;
     std::vector<std::string_view, platform::FullUseAllocator<std::string_view>> texts_;
     std::array<std::uint32_t, 8> shared_{};  ///< The numbers of the latest shared texts.
-    std::size_t nextShared_ = 0;
+    std::size_t nextShared_ = 0;             ///< Counts on; the remainder is the next one's place.
 
   public:
     /// The copy that the last query made, and of which document. It goes before the nodes that it speaks of.

@@ -36,7 +36,8 @@ std::string_view Node::NameOf(Node node) {
 }
 
 Node Node::ParentOf(Node node) {
-    return !node || TypeOf(node) == NODE_ATTRIBUTE ? Node() : Node(node.store_, node.store_->At(node.index_).parent);
+    return !node || TypeOf(node) == NODE_ATTRIBUTE ? Node()
+                                                   : Node(node.store_, node.store_->At(node.index_).parent);
 }
 
 Node Node::FirstChildOf(Node node) {
@@ -97,13 +98,7 @@ void Node::PrependText(Node node, std::string_view front) {
 }
 
 std::string Node::get_xml() const {
-    std::string buffer;
-    return std::string(get_xml(buffer));
-}
-
-std::string_view Node::XmlOf(Node node, std::string& buffer) {
-    return TypeOf(node) == NODE_ELEMENT ? WriteElement(*node.store_, node.index_, buffer)
-                                        : std::string_view();
+    return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_) : std::string();
 }
 
 void Node::Insert(Node parent, Node child, Node reference) {
@@ -224,14 +219,13 @@ Node Document::createTextNode(std::string_view text) {
 }
 
 Node Document::createQuotedXml(std::string_view before, Node element, std::string_view behind) {
-    const bool isOwnElement = element.store_ == store_.get() && element.get_nodeType() == NODE_ELEMENT;
-    if (isOwnElement && StandsAlone(*store_, element.index_)) {
+    const bool isOwn = element.store_ == store_.get() && element.get_nodeType() == NODE_ELEMENT;
+    if (isOwn && StandsAlone(*store_, element.index_)) {
         const NodeRecord& record = store_->At(element.index_);
         return store_->Handle(store_->AddQuoted(before, record.begin, store_->EndOf(record), behind));
     }
-    std::string buffer;
     std::string text(before);
-    AppendEscaped(text, element.get_xml(buffer), markupEscapes);
+    AppendEscaped(text, element.get_xml(), markupEscapes);
     return createTextNode(text.append(behind));
 }
 

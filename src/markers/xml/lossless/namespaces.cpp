@@ -79,8 +79,7 @@ std::string_view PrefixOf(std::string_view qualifiedName) {
 
 std::string MissingNamespaces(DocumentStore& store, NodeIndex element) {
     std::string declarations;
-    const NodeRecord& record = store.At(element);
-    if (!store.SourceOf(record.begin).hasNamespaces) {
+    if (!store.SourceOf(store.At(element).begin).hasNamespaces) {
         return declarations;
     }
     Prefixes missing = UsedPrefixes(store, element);
@@ -88,7 +87,8 @@ std::string MissingNamespaces(DocumentStore& store, NodeIndex element) {
     for (const auto& [prefix, address] : Declarations(store, element)) {
         missing.erase(prefix);
     }
-    for (NodeIndex above = record.parent; above != 0 && !missing.empty(); above = store.At(above).parent) {
+    for (NodeIndex above = store.At(element).parent; above != 0 && !missing.empty();
+         above = store.At(above).parent) {
         for (const auto& [prefix, address] : Declarations(store, above)) {
             // A default namespace that was switched off around the element needs no declaration.
             if (missing.erase(prefix) == 1 && !(prefix.empty() && address.empty())) {

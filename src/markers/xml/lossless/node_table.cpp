@@ -1,5 +1,7 @@
 #include "markers/xml/lossless/node_table.h"
 
+#include <algorithm>
+
 namespace ventrix::xml {
 
 void NodeTable::Reserve(std::size_t nodes) {

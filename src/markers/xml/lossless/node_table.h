@@ -1,10 +1,8 @@
-// All nodes of a store, side by side, numbered from 1. Nothing is ever taken out; a reference holds until the
-// next Add or Reserve.
+// All nodes of a store, side by side, numbered from 1. Nothing is ever taken out.
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
 #include "markers/xml/dom.h"
@@ -18,14 +16,15 @@ using NodeIndex = std::uint32_t;  ///< 0 is no node.
 struct NodeRecord {
     NodeIndex parent = 0;  ///< For an attribute the element that has it.
     NodeIndex next = 0;    ///< Sibling; for an attribute the next attribute.
-    /// Sibling; for a first child the last one. An element's first attribute has the end of the start tag here.
+    /// Sibling; for a first child the last one. An element's first attribute has the end of the start tag
+    /// here.
     NodeIndex previous = 0;
     /// Element, document: its first child. Otherwise: the number of its own text, or of the text in front.
     NodeIndex child = 0;
     std::uint32_t begin = 0;  ///< Element: its start tag. Attribute: from its name to its closing quote.
     std::uint32_t end = 0;    ///< Element with HasAttributes: the first attribute.
-    /// Element: where its end tag begins, 0 for an empty-element tag. Attribute: its value, or the number of its
-    /// name if it was created. Quoted text: the number of the text behind.
+    /// Element: where its end tag begins, 0 for an empty-element tag. Attribute: its value, or the number of
+    /// its name if it was created. Quoted text: the number of the text behind.
     std::uint32_t close = 0;
     std::uint16_t nameLength = 0;
     std::uint8_t type = NODE_INVALID;
@@ -33,23 +32,25 @@ struct NodeRecord {
 };
 static_assert(sizeof(NodeRecord) == 32);
 
+/// A bit means something else for each kind of node.
 enum NodeFlags : std::uint8_t {
-    Created = 1,  ///< Has no place in a source at all.
-    OwnText = 2,  ///< Its content is a text of the store's, not of the source.
+    Created = 1,  ///< Any node: has no place in a source at all.
+    OwnText = 2,  ///< Text or attribute: its content is a text of the store's, not of the source.
 
-    AttributesRead = 4,      ///< The element's attributes stand as nodes.
-    HasAttributes = 8,       ///< There are some.
-    AttributesChanged = 16,  ///< The element's start tag must be written anew.
-    Touched = 32,            ///< The element has changed itself, or something below it.
+    AttributesRead = 4,      ///< Element: its attributes stand as nodes.
+    HasAttributes = 8,       ///< Element: there are some.
+    AttributesChanged = 16,  ///< Element: its start tag must be written anew.
+    Touched = 32,            ///< Element: it has changed itself, or something below it.
 
-    FromDtd = 4,  ///< An attribute that the DTD supplies and nobody changed.
+    FromDtd = 4,  ///< Attribute: the DTD supplies it and nobody changed it.
 
-    Verbatim = 4,   ///< A text whose source bytes are its content.
-    Prefixed = 8,   ///< A text of the source with a text of the store's in front.
-    Quoted = 16,    ///< A text of the source's markup, escaped, with texts of the store's around it.
-    Filled = 32,    ///< A text that is not all white space.
+    Verbatim = 4,  ///< Text: its source bytes are its content.
+    Prefixed = 8,  ///< Text: one of the source with a text of the store's in front.
+    Quoted = 16,   ///< Text: markup of the source, escaped, with texts of the store's around it.
+    Filled = 32,   ///< Text: it is not all white space.
 };
 
+/// References hold until the next Add or Reserve.
 class NodeTable {
   public:
     NodeTable() { Add(NODE_INVALID); }

@@ -136,11 +136,11 @@ void AppendExpanded(std::string& out, std::string_view content, xmlDoc* dtd, int
 
 using Escapes = std::pair<char, std::string_view>;
 
-constexpr EscapeTable textEscapes = MakeEscapeTable(
-    std::array<Escapes, 4>{{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}}});
+constexpr EscapeTable textEscapes =
+    MakeEscapeTable(std::array<Escapes, 4>{{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}}});
 
-constexpr EscapeTable textEscapesWithReturns = MakeEscapeTable(std::array<Escapes, 5>{
-    {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}, {'\n', "\r\n"}}});
+constexpr EscapeTable textEscapesWithReturns = MakeEscapeTable(
+    std::array<Escapes, 5>{{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}, {'\n', "\r\n"}}});
 
 constexpr EscapeTable quotedEscapes = Combine(markupEscapes, textEscapes);
 constexpr EscapeTable quotedEscapesWithReturns = Combine(markupEscapes, textEscapesWithReturns);

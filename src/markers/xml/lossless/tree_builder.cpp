@@ -95,11 +95,11 @@ class TreeBuilder {
   private:
     std::uint32_t Offset(std::size_t at) const { return source_.base + static_cast<std::uint32_t>(at); }
 
-
     void Expect(bool condition) { doubtful_ = doubtful_ || !condition; }
 
     /// Adds a child of the element that is open. Inlined, for building is mostly this.
-    [[gnu::always_inline]] void AddNode(NodeType type, std::size_t begin, std::size_t end, std::uint8_t flags = 0) {
+    [[gnu::always_inline]] void AddNode(NodeType type, std::size_t begin, std::size_t end,
+                                        std::uint8_t flags = 0) {
         const NodeIndex index = store_.Add(type);
         NodeRecord& record = store_.At(index);
         record.flags = flags;

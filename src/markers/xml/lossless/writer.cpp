@@ -1,5 +1,6 @@
 #include "markers/xml/lossless/writer.h"
 
+#include <algorithm>
 #include <array>
 
 #include "markers/xml/lossless/characters.h"
@@ -24,11 +25,10 @@ class Writer {
   public:
     /// Without a receiver of pieces, all is kept for Finish.
     Writer(DocumentStore& store, Output output, LineEnd lineEnd, const platform::PutPiece* put = nullptr)
-        : store_(store), output_(output), lineEnd_(lineEnd), put_(put) {
-        if (put_ != nullptr) {
-            out_.reserve(2 * pieceSize);
-        }
-    }
+        : store_(store), output_(output), lineEnd_(lineEnd), put_(put) {}
+
+    /// Tells that so many bytes may come.
+    void Expect(std::size_t size) { out_.reserve(std::min(size, 2 * pieceSize)); }
 
     /// Goes through the subtree in document order without a stack of its own: a document may be deeper than
     /// any stack.
@@ -254,6 +254,7 @@ class Writer {
 
 bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put) {
     Writer writer(store, Output::Document, LineEndOf(source), &put);
+    writer.Expect(2 * source.text.size());
     const NodeIndex root = store.FirstChild(source.document);
     const std::uint32_t prologEnd = store.At(source.root).begin;
     writer.Source(source.base, prologEnd);
@@ -270,19 +271,15 @@ bool StandsAlone(DocumentStore& store, NodeIndex element) {
     return (record.flags & Touched) == 0 && !source.hasNamespaces && !source.hasDeclarations;
 }
 
-std::string_view WriteElement(DocumentStore& store, NodeIndex element, std::string& buffer) {
-    if (StandsAlone(store, element)) {
-        const NodeRecord& record = store.At(element);
-        return store.Slice(record.begin, store.EndOf(record));
-    }
+std::string WriteElement(DocumentStore& store, NodeIndex element) {
     Writer writer(store, Output::Standalone, LineEnd::LineFeed);
     writer.WriteSubtree(element);
-    buffer = writer.Finish();
+    std::string xml = writer.Finish();
     const std::string declarations = MissingNamespaces(store, element);
     if (!declarations.empty()) {
-        buffer.insert(1 + store.NameOf(element).size(), declarations);
+        xml.insert(1 + store.NameOf(element).size(), declarations);
     }
-    return buffer;
+    return xml;
 }
 
 }  // namespace ventrix::xml

@@ -15,8 +15,7 @@ bool WriteDocument(DocumentStore& store, const SourceText& source, const platfor
 bool StandsAlone(DocumentStore& store, NodeIndex element);
 
 /// One element with its subtree, such that it parses on its own: declared entities expanded, attributes of
-/// the DTD written out, and the namespaces that it uses declared. `buffer` is filled where the source does not
-/// hold it so.
-std::string_view WriteElement(DocumentStore& store, NodeIndex element, std::string& buffer);
+/// the DTD written out, and the namespaces that it uses declared.
+std::string WriteElement(DocumentStore& store, NodeIndex element);
 
 }  // namespace ventrix::xml
