@@ -35,19 +35,19 @@ void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string
 }  // namespace
 
 xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& record) {
-    std::string text;
+    std::string buffer;
+    const std::string_view content = textNode.get_text(buffer);
     // A text without any marker word would come out as it is. Most texts of a file end here, without a copy.
-    if (textNode.get_text(text).find(markerHead) == std::string_view::npos) {
+    if (content.find(markerHead) == std::string_view::npos) {
         return textNode.get_nextSibling();
     }
-    text = NodeText(textNode);
     xml::Node parent = textNode.get_parentNode();
-    ApplyAttributeGroup(document, parent, text, record);
-    text = StripAttributeGroups(text);
+    ApplyAttributeGroup(document, parent, content, record);
+    std::string text = StripAttributeGroups(content);
     ApplyScopedEntries(document, textNode, TakeScopedGroups(text));
-    textNode.put_text(text);
     const std::vector<std::string> pieces = SplitElementGroups(text);
     if (pieces.size() < 2) {
+        textNode.put_text(text);
         return textNode.get_nextSibling();
     }
     InsertPieces(document, pieces, textNode);

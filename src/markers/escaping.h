@@ -52,7 +52,7 @@ constexpr EscapeTable Combine(const EscapeTable& first, const EscapeTable& secon
     return table;
 }
 
-/// The five characters that XML reserves. The ampersand stands first.
+/// The five characters that XML reserves.
 inline constexpr std::array<std::pair<char, std::string_view>, 5> markupCharacters = {{
     {'&', "&amp;"},
     {'<', "&lt;"},

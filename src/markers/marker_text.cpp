@@ -1,5 +1,7 @@
 #include "markers/marker_text.h"
 
+#include <algorithm>
+
 #include "markers/escaping.h"
 
 namespace ventrix {
@@ -37,10 +39,18 @@ void EscapeMarkup(std::string& text) {
 }
 
 void UnescapeMarkup(std::string& text) {
-    // The ampersand comes last, so that "&amp;lt;" gives "&lt;" and not "<".
-    for (auto pair = markupCharacters.rbegin(); pair != markupCharacters.rend(); ++pair) {
-        ReplaceAll(text, pair->second, {&pair->first, 1});
+    std::string unescaped;
+    std::string_view rest = text;
+    for (std::size_t mark = 0; (mark = rest.find('&')) != std::string_view::npos;) {
+        unescaped += rest.substr(0, mark);
+        rest.remove_prefix(mark);
+        const auto pair = std::ranges::find_if(
+            markupCharacters, [&](const auto& candidate) { return rest.starts_with(candidate.second); });
+        const bool isEscape = pair != markupCharacters.end();
+        unescaped += isEscape ? pair->first : '&';
+        rest.remove_prefix(isEscape ? pair->second.size() : 1);
     }
+    text = unescaped.append(rest);
 }
 
 std::string TrimBlanks(std::string_view text) {

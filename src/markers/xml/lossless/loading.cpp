@@ -32,10 +32,13 @@ std::string WithoutContent(const SourceText& source, std::size_t rootBegin) {
     return std::string(source.text.substr(0, rootBegin)).append("<root/>").append(behind);
 }
 
+Judgement Parse(std::string_view text, const LoadSettings& settings) {
+    return JudgeDocument(text, platform::ToNative(settings.path), settings.resolveExternals);
+}
+
 /// Has the parser judge what the tree builder could not. A text that fails is parsed whole, so that the
 /// reason tells where.
 Judgement Judge(const SourceText& source, Form form, const LoadSettings& settings) {
-    const std::string path = platform::ToNative(settings.path);
     if (form == Form::WellFormed) {
         const std::string_view text = source.text;
         const std::size_t rootBegin = RootBegin(text);
@@ -43,12 +46,12 @@ Judgement Judge(const SourceText& source, Form form, const LoadSettings& setting
             std::ranges::all_of(text.substr(source.rootEnd - source.base), IsBlank)) {
             return {};
         }
-        Judgement around = JudgeDocument(WithoutContent(source, rootBegin), path, settings.resolveExternals);
+        Judgement around = Parse(WithoutContent(source, rootBegin), settings);
         if (around.reason.empty()) {
             return around;
         }
     }
-    return JudgeDocument(source.text, path, settings.resolveExternals);
+    return Parse(source.text, settings);
 }
 
 std::string ReadSource(DocumentStore& store, SourceText& source, const LoadSettings& settings) {
