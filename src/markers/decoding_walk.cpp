@@ -70,7 +70,9 @@ void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePa
         }
         added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
     }
-    SetOrAppendAttribute(document, element, attribute, added, false);
+    if (!added.empty()) {
+        SetOrAppendAttribute(document, element, attribute, added, false);
+    }
 }
 
 void ApplyScopedEntries(xml::Document& document, xml::Node textNode, ScopedEntries entries) {

@@ -184,6 +184,13 @@ TEST_F(XmlLoad, AnEntityBombGivesAReasonSoon) {
         << reason;
 }
 
+TEST_F(XmlLoad, ANameThatIsTooLongForANodeGivesAReason) {
+    const std::string name(65536, 'x');
+    EXPECT_FALSE(Load("<a id" + name + "='1'/>"));
+    EXPECT_FALSE(Load("<a" + name + "/>"));
+    EXPECT_TRUE(Load("<a " + name.substr(1) + "='1'/>")) << reason;
+}
+
 TEST_F(XmlLoad, AnyDepthLoadsAndSaves) {
     constexpr std::size_t levels = 200000;
     const std::string document = Repeated("<a>", levels) + "x" + Repeated("</a>", levels);

@@ -4,6 +4,9 @@
 #include "markers/marker_text.h"
 #include "markers/xml_fixture.h"
 
+/// Of the address checks, which every test has: what is allocated now.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+
 namespace ventrix::test {
 namespace {
 
@@ -341,6 +344,25 @@ TEST_F(XmlTree, QuotesAnElementAsATextOfItsXmlWouldBe) {
             EXPECT_EQ(savedWith(bytes, change, true), savedWith(bytes, change, false)) << bytes;
         }
     }
+}
+
+TEST_F(XmlTree, ATextThatIsReplacedLeavesNoMemoryBehind) {
+    const auto document = Load("<a x='1'>1<b/>2</a>");
+    ASSERT_TRUE(document) << reason;
+    const xml::Node root = document->get_documentElement();
+    xml::Node text = root.get_firstChild();
+    xml::Node prefixed = text.get_nextSibling().get_nextSibling();
+    xml::Node attribute = root.get_attributes().get_item(0);
+    const std::string piece(1000, 'x');
+    const std::size_t before = __sanitizer_get_current_allocated_bytes();
+    for (int i = 0; i < 1000; ++i) {
+        attribute.put_text(attribute.get_text() + piece);
+        text.put_text(text.get_text() + piece);
+        prefixed.prepend_text(piece);
+    }
+    EXPECT_LT(__sanitizer_get_current_allocated_bytes() - before, 20 * piece.size() * 1000);
+    const std::string whole(1000 * piece.size(), 'x');
+    EXPECT_TRUE(Saved(*document) == "<a x='1" + whole + "'>1" + whole + "<b/>" + whole + "2</a>");
 }
 
 TEST_F(XmlTree, ATextIsFilledByMoreThanBlanks) {

@@ -106,7 +106,7 @@ std::string_view DocumentStore::AttributeNameOf(const NodeRecord& record) {
 std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) {
     const NodeRecord& record = At(index);
     if ((record.flags & OwnText) != 0) {
-        return texts_[record.child];
+        return OwnTextOf(record);
     }
     switch (record.type) {
         case NODE_TEXT:
@@ -129,7 +129,7 @@ std::string_view DocumentStore::TextOf(const NodeRecord& text, std::string& buff
     if (!isSurrounded && (text.flags & Verbatim) != 0) {
         return raw;
     }
-    buffer = isSurrounded ? texts_[text.child] : std::string_view();
+    buffer = isSurrounded ? OwnTextOf(text) : std::string_view();
     if ((text.flags & Quoted) != 0) {
         AppendEscaped(buffer, raw, markupEscapes);
         buffer += texts_[text.close];
@@ -158,7 +158,7 @@ bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view front) {
 void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     NoteChange(index);
     NodeRecord& record = At(index);
-    record.child = AddText(text);
+    PutOwnText(record, text);
     record.flags = static_cast<std::uint8_t>((record.flags & ~(Prefixed | Quoted | Filled)) | OwnText);
     NoteFilled(record);
 }
@@ -183,16 +183,32 @@ void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
         return;
     }
     NoteChange(text);
-    record.child = (record.flags & Prefixed) == 0
-                       ? ShareText(front)
-                       : AddText(std::string(UpToNul(front)).append(texts_[record.child]));
-    record.flags |= Prefixed;
+    if ((record.flags & Prefixed) == 0) {
+        record.child = ShareText(front);
+        record.flags |= Prefixed;
+    } else {
+        PutOwnText(record, std::string(UpToNul(front)).append(OwnTextOf(record)));
+    }
     NoteFilled(record);
+}
+
+// A node whose text is replaced once may have it replaced a thousand times, a little longer each time. So
+// from then on the new one takes the old one's place.
+void DocumentStore::PutOwnText(NodeRecord& record, std::string_view text) {
+    if ((record.flags & Rewritten) != 0) {
+        strings_[record.child] = UpToNul(text);
+    } else if ((record.flags & (OwnText | Prefixed)) != 0 && record.child != 0) {
+        strings_.emplace_back(UpToNul(text));
+        record.child = static_cast<std::uint32_t>(strings_.size() - 1);
+        record.flags |= Rewritten;
+    } else {
+        record.child = AddText(text);
+    }
 }
 
 /// A text that has one of the store's is filled if that is.
 void DocumentStore::NoteFilled(NodeRecord& text) {
-    if (!std::ranges::all_of(texts_[text.child], IsBlank)) {
+    if (!std::ranges::all_of(OwnTextOf(text), IsBlank)) {
         text.flags |= Filled;
     }
 }

@@ -40,7 +40,8 @@ struct SourceText {
     bool suppliesAttributes = false;  ///< The DTD has attributes with default values.
     bool tokenizes = false;           ///< The DTD declares attribute types other than CDATA.
     bool hasNamespaces = false;
-    bool hasDeclarations = false;  ///< The DTD holds some.
+    bool hasDefaultNamespace = false;  ///< Somewhere in it.
+    bool hasDeclarations = false;      ///< The DTD holds some.
 };
 
 class DocumentStore {
@@ -90,6 +91,11 @@ class DocumentStore {
     /// The same. A text that came a short while ago, as the same marker in front of many texts, is kept once.
     std::uint32_t ShareText(std::string_view text);
     std::string_view TextAt(std::uint32_t number) const { return texts_[number]; }
+
+    /// The store's text of a node that has one.
+    std::string_view OwnTextOf(const NodeRecord& record) const {
+        return (record.flags & Rewritten) != 0 ? strings_[record.child] : texts_[record.child];
+    }
 
     std::string_view NameOf(NodeIndex index) {
         const NodeRecord& record = At(index);
@@ -147,6 +153,7 @@ class DocumentStore {
     std::string_view AttributeNameOf(const NodeRecord& record);
     void NoteChange(NodeIndex index);
     void NoteFilled(NodeRecord& text);
+    void PutOwnText(NodeRecord& record, std::string_view text);
     void Touch(NodeIndex element);
     std::string_view TextOf(const NodeRecord& text, std::string& buffer);
 
@@ -156,6 +163,7 @@ class DocumentStore {
     SourceText* latest_ = nullptr;  ///< Of the others, the one asked for last.
     TextArena arena_;
     std::vector<std::string_view, platform::FullUseAllocator<std::string_view>> texts_;
+    std::deque<std::string> strings_;  ///< Texts that were replaced, and may be again. Each is one node's.
     std::array<std::uint32_t, 8> shared_{};  ///< The numbers of the latest shared texts.
     std::size_t nextShared_ = 0;             ///< Counts on; the remainder is the next one's place.
 

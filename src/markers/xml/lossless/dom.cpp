@@ -236,9 +236,8 @@ Node Document::createAttribute(std::string_view name) {
     }
     const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
     const std::uint32_t ownName = store_->ShareText(terminated);
-    store_->At(index).flags = Created;
+    store_->At(index).flags = Created | OwnText;
     store_->At(index).close = ownName;
-    store_->SetContent(index, {});
     return {store_.get(), index};
 }
 

@@ -70,6 +70,7 @@ std::string ReadSource(DocumentStore& store, SourceText& source, const LoadSetti
         NoteDeclarations(source.dtd->extSubset, source);
         // A namespace may be declared by an attribute that the DTD supplies.
         source.hasNamespaces = source.hasNamespaces || source.suppliesAttributes;
+        source.hasDefaultNamespace = source.hasDefaultNamespace || source.suppliesAttributes;
     }
     return {};
 }

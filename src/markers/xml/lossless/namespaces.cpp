@@ -84,6 +84,9 @@ std::string MissingNamespaces(DocumentStore& store, NodeIndex element) {
     }
     Prefixes missing = UsedPrefixes(store, element);
     missing.erase("xml");
+    if (!store.SourceOf(store.At(element).begin).hasDefaultNamespace) {
+        missing.erase("");
+    }
     for (const auto& [prefix, address] : Declarations(store, element)) {
         missing.erase(prefix);
     }

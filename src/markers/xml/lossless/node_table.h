@@ -48,6 +48,8 @@ enum NodeFlags : std::uint8_t {
     Prefixed = 8,  ///< Text: one of the source with a text of the store's in front.
     Quoted = 16,   ///< Text: markup of the source, escaped, with texts of the store's around it.
     Filled = 32,   ///< Text: it is not all white space.
+
+    Rewritten = 64,  ///< Text or attribute: the store's text is a string that is its own.
 };
 
 /// References hold until the next Add or Reserve.

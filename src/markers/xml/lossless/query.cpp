@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "markers/xml/lossless/characters.h"
 #include "markers/xml/lossless/namespaces.h"
 #include "markers/xml/lossless/quiet_errors.h"
 #include "markers/xml/lossless/references.h"
@@ -33,6 +34,20 @@ std::string TextOfXml(std::string_view xml) {
         xml = behind == std::string_view::npos ? std::string_view() : xml.substr(behind + 1);
     }
     return text;
+}
+
+/// No prefix is bound, but libxml2 takes this one for bound whatever it is told.
+bool UsesXmlPrefix(std::string_view query) {
+    constexpr std::string_view prefix = "xml:";
+    for (std::size_t at = 0; at < query.size(); ++at) {
+        if (query[at] == '"' || query[at] == '\'') {
+            at = std::min(query.find(query[at], at + 1), query.size());
+        } else if (query.substr(at).starts_with(prefix) &&
+                   (at == 0 || (ClassOf(query[at - 1]) & NameByte) == 0)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -239,6 +254,9 @@ bool QueryTree::Holds() const {
 }
 
 std::optional<std::vector<NodeIndex>> QueryTree::Select(const std::string& query) {
+    if (UsesXmlPrefix(query)) {
+        return std::nullopt;
+    }
     copy_->Update();
     const QuietErrors quiet;
     const std::unique_ptr<xmlXPathContext, FreeXPathContext> context(

@@ -53,13 +53,14 @@ class TagNames {
     std::size_t count_ = 0;
 };
 
-/// As many as there would be if the whole text were like its beginning, and some more.
+/// As many as there would be if the whole text were like its beginning, and some more. Bounded, since it may
+/// be like that in its beginning only.
 std::size_t ExpectedNodes(std::string_view text) {
     constexpr std::size_t sampleSize = std::size_t{64} * 1024;
     const std::string_view sample = text.substr(0, sampleSize);
     const auto tags = static_cast<std::size_t>(std::ranges::count(sample, '<'));
     const std::size_t expected = 2 * tags * text.size() / std::max<std::size_t>(sample.size(), 1);
-    return expected + expected / 4 + 2;
+    return std::min(expected + expected / 4, text.size() / 4) + 2;
 }
 
 /// The text ends in a NUL, which is no character of any class, so that scans by class need no other end.
@@ -89,6 +90,9 @@ class TreeBuilder {
         } while (parent_ != source_.document);
         TieChildren();
         source_.rootEnd = Offset(at_);
+        if (hasLongName_) {
+            return Form::Broken;
+        }
         return doubtful_ ? Form::Doubtful : Form::WellFormed;
     }
 
@@ -274,7 +278,8 @@ class TreeBuilder {
         std::size_t at = NameEnd(begin);
         const std::string_view name = text_.substr(begin, at - begin);
         Expect(names_.Add(name));
-        source_.hasNamespaces = source_.hasNamespaces || name.starts_with("xmlns");
+        hasLongName_ = hasLongName_ || name.size() > LongestName;
+        NoteNamespace(name);
         while (IsBlank(data_[at])) {
             ++at;
         }
@@ -287,6 +292,13 @@ class TreeBuilder {
         }
         const char quote = data_[at];
         return quote == '"' || quote == '\'' ? ValueEnd(at + 1, quote) : NotFound;
+    }
+
+    void NoteNamespace(std::string_view attributeName) {
+        if (attributeName.starts_with("xmlns")) {
+            source_.hasNamespaces = true;
+            source_.hasDefaultNamespace = source_.hasDefaultNamespace || attributeName == "xmlns";
+        }
     }
 
     std::size_t ValueEnd(std::size_t at, char quote) {
@@ -415,6 +427,7 @@ class TreeBuilder {
     std::size_t at_ = 0;
     bool hasDoctype_ = false;  ///< Attributes may come from it.
     bool doubtful_ = false;
+    bool hasLongName_ = false;  ///< Longer than a node can tell.
     TagNames names_;
 
     std::size_t begin_ = 0;  ///< Of the text that is being taken.

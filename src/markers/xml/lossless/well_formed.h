@@ -13,9 +13,10 @@ struct Judgement {
                          ///< well-formed.
 };
 
-/// `text` is UTF-8, whatever its XML declaration says. `nativePath` is where relative system ids start from;
-/// it may be empty. The external DTD is read only with `resolveExternals`, and only from local files. A
-/// reference to an entity that nothing declares gives a reason with the words "undefined entity".
+/// `text` is UTF-8, whatever its XML declaration says, with a NUL behind it. `nativePath` is where relative
+/// system ids start from; it may be empty. The external DTD is read only with `resolveExternals`, and only
+/// from local files. A reference to an entity that nothing declares gives a reason with the words "undefined
+/// entity".
 Judgement JudgeDocument(std::string_view text, const std::string& nativePath, bool resolveExternals);
 
 }  // namespace ventrix::xml

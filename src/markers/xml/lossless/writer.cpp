@@ -115,7 +115,7 @@ class Writer {
             OpenElement(index);
         } else if ((record.flags & OwnText) != 0) {
             Flush();
-            AppendEscapedText(out_, store_.TextAt(record.child), lineEnd_);
+            AppendEscapedText(out_, store_.OwnTextOf(record), lineEnd_);
         } else if ((record.flags & Quoted) != 0) {
             Flush();
             AppendShared(record.child);
@@ -123,7 +123,7 @@ class Writer {
             AppendShared(record.close);
         } else if ((record.flags & Prefixed) != 0) {
             Flush();
-            AppendShared(record.child);
+            AppendFront(record);
             Source(record.begin, record.end);
         } else if (output_ == Output::Standalone && record.type == NODE_ENTITY_REFERENCE) {
             Flush();
@@ -131,6 +131,14 @@ class Writer {
                                  store_.SourceOf(record.begin).dtd.get());
         } else {
             Source(record.begin, record.end);
+        }
+    }
+
+    void AppendFront(const NodeRecord& text) {
+        if ((text.flags & Rewritten) != 0) {
+            AppendEscapedText(out_, store_.OwnTextOf(text), lineEnd_);
+        } else {
+            AppendShared(text.child);
         }
     }
 

@@ -14,8 +14,8 @@ bool WriteDocument(DocumentStore& store, const SourceText& source, const platfor
 /// True for an element that parses on its own just as its source has it.
 bool StandsAlone(DocumentStore& store, NodeIndex element);
 
-/// One element with its subtree, such that it parses on its own: declared entities expanded, attributes of
-/// the DTD written out, and the namespaces that it uses declared.
+/// One element with its subtree, such that it parses on its own: declared entities expanded, and the
+/// namespaces that it uses declared.
 std::string WriteElement(DocumentStore& store, NodeIndex element);
 
 }  // namespace ventrix::xml
