@@ -70,6 +70,7 @@ void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePa
         }
         added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
     }
+    // Nothing to join leaves the attribute as the file has it.
     if (!added.empty()) {
         SetOrAppendAttribute(document, element, attribute, added, false);
     }

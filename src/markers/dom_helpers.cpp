@@ -32,7 +32,8 @@ xml::Node NewTextNode(xml::Document& document, std::string_view text) {
 }
 
 xml::Node NewElementGroupNode(xml::Document& document, xml::Node element) {
-    return document.createQuotedXml(QL_ELEM_S, element, QL_ELEM_E);
+    const xml::Node quoted = document.createQuotedXml(QL_ELEM_S, element, QL_ELEM_E);
+    return quoted ? quoted : NewTextNode(document, WrapElementGroup(element.get_xml()));
 }
 
 bool IsElement(xml::Node node) {

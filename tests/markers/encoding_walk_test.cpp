@@ -79,6 +79,10 @@ TEST(EncodingWalk, ReplacesListedElementsInRunningText) {
          "<a><b><u/></b>" + u + " " + u + "x<b>y" + u + " <u/></b><u/> <u/></a>"},
         {"an entity reference is no text", "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;<u/></a>",
          "<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;<u/></a>"},
+        {"with the namespaces that it needs", "<a xmlns='u'>x<u/></a>",
+         "<a xmlns='u'>xQL_ELEM_S&amp;lt;u xmlns=&amp;quot;u&amp;quot;/&amp;gt;QL_ELEM_E</a>"},
+        {"with its entities expanded", "<!DOCTYPE a [<!ENTITY e 'z'>]><a>x<i>&e;</i></a>",
+         "<!DOCTYPE a [<!ENTITY e 'z'>]><a>xQL_ELEM_S&amp;lt;i&amp;gt;z&amp;lt;/i&amp;gt;QL_ELEM_E</a>"},
         {"a listed root is walked", "<i>x<u/></i>", "<i>x" + u + "</i>"},
     };
     PublishParams record;

@@ -311,11 +311,12 @@ TEST_F(XmlTree, GivesAnElementAsXmlThatParsesOnItsOwn) {
 using Afterwards = void(xml::Node text, xml::Node element);
 
 TEST_F(XmlTree, QuotesAnElementAsATextOfItsXmlWouldBe) {
-    const char* documents[] = {
-        "<a>1<b x=\"&lt;\">'2' &amp;<c/>\r\n</b>3\r\n</a>",
-        "<a>1<b/></a>",
-        "<a xmlns='u'>1<b>\xC3\xA4</b></a>",
-        "<!DOCTYPE a [<!ENTITY e 'E'>]><a>1<b>&e;</b></a>",
+    const std::pair<const char*, bool> documents[] = {
+        {"<a>1<b x=\"&lt;\">'2' &amp;<c/>\r\n</b>3\r\n</a>", true},
+        {"<a>1<b/></a>", true},
+        {"<!DOCTYPE a>\n<a>1<b>\xC3\xA4&#39;</b></a>", true},
+        {"<a xmlns='u'>1<b>\xC3\xA4</b></a>", false},
+        {"<!DOCTYPE a [<!ENTITY e 'E'>]><a>1<b>&e;</b></a>", false},
     };
     Afterwards* const afterwards[] = {
         [](xml::Node, xml::Node) {},
@@ -339,11 +340,22 @@ TEST_F(XmlTree, QuotesAnElementAsATextOfItsXmlWouldBe) {
         change(text, element);
         return Saved(*document);
     };
-    for (const char* bytes : documents) {
+    for (const auto& [bytes, isHeld] : documents) {
+        if (!isHeld) {
+            const auto document = Load(bytes);
+            const xml::Node element = FindElement(document->get_documentElement(), "b");
+            EXPECT_FALSE(document->createQuotedXml("S", element, "E")) << bytes;
+            continue;
+        }
         for (Afterwards* change : afterwards) {
             EXPECT_EQ(savedWith(bytes, change, true), savedWith(bytes, change, false)) << bytes;
         }
     }
+    const auto changed = Load("<a><b>1</b></a>");
+    const xml::Node element = FindElement(changed->get_documentElement(), "b");
+    element.get_firstChild().put_text("2");
+    EXPECT_FALSE(changed->createQuotedXml("S", element, "E")) << "it is no longer what the source has";
+    EXPECT_FALSE(changed->createQuotedXml("S", element.get_firstChild(), "E"));
 }
 
 TEST_F(XmlTree, ATextThatIsReplacedLeavesNoMemoryBehind) {

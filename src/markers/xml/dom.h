@@ -206,8 +206,9 @@ class Document {
     /// A new text node, not yet in the tree.
     Node createTextNode(std::string_view text);
 
-    /// The same, of `before`, the element's XML with its five markup characters escaped, and `behind`. Where
-    /// the document holds the element's XML, no copy is made. Later changes of the element change nothing.
+    /// The same, of `before`, the element's XML with its five markup characters escaped, and `behind`,
+    /// without a copy of the XML: later changes of the element change nothing. A null node where the document
+    /// does not hold the element as get_xml would give it.
     Node createQuotedXml(std::string_view before, Node element, std::string_view behind);
 
     /// A new attribute without a value, not yet on an element; a null node for a text that is no XML name.

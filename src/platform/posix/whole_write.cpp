@@ -107,21 +107,17 @@ int WriteAll(int descriptor, const char* bytes, std::size_t count) {
 
 int GrowingFile::Append(std::string_view piece) {
     written_ += static_cast<off_t>(piece.size());
-    if (written_ > setAside_ && written_ >= largeFile) {
-        SetRoomAside();
+    if (canSetAside_ && written_ > setAside_ && written_ >= largeFile) {
+        // Not every file system can do it, and a full one can't: then writing goes on without.
+        setAside_ = written_ + roomAhead;
+        canSetAside_ = ::fallocate(descriptor_, FALLOC_FL_KEEP_SIZE, 0, setAside_) == 0;
     }
     return WriteAll(descriptor_, piece.data(), piece.size());
 }
 
-// Not every file system can do it, and a full one can't: then writing goes on without.
-void GrowingFile::SetRoomAside() {
-    const off_t wanted = written_ + roomAhead;
-    canSetAside_ = canSetAside_ && ::fallocate(descriptor_, FALLOC_FL_KEEP_SIZE, 0, wanted) == 0;
-    setAside_ = canSetAside_ ? wanted : setAside_;
-}
-
+// A file system that ran full may have set a part aside.
 int GrowingFile::Finish() {
-    return setAside_ > written_ && ::ftruncate(descriptor_, written_) != 0 ? errno : 0;
+    return setAside_ > 0 && ::ftruncate(descriptor_, written_) != 0 ? errno : 0;
 }
 
 }  // namespace ventrix::platform

@@ -43,11 +43,9 @@ class GrowingFile {
     int Finish();
 
   private:
-    void SetRoomAside();
-
     int descriptor_;
     off_t written_ = 0;
-    off_t setAside_ = 0;
+    off_t setAside_ = 0;  ///< Up to where it was tried.
     bool canSetAside_ = true;
 };
 

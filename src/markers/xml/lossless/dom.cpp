@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "markers/escaping.h"
 #include "markers/xml/dom.h"
 #include "markers/xml/lossless/document_store.h"
 #include "markers/xml/lossless/loading.h"
@@ -219,14 +218,12 @@ Node Document::createTextNode(std::string_view text) {
 }
 
 Node Document::createQuotedXml(std::string_view before, Node element, std::string_view behind) {
-    const bool isOwn = element.store_ == store_.get() && element.get_nodeType() == NODE_ELEMENT;
-    if (isOwn && StandsAlone(*store_, element.index_)) {
-        const NodeRecord& record = store_->At(element.index_);
-        return store_->Handle(store_->AddQuoted(before, record.begin, store_->EndOf(record), behind));
+    if (element.store_ != store_.get() || element.get_nodeType() != NODE_ELEMENT ||
+        !StandsAlone(*store_, element.index_)) {
+        return {};
     }
-    std::string text(before);
-    AppendEscaped(text, element.get_xml(), markupEscapes);
-    return createTextNode(text.append(behind));
+    const NodeRecord& record = store_->At(element.index_);
+    return store_->Handle(store_->AddQuoted(before, record.begin, store_->EndOf(record), behind));
 }
 
 Node Document::createAttribute(std::string_view name) {
