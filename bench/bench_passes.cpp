@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char encodedSuffix[] = ".encoded";
+constexpr char kEncodedSuffix[] = ".encoded";
 
 /// The folder of the run's files; it goes with the program.
 class WorkFolder {
@@ -107,7 +107,7 @@ void Pass(const std::string& file, bool decode, PublishParams record) {
 
 /// The encoded file of a document, made when it is first needed.
 void Provide(const std::string& file) {
-    const std::string source = file.substr(0, file.size() - std::string(encodedSuffix).size());
+    const std::string source = file.substr(0, file.size() - std::string(kEncodedSuffix).size());
     if (!fs::exists(file)) {
         fs::copy_file(source, file);
         Pass(file, false, Attributes());
@@ -145,7 +145,7 @@ void AddShape(const std::string& shape, const WorkFolder& folder, const std::str
     Add("pugixml/" + shape, folder, file, [](const std::string& copy) { PugixmlLoadAndSave(copy, copy); });
     Add("load_save/" + shape, folder, file, [](const std::string& copy) { LoadAndSave(copy, copy); });
     Add("encode/" + shape, folder, file, [](const std::string& copy) { Pass(copy, false, Attributes()); });
-    Add("decode/" + shape, folder, file + encodedSuffix,
+    Add("decode/" + shape, folder, file + kEncodedSuffix,
         [](const std::string& copy) { Pass(copy, true, Attributes()); });
 }
 
@@ -157,19 +157,19 @@ void AddXPaths(const std::string& shape, const WorkFolder& folder, const std::st
         [](const std::string& copy) { Pass(copy, false, Queries()); });
 }
 
-constexpr std::size_t topicElements = 240000;
-constexpr std::size_t wideSiblings = 100000;
-constexpr std::size_t deepLevels = 20000;
+constexpr std::size_t kTopicElements = 240000;
+constexpr std::size_t kWideSiblings = 100000;
+constexpr std::size_t kDeepLevels = 20000;
 
 void AddAll(const WorkFolder& folder) {
     AddShape("small", folder, MakeTopic(150));
     for (const std::size_t part : {10, 1}) {
         const std::string suffix = part == 1 ? "" : "_tenth";
-        AddShape("topic" + suffix, folder, MakeTopic(topicElements / part));
-        AddXPaths("topic" + suffix, folder, MakeTopic(topicElements / part));
-        AddShape("wide" + suffix, folder, MakeWide(wideSiblings / part));
-        AddXPaths("wide" + suffix, folder, MakeWide(wideSiblings / part));
-        AddShape("deep" + suffix, folder, MakeDeep(deepLevels / part));
+        AddShape("topic" + suffix, folder, MakeTopic(kTopicElements / part));
+        AddXPaths("topic" + suffix, folder, MakeTopic(kTopicElements / part));
+        AddShape("wide" + suffix, folder, MakeWide(kWideSiblings / part));
+        AddXPaths("wide" + suffix, folder, MakeWide(kWideSiblings / part));
+        AddShape("deep" + suffix, folder, MakeDeep(kDeepLevels / part));
     }
 }
 
@@ -186,7 +186,7 @@ std::vector<Ratio> Ratios() {
         {"small document: encode, over libxml2 load and save", "encode/small", "libxml2/small", {}},
         {"small document: encode, over pugixml load and save", "encode/small", "pugixml/small", {}},
     };
-    constexpr double growth = 11;
+    constexpr double kGrowth = 11;
     for (const std::string shape : {"topic", "wide", "deep"}) {
         for (const std::string operation :
              {"load_save", "encode", "decode", "encode_xpath", "encode_queries"}) {
@@ -195,7 +195,7 @@ std::vector<Ratio> Ratios() {
             // long as the document is deep.
             const bool isOurs = operation != "encode_queries" && name != "encode_xpath/deep";
             ratios.push_back({name + ": ten times the document", name, name + "_tenth",
-                              isOurs ? std::optional(growth) : std::nullopt});
+                              isOurs ? std::optional(kGrowth) : std::nullopt});
         }
     }
     return ratios;

@@ -3,8 +3,8 @@
 namespace ventrix::bench {
 namespace {
 
-constexpr std::size_t paragraphsPerSection = 20;
-constexpr std::size_t elementsPerParagraph = 3;
+constexpr std::size_t kParagraphsPerSection = 20;
+constexpr std::size_t kElementsPerParagraph = 3;
 
 void AppendParagraph(std::string& topic, std::size_t number) {
     topic += number % 4 == 0 ? "      <p audience=\"expert\">" : "      <p>";
@@ -24,11 +24,11 @@ void OpenSection(std::string& topic, std::size_t number) {
 std::string MakeTopic(std::size_t elements) {
     std::string topic =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<topic id=\"t\">\n  <title>Valves</title>\n  <body>\n";
-    const std::size_t paragraphs = elements / elementsPerParagraph;
+    const std::size_t paragraphs = elements / kElementsPerParagraph;
     for (std::size_t i = 0; i < paragraphs; ++i) {
-        if (i % paragraphsPerSection == 0) {
+        if (i % kParagraphsPerSection == 0) {
             topic += i == 0 ? "" : "    </section>\n";
-            OpenSection(topic, i / paragraphsPerSection);
+            OpenSection(topic, i / kParagraphsPerSection);
         }
         AppendParagraph(topic, i);
     }

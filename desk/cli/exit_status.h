@@ -6,15 +6,15 @@
 namespace ventrix::desk {
 
 enum ExitStatus : int {
-    ExitDone = 0,
-    ExitFindings = 1,        ///< Done, but something was found: a mask, a missing file, a file that failed.
-    ExitUsage = 2,           ///< The command line is wrong.
-    ExitUnreadable = 3,      ///< The document cannot be read.
-    ExitRefused = 4,         ///< The module refused the request, or packaging ended it.
-    ExitOutputRefused = 5,   ///< The output folder must not be emptied or cannot be written.
-    ExitTransformation = 6,  ///< The transformation failed or wrote nothing.
-    ExitNoModule = 7,        ///< The host or the module could not start.
-    ExitInterrupted = 130,   ///< Ctrl-C.
+    kExitDone = 0,
+    kExitFindings = 1,        ///< Done, but something was found: a mask, a missing file, a file that failed.
+    kExitUsage = 2,           ///< The command line is wrong.
+    kExitUnreadable = 3,      ///< The document cannot be read.
+    kExitRefused = 4,         ///< The module refused the request, or packaging ended it.
+    kExitOutputRefused = 5,   ///< The output folder must not be emptied or cannot be written.
+    kExitTransformation = 6,  ///< The transformation failed or wrote nothing.
+    kExitNoModule = 7,        ///< The host or the module could not start.
+    kExitInterrupted = 130,   ///< Ctrl-C.
 };
 
 /// Thrown to end the command with this exit status and message.

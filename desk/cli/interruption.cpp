@@ -17,9 +17,9 @@ extern "C" void EndInterrupted(int) {
     if (const char* name = markName.load(); name != nullptr) {
         MarkOutput(name);
     }
-    constexpr char text[] = "\ninterrupted\n";
-    [[maybe_unused]] const auto written = write(STDERR_FILENO, text, sizeof text - 1);
-    _exit(ExitInterrupted);
+    constexpr char kText[] = "\ninterrupted\n";
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, kText, sizeof kText - 1);
+    _exit(kExitInterrupted);
 }
 
 }  // namespace

@@ -17,14 +17,14 @@ using namespace ventrix::desk;
 
 int RunVerb(const Options& options, const Screen& screen) {
     switch (options.verb) {
-        case Verb::Publish:
+        case Verb::kPublish:
             return Publish(options, screen);
-        case Verb::Validate:
+        case Verb::kValidate:
             return Validate(options, screen);
-        case Verb::Request:
+        case Verb::kRequest:
             return Request(options, screen);
     }
-    return ExitUsage;
+    return kExitUsage;
 }
 
 int Fail(const Screen& screen, int status, const std::string& text) {
@@ -40,13 +40,13 @@ int Run(int argc, char** argv) {
     std::optional<Screen> screen;
     try {
         if (!ReadOptions(argc, argv, options)) {
-            return ExitDone;
+            return kExitDone;
         }
         return RunVerb(options, screen.emplace(options.common));
     } catch (const Stop& stop) {
         return Fail(screen.emplace(options.common), stop.status, stop.text);
     } catch (const std::exception& error) {
-        return Fail(screen.emplace(options.common), ExitNoModule, error.what());
+        return Fail(screen.emplace(options.common), kExitNoModule, error.what());
     }
 }
 
@@ -63,7 +63,7 @@ int Finish(int status) {
         return status;
     }
     std::cerr << "error: the result could not be written to standard output\n";
-    return status == ExitDone ? ExitFindings : status;
+    return status == kExitDone ? kExitFindings : status;
 }
 
 }  // namespace

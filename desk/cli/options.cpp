@@ -9,11 +9,11 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr char Description[] =
+constexpr char kDescription[] =
     "Publishes DITA and other XML as HTML, and carries through the transformation what it would lose:\n"
     "attributes, inline elements, XPaths, source paths.";
 
-constexpr char Footer[] = R"(Examples:
+constexpr char kFooter[] = R"(Examples:
   ventrix publish guide.ditamap -o out --attributes audience,product --elements uicontrol --xpath
   ventrix publish book.xml -o out --xslt /usr/share/xml/docbook/stylesheet/docbook-xsl/xhtml/docbook.xsl
   ventrix validate guide.ditamap
@@ -96,19 +96,19 @@ void AddPublish(CLI::App& verb, PublishOptions& publish) {
     verb.add_flag("--force", publish.force, "Empty an output folder that no earlier run made");
 }
 
-constexpr char RequestText[] = "TEXT";
-constexpr char Hint[] = "; --help tells what there is";
+constexpr char kRequestText[] = "TEXT";
+constexpr char kHint[] = "; --help tells what there is";
 
 void RequireVerb(int argc, char** argv, const CLI::App& app) {
     if (argc < 2) {
-        throw Stop{ExitUsage, std::string("say what to do: publish, validate or request") + Hint};
+        throw Stop{kExitUsage, std::string("say what to do: publish, validate or request") + kHint};
     }
     const std::string word = argv[1];
     const auto all = app.get_subcommands([](const CLI::App*) { return true; });
     const bool known =
         std::ranges::any_of(all, [&](const CLI::App* verb) { return verb->get_name() == word; });
     if (!word.starts_with('-') && !known) {
-        throw Stop{ExitUsage, word + ": there is no such verb, but publish, validate and request" + Hint};
+        throw Stop{kExitUsage, word + ": there is no such verb, but publish, validate and request" + kHint};
     }
 }
 
@@ -117,8 +117,8 @@ void RequireVerb(int argc, char** argv, const CLI::App& app) {
 void RefuseEmptyValues(const CLI::App& verb) {
     for (const CLI::Option* option : verb.get_options()) {
         for (const std::string& value : option->results()) {
-            if (value.empty() && option->get_name() != RequestText) {
-                throw Stop{ExitUsage, option->get_name() + ": the value is empty" + Hint};
+            if (value.empty() && option->get_name() != kRequestText) {
+                throw Stop{kExitUsage, option->get_name() + ": the value is empty" + kHint};
             }
         }
     }
@@ -127,11 +127,11 @@ void RefuseEmptyValues(const CLI::App& verb) {
 }  // namespace
 
 bool ReadOptions(int argc, char** argv, Options& options) {
-    CLI::App app{Description, "ventrix"};
+    CLI::App app{kDescription, "ventrix"};
     app.set_version_flag("--version", "ventrix 1.0.0.1");
     app.set_help_flag("--help,-h", "Tell what there is, and end");
     app.require_subcommand(1);
-    app.footer(Footer);
+    app.footer(kFooter);
     auto* publish = app.add_subcommand("publish", "Turn a document into a folder of HTML");
     auto* validate = app.add_subcommand("validate", "Tell whether a document can be published");
     auto* request =
@@ -145,7 +145,7 @@ bool ReadOptions(int argc, char** argv, Options& options) {
                      "Document to open; {docId} in TEXT becomes its id")
         ->required()
         ->type_name("DOCUMENT");
-    request->add_option(RequestText, options.requestText, "The request")->required();
+    request->add_option(kRequestText, options.requestText, "The request")->required();
     AddPublish(*publish, options.publish);
     for (CLI::App* verb : {publish, validate, request}) {
         AddCommon(*verb, options.common);
@@ -159,13 +159,13 @@ bool ReadOptions(int argc, char** argv, Options& options) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) {
-            throw Stop{ExitUsage, std::string(error.what()) + Hint};
+            throw Stop{kExitUsage, std::string(error.what()) + kHint};
         }
         app.exit(error);
         return false;
     }
     RefuseEmptyValues(*app.get_subcommands().front());
-    options.verb = *publish ? Verb::Publish : *validate ? Verb::Validate : Verb::Request;
+    options.verb = *publish ? Verb::kPublish : *validate ? Verb::kValidate : Verb::kRequest;
     return true;
 }
 

@@ -7,7 +7,7 @@
 
 namespace ventrix::desk {
 
-enum class Verb { Publish, Validate, Request };
+enum class Verb { kPublish, kValidate, kRequest };
 
 /// Options that all verbs share.
 struct CommonOptions {
@@ -34,7 +34,7 @@ struct PublishOptions {
 };
 
 struct Options {
-    Verb verb = Verb::Publish;
+    Verb verb = Verb::kPublish;
     CommonOptions common;
     PublishOptions publish;
     std::string requestText;

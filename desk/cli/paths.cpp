@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include "desk/cli/exit_status.h"
-#include "desk/documents/reference_path.h"
+#include "desk/xml/reference_path.h"
 #include "platform/drives.h"
 
 namespace fs = std::filesystem;
@@ -23,11 +23,11 @@ std::string AbsolutePath(const std::string& path) {
 std::string SystemPath(const std::string& path) {
     const std::string absolute = AbsolutePath(path);
     if (const std::string why = WhyUnnameable(absolute); !why.empty()) {
-        throw Stop{ExitUsage, path + ": " + why};
+        throw Stop{kExitUsage, path + ": " + why};
     }
     const auto system = platform::ToSystem(absolute);
     if (!system) {
-        throw Stop{ExitUsage, path + ": no drive reaches this place; --drive gives it one"};
+        throw Stop{kExitUsage, path + ": no drive reaches this place; --drive gives it one"};
     }
     return *system;
 }
@@ -46,21 +46,22 @@ bool IsBelowOrEqual(const fs::path& path, const fs::path& folder) {
 void RequireFile(const char* option, const std::string& file) {
     std::error_code error;
     if (!file.empty() && !fs::is_regular_file(file, error)) {
-        throw Stop{ExitUsage, std::string(option) + ": " + file + " is no file that can be read"};
+        throw Stop{kExitUsage, std::string(option) + ": " + file + " is no file that can be read"};
     }
 }
 
 void RequireProgram(const char* option, const std::string& file) {
     RequireFile(option, file);
     if (!file.empty() && access(file.c_str(), X_OK) != 0) {
-        throw Stop{ExitUsage, std::string(option) + ": " + file + " is not executable; chmod +x makes it so"};
+        throw Stop{kExitUsage,
+                   std::string(option) + ": " + file + " is not executable; chmod +x makes it so"};
     }
 }
 
 void RequireNoInput(const char* option, const std::string& file, const std::vector<std::string>& inputs) {
     for (const std::string& input : inputs) {
         if (!file.empty() && RealPath(file) == RealPath(input)) {
-            throw Stop{ExitUsage,
+            throw Stop{kExitUsage,
                        std::string(option) + ": the run reads " + file + "; name another file to write"};
         }
     }
@@ -69,7 +70,7 @@ void RequireNoInput(const char* option, const std::string& file, const std::vect
 void RequireLog(const std::string& log, const std::vector<std::string>& inputs) {
     std::error_code error;
     if (fs::is_directory(log, error)) {
-        throw Stop{ExitUsage, "--log: " + log + " is a folder; name a file in it"};
+        throw Stop{kExitUsage, "--log: " + log + " is a folder; name a file in it"};
     }
     RequireNoInput("--log", log, inputs);
 }

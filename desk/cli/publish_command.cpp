@@ -19,7 +19,7 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr std::int32_t Refused = -43;
+constexpr std::int32_t kRefused = -43;
 
 struct Outcome {
     Reply reply;
@@ -45,7 +45,7 @@ bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
     }
     if (!session.files.dita) {
         throw Stop{
-            ExitUsage,
+            kExitUsage,
             session.document + " is no DITA document: say how to transform it, with --xslt FILE or a script"};
     }
     return true;
@@ -72,8 +72,8 @@ void RequireUsableFiles(const std::string& outFileOption, bool ditaOt, const std
                         Outcome& outcome) {
     RequireLog(outcome.logName, inputs);
     if (LiesInOutput(outcome.logName, outcome)) {
-        throw Stop{ExitUsage, "--log: " + outcome.logName +
-                                  " lies in the output folder, which is emptied; name another place"};
+        throw Stop{kExitUsage, "--log: " + outcome.logName +
+                                   " lies in the output folder, which is emptied; name another place"};
     }
     const std::string outFile = AbsolutePath(outFileOption);
     RequireNoInput("--out-file", outFile, inputs);
@@ -85,7 +85,7 @@ void RequireUsableFiles(const std::string& outFileOption, bool ditaOt, const std
 
 void RefuseOutput(const std::string& output, const std::string& why) {
     if (!why.empty()) {
-        throw Stop{ExitOutputRefused, output + " " + why};
+        throw Stop{kExitOutputRefused, output + " " + why};
     }
 }
 
@@ -226,7 +226,7 @@ void PrintResult(const Outcome& outcome, const Screen& screen) {
 }
 
 [[noreturn]] void StopForPackaging(const Outcome& outcome) {
-    throw Stop{ExitRefused,
+    throw Stop{kExitRefused,
                outcome.log.documentsOnSeveralDrives
                    ? "the document's files lie on several drives and cannot be packaged; the log is " +
                          outcome.logName
@@ -238,16 +238,16 @@ int Judge(const Outcome& outcome, const Session& session, const Screen& screen) 
     if (record.failed > 0) {
         screen.Error("the transformation failed: " + record.reason +
                      (record.logFile.empty() ? "" : "; see " + record.logFile));
-        return ExitTransformation;
+        return kExitTransformation;
     }
     if (outcome.transforms && outcome.pages.pages == 0) {
         screen.Error("the transformation wrote no page; the log is " + outcome.logName);
-        return ExitTransformation;
+        return kExitTransformation;
     }
     const bool clean = outcome.log.failed.empty() && outcome.missing.empty() &&
                        !outcome.log.graphicsOnOtherDrive && session.files.remarks.empty() &&
                        outcome.pages.markedTexts == 0;
-    return clean ? ExitDone : ExitFindings;
+    return clean ? kExitDone : kExitFindings;
 }
 
 }  // namespace
@@ -255,8 +255,8 @@ int Judge(const Outcome& outcome, const Session& session, const Screen& screen) 
 int Publish(const Options& options, const Screen& screen) {
     const auto session = StartSession(options.common, screen);
     const Outcome outcome = Run(options, *session, screen);
-    if (outcome.reply.status == Refused) {
-        throw Stop{ExitRefused, "the module refused the request"};
+    if (outcome.reply.status == kRefused) {
+        throw Stop{kExitRefused, "the module refused the request"};
     }
     if (outcome.reply.first.empty()) {
         StopForPackaging(outcome);

@@ -13,11 +13,11 @@ namespace ventrix::desk {
 namespace {
 
 /// Words that open marker text. A tags attribute holds only "QL_SEP", so that it does not count.
-constexpr std::string_view OpeningWords[] = {"QL_START", "QL_SA_S", "QL_ELEM_S"};
+constexpr std::string_view kOpeningWords[] = {"QL_START", "QL_SA_S", "QL_ELEM_S"};
 
 bool HoldsMarkers(std::string_view text) {
     return std::ranges::any_of(
-        OpeningWords, [&](std::string_view word) { return text.find(word) != std::string_view::npos; });
+        kOpeningWords, [&](std::string_view word) { return text.find(word) != std::string_view::npos; });
 }
 
 std::string ReadPage(const fs::path& path) {

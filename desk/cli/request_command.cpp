@@ -9,7 +9,7 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr std::int32_t Refused = -43;
+constexpr std::int32_t kRefused = -43;
 
 }  // namespace
 
@@ -22,7 +22,7 @@ int Request(const Options& options, const Screen& screen) {
     screen.Result("status: " + std::to_string(reply.status));
     screen.Result("first:  " + reply.first);
     screen.Result("second: " + reply.second);
-    return reply.status == Refused ? ExitRefused : reply.status == 0 ? ExitDone : ExitFindings;
+    return reply.status == kRefused ? kExitRefused : reply.status == 0 ? kExitDone : kExitFindings;
 }
 
 }  // namespace ventrix::desk

@@ -5,18 +5,18 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr std::size_t LongestToken = 1023;
+constexpr std::size_t kLongestToken = 1023;
 
 /// A request has no escapes: a value with double quotes goes between single ones, and one with both cannot be
 /// told. `given` is the option that the person wrote.
 std::string Quoted(const char* given, const std::string& value) {
-    if (value.size() > LongestToken) {
-        throw Stop{ExitUsage, std::string(given) + ": the value is too long (" +
-                                  std::to_string(value.size()) + " bytes, 1023 at most)"};
+    if (value.size() > kLongestToken) {
+        throw Stop{kExitUsage, std::string(given) + ": the value is too long (" +
+                                   std::to_string(value.size()) + " bytes, 1023 at most)"};
     }
     const bool hasDouble = value.find('"') != std::string::npos;
     if (hasDouble && value.find('\'') != std::string::npos) {
-        throw Stop{ExitUsage,
+        throw Stop{kExitUsage,
                    std::string(given) + ": a value cannot hold both kinds of quotation marks: " + value};
     }
     const char quote = hasDouble ? '\'' : '"';
@@ -87,11 +87,11 @@ std::string ValidateRequest(std::uint32_t documentId, const std::string& log) {
 }
 
 std::string FillDocumentId(std::string text, std::uint32_t documentId) {
-    constexpr std::string_view placeholder = "{docId}";
+    constexpr std::string_view kPlaceholder = "{docId}";
     const std::string number = std::to_string(documentId);
-    for (std::size_t at = text.find(placeholder); at != std::string::npos;
-         at = text.find(placeholder, at + number.size())) {
-        text.replace(at, placeholder.size(), number);
+    for (std::size_t at = text.find(kPlaceholder); at != std::string::npos;
+         at = text.find(kPlaceholder, at + number.size())) {
+        text.replace(at, kPlaceholder.size(), number);
     }
     return text;
 }

@@ -11,15 +11,15 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr std::string_view ValidTitle = "Logarithmus:Liste der gültigen Dateien";
-constexpr std::string_view BrokenTitle = "Achtung:Liste der beschädigten Links";
-constexpr std::string_view UnsavedTitle = "Achtung:Liste der ungespeicherten Dateien";
-constexpr std::string_view DrivesText =
+constexpr std::string_view kValidTitle = "Logarithmus:Liste der gültigen Dateien";
+constexpr std::string_view kBrokenTitle = "Achtung:Liste der beschädigten Links";
+constexpr std::string_view kUnsavedTitle = "Achtung:Liste der ungespeicherten Dateien";
+constexpr std::string_view kDrivesText =
     "Einige Dateien, auf die verwiesen wird, befinden sich auf mehreren Laufwerken";
-constexpr std::string_view Encodes = "Logarithmus:Datei wird codiert...";
-constexpr std::string_view Decodes = "Logarithmus:Datei wird decodiert...";
-constexpr std::string_view EncodeFailed = "Fehler:Datei wird codiert...";
-constexpr std::string_view DecodeFailed = "Fehler:Datei wird decodiert...";
+constexpr std::string_view kEncodes = "Logarithmus:Datei wird codiert...";
+constexpr std::string_view kDecodes = "Logarithmus:Datei wird decodiert...";
+constexpr std::string_view kEncodeFailed = "Fehler:Datei wird codiert...";
+constexpr std::string_view kDecodeFailed = "Fehler:Datei wird decodiert...";
 
 bool IsRule(std::string_view line) {
     return !line.empty() && line.find_first_not_of('*') == std::string_view::npos;
@@ -51,21 +51,21 @@ void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
 
 void ReadLine(const std::string& line, std::istream& lines, std::string& lastFile, RunLog& log) {
     std::string rest;
-    if (line == ValidTitle) {
+    if (line == kValidTitle) {
         ReadSection(lines, log.valid);
-    } else if (line == BrokenTitle) {
+    } else if (line == kBrokenTitle) {
         ReadSection(lines, log.broken);
-    } else if (line == UnsavedTitle) {
+    } else if (line == kUnsavedTitle) {
         ReadSection(lines, log.unsaved);
-    } else if (line.starts_with("Fehler:" + std::string(DrivesText))) {
+    } else if (line.starts_with("Fehler:" + std::string(kDrivesText))) {
         log.documentsOnSeveralDrives = true;
-    } else if (line.starts_with("Achtung:" + std::string(DrivesText))) {
+    } else if (line.starts_with("Achtung:" + std::string(kDrivesText))) {
         log.graphicsOnOtherDrive = true;
-    } else if (Behind(line, Encodes, lastFile)) {
+    } else if (Behind(line, kEncodes, lastFile)) {
         ++log.encoded;
-    } else if (Behind(line, Decodes, lastFile)) {
+    } else if (Behind(line, kDecodes, lastFile)) {
         ++log.decoded;
-    } else if (Behind(line, EncodeFailed, rest) || Behind(line, DecodeFailed, rest)) {
+    } else if (Behind(line, kEncodeFailed, rest) || Behind(line, kDecodeFailed, rest)) {
         log.failed.push_back({platform::ToNative(lastFile), rest});
     }
 }

@@ -14,10 +14,10 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr char Red[] = "\033[31m";
-constexpr char Yellow[] = "\033[33m";
-constexpr char Plain[] = "\033[0m";
-constexpr char ClearLine[] = "\r\033[K";
+constexpr char kRed[] = "\033[31m";
+constexpr char kYellow[] = "\033[33m";
+constexpr char kPlain[] = "\033[0m";
+constexpr char kClearLine[] = "\r\033[K";
 
 /// A message is one line, whatever a file is called, and a name cannot steer the terminal.
 std::string OneLine(const std::string& text) {
@@ -59,7 +59,7 @@ void Screen::Result(const std::string& text) const {
 }
 
 void Screen::Say(const char* color, const char* word, const std::string& text) const {
-    std::cerr << (colors_ ? color : "") << word << (colors_ ? Plain : "") << OneLine(text) << '\n';
+    std::cerr << (colors_ ? color : "") << word << (colors_ ? kPlain : "") << OneLine(text) << '\n';
 }
 
 void Screen::Note(const std::string& text) const {
@@ -70,12 +70,12 @@ void Screen::Note(const std::string& text) const {
 
 void Screen::Warning(const std::string& text) const {
     if (!quiet_) {
-        Say(Yellow, "warning: ", text);
+        Say(kYellow, "warning: ", text);
     }
 }
 
 void Screen::Error(const std::string& text) const {
-    Say(Red, "error: ", text);
+    Say(kRed, "error: ", text);
 }
 
 void Screen::Console(const std::string& text) const {
@@ -109,7 +109,7 @@ Progress::~Progress() {
     if (thread_.joinable()) {
         thread_.request_stop();
         thread_.join();
-        std::cerr << ClearLine << std::flush;
+        std::cerr << kClearLine << std::flush;
     }
 }
 
@@ -121,7 +121,7 @@ void Progress::Show(const std::string& logFile, std::size_t files, std::stop_tok
     while (!tick.wait_for(lock, stop, std::chrono::milliseconds(200), [] { return false; }) &&
            !stop.stop_requested()) {
         const RunLog log = ReadRunLog(LogFrom(logFile, start));
-        std::cerr << ClearLine;
+        std::cerr << kClearLine;
         if (log.decoded > 0) {
             std::cerr << "decoding page " << log.decoded;
         } else if (transforming_) {

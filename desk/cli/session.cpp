@@ -9,7 +9,7 @@
 #include "desk/clients/dispatcher_client.h"
 #include "desk/clients/dita_ot_client.h"
 #include "desk/clients/xslt_client.h"
-#include "desk/documents/reference_path.h"
+#include "desk/xml/reference_path.h"
 #include "platform/drives.h"
 
 namespace fs = std::filesystem;
@@ -21,19 +21,19 @@ namespace {
 std::string DriveEntry(const std::string& drive) {
     const std::size_t equals = drive.find('=');
     if (equals == std::string::npos) {
-        throw Stop{ExitUsage, "--drive takes X=FOLDER, not " + drive};
+        throw Stop{kExitUsage, "--drive takes X=FOLDER, not " + drive};
     }
     const std::string folder = AbsolutePath(drive.substr(equals + 1));
     std::error_code error;
     if (!fs::is_directory(folder, error)) {
-        throw Stop{ExitUsage, "--drive " + drive + ": there is no such folder"};
+        throw Stop{kExitUsage, "--drive " + drive + ": there is no such folder"};
     }
     std::string entry = drive.substr(0, equals + 1) + folder;
     const platform::DriveTable read = platform::ParseDrives(entry);
     if (std::ranges::none_of(read, [&](const platform::Drive& one) {
             return fs::path(one.folder) == fs::path(folder) || one.folder + '/' == folder;
         })) {
-        throw Stop{ExitUsage, "--drive takes a letter or \\\\SERVER before the \"=\", not " + drive};
+        throw Stop{kExitUsage, "--drive takes a letter or \\\\SERVER before the \"=\", not " + drive};
     }
     return entry;
 }
@@ -49,18 +49,18 @@ void SetDrives(const std::vector<std::string>& drives) {
 DocumentFiles ReadDocument(const std::string& document) {
     std::error_code error;
     if (fs::is_directory(document, error)) {
-        throw Stop{ExitUnreadable, document + " is a folder; name a document in it"};
+        throw Stop{kExitUnreadable, document + " is a folder; name a document in it"};
     }
     if (!fs::exists(document, error)) {
-        throw Stop{ExitUnreadable,
+        throw Stop{kExitUnreadable,
                    document + (error ? " cannot be reached: " + error.message() : " does not exist")};
     }
     if (const std::string why = WhyUnnameable(document); !why.empty()) {
-        throw Stop{ExitUnreadable, document + ": " + why};
+        throw Stop{kExitUnreadable, document + ": " + why};
     }
     DocumentFiles files = ListDocumentFiles(document);
     if (!files.readable) {
-        throw Stop{ExitUnreadable, document + " cannot be read: " + files.reason};
+        throw Stop{kExitUnreadable, document + " cannot be read: " + files.reason};
     }
     return files;
 }
@@ -118,7 +118,7 @@ std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen
         }});
     AddClients(*session, options, installation.folder);
     if (const std::string problem = session->host->LoadModule(installation.module); !problem.empty()) {
-        throw Stop{ExitNoModule, problem};
+        throw Stop{kExitNoModule, problem};
     }
     session->documentId = session->host->AddDocument(SystemPath(session->document), session->files);
     FlagUnsaved(*session, options.unsaved, screen);
@@ -129,13 +129,13 @@ Reply Send(Session& session, const std::string& request) {
     const QuietStandardOutput quiet;
     const auto values = session.host->CallModule(request);
     if (!values || values->size() != 3) {
-        throw Stop{ExitNoModule, "the module sent no reply"};
+        throw Stop{kExitNoModule, "the module sent no reply"};
     }
     const auto* status = std::get_if<std::int32_t>(&(*values)[0]);
     const auto* first = std::get_if<std::string>(&(*values)[1]);
     const auto* second = std::get_if<std::string>(&(*values)[2]);
     if (status == nullptr || first == nullptr || second == nullptr) {
-        throw Stop{ExitNoModule, "the module's reply has another form than this host knows"};
+        throw Stop{kExitNoModule, "the module's reply has another form than this host knows"};
     }
     return {*status, *first, *second};
 }

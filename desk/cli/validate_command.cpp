@@ -14,7 +14,7 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr std::int32_t NoLog = 16;
+constexpr std::int32_t kNoLog = 16;
 
 /// The log that the module needs when the person asked for none; gone at the end.
 class TemporaryLog {
@@ -23,7 +23,7 @@ class TemporaryLog {
         name_ = (std::filesystem::temp_directory_path() / "ventrix-log-XXXXXX").string();
         const int file = mkstemp(name_.data());
         if (file < 0) {
-            throw Stop{ExitNoModule,
+            throw Stop{kExitNoModule,
                        "no temporary file can be made in " + std::filesystem::temp_directory_path().string()};
         }
         close(file);
@@ -84,10 +84,10 @@ int Validate(const Options& options, const Screen& screen) {
     const std::uint64_t before = LogSize(logName);
     const Reply reply = Send(*session, ValidateRequest(session->documentId, SystemPath(logName)));
     if (reply.status < 0) {
-        throw Stop{ExitRefused, "the module refused the request"};
+        throw Stop{kExitRefused, "the module refused the request"};
     }
-    if (reply.status == NoLog) {
-        throw Stop{ExitRefused, "the log cannot be written: " + logName};
+    if (reply.status == kNoLog) {
+        throw Stop{kExitRefused, "the log cannot be written: " + logName};
     }
     const RunLog log = ReadRunLog(LogFrom(logName, before));
     if (screen.Json()) {
@@ -96,7 +96,7 @@ int Validate(const Options& options, const Screen& screen) {
     } else {
         Show(screen, log, reply.status);
     }
-    return reply.status == 0 && session->files.remarks.empty() ? ExitDone : ExitFindings;
+    return reply.status == 0 && session->files.remarks.empty() ? kExitDone : kExitFindings;
 }
 
 }  // namespace ventrix::desk

@@ -13,7 +13,7 @@ struct Application {
     std::string_view publicId;
 };
 
-constexpr Application applications[] = {
+constexpr Application kApplications[] = {
     {"DITA Map", "map", "map.dtd", "-//OASIS//DTD DITA Map//EN"},
     {"DITA BookMap", "bookmap", "bookmap.dtd", "-//OASIS//DTD DITA BookMap//EN"},
     {"DITA Topic", "topic", "topic.dtd", "-//OASIS//DTD DITA Topic//EN"},
@@ -37,13 +37,13 @@ constexpr Application applications[] = {
 
 std::string NameWhere(std::string_view Application::*field, std::string_view value) {
     const auto* found =
-        std::find_if(std::begin(applications), std::end(applications),
+        std::find_if(std::begin(kApplications), std::end(kApplications),
                      [&](const Application& row) { return !value.empty() && row.*field == value; });
-    return found == std::end(applications) ? std::string() : std::string(found->name);
+    return found == std::end(kApplications) ? std::string() : std::string(found->name);
 }
 
 bool IsOneOfSeveral(std::string_view name) {
-    return std::count_if(std::begin(applications), std::end(applications),
+    return std::count_if(std::begin(kApplications), std::end(kApplications),
                          [name](const Application& row) { return row.name == name; }) > 1;
 }
 
@@ -67,7 +67,7 @@ std::string ApplicationOf(const DocumentType& type) {
 
 std::vector<std::string> PublicIdsOf(const std::string& application) {
     std::vector<std::string> ids;
-    for (const Application& row : applications) {
+    for (const Application& row : kApplications) {
         if (row.name == application) {
             ids.emplace_back(row.publicId);
         }

@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "desk/clients/applications.h"
-#include "desk/documents/lenient_load.h"
-#include "desk/documents/reference_path.h"
+#include "desk/xml/lenient_load.h"
+#include "desk/xml/reference_path.h"
 #include "platform/drives.h"
 
 namespace ventrix::desk {
@@ -99,15 +99,16 @@ ClientAnswer AnswerOf(const std::string& text) {
 }
 
 ClientAnswer RunCommand(const Catalog& catalog, const std::string& command) {
-    constexpr std::string_view choose = "ChooseAppForFile ";
-    constexpr std::string_view tell = "StructAppInfo -appName ";
-    constexpr std::string_view what = " -info DTDPath";
-    if (command.starts_with(choose)) {
-        return AnswerOf(ChooseApplication(catalog, command.substr(choose.size())));
+    constexpr std::string_view kChoose = "ChooseAppForFile ";
+    constexpr std::string_view kTell = "StructAppInfo -appName ";
+    constexpr std::string_view kWhat = " -info DTDPath";
+    if (command.starts_with(kChoose)) {
+        return AnswerOf(ChooseApplication(catalog, command.substr(kChoose.size())));
     }
-    if (command.starts_with(tell) && command.ends_with(what) && command.size() >= tell.size() + what.size()) {
+    if (command.starts_with(kTell) && command.ends_with(kWhat) &&
+        command.size() >= kTell.size() + kWhat.size()) {
         return AnswerOf(
-            DtdOf(catalog, command.substr(tell.size(), command.size() - tell.size() - what.size())));
+            DtdOf(catalog, command.substr(kTell.size(), command.size() - kTell.size() - kWhat.size())));
     }
     return {.status = 1, .number = 0, .values = {}};
 }

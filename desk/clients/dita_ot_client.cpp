@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "desk/clients/builtin_toolkit.h"
 #include "desk/clients/client_command.h"
-#include "desk/clients/installed_toolkit.h"
-#include "desk/documents/reference_path.h"
+#include "desk/toolkit/builtin_toolkit.h"
+#include "desk/toolkit/installed_toolkit.h"
+#include "desk/xml/reference_path.h"
 #include "platform/drives.h"
 
 namespace ventrix::desk {

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "desk/clients/client_command.h"
-#include "desk/clients/stylesheet.h"
+#include "desk/xml/stylesheet.h"
 #include "platform/drives.h"
 #include "platform/files.h"
 
@@ -31,7 +31,7 @@ XsltRun RunOf(const std::string& commandText) {
 bool WriteOutput(const std::string& path, const std::string& content) {
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
-    return platform::WriteWholeFile(platform::ToSystem(path).value_or(""), content) == platform::errorNone;
+    return platform::WriteWholeFile(platform::ToSystem(path).value_or(""), content) == platform::kErrorNone;
 }
 
 /// Empty after a success; else what went wrong, which names the file.

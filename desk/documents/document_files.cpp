@@ -5,9 +5,9 @@
 #include <unordered_set>
 #include <utility>
 
-#include "desk/documents/lenient_load.h"
-#include "desk/documents/reference_path.h"
 #include "desk/documents/references.h"
+#include "desk/xml/lenient_load.h"
+#include "desk/xml/reference_path.h"
 #include "platform/drives.h"
 
 namespace ventrix::desk {

@@ -4,18 +4,18 @@
 #include <array>
 #include <string_view>
 
-#include "desk/documents/xml_handles.h"
+#include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
 namespace {
 
-constexpr std::string_view xlinkNamespace = "http://www.w3.org/1999/xlink";
-constexpr std::string_view xincludePrefix = "http://www.w3.org/2001/XInclude";
+constexpr std::string_view kXlinkNamespace = "http://www.w3.org/1999/xlink";
+constexpr std::string_view kXincludePrefix = "http://www.w3.org/2001/XInclude";
 
-constexpr std::array graphicExtensions = {"svg", "svgz", "png", "jpg", "jpeg", "gif", "tif", "tiff",
-                                          "bmp", "webp", "eps", "wmf", "emf",  "ico", "cgm"};
-constexpr std::array xmlExtensions = {"xml", "dita", "ditamap", "bookmap", "dbk", "docbook"};
-constexpr std::array ditaRoots = {
+constexpr std::array kGraphicExtensions = {"svg", "svgz", "png", "jpg", "jpeg", "gif", "tif", "tiff",
+                                           "bmp", "webp", "eps", "wmf", "emf",  "ico", "cgm"};
+constexpr std::array kXmlExtensions = {"xml", "dita", "ditamap", "bookmap", "dbk", "docbook"};
+constexpr std::array kDitaRoots = {
     "map",      "bookmap",    "topic",      "concept",         "task",         "reference", "dita",
     "glossary", "glossentry", "glossgroup", "troubleshooting", "subjectScheme"};
 
@@ -35,8 +35,8 @@ std::string Extension(std::string_view reference) {
     return extension;
 }
 
-template <std::size_t count>
-bool Holds(const std::array<const char*, count>& words, std::string_view word) {
+template <std::size_t Count>
+bool Holds(const std::array<const char*, Count>& words, std::string_view word) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
@@ -68,14 +68,14 @@ void Append(std::vector<Reference>& list, Reference reference) {
     if (WithoutFragment(reference.text).empty()) {
         return;
     }
-    reference.graphic = reference.graphic || Holds(graphicExtensions, Extension(reference.text));
+    reference.graphic = reference.graphic || Holds(kGraphicExtensions, Extension(reference.text));
     reference.follow = reference.follow && !reference.graphic;
     list.push_back(std::move(reference));
 }
 
 bool FormatIsXml(std::string_view format, std::string_view reference) {
     return format == "dita" || format == "ditamap" || format == "xml" ||
-           (format.empty() && Holds(xmlExtensions, Extension(reference)));
+           (format.empty() && Holds(kXmlExtensions, Extension(reference)));
 }
 
 void AppendHref(std::vector<Reference>& list, const xmlNode* element, const std::string& href) {
@@ -109,7 +109,7 @@ void AppendEntityReference(std::vector<Reference>& list, const xmlNode* element,
 void AppendAttribute(std::vector<Reference>& list, const xmlNode* element, const xmlAttr* attribute) {
     const std::string_view name = View(attribute->name);
     const std::string_view space = attribute->ns == nullptr ? std::string_view() : View(attribute->ns->href);
-    if (!space.empty() && (space != xlinkNamespace || name != "href")) {
+    if (!space.empty() && (space != kXlinkNamespace || name != "href")) {
         return;
     }
     const bool known = name == "href" || name == "conref" || name == "fileref" || name == "data" ||
@@ -135,7 +135,7 @@ void AppendAttribute(std::vector<Reference>& list, const xmlNode* element, const
 }
 
 void AppendElement(std::vector<Reference>& list, const xmlNode* element) {
-    if (element->ns != nullptr && View(element->ns->href).starts_with(xincludePrefix)) {
+    if (element->ns != nullptr && View(element->ns->href).starts_with(kXincludePrefix)) {
         if (Name(element) == "include") {
             AppendInclude(list, element);
         }
@@ -195,7 +195,7 @@ bool IsDita(const xmlDoc* document) {
     return namedByDtd || HasClass(root, "map/map") || HasClass(root, "topic/topic") ||
            xmlHasNsProp(root, Xml("DITAArchVersion"), Xml("http://dita.oasis-open.org/architecture/2005/")) !=
                nullptr ||
-           (root->ns == nullptr && Holds(ditaRoots, Name(root)));
+           (root->ns == nullptr && Holds(kDitaRoots, Name(root)));
 }
 
 }  // namespace ventrix::desk

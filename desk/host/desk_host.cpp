@@ -12,14 +12,14 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr std::int32_t RequestNotification = 13;
-constexpr std::int32_t InstallationFolderProperty = 89;
-constexpr std::int32_t DocumentPathProperty = 20;
-constexpr std::int32_t ClientNameProperty = 2;
+constexpr std::int32_t kRequestNotification = 13;
+constexpr std::int32_t kInstallationFolderProperty = 89;
+constexpr std::int32_t kDocumentPathProperty = 20;
+constexpr std::int32_t kClientNameProperty = 2;
 
 /// Statuses of this host's own; a client sees only that they are not 0.
-constexpr std::int32_t UnknownClient = 1;
-constexpr std::int32_t UnknownDocument = 2;
+constexpr std::int32_t kUnknownClient = 1;
+constexpr std::int32_t kUnknownDocument = 2;
 
 struct OpenDocument {
     std::string path;
@@ -37,7 +37,7 @@ class DeskHost::Impl {
     Impl(HostSettings hostSettings, HostScript hostScript)
         : settings(std::move(hostSettings)),
           script(std::move(hostScript)),
-          sides(Tables(), this, script.missingInterfaces) {}
+          sides(MethodTables(), this, script.missingInterfaces) {}
     ~Impl() { Release(); }
 
     std::string Load(const std::string& nativePath);
@@ -77,8 +77,8 @@ class DeskHost::Impl {
     HostSides sides;
 
   private:
-    using Tables_ = std::array<HostMethodTable, HostInterfaceCount + 1>;
-    static const Tables_& Tables();
+    using Tables = std::array<HostMethodTable, kHostInterfaceCount + 1>;
+    static const Tables& MethodTables();
     static Impl& Of(void* self) { return *static_cast<Impl*>(HostSides::ContextOf(self)); }
 
     /// Notes the call. False if the script has the method fail; `result` and `status` then hold how.
@@ -97,9 +97,9 @@ class DeskHost::Impl {
     std::vector<char*> ownTexts_;
 };
 
-const DeskHost::Impl::Tables_& DeskHost::Impl::Tables() {
-    static const Tables_ tables = [] {
-        Tables_ made;
+const DeskHost::Impl::Tables& DeskHost::Impl::MethodTables() {
+    static const Tables tables = [] {
+        Tables made;
         made[4].Set<RegisterClientMethod>(&Impl::Register);
         made[4].Set<WatchNotificationMethod>(&Impl::Watch);
         made[4].Set<InvokeClientMethod>(&Impl::InvokeClient);
@@ -172,7 +172,7 @@ void DeskHost::Impl::FreeHandedOut() {
 template <class Method>
 bool DeskHost::Impl::Enter(const std::string& line, HRESULT& result, std::int32_t* status) {
     calls.push_back(line);
-    const HostScript::Method method{Method::interfaceNumber, Method::index};
+    const HostScript::Method method{Method::kInterfaceNumber, Method::kIndex};
     const auto failure = script.failures.find(method);
     const HRESULT usual = script.busy && script.busy() ? RPC_E_SERVERCALL_RETRYLATER : S_OK;
     result = failure == script.failures.end() ? usual : failure->second;
@@ -187,7 +187,7 @@ HRESULT DeskHost::Impl::Register(void* self, IUnknown* object, std::uint32_t wor
                                  const Q_PropList* description) {
     Impl& host = Of(self);
     HRESULT result;
-    const std::string name = ReadTextProperty(description, ClientNameProperty);
+    const std::string name = ReadTextProperty(description, kClientNameProperty);
     if (!host.Enter<RegisterClientMethod>("Register " + name, result)) {
         return result;
     }
@@ -196,7 +196,7 @@ HRESULT DeskHost::Impl::Register(void* self, IUnknown* object, std::uint32_t wor
         return S_OK;
     }
     void* side = nullptr;
-    if (SUCCEEDED(object->QueryInterface(Notifications0Id, &side))) {
+    if (SUCCEEDED(object->QueryInterface(kNotifications0Id, &side))) {
         host.notifications = static_cast<IQuorlaneNotifications0*>(side);
     }
     return S_OK;
@@ -229,7 +229,7 @@ ClientAnswer DeskHost::Impl::CallClient(const std::string& name, const std::stri
     if (settings.clientCalled) {
         settings.clientCalled(name);
     }
-    return found == clients.end() ? ClientAnswer{UnknownClient, 0, {}} : found->second(command, Services());
+    return found == clients.end() ? ClientAnswer{kUnknownClient, 0, {}} : found->second(command, Services());
 }
 
 HRESULT DeskHost::Impl::InvokeClient(void* self, const char* name, const char* command, std::int32_t* status,
@@ -281,7 +281,7 @@ HRESULT DeskHost::Impl::Open(void* self, const char* path, const Q_PropList* ope
         if (CanRead(path)) {
             *id = host.Add(path, std::nullopt);
         } else {
-            *status = UnknownDocument;
+            *status = kUnknownDocument;
         }
     }
     return result;
@@ -292,7 +292,7 @@ HRESULT DeskHost::Impl::Close(void* self, std::uint32_t id, std::int32_t flags, 
     HRESULT result;
     if (host.Enter<CloseDocumentMethod>("Close " + std::to_string(id) + " " + std::to_string(flags), result,
                                         status)) {
-        *status = host.documents.erase(id) == 1 ? 0 : UnknownDocument;
+        *status = host.documents.erase(id) == 1 ? 0 : kUnknownDocument;
     }
     return result;
 }
@@ -308,9 +308,9 @@ HRESULT DeskHost::Impl::ReadStringProp(void* self, std::uint32_t owner, std::uin
         return result;
     }
     const auto document = host.documents.find(object);
-    if (object == 0 && property->number == InstallationFolderProperty) {
+    if (object == 0 && property->number == kInstallationFolderProperty) {
         *text = TaskText(host.settings.installationFolder);
-    } else if (document != host.documents.end() && property->number == DocumentPathProperty) {
+    } else if (document != host.documents.end() && property->number == kDocumentPathProperty) {
         *text = TaskText(document->second.path);
     }
     host.HandOut(*text);
@@ -395,7 +395,7 @@ void DeskHost::FlagUnsaved(const std::string& path) {
 
 std::optional<std::vector<AnswerValue>> DeskHost::CallModule(const std::string& request) {
     impl_->reply.reset();
-    Notify(RequestNotification, 0, request.c_str(), 0);
+    Notify(kRequestNotification, 0, request.c_str(), 0);
     impl_->FreeHandedOut();
     return std::exchange(impl_->reply, std::nullopt);
 }

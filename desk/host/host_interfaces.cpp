@@ -17,7 +17,7 @@ HostMethodTable::HostMethodTable() {
     Set<ReleaseMethod>(&HostSides::Release);
 }
 
-HostSides::HostSides(const std::array<HostMethodTable, HostInterfaceCount + 1>& tables, void* host,
+HostSides::HostSides(const std::array<HostMethodTable, kHostInterfaceCount + 1>& tables, void* host,
                      std::set<unsigned> missing)
     : missing_(std::move(missing)), host_(host) {
     for (unsigned number = 0; number < sides_.size(); ++number) {
@@ -39,8 +39,8 @@ HRESULT HostSides::QueryInterface(void* self, REFIID id, void** object) {
     if (id == IID_IUnknown) {
         *object = &owner.sides_[0];
     }
-    for (unsigned number = 1; number <= HostInterfaceCount; ++number) {
-        if (id == HostInterfaceIds[number - 1] && !owner.missing_.contains(number)) {
+    for (unsigned number = 1; number <= kHostInterfaceCount; ++number) {
+        if (id == kHostInterfaceIds[number - 1] && !owner.missing_.contains(number)) {
             *object = &owner.sides_[number];
         }
     }

@@ -31,7 +31,7 @@ struct HostMethodTable : ventrix::HostMethodTable {
 class HostSides {
   public:
     /// The tables stand at index interface number; `host` is what ContextOf gives back.
-    HostSides(const std::array<HostMethodTable, HostInterfaceCount + 1>& tables, void* host,
+    HostSides(const std::array<HostMethodTable, kHostInterfaceCount + 1>& tables, void* host,
               std::set<unsigned> missing);
 
     IUnknown* Root();
@@ -45,7 +45,7 @@ class HostSides {
     static ULONG Release(void* self);
 
   private:
-    std::array<HostSide, HostInterfaceCount + 1> sides_{};
+    std::array<HostSide, kHostInterfaceCount + 1> sides_{};
     std::set<unsigned> missing_;
     void* host_;
     int references_ = 0;

@@ -26,9 +26,9 @@ ModuleLibrary LoadModuleLibrary(const std::string& nativePath) {
         library.problem = "the module cannot be loaded: " + LoaderReason();
         return library;
     }
-    library.entry = reinterpret_cast<ClientInitEntry*>(dlsym(library.handle, ClientInitEntryName));
+    library.entry = reinterpret_cast<ClientInitEntry*>(dlsym(library.handle, kClientInitEntryName));
     if (library.entry == nullptr) {
-        library.problem = "the module has no export " + std::string(ClientInitEntryName) + ": " + nativePath;
+        library.problem = "the module has no export " + std::string(kClientInitEntryName) + ": " + nativePath;
     }
     return library;
 }

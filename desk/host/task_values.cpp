@@ -19,18 +19,18 @@ Q_ValueList EmptyList(std::size_t count) {
 
 void FillValue(Q_Value& value, const AnswerValue& answer) {
     if (const auto* number = std::get_if<std::int32_t>(&answer)) {
-        value.tag = Q_IntegerTag;
+        value.tag = kIntegerTag;
         value.number = *number;
     } else {
-        value.tag = Q_TextTag;
+        value.tag = kTextTag;
         value.text = TaskText(std::get<std::string>(answer));
     }
 }
 
 void FreeTaskValue(Q_Value& value) {
-    if (value.tag == Q_TextTag) {
+    if (value.tag == kTextTag) {
         CoTaskMemFree(value.text);
-    } else if (value.tag == Q_ListTag) {
+    } else if (value.tag == kListTag) {
         FreeTaskList(*value.list);
         CoTaskMemFree(value.list);
     }
@@ -53,7 +53,7 @@ Q_ValueList TaskList(const std::vector<AnswerValue>& values) {
 Q_ValueList TaskTable(const std::vector<std::vector<AnswerValue>>& rows) {
     Q_ValueList list = EmptyList(rows.size());
     for (std::uint32_t i = 0; i < list.count; ++i) {
-        list.items[i].tag = Q_ListTag;
+        list.items[i].tag = kListTag;
         list.items[i].list = TaskArray<Q_ValueList>(1);
         *list.items[i].list = TaskList(rows[i]);
     }
@@ -72,9 +72,9 @@ std::vector<AnswerValue> ReadList(const Q_ValueList* list) {
     std::vector<AnswerValue> values;
     for (std::uint32_t i = 0; list != nullptr && i < list->count; ++i) {
         const Q_Value& value = list->items[i];
-        if (value.tag == Q_IntegerTag) {
+        if (value.tag == kIntegerTag) {
             values.emplace_back(value.number);
-        } else if (value.tag == Q_TextTag) {
+        } else if (value.tag == kTextTag) {
             values.emplace_back(std::string(value.text == nullptr ? "" : value.text));
         }
     }
@@ -84,7 +84,7 @@ std::vector<AnswerValue> ReadList(const Q_ValueList* list) {
 std::string ReadTextProperty(const Q_PropList* list, std::int32_t number) {
     for (std::uint32_t i = 0; list != nullptr && i < list->count; ++i) {
         const Q_Prop& row = list->items[i];
-        if (row.ident.number == number && row.value.tag == Q_TextTag && row.value.text != nullptr) {
+        if (row.ident.number == number && row.value.tag == kTextTag && row.value.text != nullptr) {
             return row.value.text;
         }
     }

@@ -39,7 +39,7 @@ Options ReadOptions(const std::vector<std::string>& arguments) {
 
 ventrix::example::RunningHostSettings HostSettings(const Options& options) {
     ventrix::example::RunningHostSettings settings;
-    settings.classId = ventrix::HostClassId;
+    settings.classId = ventrix::kHostClassId;
     settings.server = ventrix::platform::WideFromUtf8(options.server);
     settings.busy = [end = Steady::now() + std::chrono::milliseconds(options.busyMilliseconds)] {
         return Steady::now() < end;

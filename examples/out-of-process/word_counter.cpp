@@ -8,16 +8,16 @@
 #include "bridge/host/operations.h"
 #include "bridge/out_of_process.h"
 #include "bridge/values.h"
-#include "kit/encodings.h"
-#include "kit/format.h"
-#include "kit/strings.h"
+#include "kit/format/format.h"
+#include "kit/text/encodings.h"
+#include "kit/text/strings.h"
 
 namespace ventrix {
 namespace {
 
-constexpr std::int32_t clientCall = 13;
-constexpr std::int32_t unknownCommand = -43;
-constexpr char countCommand[] = "Count ";
+constexpr std::int32_t kClientCall = 13;
+constexpr std::int32_t kUnknownCommand = -43;
+constexpr char kCountCommand[] = "Count ";
 
 int CountWords(const char* text) {
     std::istringstream words(text);
@@ -31,9 +31,9 @@ int CountWords(const char* text) {
 
 void Answer(std::int32_t status, const std::string& sentence) {
     Q_Value values[2] = {};
-    values[0].tag = Q_IntegerTag;
+    values[0].tag = kIntegerTag;
     values[0].number = status;
-    values[1].tag = Q_TextTag;
+    values[1].tag = kTextTag;
     values[1].text = Q_CopyTextOrEmpty(sentence.c_str());
     const Q_ValueList reply = {2, values};
     Q_ValueList back = Q_ApiSendCallReply(&reply);
@@ -42,11 +42,11 @@ void Answer(std::int32_t status, const std::string& sentence) {
 }
 
 void HandleCommand(const char* command) {
-    if (!Q_StrPrefix(command, countCommand)) {
-        Answer(unknownCommand, "");
+    if (!Q_StrPrefix(command, kCountCommand)) {
+        Answer(kUnknownCommand, "");
         return;
     }
-    const int words = CountWords(command + sizeof countCommand - 1);
+    const int words = CountWords(command + sizeof kCountCommand - 1);
     // No channel: the text goes to the host's console. A busy host is called again until it has time.
     Q_Print(nullptr, "Word counter: %d words\n", words);
     Answer(0, std::to_string(words) + " words");
@@ -60,11 +60,11 @@ void Initialize(std::int32_t) {
     Q_ApiRuntimeSetup();
     Q_ApiSetTextMode(1);
     Q_SetEncoding("UTF-8");
-    Q_ApiWatchNotification(clientCall, 1);
+    Q_ApiWatchNotification(kClientCall, 1);
 }
 
 void Notify(std::int32_t number, std::uint32_t, const char* text, std::int32_t) {
-    if (number == clientCall) {
+    if (number == kClientCall) {
         HandleCommand(text);
     }
 }

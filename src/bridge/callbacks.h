@@ -18,7 +18,7 @@ struct Q_NoticeFieldsRecord {
 
 static_assert(sizeof(Q_NoticeFieldsRecord) == 64 && offsetof(Q_NoticeFieldsRecord, further) == 56);
 
-constexpr std::int32_t NoticeFieldsNotification = 75;
+constexpr std::int32_t kNoticeFieldsNotification = 75;
 
 void Initialize(std::int32_t code);
 

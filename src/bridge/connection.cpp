@@ -17,8 +17,8 @@ ClientConnection connection = {};
 
 namespace {
 
-constexpr unsigned OwnershipInterface = HostOwnsResultsMethod::interfaceNumber;
-constexpr unsigned FirstOptionalInterface = 16;
+constexpr unsigned kOwnershipInterface = HostOwnsResultsMethod::kInterfaceNumber;
+constexpr unsigned kFirstOptionalInterface = 16;
 
 void ReleaseAndClear(IUnknown** reference) {
     IUnknown* held = std::exchange(*reference, nullptr);
@@ -31,7 +31,7 @@ void ReleaseAndClear(IUnknown** reference) {
 void QueryHostInterfaces(IUnknown* root, unsigned first, unsigned last) {
     for (unsigned number = first; number <= last; ++number) {
         void* found = nullptr;
-        root->QueryInterface(HostInterfaceIds[number - 1], &found);
+        root->QueryInterface(kHostInterfaceIds[number - 1], &found);
         IUnknown* former =
             std::exchange(connection.hostInterfaces[number - 1], static_cast<IUnknown*>(found));
         ReleaseAndClear(&former);
@@ -39,7 +39,7 @@ void QueryHostInterfaces(IUnknown* root, unsigned first, unsigned last) {
 }
 
 void AskWhoOwnsResults() {
-    IUnknown* side = HostInterface(OwnershipInterface);
+    IUnknown* side = HostInterface(kOwnershipInterface);
     if (side != nullptr && CallMethod<HostOwnsResultsMethod>(side, 1) == S_OK) {
         connection.hostOwnsResults = true;
     }
@@ -47,9 +47,9 @@ void AskWhoOwnsResults() {
 
 void RegisterWithHost(const Q_PropList* description) {
     IUnknown* notifications = static_cast<ComUltraliteC*>(connection.notifications);
-    CallMethod<RegisterClientMethod>(HostInterface(MainHostInterface), notifications, RegistrationWord,
+    CallMethod<RegisterClientMethod>(HostInterface(kMainHostInterface), notifications, kRegistrationWord,
                                      description);
-    IUnknown* side = HostInterface(TakeModuleHandleMethod::interfaceNumber);
+    IUnknown* side = HostInterface(TakeModuleHandleMethod::kInterfaceNumber);
     if (side != nullptr) {
         CallMethod<TakeModuleHandleMethod>(side, connection.module);
     }
@@ -79,7 +79,7 @@ IUnknown* HostInterface(unsigned number) {
 }
 
 bool Q_ApiIsConnected() {
-    return HostInterface(MainHostInterface) != nullptr;
+    return HostInterface(kMainHostInterface) != nullptr;
 }
 
 std::int32_t Q_ApiClientInit(void* module, IUnknown* root, IUnknown* keepAlive,
@@ -88,11 +88,11 @@ std::int32_t Q_ApiClientInit(void* module, IUnknown* root, IUnknown* keepAlive,
     if (root == nullptr) {
         return -1;
     }
-    QueryHostInterfaces(root, 1, FirstOptionalInterface - 1);
+    QueryHostInterfaces(root, 1, kFirstOptionalInterface - 1);
     if (!Q_ApiIsConnected()) {
         return -1;
     }
-    QueryHostInterfaces(root, FirstOptionalInterface, HostInterfaceCount);
+    QueryHostInterfaces(root, kFirstOptionalInterface, kHostInterfaceCount);
     AskWhoOwnsResults();
     auto* notifications = new QuorlaneNotificationsC;
     connection.notifications = notifications;

@@ -13,15 +13,15 @@ class QuorlaneNotificationsC;
 /// All zero at load.
 struct ClientConnection {
     IUnknown*
-        hostInterfaces[HostInterfaceCount];  ///< Number n at index n - 1; null: not offered. References.
-    void* module;                            ///< First argument of Q_ApiClientInit.
-    QuorlaneNotificationsC* notifications;   ///< The object that the host calls; it belongs to the host.
-    IUnknown* keepAlive;                     ///< A reference, or null.
-    bool hostOwnsResults;                    ///< Who frees what the host hands out.
-    bool loopEnded;                          ///< Ends the message loop of an out-of-process client.
-    bool kitReady;                           ///< Cleared when the host says Quit.
-    bool apartmentOwned;                     ///< Q_ApiConnectHost entered the apartment itself.
-    IMessageFilter* messageFilter;           ///< The registered filter, or null.
+        hostInterfaces[kHostInterfaceCount];  ///< Number n at index n - 1; null: not offered. References.
+    void* module;                             ///< First argument of Q_ApiClientInit.
+    QuorlaneNotificationsC* notifications;    ///< The object that the host calls; it belongs to the host.
+    IUnknown* keepAlive;                      ///< A reference, or null.
+    bool hostOwnsResults;                     ///< Who frees what the host hands out.
+    bool loopEnded;                           ///< Ends the message loop of an out-of-process client.
+    bool kitReady;                            ///< Cleared when the host says Quit.
+    bool apartmentOwned;                      ///< Q_ApiConnectHost entered the apartment itself.
+    IMessageFilter* messageFilter;            ///< The registered filter, or null.
 };
 
 extern ClientConnection connection;

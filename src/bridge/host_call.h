@@ -22,7 +22,7 @@ bool AcceptHostStatus(std::int32_t status);
 template <class Method, class... Arguments>
 HRESULT CallMethod(IUnknown* side, Arguments... arguments) {
     void* const* methods = *reinterpret_cast<void* const* const*>(side);
-    auto* function = reinterpret_cast<typename Method::Type*>(methods[Method::index]);
+    auto* function = reinterpret_cast<typename Method::Type*>(methods[Method::kIndex]);
     return platform::CallServer([&] { return function(side, arguments...); });
 }
 
@@ -30,7 +30,7 @@ HRESULT CallMethod(IUnknown* side, Arguments... arguments) {
 /// anything that the host wrote.
 template <class Method, class... Arguments>
 bool CallHost(Arguments... arguments) {
-    IUnknown* side = HostInterface(Method::interfaceNumber);
+    IUnknown* side = HostInterface(Method::kInterfaceNumber);
     // The code of a missing interface: any failure but that of a busy host.
     return AcceptHostResult(side == nullptr ? E_NOINTERFACE : CallMethod<Method>(side, arguments...));
 }

@@ -3,9 +3,9 @@
 namespace ventrix {
 namespace {
 
-constexpr DWORD cancelCall = 0xFFFFFFFF;
-constexpr DWORD retryLimit = 20 * 60 * 1000;
-constexpr DWORD retryAtOnce = 200;
+constexpr DWORD kCancelCall = 0xFFFFFFFF;
+constexpr DWORD kRetryLimit = 20 * 60 * 1000;
+constexpr DWORD kRetryAtOnce = 200;
 
 }  // namespace
 
@@ -14,10 +14,10 @@ DWORD DefaultClientMessageFilterC::HandleInComingCall(DWORD, HTASK, DWORD, INTER
 }
 
 DWORD DefaultClientMessageFilterC::RetryRejectedCall(HTASK, DWORD elapsed, DWORD rejectType) {
-    if (rejectType == SERVERCALL_REJECTED || elapsed >= retryLimit) {
-        return cancelCall;
+    if (rejectType == SERVERCALL_REJECTED || elapsed >= kRetryLimit) {
+        return kCancelCall;
     }
-    return elapsed <= retryAtOnce ? 0 : elapsed / 4;
+    return elapsed <= kRetryAtOnce ? 0 : elapsed / 4;
 }
 
 DWORD DefaultClientMessageFilterC::MessagePending(HTASK, DWORD, DWORD) {

@@ -7,7 +7,7 @@
 #include "bridge/connection.h"
 #include "kit/console.h"
 #include "kit/memory.h"
-#include "kit/strings.h"
+#include "kit/text/strings.h"
 #include "platform/module.h"
 
 namespace ventrix {
@@ -34,7 +34,7 @@ HRESULT Deliver(Callback callback) {
 }
 
 // The module's file with its terminator must fit the buffer that the contract allots to it.
-constexpr std::size_t modulePathSize = 260;
+constexpr std::size_t kModulePathSize = 260;
 
 HRESULT HandOutBytes(const void* bytes, std::size_t size, Q_ResourceRecord* record) {
     void* copy = CoTaskMemAlloc(size);
@@ -48,7 +48,7 @@ HRESULT HandOutBytes(const void* bytes, std::size_t size, Q_ResourceRecord* reco
 
 HRESULT HandOutModulePath(Q_ResourceRecord* record) {
     const std::string path = platform::ModuleFileName(connection.module);
-    if (path.empty() || path.size() >= modulePathSize) {
+    if (path.empty() || path.size() >= kModulePathSize) {
         return E_FAIL;
     }
     return HandOutBytes(path.c_str(), path.size() + 1, record);
@@ -109,7 +109,7 @@ HRESULT QlApiInterfacesC::DialogEvent(std::int32_t first, std::int32_t second, s
 
 HRESULT QlApiInterfacesC::Notify(std::int32_t number, std::uint32_t objectId, const char* text,
                                  std::int32_t integer) {
-    if (number != NoticeFieldsNotification) {
+    if (number != kNoticeFieldsNotification) {
         return Deliver([&] { ventrix::Notify(number, objectId, text, integer); });
     }
     Q_NoticeFieldsRecord record = ParseNoticeFields(text);
@@ -135,9 +135,9 @@ HRESULT QlApiInterfacesC::CMSCommand(std::int32_t command, const char* text, std
 }
 
 void QuorlaneNotificationsC::FindInterface(REFIID id, void** out) {
-    if (StoreSide<IQuorlaneCMSNotifications0>(this, id, CmsNotifications0Id, out) ||
-        StoreSide<IQuorlaneNotifications0>(this, id, Notifications0Id, out) ||
-        StoreSide<IQuorlaneNotifications1>(this, id, Notifications1Id, out)) {
+    if (StoreSide<IQuorlaneCMSNotifications0>(this, id, kCmsNotifications0Id, out) ||
+        StoreSide<IQuorlaneNotifications0>(this, id, kNotifications0Id, out) ||
+        StoreSide<IQuorlaneNotifications1>(this, id, kNotifications1Id, out)) {
         return;
     }
     ComUltraliteC::FindInterface(id, out);

@@ -1,7 +1,7 @@
 #include "bridge/open_script.h"
 
 #include "bridge/properties.h"
-#include "kit/format.h"
+#include "kit/format/format.h"
 #include "kit/memory.h"
 #include "platform/exception.h"
 
@@ -9,7 +9,7 @@ namespace ventrix {
 namespace {
 
 // The order is the order in the list.
-constexpr OpenScriptRow defaultRows[] = {
+constexpr OpenScriptRow kDefaultRows[] = {
     {1, 0},
     {5, 1},
     {7, 0},
@@ -44,14 +44,14 @@ constexpr OpenScriptRow defaultRows[] = {
     {4, 0},
     {3, 0},
     {12, 0},
-    {31, 0, Q_TextTag},
+    {31, 0, kTextTag},
     {36, 12},
     {35, 12},
     {52, 12},
-    {34, 0, Q_TextTag},
+    {34, 0, kTextTag},
     {37, 0},
-    {38, 0, Q_TextTag},
-    {39, 0, Q_TextTag},
+    {38, 0, kTextTag},
+    {39, 0, kTextTag},
     {40, 0},
     {41, 0},
     {44, 0},
@@ -70,7 +70,7 @@ void WriteRow(Q_Prop* row, const OpenScriptRow& from) {
     row->ident.number = from.number;
     row->value.tag = from.tag;
     // A text starts as null; the row came zeroed.
-    if (from.tag == Q_IntegerTag) {
+    if (from.tag == kIntegerTag) {
         row->value.number = from.value;
     }
 }
@@ -83,21 +83,21 @@ void WriteRow(Q_Prop* row, const OpenScriptRow& from) {
 }  // namespace
 
 Q_PropList Q_OpenScriptOfRows(std::span<const OpenScriptRow> rows) {
-    auto* items = static_cast<Q_Prop*>(Q_Calloc(OpenScriptRowCount, sizeof(Q_Prop), 0));
+    auto* items = static_cast<Q_Prop*>(Q_Calloc(kOpenScriptRowCount, sizeof(Q_Prop), 0));
     if (items == nullptr) {
         return {};
     }
-    if (rows.size() != OpenScriptRowCount) {
+    if (rows.size() != kOpenScriptRowCount) {
         EndForWrongTable();
     }
     for (std::size_t i = 0; i < rows.size(); ++i) {
         WriteRow(&items[i], rows[i]);
     }
-    return {OpenScriptRowCount, items};
+    return {kOpenScriptRowCount, items};
 }
 
 Q_PropList Q_ApiDefaultOpenScript() {
-    return Q_OpenScriptOfRows(defaultRows);
+    return Q_OpenScriptOfRows(kDefaultRows);
 }
 
 }  // namespace ventrix

@@ -8,13 +8,13 @@
 
 namespace ventrix {
 
-constexpr std::uint32_t OpenScriptRowCount = 54;
+constexpr std::uint32_t kOpenScriptRowCount = 54;
 
 /// A row as the table of defaults holds it. A text row starts with a null text.
 struct OpenScriptRow {
     std::int32_t number;
     std::int32_t value;
-    std::uint32_t tag = Q_IntegerTag;
+    std::uint32_t tag = kIntegerTag;
 };
 
 /// A new list of 54 rows, the caller's to free with Q_ApiFreePropList. Empty when memory runs out.

@@ -15,22 +15,22 @@
 namespace ventrix {
 namespace {
 
-constexpr std::int32_t noHost = -20;
-constexpr DWORD anyServer = CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
-constexpr char cannotConnect[] = "Can't connect to Quorlane server";
-constexpr const GUID& mainInterfaceId = HostInterfaceIds[MainHostInterface - 1];
+constexpr std::int32_t kNoHost = -20;
+constexpr DWORD kAnyServer = CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
+constexpr char kCannotConnect[] = "Can't connect to Quorlane server";
+constexpr const GUID& kMainInterfaceId = kHostInterfaceIds[kMainHostInterface - 1];
 
 CLSID HostClass() {
     const auto text = platform::EnvironmentValue("QLGUID");
     CLSID classId = {};
     const bool given = text && SUCCEEDED(CLSIDFromString(platform::WideFromUtf8(*text).c_str(), &classId));
-    return given ? classId : HostClassId;
+    return given ? classId : kHostClassId;
 }
 
 // Null without a host; otherwise a reference.
 IUnknown* FindHost(REFCLSID classId) {
     void* host = nullptr;
-    CoCreateInstance(classId, nullptr, anyServer, mainInterfaceId, &host);
+    CoCreateInstance(classId, nullptr, kAnyServer, kMainInterfaceId, &host);
     return static_cast<IUnknown*>(host);
 }
 
@@ -43,14 +43,14 @@ IUnknown* FindHostOn(const char* serverName, REFCLSID classId) {
     }
     std::u16string name = platform::WideFromUtf8(serverName);
     COSERVERINFO server = {0, name.data(), nullptr, 0};
-    MULTI_QI query = {&mainInterfaceId, nullptr, S_OK};
-    createInstance(classId, nullptr, anyServer, &server, 1, &query);
+    MULTI_QI query = {&kMainInterfaceId, nullptr, S_OK};
+    createInstance(classId, nullptr, kAnyServer, &server, 1, &query);
     return query.pItf;
 }
 
 std::int32_t IntroduceToHost(IUnknown* host, const Q_PropList* description) {
     if (host == nullptr) {
-        return noHost;
+        return kNoHost;
     }
     const std::int32_t result = Q_ApiClientInit(platform::MainModule(), host, nullptr, description);
     // The connection has references of its own.
@@ -85,14 +85,14 @@ std::int32_t Q_ApiRunClient() {
     if (connected) {
         ServeMessages();
     } else {
-        Q_ApiWriteConsole(cannotConnect);
+        Q_ApiWriteConsole(kCannotConnect);
     }
     Q_ApiDisconnect();
     return connected ? 0 : 1;
 }
 
 const char* Q_ApiConnectOnce() {
-    return Q_ApiConnectHost(nullptr, nullptr, nullptr) == 0 ? nullptr : cannotConnect;
+    return Q_ApiConnectHost(nullptr, nullptr, nullptr) == 0 ? nullptr : kCannotConnect;
 }
 
 std::int32_t Q_ApiPumpOneMessage(std::int32_t* integer) {

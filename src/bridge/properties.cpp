@@ -45,7 +45,7 @@ Q_Prop* AppendRow(Q_PropList* list) {
 
 Q_Prop* RowToWrite(Q_PropList* list, std::int32_t number) {
     const std::int32_t index = Q_ApiFindProp(list, number);
-    if (index == Q_PropNotFound) {
+    if (index == kPropNotFound) {
         return AppendRow(list);
     }
     ReleaseRow(&list->items[index], Q_KitRelease);
@@ -56,14 +56,14 @@ Q_Prop* RowToWrite(Q_PropList* list, std::int32_t number) {
 
 std::int32_t Q_ApiFindProp(const Q_PropList* list, std::int32_t number) {
     if (list == nullptr || list->items == nullptr) {
-        return Q_PropNotFound;
+        return kPropNotFound;
     }
     for (std::uint32_t i = 0; i < list->count; ++i) {
         if (list->items[i].ident.number == number) {
             return static_cast<std::int32_t>(i);
         }
     }
-    return Q_PropNotFound;
+    return kPropNotFound;
 }
 
 void Q_ApiSetProp(Q_PropList* list, std::int32_t number, const Q_Value* value) {
@@ -79,7 +79,7 @@ void Q_ApiSetProp(Q_PropList* list, std::int32_t number, const Q_Value* value) {
 
 void Q_ApiSetPropString(Q_PropList* list, std::int32_t number, const char* text) {
     Q_Value value = {};
-    value.tag = Q_TextTag;
+    value.tag = kTextTag;
     // Only read: the list gets a copy.
     value.text = const_cast<char*>(text);
     Q_ApiSetProp(list, number, &value);

@@ -9,9 +9,9 @@
 namespace ventrix {
 
 /// Q_ApiFindProp's answer where no row has the number.
-constexpr std::int32_t Q_PropNotFound = -4;
+constexpr std::int32_t kPropNotFound = -4;
 
-/// The index of the first row with the number, or Q_PropNotFound; 0 finds the first named row. A null list
+/// The index of the first row with the number, or kPropNotFound; 0 finds the first named row. A null list
 /// has no rows.
 std::int32_t Q_ApiFindProp(const Q_PropList* list, std::int32_t number);
 

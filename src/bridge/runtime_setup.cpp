@@ -4,22 +4,22 @@
 
 #include "bridge/connection.h"
 #include "bridge/host/operations.h"
-#include "kit/encodings.h"
 #include "kit/last_error.h"
-#include "kit/strings.h"
+#include "kit/text/encodings.h"
+#include "kit/text/strings.h"
 #include "platform/drives.h"
 
 namespace ventrix {
 namespace {
 
-constexpr std::int32_t installationFolderProp = 89;
-constexpr std::size_t folderSize = 1024;
+constexpr std::int32_t kInstallationFolderProp = 89;
+constexpr std::size_t kFolderSize = 1024;
 
 // Empty when the host can't name it, and when it is too long: a cut text would name another folder.
 std::string HostInstallationFolder() {
-    const Q_String text(Q_ApiReadStringPropNum(0, 0, installationFolderProp));
+    const Q_String text(Q_ApiReadStringPropNum(0, 0, kInstallationFolderProp));
     const std::string folder = text == nullptr ? "" : text.get();
-    return Q_ApiLastError != 0 || folder.size() >= folderSize ? "" : folder;
+    return Q_ApiLastError != 0 || folder.size() >= kFolderSize ? "" : folder;
 }
 
 // ICU opens files by the machine's own notation. A folder on no known drive is told as it stands.

@@ -8,56 +8,56 @@
 namespace ventrix {
 namespace {
 
-constexpr PayloadShape undefinedPayload = {PayloadKind::Undefined, {}};
-constexpr PayloadShape number = {PayloadKind::Number, {}};
-constexpr PayloadShape bytes = {PayloadKind::Bytes, {}};
+constexpr PayloadShape kUndefinedPayload = {PayloadKind::kUndefined, {}};
+constexpr PayloadShape kNumber = {PayloadKind::kNumber, {}};
+constexpr PayloadShape kBytes = {PayloadKind::kBytes, {}};
 
 constexpr PayloadShape PlainArray(std::uint32_t elementSize) {
-    return {PayloadKind::Array, {elementSize, 0, {}, 0, {}}};
+    return {PayloadKind::kArray, {elementSize, 0, {}, 0, {}}};
 }
 
-constexpr PayloadShape shapes[] = {
-    undefinedPayload,
-    number,
-    number,
-    {PayloadKind::Text, {}},
-    number,
+constexpr PayloadShape kShapes[] = {
+    kUndefinedPayload,
+    kNumber,
+    kNumber,
+    {PayloadKind::kText, {}},
+    kNumber,
     PlainArray(4),
-    {PayloadKind::Strings, {}},
+    {PayloadKind::kStrings, {}},
     PlainArray(8),
-    {PayloadKind::Array, {sizeof(Q_Tag8Element), 1, {offsetof(Q_Tag8Element, text)}, 0, {}}},
-    bytes,
-    bytes,
-    undefinedPayload,
+    {PayloadKind::kArray, {sizeof(Q_Tag8Element), 1, {offsetof(Q_Tag8Element, text)}, 0, {}}},
+    kBytes,
+    kBytes,
+    kUndefinedPayload,
     PlainArray(8),
     PlainArray(4),
     PlainArray(1),
     PlainArray(4),
-    undefinedPayload,
-    {PayloadKind::Array,
+    kUndefinedPayload,
+    {PayloadKind::kArray,
      {sizeof(Q_Tag17Element),
       3,
       {offsetof(Q_Tag17Element, text), offsetof(Q_Tag17Element, secondText),
        offsetof(Q_Tag17Element, thirdText)},
       2,
       {offsetof(Q_Tag17Element, firstStrings), offsetof(Q_Tag17Element, secondStrings)}}},
-    {PayloadKind::Array,
+    {PayloadKind::kArray,
      {sizeof(Q_Tag18Element), 1, {offsetof(Q_Tag18Element, text)}, 1, {offsetof(Q_Tag18Element, strings)}}},
-    {PayloadKind::Record, {}},
-    {PayloadKind::List, {}},
-    {PayloadKind::Array,
+    {PayloadKind::kRecord, {}},
+    {PayloadKind::kList, {}},
+    {PayloadKind::kArray,
      {sizeof(Q_Tag21Element),
       1,
       {offsetof(Q_Tag21Element, text)},
       2,
       {offsetof(Q_Tag21Element, firstStrings), offsetof(Q_Tag21Element, secondStrings)}}},
-    {PayloadKind::Array, {sizeof(Q_Tag22Element), 0, {}, 1, {offsetof(Q_Tag22Element, strings)}}},
+    {PayloadKind::kArray, {sizeof(Q_Tag22Element), 0, {}, 1, {offsetof(Q_Tag22Element, strings)}}},
 };
 
 }  // namespace
 
 const PayloadShape& PayloadShapeOf(std::uint32_t tag) {
-    return tag < std::size(shapes) ? shapes[tag] : undefinedPayload;
+    return tag < std::size(kShapes) ? kShapes[tag] : kUndefinedPayload;
 }
 
 }  // namespace ventrix

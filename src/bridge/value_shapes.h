@@ -6,14 +6,14 @@
 namespace ventrix {
 
 enum class PayloadKind : std::uint8_t {
-    Undefined,  ///< No payload that anyone owns.
-    Number,
-    Bytes,  ///< The payload's own bytes.
-    Text,
-    Array,
-    Strings,
-    Record,
-    List,
+    kUndefined,  ///< No payload that anyone owns.
+    kNumber,
+    kBytes,  ///< The payload's own bytes.
+    kText,
+    kArray,
+    kStrings,
+    kRecord,
+    kList,
 };
 
 /// One array element: its size and the offsets of what it owns.

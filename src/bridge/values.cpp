@@ -4,7 +4,7 @@
 
 #include "bridge/value_shapes.h"
 #include "kit/memory.h"
-#include "kit/strings.h"
+#include "kit/text/strings.h"
 
 namespace ventrix {
 namespace {
@@ -112,18 +112,18 @@ Q_ValueList* CopyNestedList(const Q_ValueList* source, const CopyRules& rules) {
 }
 
 void* CopyRecord(const void* source, const CopyRules& rules) {
-    void* copy = source == nullptr ? nullptr : rules.allocate(Q_RecordSize);
-    return copy == nullptr ? nullptr : std::memcpy(copy, source, Q_RecordSize);
+    void* copy = source == nullptr ? nullptr : rules.allocate(kRecordSize);
+    return copy == nullptr ? nullptr : std::memcpy(copy, source, kRecordSize);
 }
 
 // The parts of a value that own nothing.
 Q_Value CopyPlain(const Q_Value& source, PayloadKind kind, const CopyRules& rules) {
-    if (rules.boundary || kind == PayloadKind::Bytes) {
+    if (rules.boundary || kind == PayloadKind::kBytes) {
         return source;
     }
     Q_Value copy = {};
     copy.tag = source.tag;
-    if (kind == PayloadKind::Number) {
+    if (kind == PayloadKind::kNumber) {
         copy.number = source.number;
     }
     return copy;
@@ -133,24 +133,24 @@ Q_Value CopyValue(const Q_Value& source, const CopyRules& rules) {
     const PayloadShape& shape = PayloadShapeOf(source.tag);
     Q_Value copy = CopyPlain(source, shape.kind, rules);
     switch (shape.kind) {
-        case PayloadKind::Text:
+        case PayloadKind::kText:
             copy.text = CopyText(source.text, rules);
             break;
-        case PayloadKind::Array:
+        case PayloadKind::kArray:
             CopyArray(&copy.array, source.array, shape.element, rules);
             break;
-        case PayloadKind::Strings:
+        case PayloadKind::kStrings:
             CopyStrings(&copy.strings, source.strings, rules);
             break;
-        case PayloadKind::Record:
+        case PayloadKind::kRecord:
             copy.record = CopyRecord(source.record, rules);
             break;
-        case PayloadKind::List:
+        case PayloadKind::kList:
             copy.list = CopyNestedList(source.list, rules);
             break;
-        case PayloadKind::Undefined:
-        case PayloadKind::Number:
-        case PayloadKind::Bytes:
+        case PayloadKind::kUndefined:
+        case PayloadKind::kNumber:
+        case PayloadKind::kBytes:
             break;
     }
     return copy;
@@ -184,7 +184,7 @@ void ReleaseNestedList(Q_Value* value, Q_ReleaseFunction release) {
     value->list = nullptr;
 }
 
-constexpr CopyRules kitRules = {Q_KitAlloc, false};
+constexpr CopyRules kKitRules = {Q_KitAlloc, false};
 
 }  // namespace
 
@@ -198,11 +198,11 @@ void Q_KitRelease(void* block) {
 }
 
 char* Q_CopyTextOrEmpty(const char* text) {
-    return CopyText(text, kitRules);
+    return CopyText(text, kKitRules);
 }
 
 Q_Value Q_ApiCopyValue(const Q_Value* value) {
-    return CopyValue(*value, kitRules);
+    return CopyValue(*value, kKitRules);
 }
 
 void Q_ApiFreeValue(Q_Value* value) {
@@ -252,26 +252,26 @@ void Q_ReleaseStringListWith(Q_StringList* list, Q_ReleaseFunction release) {
 void Q_ReleaseValueWith(Q_Value* value, Q_ReleaseFunction release) {
     const PayloadShape& shape = PayloadShapeOf(value->tag);
     switch (shape.kind) {
-        case PayloadKind::Text:
+        case PayloadKind::kText:
             ReleaseBlock(value->text, release);
             value->text = nullptr;
             break;
-        case PayloadKind::Array:
+        case PayloadKind::kArray:
             ReleaseArray(&value->array, shape.element, release);
             break;
-        case PayloadKind::Strings:
+        case PayloadKind::kStrings:
             Q_ReleaseStringListWith(&value->strings, release);
             break;
-        case PayloadKind::Record:
+        case PayloadKind::kRecord:
             ReleaseBlock(value->record, release);
             value->record = nullptr;
             break;
-        case PayloadKind::List:
+        case PayloadKind::kList:
             ReleaseNestedList(value, release);
             break;
-        case PayloadKind::Undefined:
-        case PayloadKind::Number:
-        case PayloadKind::Bytes:
+        case PayloadKind::kUndefined:
+        case PayloadKind::kNumber:
+        case PayloadKind::kBytes:
             break;
     }
 }

@@ -11,10 +11,10 @@ namespace {
 using platform::FolderEntry;
 
 bool IsFolderEntry(const FolderEntry& entry) {
-    return (entry.attributes & platform::attributeDirectory) != 0;
+    return (entry.attributes & platform::kAttributeDirectory) != 0;
 }
 bool IsLink(const FolderEntry& entry) {
-    return (entry.attributes & platform::attributeLink) != 0;
+    return (entry.attributes & platform::kAttributeLink) != 0;
 }
 
 bool HasOneOf(const std::string& name, const FileList& suffixes) {
@@ -25,7 +25,7 @@ bool HasOneOf(const std::string& name, const FileList& suffixes) {
 /// The copy of a protected source has to be rewritten later.
 void MakeWritable(const Path& path) {
     if (const auto attributes = platform::AttributesOf(path)) {
-        platform::SetAttributes(path, *attributes & ~platform::attributeReadOnly);
+        platform::SetAttributes(path, *attributes & ~platform::kAttributeReadOnly);
     }
 }
 
@@ -49,7 +49,7 @@ bool FileReadable(const Path& path) {
 
 bool IsFolder(const Path& path) {
     const auto attributes = platform::AttributesOf(path);
-    return attributes && (*attributes & platform::attributeDirectory) != 0;
+    return attributes && (*attributes & platform::kAttributeDirectory) != 0;
 }
 
 bool EnsureFolder(const Path& folder) {
@@ -62,7 +62,7 @@ bool EnsureFolder(const Path& folder) {
         return false;
     }
     const auto outcome = platform::MakeFolder(folder);
-    return outcome == platform::errorNone || outcome == platform::errorAlreadyExists;
+    return outcome == platform::kErrorNone || outcome == platform::kErrorAlreadyExists;
 }
 
 void DeleteFileAt(const Path& path) {
@@ -73,7 +73,7 @@ bool CopyFileInto(const Path& source, const Path& target) {
     if (!EnsureFolder(ParentFolder(target))) {
         return false;
     }
-    if (platform::CopyFileOver(source, target) != platform::errorNone) {
+    if (platform::CopyFileOver(source, target) != platform::kErrorNone) {
         return false;
     }
     MakeWritable(target);

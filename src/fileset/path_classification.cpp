@@ -7,8 +7,8 @@ namespace ventrix {
 
 namespace {
 
-constexpr char backslash = '\\';
-constexpr auto notFound = std::string_view::npos;
+constexpr char kBackslash = '\\';
+constexpr auto kNotFound = std::string_view::npos;
 
 }  // namespace
 
@@ -30,8 +30,8 @@ std::string PathRoot(std::string_view path) {
     if (!onServer && !onDrive) {
         return {};
     }
-    const auto separator = path.find(backslash, 2);
-    return std::string(separator == notFound ? path : path.substr(0, separator + 1));
+    const auto separator = path.find(kBackslash, 2);
+    return std::string(separator == kNotFound ? path : path.substr(0, separator + 1));
 }
 
 bool SpansSeveralRoots(const FileList& list) {
@@ -43,24 +43,24 @@ bool AnyOutsideRoot(const FileList& list, std::string_view root) {
 }
 
 Path WithTrailingBackslash(Path path) {
-    if (!path.empty() && path.back() != backslash) {
-        path += backslash;
+    if (!path.empty() && path.back() != kBackslash) {
+        path += kBackslash;
     }
     return path;
 }
 
 Path ParentFolder(std::string_view path) {
-    auto separator = path.rfind(backslash);
-    while (separator != notFound && separator + 1 == path.size()) {
+    auto separator = path.rfind(kBackslash);
+    while (separator != kNotFound && separator + 1 == path.size()) {
         path.remove_suffix(1);
-        separator = path.rfind(backslash);
+        separator = path.rfind(kBackslash);
     }
-    return separator == notFound ? Path() : Path(path.substr(0, separator + 1));
+    return separator == kNotFound ? Path() : Path(path.substr(0, separator + 1));
 }
 
 std::string FileNameOf(std::string_view path) {
-    const auto separator = path.rfind(backslash);
-    return separator == notFound ? std::string() : std::string(path.substr(separator + 1));
+    const auto separator = path.rfind(kBackslash);
+    return separator == kNotFound ? std::string() : std::string(path.substr(separator + 1));
 }
 
 void ReplaceExtension(Path& path, std::string_view newExtension) {

@@ -17,13 +17,13 @@ ULONG ComUltraliteC::Release() {
         return referenceCount_;
     }
     // A reference that the destructor takes and gives back must not start a second destruction.
-    constexpr std::uint32_t whileDestroyed = 100;
-    referenceCount_ = whileDestroyed;
+    constexpr std::uint32_t kWhileDestroyed = 100;
+    referenceCount_ = kWhileDestroyed;
     if (CanDestroy() != 0) {
         delete this;
         return 0;
     }
-    referenceCount_ -= whileDestroyed;
+    referenceCount_ -= kWhileDestroyed;
     return 0;
 }
 

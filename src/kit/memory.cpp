@@ -16,7 +16,7 @@ namespace {
 }
 
 void* Checked(void* block, std::uint32_t flags) {
-    if (block == nullptr && (flags & Q_MustSucceed) != 0) {
+    if (block == nullptr && (flags & kMustSucceed) != 0) {
         Q_MemoryFailure();
     }
     return block;
@@ -24,7 +24,7 @@ void* Checked(void* block, std::uint32_t flags) {
 
 // A must-succeed allocation of nothing is still a block: the C runtime may answer it with null.
 std::uint32_t AtLeastOne(std::uint32_t size, std::uint32_t flags) {
-    return size == 0 && (flags & Q_MustSucceed) != 0 ? 1 : size;
+    return size == 0 && (flags & kMustSucceed) != 0 ? 1 : size;
 }
 
 }  // namespace

@@ -8,21 +8,21 @@ namespace ventrix {
 
 /// Bit 0 of an allocator's flags: the allocator does not return null. Where memory runs out it calls the
 /// memory hook and raises the platform exception with code 1.
-constexpr std::uint32_t Q_MustSucceed = 1;
+constexpr std::uint32_t kMustSucceed = 1;
 
 /// Called before the platform exception is raised. Both are empty until a client sets them.
 using Q_Hook = void (*)();
 inline Q_Hook Q_MemoryHook = nullptr;     ///< A must-succeed allocation failed.
 inline Q_Hook Q_AssertionHook = nullptr;  ///< Q_Fatal was reached.
 
-/// A block with undefined content. Null when memory runs out and Q_MustSucceed is not set.
+/// A block with undefined content. Null when memory runs out and kMustSucceed is not set.
 void* Q_Alloc(std::uint32_t size, std::uint32_t flags);
 
 /// A zeroed block of count times size bytes. Null as Q_Alloc.
 void* Q_Calloc(std::uint32_t count, std::uint32_t size, std::uint32_t flags);
 
 /// The block in its new size; a null block is allocated anew. On a null result the old block is still the
-/// caller's, except that a size of 0 without Q_MustSucceed frees it.
+/// caller's, except that a size of 0 without kMustSucceed frees it.
 void* Q_Realloc(void* block, std::uint32_t size, std::uint32_t flags);
 
 /// Frees the block; null is allowed. Always 0.

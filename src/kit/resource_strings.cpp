@@ -4,11 +4,11 @@
 #include <cstring>
 #include <vector>
 
-#include "kit/characters.h"
-#include "kit/convert.h"
-#include "kit/encodings.h"
-#include "kit/language.h"
-#include "kit/strings.h"
+#include "kit/text/characters.h"
+#include "kit/text/convert.h"
+#include "kit/text/encodings.h"
+#include "kit/text/language.h"
+#include "kit/text/strings.h"
 #include "platform/module.h"
 
 namespace ventrix {
@@ -17,7 +17,7 @@ namespace {
 void* resourceModule = nullptr;
 
 bool IsUtf8Current() {
-    return Q_CurrentEncoding() == Q_Utf8Encoding;
+    return Q_CurrentEncoding() == kUtf8Encoding;
 }
 
 bool LoadAsUtf8(std::uint32_t id, char* buffer, std::uint32_t size) {
@@ -26,8 +26,8 @@ bool LoadAsUtf8(std::uint32_t id, char* buffer, std::uint32_t size) {
         return false;
     }
     wide.back() = 0;
-    const Q_String text(Q_ConvertByCode(wide.data(), Q_CodeUtf16, Q_CodeUtf8, false, false));
-    Q_StrCopyChars(buffer, text.get(), size, Q_Utf8Encoding);
+    const Q_String text(Q_ConvertByCode(wide.data(), kCodeUtf16, kCodeUtf8, false, false));
+    Q_StrCopyChars(buffer, text.get(), size, kUtf8Encoding);
     return true;
 }
 
@@ -55,8 +55,8 @@ std::uint32_t WriteEscaped(char* output, char kind, unsigned char byte) {
         *output = raw[0];
         return 1;
     }
-    const std::int32_t code = kind == 'B' ? Q_SystemEncodingCode() : Q_CodeRoman;
-    const Q_String text(Q_ConvertByCode(raw, code, Q_CodeUtf8, false, false));
+    const std::int32_t code = kind == 'B' ? Q_SystemEncodingCode() : kCodeRoman;
+    const Q_String text(Q_ConvertByCode(raw, code, kCodeUtf8, false, false));
     const std::uint32_t length = Q_StrLen(text.get());
     std::memcpy(output, text.get(), length);
     return length;

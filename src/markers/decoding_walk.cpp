@@ -7,8 +7,8 @@
 namespace ventrix {
 namespace {
 
-constexpr char defaultTagsAttribute[] = "data-twtags";
-constexpr char markerHead[] = "QL_";  // Every marker word begins like this.
+constexpr char kDefaultTagsAttribute[] = "data-twtags";
+constexpr char kMarkerHead[] = "QL_";  // Every marker word begins like this.
 
 /// The position of each token's first occurrence.
 std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vector<std::string>& tokens) {
@@ -38,7 +38,7 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
     std::string buffer;
     const std::string_view content = textNode.get_text(buffer);
     // A text without any marker word would come out as it is. Most texts of a file end here, without a copy.
-    if (content.find(markerHead) == std::string_view::npos) {
+    if (content.find(kMarkerHead) == std::string_view::npos) {
         return textNode.get_nextSibling();
     }
     xml::Node parent = textNode.get_parentNode();
@@ -58,7 +58,7 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
 
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
                    const PublishParams& record) {
-    const std::string attribute = record.targetAttr.empty() ? defaultTagsAttribute : record.targetAttr;
+    const std::string attribute = record.targetAttr.empty() ? kDefaultTagsAttribute : record.targetAttr;
     const std::vector<std::string> tokens = SplitTagsValue(AttributeValue(element, attribute));
     const auto positions = FirstPositions(tokens);
     std::string added;
@@ -115,7 +115,7 @@ void ClearMarkerWords(xml::Node element) {
             continue;
         }
         const std::string_view text = node.get_text(buffer);
-        if (text.find(markerHead) != std::string_view::npos) {
+        if (text.find(kMarkerHead) != std::string_view::npos) {
             node.put_text(RemoveMarkerWords(text));
         }
     }

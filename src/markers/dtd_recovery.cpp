@@ -15,7 +15,7 @@ namespace {
 std::string AskDispatcher(const std::string& question) {
     Q_ValueList answer = Q_ApiInvokeClientForValues("QlDispatcher", question.c_str());
     std::string text;
-    if (answer.items && answer.count == 1 && answer.items[0].tag == Q_TextTag && answer.items[0].text) {
+    if (answer.items && answer.count == 1 && answer.items[0].tag == kTextTag && answer.items[0].text) {
         text = answer.items[0].text;
     }
     Q_ApiFreeValueList(&answer);
@@ -27,8 +27,8 @@ std::string AskDispatcher(const std::string& question) {
 // missing.
 std::string LongFormOf(const std::string& dtdPath) {
     const std::string longPath = platform::LongPath(dtdPath);
-    return longPath.empty() || platform::WideFromUtf8(longPath).size() >= platform::pathLimit ? dtdPath
-                                                                                              : longPath;
+    return longPath.empty() || platform::WideFromUtf8(longPath).size() >= platform::kPathLimit ? dtdPath
+                                                                                               : longPath;
 }
 
 Path RepairStylesheet() {
@@ -40,7 +40,7 @@ Path RepairStylesheet() {
 
 bool HasContent(const Path& path) {
     std::string content;
-    return platform::ReadWholeFile(path, content) == platform::errorNone && !content.empty();
+    return platform::ReadWholeFile(path, content) == platform::kErrorNone && !content.empty();
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ std::string LookupDtdPath(const Path& path) {
 
 void ReplaceInFile(const Path& path, std::string_view oldText, std::string_view newText) {
     std::string content;
-    if (platform::ReadWholeFile(path, content) != platform::errorNone) {
+    if (platform::ReadWholeFile(path, content) != platform::kErrorNone) {
         return;
     }
     ReplaceFirst(content, oldText, newText);

@@ -8,9 +8,9 @@ namespace ventrix {
 // append for each run between two escapes costs more than the run. So each byte has its entry written whole,
 // and the next one begins where that one ends.
 void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& table) {
-    constexpr std::size_t pieceSize = 4096;  // What room is made for is cleared first.
+    constexpr std::size_t kPieceSize = 4096;  // What room is made for is cleared first.
     while (!text.empty()) {
-        const std::string_view piece = text.substr(0, pieceSize);
+        const std::string_view piece = text.substr(0, kPieceSize);
         const std::size_t before = out.size();
         out.resize(before + piece.size() * sizeof(Escape));
         char* to = out.data() + before;

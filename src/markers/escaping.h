@@ -53,14 +53,14 @@ constexpr EscapeTable Combine(const EscapeTable& first, const EscapeTable& secon
 }
 
 /// The five characters that XML reserves.
-inline constexpr std::array<std::pair<char, std::string_view>, 5> markupCharacters = {{
+inline constexpr std::array<std::pair<char, std::string_view>, 5> kMarkupCharacters = {{
     {'&', "&amp;"},
     {'<', "&lt;"},
     {'>', "&gt;"},
     {'"', "&quot;"},
     {'\'', "&apos;"},
 }};
-inline constexpr EscapeTable markupEscapes = MakeEscapeTable(markupCharacters);
+inline constexpr EscapeTable kMarkupEscapes = MakeEscapeTable(kMarkupCharacters);
 
 void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& table);
 

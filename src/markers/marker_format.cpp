@@ -8,7 +8,7 @@
 namespace ventrix {
 namespace {
 
-constexpr std::size_t none = std::string_view::npos;
+constexpr std::size_t kNone = std::string_view::npos;
 
 struct ElementWord {
     std::size_t position;
@@ -18,9 +18,9 @@ struct ElementWord {
 // Both element words share their first bytes. Looking for those finds the next word of either kind in one
 // scan; two searches, one per word, would run to the text's end again and again.
 std::optional<ElementWord> NextElementWord(std::string_view text, std::size_t position) {
-    constexpr std::string_view head = "QL_ELEM_";
-    while ((position = text.find(head, position)) != none) {
-        const std::size_t last = position + head.size();
+    constexpr std::string_view kHead = "QL_ELEM_";
+    while ((position = text.find(kHead, position)) != kNone) {
+        const std::size_t last = position + kHead.size();
         if (last < text.size() && (text[last] == 'S' || text[last] == 'E')) {
             return ElementWord{position, text[last] == 'S'};
         }
@@ -72,7 +72,7 @@ std::string TakeAttributeGroup(std::string& text) {
         return {};
     }
     const std::size_t end = text.find(QL_END);
-    if (end == none) {
+    if (end == kNone) {
         return {};
     }
     std::string body = text.substr(QL_START.size(), end - QL_START.size());
@@ -82,8 +82,8 @@ std::string TakeAttributeGroup(std::string& text) {
 
 void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, AttributePairs& targetPairs) {
     const std::size_t start = text.find(QL_START);
-    const std::size_t end = start == none ? none : text.find(QL_END);
-    if (end == none) {
+    const std::size_t end = start == kNone ? kNone : text.find(QL_END);
+    if (end == kNone) {
         return;
     }
     std::string_view body = text.substr(start + QL_START.size());
@@ -94,7 +94,7 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
         const std::size_t equals = body.find(QL_EQ);
         const std::size_t target = body.find(QL_TARGET);
         const std::size_t separator = body.find(QL_SEP);
-        if (equals == none || target == none || separator == none) {
+        if (equals == kNone || target == kNone || separator == kNone) {
             return;
         }
         // "QL_EQL_TARGET" holds both words, sharing a "Q". That leaves no value between them, so it counts as
@@ -113,7 +113,7 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
 }
 
 std::string StripAttributeGroups(std::string_view text) {
-    if (text.find(QL_START) == none) {
+    if (text.find(QL_START) == kNone) {
         return std::string(text);
     }
     std::string result;
@@ -122,7 +122,7 @@ std::string StripAttributeGroups(std::string_view text) {
         // Each QL_START ends in a "T": looking at the end of what is kept so far also sees a word that forms
         // where the bytes on either side of a group come together.
         const std::size_t last = text.find(QL_START.back(), position);
-        const std::size_t behind = last == none ? text.size() : last + 1;
+        const std::size_t behind = last == kNone ? text.size() : last + 1;
         result.append(text.substr(position, behind - position));
         position = behind;
         if (!result.ends_with(QL_START)) {
@@ -131,7 +131,7 @@ std::string StripAttributeGroups(std::string_view text) {
         // Only a QL_END behind the QL_START closes its group. Without one the rest stays as it is, as
         // TakeAttributeGroup leaves it, and RemoveMarkerWords clears the words in the end.
         const std::size_t end = text.find(QL_END, position);
-        if (end == none) {
+        if (end == kNone) {
             return result.append(text.substr(position));
         }
         result.resize(result.size() - QL_START.size());
@@ -154,13 +154,13 @@ ScopedEntries TakeScopedGroups(std::string& text) {
     std::string_view rest = text;
     while (rest.starts_with(QL_SA_S)) {
         const std::size_t end = rest.find(QL_SA_E);
-        if (end == none) {
+        if (end == kNone) {
             break;
         }
         const std::string_view body = rest.substr(QL_SA_S.size(), end - QL_SA_S.size());
         const std::size_t first = body.find(QL_SEP);
-        const std::size_t second = first == none ? none : body.find(QL_SEP, first + QL_SEP.size());
-        if (second != none) {
+        const std::size_t second = first == kNone ? kNone : body.find(QL_SEP, first + QL_SEP.size());
+        if (second != kNone) {
             const std::size_t attributeStart = first + QL_SEP.size();
             entries.emplace_back(body.substr(0, first));
             entries.emplace_back(body.substr(attributeStart, second - attributeStart));
@@ -183,7 +183,7 @@ std::vector<std::string> SplitElementGroups(std::string_view text) {
     // The cut ends at the first group that does not close. No look at the last QL_ELEM_E is needed: where
     // none stands behind the opening word, the group can't be balanced either.
     std::size_t start = 0;
-    while ((start = text.find(QL_ELEM_S)) != none) {
+    while ((start = text.find(QL_ELEM_S)) != kNone) {
         const auto end = ElementGroupEnd(text, start);
         if (!end) {
             break;
@@ -198,7 +198,7 @@ std::vector<std::string> SplitElementGroups(std::string_view text) {
 
 std::optional<std::string> ElementGroupXml(std::string_view piece) {
     const std::size_t end = piece.find(QL_ELEM_E);
-    if (end == none) {
+    if (end == kNone) {
         return std::nullopt;
     }
     std::string xml(piece.substr(QL_ELEM_S.size(), end - QL_ELEM_S.size()));
@@ -209,7 +209,7 @@ std::optional<std::string> ElementGroupXml(std::string_view piece) {
 std::vector<std::string> SplitTagsValue(std::string_view tagsValue) {
     std::vector<std::string> tokens;
     std::size_t end = 0;
-    while ((end = tagsValue.find(QL_SEP)) != none) {
+    while ((end = tagsValue.find(QL_SEP)) != kNone) {
         tokens.emplace_back(tagsValue.substr(0, end));
         tagsValue.remove_prefix(end + QL_SEP.size());
     }
@@ -218,7 +218,7 @@ std::vector<std::string> SplitTagsValue(std::string_view tagsValue) {
 
 std::string RemoveMarkerWords(std::string_view text) {
     std::string result(text);
-    if (text.find("QL_") == none) {
+    if (text.find("QL_") == kNone) {
         return result;
     }
     // QL_SEP goes twice: its first removal, or a later one, can bring a new QL_SEP together.

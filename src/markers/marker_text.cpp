@@ -7,7 +7,7 @@
 namespace ventrix {
 namespace {
 
-constexpr std::string_view blanks = " \t\n\r";
+constexpr std::string_view kBlanks = " \t\n\r";
 
 }  // namespace
 
@@ -34,7 +34,7 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 void EscapeMarkup(std::string& text) {
     // One pass for all five gives what one after the other would, the ampersand first.
     std::string escaped;
-    AppendEscaped(escaped, text, markupEscapes);
+    AppendEscaped(escaped, text, kMarkupEscapes);
     text = std::move(escaped);
 }
 
@@ -45,8 +45,8 @@ void UnescapeMarkup(std::string& text) {
         unescaped += rest.substr(0, mark);
         rest.remove_prefix(mark);
         const auto pair = std::ranges::find_if(
-            markupCharacters, [&](const auto& candidate) { return rest.starts_with(candidate.second); });
-        const bool isEscape = pair != markupCharacters.end();
+            kMarkupCharacters, [&](const auto& candidate) { return rest.starts_with(candidate.second); });
+        const bool isEscape = pair != kMarkupCharacters.end();
         unescaped += isEscape ? pair->first : '&';
         rest.remove_prefix(isEscape ? pair->second.size() : 1);
     }
@@ -54,11 +54,11 @@ void UnescapeMarkup(std::string& text) {
 }
 
 std::string TrimBlanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
+    const std::size_t first = text.find_first_not_of(kBlanks);
     if (first == std::string_view::npos) {
         return {};
     }
-    const std::size_t last = text.find_last_not_of(blanks);
+    const std::size_t last = text.find_last_not_of(kBlanks);
     return std::string(text.substr(first, last - first + 1));
 }
 

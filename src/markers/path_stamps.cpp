@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "kit/file_path.h"
+#include "kit/paths/file_path.h"
 #include "markers/dom_helpers.h"
 
 namespace ventrix {
 namespace {
 
-constexpr char xpathName[] = "data-qlxpath";
-constexpr std::string_view titleName = "title";
+constexpr char kXpathName[] = "data-qlxpath";
+constexpr std::string_view kTitleName = "title";
 
 /// From the root down to the element; empty for a node that is no element.
 void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
@@ -21,12 +21,12 @@ void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
 }
 
 std::size_t& CountOf(StampMemo::Counts& counts, std::string_view name) {
-    constexpr std::size_t fewNames = 8;
+    constexpr std::size_t kFewNames = 8;
     const auto known = std::ranges::find(counts.few, name, &std::pair<std::string_view, std::size_t>::first);
     if (known != counts.few.end()) {
         return known->second;
     }
-    return counts.few.size() < fewNames ? counts.few.emplace_back(name, 0).second : counts.many[name];
+    return counts.few.size() < kFewNames ? counts.few.emplace_back(name, 0).second : counts.many[name];
 }
 
 void Clear(StampMemo::Counts& counts) {
@@ -101,7 +101,7 @@ bool StepTo(StampMemo& memo, xml::Node element) {
 }  // namespace
 
 bool HasPathEntries(xml::Node parent, const PublishParams& record) {
-    return record.addXpath || NodeName(parent) == titleName || IsListedElement(parent, record.addSourcePath);
+    return record.addXpath || NodeName(parent) == kTitleName || IsListedElement(parent, record.addSourcePath);
 }
 
 void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& record, StampMemo& memo) {
@@ -113,7 +113,7 @@ void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& reco
     if (wanted != record.addSourcePath.end()) {
         AddSourcePathEntry(composed, record, memo);
         record.addSourcePath.erase(wanted);
-    } else if (name == titleName) {
+    } else if (name == kTitleName) {
         AddSourcePathEntry(composed, record, memo);
     }
 }
@@ -138,7 +138,7 @@ const std::string& BuildXPath(xml::Node element, StampMemo& memo) {
 void AddXPathEntry(xml::Node element, std::string& composed, const std::string& xpathAttr, StampMemo& memo) {
     const std::string& path = BuildXPath(element, memo);
     if (!path.empty()) {
-        AppendEntry(composed, xpathName, path, xpathAttr);
+        AppendEntry(composed, kXpathName, path, xpathAttr);
     }
 }
 
@@ -156,7 +156,7 @@ void StampPreservedXPaths(xml::Document& document, const std::list<std::string>&
     document.setProperty("SelectionLanguage", "XPath");
     for (const std::string& query : queries) {
         std::string group(QL_START);
-        AppendEntry(group, xpathName, query, attribute);
+        AppendEntry(group, kXpathName, query, attribute);
         group.append(QL_END);
         const auto selected = document.selectNodes(query);
         if (!selected) {

@@ -12,16 +12,16 @@ namespace {
 
 void LogHeading(ReportLog& log, std::uint32_t headingId) {
     LogBlankLine(log);
-    LogMessage(log, severityNone, headingId);
+    LogMessage(log, kSeverityNone, headingId);
     LogRule(log);
 }
 
 void CodeFile(ReportLog& log, const Path& file, bool decode, PublishParams& params) {
-    const std::uint32_t messageId = decode ? messageDecodingFile : messageEncodingFile;
-    LogMessageAndText(log, severityProgress, messageId, file);
+    const std::uint32_t messageId = decode ? kMessageDecodingFile : kMessageEncodingFile;
+    LogMessageAndText(log, kSeverityProgress, messageId, file);
     std::string errorText;
     if (!ProcessXmlFile(file, decode, params, errorText)) {
-        LogMessageAndText(log, severityError, messageId, errorText);
+        LogMessageAndText(log, kSeverityError, messageId, errorText);
     }
 }
 
@@ -29,7 +29,7 @@ void CodeFile(ReportLog& log, const Path& file, bool decode, PublishParams& para
 
 void EncodeFileSet(const FileList& packagedFiles, PublishParams& params, Path logFile) {
     ReportLog log = OpenReportLog(logFile);
-    LogHeading(log, messageEncodingStarts);
+    LogHeading(log, kMessageEncodingStarts);
     for (const Path& file : packagedFiles) {
         if (IsXmlFile(file)) {
             CodeFile(log, file, false, params);
@@ -39,7 +39,7 @@ void EncodeFileSet(const FileList& packagedFiles, PublishParams& params, Path lo
 
 void DecodeOutput(Path outputFolder, PublishParams& params, Path logFile) {
     ReportLog log = OpenReportLog(logFile);
-    LogHeading(log, messageDecodingStarts);
+    LogHeading(log, kMessageDecodingStarts);
     for (const Path& file : CollectFiles(outputFolder, {".html", ".htm"})) {
         CodeFile(log, file, true, params);
     }

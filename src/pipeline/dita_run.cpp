@@ -15,7 +15,7 @@ namespace {
 void SetRow(Q_PropList& script, std::int32_t number, std::int32_t value) {
     const std::int32_t index = Q_ApiFindProp(&script, number);
     // Only a script that found no memory lacks a row; the host then opens the copy under its own rules.
-    if (index != Q_PropNotFound) {
+    if (index != kPropNotFound) {
         script.items[index].value.number = value;
     }
 }
@@ -40,10 +40,10 @@ std::uint32_t OpenCopy(const Path& documentPath) {
 
 void LogRun(ReportLog& log, const Path& documentPath, const Path& ditaval) {
     LogBlankLine(log);
-    LogMessage(log, severityProgress, messageDitaStarts);
+    LogMessage(log, kSeverityProgress, kMessageDitaStarts);
     LogRule(log);
-    LogMessageAndText(log, severityNone, messageInputFile, documentPath);
-    LogMessageAndText(log, severityNone, messageDitavalFile, ditaval);
+    LogMessageAndText(log, kSeverityNone, kMessageInputFile, documentPath);
+    LogMessageAndText(log, kSeverityNone, kMessageDitavalFile, ditaval);
 }
 
 std::string PathOption(const char* name, const Path& path) {

@@ -4,8 +4,8 @@
 
 #include "bridge/host/operations.h"
 #include "fileset/file_operations.h"
-#include "kit/file_path.h"
-#include "kit/strings.h"
+#include "kit/paths/file_path.h"
+#include "kit/text/strings.h"
 #include "pipeline/reference_scan.h"
 #include "pipeline/report_log.h"
 
@@ -13,10 +13,10 @@ namespace ventrix {
 
 namespace {
 
-constexpr std::int32_t filePathProperty = 20;
+constexpr std::int32_t kFilePathProperty = 20;
 
 Path DocumentPath(std::uint32_t documentId) {
-    const Q_String path(Q_ApiReadStringPropNum(0, documentId, filePathProperty));
+    const Q_String path(Q_ApiReadStringPropNum(0, documentId, kFilePathProperty));
     return path ? path.get() : "";
 }
 
@@ -30,7 +30,7 @@ FileList ChoosePackage(const ReferencePaths& paths, ReportLog& log) {
     FileList package = paths.documents;
     const std::string root = package.empty() ? "" : PathRoot(package.front());
     if (AnyOutsideRoot(paths.graphics, root)) {
-        LogMessage(log, severityWarning, messageSeveralRoots);
+        LogMessage(log, kSeverityWarning, kMessageSeveralRoots);
     }
     AppendList(package, GraphicsOnRoot(paths.graphics, root));
     return package;
@@ -75,27 +75,27 @@ int PackageFiles(std::uint32_t documentId, Path outputFolder, Path logFile, File
                  Path& packagedDocument) {
     ReportLog log = OpenReportLog(logFile);
     if (!log.IsOpen()) {
-        return packageWithoutLog;
+        return kPackageWithoutLog;
     }
     Refresh(documentId);
     const ReferencePaths paths = CachedPaths();
     if (SpansSeveralRoots(paths.documents)) {
-        LogMessage(log, severityError, messageSeveralRoots);
-        return packageOnSeveralRoots;
+        LogMessage(log, kSeverityError, kMessageSeveralRoots);
+        return kPackageOnSeveralRoots;
     }
     const FileList package = ChoosePackage(paths, log);
     const Path commonFolder = CommonBaseFolder(package);
     const Path document = DocumentPath(documentId);
     const FileList unsafe = FindUnsafePaths(package, commonFolder, document, outputFolder);
     if (!unsafe.empty()) {
-        LogSection(log, unsafe, severityError, messageBrokenLinks);
-        return packageUnsafe;
+        LogSection(log, unsafe, kSeverityError, kMessageBrokenLinks);
+        return kPackageUnsafe;
     }
     ClearFolder(outputFolder, false);
     CopyPackage(package, commonFolder, outputFolder, packagedFiles);
     packagedDocument = document;
     ReplaceFirst(packagedDocument, commonFolder, outputFolder);
-    return packageBuilt;
+    return kPackageBuilt;
 }
 
 int PlaceGraphics(std::uint32_t documentId, Path folder) {

@@ -8,10 +8,10 @@
 
 namespace ventrix {
 
-constexpr int packageBuilt = 0;
-constexpr int packageOnSeveralRoots = 8;  ///< The documents lie on several roots; nothing was touched.
-constexpr int packageWithoutLog = 16;     ///< The log could not be opened; nothing was touched.
-constexpr int packageUnsafe = 32;         ///< A run could lose or rewrite source files; nothing was touched.
+constexpr int kPackageBuilt = 0;
+constexpr int kPackageOnSeveralRoots = 8;  ///< The documents lie on several roots; nothing was touched.
+constexpr int kPackageWithoutLog = 16;     ///< The log could not be opened; nothing was touched.
+constexpr int kPackageUnsafe = 32;         ///< A run could lose or rewrite source files; nothing was touched.
 
 /// Empties the output folder, which must end in a backslash, and copies the document's files into it, rebased
 /// on their common folder. `packagedFiles` receives the target of every file that was copied,

@@ -80,7 +80,7 @@ void PublishDocument(std::uint32_t documentId, const char* outputFolder, const c
     Path ditaOutputFolder = params.outFilePath;
     FileList packagedFiles;
     Path packagedDocument;
-    if (PackageFiles(documentId, output, logFile, packagedFiles, packagedDocument) != packageBuilt) {
+    if (PackageFiles(documentId, output, logFile, packagedFiles, packagedDocument) != kPackageBuilt) {
         return;
     }
 

@@ -16,27 +16,27 @@ std::string TextOf(const Q_Value& value) {
 
 /// A file is a nested list of at least three values: key, path and the host's mark of unsaved changes.
 const Q_Value* FieldsOfFile(const Q_Value& value) {
-    if (value.tag != Q_ListTag || value.list == nullptr || value.list->items == nullptr ||
+    if (value.tag != kListTag || value.list == nullptr || value.list->items == nullptr ||
         value.list->count <= 2) {
         return nullptr;
     }
     const Q_Value* fields = value.list->items;
-    return fields[0].tag == Q_TextTag && fields[1].tag == Q_TextTag ? fields : nullptr;
+    return fields[0].tag == kTextTag && fields[1].tag == kTextTag ? fields : nullptr;
 }
 
 ReferenceKind KindOf(const Path& path, const Q_Value& mark) {
     if (!FileReadable(path)) {
-        return ReferenceKind::broken;
+        return ReferenceKind::kBroken;
     }
-    return mark.tag == Q_IntegerTag && mark.number != 0 ? ReferenceKind::unsaved : ReferenceKind::valid;
+    return mark.tag == kIntegerTag && mark.number != 0 ? ReferenceKind::kUnsaved : ReferenceKind::kValid;
 }
 
 int BitOf(ReferenceKind kind) {
     switch (kind) {
-        case ReferenceKind::broken:
-            return brokenFound;
-        case ReferenceKind::unsaved:
-            return unsavedFound;
+        case ReferenceKind::kBroken:
+            return kBrokenFound;
+        case ReferenceKind::kUnsaved:
+            return kUnsavedFound;
         default:
             return 0;
     }

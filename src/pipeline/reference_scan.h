@@ -13,9 +13,9 @@ namespace ventrix {
 
 /// State of a referenced file at the time of the scan.
 enum class ReferenceKind : std::int32_t {
-    valid = 1,    ///< Can be read, and the host has no changes of its own.
-    broken = 2,   ///< Can't be opened for reading.
-    unsaved = 3,  ///< Can be read, but the host holds unsaved changes.
+    kValid = 1,    ///< Can be read, and the host has no changes of its own.
+    kBroken = 2,   ///< Can't be opened for reading.
+    kUnsaved = 3,  ///< Can be read, but the host holds unsaved changes.
 };
 
 struct ReferenceEntry {
@@ -41,8 +41,8 @@ struct ReferencePaths {
 };
 ReferencePaths CachedPaths();
 
-constexpr int brokenFound = 1;   ///< Bit of a scan: a broken entry was added.
-constexpr int unsavedFound = 2;  ///< Bit of a scan: an unsaved entry was added.
+constexpr int kBrokenFound = 1;   ///< Bit of a scan: a broken entry was added.
+constexpr int kUnsavedFound = 2;  ///< Bit of a scan: an unsaved entry was added.
 
 /// Asks the host and appends its files to the list; web addresses and values of another shape are left out.
 /// Returns the bits of what was found. A host that gives no answer adds nothing.

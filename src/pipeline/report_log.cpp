@@ -14,11 +14,11 @@ void WriteString(ReportLog& log, std::uint32_t id) {
 
 void WriteSeverityWord(ReportLog& log, int severity) {
     switch (severity) {
-        case severityProgress:
+        case kSeverityProgress:
             return WriteString(log, 0);
-        case severityWarning:
+        case kSeverityWarning:
             return WriteString(log, 2);
-        case severityError:
+        case kSeverityError:
             return WriteString(log, 3);
         default:
             return;
@@ -36,7 +36,7 @@ void LogBlankLine(ReportLog& log) {
 }
 
 void LogRule(ReportLog& log) {
-    LogMessage(log, severityNone, messageRule);
+    LogMessage(log, kSeverityNone, kMessageRule);
 }
 
 void LogMessage(ReportLog& log, int severity, std::uint32_t messageId) {

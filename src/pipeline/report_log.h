@@ -14,25 +14,25 @@ namespace ventrix {
 using ReportLog = platform::TextStream;
 
 /// Severities of a line: each has its word, which stands in front without a blank. Any other number has none.
-constexpr int severityNone = 0;
-constexpr int severityProgress = 1;
-constexpr int severityWarning = 2;
-constexpr int severityError = 3;
+constexpr int kSeverityNone = 0;
+constexpr int kSeverityProgress = 1;
+constexpr int kSeverityWarning = 2;
+constexpr int kSeverityError = 3;
 
 /// Numbers of the messages in the string table.
-constexpr std::uint32_t messageValidFiles = 1;
-constexpr std::uint32_t messageBrokenLinks = 4;
-constexpr std::uint32_t messageUnsavedFiles = 5;
-constexpr std::uint32_t messageSeveralRoots = 6;
-constexpr std::uint32_t messageRule = 7;
-constexpr std::uint32_t messagePackagingTried = 8;
-constexpr std::uint32_t messageEncodingFile = 9;
-constexpr std::uint32_t messageDecodingFile = 10;
-constexpr std::uint32_t messageEncodingStarts = 11;
-constexpr std::uint32_t messageDecodingStarts = 12;
-constexpr std::uint32_t messageDitaStarts = 13;
-constexpr std::uint32_t messageInputFile = 14;
-constexpr std::uint32_t messageDitavalFile = 15;
+constexpr std::uint32_t kMessageValidFiles = 1;
+constexpr std::uint32_t kMessageBrokenLinks = 4;
+constexpr std::uint32_t kMessageUnsavedFiles = 5;
+constexpr std::uint32_t kMessageSeveralRoots = 6;
+constexpr std::uint32_t kMessageRule = 7;
+constexpr std::uint32_t kMessagePackagingTried = 8;
+constexpr std::uint32_t kMessageEncodingFile = 9;
+constexpr std::uint32_t kMessageDecodingFile = 10;
+constexpr std::uint32_t kMessageEncodingStarts = 11;
+constexpr std::uint32_t kMessageDecodingStarts = 12;
+constexpr std::uint32_t kMessageDitaStarts = 13;
+constexpr std::uint32_t kMessageInputFile = 14;
+constexpr std::uint32_t kMessageDitavalFile = 15;
 
 /// Opens the log for appending. An empty or unusable path leaves it closed.
 ReportLog OpenReportLog(const Path& path);

@@ -5,7 +5,7 @@
 
 namespace ventrix {
 
-static_assert(validateBroken == brokenFound && validateUnsaved == unsavedFound,
+static_assert(kValidateBroken == kBrokenFound && kValidateUnsaved == kUnsavedFound,
               "the mask of a Validate starts with the bits of its scan");
 
 namespace {
@@ -14,19 +14,19 @@ void LogReferencesByKind(ReportLog& log) {
     FileList valid, broken, unsaved;
     for (const ReferenceEntry& entry : referenceCache.list) {
         switch (entry.kind) {
-            case ReferenceKind::valid:
+            case ReferenceKind::kValid:
                 valid.push_back(entry.path);
                 break;
-            case ReferenceKind::unsaved:
+            case ReferenceKind::kUnsaved:
                 unsaved.push_back(entry.path);
                 break;
             default:
                 broken.push_back(entry.path);
         }
     }
-    LogSection(log, valid, severityProgress, messageValidFiles);
-    LogSection(log, broken, severityWarning, messageBrokenLinks);
-    LogSection(log, unsaved, severityWarning, messageUnsavedFiles);
+    LogSection(log, valid, kSeverityProgress, kMessageValidFiles);
+    LogSection(log, broken, kSeverityWarning, kMessageBrokenLinks);
+    LogSection(log, unsaved, kSeverityWarning, kMessageUnsavedFiles);
 }
 
 /// Reports references that packaging can't bring along. Returns the bit for documents on several roots.
@@ -34,12 +34,12 @@ int LogForeignRoots(ReportLog& log) {
     const ReferencePaths paths = CachedPaths();
     int mask = 0;
     if (SpansSeveralRoots(paths.documents)) {
-        LogMessage(log, severityError, messageSeveralRoots);
-        mask = validateOnSeveralRoots;
+        LogMessage(log, kSeverityError, kMessageSeveralRoots);
+        mask = kValidateOnSeveralRoots;
     }
     // Without a document there is no root for a graphic to miss.
     if (!paths.documents.empty() && AnyOutsideRoot(paths.graphics, PathRoot(paths.documents.front()))) {
-        LogMessage(log, severityWarning, messageSeveralRoots);
+        LogMessage(log, kSeverityWarning, kMessageSeveralRoots);
     }
     return mask;
 }
@@ -49,9 +49,9 @@ int LogForeignRoots(ReportLog& log) {
 int ValidateDocument(std::uint32_t documentId, Path logFile) {
     ReportLog log = OpenReportLog(logFile);
     if (!log.IsOpen()) {
-        return validateWithoutLog;
+        return kValidateWithoutLog;
     }
-    LogMessage(log, severityNone, messagePackagingTried);
+    LogMessage(log, kSeverityNone, kMessagePackagingTried);
     const int found = RenewReferences(documentId);
     LogReferencesByKind(log);
     return found | LogForeignRoots(log);

@@ -5,7 +5,7 @@
 namespace ventrix {
 namespace {
 
-constexpr std::u16string_view shape = u"{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}";
+constexpr std::u16string_view kShape = u"{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}";
 
 int DigitValue(char16_t c) {
     if (c >= u'0' && c <= u'9') {
@@ -18,11 +18,11 @@ int DigitValue(char16_t c) {
 }
 
 bool HasShape(std::u16string_view text) {
-    if (text.size() != shape.size()) {
+    if (text.size() != kShape.size()) {
         return false;
     }
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (shape[i] == u'X' ? DigitValue(text[i]) < 0 : text[i] != shape[i]) {
+        if (kShape[i] == u'X' ? DigitValue(text[i]) < 0 : text[i] != kShape[i]) {
             return false;
         }
     }
@@ -52,12 +52,12 @@ HRESULT CLSIDFromString(const OLECHAR* text, CLSID* id) {
     if (!HasShape(digits)) {
         return CO_E_CLASSSTRING;
     }
-    constexpr std::size_t bytesAt[8] = {20, 22, 25, 27, 29, 31, 33, 35};
+    constexpr std::size_t kBytesAt[8] = {20, 22, 25, 27, 29, 31, 33, 35};
     id->Data1 = Number(digits, 1, 8);
     id->Data2 = static_cast<std::uint16_t>(Number(digits, 10, 4));
     id->Data3 = static_cast<std::uint16_t>(Number(digits, 15, 4));
     for (std::size_t i = 0; i < 8; ++i) {
-        id->Data4[i] = static_cast<std::uint8_t>(Number(digits, bytesAt[i], 2));
+        id->Data4[i] = static_cast<std::uint8_t>(Number(digits, kBytesAt[i], 2));
     }
     return S_OK;
 }

@@ -8,7 +8,7 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr char variableName[] = "VENTRIX_DRIVES";
+constexpr char kVariableName[] = "VENTRIX_DRIVES";
 
 bool IsSeparator(char c) {
     return c == '\\' || c == '/';
@@ -39,16 +39,17 @@ bool StartsWithServer(std::string_view path) {
 /// A path cut into its components, "." and ".." resolved. The first component of a path with a drive or
 /// server is `X:` or the server's name, with `server` telling which; a ".." never removes it.
 struct Components {
-    enum class Kind { relative, rooted, drive, server } kind = Kind::relative;
+    enum class Kind { kRelative, kRooted, kDrive, kServer } kind = Kind::kRelative;
     std::vector<std::string_view> names;
     bool closed = false;  ///< A separator stands at the end.
 };
 
 void Climb(Components& parts) {
-    const bool hasRootName = parts.kind == Components::Kind::drive || parts.kind == Components::Kind::server;
+    const bool hasRootName =
+        parts.kind == Components::Kind::kDrive || parts.kind == Components::Kind::kServer;
     if (parts.names.size() > (hasRootName ? 1u : 0u) && parts.names.back() != "..") {
         parts.names.pop_back();
-    } else if (parts.kind == Components::Kind::relative) {
+    } else if (parts.kind == Components::Kind::kRelative) {
         parts.names.emplace_back("..");
     }
 }
@@ -74,15 +75,15 @@ void AddComponents(Components& parts, std::string_view text, bool backslashSepar
 Components CutSystemPath(std::string_view path) {
     Components parts;
     if (StartsWithDrive(path)) {
-        parts.kind = Components::Kind::drive;
+        parts.kind = Components::Kind::kDrive;
         parts.names.push_back(path.substr(0, 2));
         AddComponents(parts, path.substr(2), true);
         return parts;
     }
     if (StartsWithServer(path)) {
-        parts.kind = Components::Kind::server;
+        parts.kind = Components::Kind::kServer;
     } else if (!path.empty() && IsSeparator(path[0])) {
-        parts.kind = Components::Kind::rooted;
+        parts.kind = Components::Kind::kRooted;
     }
     AddComponents(parts, path, true);
     return parts;
@@ -91,7 +92,7 @@ Components CutSystemPath(std::string_view path) {
 Components CutNativePath(std::string_view path) {
     Components parts;
     if (!path.empty() && path[0] == '/') {
-        parts.kind = Components::Kind::rooted;
+        parts.kind = Components::Kind::kRooted;
     }
     AddComponents(parts, path, false);
     return parts;
@@ -243,10 +244,10 @@ std::string ToNative(const DriveTable& drives, std::string_view path) {
         return std::string(path);
     }
     const Components parts = CutSystemPath(path);
-    if (parts.kind == Components::Kind::drive || parts.kind == Components::Kind::server) {
+    if (parts.kind == Components::Kind::kDrive || parts.kind == Components::Kind::kServer) {
         return MapToFolder(drives, parts);
     }
-    const char* head = parts.kind == Components::Kind::rooted ? "/" : "";
+    const char* head = parts.kind == Components::Kind::kRooted ? "/" : "";
     return Assemble(head, Join(parts.names, 0, '/'), '/', parts.closed);
 }
 
@@ -258,7 +259,7 @@ std::optional<std::string> ToSystem(const DriveTable& drives, std::string_view n
         return std::nullopt;
     }
     const Components parts = CutNativePath(nativePath);
-    if (parts.kind == Components::Kind::rooted) {
+    if (parts.kind == Components::Kind::kRooted) {
         return MapToRoot(drives, parts);
     }
     std::string relative = Assemble("", Join(parts.names, 0, '\\'), '\\', parts.closed);
@@ -272,7 +273,7 @@ bool IsAbsoluteSystemPath(std::string_view path) {
 const DriveTable& ProcessDrives() {
     thread_local std::optional<std::string> parsedText;
     thread_local DriveTable table;
-    const std::string text = EnvironmentValue(variableName).value_or("");
+    const std::string text = EnvironmentValue(kVariableName).value_or("");
     if (parsedText != text) {
         table = ParseDrives(text);
         parsedText = text;
@@ -281,7 +282,7 @@ const DriveTable& ProcessDrives() {
 }
 
 void SetProcessDrives(const DriveTable& drives) {
-    SetEnvironmentValue(variableName, FormatDrives(drives));
+    SetEnvironmentValue(kVariableName, FormatDrives(drives));
 }
 
 std::string ToNative(std::string_view path) {

@@ -9,24 +9,24 @@ namespace ventrix::platform {
 
 using ErrorCode = std::uint32_t;
 
-inline constexpr ErrorCode errorNone = 0;
-inline constexpr ErrorCode errorInvalidFunction = 1;
-inline constexpr ErrorCode errorFileNotFound = 2;
-inline constexpr ErrorCode errorPathNotFound = 3;
-inline constexpr ErrorCode errorTooManyOpenFiles = 4;
-inline constexpr ErrorCode errorAccessDenied = 5;
-inline constexpr ErrorCode errorInvalidHandle = 6;
-inline constexpr ErrorCode errorNotEnoughMemory = 8;
-inline constexpr ErrorCode errorWriteProtect = 19;
-inline constexpr ErrorCode errorSharingViolation = 32;
-inline constexpr ErrorCode errorInvalidParameter = 87;
-inline constexpr ErrorCode errorDiskFull = 112;
-inline constexpr ErrorCode errorInvalidName = 123;
-inline constexpr ErrorCode errorDirNotEmpty = 145;
-inline constexpr ErrorCode errorAlreadyExists = 183;
-inline constexpr ErrorCode errorBadExeFormat = 193;
-inline constexpr ErrorCode errorNameTooLong = 206;
-inline constexpr ErrorCode errorNotADirectory = 267;
-inline constexpr ErrorCode errorIoDevice = 1117;
+inline constexpr ErrorCode kErrorNone = 0;
+inline constexpr ErrorCode kErrorInvalidFunction = 1;
+inline constexpr ErrorCode kErrorFileNotFound = 2;
+inline constexpr ErrorCode kErrorPathNotFound = 3;
+inline constexpr ErrorCode kErrorTooManyOpenFiles = 4;
+inline constexpr ErrorCode kErrorAccessDenied = 5;
+inline constexpr ErrorCode kErrorInvalidHandle = 6;
+inline constexpr ErrorCode kErrorNotEnoughMemory = 8;
+inline constexpr ErrorCode kErrorWriteProtect = 19;
+inline constexpr ErrorCode kErrorSharingViolation = 32;
+inline constexpr ErrorCode kErrorInvalidParameter = 87;
+inline constexpr ErrorCode kErrorDiskFull = 112;
+inline constexpr ErrorCode kErrorInvalidName = 123;
+inline constexpr ErrorCode kErrorDirNotEmpty = 145;
+inline constexpr ErrorCode kErrorAlreadyExists = 183;
+inline constexpr ErrorCode kErrorBadExeFormat = 193;
+inline constexpr ErrorCode kErrorNameTooLong = 206;
+inline constexpr ErrorCode kErrorNotADirectory = 267;
+inline constexpr ErrorCode kErrorIoDevice = 1117;
 
 }  // namespace ventrix::platform

@@ -10,15 +10,15 @@ namespace ventrix::platform {
 
 using FileHandle = std::int32_t;
 
-enum class FileAccess { read, write, readWrite };
+enum class FileAccess { kRead, kWrite, kReadWrite };
 
 enum class FileDisposition {
-    openExisting,  ///< A missing file is a failure.
-    openAlways,    ///< A missing file is created; an existing one keeps its content.
-    createAlways,  ///< A missing file is created; an existing one is emptied.
+    kOpenExisting,  ///< A missing file is a failure.
+    kOpenAlways,    ///< A missing file is created; an existing one keeps its content.
+    kCreateAlways,  ///< A missing file is created; an existing one is emptied.
 };
 
-enum class SeekOrigin : std::uint32_t { begin = 0, current = 1, end = 2 };
+enum class SeekOrigin : std::uint32_t { kBegin = 0, kCurrent = 1, kEnd = 2 };
 
 /// Opens a file by its path (UTF-8, system notation), position 0. 0 if that fails, also for a folder or a
 /// device. Shows nothing to the user.

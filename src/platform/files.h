@@ -16,12 +16,12 @@
 
 namespace ventrix::platform {
 
-inline constexpr std::uint32_t attributeReadOnly =
+inline constexpr std::uint32_t kAttributeReadOnly =
     0x01;  ///< A file that its owner may not write; never a folder.
-inline constexpr std::uint32_t attributeDirectory = 0x10;  ///< A folder, or a link that leads to one.
-inline constexpr std::uint32_t attributeLink = 0x400;      ///< The entry itself is a link (reparse point).
+inline constexpr std::uint32_t kAttributeDirectory = 0x10;  ///< A folder, or a link that leads to one.
+inline constexpr std::uint32_t kAttributeLink = 0x400;      ///< The entry itself is a link (reparse point).
 
-inline constexpr std::size_t pathLimit =
+inline constexpr std::size_t kPathLimit =
     4096;  ///< Units of a path buffer with its terminator, for callers' buffers.
 
 struct FolderEntry {

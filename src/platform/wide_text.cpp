@@ -5,7 +5,7 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr char32_t replacement = 0xFFFD;
+constexpr char32_t kReplacement = 0xFFFD;
 
 /// One decoded character. A malformed beginning gives length 1 and `valid` false.
 struct Decoded {
@@ -31,13 +31,13 @@ std::size_t SequenceLength(unsigned char lead) {
 }
 
 bool InRange(char32_t character, std::size_t length) {
-    constexpr char32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
+    constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
     const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
-    return character >= least[length] && character <= 0x10FFFF && !surrogate;
+    return character >= kLeast[length] && character <= 0x10FFFF && !surrogate;
 }
 
 Decoded DecodeAt(std::string_view text, std::size_t at) {
-    const Decoded bad = {replacement, 1, false};
+    const Decoded bad = {kReplacement, 1, false};
     const auto lead = static_cast<unsigned char>(text[at]);
     const std::size_t length = SequenceLength(lead);
     if (length == 0 || at + length > text.size()) {
@@ -113,7 +113,7 @@ std::string Utf8FromWide(std::u16string_view text) {
             const auto high = static_cast<char32_t>(unit - 0xD800);
             AppendUtf8(out, 0x10000 + (high << 10) + static_cast<char32_t>(text[++at] - 0xDC00));
         } else {
-            AppendUtf8(out, IsHighSurrogate(unit) || IsLowSurrogate(unit) ? replacement : unit);
+            AppendUtf8(out, IsHighSurrogate(unit) || IsLowSurrogate(unit) ? kReplacement : unit);
         }
     }
     return out;

@@ -10,14 +10,14 @@ namespace {
 
 Q_Value IntegerValue(std::int32_t number) {
     Q_Value value = {};
-    value.tag = Q_IntegerTag;
+    value.tag = kIntegerTag;
     value.number = number;
     return value;
 }
 
 Q_Value TextValue(const char* text) {
     Q_Value value = {};
-    value.tag = Q_TextTag;
+    value.tag = kTextTag;
     value.text = Q_CopyTextOrEmpty(text);
     return value;
 }
@@ -25,7 +25,7 @@ Q_Value TextValue(const char* text) {
 }  // namespace
 
 void SendReply(std::int32_t status, const char* firstText, const char* secondText) {
-    Q_ValueList list = {3, static_cast<Q_Value*>(Q_Calloc(3, sizeof(Q_Value), Q_MustSucceed))};
+    Q_ValueList list = {3, static_cast<Q_Value*>(Q_Calloc(3, sizeof(Q_Value), kMustSucceed))};
     list.items[0] = IntegerValue(status);
     list.items[1] = TextValue(firstText);
     list.items[2] = TextValue(secondText);

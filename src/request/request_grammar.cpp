@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
-#include "kit/scan.h"
+#include "kit/format/scan.h"
 
 namespace ventrix {
 
 namespace {
 
-constexpr std::size_t tokenCapacity = 1024;
+constexpr std::size_t kTokenCapacity = 1024;
 
 struct RequestOption {
     const char* name;
@@ -25,60 +25,60 @@ void StoreList(std::list<std::string>& list, const char* value) {
     ParseCommaList(value, list, ',');
 }
 
-constexpr bool isFlag = false;
-constexpr bool hasValue = true;
+constexpr bool kIsFlag = false;
+constexpr bool kHasValue = true;
 
-constexpr RequestOption requestOptions[] = {
-    {"-docId", hasValue, [](PublishRequest& r, const char* v) { Q_ScanText(v, "%d", &r.documentId); }},
-    {"-outputFolder", hasValue, [](PublishRequest& r, const char* v) { Store(r.outputFolder, v); }},
-    {"-outFilePath", hasValue, [](PublishRequest& r, const char* v) { r.params.outFilePath = v; }},
-    {"-showProgressBar", isFlag, [](PublishRequest& r, const char*) { r.showProgressBar = true; }},
-    {"-attributes", hasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.attributes, v); }},
-    {"-targetAttr", hasValue, [](PublishRequest& r, const char* v) { r.params.targetAttr = v; }},
-    {"-elements", hasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.elements, v); }},
-    {"-ditaval", hasValue, [](PublishRequest& r, const char* v) { Store(r.ditaval, v); }},
-    {"-useDITAOT", isFlag, [](PublishRequest& r, const char*) { r.useDitaOt = true; }},
-    {"-useXSLT", hasValue, [](PublishRequest& r, const char* v) { Store(r.stylesheet, v); }},
-    {"-usePreScript", hasValue, [](PublishRequest& r, const char* v) { Store(r.preScript, v); }},
-    {"-usePostScript", hasValue, [](PublishRequest& r, const char* v) { Store(r.postScript, v); }},
-    {"-logFile", hasValue, [](PublishRequest& r, const char* v) { Store(r.logFile, v); }},
-    {"-scopedAttributes", hasValue,
+constexpr RequestOption kRequestOptions[] = {
+    {"-docId", kHasValue, [](PublishRequest& r, const char* v) { Q_ScanText(v, "%d", &r.documentId); }},
+    {"-outputFolder", kHasValue, [](PublishRequest& r, const char* v) { Store(r.outputFolder, v); }},
+    {"-outFilePath", kHasValue, [](PublishRequest& r, const char* v) { r.params.outFilePath = v; }},
+    {"-showProgressBar", kIsFlag, [](PublishRequest& r, const char*) { r.showProgressBar = true; }},
+    {"-attributes", kHasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.attributes, v); }},
+    {"-targetAttr", kHasValue, [](PublishRequest& r, const char* v) { r.params.targetAttr = v; }},
+    {"-elements", kHasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.elements, v); }},
+    {"-ditaval", kHasValue, [](PublishRequest& r, const char* v) { Store(r.ditaval, v); }},
+    {"-useDITAOT", kIsFlag, [](PublishRequest& r, const char*) { r.useDitaOt = true; }},
+    {"-useXSLT", kHasValue, [](PublishRequest& r, const char* v) { Store(r.stylesheet, v); }},
+    {"-usePreScript", kHasValue, [](PublishRequest& r, const char* v) { Store(r.preScript, v); }},
+    {"-usePostScript", kHasValue, [](PublishRequest& r, const char* v) { Store(r.postScript, v); }},
+    {"-logFile", kHasValue, [](PublishRequest& r, const char* v) { Store(r.logFile, v); }},
+    {"-scopedAttributes", kHasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.scopedAttributes, v); }},
-    {"-addXpath", isFlag, [](PublishRequest& r, const char*) { r.params.addXpath = true; }},
-    {"-xpathAttr", hasValue, [](PublishRequest& r, const char* v) { r.params.xpathAttr = v; }},
-    {"-addSourcePath", hasValue,
+    {"-addXpath", kIsFlag, [](PublishRequest& r, const char*) { r.params.addXpath = true; }},
+    {"-xpathAttr", kHasValue, [](PublishRequest& r, const char* v) { r.params.xpathAttr = v; }},
+    {"-addSourcePath", kHasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.addSourcePath, v); }},
-    {"-sourcePathAttr", hasValue, [](PublishRequest& r, const char* v) { r.params.sourcePathAttr = v; }},
-    {"-preserveXPathList", hasValue,
+    {"-sourcePathAttr", kHasValue, [](PublishRequest& r, const char* v) { r.params.sourcePathAttr = v; }},
+    {"-preserveXPathList", kHasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.preserveXPathList, v); }},
-    {"-preserveXPathAttr", hasValue,
+    {"-preserveXPathAttr", kHasValue,
      [](PublishRequest& r, const char* v) { r.params.preserveXPathAttr = v; }},
 };
 
 const RequestOption* FindOption(const char* name) {
     const auto* found =
-        std::find_if(std::begin(requestOptions), std::end(requestOptions),
+        std::find_if(std::begin(kRequestOptions), std::end(kRequestOptions),
                      [name](const RequestOption& option) { return Q_StrICompare(name, option.name) == 0; });
-    return found == std::end(requestOptions) ? nullptr : found;
+    return found == std::end(kRequestOptions) ? nullptr : found;
 }
 
 RequestCommand CommandNamed(const char* name) {
     if (Q_StrIEqual(name, "Publish")) {
-        return RequestCommand::publish;
+        return RequestCommand::kPublish;
     }
-    return Q_StrIEqual(name, "Validate") ? RequestCommand::validate : RequestCommand::none;
+    return Q_StrIEqual(name, "Validate") ? RequestCommand::kValidate : RequestCommand::kNone;
 }
 
 /// Reads one option with its value. The buffer holds the last token read, which ends the request if it is
 /// empty.
 const char* ReadOption(const char* cursor, char* buffer, PublishRequest& request) {
-    cursor = ReadToken(cursor, buffer, tokenCapacity);
+    cursor = ReadToken(cursor, buffer, kTokenCapacity);
     const RequestOption* option = FindOption(buffer);
     if (option == nullptr) {
         return cursor;
     }
     if (option->takesValue) {
-        cursor = ReadToken(cursor, buffer, tokenCapacity);
+        cursor = ReadToken(cursor, buffer, kTokenCapacity);
     }
     if (buffer[0] != '\0') {
         option->store(request, buffer);
@@ -116,10 +116,10 @@ void ParseCommaList(std::string_view text, std::list<std::string>& list, char se
 
 PublishRequest ParseRequest(const char* text) {
     PublishRequest request;
-    char token[tokenCapacity];
+    char token[kTokenCapacity];
     const char* cursor = ReadToken(text, token, sizeof token);
     request.command = CommandNamed(token);
-    while (request.command != RequestCommand::none && token[0] != '\0') {
+    while (request.command != RequestCommand::kNone && token[0] != '\0') {
         cursor = ReadOption(cursor, token, request);
     }
     return request;

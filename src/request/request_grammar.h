@@ -9,17 +9,17 @@
 #include <string>
 #include <string_view>
 
-#include "kit/strings.h"
+#include "kit/text/strings.h"
 #include "markers/publish_params.h"
 
 namespace ventrix {
 
-enum class RequestCommand { none, validate, publish };
+enum class RequestCommand { kNone, kValidate, kPublish };
 
 /// One request as it was given. A text is null where its option is absent; an option given twice has its
 /// later value.
 struct PublishRequest {
-    RequestCommand command = RequestCommand::none;
+    RequestCommand command = RequestCommand::kNone;
     std::int32_t documentId = 0;
     Q_String outputFolder;
     Q_String stylesheet;

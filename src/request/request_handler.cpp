@@ -19,7 +19,7 @@ bool HasWayToTransform(const PublishRequest& request) {
 
 std::int32_t RunPublish(PublishRequest& request, PublishReply& reply) {
     if (!request.outputFolder || !HasWayToTransform(request)) {
-        return requestRefused;
+        return kRequestRefused;
     }
     PublishDocument(static_cast<std::uint32_t>(request.documentId), request.outputFolder.get(),
                     request.stylesheet.get(), request.preScript.get(), request.postScript.get(),
@@ -29,10 +29,10 @@ std::int32_t RunPublish(PublishRequest& request, PublishReply& reply) {
 }
 
 std::int32_t RunRequest(PublishRequest& request, PublishReply& reply) {
-    if (request.command == RequestCommand::none || request.documentId == 0) {
-        return requestRefused;
+    if (request.command == RequestCommand::kNone || request.documentId == 0) {
+        return kRequestRefused;
     }
-    if (request.command == RequestCommand::validate) {
+    if (request.command == RequestCommand::kValidate) {
         return ValidateDocument(static_cast<std::uint32_t>(request.documentId), TextOrEmpty(request.logFile));
     }
     return RunPublish(request, reply);

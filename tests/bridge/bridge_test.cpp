@@ -36,7 +36,7 @@ void Initialize(std::int32_t code) {
 }
 
 void Notify(std::int32_t number, std::uint32_t objectId, const char* text, std::int32_t integer) {
-    const std::string texts = number == NoticeFieldsNotification ? NoticeFields(text) : Piece(text);
+    const std::string texts = number == kNoticeFieldsNotification ? NoticeFields(text) : Piece(text);
     callbackLog.push_back("Notify " + Line(number, objectId) + " " + texts + " " + Line(integer));
     if (test::whileNotified) {
         test::whileNotified();

@@ -6,16 +6,16 @@
 #include "bridge/host/operations.h"
 #include "bridge/properties.h"
 #include "kit/console.h"
-#include "kit/encodings.h"
 #include "kit/last_error.h"
 #include "kit/resource_strings.h"
+#include "kit/text/encodings.h"
 #include "platform/drives.h"
 #include "platform/module.h"
 
 namespace ventrix::test {
 namespace {
 
-constexpr platform::VersionString versionStrings[] = {
+constexpr platform::VersionString kVersionStrings[] = {
     {"040904b0", "ClientName", "A test client"},
     {"040904b0", "ClientType", "QCK"},
     {"040904b0", "ClientOutFormat", ""},
@@ -23,8 +23,8 @@ constexpr platform::VersionString versionStrings[] = {
     {"040904b0", "ProductName", "none of the client's keys"},
     {"040704b0", "ClientFacet", "another language"},
 };
-constexpr platform::StringResource strings[] = {{3, u"Fehler:"}};
-constexpr platform::ModuleResources resources = {strings, versionStrings, {}};
+constexpr platform::StringResource kStrings[] = {{3, u"Fehler:"}};
+constexpr platform::ModuleResources kResources = {kStrings, kVersionStrings, {}};
 
 class ConnectionTest : public BridgeTest {
   protected:
@@ -106,7 +106,7 @@ TEST_F(ConnectionTest, LearnsWhoOwnsResults) {
 }
 
 TEST_F(ConnectionTest, DescribesItselfByTheVersionBlock) {
-    platform::BindResources(&moduleMark_, &resources);
+    platform::BindResources(&moduleMark_, &kResources);
     EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), nullptr, nullptr), 0);
     EXPECT_EQ(Host().description,
               Lines({R"(2="A test client")", R"(3="QCK")", R"(4="Tests the bridge")", R"(11="")"}));
@@ -115,7 +115,7 @@ TEST_F(ConnectionTest, DescribesItselfByTheVersionBlock) {
 }
 
 TEST_F(ConnectionTest, DescribesItselfByWhatTheCallerGives) {
-    platform::BindResources(&moduleMark_, &resources);
+    platform::BindResources(&moduleMark_, &kResources);
     Q_PropList description = {};
     Q_ApiSetPropString(&description, 2, "Given");
     EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), nullptr, &description), 0);
@@ -198,7 +198,7 @@ TEST_F(ConnectionTest, LeavesTheIcuFolderWhereTheHostCannotNameOne) {
 TEST_F(ConnectionTest, KeepsTheSelectedEncoding) {
     Q_SetEncoding("UTF-8");
     EXPECT_EQ(Connect(), 0);
-    EXPECT_EQ(Q_CurrentEncoding(), Q_Utf8Encoding);
+    EXPECT_EQ(Q_CurrentEncoding(), kUtf8Encoding);
 }
 
 TEST_F(ConnectionTest, PointsTheConsoleHookAtTheHost) {

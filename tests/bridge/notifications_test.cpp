@@ -33,7 +33,7 @@ Side* Ask(IUnknown* object, const GUID& id) {
 
 TEST_F(NotificationsTest, EverySideLeadsToEveryOther) {
     auto* primary = Ask<IUnknown>(object_, IID_IUnknown);
-    for (const GUID& id : {CmsNotifications0Id, Notifications0Id, Notifications1Id, IID_IUnknown}) {
+    for (const GUID& id : {kCmsNotifications0Id, kNotifications0Id, kNotifications1Id, IID_IUnknown}) {
         auto* side = Ask<IUnknown>(primary, id);
         EXPECT_EQ(side->AddRef(), 4U) << "all sides count together";
         EXPECT_EQ(primary->Release(), 3U);
@@ -66,10 +66,10 @@ TEST_F(NotificationsTest, MethodsStandAtTheirIndices) {
     EXPECT_EQ(CallSlot<HRESULT>(object_, 6, std::intptr_t{-5}, 6, 7), S_OK);
     EXPECT_EQ(CallSlot<HRESULT>(object_, 7, 1, 2, 3), S_OK);
     EXPECT_EQ(CallSlot<HRESULT>(object_, 8, 13, 4000000000U, static_cast<const char*>("Foo"), -2), S_OK);
-    auto* first = Ask<IUnknown>(object_, Notifications1Id);
+    auto* first = Ask<IUnknown>(object_, kNotifications1Id);
     EXPECT_EQ(CallSlot<HRESULT>(first, 3, 1, std::intptr_t{2}, std::intptr_t{3}), S_OK);
     first->Release();
-    auto* cms = Ask<IUnknown>(object_, CmsNotifications0Id);
+    auto* cms = Ask<IUnknown>(object_, kCmsNotifications0Id);
     Q_CmsRecord record = {};
     EXPECT_EQ(CallSlot<HRESULT>(cms, 3, 2, static_cast<const char*>("in"), 5, std::intptr_t{6}, &record),
               S_OK);
@@ -106,8 +106,8 @@ TEST_F(NotificationsTest, CutsTheTextOfNotification75) {
 }
 
 TEST_F(NotificationsTest, HandsOutTheModulesResources) {
-    constexpr platform::NamedResource named[] = {{10, "PAGE", {"<p/>\0x", 6}}, {11, "NONE", {"", 0}}};
-    const platform::ModuleResources resources = {{}, {}, named};
+    constexpr platform::NamedResource kNamed[] = {{10, "PAGE", {"<p/>\0x", 6}}, {11, "NONE", {"", 0}}};
+    const platform::ModuleResources resources = {{}, {}, kNamed};
     platform::BindResources(&moduleMark_, &resources);
     Q_ResourceRecord record = {};
     EXPECT_EQ(object_->GetResource(10, "page", &record), S_OK);
@@ -139,7 +139,7 @@ TEST_F(NotificationsTest, HandsOutTheModulesPath) {
 }
 
 TEST_F(NotificationsTest, CopiesWhatCmsCommandAnswers) {
-    auto* cms = Ask<IQuorlaneCMSNotifications0>(object_, CmsNotifications0Id);
+    auto* cms = Ask<IQuorlaneCMSNotifications0>(object_, kCmsNotifications0Id);
     Q_CmsRecord record = {};
     EXPECT_EQ(cms->CMSCommand(1, "in", 5, 6, &record), S_OK);
     EXPECT_EQ(record.head[7], 8);

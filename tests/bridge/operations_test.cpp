@@ -21,8 +21,8 @@ bool TookEmpty(Q_ValueList list) {
     return empty;
 }
 
-const Q_PropList noRows = {};
-const Q_ValueList noValues = {};
+const Q_PropList kNoRows = {};
+const Q_ValueList kNoValues = {};
 
 // Each operation, with a call that tells whether it gave its failure result.
 struct Operation {
@@ -33,16 +33,16 @@ struct Operation {
     bool (*gaveFailure)();
 };
 
-const Operation operations[] = {
+const Operation kOperations[] = {
     {"WatchNotification", "53 1", 4, true, [] { return Q_ApiWatchNotification(53, 1) != 0; }},
     {"SetTextMode", "1", 9, true, [] { return Q_ApiSetTextMode(1), Q_ApiLastError != 0; }},
     {"WriteConsole", "hello", 4, true, [] { return Q_ApiWriteConsole("hello") != 0; }},
     {"InvokeClient", "Dita OT: Save", 4, true, [] { return Q_ApiInvokeClient("Dita OT", "Save") == 0; }},
     {"InvokeClientForValues", "QlDispatcher: Choose", 12, true,
      [] { return TookEmpty(Q_ApiInvokeClientForValues("QlDispatcher", "Choose")); }},
-    {"SendCallReply", "", 12, false, [] { return TookEmpty(Q_ApiSendCallReply(&noValues)); }},
+    {"SendCallReply", "", 12, false, [] { return TookEmpty(Q_ApiSendCallReply(&kNoValues)); }},
     {"OpenDocument", "C:\\a.xml", 4, true,
-     [] { return Q_ApiOpenDocument("C:\\a.xml", &noRows, nullptr) == 0; }},
+     [] { return Q_ApiOpenDocument("C:\\a.xml", &kNoRows, nullptr) == 0; }},
     {"CloseDocument", "4711 1", 4, true, [] { return Q_ApiCloseDocument(4711, 1) != 0; }},
     {"ListDocumentFiles", "4711 16 0", 1, false,
      [] { return TookEmpty(Q_ApiListDocumentFiles(4711, 16, 0)); }},
@@ -75,9 +75,9 @@ class OperationsTest : public BridgeTest, public ::testing::WithParamInterface<b
     void TearDown() override {
         // The list of open results belongs to the bridge and outlasts a connection.
         Q_PropList* results = nullptr;
-        if (connection.hostInterfaces[MainHostInterface - 1] != nullptr) {
+        if (connection.hostInterfaces[kMainHostInterface - 1] != nullptr) {
             Host().failures.erase("OpenDocument");
-            Q_ApiOpenDocument("any", &noRows, &results);
+            Q_ApiOpenDocument("any", &kNoRows, &results);
             Q_ApiFreePropList(results);
         }
         BridgeTest::TearDown();
@@ -87,7 +87,7 @@ class OperationsTest : public BridgeTest, public ::testing::WithParamInterface<b
 INSTANTIATE_TEST_SUITE_P(HostOwnsResults, OperationsTest, ::testing::Bool());
 
 TEST_P(OperationsTest, FailsWithoutConnection) {
-    for (const Operation& operation : operations) {
+    for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
         Q_ApiLastError = 0;
         EXPECT_TRUE(operation.gaveFailure());
@@ -101,7 +101,7 @@ TEST_P(OperationsTest, FailsWithoutConnection) {
 TEST_P(OperationsTest, FailsWhereOnlyItsInterfaceIsMissing) {
     Host().missingInterfaces = {1, 9, 12};
     Start();
-    for (const Operation& operation : operations) {
+    for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
         Q_ApiLastError = 0;
         const bool missing = Host().missingInterfaces.contains(operation.interfaceNumber);
@@ -112,7 +112,7 @@ TEST_P(OperationsTest, FailsWhereOnlyItsInterfaceIsMissing) {
 
 TEST_P(OperationsTest, ReachesTheHostOnceWithItsArguments) {
     Start();
-    for (const Operation& operation : operations) {
+    for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
         Host().log.clear();
         EXPECT_FALSE(operation.gaveFailure());
@@ -123,7 +123,7 @@ TEST_P(OperationsTest, ReachesTheHostOnceWithItsArguments) {
 
 TEST_P(OperationsTest, TurnsFailedCallsIntoTheErrorValue) {
     Start();
-    for (const Operation& operation : operations) {
+    for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
         for (const auto& [result, error] :
              {std::pair(RPC_E_SERVERCALL_RETRYLATER, -88), {E_FAIL, -1}, {RPC_E_CALL_REJECTED, -1}}) {
@@ -140,7 +140,7 @@ TEST_P(OperationsTest, TurnsFailedCallsIntoTheErrorValue) {
 
 TEST_P(OperationsTest, PassesTheHostsStatusOn) {
     Start();
-    for (const Operation& operation : operations) {
+    for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
         Host().statuses[operation.name] = 5;
         Q_ApiLastError = 0;
@@ -180,7 +180,7 @@ TEST_P(OperationsTest, KeepsOneListOfOpenResults) {
     Host().openResults.push_back({0, "title", Text("Guide")});
     Start();
     Q_PropList* results = nullptr;
-    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &noRows, &results), 4711U);
+    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &kNoRows, &results), 4711U);
     ASSERT_NE(results, nullptr);
     EXPECT_EQ(Print(*results), Lines({R"(9="opened")", R"(title="Guide")"}));
 
@@ -189,7 +189,7 @@ TEST_P(OperationsTest, KeepsOneListOfOpenResults) {
     Q_PropList own = {};
     Q_ApiSetPropString(&own, 1, "own row");
     Q_PropList* second = &own;
-    Q_ApiOpenDocument("C:\\b.xml", &noRows, &second);
+    Q_ApiOpenDocument("C:\\b.xml", &kNoRows, &second);
     EXPECT_EQ(second, first);
     EXPECT_EQ(own.count, 0U);
     EXPECT_EQ(first->count, 2U);
@@ -203,12 +203,12 @@ TEST_P(OperationsTest, LeavesTheResultsPointerOnAFailedOpenOnly) {
     Start();
     Q_PropList* results = nullptr;
     Host().failures["OpenDocument"] = E_FAIL;
-    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &noRows, &results), 0U);
+    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &kNoRows, &results), 0U);
     EXPECT_EQ(results, nullptr);
 
     Host().failures.clear();
     Host().statuses["OpenDocument"] = 5;
-    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &noRows, &results), 0U);
+    EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &kNoRows, &results), 0U);
     ASSERT_NE(results, nullptr) << "a call that reached the host hands its list over, whatever the status";
     EXPECT_EQ(results->count, 1U);
     EXPECT_EQ(Q_ApiLastError, 5);

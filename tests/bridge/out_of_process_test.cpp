@@ -14,7 +14,7 @@
 namespace ventrix::test {
 namespace {
 
-constexpr CLSID otherClass = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+constexpr CLSID kOtherClass = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 
 TEST(MessageFilterTest, WaitsLongerAndLongerAndGivesUp) {
     const struct {
@@ -47,11 +47,11 @@ class OutOfProcessTest : public BridgeTest {
     void SetUp() override {
         BridgeTest::SetUp();
         platform::RemoveEnvironmentValue("QLGUID");
-        Offer(HostClassId, u"");
+        Offer(kHostClassId, u"");
     }
 
     void TearDown() override {
-        for (const CLSID& classId : {HostClassId, otherClass}) {
+        for (const CLSID& classId : {kHostClassId, kOtherClass}) {
             platform::OfferClass(classId, nullptr);
             platform::OfferClass(classId, nullptr, u"author-1");
         }
@@ -75,7 +75,7 @@ class OutOfProcessTest : public BridgeTest {
             server);
     }
 
-    void NoHost() { platform::OfferClass(HostClassId, nullptr); }
+    void NoHost() { platform::OfferClass(kHostClassId, nullptr); }
 };
 
 TEST_F(OutOfProcessTest, ConnectsOnceAndLeavesEverythingAtTheEnd) {
@@ -101,14 +101,14 @@ TEST_F(OutOfProcessTest, FindsTheHostByClassAndServer) {
         const char* server;
         CLSID offered;
     } rows[] = {
-        {"default", nullptr, nullptr, nullptr, HostClassId},
-        {"environment", "{00000001-0002-0003-0405-060708090A0B}", nullptr, nullptr, otherClass},
-        {"environment without a class id", "Quorlane", nullptr, nullptr, HostClassId},
-        {"empty environment", "", nullptr, nullptr, HostClassId},
-        {"argument before environment", "{539DB5D0-C0C6-11D0-985E-0060970BEC0B}", &otherClass, nullptr,
-         otherClass},
-        {"server", nullptr, nullptr, "author-1", HostClassId},
-        {"server and class", nullptr, &otherClass, "author-1", otherClass},
+        {"default", nullptr, nullptr, nullptr, kHostClassId},
+        {"environment", "{00000001-0002-0003-0405-060708090A0B}", nullptr, nullptr, kOtherClass},
+        {"environment without a class id", "Quorlane", nullptr, nullptr, kHostClassId},
+        {"empty environment", "", nullptr, nullptr, kHostClassId},
+        {"argument before environment", "{539DB5D0-C0C6-11D0-985E-0060970BEC0B}", &kOtherClass, nullptr,
+         kOtherClass},
+        {"server", nullptr, nullptr, "author-1", kHostClassId},
+        {"server and class", nullptr, &kOtherClass, "author-1", kOtherClass},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -135,7 +135,7 @@ TEST_F(OutOfProcessTest, TellsThatThereIsNoHost) {
     EXPECT_EQ(Q_ApiRunClient(), 1);
     EXPECT_EQ(Q_ApiLastError, -1) << "there was no console to write to";
     // A later attempt goes on with the apartment and the filter of the first.
-    Offer(HostClassId, u"");
+    Offer(kHostClassId, u"");
     EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
     EXPECT_TRUE(connection.apartmentOwned);
     Q_ApiDisconnect();

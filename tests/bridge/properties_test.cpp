@@ -110,8 +110,8 @@ TEST_F(PropertiesTest, DefaultOpenScript) {
 
 TEST_F(PropertiesTest, AWrongTableEndsTheProcess) {
     Q_ConsoleHook = [](const char* text) -> std::int32_t { return std::fputs(text, stderr); };
-    const OpenScriptRow rows[OpenScriptRowCount + 1] = {};
-    for (const std::size_t size : {OpenScriptRowCount - 1, OpenScriptRowCount + 1}) {
+    const OpenScriptRow rows[kOpenScriptRowCount + 1] = {};
+    for (const std::size_t size : {kOpenScriptRowCount - 1, kOpenScriptRowCount + 1}) {
         EXPECT_DEATH(Q_OpenScriptOfRows({rows, size}),
                      "Error: Default params list has an incorrect number of items\\.\n");
     }

@@ -11,19 +11,19 @@ namespace {
 
 class ValuesTest : public BridgeTest {};
 
-constexpr std::uint32_t stringsTag = 6, recordTag = 19;
+constexpr std::uint32_t kStringsTag = 6, kRecordTag = 19;
 
 // The fields of an element of each array: t is a text, s a list of strings, a digit so many bytes.
-const std::map<std::uint32_t, std::string> elementFields = {
+const std::map<std::uint32_t, std::string> kElementFields = {
     {5, "4"},  {7, "8"},        {8, "8t8"},  {12, "8"},    {13, "4"}, {14, "1"},
     {15, "4"}, {17, "t88sstt"}, {18, "ts8"}, {21, "tss8"}, {22, "8s"}};
 
-constexpr std::uint32_t allTags[] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11,        12,
-                                     13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 0xFFFFFFFF};
+constexpr std::uint32_t kAllTags[] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11,        12,
+                                      13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 0xFFFFFFFF};
 
 template <class Element>
 Element* NewArray(std::uint32_t count) {
-    return static_cast<Element*>(Q_Calloc(count, sizeof(Element), Q_MustSucceed));
+    return static_cast<Element*>(Q_Calloc(count, sizeof(Element), kMustSucceed));
 }
 
 // Texts and bytes that are all different; every third text is null.
@@ -71,21 +71,21 @@ Q_Value Rich(std::uint32_t tag) {
     Q_Value value = {};
     std::memset(value.bytes, 0x5A, sizeof value.bytes);
     value.tag = tag;
-    if (tag == Q_TextTag) {
+    if (tag == kTextTag) {
         value.text = Q_CopyTextOrEmpty("text");
-    } else if (tag == stringsTag) {
+    } else if (tag == kStringsTag) {
         value.strings = NextStrings();
-    } else if (tag == recordTag) {
-        value.record = std::memset(NewArray<char>(Q_RecordSize), 7, Q_RecordSize);
-    } else if (tag == Q_ListTag) {
+    } else if (tag == kRecordTag) {
+        value.record = std::memset(NewArray<char>(kRecordSize), 7, kRecordSize);
+    } else if (tag == kListTag) {
         value = InKit(Fields({Fields({Number(0), Text("deep"), Number(1)}), Number(0), Number(0)}));
         value.list->items[0].list->items[0] = Rich(17);
-        value.list->items[1] = Rich(stringsTag);
-        value.list->items[2] = Rich(recordTag);
-    } else if (elementFields.contains(tag)) {
+        value.list->items[1] = Rich(kStringsTag);
+        value.list->items[2] = Rich(kRecordTag);
+    } else if (kElementFields.contains(tag)) {
         value.array = {2, NewArray<unsigned char>(2 * 72)};
         auto* at = static_cast<unsigned char*>(value.array.items);
-        PutFields(elementFields.at(tag) + elementFields.at(tag), at);
+        PutFields(kElementFields.at(tag) + kElementFields.at(tag), at);
     }
     return value;
 }
@@ -128,25 +128,25 @@ std::string DumpFields(const std::string& fields, const unsigned char*& at) {
 // All that a value holds, with pointers followed.
 std::string Dump(const Q_Value& value) {
     std::string line = std::to_string(value.tag) + ":";
-    if (value.tag == Q_TextTag) {
+    if (value.tag == kTextTag) {
         return line + DumpText(value.text);
-    } else if (value.tag == stringsTag) {
+    } else if (value.tag == kStringsTag) {
         return line + DumpStrings(value.strings);
-    } else if (value.tag == recordTag) {
-        return line + DumpBytes(value.record, Q_RecordSize);
-    } else if (value.tag == Q_ListTag) {
+    } else if (value.tag == kRecordTag) {
+        return line + DumpBytes(value.record, kRecordSize);
+    } else if (value.tag == kListTag) {
         for (std::uint32_t i = 0; i < value.list->count; ++i) {
             line += "[" + Dump(value.list->items[i]) + "]";
         }
         return line;
-    } else if (elementFields.contains(value.tag)) {
+    } else if (kElementFields.contains(value.tag)) {
         const auto* at = static_cast<const unsigned char*>(value.array.items);
         for (std::uint32_t i = 0; i < value.array.count; ++i) {
-            line += DumpFields(elementFields.at(value.tag), at) + "|";
+            line += DumpFields(kElementFields.at(value.tag), at) + "|";
         }
         return line;
     }
-    const bool isNumber = value.tag == Q_IntegerTag || value.tag == 2 || value.tag == 4;
+    const bool isNumber = value.tag == kIntegerTag || value.tag == 2 || value.tag == 4;
     return line + DumpBytes(value.bytes, isNumber ? sizeof value.number : sizeof value.bytes);
 }
 
@@ -162,7 +162,7 @@ bool IsUndefined(std::uint32_t tag) {
 }
 
 TEST_F(ValuesTest, KitCopiesAreEqualButForNullTexts) {
-    for (const std::uint32_t tag : allTags) {
+    for (const std::uint32_t tag : kAllTags) {
         Q_Value value = Rich(tag);
         Q_Value copy = Q_ApiCopyValue(&value);
         Q_Value bare = {};
@@ -174,7 +174,7 @@ TEST_F(ValuesTest, KitCopiesAreEqualButForNullTexts) {
 }
 
 TEST_F(ValuesTest, BoundaryCopiesAreExactAndTakeTheirBlocksFromTheFunction) {
-    for (const std::uint32_t tag : allTags) {
+    for (const std::uint32_t tag : kAllTags) {
         SCOPED_TRACE(tag);
         const std::size_t before = LiveBlocks().kit;
         Q_Value value = Rich(tag);
@@ -191,7 +191,7 @@ TEST_F(ValuesTest, BoundaryCopiesAreExactAndTakeTheirBlocksFromTheFunction) {
 }
 
 TEST_F(ValuesTest, FreeingClearsWhatWasOwnedAndNothingElse) {
-    for (const std::uint32_t tag : allTags) {
+    for (const std::uint32_t tag : kAllTags) {
         SCOPED_TRACE(tag);
         const std::size_t before = LiveBlocks().kit;
         Q_Value value = Rich(tag);
@@ -211,7 +211,7 @@ TEST_F(ValuesTest, FreeingClearsWhatWasOwnedAndNothingElse) {
 
 TEST_F(ValuesTest, NullTextsListsAndRecords) {
     Q_Value text = {};
-    text.tag = Q_TextTag;
+    text.tag = kTextTag;
     Q_Value copy = {};
     Q_CopyValueWith(&copy, &text, CoTaskMemAlloc);
     EXPECT_EQ(copy.text, nullptr);
@@ -269,7 +269,7 @@ TEST_F(ValuesTest, ListsClearTheirHeads) {
 
 // Each allocation of a deep copy fails once; what was copied up to there must still be whole enough to free.
 TEST_F(ValuesTest, SurvivesEveryFailedAllocation) {
-    Q_Value value = Rich(Q_ListTag);
+    Q_Value value = Rich(kListTag);
     for (int n = 1; n <= 40; ++n) {
         SCOPED_TRACE(n);
         FailKitAllocation(n);

@@ -16,11 +16,11 @@ using nlohmann::json;
 using test::Finished;
 using test::RunVentrix;
 
-constexpr char Topic[] =
+constexpr char kTopic[] =
     "<topic id=\"t\"><title>Title</title><body><p audience=\"expert\">Press <b>it</b>.</p></body></topic>";
 
 /// Copies the text of a plain document to a page, and into its description as well.
-constexpr char Stylesheet[] =
+constexpr char kStylesheet[] =
     "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\">"
     "<xsl:output method=\"xml\"/><xsl:template match=\"/\"><html><head><meta name=\"d\" "
     "content=\"{.}\"/></head>"
@@ -30,14 +30,14 @@ constexpr char Stylesheet[] =
 class CommandLine : public testing::Test {
   protected:
     CommandLine() {
-        folder.Write("src/a.dita", Topic);
+        folder.Write("src/a.dita", kTopic);
         folder.Write("src/plain.xml", "<root><x kind=\"k\">text</x></root>");
         folder.Write("src/text.xml", "no xml");
         folder.Write("src/empty.xml", "");
         folder.Write("src/control\x01.xml", "<a/>");
         folder.Write("src/back\\slash.xml", "<a/>");
         folder.Write("src/bytes\xff.xml", "<a/>");
-        folder.Write("page.xsl", Stylesheet);
+        folder.Write("page.xsl", kStylesheet);
         folder.Write("broken.xsl", "<broken");
         folder.Write("full/mine.txt", "keep");
     }
@@ -109,7 +109,7 @@ TEST_F(CommandLine, MistakesAreTold) {
         ExpectRow(row, Run(row.arguments));
     }
     EXPECT_FALSE(folder.Exists("out")) << "a mistake leaves nothing behind";
-    EXPECT_EQ(folder.Read("src/a.dita"), Topic);
+    EXPECT_EQ(folder.Read("src/a.dita"), kTopic);
 }
 
 TEST_F(CommandLine, DocumentsThatCannotBeReadAreTold) {
@@ -197,7 +197,7 @@ TEST_F(CommandLine, DrivesDecideWhatCanBePackaged) {
     folder.Write("c/map.ditamap", "<map><title>M</title><topicref href=\"D:/t.dita\"/></map>");
     folder.Write("c/graphic.dita",
                  "<topic id=\"t\"><title>T</title><body><p><image href=\"D:/i.png\"/></p></body></topic>");
-    folder.Write("d/t.dita", Topic);
+    folder.Write("d/t.dita", kTopic);
     folder.Write("d/i.png", "png");
     folder.Write("out/.ventrix-result", "");
     folder.Write("out/earlier.html", "<p/>");
@@ -244,7 +244,7 @@ TEST_F(CommandLine, OutputFolderIsGuarded) {
         ExpectRow(row, Run(row.arguments));
     }
     EXPECT_TRUE(folder.Exists("full/mine.txt"));
-    EXPECT_EQ(folder.Read("src/a.dita"), Topic);
+    EXPECT_EQ(folder.Read("src/a.dita"), kTopic);
 
     fs::create_directory(folder.Native("empty"));
     EXPECT_EQ(Run(publish("empty")).status, 0);
@@ -282,7 +282,7 @@ TEST_F(CommandLine, PublishTellsFindings) {
         further.insert(further.begin(), {"publish", "src/plain.xml", "--attributes", "kind"});
         return further;
     };
-    std::string html = Stylesheet;
+    std::string html = kStylesheet;
     folder.Write("html.xsl", html.replace(html.find("\"xml\""), 5, "\"html\""));
     folder.WriteProgram("script", "#!/bin/sh\necho said by a script; exit 3\n");
     const Row rows[] = {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "desk/clients/doctype.h"
+#include "desk/xml/doctype.h"
 
 namespace ventrix::desk {
 namespace {

@@ -1,7 +1,7 @@
 #include <cstdlib>
 
-#include "desk/clients/run_program.h"
 #include "desk/dita_fixture.h"
+#include "desk/toolkit/run_program.h"
 
 namespace ventrix::desk {
 namespace {

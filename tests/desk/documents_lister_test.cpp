@@ -104,13 +104,13 @@ TEST_F(DocumentLister, EndsOnRingsAndEndlessNames) {
 }
 
 TEST_F(DocumentLister, FollowsALongChain) {
-    constexpr int count = 2000;
-    for (int i = 0; i < count; ++i) {
+    constexpr int kCount = 2000;
+    for (int i = 0; i < kCount; ++i) {
         Write(std::to_string(i) + ".dita",
               "<topic><xref href='" + std::to_string(i + 1) + ".dita'/></topic>");
     }
     Listed("0.dita");
-    EXPECT_EQ(files_.files.size(), count + 1U);
+    EXPECT_EQ(files_.files.size(), kCount + 1U);
 }
 
 TEST_F(DocumentLister, ReadsTheDtdWhereAnEntityNeedsIt) {

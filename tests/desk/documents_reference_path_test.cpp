@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "desk/documents/reference_path.h"
+#include "desk/xml/reference_path.h"
 #include "platform/drives.h"
 
 namespace ventrix::desk {

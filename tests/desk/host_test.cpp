@@ -28,12 +28,12 @@ Ran RunHost(HostSettings settings, HostScript script, const std::string& request
     return ran;
 }
 
-const std::vector<AnswerValue> RefusedReply{std::int32_t{-43}, std::string(), std::string()};
+const std::vector<AnswerValue> kRefusedReply{std::int32_t{-43}, std::string(), std::string()};
 
 TEST(DeskHostTest, StartsTheModuleAsTheContractSays) {
     const Ran ran = RunHost({"Z:\\nowhere", false, {}, {}}, {}, "Nonsense");
     EXPECT_EQ(ran.problem, "");
-    EXPECT_EQ(ran.reply, RefusedReply);
+    EXPECT_EQ(ran.reply, kRefusedReply);
     std::vector<std::string> calls = ran.calls;
     // Once ICU has its folder in this process, no module asks for it again.
     std::erase(calls, "ReadStringProp 0 89");

@@ -8,10 +8,10 @@ namespace {
 using test::Found;
 using DtdRecovery = test::Publishing;
 
-constexpr const char* text =
+constexpr const char* kText =
     R"(<topic id="t"><title>The &product;</title><body><p audience="&product; user">A&nbsp;B )"
     R"(<uicontrol>Press &product;</uicontrol> ok</p></body></topic>)";
-constexpr const char* stylesheet =
+constexpr const char* kStylesheet =
     R"(<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform"><xsl:template match="/">)"
     R"(<html><body><h1><xsl:value-of select="//title"/></h1><p><xsl:value-of select="//p"/></p></body></html>)"
     R"(</xsl:template></xsl:stylesheet>)";
@@ -23,7 +23,7 @@ TEST_F(DtdRecovery, EntitiesOfACataloguedDtdReachThePage) {
         R"(<catalog xmlns="urn:oasis:names:tc:entity:xmlns:xml:catalog">)"
         R"(<public publicId="-//ACME//DTD Topic//EN" uri="dtd%20%C3%BC/acme%20x.dtd"/>)"
         R"(<public publicId="-//OASIS//DTD DITA Topic//EN" uri="dtd%20%C3%BC/acme%20x.dtd"/></catalog>)");
-    drives_.Write(R"(C:\src\page.xsl)", stylesheet);
+    drives_.Write(R"(C:\src\page.xsl)", kStylesheet);
     catalog_ = drives_.Native(R"(D:\catalog.xml)").string();
     const std::string prologs[] = {
         R"(<?xml version="1.0"?><!DOCTYPE topic PUBLIC "-//ACME//DTD Topic//EN" "http://acme.example/t.dtd">)",
@@ -32,7 +32,7 @@ TEST_F(DtdRecovery, EntitiesOfACataloguedDtdReachThePage) {
     };
     for (const std::string& prolog : prologs) {
         for (const char* transformation : {"-useDITAOT", R"(-useXSLT C:\src\page.xsl)"}) {
-            drives_.Write(R"(C:\src\t.dita)", prolog + text);
+            drives_.Write(R"(C:\src\t.dita)", prolog + kText);
             const auto pages =
                 Publish("builtin", R"(C:\src\t.dita)",
                         std::string(transformation) + " -attributes audience -elements uicontrol");
@@ -46,7 +46,7 @@ TEST_F(DtdRecovery, EntitiesOfACataloguedDtdReachThePage) {
             EXPECT_EQ(Found(page, "//*[local-name()='uicontrol']"), test::Texts{"Press P40"}) << prolog;
             EXPECT_EQ(Found(page, "//*[local-name()='p']/@data-twtags"),
                       test::Texts{"audienceQL_SEPP40 userQL_SEP"});
-            EXPECT_EQ(drives_.Read(R"(C:\src\t.dita)"), prolog + text);
+            EXPECT_EQ(drives_.Read(R"(C:\src\t.dita)"), prolog + kText);
         }
     }
 }
@@ -57,7 +57,8 @@ TEST_F(DtdRecovery, WithoutADtdTheDocumentStaysAsItIs) {
                   R"(<public publicId="-//ACME//DTD Topic//EN" uri="gone.dtd"/></catalog>)");
     catalog_ = drives_.Native(R"(D:\catalog.xml)").string();
     const std::string document =
-        std::string(R"(<!DOCTYPE topic PUBLIC "-//ACME//DTD Topic//EN" "http://acme.example/t.dtd">)") + text;
+        std::string(R"(<!DOCTYPE topic PUBLIC "-//ACME//DTD Topic//EN" "http://acme.example/t.dtd">)") +
+        kText;
     drives_.Write(R"(C:\src\t.dita)", document);
     drives_.WriteScript(R"(C:\src\keep.sh)", "cp \"$1\" \"$1.kept\"\n");
     Publish("builtin", R"(C:\src\t.dita)", R"(-useDITAOT -attributes audience -usePreScript C:\src\keep.sh)");

@@ -15,8 +15,8 @@
 
 namespace ventrix::test {
 
-inline constexpr const char* markerWords[] = {"QL_START", "QL_END",  "QL_EQ",     "QL_TARGET", "QL_SEP",
-                                              "QL_SA_S",  "QL_SA_E", "QL_ELEM_S", "QL_ELEM_E"};
+inline constexpr const char* kMarkerWords[] = {"QL_START", "QL_END",  "QL_EQ",     "QL_TARGET", "QL_SEP",
+                                               "QL_SA_S",  "QL_SA_E", "QL_ELEM_S", "QL_ELEM_E"};
 
 class Publishing : public testing::Test {
   protected:
@@ -58,7 +58,7 @@ class Publishing : public testing::Test {
     }
     static void ExpectNoMarkerWord(const std::string& name, const std::string& page) {
         for (const std::string& text : Found(page, "//text()")) {
-            for (const char* word : markerWords) {
+            for (const char* word : kMarkerWords) {
                 EXPECT_EQ(text.find(word), std::string::npos) << name << ": " << text;
             }
         }

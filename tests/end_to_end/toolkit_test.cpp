@@ -2,7 +2,7 @@
 // our own stylesheet, and the DocBook stylesheets.
 #include <algorithm>
 
-#include "desk/clients/run_program.h"
+#include "desk/toolkit/run_program.h"
 #include "end_to_end/publishing.h"
 
 namespace ventrix {

@@ -26,7 +26,7 @@ class OutOfProcessExample : public ::testing::Test {
   protected:
     void SetUp() override {
         platform::RemoveEnvironmentValue("QLGUID");
-        settings_.classId = HostClassId;
+        settings_.classId = kHostClassId;
         settings_.clientName = "Word counter";
         settings_.commands = {"Count one two three", "Sing", "Count "};
     }

@@ -1,11 +1,11 @@
-#include "kit/channel_stream.h"
+#include "kit/channels/channel_stream.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <vector>
 
-#include "kit/path_alias.h"
+#include "kit/paths/path_alias.h"
 #include "kit/slow_stream.h"
 #include "support/test_drives.h"
 

@@ -1,4 +1,4 @@
-#include "kit/channels.h"
+#include "kit/channels/channels.h"
 
 #include <cstdio>
 #include <random>
@@ -131,10 +131,10 @@ TEST_F(Channels, CopyWhatIsLeft) {
 
 // A channel on a stream in memory, which is not the caller's.
 Q_Channel* ChannelOn(SlowStreamC* stream) {
-    auto* channel = static_cast<Q_Channel*>(Q_Calloc(1, sizeof(Q_Channel), Q_MustSucceed));
+    auto* channel = static_cast<Q_Channel*>(Q_Calloc(1, sizeof(Q_Channel), kMustSucceed));
     channel->path = Q_StrDup("memory");
     channel->stream = stream;
-    channel->access = Q_ChannelReadable | Q_ChannelWritable;
+    channel->access = kChannelReadable | kChannelWritable;
     return channel;
 }
 
@@ -245,9 +245,9 @@ class Pair {
     }
 
     void Step() {
-        static constexpr void (Pair::*steps[])() = {&Pair::ReadItems, &Pair::ReadItems, &Pair::WriteItems,
-                                                    &Pair::Seek,      &Pair::Peek,      &Pair::Size};
-        (this->*steps[random_() % 6])();
+        static constexpr void (Pair::*kSteps[])() = {&Pair::ReadItems, &Pair::ReadItems, &Pair::WriteItems,
+                                                     &Pair::Seek,      &Pair::Peek,      &Pair::Size};
+        (this->*kSteps[random_() % 6])();
         ASSERT_EQ(Q_ChannelTell(channel_), static_cast<std::uint32_t>(std::ftell(stream_)));
         ASSERT_EQ(Q_ChannelAtEnd(channel_) != 0, std::feof(stream_) != 0);
     }
@@ -266,8 +266,8 @@ class Pair {
     std::uint32_t Random(std::uint32_t below) { return static_cast<std::uint32_t>(random_() % below); }
 
     std::uint32_t Count() {
-        constexpr std::uint32_t bases[] = {0, 1, 500, 1000};
-        return bases[Random(4)] + Random(40);
+        constexpr std::uint32_t kBases[] = {0, 1, 500, 1000};
+        return kBases[Random(4)] + Random(40);
     }
 
     void ReadItems() {
@@ -327,7 +327,7 @@ class Pair {
 };
 
 TEST_F(Channels, DoAsCStreamsDoInRandomSequences) {
-    constexpr const char* modes[] = {"r", "r+", "w", "w+"};
+    constexpr const char* kModes[] = {"r", "r+", "w", "w+"};
     std::mt19937 random(20);
     for (int sequence = 0; sequence < 3000; ++sequence) {
         std::string content(random() % 2000, '\0');
@@ -336,7 +336,7 @@ TEST_F(Channels, DoAsCStreamsDoInRandomSequences) {
         }
         drives_.Write("C:\\ours", content);
         drives_.Write("C:\\theirs", content);
-        const char* mode = modes[random() % 4];
+        const char* mode = kModes[random() % 4];
         {
             Pair pair(drives_, random, OpenChannel("C:\\ours", mode), mode);
             for (auto left = 1 + random() % 15; left > 0; --left) {

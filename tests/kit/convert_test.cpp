@@ -1,4 +1,4 @@
-#include "kit/convert.h"
+#include "kit/text/convert.h"
 
 #include <cstring>
 
@@ -9,7 +9,7 @@ namespace ventrix {
 namespace {
 
 std::string ToUtf8(const char* text, std::int32_t source) {
-    return Take(Q_ConvertByCode(text, source, Q_CodeUtf8, false, false));
+    return Take(Q_ConvertByCode(text, source, kCodeUtf8, false, false));
 }
 
 // One character or more of each encoding, the five of the host by their own converters.
@@ -35,43 +35,42 @@ TEST(Convert, ReadsAndWritesEveryEncoding) {
     for (const auto& row : rows) {
         // The escape bytes of JIS7 are control characters, which pass through unless they are kept in the
         // text.
-        EXPECT_EQ(Take(Q_ConvertByCode(row.bytes, row.code, Q_CodeUtf8, true, false)), row.utf8) << row.code;
-        EXPECT_EQ(Take(Q_ConvertByCode(row.utf8, Q_CodeUtf8, row.code, true, false)), row.bytes) << row.code;
+        EXPECT_EQ(Take(Q_ConvertByCode(row.bytes, row.code, kCodeUtf8, true, false)), row.utf8) << row.code;
+        EXPECT_EQ(Take(Q_ConvertByCode(row.utf8, kCodeUtf8, row.code, true, false)), row.bytes) << row.code;
     }
     // ICU leaves HZ in its shifted state at the end.
-    EXPECT_EQ(Take(Q_ConvertByCode("汉字", Q_CodeUtf8, 11, true, false)), "~{::WV");
-    EXPECT_EQ(Take(Q_ConvertByCode("~{::WV~}", 11, Q_CodeUtf8, true, false)), "汉字");
+    EXPECT_EQ(Take(Q_ConvertByCode("汉字", kCodeUtf8, 11, true, false)), "~{::WV");
+    EXPECT_EQ(Take(Q_ConvertByCode("~{::WV~}", 11, kCodeUtf8, true, false)), "汉字");
 }
 
 TEST(Convert, UnitsAreReadAndWrittenWithTheirTerminator) {
     const char16_t units[] = u"ä\tb\xD83D\xDE00";
-    EXPECT_EQ(Take(Q_ConvertByCode(units, Q_CodeUtf16, Q_CodeUtf8, false, false)), "ä\tb\xF0\x9F\x98\x80");
-    EXPECT_EQ(TakeWide(Q_ConvertByCode("ä\tb\xF0\x9F\x98\x80", Q_CodeUtf8, Q_CodeUtf16, false, false)),
-              units);
-    EXPECT_EQ(TakeWide(Q_ConvertByCode(units, Q_CodeUtf16, Q_CodeUtf16, false, false)), units);
-    EXPECT_EQ(TakeWide(Q_ConvertByCode(u"", Q_CodeUtf16, Q_CodeUtf16, false, false)), u"");
-    EXPECT_EQ(TakeWide(Q_ConvertByCode("", Q_CodeUtf8, Q_CodeUtf16, false, false)), u"");
+    EXPECT_EQ(Take(Q_ConvertByCode(units, kCodeUtf16, kCodeUtf8, false, false)), "ä\tb\xF0\x9F\x98\x80");
+    EXPECT_EQ(TakeWide(Q_ConvertByCode("ä\tb\xF0\x9F\x98\x80", kCodeUtf8, kCodeUtf16, false, false)), units);
+    EXPECT_EQ(TakeWide(Q_ConvertByCode(units, kCodeUtf16, kCodeUtf16, false, false)), units);
+    EXPECT_EQ(TakeWide(Q_ConvertByCode(u"", kCodeUtf16, kCodeUtf16, false, false)), u"");
+    EXPECT_EQ(TakeWide(Q_ConvertByCode("", kCodeUtf8, kCodeUtf16, false, false)), u"");
 }
 
 TEST(Convert, ControlCharactersPassAndPartTheRuns) {
     // Each run of an escaped encoding starts anew, so the shift to double bytes stands on both sides of the
     // tab.
-    EXPECT_EQ(Take(Q_ConvertByCode("漢\t漢", Q_CodeUtf8, 5, false, false)), "\x1B$B4A\x1B(B\t\x1B$B4A\x1B(B");
+    EXPECT_EQ(Take(Q_ConvertByCode("漢\t漢", kCodeUtf8, 5, false, false)), "\x1B$B4A\x1B(B\t\x1B$B4A\x1B(B");
     EXPECT_EQ(ToUtf8("\t\x8A\r\n\n\x8A\x01", 0), "\tä\r\n\nä\x01");
     // With the bytes of its escapes passed around the converter, such a text can't be read.
     EXPECT_EQ(ToUtf8("\x1B$B4A\x1B(B", 5), "\x1B$B4A\x1B(B");
 }
 
 TEST(Convert, BadInputGivesItsFixedAnswers) {
-    EXPECT_EQ(TakeWide(Q_ConvertByCode("a\xFF", Q_CodeUtf8, Q_CodeUtf16, false, false)), u"???");
-    EXPECT_EQ(Take(Q_ConvertByCode("a\xFF", Q_CodeUtf8, 1, false, false)), "???");
-    EXPECT_EQ(Take(Q_ConvertByCode("a\xFF", Q_CodeUtf8, Q_CodeUtf8, false, false)), "a\xFF");
-    EXPECT_EQ(Q_ConvertByCode(nullptr, Q_CodeUtf8, 1, false, false), nullptr);
-    EXPECT_EQ(Q_ConvertByCode("a", Q_CodeUtf8, 14, false, false), nullptr);
+    EXPECT_EQ(TakeWide(Q_ConvertByCode("a\xFF", kCodeUtf8, kCodeUtf16, false, false)), u"???");
+    EXPECT_EQ(Take(Q_ConvertByCode("a\xFF", kCodeUtf8, 1, false, false)), "???");
+    EXPECT_EQ(Take(Q_ConvertByCode("a\xFF", kCodeUtf8, kCodeUtf8, false, false)), "a\xFF");
+    EXPECT_EQ(Q_ConvertByCode(nullptr, kCodeUtf8, 1, false, false), nullptr);
+    EXPECT_EQ(Q_ConvertByCode("a", kCodeUtf8, 14, false, false), nullptr);
     EXPECT_EQ(Q_ConvertText(nullptr, "UTF-8", "macintosh", false, false), nullptr);
     EXPECT_EQ(Take(Q_ConvertText("\xE4", "", "UTF-8", false, false)), "\xE4");
     EXPECT_EQ(Take(Q_ConvertText("\xE4", "ISO-8859-1", nullptr, false, false)), "\xE4");
-    EXPECT_DEATH(Q_ConvertByCode("a", 18, Q_CodeUtf8, false, false), "");
+    EXPECT_DEATH(Q_ConvertByCode("a", 18, kCodeUtf8, false, false), "");
 }
 
 TEST(Convert, UnknownConverterLeavesTheControlCharacters) {
@@ -87,7 +86,7 @@ TEST(Convert, EscapeFlagShowsBytesThatCannotBeRead) {
 }
 
 TEST(Convert, ManyShortRunsOfAnEscapedEncodingFit) {
-    EXPECT_EQ(Take(Q_ConvertByCode(test::Repeated("漢\t", 500).c_str(), Q_CodeUtf8, 5, false, false)),
+    EXPECT_EQ(Take(Q_ConvertByCode(test::Repeated("漢\t", 500).c_str(), kCodeUtf8, 5, false, false)),
               test::Repeated("\x1B$B4A\x1B(B\t", 500));
 }
 
@@ -109,11 +108,11 @@ TEST(Convert, SymbolSetsAreReadByTheirTables) {
         {15, "\t!", u"\t\uF021"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(TakeWide(Q_ConvertByCode(row.text, row.code, Q_CodeUtf16, false, false)), row.units)
+        EXPECT_EQ(TakeWide(Q_ConvertByCode(row.text, row.code, kCodeUtf16, false, false)), row.units)
             << row.code;
     }
-    EXPECT_EQ(Take(Q_ConvertByCode("\xC2\xA0\t漢a", 13, Q_CodeUtf8, false, true)), "€\tα");
-    EXPECT_EQ(TakeWide(Q_ConvertByCode("\t!", 15, Q_CodeUtf16, true, false)), u"\uF021");
+    EXPECT_EQ(Take(Q_ConvertByCode("\xC2\xA0\t漢a", 13, kCodeUtf8, false, true)), "€\tα");
+    EXPECT_EQ(TakeWide(Q_ConvertByCode("\t!", 15, kCodeUtf16, true, false)), u"\uF021");
 }
 
 }  // namespace

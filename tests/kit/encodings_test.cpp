@@ -1,13 +1,13 @@
-#include "kit/encodings.h"
+#include "kit/text/encodings.h"
 
-#include "kit/characters.h"
 #include "kit/kit_environment.h"
-#include "kit/utf8.h"
+#include "kit/text/characters.h"
+#include "kit/text/utf8.h"
 
 namespace ventrix {
 namespace {
 
-constexpr std::int32_t shiftJis = 1;
+constexpr std::int32_t kShiftJis = 1;
 
 TEST(Encodings, AreSelectedByName) {
     EncodingScope scope("QuorlRoman");
@@ -129,7 +129,7 @@ TEST(Characters, CopyAndAppendUpToACut) {
 
 TEST(Characters, LastOccurrenceIsNeverInsideACharacter) {
     const char* path = "a\\\x8F\x5C";  // a separator, then a Japanese character whose second byte is one
-    EXPECT_EQ(Q_StrFindLastChar(path, '\\', shiftJis), path + 1);
+    EXPECT_EQ(Q_StrFindLastChar(path, '\\', kShiftJis), path + 1);
     EXPECT_EQ(Q_StrFindLastChar(path, '\\', 0), path + 3);
     const char* text = "xäx";
     EXPECT_EQ(Q_StrFindLastChar(text, 'x', 5), text + 3);

@@ -1,4 +1,4 @@
-#include "kit/format.h"
+#include "kit/format/format.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -83,14 +83,14 @@ T Value(std::mt19937& random) {
 
 template <class Integer>
 void SameInteger(std::mt19937& random, const std::string& head, const char* prefix) {
-    constexpr char letters[] = "dioxXu";
-    Same("<" + head + prefix + letters[random() % 6] + ">", Value<Integer>(random));
+    constexpr char kLetters[] = "dioxXu";
+    Same("<" + head + prefix + kLetters[random() % 6] + ">", Value<Integer>(random));
 }
 
 void SameByType(std::mt19937& random, const std::string& head) {
-    constexpr const char* texts[] = {"", "a", "äöü", "a somewhat longer text with %d in it"};
-    constexpr double numbers[] = {0,     -0.0,       1,        -1.5,
-                                  1e300, 3.14159e-7, 12345678, std::numeric_limits<double>::infinity()};
+    constexpr const char* kTexts[] = {"", "a", "äöü", "a somewhat longer text with %d in it"};
+    constexpr double kNumbers[] = {0,     -0.0,       1,        -1.5,
+                                   1e300, 3.14159e-7, 12345678, std::numeric_limits<double>::infinity()};
     const std::function<void()> kinds[] = {
         [&] { SameInteger<int>(random, head, ""); },
         [&] { SameInteger<int>(random, head, "h"); },
@@ -99,8 +99,8 @@ void SameByType(std::mt19937& random, const std::string& head) {
         [&] { SameInteger<long long>(random, head, "ll"); },
         [&] { SameInteger<std::intmax_t>(random, head, "j"); },
         [&] { SameInteger<std::ptrdiff_t>(random, head, random() % 2 == 0 ? "z" : "t"); },
-        [&] { Same("x" + head + 's', texts[random() % 4]); },
-        [&] { Same(head + "eEfgG"[random() % 5] + "%%", numbers[random() % 8]); },
+        [&] { Same("x" + head + 's', kTexts[random() % 4]); },
+        [&] { Same(head + "eEfgG"[random() % 5] + "%%", kNumbers[random() % 8]); },
         [&] { Same(head + 'c', 'a' + static_cast<int>(random() % 26)); },
     };
     kinds[random() % 10]();

@@ -2,7 +2,7 @@
 
 #include <unicode/putil.h>
 
-#include "kit/encodings.h"
+#include "kit/text/encodings.h"
 
 // Tests provoke allocations that fail; the sanitizer answers them with null, as the heap does.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();
@@ -21,7 +21,7 @@ class KitEnvironment : public testing::Environment {
     }
 };
 
-[[maybe_unused]] const auto* const environment = testing::AddGlobalTestEnvironment(new KitEnvironment);
+[[maybe_unused]] const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new KitEnvironment);
 
 }  // namespace
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "kit/channels.h"
-#include "kit/strings.h"
+#include "kit/channels/channels.h"
+#include "kit/text/strings.h"
 
 namespace ventrix {
 
@@ -26,7 +26,7 @@ inline std::u16string TakeWide(char* text) {
 
 /// A channel on the file of a path or URL; null where it does not open.
 inline Q_Channel* OpenChannel(const std::string& path, const char* mode) {
-    FilePath* file = Q_PathToFilePath(path.c_str(), nullptr, Q_NativePath);
+    FilePath* file = Q_PathToFilePath(path.c_str(), nullptr, kNativePath);
     Q_Channel* channel = Q_ChannelOpen(file, mode);
     Q_FreeFilePath(file);
     return channel;

@@ -1,9 +1,9 @@
-#include "kit/language.h"
+#include "kit/text/language.h"
 
 #include <gtest/gtest.h>
 #include <unicode/uloc.h>
 
-#include "kit/collate.h"
+#include "kit/text/collate.h"
 
 namespace ventrix {
 namespace {

@@ -8,7 +8,7 @@
 namespace ventrix {
 namespace {
 
-constexpr std::uint32_t tooMany = 0xFFFFFFFF;
+constexpr std::uint32_t kTooMany = 0xFFFFFFFF;
 
 TEST(Memory, BlocksAreZeroedResizedAndFreed) {
     auto* block = static_cast<char*>(Q_Calloc(4, 2, 0));
@@ -16,7 +16,7 @@ TEST(Memory, BlocksAreZeroedResizedAndFreed) {
     ASSERT_NE(block, nullptr);
     EXPECT_EQ(std::memcmp(block, zeros, 8), 0);
     std::memset(block, 'x', 8);
-    block = static_cast<char*>(Q_Realloc(block, 1000, Q_MustSucceed));
+    block = static_cast<char*>(Q_Realloc(block, 1000, kMustSucceed));
     EXPECT_EQ(std::string(block, 8), "xxxxxxxx");
     EXPECT_EQ(Q_ZeroBytes(block, 8), 0);
     EXPECT_EQ(std::memcmp(block, zeros, 8), 0);
@@ -28,8 +28,8 @@ TEST(Memory, BlocksAreZeroedResizedAndFreed) {
 }
 
 TEST(Memory, NothingIsStillABlockWhereTheAllocationMustSucceed) {
-    void* blocks[] = {Q_Alloc(0, Q_MustSucceed), Q_Calloc(0, 8, Q_MustSucceed),
-                      Q_Realloc(Q_Alloc(8, 0), 0, Q_MustSucceed)};
+    void* blocks[] = {Q_Alloc(0, kMustSucceed), Q_Calloc(0, 8, kMustSucceed),
+                      Q_Realloc(Q_Alloc(8, 0), 0, kMustSucceed)};
     for (void*& block : blocks) {
         EXPECT_NE(block, nullptr);
         Q_FreeAndClear(&block);
@@ -37,14 +37,14 @@ TEST(Memory, NothingIsStillABlockWhereTheAllocationMustSucceed) {
 }
 
 TEST(Memory, RunningOutGivesNullWithoutTheFlag) {
-    EXPECT_EQ(Q_Calloc(tooMany, tooMany, 0), nullptr);
+    EXPECT_EQ(Q_Calloc(kTooMany, kTooMany, 0), nullptr);
 }
 
 TEST(MemoryDeathTest, RunningOutCallsTheHookAndEndsTheProcess) {
     const auto runOut = [] {
         Q_MemoryHook = [] { std::fputs("memory hook\n", stderr); };
         Q_AssertionHook = [] { std::fputs("assertion hook\n", stderr); };
-        Q_Calloc(tooMany, tooMany, Q_MustSucceed);
+        Q_Calloc(kTooMany, kTooMany, kMustSucceed);
     };
     EXPECT_DEATH(runOut(), "memory hook");
 }

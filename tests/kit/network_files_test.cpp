@@ -1,11 +1,11 @@
-#include "kit/network_files.h"
+#include "kit/channels/network_files.h"
 
-#include "kit/channels.h"
-#include "kit/file_path.h"
+#include "kit/channels/channels.h"
 #include "kit/kit_environment.h"
-#include "kit/relative_path.h"
-#include "kit/resolve_path.h"
-#include "kit/rivlet.h"
+#include "kit/paths/file_path.h"
+#include "kit/paths/relative_path.h"
+#include "kit/paths/resolve_path.h"
+#include "kit/paths/rivlet.h"
 #include "platform/library.h"
 #include "support/test_drives.h"
 
@@ -93,7 +93,7 @@ TEST_F(NetworkFiles, AnswerEveryQuestionOfTheLibrary) {
     char* text = nullptr;
     std::int32_t error = -1;
     EXPECT_EQ(Q_CachedPathOf("net://a.txt", &text), 1);
-    EXPECT_EQ(Q_FetchNetFile("net://a.txt", Q_FetchToRead, &text, &error), 0);
+    EXPECT_EQ(Q_FetchNetFile("net://a.txt", kFetchToRead, &text, &error), 0);
     EXPECT_EQ(Take(text), cache() + "/a.txt");
     EXPECT_EQ(Q_CachedPathOf("net://a.txt", &text), 0);
     EXPECT_EQ(Take(text), cache() + "/a.txt");
@@ -107,36 +107,36 @@ TEST_F(NetworkFiles, AnswerEveryQuestionOfTheLibrary) {
     EXPECT_EQ(drives_.Read("C:\\server\\put.txt"), "local");
     EXPECT_EQ(Q_UploadNetFolder("net://up", drives_.Native("C:\\folder").c_str(), &error), 0);
     EXPECT_EQ(drives_.Read("C:\\server\\up\\b.txt"), "b");
-    EXPECT_EQ(Q_StatNetFile("net://put.txt", Q_FetchToRead, &error), 0);
+    EXPECT_EQ(Q_StatNetFile("net://put.txt", kFetchToRead, &error), 0);
     EXPECT_EQ(error, -1) << "a success stores no error";
 }
 
 TEST_F(NetworkFiles, TellTheErrorOfAFailure) {
     char* text = nullptr;
     std::int32_t error = -1;
-    EXPECT_EQ(Q_FetchNetFile("net://none.txt", Q_FetchToRead, &text, &error), 5);
+    EXPECT_EQ(Q_FetchNetFile("net://none.txt", kFetchToRead, &text, &error), 5);
     EXPECT_EQ(error, 3);
     EXPECT_EQ(text, nullptr);
-    EXPECT_EQ(Q_StatNetFile("net://none.txt", Q_FetchToRead, &error), 5);
+    EXPECT_EQ(Q_StatNetFile("net://none.txt", kFetchToRead, &error), 5);
     EXPECT_EQ(error, 21) << "20 is no number of the library's";
     Serve(false);
     EXPECT_EQ(Q_SaveNetFile("net://none.txt", &error), 5);
     EXPECT_EQ(error, 21);
-    EXPECT_EQ(Q_FetchNetFile("net://none.txt", Q_FetchToWrite, &text, nullptr), 5);
+    EXPECT_EQ(Q_FetchNetFile("net://none.txt", kFetchToWrite, &text, nullptr), 5);
     EXPECT_DEATH(Q_CleanUrl("net://a", nullptr), "");
 }
 
 TEST_F(NetworkFiles, AreAllThatTheOperationsTake) {
     char* text = nullptr;
     for (const char* url : {static_cast<const char*>(nullptr), "C:\\a.txt", "http://host/a"}) {
-        EXPECT_EQ(Q_FetchNetFile(url, Q_FetchToRead, &text, nullptr), 1);
+        EXPECT_EQ(Q_FetchNetFile(url, kFetchToRead, &text, nullptr), 1);
         EXPECT_EQ(Q_CachedPathOf(url, &text), 1);
         EXPECT_EQ(Q_CachePathFor(url, &text), 1);
         EXPECT_EQ(Q_CleanUrl(url, &text), 1);
         EXPECT_EQ(Q_SaveNetFile(url, nullptr), 1);
         EXPECT_EQ(Q_PutNetFile(url, "a", nullptr), 1);
         EXPECT_EQ(Q_UploadNetFolder(url, "a", nullptr), 1);
-        EXPECT_EQ(Q_StatNetFile(url, Q_FetchToRead, nullptr), 1);
+        EXPECT_EQ(Q_StatNetFile(url, kFetchToRead, nullptr), 1);
         EXPECT_EQ(Q_AbsoluteUrl(url, "a", &text), 1);
         EXPECT_EQ(Q_RelativeUrl(url, "net://a", &text), 1);
         EXPECT_EQ(Q_RelativeUrl("net://a", url, &text), 1);
@@ -160,7 +160,7 @@ TEST(NetworkFilesWithoutLibrary, EveryTransferFails) {
     char* text = nullptr;
     std::int32_t error = 0;
     EXPECT_TRUE(Q_IsNetFile("http://host/a"));
-    EXPECT_EQ(Q_FetchNetFile("http://host/a", Q_FetchToRead, &text, &error), 1);
+    EXPECT_EQ(Q_FetchNetFile("http://host/a", kFetchToRead, &text, &error), 1);
     EXPECT_EQ(error, 21);
     EXPECT_EQ(Q_SaveNetFile("http://host/a", &error), 1);
     EXPECT_EQ(Q_UrlOfCachedFile("C:\\a", &text), 1);

@@ -1,13 +1,13 @@
 #include <iterator>
 #include <random>
 
-#include "kit/file_path.h"
 #include "kit/kit_environment.h"
 #include "kit/last_error.h"
-#include "kit/portable_path.h"
-#include "kit/relative_path.h"
-#include "kit/resolve_path.h"
-#include "kit/rivlet.h"
+#include "kit/paths/file_path.h"
+#include "kit/paths/portable_path.h"
+#include "kit/paths/relative_path.h"
+#include "kit/paths/resolve_path.h"
+#include "kit/paths/rivlet.h"
 #include "platform/environment.h"
 #include "support/text_rows.h"
 
@@ -15,14 +15,14 @@ namespace ventrix::test {
 namespace {
 
 std::string Resolved(const std::string& path, const char* base) {
-    char buffer[Q_PathBufferSize];
+    char buffer[kPathBufferSize];
     Q_StrCopyN(buffer, path.c_str(), sizeof buffer);
     Q_ResolvePath(buffer, base);
     return buffer;
 }
 
 std::string Expanded(const std::string& path) {
-    char buffer[Q_PathBufferSize];
+    char buffer[kPathBufferSize];
     Q_StrCopyN(buffer, path.c_str(), sizeof buffer);
     Q_ExpandPathVariables(buffer);
     return buffer;
@@ -146,17 +146,17 @@ TEST(RelativePath, RelatesToTheFolderOfTheBase) {
     for (const auto& row : rows) {
         EXPECT_EQ(RelativeTo(row.path, row.base), row.relative) << row.path << " from " << row.base;
     }
-    char path[Q_PathBufferSize] = "C:\\a";
+    char path[kPathBufferSize] = "C:\\a";
     MakePathRelative(path, nullptr);
     EXPECT_STREQ(path, "C:\\a");
     EXPECT_DEATH(MakePathRelative(nullptr, "C:\\a"), "");
 }
 
 std::string RandomFolder(std::mt19937& random) {
-    constexpr const char* names[] = {"a", "ab", "b", "B", "ä", "a b", "abc"};
+    constexpr const char* kNames[] = {"a", "ab", "b", "B", "ä", "a b", "abc"};
     std::string folder = "C:\\";
     for (auto left = random() % 5; left > 0; --left) {
-        folder += std::string(names[random() % std::size(names)]) + "\\";
+        folder += std::string(kNames[random() % std::size(kNames)]) + "\\";
     }
     return folder;
 }
@@ -233,23 +233,23 @@ TEST(PortablePath, ReadsTokensInTheirOrder) {
 }
 
 TEST(FilePath, HoldsTheResolvedTextInEveryNotation) {
-    FilePath* folder = Q_PathToFilePath("C:\\out", nullptr, Q_NativePath);
-    FilePath* path = Q_PathToFilePath("a\\.\\b.xml", folder, Q_SlashPath);
+    FilePath* folder = Q_PathToFilePath("C:\\out", nullptr, kNativePath);
+    FilePath* path = Q_PathToFilePath("a\\.\\b.xml", folder, kSlashPath);
     ASSERT_NE(path, nullptr);
     EXPECT_EQ(path->magic, 0x70617468u);
     EXPECT_EQ(path->flags, 16);
-    EXPECT_EQ(Take(Q_FilePathToPath(path, Q_NativePath)), "C:\\out\\a\\b.xml");
-    EXPECT_EQ(Take(Q_FilePathToPath(path, Q_PlainPath)), "C:\\out\\a\\b.xml");
-    EXPECT_EQ(Take(Q_FilePathToPath(path, Q_SlashPath)), "C:/out/a/b.xml");
-    EXPECT_EQ(Take(Q_FilePathToPath(path, Q_PortablePath)), "<v>C:<c>out<c>a<c>b.xml");
+    EXPECT_EQ(Take(Q_FilePathToPath(path, kNativePath)), "C:\\out\\a\\b.xml");
+    EXPECT_EQ(Take(Q_FilePathToPath(path, kPlainPath)), "C:\\out\\a\\b.xml");
+    EXPECT_EQ(Take(Q_FilePathToPath(path, kSlashPath)), "C:/out/a/b.xml");
+    EXPECT_EQ(Take(Q_FilePathToPath(path, kPortablePath)), "<v>C:<c>out<c>a<c>b.xml");
     path->magic = 0;
-    EXPECT_EQ(Q_FilePathToPath(path, Q_PortablePath), nullptr);
+    EXPECT_EQ(Q_FilePathToPath(path, kPortablePath), nullptr);
     EXPECT_EQ(Q_FreeFilePath(path), 0);
     EXPECT_EQ(Q_FreeFilePath(folder), 0);
     EXPECT_EQ(Q_FreeFilePath(nullptr), 0);
 
-    FilePath* portable = Q_PathToFilePath("<v>C:<c>a<u><c>b", nullptr, Q_PortablePath);
-    EXPECT_EQ(Take(Q_FilePathToPath(portable, Q_NativePath)), "C:\\b");
+    FilePath* portable = Q_PathToFilePath("<v>C:<c>a<u><c>b", nullptr, kPortablePath);
+    EXPECT_EQ(Take(Q_FilePathToPath(portable, kNativePath)), "C:\\b");
     Q_FreeFilePath(portable);
 }
 

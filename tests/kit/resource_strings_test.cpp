@@ -1,14 +1,14 @@
 #include "kit/resource_strings.h"
 
 #include "kit/kit_environment.h"
-#include "kit/language.h"
+#include "kit/text/language.h"
 #include "platform/module.h"
 #include "support/text_rows.h"
 
 namespace ventrix::test {
 namespace {
 
-constexpr platform::StringResource strings[] = {
+constexpr platform::StringResource kStrings[] = {
     {1, u"Liste der gültigen Dateien"},
     {2, u"%M8A%L41%Bd2%M%LZZ"},
     {3, u"\xD83D\xDE00 emoji"},
@@ -18,7 +18,7 @@ constexpr platform::StringResource strings[] = {
 class ResourceStrings : public testing::Test {
   protected:
     ResourceStrings() {
-        resources_.strings = strings;
+        resources_.strings = kStrings;
         platform::BindResources(&resources_, &resources_);
         Q_SetResourceModule(&resources_);
     }

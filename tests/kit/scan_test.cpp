@@ -1,4 +1,4 @@
-#include "kit/scan.h"
+#include "kit/format/scan.h"
 
 #include <gtest/gtest.h>
 
@@ -98,14 +98,14 @@ std::string RandomText(std::mt19937& random, const char* alphabet, std::size_t m
 // nothing behind it at the end of the text, and "0x" without a digit, which the C library refuses; carriage
 // returns; "%c" with a width.
 TEST(Scan, AgreesWithTheCLibrary) {
-    constexpr const char* formats[] = {"%d",   "%3d,%d", "%u %u",     "%o%x",        "%i%i",
-                                       "%hd",  "%lf%d",  "%s%s",      "%2s%d",       "%[0-9]%s",
-                                       "%c%c", "a%db",   "%*d%d%%%d", "%[^,],%3[a]", "%d%*s%d"};
+    constexpr const char* kFormats[] = {"%d",   "%3d,%d", "%u %u",     "%o%x",        "%i%i",
+                                        "%hd",  "%lf%d",  "%s%s",      "%2s%d",       "%[0-9]%s",
+                                        "%c%c", "a%db",   "%*d%d%%%d", "%[^,],%3[a]", "%d%*s%d"};
     std::mt19937 random(7);
     int compared = 0;
     for (int round = 0; round < 40000; ++round) {
         const std::string text = RandomText(random, "0123456789ab,% 1xF", 12);
-        const char* format = formats[random() % std::size(formats)];
+        const char* format = kFormats[random() % std::size(kFormats)];
         if (text.find("0x") != std::string::npos || text.find("%") == 0) {
             continue;
         }

@@ -1,10 +1,10 @@
-#include "kit/strings.h"
+#include "kit/text/strings.h"
 
 #include <unicode/uchar.h>
 
-#include "kit/case_table.h"
-#include "kit/convert.h"
 #include "kit/kit_environment.h"
+#include "kit/text/case_table.h"
+#include "kit/text/convert.h"
 
 namespace ventrix {
 namespace {

@@ -1,4 +1,4 @@
-#include "kit/templates.h"
+#include "kit/format/templates.h"
 
 #include "kit/kit_environment.h"
 #include "kit/resource_strings.h"
@@ -8,16 +8,16 @@
 namespace ventrix::test {
 namespace {
 
-constexpr Q_TemplateArguments someArguments = {{{'s', {.text = "guide.ditamap"}},
-                                                {'d', {.integer = -12}},
-                                                {'x', {.integer = 0xBEEF}},
-                                                {'X', {.integer = 0xBEEF}},
-                                                {'f', {.number = 2.5}},
-                                                {'s', {.text = nullptr}}}};
+constexpr Q_TemplateArguments kSomeArguments = {{{'s', {.text = "guide.ditamap"}},
+                                                 {'d', {.integer = -12}},
+                                                 {'x', {.integer = 0xBEEF}},
+                                                 {'X', {.integer = 0xBEEF}},
+                                                 {'f', {.number = 2.5}},
+                                                 {'s', {.text = nullptr}}}};
 
 std::string Expanded(const char* text, std::uint32_t size = 100) {
     char output[100] = "old";
-    EXPECT_EQ(Q_ExpandTemplate(text, output, size, &someArguments), 0);
+    EXPECT_EQ(Q_ExpandTemplate(text, output, size, &kSomeArguments), 0);
     return output;
 }
 
@@ -81,10 +81,10 @@ TEST(Templates, KnowTheHostAndItsUser) {
 }
 
 TEST(Templates, AreLoadedFromResources) {
-    constexpr platform::StringResource strings[] = {
+    constexpr platform::StringResource kStrings[] = {
         {1, u"%0: %1 (%2) %3%L21"}, {2, u"Größe %0"}, {3, u"%0%1%2%3%4%5%6%7%8%9"}};
     platform::ModuleResources resources{};
-    resources.strings = strings;
+    resources.strings = kStrings;
     platform::BindResources(&resources, &resources);
     Q_SetResourceModule(&resources);
     char output[64] = "old";

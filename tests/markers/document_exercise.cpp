@@ -48,7 +48,7 @@ std::string CheckReason(const xml::Document& document) {
 
 std::string CheckLoaded(xml::Document& document, std::string_view path, std::string_view bytes) {
     std::string saved;
-    if (!document.save(path) || platform::ReadWholeFile(path, saved) != platform::errorNone ||
+    if (!document.save(path) || platform::ReadWholeFile(path, saved) != platform::kErrorNone ||
         saved != bytes) {
         return "saved untouched, but not the same: " + saved;
     }
@@ -75,7 +75,7 @@ std::string CheckLoaded(xml::Document& document, std::string_view path, std::str
 }  // namespace
 
 std::string ExerciseDocument(std::string_view path, std::string_view bytes) {
-    if (platform::WriteWholeFile(path, bytes) != platform::errorNone) {
+    if (platform::WriteWholeFile(path, bytes) != platform::kErrorNone) {
         return "cannot write the file";
     }
     const auto document = xml::CreateDocument();

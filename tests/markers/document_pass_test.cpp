@@ -8,7 +8,7 @@
 namespace ventrix::test {
 namespace {
 
-const char richDocument[] =
+const char kRichDocument[] =
     "<?xml version='1.0' encoding=\"utf-8\" standalone=\"no\"?>\r\n<!DOCTYPE topic [<!ENTITY e \"x<b/>\">\n"
     "<!ATTLIST p kind CDATA 'note'>]>\n<!-- c --><topic  a = "
     "'v'\n\tb=\"&#228;&lt;\"><p></p><p/>&e;&#160;<![CDATA[<>]]>"
@@ -19,8 +19,8 @@ TEST(DocumentPass, LeavesAFileWithNothingToDoAsItIs) {
     record.attributes = {"audience"};
     record.elements = {"uicontrol"};
     record.preserveXPathList = {"//q"};
-    EXPECT_EQ(Encoded(richDocument, record), richDocument);
-    EXPECT_EQ(Decoded(richDocument, record), richDocument);
+    EXPECT_EQ(Encoded(kRichDocument, record), kRichDocument);
+    EXPECT_EQ(Decoded(kRichDocument, record), kRichDocument);
 }
 
 TEST(DocumentPass, KeepsAFileThatDoesNotLoad) {
@@ -91,21 +91,21 @@ TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
     record.elements = {"i"};
     record.scopedAttributes = {"s", "t", "p", "id"};
     record.addXpath = true;
-    constexpr std::size_t count = 100000;
+    constexpr std::size_t kCount = 100000;
     const struct {
         const char* name;
         std::string input;
         bool decode;
     } rows[] = {
-        {"siblings with an index", "<a>" + Repeated("<p t='1'>x</p>", count) + "</a>", false},
-        {"two names in turn", "<a>" + Repeated("<p>x</p><q>y</q>", count / 2) + "</a>", false},
-        {"listed elements without text behind", "<a>" + Repeated("<i/> ", count) + "</a>", false},
-        {"listed elements with text behind", "<a>" + Repeated("<i/> ", count) + "x</a>", false},
-        {"texts between elements", "<a t='1'>" + Repeated("x<i/>", count) + "</a>", false},
-        {"empty elements in front of the text", "<s t='1'>" + Repeated("<b/>", count) + "x</s>", false},
-        {"marked texts in one element", "<p>" + Repeated(Group("t", "1") + "x<b/>", count) + "</p>", true},
+        {"siblings with an index", "<a>" + Repeated("<p t='1'>x</p>", kCount) + "</a>", false},
+        {"two names in turn", "<a>" + Repeated("<p>x</p><q>y</q>", kCount / 2) + "</a>", false},
+        {"listed elements without text behind", "<a>" + Repeated("<i/> ", kCount) + "</a>", false},
+        {"listed elements with text behind", "<a>" + Repeated("<i/> ", kCount) + "x</a>", false},
+        {"texts between elements", "<a t='1'>" + Repeated("x<i/>", kCount) + "</a>", false},
+        {"empty elements in front of the text", "<s t='1'>" + Repeated("<b/>", kCount) + "x</s>", false},
+        {"marked texts in one element", "<p>" + Repeated(Group("t", "1") + "x<b/>", kCount) + "</p>", true},
         {"element groups in one text",
-         "<p>" + Repeated("QL_ELEM_S&amp;lt;i/&amp;gt;QL_ELEM_E ", count) + "</p>", true},
+         "<p>" + Repeated("QL_ELEM_S&amp;lt;i/&amp;gt;QL_ELEM_E ", kCount) + "</p>", true},
     };
     for (const auto& row : rows) {
         const auto start = std::chrono::steady_clock::now();
@@ -117,20 +117,20 @@ TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
 }
 
 TEST(DocumentPass, TakesTimeInProportionToDeepDocuments) {
-    constexpr std::size_t depth = 100000;
+    constexpr std::size_t kDepth = 100000;
     PublishParams record;
     record.attributes = {"t", "nowhere"};
     record.elements = {"i"};
     const auto start = std::chrono::steady_clock::now();
-    Pass("<a>" + Repeated("<s t='1'>x<i/>", depth) + "y" + Repeated("</s>", depth) + "</a>", false, record);
+    Pass("<a>" + Repeated("<s t='1'>x<i/>", kDepth) + "y" + Repeated("</s>", kDepth) + "</a>", false, record);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     EXPECT_LT(seconds.count(), 20);
 }
 
 TEST(DocumentPass, EndsOnDeepDocuments) {
-    constexpr std::size_t depth = 200000;
+    constexpr std::size_t kDepth = 200000;
     const TestFolder tree;
-    tree.Write("f.xml", Repeated("<s t='1'>", depth) + "x" + Repeated("</s>", depth));
+    tree.Write("f.xml", Repeated("<s t='1'>", kDepth) + "x" + Repeated("</s>", kDepth));
     PublishParams record;
     record.attributes = {"t"};
     record.addXpath = true;

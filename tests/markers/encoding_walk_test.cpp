@@ -5,9 +5,9 @@
 namespace ventrix {
 namespace {
 
-const std::string nbsp = "\xC2\xA0";
-const std::string sourceEntry = "data-qlsourceQL_EQdocs\\guide.xmlQL_TARGETQL_SEP";
-const std::string sourceGroup = "QL_START" + sourceEntry + "QL_END";
+const std::string kNbsp = "\xC2\xA0";
+const std::string kSourceEntry = "data-qlsourceQL_EQdocs\\guide.xmlQL_TARGETQL_SEP";
+const std::string kSourceGroup = "QL_START" + kSourceEntry + "QL_END";
 
 struct Row {
     const char* name;
@@ -33,8 +33,8 @@ TEST(EncodingWalk, PutsInheritedAttributesInFrontOfEveryFilledText) {
         {"an empty value counts", "<a t='1'><b t=''>x</b></a>",
          "<a t='1'><b t=''>" + Group("t", "") + "x</b></a>"},
         {"blank texts stay", "<a t='1'> <b/>\n\t</a>", "<a t='1'> <b/>\n\t</a>"},
-        {"a non-breaking space is text", "<a t='1'>" + nbsp + "</a>",
-         "<a t='1'>" + Group("t", "1") + nbsp + "</a>"},
+        {"a non-breaking space is text", "<a t='1'>" + kNbsp + "</a>",
+         "<a t='1'>" + Group("t", "1") + kNbsp + "</a>"},
         {"prefixes count", "<a xmlns:p='u' p:t='1'>x</a>", "<a xmlns:p='u' p:t='1'>x</a>"},
         {"what is no text stays", "<a t='1'><!--x--><?y z?><![CDATA[w]]></a>",
          "<a t='1'><!--x--><?y z?><![CDATA[w]]></a>"},
@@ -45,7 +45,7 @@ TEST(EncodingWalk, PutsInheritedAttributesInFrontOfEveryFilledText) {
          "<a t='1'>QL_STARTtQL_EQ1QL_TARGETQL_SEPuQL_EQ2QL_TARGETQL_SEPQL_ENDx<b/>" + Group("t", "1") +
              "y</a>"},
         {"a title has its source unasked", "<a><title>x</title></a>",
-         "<a><title>" + sourceGroup + "x</title></a>"},
+         "<a><title>" + kSourceGroup + "x</title></a>"},
         {"only text directly in the title", "<title><b>x</b></title>", "<title><b>x</b></title>"},
     };
     for (const Row& row : rows)
@@ -158,7 +158,7 @@ TEST(EncodingWalk, StampsTheSourceOnceForEachNameInTheList) {
     record.addSourcePath = {"p", "p", "title"};
     record.addXpath = true;
     const auto stamped = [](const std::string& path, bool source) {
-        return "QL_STARTdata-qlxpathQL_EQ" + path + "QL_TARGETQL_SEP" + (source ? sourceEntry : "") +
+        return "QL_STARTdata-qlxpathQL_EQ" + path + "QL_TARGETQL_SEP" + (source ? kSourceEntry : "") +
                "QL_END";
     };
     const std::string input = "<a><title>t</title><p>x</p><p>y</p><p>z</p><title>u</title></a>";

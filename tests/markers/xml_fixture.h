@@ -13,7 +13,7 @@
 
 namespace ventrix::test {
 
-inline constexpr char documentPath[] = R"(C:\docs\topic.xml)";
+inline constexpr char kDocumentPath[] = R"(C:\docs\topic.xml)";
 
 /// The tree below a node in one line: elements as name(...), texts as 'text', other kinds as their number.
 inline std::string Outline(xml::Node node) {
@@ -65,10 +65,10 @@ class XmlTest : public ::testing::Test {
 
     /// The document of these bytes; null if they do not load, with the reason in `reason`.
     std::unique_ptr<xml::Document> Load(const std::string& bytes, bool resolveExternals = false) {
-        drives.Write(documentPath, bytes);
+        drives.Write(kDocumentPath, bytes);
         auto document = xml::CreateDocument();
         document->put_resolveExternals(resolveExternals);
-        const bool loaded = document->load(documentPath);
+        const bool loaded = document->load(kDocumentPath);
         reason = document->get_parseError().get_reason();
         EXPECT_EQ(loaded, reason.empty()) << reason;
         EXPECT_EQ(loaded, bool(document->get_documentElement()));
@@ -77,8 +77,8 @@ class XmlTest : public ::testing::Test {
     }
 
     std::string Saved(xml::Document& document) {
-        EXPECT_TRUE(document.save(documentPath));
-        return drives.Read(documentPath);
+        EXPECT_TRUE(document.save(kDocumentPath));
+        return drives.Read(kDocumentPath);
     }
 
     /// What a load and a save make of the bytes; the reason where they do not load.

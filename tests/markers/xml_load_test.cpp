@@ -192,8 +192,8 @@ TEST_F(XmlLoad, ANameThatIsTooLongForANodeGivesAReason) {
 }
 
 TEST_F(XmlLoad, AnyDepthLoadsAndSaves) {
-    constexpr std::size_t levels = 200000;
-    const std::string document = Repeated("<a>", levels) + "x" + Repeated("</a>", levels);
+    constexpr std::size_t kLevels = 200000;
+    const std::string document = Repeated("<a>", kLevels) + "x" + Repeated("</a>", kLevels);
     const auto loaded = Load(document);
     ASSERT_TRUE(loaded) << reason;
     EXPECT_EQ(Saved(*loaded), document);
@@ -201,8 +201,8 @@ TEST_F(XmlLoad, AnyDepthLoadsAndSaves) {
     const auto found = loaded->selectNodes("//a[text()]");
     ASSERT_TRUE(found && found->get_length() == 1);
     found->get_item(0).get_firstChild().put_text("y");
-    EXPECT_EQ(Saved(*loaded)[3 * levels], 'y');
-    EXPECT_FALSE(Load(Repeated("<a>", levels)));
+    EXPECT_EQ(Saved(*loaded)[3 * kLevels], 'y');
+    EXPECT_FALSE(Load(Repeated("<a>", kLevels)));
 }
 
 TEST_F(XmlLoad, ASaveThatFailsLeavesTheFile) {

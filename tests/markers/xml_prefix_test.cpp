@@ -11,7 +11,7 @@ namespace {
 using XmlPrefix = XmlTest;
 using namespace std::string_literals;
 
-const std::string richDocuments[] = {
+const std::string kRichDocuments[] = {
     R"(<?xml version="1.0" encoding="utf-8"?>
 <!-- c --><!DOCTYPE a SYSTEM 'm.dtd' [<!ENTITY e "E<b x='1'/>&f;"> <!ENTITY f "&#38;#38;"> <!ATTLIST b y CDATA 'd' z NMTOKENS ' 1 2'>
 <?p ]>?><!ENTITY % g SYSTEM 'g'><!-- ]> -->]><a x = 'y>"&f;' ><b/>&#65;&e;<![CDATA[]]]]>&lt;<?q r?></a ><!---->)",
@@ -22,22 +22,22 @@ const std::string richDocuments[] = {
 };
 
 TEST_F(XmlPrefix, EveryPrefixGivesAReasonOrADocument) {
-    for (const std::string& document : richDocuments) {
+    for (const std::string& document : kRichDocuments) {
         ASSERT_TRUE(Load(document)) << reason;
         for (std::size_t length = 0; length <= document.size(); ++length) {
-            EXPECT_EQ(ExerciseDocument(documentPath, document.substr(0, length)), "")
+            EXPECT_EQ(ExerciseDocument(kDocumentPath, document.substr(0, length)), "")
                 << document.substr(0, length);
         }
     }
 }
 
 TEST_F(XmlPrefix, EveryChangedByteGivesAReasonOrADocument) {
-    for (const std::string& document : richDocuments) {
+    for (const std::string& document : kRichDocuments) {
         for (std::size_t at = 0; at < document.size(); ++at) {
             for (const char byte : {'<', '&', '\'', '\xFF'}) {
                 std::string changed = document;
                 changed[at] = byte;
-                EXPECT_EQ(ExerciseDocument(documentPath, changed), "") << changed;
+                EXPECT_EQ(ExerciseDocument(kDocumentPath, changed), "") << changed;
             }
         }
     }
@@ -45,9 +45,9 @@ TEST_F(XmlPrefix, EveryChangedByteGivesAReasonOrADocument) {
 
 /// What libxml2 says of a document that declares no entities.
 bool IsWellFormed(const std::string& document) {
-    constexpr int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_HUGE;
+    constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_HUGE;
     xmlDoc* parsed =
-        xmlReadMemory(document.data(), static_cast<int>(document.size()), nullptr, nullptr, options);
+        xmlReadMemory(document.data(), static_cast<int>(document.size()), nullptr, nullptr, kOptions);
     xmlFreeDoc(parsed);
     return parsed != nullptr;
 }

@@ -9,7 +9,7 @@ namespace {
 using XmlRoundTrip = XmlTest;
 using namespace std::string_literals;
 
-const char* const documents[] = {
+const char* const kDocuments[] = {
     R"(<a/>)",
     R"(<a></a>)",
     R"(<a ></a >)",
@@ -33,13 +33,13 @@ const char* const documents[] = {
 };
 
 TEST_F(XmlRoundTrip, KeepsEveryByte) {
-    for (const std::string document : documents) {
+    for (const std::string document : kDocuments) {
         EXPECT_EQ(RoundTrip(document), document);
     }
 }
 
 TEST_F(XmlRoundTrip, KeepsEveryByteAroundAChange) {
-    for (const std::string document : documents) {
+    for (const std::string document : kDocuments) {
         const auto loaded = Load(document);
         ASSERT_TRUE(loaded) << document << reason;
         xml::Node root = loaded->get_documentElement();

@@ -146,7 +146,7 @@ void AddAttribute(xml::Document& document, xml::Node element, std::string_view n
     element.get_attributes().setNamedItem(attribute);
 }
 
-const Change changes[] = {
+const Change kChanges[] = {
     {"<a x='1'>1<b />2</a>", [](auto&, xml::Node a) { SetFirstText(a, "<&>\"'\r\n"); },
      "<a x='1'>&lt;&amp;&gt;\"'&#13;\n<b />2</a>"},
     {"<a>1<b/></a>", [](auto&, xml::Node a) { SetFirstText(a, ""); }, "<a><b/></a>"},
@@ -215,7 +215,7 @@ const Change changes[] = {
 };
 
 TEST_F(XmlTree, SavesChangesAndNothingElse) {
-    for (const Change& row : changes) {
+    for (const Change& row : kChanges) {
         const auto document = Load(row.document);
         ASSERT_TRUE(document) << row.document << reason;
         row.change(*document, document->get_documentElement());

@@ -55,14 +55,14 @@ TEST_F(Packaging, GraphicsOnAnotherRootStayBehindWithOneWarning) {
         Package(guide, {Document(guide), Graphic(R"(D:\images\far.png)"), Graphic(R"(D:\images\far2.png)")}),
         0);
     EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\guide.ditamap)"));
-    EXPECT_EQ(LogLines(), Lines{"Achtung:" + rootsText});
+    EXPECT_EQ(LogLines(), Lines{"Achtung:" + kRootsText});
 }
 
 TEST_F(Packaging, ALogInTheOutputFolderOutlivesItsClearing) {
     drives.Write(R"(C:\out\log.txt)", "earlier\r\n");
     host.documents[7] = {guide, {Document(guide), Graphic(R"(D:\images\far.png)")}};
     EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\out\log.txt)", packagedFiles, packagedDocument), 0);
-    EXPECT_EQ(LinesOf(drives.Read(R"(C:\out\log.txt)")), (Lines{"earlier", "Achtung:" + rootsText}));
+    EXPECT_EQ(LinesOf(drives.Read(R"(C:\out\log.txt)")), (Lines{"earlier", "Achtung:" + kRootsText}));
     EXPECT_FALSE(drives.Exists(R"(C:\out\old.txt)"));
 }
 
@@ -80,34 +80,34 @@ TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
         {"documents on two drives",
          guide,
          {Document(guide), Document(R"(D:\b.dita)")},
-         packageOnSeveralRoots,
-         {"Fehler:" + rootsText}},
-        {"no references", guide, {}, packageUnsafe, refused({guide})},
+         kPackageOnSeveralRoots,
+         {"Fehler:" + kRootsText}},
+        {"no references", guide, {}, kPackageUnsafe, refused({guide})},
         {"graphics alone",
          guide,
          {Graphic(R"(C:\src\images\p.png)")},
-         packageUnsafe,
-         Lines{"Achtung:" + rootsText} + refused({guide})},
+         kPackageUnsafe,
+         Lines{"Achtung:" + kRootsText} + refused({guide})},
         {"names without a folder",
          "a.dita",
          {Document("a.dita"), Document("b.dita")},
-         packageUnsafe,
+         kPackageUnsafe,
          refused({"a.dita"})},
         {"the document is not among its references",
          guide,
          {Document(R"(C:\src\topics\a.dita)")},
-         packageUnsafe,
+         kPackageUnsafe,
          refused({guide})},
         {"the host spells the document's folder in another way",
          R"(C:\SRC\maps\guide.ditamap)",
          {Document(guide)},
-         packageUnsafe,
+         kPackageUnsafe,
          refused({R"(C:\SRC\maps\guide.ditamap)"})},
-        {"the host does not know the document's path", "", {Document(guide)}, packageUnsafe, refused({""})},
+        {"the host does not know the document's path", "", {Document(guide)}, kPackageUnsafe, refused({""})},
         {"sources in the output folder",
          R"(C:\out\inside.dita)",
          {Document(R"(C:\out\inside.dita)"), Document(guide)},
-         packageUnsafe,
+         kPackageUnsafe,
          refused({R"(C:\out\inside.dita)"})},
     };
     const auto before = drives.Tree(R"(C:\out\)");
@@ -124,7 +124,7 @@ TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
 TEST_F(Packaging, WithoutALogNothingIsScanned) {
     host.log.clear();
     EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\no\log.txt)", packagedFiles, packagedDocument),
-              packageWithoutLog);
+              kPackageWithoutLog);
     EXPECT_THAT(host.log, IsEmpty());
     EXPECT_TRUE(drives.Exists(R"(C:\out\old.txt)"));
 }

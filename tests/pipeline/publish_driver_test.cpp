@@ -10,9 +10,9 @@ namespace {
 
 using FilesWritten = std::vector<std::pair<std::string, std::string>>;
 
-constexpr char pageText[] = "<html><body><p>x</p></body></html>";
-const std::string publish = R"(Publish -docId 7 -outputFolder C:\out\ -logFile C:\log.txt )";
-constexpr char topicText[] = "<topic><p/></topic>";
+constexpr char kPageText[] = "<html><body><p>x</p></body></html>";
+const std::string kPublish = R"(Publish -docId 7 -outputFolder C:\out\ -logFile C:\log.txt )";
+constexpr char kTopicText[] = "<topic><p/></topic>";
 
 /// One request for document 7, into C:\out\, with the log C:\log.txt.
 struct PublishRow {
@@ -31,7 +31,7 @@ class PublishDriver : public ModuleTest {
         drives.Write(R"(C:\out\old\page.html)", "from an earlier run");
         for (const char* path : {R"(C:\src\guide.ditamap)", R"(C:\src\a.dita)", R"(C:\src\sub\b.dita)",
                                  R"(C:\src\maps\deep.ditamap)"}) {
-            drives.Write(path, topicText);
+            drives.Write(path, kTopicText);
         }
         drives.Write(R"(C:\src\bad.dita)", "<topic>");
         drives.Write(R"(C:\src\img\p.png)", "png");
@@ -48,15 +48,15 @@ Lines Coded(Lines lines, const std::string& message, const Lines& files) {
 }
 
 Lines Encoded(const Lines& files) {
-    return Coded(Heading(encodeHeading), "Datei wird codiert", files);
+    return Coded(Heading(kEncodeHeading), "Datei wird codiert", files);
 }
 
 Lines Decoded(const Lines& files) {
-    return Coded(Heading(decodeHeading), "Datei wird decodiert", files);
+    return Coded(Heading(kDecodeHeading), "Datei wird decodiert", files);
 }
 
 Lines DitaRun(const std::string& input, const std::string& ditaval) {
-    return {"", "Logarithmus:DITA_OT wird ausgeführt...", ruleLine, "Eingabedatei:" + input,
+    return {"", "Logarithmus:DITA_OT wird ausgeführt...", kRuleLine, "Eingabedatei:" + input,
             "DITAVAL-Datei:" + ditaval};
 }
 
@@ -74,17 +74,17 @@ Lines StylesheetCalls(const std::string& document, const std::string& stylesheet
             "SendCallReply " + reply};
 }
 
-const HostDocument flatDocument = {
+const HostDocument kFlatDocument = {
     R"(C:\src\guide.ditamap)",
     {Document(R"(C:\src\guide.ditamap)"), Document(R"(C:\src\a.dita)"), Graphic(R"(C:\src\img\p.png)")}};
-const HostDocument deepDocument = {R"(C:\src\maps\deep.ditamap)",
-                                   {Document(R"(C:\src\maps\deep.ditamap)"), Graphic(R"(C:\src\img\p.png)")}};
+const HostDocument kDeepDocument = {
+    R"(C:\src\maps\deep.ditamap)", {Document(R"(C:\src\maps\deep.ditamap)"), Graphic(R"(C:\src\img\p.png)")}};
 
-const PublishRow publishRows[] = {
+const PublishRow kPublishRows[] = {
     {"DitaRunOfAFlatDocument",
-     flatDocument,
+     kFlatDocument,
      R"(-useDITAOT -ditaval "C:\my web.ditaval" -useXSLT C:\ignored.xsl)",
-     {{R"(C:\out\build-guide.ditamap\xhtml\index.html)", pageText},
+     {{R"(C:\out\build-guide.ditamap\xhtml\index.html)", kPageText},
       {R"(C:\out\build-guide.ditamap\buildlog-xhtml.txt)", "ok"}},
      DitaCalls(R"(C:\out\guide.ditamap)",
                R"(-filter "C:\my web.ditaval" -outFilePath "C:\out\build-guide.ditamap\")",
@@ -97,10 +97,10 @@ const PublishRow publishRows[] = {
       "build-guide.ditamap\\xhtml\\index.html", "img\\", "img\\p.png"}},
 
     {"DitaRunMirrorsTheDepthOfTheDocument",
-     deepDocument,
+     kDeepDocument,
      "-useDITAOT",
-     {{R"(C:\out\build-deep.ditamap\xhtml\index.html)", pageText},
-      {R"(C:\out\build-deep.ditamap\xhtml\sub\b.html)", pageText}},
+     {{R"(C:\out\build-deep.ditamap\xhtml\index.html)", kPageText},
+      {R"(C:\out\build-deep.ditamap\xhtml\sub\b.html)", kPageText}},
      DitaCalls(
          R"(C:\out\maps\deep.ditamap)", R"(-outFilePath "C:\out\build-deep.ditamap\")",
          R"(0 "C:\out\build-deep.ditamap\\xhtml\maps\" "C:\out\build-deep.ditamap\\buildlog-xhtml.txt")"),
@@ -114,10 +114,10 @@ const PublishRow publishRows[] = {
       "img\\p.png"}},
 
     {"AnExistingFolderOfTheDocumentsDepthIsLeftAlone",
-     deepDocument,
+     kDeepDocument,
      "-useDITAOT",
-     {{R"(C:\out\build-deep.ditamap\xhtml\index.html)", pageText},
-      {R"(C:\out\build-deep.ditamap\xhtml\maps\own.html)", pageText}},
+     {{R"(C:\out\build-deep.ditamap\xhtml\index.html)", kPageText},
+      {R"(C:\out\build-deep.ditamap\xhtml\maps\own.html)", kPageText}},
      DitaCalls(
          R"(C:\out\maps\deep.ditamap)", R"(-outFilePath "C:\out\build-deep.ditamap\")",
          R"(0 "C:\out\build-deep.ditamap\\xhtml\maps\" "C:\out\build-deep.ditamap\\buildlog-xhtml.txt")"),
@@ -152,25 +152,25 @@ const PublishRow publishRows[] = {
     {"DitaRunIntoAFolderOfTheRequestIsNeitherMadeNorDecoded",
      {R"(C:\src\a.dita)", {Document(R"(C:\src\a.dita)")}},
      R"(-useDITAOT -outFilePath C:\else\x)",
-     {{R"(C:\else\x\xhtml\a.html)", pageText}},
+     {{R"(C:\else\x\xhtml\a.html)", kPageText}},
      DitaCalls(R"(C:\out\a.dita)", R"(-outFilePath "C:\else\x")",
                R"(0 "C:\else\x\\xhtml\" "C:\else\x\\buildlog-xhtml.txt")"),
      Encoded({R"(C:\out\a.dita)"}) + DitaRun(R"(C:\out\a.dita)", "") + Decoded({}),
      {}},
 
     {"StylesheetWithItsOwnOutputFile",
-     flatDocument,
+     kFlatDocument,
      R"(-useXSLT "C:\my styles\web.xsl" -outFilePath C:\out\pages\guide.htm)",
-     {{R"(C:\out\pages\guide.htm)", pageText}, {R"(C:\out\pages\CAPITALS.HTML)", pageText}},
+     {{R"(C:\out\pages\guide.htm)", kPageText}, {R"(C:\out\pages\CAPITALS.HTML)", kPageText}},
      StylesheetCalls(R"(C:\out\guide.ditamap)", R"(C:\my styles\web.xsl)", R"(C:\out\pages\guide.htm)",
                      R"(0 "C:\out\" "")"),
      Encoded({R"(C:\out\guide.ditamap)", R"(C:\out\a.dita)"}) + Decoded({R"(C:\out\\pages\guide.htm)"}),
      {"img\\", "img\\p.png", "pages\\", "pages\\CAPITALS.HTML", "pages\\guide.htm"}},
 
     {"StylesheetOnADeepDocumentMovesTheResultOneLevelFurther",
-     deepDocument,
+     kDeepDocument,
      R"(-useXSLT C:\web.xsl)",
-     {{R"(C:\out\maps\deep.html)", pageText}},
+     {{R"(C:\out\maps\deep.html)", kPageText}},
      StylesheetCalls(R"(C:\out\maps\deep.ditamap)", R"(C:\web.xsl)", R"(C:\out\maps\deep.html)",
                      R"(0 "C:\out\maps\maps\" "")"),
      Encoded({R"(C:\out\maps\deep.ditamap)"}) + Decoded({R"(C:\out\\maps\deep.html)"}),
@@ -181,7 +181,7 @@ const PublishRow publishRows[] = {
      {R"(C:\src\a.dita)",
       {Document(R"(C:\src\bad.dita)"), Document(R"(C:\src\a.dita)"), Document("http://x/y.dita")}},
      R"(-useXSLT C:\web.xsl)",
-     {{R"(C:\out\a.html)", pageText}, {R"(C:\out\b.html)", "<p>"}},
+     {{R"(C:\out\a.html)", kPageText}, {R"(C:\out\b.html)", "<p>"}},
      StylesheetCalls(R"(C:\out\a.dita)", R"(C:\web.xsl)", R"(C:\out\a.html)", R"(0 "C:\out\" "")"),
      Encoded({R"(C:\out\bad.dita)"}) + Lines{"Fehler:Datei wird codiert...*"} +
          Lines{R"(Logarithmus:Datei wird codiert...C:\out\a.dita)"} +
@@ -193,7 +193,7 @@ const PublishRow publishRows[] = {
      "-useDITAOT",
      {},
      {"ListDocumentFiles 7 16 0", R"(SendCallReply 0 "" "")"},
-     {"Fehler:" + rootsText},
+     {"Fehler:" + kRootsText},
      {"old\\", "old\\page.html"}},
 };
 
@@ -216,38 +216,38 @@ TEST_P(PublishRequests, RunAsTheRowSays) {
         }
     };
     host.log.clear();
-    host.Request(publish + row.options);
+    host.Request(kPublish + row.options);
     EXPECT_EQ(host.log, row.calls);
     EXPECT_EQ(WithoutReasons(LogLines()), row.log);
     EXPECT_EQ(drives.Tree(R"(C:\out\)"), row.tree);
-    EXPECT_EQ(drives.Read(R"(C:\src\a.dita)"), topicText) << "sources are read only";
+    EXPECT_EQ(drives.Read(R"(C:\src\a.dita)"), kTopicText) << "sources are read only";
 }
 
-INSTANTIATE_TEST_SUITE_P(All, PublishRequests, testing::ValuesIn(publishRows),
+INSTANTIATE_TEST_SUITE_P(All, PublishRequests, testing::ValuesIn(kPublishRows),
                          [](const auto& row) { return row.param.name; });
 
 TEST_F(PublishDriver, RefusedOpenLeavesNoTraceOfTheDitaRun) {
-    host.documents[7] = flatDocument;
+    host.documents[7] = kFlatDocument;
     host.openedId = 0;
-    EXPECT_EQ(host.Request(publish + "-useDITAOT"),
+    EXPECT_EQ(host.Request(kPublish + "-useDITAOT"),
               R"(0 "C:\out\build-guide.ditamap\\xhtml\" "C:\out\build-guide.ditamap\\buildlog-xhtml.txt")");
     EXPECT_EQ(host.log[host.log.size() - 2], R"(OpenDocument C:\out\guide.ditamap)");
     EXPECT_EQ(LogLines(), Encoded({R"(C:\out\guide.ditamap)", R"(C:\out\a.dita)"}) + Decoded({}));
 }
 
 TEST_F(PublishDriver, FolderOfADitaRunIsMadeWhereTheRequestNamesNone) {
-    host.documents[7] = flatDocument;
+    host.documents[7] = kFlatDocument;
     Lines seen;
     host.onClient = [&](const std::string&) { seen = drives.Tree(R"(C:\out\)"); };
-    host.Request(publish + R"(-useDITAOT -outFilePath C:\out\own\)");
+    host.Request(kPublish + R"(-useDITAOT -outFilePath C:\out\own\)");
     EXPECT_EQ(seen, (Lines{"a.dita", "guide.ditamap", "img\\", "img\\p.png"}));
-    host.Request(publish + "-useDITAOT");
+    host.Request(kPublish + "-useDITAOT");
     EXPECT_EQ(seen, (Lines{"a.dita", "build-guide.ditamap\\", "guide.ditamap", "img\\", "img\\p.png"}));
 }
 
 TEST_F(PublishDriver, OpenScriptDiffersFromTheDefaultInEightRows) {
-    host.documents[7] = flatDocument;
-    host.Request(publish + "-useDITAOT");
+    host.documents[7] = kFlatDocument;
+    host.Request(kPublish + "-useDITAOT");
     Q_PropList script = Q_ApiDefaultOpenScript();
     const Lines usual = Print(script);
     Q_ApiFreePropList(&script);
@@ -259,7 +259,7 @@ TEST_F(PublishDriver, OpenScriptDiffersFromTheDefaultInEightRows) {
 }
 
 TEST_F(PublishDriver, RecordIsCompletedForThePasses) {
-    host.documents[7] = flatDocument;
+    host.documents[7] = kFlatDocument;
     PublishParams params;
     params.scopedAttributes = {"1", "2", "3", "4", "5", "6"};
     PublishReply reply;
@@ -279,7 +279,7 @@ TEST_F(PublishDriver, CopiesWithoutAnythingToEncodeStayByteForByte) {
     host.documents[7] = {R"(C:\src\a.dita)", {Document(R"(C:\src\a.dita)")}};
     std::string seen;
     host.onClient = [&](const std::string&) { seen = drives.Read(R"(C:\out\a.dita)"); };
-    host.Request(publish + R"(-useXSLT C:\web.xsl)");
+    host.Request(kPublish + R"(-useXSLT C:\web.xsl)");
     EXPECT_EQ(seen, text);
 }
 

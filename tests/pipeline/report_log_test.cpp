@@ -11,31 +11,31 @@ TEST_F(ReportLogFile, LinesEndInCarriageReturnAndLineFeed) {
     {
         ReportLog log = OpenReportLog(R"(C:\log.txt)");
         ASSERT_TRUE(log.IsOpen());
-        LogMessageAndText(log, severityProgress, messageEncodingFile, R"(C:\grün.xml)");
+        LogMessageAndText(log, kSeverityProgress, kMessageEncodingFile, R"(C:\grün.xml)");
         LogBlankLine(log);
-        LogMessage(log, severityError, messageSeveralRoots);
+        LogMessage(log, kSeverityError, kMessageSeveralRoots);
     }
     EXPECT_EQ(drives.Read(R"(C:\log.txt)"),
-              "Logarithmus:Datei wird codiert...C:\\grün.xml\r\n\r\nFehler:" + rootsText + "\r\n");
+              "Logarithmus:Datei wird codiert...C:\\grün.xml\r\n\r\nFehler:" + kRootsText + "\r\n");
 }
 
 TEST_F(ReportLogFile, EveryFormOfLineStandsInItsOwnWords) {
     ReportLog log = OpenReportLog(R"(C:\log.txt)");
-    LogMessage(log, severityWarning, messageBrokenLinks);
-    LogMessage(log, 4, messageInputFile);
-    LogMessage(log, severityError, 99);
+    LogMessage(log, kSeverityWarning, kMessageBrokenLinks);
+    LogMessage(log, 4, kMessageInputFile);
+    LogMessage(log, kSeverityError, 99);
     LogRule(log);
-    LogSection(log, {}, severityError, messageBrokenLinks);
-    LogSection(log, {"b", "a", "b"}, severityProgress, messageValidFiles);
+    LogSection(log, {}, kSeverityError, kMessageBrokenLinks);
+    LogSection(log, {"b", "a", "b"}, kSeverityProgress, kMessageValidFiles);
     const Lines expected =
-        Lines{brokenLine, "Eingabedatei:", "Fehler:", ruleLine} + Section(validLine, {"b", "a", "b"});
+        Lines{kBrokenLine, "Eingabedatei:", "Fehler:", kRuleLine} + Section(kValidLine, {"b", "a", "b"});
     EXPECT_EQ(LogLines(), expected) << "read while the log is still open";
 }
 
 TEST_F(ReportLogFile, LaterOpensAppend) {
     for (const char* text : {"one", "two"}) {
         ReportLog log = OpenReportLog(R"(C:\log.txt)");
-        LogMessageAndText(log, severityNone, messageInputFile, text);
+        LogMessageAndText(log, kSeverityNone, kMessageInputFile, text);
     }
     EXPECT_EQ(drives.Read(R"(C:\log.txt)"), "Eingabedatei:one\r\nEingabedatei:two\r\n");
 }
@@ -44,7 +44,7 @@ TEST_F(ReportLogFile, ALogThatDidNotOpenSwallowsItsLines) {
     for (const char* path : {"", R"(C:\no\folder\log.txt)", R"(C:\)"}) {
         ReportLog log = OpenReportLog(path);
         EXPECT_FALSE(log.IsOpen()) << path;
-        LogSection(log, {"a"}, severityError, messageBrokenLinks);
+        LogSection(log, {"a"}, kSeverityError, kMessageBrokenLinks);
     }
     EXPECT_TRUE(drives.Tree(R"(C:\)").empty());
 }

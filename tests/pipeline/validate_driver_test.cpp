@@ -12,10 +12,10 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
                              R"(\\server\one\s.xml)", R"(\\server\two\t.xml)"}) {
         drives.Write(path, "");
     }
-    const Lines tried = {triedLine};
-    const Lines rootsError = {"Fehler:" + rootsText};
-    const Lines rootsWarning = {"Achtung:" + rootsText};
-    const auto valid = [](const Lines& paths) { return Section(validLine, paths); };
+    const Lines tried = {kTriedLine};
+    const Lines rootsError = {"Fehler:" + kRootsText};
+    const Lines rootsWarning = {"Achtung:" + kRootsText};
+    const auto valid = [](const Lines& paths) { return Section(kValidLine, paths); };
     const struct {
         const char* name;
         std::vector<HostValue> files;
@@ -29,12 +29,12 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
         {"missing graphic",
          {Document(R"(C:\a.xml)"), Graphic(R"(C:\no.png)")},
          1,
-         tried + valid({R"(C:\a.xml)"}) + Section(brokenLine, {R"(C:\no.png)"})},
+         tried + valid({R"(C:\a.xml)"}) + Section(kBrokenLine, {R"(C:\no.png)"})},
         {"unsaved stands last",
          {Document(R"(C:\a.xml)", 1), Document(R"(C:\no.xml)"), Document(R"(C:\b.xml)")},
          3,
-         tried + valid({R"(C:\b.xml)"}) + Section(brokenLine, {R"(C:\no.xml)"}) +
-             Section(unsavedLine, {R"(C:\a.xml)"})},
+         tried + valid({R"(C:\b.xml)"}) + Section(kBrokenLine, {R"(C:\no.xml)"}) +
+             Section(kUnsavedLine, {R"(C:\a.xml)"})},
         {"documents on two drives",
          {Document(R"(C:\a.xml)"), Document(R"(D:\d.xml)"), Graphic(R"(D:\p.png)")},
          8,
@@ -42,7 +42,7 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
         {"broken documents count for the roots",
          {Document(R"(C:\a.xml)"), Document(R"(Q:\no.xml)")},
          9,
-         tried + valid({R"(C:\a.xml)"}) + Section(brokenLine, {R"(Q:\no.xml)"}) + rootsError},
+         tried + valid({R"(C:\a.xml)"}) + Section(kBrokenLine, {R"(Q:\no.xml)"}) + rootsError},
         {"graphic on another drive",
          {Document(R"(C:\a.xml)"), Graphic(R"(D:\p.png)")},
          0,
@@ -71,16 +71,16 @@ TEST_F(ValidateDriver, ASecondRunStandsBehindTheFirst) {
     host.documents[7].files = {Document(R"(C:\a.xml)")};
     ValidateDocument(7, R"(C:\log.txt)");
     std::filesystem::remove(drives.Native(R"(C:\a.xml)"));
-    EXPECT_EQ(ValidateDocument(7, R"(C:\log.txt)"), validateBroken);
-    EXPECT_EQ(LogLines(), Lines{triedLine} + Section(validLine, {R"(C:\a.xml)"}) + Lines{triedLine} +
-                              Section(brokenLine, {R"(C:\a.xml)"}));
+    EXPECT_EQ(ValidateDocument(7, R"(C:\log.txt)"), kValidateBroken);
+    EXPECT_EQ(LogLines(), Lines{kTriedLine} + Section(kValidLine, {R"(C:\a.xml)"}) + Lines{kTriedLine} +
+                              Section(kBrokenLine, {R"(C:\a.xml)"}));
 }
 
 TEST_F(ValidateDriver, WithoutALogNothingIsLookedAt) {
-    referenceCache = {5, {{"t", ReferenceKind::valid, "kept"}}};
+    referenceCache = {5, {{"t", ReferenceKind::kValid, "kept"}}};
     host.log.clear();
-    EXPECT_EQ(ValidateDocument(7, ""), validateWithoutLog);
-    EXPECT_EQ(ValidateDocument(7, R"(C:\no\folder\log.txt)"), validateWithoutLog);
+    EXPECT_EQ(ValidateDocument(7, ""), kValidateWithoutLog);
+    EXPECT_EQ(ValidateDocument(7, R"(C:\no\folder\log.txt)"), kValidateWithoutLog);
     EXPECT_TRUE(host.log.empty());
     EXPECT_EQ(referenceCache.documentId, 5u);
     EXPECT_EQ(referenceCache.list.size(), 1u);

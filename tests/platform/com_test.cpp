@@ -18,7 +18,7 @@ using namespace ventrix::platform;
 
 namespace {
 
-constexpr CLSID classId = {0x539DB5D0, 0xC0C6, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}};
+constexpr CLSID kClassId = {0x539DB5D0, 0xC0C6, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}};
 
 /// An object that counts its references and never goes away by itself.
 template <typename Interface>
@@ -78,9 +78,9 @@ static_assert(sizeof(LARGE_INTEGER) == 8 && offsetof(STATSTG, grfStateBits) == 7
 TEST(ClassIds, ReadFromText) {
     CLSID id;
     EXPECT_EQ(CLSIDFromString(u"{539DB5D0-C0C6-11D0-985E-0060970BEC0B}", &id), S_OK);
-    EXPECT_EQ(id, classId);
+    EXPECT_EQ(id, kClassId);
     EXPECT_EQ(CLSIDFromString(u"{539db5d0-c0c6-11d0-985e-0060970bec0b}", &id), S_OK);
-    EXPECT_EQ(id, classId);
+    EXPECT_EQ(id, kClassId);
     for (const char16_t* text :
          {u"", u"539DB5D0-C0C6-11D0-985E-0060970BEC0B", u"{539DB5D0-C0C6-11D0-985E-0060970BEC0B",
           u"{539DB5D0-C0C6-11D0-985E-0060970BEC0B} ", u"{539DB5D0-C0C6-11D0-985E0-060970BEC0B}",
@@ -125,22 +125,22 @@ TEST(Activation, FindsWhatIsOffered) {
     PlainObject object(IID_IStream);
     void* out = &object;
     const auto create = [&] {
-        return CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IStream, &out);
+        return CoCreateInstance(kClassId, nullptr, CLSCTX_LOCAL_SERVER, IID_IStream, &out);
     };
     EXPECT_EQ(create(), CO_E_NOTINITIALIZED);
     EXPECT_EQ(out, nullptr);
     const InApartment apartment;
     EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
-    OfferClass(classId, RunningObject(&object));
+    OfferClass(kClassId, RunningObject(&object));
     EXPECT_EQ(object.references, 2u);
     EXPECT_EQ(create(), S_OK);
     EXPECT_EQ(out, &object);
     EXPECT_EQ(object.references, 3u);
-    EXPECT_EQ(CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IMessageFilter, &out),
+    EXPECT_EQ(CoCreateInstance(kClassId, nullptr, CLSCTX_LOCAL_SERVER, IID_IMessageFilter, &out),
               E_NOINTERFACE);
-    EXPECT_EQ(CoCreateInstance(classId, &object, CLSCTX_LOCAL_SERVER, IID_IStream, &out),
+    EXPECT_EQ(CoCreateInstance(kClassId, &object, CLSCTX_LOCAL_SERVER, IID_IStream, &out),
               CLASS_E_NOAGGREGATION);
-    OfferClass(classId, nullptr);
+    OfferClass(kClassId, nullptr);
     EXPECT_EQ(object.references, 2u);
     EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
 }
@@ -151,24 +151,24 @@ TEST(Activation, OnAServerByTheFunctionOfOle32) {
     ASSERT_NE(create, nullptr);
     const InApartment apartment;
     PlainObject object(IID_IStream);
-    OfferClass(classId, RunningObject(&object), u"press");
+    OfferClass(kClassId, RunningObject(&object), u"press");
     char16_t name[] = u"press";
     COSERVERINFO server = {0, name, nullptr, 0};
     MULTI_QI queries[] = {{&IID_IStream, nullptr, E_FAIL}, {&IID_IMessageFilter, &object, E_FAIL}};
-    EXPECT_EQ(create(classId, nullptr, 21, &server, 2, queries), CO_S_NOTALLINTERFACES);
+    EXPECT_EQ(create(kClassId, nullptr, 21, &server, 2, queries), CO_S_NOTALLINTERFACES);
     EXPECT_EQ(queries[0].hr, S_OK);
     EXPECT_EQ(queries[0].pItf, &object);
     EXPECT_EQ(queries[1].hr, E_NOINTERFACE);
     EXPECT_EQ(queries[1].pItf, nullptr);
     EXPECT_EQ(object.references, 3u);
-    EXPECT_EQ(create(classId, nullptr, 21, &server, 1, queries), S_OK);
-    EXPECT_EQ(create(classId, nullptr, 21, &server, 1, queries + 1), E_NOINTERFACE);
+    EXPECT_EQ(create(kClassId, nullptr, 21, &server, 1, queries), S_OK);
+    EXPECT_EQ(create(kClassId, nullptr, 21, &server, 1, queries + 1), E_NOINTERFACE);
     EXPECT_EQ(create(IID_IStream, nullptr, 21, &server, 1, queries), REGDB_E_CLASSNOTREG);
-    EXPECT_EQ(create(classId, nullptr, 21, nullptr, 1, queries), REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(create(kClassId, nullptr, 21, nullptr, 1, queries), REGDB_E_CLASSNOTREG);
     EXPECT_EQ(queries[0].pItf, nullptr);
-    EXPECT_EQ(create(classId, nullptr, 21, &server, 0, queries), E_INVALIDARG);
-    OfferClass(classId, nullptr, u"press");
-    EXPECT_EQ(create(classId, nullptr, 21, &server, 1, queries), RPC_S_SERVER_UNAVAILABLE_RESULT);
+    EXPECT_EQ(create(kClassId, nullptr, 21, &server, 0, queries), E_INVALIDARG);
+    OfferClass(kClassId, nullptr, u"press");
+    EXPECT_EQ(create(kClassId, nullptr, 21, &server, 1, queries), RPC_S_SERVER_UNAVAILABLE_RESULT);
     EXPECT_EQ(queries[0].hr, RPC_S_SERVER_UNAVAILABLE_RESULT);
 }
 

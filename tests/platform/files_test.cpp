@@ -71,12 +71,12 @@ TEST(ListFolder, TellsWhatEachEntryIs) {
         found.emplace_back(entry.name, entry.attributes);
     }
     EXPECT_EQ(found, (decltype(found){{"a.txt", 0},
-                                      {"b.txt", attributeReadOnly},
-                                      {"dir", attributeDirectory},
+                                      {"b.txt", kAttributeReadOnly},
+                                      {"dir", kAttributeDirectory},
                                       {"latin-\xE4", 0},
-                                      {"link-dir", attributeDirectory | attributeLink},
-                                      {"link-file", attributeLink},
-                                      {"link-none", attributeLink}}));
+                                      {"link-dir", kAttributeDirectory | kAttributeLink},
+                                      {"link-file", kAttributeLink},
+                                      {"link-none", kAttributeLink}}));
     EXPECT_TRUE(ListFolder(tree.System("missing")).empty());
     EXPECT_TRUE(ListFolder(tree.System("a.txt")).empty());
     EXPECT_TRUE(ListFolder("").empty());
@@ -87,33 +87,33 @@ TEST(Attributes, ReadAndWriteTheReadOnlyBit) {
     tree.Write("a", "");
     fs::permissions(tree.Native("a"), fs::perms(0664));
     EXPECT_EQ(AttributesOf(tree.System("a")), 0u);
-    EXPECT_EQ(SetAttributes(tree.System("a"), attributeReadOnly), errorNone);
+    EXPECT_EQ(SetAttributes(tree.System("a"), kAttributeReadOnly), kErrorNone);
     EXPECT_EQ(ModeOf(tree.Native("a")), 0444u);
-    EXPECT_EQ(AttributesOf(tree.System("a")), attributeReadOnly);
-    EXPECT_EQ(SetAttributes(tree.System("a"), 0x20), errorNone);
+    EXPECT_EQ(AttributesOf(tree.System("a")), kAttributeReadOnly);
+    EXPECT_EQ(SetAttributes(tree.System("a"), 0x20), kErrorNone);
     EXPECT_EQ(ModeOf(tree.Native("a")), 0644u);
-    EXPECT_EQ(AttributesOf(tree.System("")), attributeDirectory);
+    EXPECT_EQ(AttributesOf(tree.System("")), kAttributeDirectory);
     EXPECT_EQ(AttributesOf(tree.System("none")), std::nullopt);
     EXPECT_EQ(AttributesOf(R"(Q:\unmapped)"), std::nullopt);
-    EXPECT_EQ(SetAttributes(tree.System("none"), 0), errorFileNotFound);
+    EXPECT_EQ(SetAttributes(tree.System("none"), 0), kErrorFileNotFound);
 }
 
 TEST(Folders, CreateAndRemove) {
     const TestFolder tree;
     tree.Write("file", "x");
-    EXPECT_EQ(MakeFolder(tree.System("a")), errorNone);
-    EXPECT_EQ(MakeFolder(tree.System("a") + "\\b\\"), errorNone);
-    EXPECT_EQ(MakeFolder(tree.System("a")), errorAlreadyExists);
-    EXPECT_EQ(MakeFolder(tree.System("file")), errorAlreadyExists);
-    EXPECT_EQ(MakeFolder(tree.System("x/y")), errorPathNotFound);
-    EXPECT_EQ(MakeFolder(tree.System("file/y")), errorPathNotFound);
-    EXPECT_EQ(MakeFolder(R"(Q:\x)"), errorPathNotFound);
-    EXPECT_EQ(RemoveEmptyFolder(tree.System("a")), errorDirNotEmpty);
-    EXPECT_EQ(RemoveEmptyFolder(tree.System("file")), errorNotADirectory);
-    EXPECT_EQ(RemoveEmptyFolder(tree.System("none")), errorFileNotFound);
-    EXPECT_EQ(RemoveEmptyFolder(tree.System("a/b") + "\\"), errorNone);
+    EXPECT_EQ(MakeFolder(tree.System("a")), kErrorNone);
+    EXPECT_EQ(MakeFolder(tree.System("a") + "\\b\\"), kErrorNone);
+    EXPECT_EQ(MakeFolder(tree.System("a")), kErrorAlreadyExists);
+    EXPECT_EQ(MakeFolder(tree.System("file")), kErrorAlreadyExists);
+    EXPECT_EQ(MakeFolder(tree.System("x/y")), kErrorPathNotFound);
+    EXPECT_EQ(MakeFolder(tree.System("file/y")), kErrorPathNotFound);
+    EXPECT_EQ(MakeFolder(R"(Q:\x)"), kErrorPathNotFound);
+    EXPECT_EQ(RemoveEmptyFolder(tree.System("a")), kErrorDirNotEmpty);
+    EXPECT_EQ(RemoveEmptyFolder(tree.System("file")), kErrorNotADirectory);
+    EXPECT_EQ(RemoveEmptyFolder(tree.System("none")), kErrorFileNotFound);
+    EXPECT_EQ(RemoveEmptyFolder(tree.System("a/b") + "\\"), kErrorNone);
     fs::create_symlink("a", tree.Native("link"));
-    EXPECT_EQ(RemoveEmptyFolder(tree.System("link") + "\\"), errorNone);
+    EXPECT_EQ(RemoveEmptyFolder(tree.System("link") + "\\"), kErrorNone);
     EXPECT_TRUE(tree.Exists("a"));
     EXPECT_FALSE(tree.Exists("link"));
 }
@@ -126,13 +126,13 @@ TEST(RemoveFile, RefusesWhatThePlatformRefuses) {
     fs::create_directory(tree.Native("dir"));
     fs::create_symlink("locked", tree.Native("link"));
     fs::create_symlink("nowhere", tree.Native("dangling"));
-    EXPECT_EQ(RemoveFile(tree.System("plain")), errorNone);
-    EXPECT_EQ(RemoveFile(tree.System("plain")), errorFileNotFound);
-    EXPECT_EQ(RemoveFile(tree.System("none/plain")), errorPathNotFound);
-    EXPECT_EQ(RemoveFile(tree.System("locked")), errorAccessDenied);
-    EXPECT_EQ(RemoveFile(tree.System("dir")), errorAccessDenied);
-    EXPECT_EQ(RemoveFile(tree.System("link")), errorNone);
-    EXPECT_EQ(RemoveFile(tree.System("dangling")), errorNone);
+    EXPECT_EQ(RemoveFile(tree.System("plain")), kErrorNone);
+    EXPECT_EQ(RemoveFile(tree.System("plain")), kErrorFileNotFound);
+    EXPECT_EQ(RemoveFile(tree.System("none/plain")), kErrorPathNotFound);
+    EXPECT_EQ(RemoveFile(tree.System("locked")), kErrorAccessDenied);
+    EXPECT_EQ(RemoveFile(tree.System("dir")), kErrorAccessDenied);
+    EXPECT_EQ(RemoveFile(tree.System("link")), kErrorNone);
+    EXPECT_EQ(RemoveFile(tree.System("dangling")), kErrorNone);
     EXPECT_EQ(tree.Read("locked"), "x");
     EXPECT_EQ(tree.Count(), 2);
 }
@@ -144,18 +144,18 @@ TEST(CopyFileOver, ReplacesAndKeepsPermissions) {
     fs::permissions(tree.Native("from"), fs::perms(0754));
     tree.Write("to", "old");
     fs::create_symlink("to", tree.Native("link"));
-    EXPECT_EQ(CopyFileOver(tree.System("from"), tree.System("new")), errorNone);
+    EXPECT_EQ(CopyFileOver(tree.System("from"), tree.System("new")), kErrorNone);
     EXPECT_EQ(tree.Read("new"), big);
     EXPECT_EQ(ModeOf(tree.Native("new")) & 0700, 0700u);
-    EXPECT_EQ(CopyFileOver(tree.System("from"), tree.System("link")), errorNone);
+    EXPECT_EQ(CopyFileOver(tree.System("from"), tree.System("link")), kErrorNone);
     EXPECT_TRUE(fs::is_symlink(tree.Native("link")));
     EXPECT_EQ(tree.Read("to"), big);
     EXPECT_EQ(tree.Count(), 4);
 
     tree.Write("locked", "");
     tree.SetReadOnly("locked");
-    EXPECT_EQ(CopyFileOver(tree.System("locked"), tree.System("locked copy")), errorNone);
-    EXPECT_EQ(AttributesOf(tree.System("locked copy")), attributeReadOnly);
+    EXPECT_EQ(CopyFileOver(tree.System("locked"), tree.System("locked copy")), kErrorNone);
+    EXPECT_EQ(AttributesOf(tree.System("locked copy")), kAttributeReadOnly);
 }
 
 TEST(CopyFileOver, RefusesWithoutHarm) {
@@ -169,11 +169,11 @@ TEST(CopyFileOver, RefusesWithoutHarm) {
         const char *source, *target;
         ErrorCode error;
     } rows[] = {
-        {"a", "a", errorSharingViolation},  {"a", "locked", errorAccessDenied},
-        {"a", "dir", errorAccessDenied},    {"dir", "b", errorAccessDenied},
-        {"pipe", "b", errorAccessDenied},   {"none", "a", errorFileNotFound},
-        {"none/x", "a", errorPathNotFound}, {"a", "none/b", errorPathNotFound},
-        {"a", "a/b", errorPathNotFound},
+        {"a", "a", kErrorSharingViolation},  {"a", "locked", kErrorAccessDenied},
+        {"a", "dir", kErrorAccessDenied},    {"dir", "b", kErrorAccessDenied},
+        {"pipe", "b", kErrorAccessDenied},   {"none", "a", kErrorFileNotFound},
+        {"none/x", "a", kErrorPathNotFound}, {"a", "none/b", kErrorPathNotFound},
+        {"a", "a/b", kErrorPathNotFound},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(CopyFileOver(tree.System(row.source), tree.System(row.target)), row.error)
@@ -191,9 +191,9 @@ TEST(WholeFiles, AFullDiskLeavesTheOldContent) {
     tree.Write("target", "old");
     {
         const FullDisk full(50000);
-        EXPECT_NE(WriteWholeFile(tree.System("target"), big), errorNone);
-        EXPECT_NE(CopyFileOver(tree.System("big"), tree.System("target")), errorNone);
-        EXPECT_NE(CopyFileOver(tree.System("big"), tree.System("new")), errorNone);
+        EXPECT_NE(WriteWholeFile(tree.System("target"), big), kErrorNone);
+        EXPECT_NE(CopyFileOver(tree.System("big"), tree.System("target")), kErrorNone);
+        EXPECT_NE(CopyFileOver(tree.System("big"), tree.System("new")), kErrorNone);
     }
     EXPECT_EQ(tree.Read("target"), "old");
     EXPECT_EQ(tree.Count(), 2);
@@ -203,20 +203,20 @@ TEST(WholeFiles, WriteAndRead) {
     const TestFolder tree;
     const std::string bytes("a\0b\r\n\xFF", 6);
     std::string read = "kept";
-    EXPECT_EQ(WriteWholeFile(tree.System("new"), bytes), errorNone);
-    EXPECT_EQ(ReadWholeFile(tree.System("new"), read), errorNone);
+    EXPECT_EQ(WriteWholeFile(tree.System("new"), bytes), kErrorNone);
+    EXPECT_EQ(ReadWholeFile(tree.System("new"), read), kErrorNone);
     EXPECT_EQ(read, bytes);
     fs::permissions(tree.Native("new"), fs::perms(0666));
-    EXPECT_EQ(WriteWholeFile(tree.System("new"), ""), errorNone);
+    EXPECT_EQ(WriteWholeFile(tree.System("new"), ""), kErrorNone);
     EXPECT_EQ(ModeOf(tree.Native("new")), 0666u);
     EXPECT_EQ(tree.Read("new"), "");
-    EXPECT_EQ(ReadWholeFile(tree.System("none"), read), errorFileNotFound);
-    EXPECT_EQ(ReadWholeFile(tree.System(""), read), errorAccessDenied);
+    EXPECT_EQ(ReadWholeFile(tree.System("none"), read), kErrorFileNotFound);
+    EXPECT_EQ(ReadWholeFile(tree.System(""), read), kErrorAccessDenied);
     EXPECT_EQ(read, bytes);
-    EXPECT_EQ(WriteWholeFile(tree.System("none/x"), bytes), errorPathNotFound);
+    EXPECT_EQ(WriteWholeFile(tree.System("none/x"), bytes), kErrorPathNotFound);
     tree.SetReadOnly("new");
-    EXPECT_EQ(WriteWholeFile(tree.System("new"), bytes), errorAccessDenied);
-    EXPECT_EQ(WriteWholeFile("", bytes), errorPathNotFound);
+    EXPECT_EQ(WriteWholeFile(tree.System("new"), bytes), kErrorAccessDenied);
+    EXPECT_EQ(WriteWholeFile("", bytes), kErrorPathNotFound);
     EXPECT_EQ(tree.Count(), 1);
 }
 
@@ -227,7 +227,7 @@ TEST(WholeFiles, ComeInPiecesOrStayAsTheyWere) {
         const ErrorCode error = WriteWholeFile(tree.System("file"), [&](const PutPiece& put) {
             return put("ne") && put("") && put("w") && complete;
         });
-        EXPECT_EQ(error == errorNone, complete);
+        EXPECT_EQ(error == kErrorNone, complete);
         EXPECT_EQ(tree.Read("file"), complete ? "new" : "old");
         EXPECT_EQ(tree.Count(), 1);
     }
@@ -235,7 +235,7 @@ TEST(WholeFiles, ComeInPiecesOrStayAsTheyWere) {
     const FullDisk full(100000);
     EXPECT_NE(
         WriteWholeFile(tree.System("file"), [&](const PutPiece& put) { return put(half) && put(half); }),
-        errorNone);
+        kErrorNone);
     EXPECT_EQ(tree.Read("file"), "new");
 }
 
@@ -253,15 +253,15 @@ TEST(WholeFiles, LargeOnesTakeNoMoreRoomThanTheyNeed) {
                                  }
                                  return true;
                              }),
-              errorNone);
+              kErrorNone);
     Bytes read;
-    ASSERT_EQ(ReadWholeFile(tree.System("file"), read), errorNone);
+    ASSERT_EQ(ReadWholeFile(tree.System("file"), read), kErrorNone);
     EXPECT_EQ(std::string_view(read.data(), read.size()), whole);
     struct stat found = {};
     ASSERT_EQ(::stat(tree.Native("file").c_str(), &found), 0);
-    constexpr std::size_t blockSize = 512;  // Of this count, whatever the file system's own is.
-    constexpr std::size_t slack = 1000000;
-    EXPECT_LT(static_cast<std::size_t>(found.st_blocks) * blockSize, whole.size() + slack);
+    constexpr std::size_t kBlockSize = 512;  // Of this count, whatever the file system's own is.
+    constexpr std::size_t kSlack = 1000000;
+    EXPECT_LT(static_cast<std::size_t>(found.st_blocks) * kBlockSize, whole.size() + kSlack);
 }
 
 TEST(OpensForReading, OnlyFiles) {
@@ -280,14 +280,14 @@ TEST(LongNames, ReachTheMachinesLimitsAndNoFurther) {
     std::string folder = tree.System("");
     while (folder.size() < 3000) {
         folder += "\\" + name;
-        ASSERT_EQ(MakeFolder(folder), errorNone);
+        ASSERT_EQ(MakeFolder(folder), kErrorNone);
     }
     const std::string longest(255, 'm');
-    EXPECT_EQ(WriteWholeFile(folder + "\\" + longest, "x"), errorNone);
-    EXPECT_EQ(CopyFileOver(folder + "\\" + longest, folder + "\\b"), errorNone);
+    EXPECT_EQ(WriteWholeFile(folder + "\\" + longest, "x"), kErrorNone);
+    EXPECT_EQ(CopyFileOver(folder + "\\" + longest, folder + "\\b"), kErrorNone);
     EXPECT_EQ(NamesIn(folder), (std::vector<std::string>{"b", longest}));
-    EXPECT_EQ(MakeFolder(folder + "\\" + std::string(256, 'x')), errorNameTooLong);
-    EXPECT_EQ(MakeFolder(folder + "\\" + std::string(5000, 'x')), errorNameTooLong);
+    EXPECT_EQ(MakeFolder(folder + "\\" + std::string(256, 'x')), kErrorNameTooLong);
+    EXPECT_EQ(MakeFolder(folder + "\\" + std::string(5000, 'x')), kErrorNameTooLong);
 }
 
 TEST(Paths, LongFormAndAbsoluteForm) {

@@ -63,8 +63,8 @@ TEST(CommandLine, PathsReachTheProgramInNativeNotation) {
 int ExitOf(const TestFolder& tree, const std::string& name, const std::string& argument = "x") {
     ProcessHandle process;
     const ErrorCode error = StartProcess("\"" + tree.System(name) + "\" \"" + argument + "\"", process);
-    EXPECT_EQ(process.id != 0, error == errorNone);
-    return error != errorNone ? -static_cast<int>(error) : WaitForProcess(process);
+    EXPECT_EQ(process.id != 0, error == kErrorNone);
+    return error != kErrorNone ? -static_cast<int>(error) : WaitForProcess(process);
 }
 
 TEST(StartProcess, ScriptsGetTheDocumentInNativeNotation) {
@@ -89,7 +89,7 @@ TEST(StartProcess, InheritsEnvironmentAndFolderButNoInputAndNoFiles) {
     const fs::path before = fs::current_path();
     fs::current_path(tree.Native(""));
     ProcessHandle process;
-    EXPECT_EQ(StartProcess("true out", process), errorNone);
+    EXPECT_EQ(StartProcess("true out", process), kErrorNone);
     EXPECT_EQ(WaitForProcess(process), 0);
     fs::current_path(before);
     ::close(open);
@@ -120,11 +120,11 @@ TEST(StartProcess, FailuresHaveThePlatformsNumbers) {
     EXPECT_EQ(ExitOf(tree, "killed"), 128 + 15);
     EXPECT_EQ(ExitOf(tree, "reader gone"), 128 + 13);
     ProcessHandle process;
-    EXPECT_EQ(StartProcess("", process), errorInvalidParameter);
-    EXPECT_EQ(StartProcess(R"("Q:\no\drive" x)", process), errorPathNotFound);
-    EXPECT_EQ(StartProcess(R"("" x)", process), errorPathNotFound);
-    EXPECT_EQ(StartProcess("ventrix-no-such-program", process), errorFileNotFound);
-    EXPECT_EQ(StartProcess("true", process), errorNone);
+    EXPECT_EQ(StartProcess("", process), kErrorInvalidParameter);
+    EXPECT_EQ(StartProcess(R"("Q:\no\drive" x)", process), kErrorPathNotFound);
+    EXPECT_EQ(StartProcess(R"("" x)", process), kErrorPathNotFound);
+    EXPECT_EQ(StartProcess("ventrix-no-such-program", process), kErrorFileNotFound);
+    EXPECT_EQ(StartProcess("true", process), kErrorNone);
     EXPECT_EQ(WaitForProcess(process), 0);
 }
 

@@ -30,12 +30,12 @@ TEST(TextStream, AppendsLinesThatEndInCrLf) {
     log.Write("rest");
     other.Close();
     TextStream moved = std::move(log);
-    EXPECT_EQ(RemoveFile(tree.System("log")), errorSharingViolation);
+    EXPECT_EQ(RemoveFile(tree.System("log")), kErrorSharingViolation);
     moved.Close();
     EXPECT_FALSE(moved.IsOpen());
     moved.Write("dropped\n");
     EXPECT_EQ(tree.Read("log"), "before\r\nFehler:a\r\n\r\nb\r\nrest");
-    EXPECT_EQ(RemoveFile(tree.System("log")), errorNone);
+    EXPECT_EQ(RemoveFile(tree.System("log")), kErrorNone);
 }
 
 TEST(TextStream, AnUnusablePathLeavesItClosed) {
@@ -59,16 +59,16 @@ TEST(FileHandle, OpenModes) {
         bool opensMissing;
         const char* contentAfter;
     } rows[] = {
-        {FileAccess::read, FileDisposition::openExisting, false, "0123456789"},
-        {FileAccess::write, FileDisposition::openAlways, true, "0123456789"},
-        {FileAccess::readWrite, FileDisposition::createAlways, true, ""},
+        {FileAccess::kRead, FileDisposition::kOpenExisting, false, "0123456789"},
+        {FileAccess::kWrite, FileDisposition::kOpenAlways, true, "0123456789"},
+        {FileAccess::kReadWrite, FileDisposition::kCreateAlways, true, ""},
     };
     for (const auto& row : rows) {
         tree.Write("file", "0123456789");
         std::filesystem::remove(tree.Native("missing"));
         const FileHandle file = OpenFileHandle(tree.System("file"), row.access, row.disposition);
         EXPECT_GT(file, 0);
-        EXPECT_EQ(SeekHandle(file, 0, SeekOrigin::current), 0u);
+        EXPECT_EQ(SeekHandle(file, 0, SeekOrigin::kCurrent), 0u);
         EXPECT_EQ(tree.Read("file"), row.contentAfter);
         CloseFileHandle(file);
         const FileHandle missing = OpenFileHandle(tree.System("missing"), row.access, row.disposition);
@@ -76,22 +76,22 @@ TEST(FileHandle, OpenModes) {
         EXPECT_EQ(tree.Exists("missing"), row.opensMissing);
         CloseFileHandle(missing);
     }
-    EXPECT_EQ(OpenFileHandle(tree.System(""), FileAccess::read, FileDisposition::openExisting), 0);
+    EXPECT_EQ(OpenFileHandle(tree.System(""), FileAccess::kRead, FileDisposition::kOpenExisting), 0);
 }
 
 TEST(FileHandle, ReadsWritesAndSeeks) {
     const TestFolder tree;
     const FileHandle file =
-        OpenFileHandle(tree.System("f"), FileAccess::readWrite, FileDisposition::createAlways);
+        OpenFileHandle(tree.System("f"), FileAccess::kReadWrite, FileDisposition::kCreateAlways);
     ASSERT_NE(file, 0);
     EXPECT_EQ(WriteToHandle(file, "hello world", 11), 11u);
     EXPECT_EQ(SizeOfHandle(file), 11u);
-    EXPECT_EQ(SeekHandle(file, -5, SeekOrigin::end), 6u);
+    EXPECT_EQ(SeekHandle(file, -5, SeekOrigin::kEnd), 6u);
     char buffer[8] = {};
     EXPECT_EQ(ReadFromHandle(file, buffer, 8), 5u);
     EXPECT_STREQ(buffer, "world");
     EXPECT_EQ(ReadFromHandle(file, buffer, 8), 0u);
-    EXPECT_EQ(SeekHandle(file, -1, SeekOrigin::begin), std::nullopt);
+    EXPECT_EQ(SeekHandle(file, -1, SeekOrigin::kBegin), std::nullopt);
     EXPECT_EQ(SeekHandle(file, 0, static_cast<SeekOrigin>(7)), std::nullopt);
     CloseFileHandle(file);
 
@@ -99,7 +99,7 @@ TEST(FileHandle, ReadsWritesAndSeeks) {
     EXPECT_EQ(ReadFromHandle(0, &byte, 1), 0u);
     EXPECT_EQ(WriteToHandle(0, &byte, 1), 0u);
     EXPECT_EQ(SizeOfHandle(0), std::nullopt);
-    EXPECT_EQ(SeekHandle(0, 0, SeekOrigin::begin), std::nullopt);
+    EXPECT_EQ(SeekHandle(0, 0, SeekOrigin::kBegin), std::nullopt);
     CloseFileHandle(0);
 }
 

@@ -95,7 +95,7 @@ TEST(RequestGrammar, EveryOptionReachesItsPlace) {
         R"(-elements e,f -ditaval d -useDITAOT -useXSLT s -usePreScript pre -usePostScript post -logFile l )"
         R"(-scopedAttributes 1,2,3,4 -addXpath -xpathAttr x -addSourcePath p,q -sourcePathAttr y )"
         R"(-preserveXPathList //a,//b -preserveXPathAttr z)");
-    EXPECT_EQ(request.command, RequestCommand::publish);
+    EXPECT_EQ(request.command, RequestCommand::kPublish);
     EXPECT_EQ(request.documentId, 12);
     EXPECT_STREQ(request.outputFolder.get(), R"(C:\my out\)");
     EXPECT_STREQ(request.stylesheet.get(), "s");
@@ -121,7 +121,7 @@ TEST(RequestGrammar, EveryOptionReachesItsPlace) {
 
 TEST(RequestGrammar, AbsentOptionsKeepTheirDefaults) {
     const PublishRequest request = ParseRequest("Validate");
-    EXPECT_EQ(request.command, RequestCommand::validate);
+    EXPECT_EQ(request.command, RequestCommand::kValidate);
     EXPECT_EQ(request.documentId, 0);
     for (const Q_String* text : {&request.outputFolder, &request.stylesheet, &request.preScript,
                                  &request.postScript, &request.ditaval, &request.logFile}) {
@@ -129,9 +129,9 @@ TEST(RequestGrammar, AbsentOptionsKeepTheirDefaults) {
     }
     EXPECT_FALSE(request.useDitaOt);
     EXPECT_FALSE(request.params.addXpath);
-    EXPECT_EQ(ParseRequest("Foo -docId 5").command, RequestCommand::none);
+    EXPECT_EQ(ParseRequest("Foo -docId 5").command, RequestCommand::kNone);
     EXPECT_EQ(ParseRequest("Foo -docId 5").documentId, 0);
-    EXPECT_EQ(ParseRequest("").command, RequestCommand::none);
+    EXPECT_EQ(ParseRequest("").command, RequestCommand::kNone);
 }
 
 TEST(RequestGrammar, LaterTextsWinAndListsAddUp) {

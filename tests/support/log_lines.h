@@ -8,28 +8,29 @@ namespace ventrix::test {
 
 using Lines = std::vector<std::string>;
 
-inline const std::string ruleLine(62, '*');
-inline const std::string triedLine = "Es wird versucht, alle Dateien zu verpacken, auf die verwiesen wird...";
-inline const std::string validLine = "Logarithmus:Liste der gültigen Dateien";
-inline const std::string brokenLine = "Achtung:Liste der beschädigten Links";
-inline const std::string unsavedLine = "Achtung:Liste der ungespeicherten Dateien";
-inline const std::string rootsText =
+inline const std::string kRuleLine(62, '*');
+inline const std::string kTriedLine =
+    "Es wird versucht, alle Dateien zu verpacken, auf die verwiesen wird...";
+inline const std::string kValidLine = "Logarithmus:Liste der gültigen Dateien";
+inline const std::string kBrokenLine = "Achtung:Liste der beschädigten Links";
+inline const std::string kUnsavedLine = "Achtung:Liste der ungespeicherten Dateien";
+inline const std::string kRootsText =
     "Einige Dateien, auf die verwiesen wird, befinden sich auf mehreren Laufwerken und können nicht verpackt "
     "werden!";
-inline const std::string encodeHeading = "Es wird versucht, XML-Dateien zu codieren...";
-inline const std::string decodeHeading = "Es wird versucht, Ausgabedateien zu decodieren...";
+inline const std::string kEncodeHeading = "Es wird versucht, XML-Dateien zu codieren...";
+inline const std::string kDecodeHeading = "Es wird versucht, Ausgabedateien zu decodieren...";
 
 /// A section of a log: blank line, title, and the paths between two rules.
 inline Lines Section(const std::string& title, const Lines& paths) {
-    Lines lines = {"", title, ruleLine};
+    Lines lines = {"", title, kRuleLine};
     lines.insert(lines.end(), paths.begin(), paths.end());
-    lines.push_back(ruleLine);
+    lines.push_back(kRuleLine);
     return lines;
 }
 
 /// The heading of a coding step.
 inline Lines Heading(const std::string& text) {
-    return {"", text, ruleLine};
+    return {"", text, kRuleLine};
 }
 
 inline Lines operator+(Lines lines, const Lines& more) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "desk/documents/xml_handles.h"
+#include "desk/xml/xml_handles.h"
 
 namespace ventrix::test {
 

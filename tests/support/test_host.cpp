@@ -28,15 +28,15 @@ Q_PropList MakeProps(const std::vector<HostProp>& rows, const Allocator& allocat
 }  // namespace
 
 HostValue Text(std::string text) {
-    return {Q_TextTag, std::move(text), 0, {}};
+    return {kTextTag, std::move(text), 0, {}};
 }
 
 HostValue Number(std::int32_t number) {
-    return {Q_IntegerTag, {}, number, {}};
+    return {kIntegerTag, {}, number, {}};
 }
 
 HostValue Fields(std::vector<HostValue> fields) {
-    return {Q_ListTag, {}, 0, std::move(fields)};
+    return {kListTag, {}, 0, std::move(fields)};
 }
 
 HostValue Document(std::string path, std::int32_t unsaved) {
@@ -50,9 +50,9 @@ HostValue Graphic(std::string path) {
 Q_Value MakeValue(const HostValue& value, const Allocator& allocate) {
     Q_Value out = {};
     out.tag = value.tag;
-    if (value.tag == Q_TextTag) {
+    if (value.tag == kTextTag) {
         out.text = MakeText(value.text, allocate);
-    } else if (value.tag == Q_ListTag) {
+    } else if (value.tag == kListTag) {
         out.list = static_cast<Q_ValueList*>(allocate(sizeof(Q_ValueList)));
         *out.list = MakeList(value.list, allocate);
     } else {
@@ -71,11 +71,11 @@ Q_ValueList MakeList(const std::vector<HostValue>& values, const Allocator& allo
 
 std::string Print(const Q_Value& value) {
     switch (value.tag) {
-        case Q_IntegerTag:
+        case kIntegerTag:
             return std::to_string(value.number);
-        case Q_TextTag:
+        case kTextTag:
             return value.text == nullptr ? "null" : '"' + std::string(value.text) + '"';
-        case Q_ListTag:
+        case kListTag:
             return '[' + Print(*value.list) + ']';
         default:
             return "tag " + std::to_string(value.tag);
@@ -106,10 +106,10 @@ struct TestHost::Methods {
 
     static HRESULT QueryInterface(void* self, REFIID id, void** out) {
         TestHost& host = Host(self);
-        const auto* found = std::find(std::begin(HostInterfaceIds), std::end(HostInterfaceIds), id);
-        const auto number = static_cast<unsigned>(found - std::begin(HostInterfaceIds)) + 1;
+        const auto* found = std::find(std::begin(kHostInterfaceIds), std::end(kHostInterfaceIds), id);
+        const auto number = static_cast<unsigned>(found - std::begin(kHostInterfaceIds)) + 1;
         host.log.push_back("QueryInterface " + Line(number));
-        if (number > HostInterfaceCount || host.missingInterfaces.contains(number)) {
+        if (number > kHostInterfaceCount || host.missingInterfaces.contains(number)) {
             return E_NOINTERFACE;
         }
         ++host.references;
@@ -125,7 +125,7 @@ struct TestHost::Methods {
         TestHost& host = Host(self);
         host.description = Print(*description);
         if (host.keepsClient) {
-            notifications->QueryInterface(Notifications0Id, reinterpret_cast<void**>(&host.notifications_));
+            notifications->QueryInterface(kNotifications0Id, reinterpret_cast<void**>(&host.notifications_));
         }
         return host.Arrive("RegisterClient", Line(word), nullptr);
     }
@@ -219,12 +219,12 @@ struct TestHost::Methods {
 
     template <class Method>
     static void Add(HostMethodTable* tables, typename Method::Type* function) {
-        tables[Method::interfaceNumber].template Set<Method>(function);
+        tables[Method::kInterfaceNumber].template Set<Method>(function);
     }
 
     // One table for each interface, and at 0 the root object's.
     static const HostMethodTable* Tables() {
-        static HostMethodTable tables[HostInterfaceCount + 1];
+        static HostMethodTable tables[kHostInterfaceCount + 1];
         for (HostMethodTable& table : tables) {
             table.Set<QueryInterfaceMethod>(QueryInterface);
             table.Set<AddRefMethod>(AddRef);
@@ -248,7 +248,7 @@ struct TestHost::Methods {
 };
 
 TestHost::TestHost() {
-    for (unsigned number = 0; number <= HostInterfaceCount; ++number) {
+    for (unsigned number = 0; number <= kHostInterfaceCount; ++number) {
         sides_[number] = {Methods::Tables()[number].Slots(), this};
     }
 }

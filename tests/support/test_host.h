@@ -113,7 +113,7 @@ class TestHost {
     HRESULT Arrive(const std::string& method, const std::string& arguments, std::int32_t* status);
     HRESULT HandOut(HRESULT result, const std::vector<HostValue>& list, Q_ValueList* out);
 
-    HostSide sides_[HostInterfaceCount + 1];  ///< The root object at 0, then the interfaces by number.
+    HostSide sides_[kHostInterfaceCount + 1];  ///< The root object at 0, then the interfaces by number.
     IQuorlaneNotifications0* notifications_ = nullptr;
     std::vector<void*> handedOut_;
     const Allocator allocate_ = [this](std::size_t size) {

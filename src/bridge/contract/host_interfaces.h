@@ -19,13 +19,13 @@ namespace ventrix {
 /// 0 connected, -1 not connected.
 using ClientInitEntry = std::int32_t(void* module, IUnknown* root, IUnknown* keepAlive,
                                      const Q_PropList* description);
-constexpr char ClientInitEntryName[] = "Q_ApiClientInit";
+constexpr char kClientInitEntryName[] = "Q_ApiClientInit";
 
-constexpr unsigned HostInterfaceCount = 18;
+constexpr unsigned kHostInterfaceCount = 18;
 
 /// The interface ids in the order in which a client asks for them; number n stands at index n - 1. Without
 /// number 4 there is no connection; 16 to 18 are asked for only when 4 was given.
-inline constexpr GUID HostInterfaceIds[HostInterfaceCount] = {
+inline constexpr GUID kHostInterfaceIds[kHostInterfaceCount] = {
     {0x9EB9EBDE, 0xEF45, 0x4FAA, {0xBA, 0x83, 0x80, 0xC3, 0x7E, 0x74, 0x6D, 0xD7}},
     {0xF9EDAC1F, 0x75C2, 0x4544, {0xA6, 0x5E, 0x36, 0xE3, 0xC5, 0xA4, 0xDB, 0xA1}},
     {0x755FF112, 0x0DD6, 0x4947, {0xBD, 0xCC, 0xD3, 0x22, 0x28, 0x31, 0x39, 0xA7}},
@@ -46,60 +46,60 @@ inline constexpr GUID HostInterfaceIds[HostInterfaceCount] = {
     {0xE1E9B610, 0x97D0, 0x11D3, {0xBC, 0x10, 0x00, 0x80, 0x5F, 0xD9, 0x83, 0x89}},
 };
 
-constexpr unsigned MainHostInterface = 4;
+constexpr unsigned kMainHostInterface = 4;
 
 /// The slots that a method table of any of the 18 interfaces needs for the methods below.
-constexpr unsigned HostMethodSlots = 98;
+constexpr unsigned kHostMethodSlots = 98;
 
 /// Default class id of a running host, for a client in a process of its own.
-inline constexpr GUID HostClassId = {
+inline constexpr GUID kHostClassId = {
     0x539DB5D0, 0xC0C6, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}};
 
 /// The kit's word at registration.
-constexpr std::uint32_t RegistrationWord = 0x18000000;
+constexpr std::uint32_t kRegistrationWord = 0x18000000;
 
 /// Registers a client: its notification object, RegistrationWord, its description. The host takes a reference
 /// to the object if the client is to stay.
 struct RegisterClientMethod {
-    static constexpr unsigned interfaceNumber = 4, index = 3;
+    static constexpr unsigned kInterfaceNumber = 4, kIndex = 3;
     using Type = HRESULT(void* self, IUnknown* notifications, std::uint32_t word,
                          const Q_PropList* description);
 };
 
 /// Has a notification number delivered to the client's Notify (state 1), or no longer.
 struct WatchNotificationMethod {
-    static constexpr unsigned interfaceNumber = 4, index = 8;
+    static constexpr unsigned kInterfaceNumber = 4, kIndex = 8;
     using Type = HRESULT(void* self, std::int32_t number, std::int32_t state, std::int32_t* status);
 };
 
 /// Calls another client by name with one command text; returns when that client has finished.
 struct InvokeClientMethod {
-    static constexpr unsigned interfaceNumber = 4, index = 9;
+    static constexpr unsigned kInterfaceNumber = 4, kIndex = 9;
     using Type = HRESULT(void* self, const char* clientName, const char* command, std::int32_t* status,
                          std::int32_t* answer);
 };
 
 /// Writes a text to the host's console.
 struct WriteConsoleMethod {
-    static constexpr unsigned interfaceNumber = 4, index = 24;
+    static constexpr unsigned kInterfaceNumber = 4, kIndex = 24;
     using Type = HRESULT(void* self, const char* text, std::int32_t* status);
 };
 
 /// Opens a document under a script; hands out its id (0 for none) and the list of open results.
 struct OpenDocumentMethod {
-    static constexpr unsigned interfaceNumber = 4, index = 32;
+    static constexpr unsigned kInterfaceNumber = 4, kIndex = 32;
     using Type = HRESULT(void* self, const char* path, const Q_PropList* script, std::int32_t* status,
                          std::uint32_t* objectId, Q_PropList* results);
 };
 
 struct CloseDocumentMethod {
-    static constexpr unsigned interfaceNumber = 4, index = 35;
+    static constexpr unsigned kInterfaceNumber = 4, kIndex = 35;
     using Type = HRESULT(void* self, std::uint32_t objectId, std::int32_t flags, std::int32_t* status);
 };
 
 /// Reads one string property of an object. Owner 0 and object 0 are the host application itself.
 struct ReadStringPropMethod {
-    static constexpr unsigned interfaceNumber = 4, index = 97;
+    static constexpr unsigned kInterfaceNumber = 4, kIndex = 97;
     using Type = HRESULT(void* self, std::uint32_t ownerId, std::uint32_t objectId,
                          const Q_PropIdent* property, std::int32_t* status, char** text);
 };
@@ -107,40 +107,40 @@ struct ReadStringPropMethod {
 /// Lists the files that a document refers to: one value of tag 20 for each, with key, path and a number that
 /// is not 0 where the file has unsaved changes.
 struct ListDocumentFilesMethod {
-    static constexpr unsigned interfaceNumber = 1, index = 18;
+    static constexpr unsigned kInterfaceNumber = 1, kIndex = 18;
     using Type = HRESULT(void* self, std::uint32_t objectId, std::int32_t selector, std::int32_t third,
                          Q_ValueList* files);
 };
 
 /// Says how texts cross the boundary; 1 goes with UTF-8.
 struct SetTextModeMethod {
-    static constexpr unsigned interfaceNumber = 9, index = 3;
+    static constexpr unsigned kInterfaceNumber = 9, kIndex = 3;
     using Type = HRESULT(void* self, std::int32_t mode, std::int32_t* status);
 };
 
 /// As InvokeClientMethod, for a client that answers with a value list.
 struct InvokeClientForValuesMethod {
-    static constexpr unsigned interfaceNumber = 12, index = 23;
+    static constexpr unsigned kInterfaceNumber = 12, kIndex = 23;
     using Type = HRESULT(void* self, const char* clientName, const char* command, std::int32_t* status,
                          Q_ValueList* answer);
 };
 
 /// Called while Notify handles a client call: the list that the calling client receives.
 struct SendCallReplyMethod {
-    static constexpr unsigned interfaceNumber = 12, index = 24;
+    static constexpr unsigned kInterfaceNumber = 12, kIndex = 24;
     using Type = HRESULT(void* self, const Q_ValueList* reply, Q_ValueList* back);
 };
 
 /// Asked once with the argument 1. The result 0 says that the host frees what it hands out, any other that
 /// the client does.
 struct HostOwnsResultsMethod {
-    static constexpr unsigned interfaceNumber = 16, index = 3;
+    static constexpr unsigned kInterfaceNumber = 16, kIndex = 3;
     using Type = HRESULT(void* self, std::int32_t argument);
 };
 
 /// Tells the host the client's module handle.
 struct TakeModuleHandleMethod {
-    static constexpr unsigned interfaceNumber = 17, index = 3;
+    static constexpr unsigned kInterfaceNumber = 17, kIndex = 3;
     using Type = HRESULT(void* self, void* module);
 };
 

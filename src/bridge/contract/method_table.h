@@ -13,15 +13,15 @@ namespace ventrix {
 
 /// The methods of IUnknown, in slot order.
 struct QueryInterfaceMethod {
-    static constexpr unsigned index = 0;
+    static constexpr unsigned kIndex = 0;
     using Type = HRESULT(void* self, REFIID id, void** out);
 };
 struct AddRefMethod {
-    static constexpr unsigned index = 1;
+    static constexpr unsigned kIndex = 1;
     using Type = ULONG(void* self);
 };
 struct ReleaseMethod {
-    static constexpr unsigned index = 2;
+    static constexpr unsigned kIndex = 2;
     using Type = ULONG(void* self);
 };
 
@@ -37,7 +37,7 @@ class HostMethodTable {
     /// Sets the slot of Method, one of the method records of the contract.
     template <class Method>
     void Set(typename Method::Type* function) {
-        slots_[Method::index] = reinterpret_cast<void*>(function);
+        slots_[Method::kIndex] = reinterpret_cast<void*>(function);
     }
 
     void* const* Slots() const { return slots_; }
@@ -49,7 +49,7 @@ class HostMethodTable {
     // builds look at both.
     std::intptr_t offsetToWhole_ = 0;
     const std::type_info* type_ = &typeid(IUnknown);
-    void* slots_[HostMethodSlots];
+    void* slots_[kHostMethodSlots];
 };
 
 /// One interface side of a host object, which a client sees as an IUnknown. self of a method is the address

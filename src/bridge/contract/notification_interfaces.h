@@ -29,11 +29,11 @@ static_assert(sizeof(Q_ResourceRecord) == 16 && offsetof(Q_ResourceRecord, data)
 static_assert(sizeof(Q_CmsRecord) == 32 && offsetof(Q_CmsRecord, text) == 8 &&
               offsetof(Q_CmsRecord, count) == 16 && offsetof(Q_CmsRecord, numbers) == 24);
 
-inline constexpr GUID CmsNotifications0Id = {
+inline constexpr GUID kCmsNotifications0Id = {
     0x7AA0C49A, 0x1141, 0x44EF, {0xA7, 0x84, 0x15, 0x55, 0x93, 0xF9, 0x50, 0x25}};
-inline constexpr GUID Notifications0Id = {
+inline constexpr GUID kNotifications0Id = {
     0xEB813990, 0xB81C, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}};
-inline constexpr GUID Notifications1Id = {
+inline constexpr GUID kNotifications1Id = {
     0xA4B8972D, 0x5B3A, 0x4B57, {0x93, 0xC5, 0x3E, 0xB3, 0xD6, 0x2A, 0x4F, 0x1D}};
 
 /// Every method gives 0 whatever the client did, but for GetResource, which gives 0x80004005 where there is

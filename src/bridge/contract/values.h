@@ -27,9 +27,9 @@ struct Q_ValueList {
 };
 
 /// The tags whose payload is read by meaning. The others stand in Q_Value's union by their shape.
-constexpr std::uint32_t Q_IntegerTag = 1;  ///< Payload: number.
-constexpr std::uint32_t Q_TextTag = 3;     ///< Payload: text.
-constexpr std::uint32_t Q_ListTag = 20;    ///< Payload: list.
+constexpr std::uint32_t kIntegerTag = 1;  ///< Payload: number.
+constexpr std::uint32_t kTextTag = 3;     ///< Payload: text.
+constexpr std::uint32_t kListTag = 20;    ///< Payload: list.
 
 struct Q_Value {
     std::uint32_t tag;
@@ -40,12 +40,12 @@ struct Q_Value {
         Q_StringList strings;    ///< 6
         void* pointer;           ///< 9; copied by value, owns nothing
         std::uint8_t bytes[16];  ///< 10
-        void* record;            ///< 19: one block of Q_RecordSize bytes without pointers
+        void* record;            ///< 19: one block of kRecordSize bytes without pointers
         Q_ValueList* list;       ///< 20
     };
 };
 
-constexpr std::uint32_t Q_RecordSize = 24;
+constexpr std::uint32_t kRecordSize = 24;
 
 /// An element of the array of tag 8.
 struct Q_Tag8Element {

@@ -8,7 +8,7 @@
 namespace ventrix {
 namespace {
 
-constexpr std::int32_t noStatus = -1;
+constexpr std::int32_t kNoStatus = -1;
 
 // The results of the latest open. A caller holds its address, not a copy.
 Q_PropList openResults = {};
@@ -47,7 +47,7 @@ void TakeOpenResults(Q_PropList* hostList, Q_PropList** results) {
 }  // namespace
 
 std::int32_t Q_ApiWatchNotification(std::int32_t number, std::int32_t state) {
-    std::int32_t status = noStatus;
+    std::int32_t status = kNoStatus;
     if (CallHost<WatchNotificationMethod>(number, state, &status)) {
         AcceptHostStatus(status);
     }
@@ -55,14 +55,14 @@ std::int32_t Q_ApiWatchNotification(std::int32_t number, std::int32_t state) {
 }
 
 void Q_ApiSetTextMode(std::int32_t mode) {
-    std::int32_t status = noStatus;
+    std::int32_t status = kNoStatus;
     if (CallHost<SetTextModeMethod>(mode, &status)) {
         AcceptHostStatus(status);
     }
 }
 
 std::int32_t Q_ApiWriteConsole(const char* text) {
-    std::int32_t status = noStatus;
+    std::int32_t status = kNoStatus;
     if (CallHost<WriteConsoleMethod>(text, &status)) {
         AcceptHostStatus(status);
     }
@@ -70,14 +70,14 @@ std::int32_t Q_ApiWriteConsole(const char* text) {
 }
 
 std::int32_t Q_ApiInvokeClient(const char* clientName, const char* command) {
-    std::int32_t status = noStatus;
+    std::int32_t status = kNoStatus;
     std::int32_t answer = 0;
     const bool called = CallHost<InvokeClientMethod>(clientName, command, &status, &answer);
     return called && AcceptHostStatus(status) ? answer : 0;
 }
 
 Q_ValueList Q_ApiInvokeClientForValues(const char* clientName, const char* command) {
-    std::int32_t status = noStatus;
+    std::int32_t status = kNoStatus;
     Q_ValueList hostList = {};
     if (!CallHost<InvokeClientForValuesMethod>(clientName, command, &status, &hostList)) {
         return {};
@@ -96,7 +96,7 @@ Q_ValueList Q_ApiSendCallReply(const Q_ValueList* reply) {
 }
 
 std::uint32_t Q_ApiOpenDocument(const char* path, const Q_PropList* script, Q_PropList** results) {
-    std::int32_t status = noStatus;
+    std::int32_t status = kNoStatus;
     std::uint32_t objectId = 0;
     Q_PropList hostList = {};
     if (!CallHost<OpenDocumentMethod>(path, script, &status, &objectId, &hostList)) {
@@ -107,7 +107,7 @@ std::uint32_t Q_ApiOpenDocument(const char* path, const Q_PropList* script, Q_Pr
 }
 
 std::int32_t Q_ApiCloseDocument(std::uint32_t objectId, std::int32_t flags) {
-    std::int32_t status = noStatus;
+    std::int32_t status = kNoStatus;
     if (CallHost<CloseDocumentMethod>(objectId, flags, &status)) {
         AcceptHostStatus(status);
     }
@@ -121,7 +121,7 @@ Q_ValueList Q_ApiListDocumentFiles(std::uint32_t objectId, std::int32_t selector
 }
 
 char* Q_ApiReadStringProp(std::uint32_t ownerId, std::uint32_t objectId, const Q_PropIdent* property) {
-    std::int32_t status = noStatus;
+    std::int32_t status = kNoStatus;
     char* hostText = nullptr;
     if (!CallHost<ReadStringPropMethod>(ownerId, objectId, property, &status, &hostText)) {
         return nullptr;

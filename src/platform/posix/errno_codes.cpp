@@ -11,55 +11,55 @@ namespace ventrix::platform {
 ErrorCode ErrorFromErrno(int error) {
     switch (error) {
         case 0:
-            return errorNone;
+            return kErrorNone;
         case ENOENT:
-            return errorFileNotFound;
+            return kErrorFileNotFound;
         case ENOTDIR:
         case ELOOP:
-            return errorPathNotFound;
+            return kErrorPathNotFound;
         case EMFILE:
         case ENFILE:
-            return errorTooManyOpenFiles;
+            return kErrorTooManyOpenFiles;
         case EACCES:
         case EPERM:
         case EISDIR:
-            return errorAccessDenied;
+            return kErrorAccessDenied;
         case EBADF:
-            return errorInvalidHandle;
+            return kErrorInvalidHandle;
         case ENOMEM:
-            return errorNotEnoughMemory;
+            return kErrorNotEnoughMemory;
         case EROFS:
-            return errorWriteProtect;
+            return kErrorWriteProtect;
         case EBUSY:
         case ETXTBSY:
-            return errorSharingViolation;
+            return kErrorSharingViolation;
         case EINVAL:
-            return errorInvalidParameter;
+            return kErrorInvalidParameter;
         case ENOSPC:
         case EDQUOT:
-            return errorDiskFull;
+            return kErrorDiskFull;
         case EILSEQ:
-            return errorInvalidName;
+            return kErrorInvalidName;
         case ENOTEMPTY:
-            return errorDirNotEmpty;
+            return kErrorDirNotEmpty;
         case EEXIST:
-            return errorAlreadyExists;
+            return kErrorAlreadyExists;
         case ENOEXEC:
-            return errorBadExeFormat;
+            return kErrorBadExeFormat;
         case ENAMETOOLONG:
-            return errorNameTooLong;
+            return kErrorNameTooLong;
         case EIO:
         case ENXIO:
-            return errorIoDevice;
+            return kErrorIoDevice;
         default:
-            return errorInvalidFunction;
+            return kErrorInvalidFunction;
     }
 }
 
 ErrorCode ErrorFromErrno(int error, const std::string& nativePath) {
     struct stat folder = {};
     if (error == ENOENT && ::stat(NativeParent(nativePath).c_str(), &folder) != 0) {
-        return errorPathNotFound;
+        return kErrorPathNotFound;
     }
     return ErrorFromErrno(error);
 }

@@ -14,9 +14,9 @@ namespace {
 
 std::uint32_t BitsOfMode(mode_t mode) {
     if (S_ISDIR(mode)) {
-        return attributeDirectory;
+        return kAttributeDirectory;
     }
-    return S_ISREG(mode) && (mode & S_IWUSR) == 0 ? attributeReadOnly : 0;
+    return S_ISREG(mode) && (mode & S_IWUSR) == 0 ? kAttributeReadOnly : 0;
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ std::uint32_t EntryAttributes(int folder, const std::string& name) {
     }
     struct stat reached = {};
     const bool leadsSomewhere = ::fstatat(folder, name.c_str(), &reached, 0) == 0;
-    return attributeLink | (leadsSomewhere ? BitsOfMode(reached.st_mode) : 0);
+    return kAttributeLink | (leadsSomewhere ? BitsOfMode(reached.st_mode) : 0);
 }
 
 std::optional<std::uint32_t> AttributesOf(std::string_view path) {
@@ -42,7 +42,7 @@ std::optional<std::uint32_t> AttributesOf(std::string_view path) {
     }
     struct stat itself = {};
     const bool link = ::lstat(native.c_str(), &itself) == 0 && S_ISLNK(itself.st_mode);
-    return BitsOfMode(reached.st_mode) | (link ? attributeLink : 0);
+    return BitsOfMode(reached.st_mode) | (link ? kAttributeLink : 0);
 }
 
 ErrorCode SetAttributes(std::string_view path, std::uint32_t attributes) {
@@ -52,15 +52,15 @@ ErrorCode SetAttributes(std::string_view path, std::uint32_t attributes) {
         return ErrorFromErrno(errno, native);
     }
     if (S_ISDIR(found.st_mode)) {
-        return errorNone;
+        return kErrorNone;
     }
-    constexpr mode_t writers = S_IWUSR | S_IWGRP | S_IWOTH;
+    constexpr mode_t kWriters = S_IWUSR | S_IWGRP | S_IWOTH;
     const mode_t before = found.st_mode & 07777;
-    const mode_t after = (attributes & attributeReadOnly) != 0 ? before & ~writers : before | S_IWUSR;
+    const mode_t after = (attributes & kAttributeReadOnly) != 0 ? before & ~kWriters : before | S_IWUSR;
     if (after != before && ::chmod(native.c_str(), after) != 0) {
         return ErrorFromErrno(errno, native);
     }
-    return errorNone;
+    return kErrorNone;
 }
 
 }  // namespace ventrix::platform

@@ -23,8 +23,8 @@ int DescriptorOf(FileHandle file) {
 
 int OpenFlags(FileAccess access, FileDisposition disposition) {
     int flags = O_CLOEXEC | O_NONBLOCK;
-    flags |= access == FileAccess::read ? O_RDONLY : access == FileAccess::write ? O_WRONLY : O_RDWR;
-    if (disposition != FileDisposition::openExisting) {
+    flags |= access == FileAccess::kRead ? O_RDONLY : access == FileAccess::kWrite ? O_WRONLY : O_RDWR;
+    if (disposition != FileDisposition::kOpenExisting) {
         flags |= O_CREAT;
     }
     return flags;
@@ -59,7 +59,7 @@ FileHandle OpenFileHandle(std::string_view path, FileAccess access, FileDisposit
     if (!file.IsOpen() || !IsRegularFile(file.Number())) {
         return 0;
     }
-    if (disposition == FileDisposition::createAlways && ::ftruncate(file.Number(), 0) != 0) {
+    if (disposition == FileDisposition::kCreateAlways && ::ftruncate(file.Number(), 0) != 0) {
         return 0;
     }
     return HandleOf(file.Detach());
@@ -80,12 +80,12 @@ std::uint32_t WriteToHandle(FileHandle file, const void* bytes, std::uint32_t co
 }
 
 std::optional<std::uint64_t> SeekHandle(FileHandle file, std::int64_t offset, SeekOrigin origin) {
-    constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    constexpr int kOrigins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
     const auto index = static_cast<std::uint32_t>(origin);
-    if (index >= std::size(origins)) {
+    if (index >= std::size(kOrigins)) {
         return std::nullopt;
     }
-    const off_t position = ::lseek(DescriptorOf(file), offset, origins[index]);
+    const off_t position = ::lseek(DescriptorOf(file), offset, kOrigins[index]);
     return position < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(position));
 }
 

@@ -19,7 +19,7 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr std::size_t blockSize = std::size_t{64} * 1024;
+constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
 
 /// Opens a file for reading without ever waiting, as a pipe without a writer would make it.
 ErrorCode OpenFileToRead(const std::string& native, Descriptor& file, struct stat& found) {
@@ -27,15 +27,15 @@ ErrorCode OpenFileToRead(const std::string& native, Descriptor& file, struct sta
     if (!file.IsOpen() || ::fstat(file.Number(), &found) != 0) {
         return ErrorFromErrno(errno, native);
     }
-    return S_ISREG(found.st_mode) ? errorNone : errorAccessDenied;
+    return S_ISREG(found.st_mode) ? kErrorNone : kErrorAccessDenied;
 }
 
 /// Hands each block of an open file to `take`, which gives 0 or an errno. The result is the same.
 template <typename Take>
 int ReadBlocks(int descriptor, const Take& take) {
-    const std::unique_ptr<char[]> block(new char[blockSize]);
+    const std::unique_ptr<char[]> block(new char[kBlockSize]);
     for (;;) {
-        const ssize_t count = ::read(descriptor, block.get(), blockSize);
+        const ssize_t count = ::read(descriptor, block.get(), kBlockSize);
         if (count < 0 && errno == EINTR) {
             continue;
         }
@@ -100,21 +100,21 @@ bool IsSameFile(const struct stat& source, const std::string& native) {
 ErrorCode MakeFolder(std::string_view path) {
     const std::string native = ToNative(path);
     if (::mkdir(native.c_str(), 0777) == 0) {
-        return errorNone;
+        return kErrorNone;
     }
-    return errno == ENOENT ? errorPathNotFound : ErrorFromErrno(errno);
+    return errno == ENOENT ? kErrorPathNotFound : ErrorFromErrno(errno);
 }
 
 ErrorCode RemoveEmptyFolder(std::string_view path) {
     const std::string native = WithoutClosingSlashes(ToNative(path));
     const int result = IsLinkToFolder(native) ? ::unlink(native.c_str()) : ::rmdir(native.c_str());
     if (result == 0) {
-        return errorNone;
+        return kErrorNone;
     }
     if (errno == ENOTDIR) {
-        return errorNotADirectory;
+        return kErrorNotADirectory;
     }
-    return errno == EEXIST ? errorDirNotEmpty : ErrorFromErrno(errno, native);
+    return errno == EEXIST ? kErrorDirNotEmpty : ErrorFromErrno(errno, native);
 }
 
 ErrorCode RemoveFile(std::string_view path) {
@@ -125,28 +125,28 @@ ErrorCode RemoveFile(std::string_view path) {
     }
     const bool readOnly = S_ISREG(itself.st_mode) && (itself.st_mode & S_IWUSR) == 0;
     if (readOnly || S_ISDIR(itself.st_mode) || IsLinkToFolder(native)) {
-        return errorAccessDenied;
+        return kErrorAccessDenied;
     }
     if (IsHeld(itself)) {
-        return errorSharingViolation;
+        return kErrorSharingViolation;
     }
-    return ::unlink(native.c_str()) == 0 ? errorNone : ErrorFromErrno(errno, native);
+    return ::unlink(native.c_str()) == 0 ? kErrorNone : ErrorFromErrno(errno, native);
 }
 
 ErrorCode CopyFileOver(std::string_view source, std::string_view target) {
     Descriptor from;
     struct stat found = {};
     ErrorCode error = OpenFileToRead(ToNative(source), from, found);
-    if (error != errorNone) {
+    if (error != kErrorNone) {
         return error;
     }
     const std::string nativeTarget = ToNative(target);
     if (IsSameFile(found, nativeTarget)) {
-        return errorSharingViolation;
+        return kErrorSharingViolation;
     }
     WriteTarget to;
     error = FindWriteTarget(nativeTarget, to);
-    if (error != errorNone) {
+    if (error != kErrorNone) {
         return error;
     }
     return ReplaceWhole(to, found.st_mode & 0777, [&](int descriptor) {
@@ -159,7 +159,7 @@ ErrorCode CopyFileOver(std::string_view source, std::string_view target) {
 bool OpensForReading(std::string_view path) {
     Descriptor file;
     struct stat found = {};
-    return OpenFileToRead(ToNative(path), file, found) == errorNone;
+    return OpenFileToRead(ToNative(path), file, found) == kErrorNone;
 }
 
 ErrorCode ReadWholeFile(std::string_view path, Bytes& content) {
@@ -167,7 +167,7 @@ ErrorCode ReadWholeFile(std::string_view path, Bytes& content) {
     Descriptor file;
     struct stat found = {};
     const ErrorCode error = OpenFileToRead(native, file, found);
-    if (error != errorNone) {
+    if (error != kErrorNone) {
         return error;
     }
     Bytes bytes;
@@ -176,13 +176,13 @@ ErrorCode ReadWholeFile(std::string_view path, Bytes& content) {
         return ErrorFromErrno(failure, native);
     }
     content = std::move(bytes);
-    return errorNone;
+    return kErrorNone;
 }
 
 ErrorCode ReadWholeFile(std::string_view path, std::string& content) {
     Bytes bytes;
     const ErrorCode error = ReadWholeFile(path, bytes);
-    if (error == errorNone) {
+    if (error == kErrorNone) {
         content.assign(bytes.begin(), bytes.end());
     }
     return error;
@@ -195,7 +195,7 @@ ErrorCode WriteWholeFile(std::string_view path, std::string_view content) {
 ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const PutPiece&)>& produce) {
     WriteTarget target;
     const ErrorCode error = FindWriteTarget(ToNative(path), target);
-    if (error != errorNone) {
+    if (error != kErrorNone) {
         return error;
     }
     return ReplaceWhole(target, target.exists ? target.mode : 0666, [&](int descriptor) {

@@ -6,7 +6,7 @@
 namespace ventrix::platform {
 
 /// Without a definition in the image its address is null.
-[[gnu::weak, gnu::visibility("hidden")]] extern const ModuleResources imageResources;
+[[gnu::weak, gnu::visibility("hidden")]] extern const ModuleResources kImageResources;
 
 /// True if the handle stands for the module in whose memory the address lies.
 bool IsAddressInModule(const void* address, ModuleHandle module);

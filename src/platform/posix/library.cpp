@@ -13,14 +13,14 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr char componentLibrary[] = "ole32.dll";
+constexpr char kComponentLibrary[] = "ole32.dll";
 
 /// Stands for the library of the component runtime; only its address counts.
 char componentLibraryMark;
 
 bool IsComponentLibrary(std::string_view name) {
-    return name.size() == std::strlen(componentLibrary) &&
-           ::strncasecmp(name.data(), componentLibrary, name.size()) == 0;
+    return name.size() == std::strlen(kComponentLibrary) &&
+           ::strncasecmp(name.data(), kComponentLibrary, name.size()) == 0;
 }
 
 void* FindComponentFunction(const char* name) {

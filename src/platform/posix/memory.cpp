@@ -7,14 +7,14 @@
 namespace ventrix::platform {
 
 void* TakeMemory(std::size_t size) {
-    constexpr std::size_t largePage = std::size_t{2} * 1024 * 1024;
+    constexpr std::size_t kLargePage = std::size_t{2} * 1024 * 1024;
     // A piece that does not begin and end with a large page has small ones there.
-    const std::size_t whole = (size + largePage - 1) / largePage * largePage;
-    void* memory = size < largePage ? std::malloc(size) : std::aligned_alloc(largePage, whole);
+    const std::size_t whole = (size + kLargePage - 1) / kLargePage * kLargePage;
+    void* memory = size < kLargePage ? std::malloc(size) : std::aligned_alloc(kLargePage, whole);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    if (size >= largePage) {
+    if (size >= kLargePage) {
         ::madvise(memory, whole, MADV_HUGEPAGE);
     }
     return memory;

@@ -12,7 +12,7 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr UINT workMessage = 0x0400;  // The first number that the platform leaves to programs.
+constexpr UINT kWorkMessage = 0x0400;  // The first number that the platform leaves to programs.
 
 /// The queues of all threads that have one, by thread number.
 struct QueueTable {
@@ -107,7 +107,7 @@ std::optional<MessageQueue::Work> MessageQueue::Take() {
 std::optional<MessageQueue::Work> MessageQueue::TakeCall(std::unique_lock<std::mutex>& guard, Time end) {
     const auto next = [&] {
         return std::find_if(items_.begin(), items_.end(),
-                            [](const Item& item) { return item.kind == Kind::call; });
+                            [](const Item& item) { return item.kind == Kind::kCall; });
     };
     if (!changed_.wait_until(guard, end, [&] { return next() != items_.end(); })) {
         return std::nullopt;
@@ -135,7 +135,7 @@ std::uint32_t CurrentThreadNumber() {
 bool PostToThread(std::uint32_t threadNumber, std::function<void()> work) {
     const std::shared_ptr<MessageQueue> queue = FindQueue(threadNumber);
     if (queue != nullptr) {
-        queue->Put(std::move(work), MessageQueue::Kind::message);
+        queue->Put(std::move(work), MessageQueue::Kind::kMessage);
     }
     return queue != nullptr;
 }
@@ -164,7 +164,7 @@ bool CallOnThread(std::uint32_t threadNumber, const std::function<void()>& work)
             work();
             done->set_value();
         },
-        MessageQueue::Kind::call);
+        MessageQueue::Kind::kCall);
     // Only the queue holds the promise now: a thread that ends drops it, and the wait is over.
     done.reset();
     queue.reset();
@@ -183,7 +183,7 @@ BOOL GetMessageW(MSG* message, HWND /*window*/, UINT /*first*/, UINT /*last*/) {
         message->message = WM_QUIT;
         return 0;
     }
-    message->message = platform::workMessage;
+    message->message = platform::kWorkMessage;
     message->wParam = ++own.lastTicket;
     own.taken.emplace(message->wParam, std::move(*work));
     return 1;
@@ -196,7 +196,7 @@ BOOL TranslateMessage(const MSG* /*message*/) {
 LRESULT DispatchMessageW(const MSG* message) {
     auto& taken = platform::CurrentThreadQueue().taken;
     const auto found = taken.find(message->wParam);
-    if (message->message != platform::workMessage || found == taken.end()) {
+    if (message->message != platform::kWorkMessage || found == taken.end()) {
         return 0;
     }
     const platform::MessageQueue::Work work = std::move(found->second);

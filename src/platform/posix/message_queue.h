@@ -17,8 +17,8 @@ class MessageQueue {
     using Time = std::chrono::steady_clock::time_point;
 
     enum class Kind {
-        message,  ///< Waits for the message loop.
-        call,     ///< A call from outside, which is served while the thread waits as well.
+        kMessage,  ///< Waits for the message loop.
+        kCall,     ///< A call from outside, which is served while the thread waits as well.
     };
 
     void Put(Work work, Kind kind);

@@ -15,15 +15,15 @@ std::map<ModuleHandle, const ModuleResources*>& BoundResources() {
     return bound;
 }
 
-const ModuleResources noResources = {};
+const ModuleResources kNoResources = {};
 
 const ModuleResources& ResourcesOf(ModuleHandle module) {
     const auto bound = BoundResources().find(module);
     if (bound != BoundResources().end()) {
         return *bound->second;
     }
-    const bool own = &imageResources != nullptr && IsAddressInModule(&imageResources, module);
-    return own ? imageResources : noResources;
+    const bool own = &kImageResources != nullptr && IsAddressInModule(&kImageResources, module);
+    return own ? kImageResources : kNoResources;
 }
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {

@@ -18,8 +18,8 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr char shell[] = "/bin/sh";
-constexpr int signalExitBase = 128;
+constexpr char kShell[] = "/bin/sh";
+constexpr int kSignalExitBase = 128;
 
 /// What a started program gets and what it does not.
 class SpawnSettings {
@@ -105,8 +105,8 @@ int Spawn(const std::string& file, std::vector<std::string>& arguments, pid_t& i
 
 int SpawnInShell(const std::string& script, std::vector<std::string> arguments, pid_t& id) {
     arguments[0] = script;
-    arguments.insert(arguments.begin(), shell);
-    return Spawn(shell, arguments, id);
+    arguments.insert(arguments.begin(), kShell);
+    return Spawn(kShell, arguments, id);
 }
 
 }  // namespace
@@ -115,7 +115,7 @@ ErrorCode StartProcess(std::string_view commandLine, ProcessHandle& process) {
     process = {};
     std::vector<std::string> arguments = NativeArguments(ProcessDrives(), SplitCommandLine(commandLine));
     if (arguments.empty()) {
-        return errorInvalidParameter;
+        return kErrorInvalidParameter;
     }
     const std::string program = LocateProgram(arguments[0]);
     struct stat found = {};
@@ -144,7 +144,7 @@ int WaitForProcess(ProcessHandle& process) {
             return -1;
         }
     }
-    return WIFSIGNALED(status) ? signalExitBase + WTERMSIG(status) : WEXITSTATUS(status);
+    return WIFSIGNALED(status) ? kSignalExitBase + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 }  // namespace ventrix::platform

@@ -9,8 +9,8 @@ namespace {
 
 using Steady = std::chrono::steady_clock;
 
-constexpr DWORD cancelCall = 0xFFFFFFFF;
-constexpr DWORD leastWait = 100;  // The platform takes less as a retry at once.
+constexpr DWORD kCancelCall = 0xFFFFFFFF;
+constexpr DWORD kLeastWait = 100;  // The platform takes less as a retry at once.
 
 bool IsRefusal(HRESULT answer) {
     return answer == RPC_E_CALL_REJECTED || answer == RPC_E_SERVERCALL_RETRYLATER;
@@ -55,10 +55,10 @@ HRESULT CallServer(const std::function<HRESULT()>& call, const CallClock& clock)
             return answer;
         }
         const DWORD wait = filter->RetryRejectedCall(nullptr, clock.now() - start, RejectTypeOf(answer));
-        if (wait == cancelCall) {
+        if (wait == kCancelCall) {
             return answer;
         }
-        if (wait >= leastWait) {
+        if (wait >= kLeastWait) {
             clock.wait(wait);
         }
     }

@@ -15,7 +15,7 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr int nameAttempts = 100;
+constexpr int kNameAttempts = 100;
 
 std::string RandomDigits() {
     std::uint32_t number = 0;
@@ -44,7 +44,7 @@ std::string MakeTempFile(std::string_view folder, std::string_view prefix) {
         start += '\\';
     }
     start += prefix.substr(0, 3);
-    for (int attempt = 0; attempt < nameAttempts; ++attempt) {
+    for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
         std::string path = start + RandomDigits() + ".tmp";
         const Descriptor file(::open(ToNative(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
         if (file.IsOpen()) {

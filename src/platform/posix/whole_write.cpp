@@ -17,9 +17,9 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr int nameAttempts = 1000;
-constexpr off_t largeFile = off_t{1} * 1024 * 1024;
-constexpr off_t roomAhead = off_t{8} * 1024 * 1024;
+constexpr int kNameAttempts = 1000;
+constexpr off_t kLargeFile = off_t{1} * 1024 * 1024;
+constexpr off_t kRoomAhead = off_t{8} * 1024 * 1024;
 
 std::string Resolved(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
@@ -30,7 +30,7 @@ std::string Resolved(const std::string& path) {
 /// gets.
 Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& created) {
     const std::string folder = NativeParent(path);
-    for (int attempt = 0; attempt < nameAttempts; ++attempt) {
+    for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
         created = folder + "/.ventrix-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
         const int number = ::open(created.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
         if (number >= 0 || errno != EEXIST) {
@@ -62,15 +62,15 @@ ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target) {
             return ErrorFromErrno(errno, nativePath);
         }
         target.path = nativePath;
-        return errorNone;
+        return kErrorNone;
     }
     if (!S_ISREG(found.st_mode) || (found.st_mode & S_IWUSR) == 0) {
-        return errorAccessDenied;
+        return kErrorAccessDenied;
     }
     target.path = Resolved(nativePath);
     target.exists = true;
     target.mode = found.st_mode & 07777;
-    return errorNone;
+    return kErrorNone;
 }
 
 ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::function<int(int)>& fill) {
@@ -84,7 +84,7 @@ ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::functi
         error = errno;
     }
     if (error == 0) {
-        return errorNone;
+        return kErrorNone;
     }
     ::unlink(beside.c_str());
     return ErrorFromErrno(error, target.path);
@@ -107,9 +107,9 @@ int WriteAll(int descriptor, const char* bytes, std::size_t count) {
 
 int GrowingFile::Append(std::string_view piece) {
     written_ += static_cast<off_t>(piece.size());
-    if (canSetAside_ && written_ > setAside_ && written_ >= largeFile) {
+    if (canSetAside_ && written_ > setAside_ && written_ >= kLargeFile) {
         // Not every file system can do it, and a full one can't: then writing goes on without.
-        setAside_ = written_ + roomAhead;
+        setAside_ = written_ + kRoomAhead;
         canSetAside_ = ::fallocate(descriptor_, FALLOC_FL_KEEP_SIZE, 0, setAside_) == 0;
     }
     return WriteAll(descriptor_, piece.data(), piece.size());

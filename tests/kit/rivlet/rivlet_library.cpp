@@ -17,10 +17,10 @@ std::string cacheFolder;
 std::int32_t lastError = 0;
 int openTexts = 0;
 
-constexpr char scheme[] = "net://";
+constexpr char kScheme[] = "net://";
 
 std::string NameOf(const char* url) {
-    return std::string(url).substr(sizeof scheme - 1);
+    return std::string(url).substr(sizeof kScheme - 1);
 }
 
 std::int32_t Store(const std::string& text, char** out) {
@@ -62,7 +62,7 @@ RIVLET int RivletOpenTexts() {
 }
 
 RIVLET std::int32_t RivletIsNetFile(const char* text) {
-    return std::string(text).rfind(scheme, 0) == 0 ? 0 : 1;
+    return std::string(text).rfind(kScheme, 0) == 0 ? 0 : 1;
 }
 
 RIVLET void RivletFree(void* text) {
@@ -85,7 +85,7 @@ RIVLET std::int32_t RivletQueryCacheForPath(const char* url, char** path) {
 RIVLET std::int32_t RivletQueryCacheForURL(const char* path, char** url) {
     const std::string prefix = cacheFolder + "/";
     const std::string text = path;
-    return text.rfind(prefix, 0) == 0 ? Store(scheme + text.substr(prefix.size()), url) : 1;
+    return text.rfind(prefix, 0) == 0 ? Store(kScheme + text.substr(prefix.size()), url) : 1;
 }
 
 RIVLET std::int32_t RivletGetCacheFile(const char* url, char** path) {
@@ -111,7 +111,7 @@ RIVLET std::int32_t RivletStat(const char* url, std::int32_t) {
 }
 
 RIVLET std::int32_t RivletCleanURL(const char* url, char** clean) {
-    return Store(scheme + fs::path(NameOf(url)).lexically_normal().string(), clean);
+    return Store(kScheme + fs::path(NameOf(url)).lexically_normal().string(), clean);
 }
 
 RIVLET std::int32_t RivletGetAbsoluteURL(const char* base, const char* path, char** url) {

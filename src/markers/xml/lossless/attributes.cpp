@@ -124,7 +124,7 @@ void AddFromDtd(DocumentStore& store, NodeIndex element, xmlDoc& dtd, AttributeC
                 store.AddText(DecodeAttributeValue(View(declared->defaultValue), &dtd));
             store.At(attribute).close = ownName;
             store.At(attribute).child = ownValue;
-            store.At(attribute).flags = Created | OwnText | FromDtd;
+            store.At(attribute).flags = kCreated | kOwnText | kFromDtd;
         }
     }
 }

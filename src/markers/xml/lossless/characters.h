@@ -19,11 +19,11 @@ bool IsPlain(std::string_view text);
 bool HoldsOnlyCharacters(std::string_view text);
 
 enum ByteClass : std::uint8_t {
-    NameByte = 1,    ///< May stand in a name. Of ASCII only; a name may hold other characters too.
-    NameStart = 2,   ///< May begin one.
-    Solid = 4,       ///< No white space.
-    TextStop = 8,    ///< What a scan for the end of a text has to look at.
-    ValueStop = 16,  ///< The same for an attribute's value.
+    kNameByte = 1,    ///< May stand in a name. Of ASCII only; a name may hold other characters too.
+    kNameStart = 2,   ///< May begin one.
+    kSolid = 4,       ///< No white space.
+    kTextStop = 8,    ///< What a scan for the end of a text has to look at.
+    kValueStop = 16,  ///< The same for an attribute's value.
 };
 
 namespace detail {
@@ -39,8 +39,9 @@ constexpr std::uint8_t ClassOf(unsigned c) {
     const bool odd = c >= 0x80 || (c < 0x20 && !blank);
     const bool text = odd || c == '<' || c == '&' || c == ']' || c == '\r';
     const bool value = odd || c == '<' || c == '&' || c == '"' || c == '\'';
-    return static_cast<std::uint8_t>((name ? NameByte : 0) | (start ? NameStart : 0) | (blank ? 0 : Solid) |
-                                     (text ? TextStop : 0) | (value ? ValueStop : 0));
+    return static_cast<std::uint8_t>((name ? kNameByte : 0) | (start ? kNameStart : 0) |
+                                     (blank ? 0 : kSolid) | (text ? kTextStop : 0) |
+                                     (value ? kValueStop : 0));
 }
 
 constexpr std::array<std::uint8_t, 256> MakeClasses() {
@@ -51,13 +52,13 @@ constexpr std::array<std::uint8_t, 256> MakeClasses() {
     return classes;
 }
 
-inline constexpr std::array<std::uint8_t, 256> classes = MakeClasses();
+inline constexpr std::array<std::uint8_t, 256> kClasses = MakeClasses();
 
 }  // namespace detail
 
 /// The ByteClass bits of a byte.
 inline std::uint8_t ClassOf(char byte) {
-    return detail::classes[static_cast<unsigned char>(byte)];
+    return detail::kClasses[static_cast<unsigned char>(byte)];
 }
 
 namespace detail {
@@ -101,7 +102,7 @@ inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
 
 /// True for white space.
 inline bool IsBlank(char byte) {
-    return (ClassOf(byte) & Solid) == 0;
+    return (ClassOf(byte) & kSolid) == 0;
 }
 
 }  // namespace ventrix::xml

@@ -99,22 +99,22 @@ std::string_view DocumentStore::AttributeNameOf(const NodeRecord& record) {
     if (record.type != NODE_ATTRIBUTE) {
         return {};
     }
-    return (record.flags & Created) != 0 ? texts_[record.close]
-                                         : Slice(record.begin, record.begin + record.nameLength);
+    return (record.flags & kCreated) != 0 ? texts_[record.close]
+                                          : Slice(record.begin, record.begin + record.nameLength);
 }
 
 std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) {
     const NodeRecord& record = At(index);
-    if ((record.flags & OwnText) != 0) {
+    if ((record.flags & kOwnText) != 0) {
         return OwnTextOf(record);
     }
     switch (record.type) {
         case NODE_TEXT:
             return TextOf(record, buffer);
         case NODE_CDATA_SECTION: {
-            constexpr std::uint32_t opening = sizeof "<![CDATA[" - 1;
-            constexpr std::uint32_t closing = sizeof "]]>" - 1;
-            return buffer = NormalizeLineEnds(Slice(record.begin + opening, record.end - closing));
+            constexpr std::uint32_t kOpening = sizeof "<![CDATA[" - 1;
+            constexpr std::uint32_t kClosing = sizeof "]]>" - 1;
+            return buffer = NormalizeLineEnds(Slice(record.begin + kOpening, record.end - kClosing));
         }
         case NODE_ATTRIBUTE:
             return SourceValue(*this, index, buffer);
@@ -125,13 +125,13 @@ std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) 
 
 std::string_view DocumentStore::TextOf(const NodeRecord& text, std::string& buffer) {
     const std::string_view raw = Slice(text.begin, text.end);
-    const bool isSurrounded = (text.flags & (Prefixed | Quoted)) != 0;
-    if (!isSurrounded && (text.flags & Verbatim) != 0) {
+    const bool isSurrounded = (text.flags & (kPrefixed | kQuoted)) != 0;
+    if (!isSurrounded && (text.flags & kVerbatim) != 0) {
         return raw;
     }
     buffer = isSurrounded ? OwnTextOf(text) : std::string_view();
-    if ((text.flags & Quoted) != 0) {
-        AppendEscaped(buffer, raw, markupEscapes);
+    if ((text.flags & kQuoted) != 0) {
+        AppendEscaped(buffer, raw, kMarkupEscapes);
         buffer += texts_[text.close];
     } else {
         AppendDecodedText(buffer, raw);
@@ -144,7 +144,7 @@ bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view front) {
     if (front.empty()) {
         return true;
     }
-    if ((record.flags & (OwnText | Prefixed | Quoted)) == 0) {
+    if ((record.flags & (kOwnText | kPrefixed | kQuoted)) == 0) {
         // A reference or a line end, which may read as something else, is the only other beginning.
         const std::string_view raw = Slice(record.begin, record.end);
         if (raw[0] != front[0] && raw[0] != '&' && raw[0] != '\r') {
@@ -159,7 +159,7 @@ void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     NoteChange(index);
     NodeRecord& record = At(index);
     PutOwnText(record, text);
-    record.flags = static_cast<std::uint8_t>((record.flags & ~(Prefixed | Quoted | Filled)) | OwnText);
+    record.flags = static_cast<std::uint8_t>((record.flags & ~(kPrefixed | kQuoted | kFilled)) | kOwnText);
     NoteFilled(record);
 }
 
@@ -167,7 +167,7 @@ NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin,
                                    std::string_view behind) {
     const NodeIndex text = Add(NODE_TEXT);
     NodeRecord& record = At(text);
-    record.flags = Created | Quoted | Filled;
+    record.flags = kCreated | kQuoted | kFilled;
     record.begin = begin;
     record.end = end;
     record.child = ShareText(before);
@@ -178,14 +178,14 @@ NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin,
 void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
     NodeRecord& record = At(text);
     std::string buffer;
-    if ((record.flags & (OwnText | Quoted)) != 0) {
+    if ((record.flags & (kOwnText | kQuoted)) != 0) {
         SetContent(text, std::string(UpToNul(front)).append(ContentOf(text, buffer)));
         return;
     }
     NoteChange(text);
-    if ((record.flags & Prefixed) == 0) {
+    if ((record.flags & kPrefixed) == 0) {
         record.child = ShareText(front);
-        record.flags |= Prefixed;
+        record.flags |= kPrefixed;
     } else {
         PutOwnText(record, std::string(UpToNul(front)).append(OwnTextOf(record)));
     }
@@ -195,12 +195,12 @@ void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
 // A node whose text is replaced once may have it replaced a thousand times, a little longer each time. So
 // from then on the new one takes the old one's place.
 void DocumentStore::PutOwnText(NodeRecord& record, std::string_view text) {
-    if ((record.flags & Rewritten) != 0) {
+    if ((record.flags & kRewritten) != 0) {
         strings_[record.child] = UpToNul(text);
-    } else if ((record.flags & (OwnText | Prefixed)) != 0 && record.child != 0) {
+    } else if ((record.flags & (kOwnText | kPrefixed)) != 0 && record.child != 0) {
         strings_.emplace_back(UpToNul(text));
         record.child = static_cast<std::uint32_t>(strings_.size() - 1);
-        record.flags |= Rewritten;
+        record.flags |= kRewritten;
     } else {
         record.child = AddText(text);
     }
@@ -209,7 +209,7 @@ void DocumentStore::PutOwnText(NodeRecord& record, std::string_view text) {
 /// A text that has one of the store's is filled if that is.
 void DocumentStore::NoteFilled(NodeRecord& text) {
     if (!std::ranges::all_of(OwnTextOf(text), IsBlank)) {
-        text.flags |= Filled;
+        text.flags |= kFilled;
     }
 }
 
@@ -224,8 +224,8 @@ std::uint32_t DocumentStore::EndOf(const NodeRecord& element) {
 
 // Above an element that is touched, all are.
 void DocumentStore::Touch(NodeIndex element) {
-    while (element != 0 && (At(element).flags & Touched) == 0) {
-        At(element).flags |= Touched;
+    while (element != 0 && (At(element).flags & kTouched) == 0) {
+        At(element).flags |= kTouched;
         element = At(element).parent;
     }
 }
@@ -239,7 +239,7 @@ void DocumentStore::NoteChange(NodeIndex index) {
 
 void DocumentStore::ChangeAttributes(NodeIndex element) {
     if (element != 0) {
-        At(element).flags |= AttributesChanged;
+        At(element).flags |= kAttributesChanged;
         Touch(element);
     }
 }
@@ -248,15 +248,15 @@ void DocumentStore::SetFirstAttribute(NodeIndex element, NodeIndex attribute) {
     NodeRecord& record = At(element);
     At(attribute).previous = TagEnd(record);
     record.end = attribute;
-    record.flags |= HasAttributes;
+    record.flags |= kHasAttributes;
 }
 
 void DocumentStore::ReadAttributes(NodeIndex element) {
     NodeRecord& record = At(element);
-    if (record.type != NODE_ELEMENT || (record.flags & AttributesRead) != 0) {
+    if (record.type != NODE_ELEMENT || (record.flags & kAttributesRead) != 0) {
         return;
     }
-    record.flags |= AttributesRead;
+    record.flags |= kAttributesRead;
     ReadSourceAttributes(*this, element);
 }
 

@@ -94,7 +94,7 @@ class DocumentStore {
 
     /// The store's text of a node that has one.
     std::string_view OwnTextOf(const NodeRecord& record) const {
-        return (record.flags & Rewritten) != 0 ? strings_[record.child] : texts_[record.child];
+        return (record.flags & kRewritten) != 0 ? strings_[record.child] : texts_[record.child];
     }
 
     std::string_view NameOf(NodeIndex index) {
@@ -123,13 +123,13 @@ class DocumentStore {
     /// The chain of an element's attributes, as far as they stand as nodes.
     NodeIndex FirstAttribute(NodeIndex element) {
         const NodeRecord& record = At(element);
-        return (record.flags & HasAttributes) != 0 ? record.end : 0;
+        return (record.flags & kHasAttributes) != 0 ? record.end : 0;
     }
     void SetFirstAttribute(NodeIndex element, NodeIndex attribute);
 
     /// Behind an element's start tag.
     std::uint32_t TagEnd(const NodeRecord& element) {
-        return (element.flags & HasAttributes) != 0 ? At(element.end).previous : element.end;
+        return (element.flags & kHasAttributes) != 0 ? At(element.end).previous : element.end;
     }
 
     /// Makes sure that an element's attributes stand as nodes.

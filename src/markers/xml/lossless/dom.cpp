@@ -70,7 +70,7 @@ void Node::SetText(Node node, std::string_view text) {
     const NodeType type = TypeOf(node);
     if (type == NODE_ATTRIBUTE) {
         NodeRecord& record = node.store_->At(node.index_);
-        record.flags &= static_cast<std::uint8_t>(~FromDtd);
+        record.flags &= static_cast<std::uint8_t>(~kFromDtd);
         node.store_->ChangeAttributes(record.parent);
     }
     if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
@@ -87,7 +87,7 @@ bool Node::HasFilledText(Node node) {
         return false;
     }
     const NodeRecord& record = node.store_->At(node.index_);
-    return record.type == NODE_TEXT && (record.flags & Filled) != 0;
+    return record.type == NODE_TEXT && (record.flags & kFilled) != 0;
 }
 
 void Node::PrependText(Node node, std::string_view front) {
@@ -186,7 +186,7 @@ Document::~Document() = default;
 bool Document::load(std::string_view path) {
     platform::Bytes bytes;
     if (const platform::ErrorCode error = platform::ReadWholeFile(path, bytes);
-        error != platform::errorNone) {
+        error != platform::kErrorNone) {
         bytes.clear();
         reason_ = "The file '" + std::string(path) + "' cannot be read (error " + std::to_string(error) + ")";
         store_->Clear(index_);
@@ -212,7 +212,7 @@ Node Document::get_documentElement() const {
 
 Node Document::createTextNode(std::string_view text) {
     const NodeIndex index = store_->Add(NODE_TEXT);
-    store_->At(index).flags = Created;
+    store_->At(index).flags = kCreated;
     store_->SetContent(index, text);
     return {store_.get(), index};
 }
@@ -233,7 +233,7 @@ Node Document::createAttribute(std::string_view name) {
     }
     const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
     const std::uint32_t ownName = store_->ShareText(terminated);
-    store_->At(index).flags = Created | OwnText;
+    store_->At(index).flags = kCreated | kOwnText;
     store_->At(index).close = ownName;
     return {store_.get(), index};
 }
@@ -256,7 +256,7 @@ bool Document::save(std::string_view path) {
     const platform::ErrorCode error = source->encoding.empty()
                                           ? platform::WriteWholeFile(path, inUtf8)
                                           : platform::WriteWholeFile(path, inOwnEncoding);
-    return error == platform::errorNone;
+    return error == platform::kErrorNone;
 }
 
 std::optional<NodeList> Document::selectNodes(std::string_view query) {

@@ -26,8 +26,8 @@ std::size_t EntitySizes::SizeOf(const xmlEntity& entity, int depth) {
     if (entity.content == nullptr || entity.etype != XML_INTERNAL_GENERAL_ENTITY) {
         return 0;
     }
-    if (depth > DeepestEntity) {
-        return ExpansionLimit + 1;
+    if (depth > kDeepestEntity) {
+        return kExpansionLimit + 1;
     }
     if (const auto known = known_.find(&entity); known != known_.end()) {
         return known->second;
@@ -36,7 +36,7 @@ std::size_t EntitySizes::SizeOf(const xmlEntity& entity, int depth) {
     std::size_t size = content.size();
     EachReference(content, [&](const std::string& name) {
         const xmlEntity* nested = xmlGetDocEntity(entity.doc, reinterpret_cast<const xmlChar*>(name.c_str()));
-        size = std::min(size + (nested == nullptr ? 0 : SizeOf(*nested, depth + 1)), ExpansionLimit + 1);
+        size = std::min(size + (nested == nullptr ? 0 : SizeOf(*nested, depth + 1)), kExpansionLimit + 1);
     });
     known_[&entity] = size;
     return size;

@@ -12,7 +12,7 @@
 namespace ventrix::xml {
 namespace {
 
-constexpr std::size_t LargestText = INT32_MAX;  ///< The parser counts in int.
+constexpr std::size_t kLargestText = INT32_MAX;  ///< The parser counts in int.
 
 void NoteDeclarations(const xmlDtd* subset, SourceText& source) {
     for (const xmlNode* node = subset == nullptr ? nullptr : subset->children; node != nullptr;
@@ -39,7 +39,7 @@ Judgement Parse(std::string_view text, const LoadSettings& settings) {
 /// Has the parser judge what the tree builder could not. A text that fails is parsed whole, so that the
 /// reason tells where.
 Judgement Judge(const SourceText& source, Form form, const LoadSettings& settings) {
-    if (form == Form::WellFormed) {
+    if (form == Form::kWellFormed) {
         const std::string_view text = source.text;
         const std::size_t rootBegin = RootBegin(text);
         if (IsPlainProlog(text.substr(0, rootBegin)) &&
@@ -57,7 +57,7 @@ Judgement Judge(const SourceText& source, Form form, const LoadSettings& setting
 std::string ReadSource(DocumentStore& store, SourceText& source, const LoadSettings& settings) {
     const Form form = BuildTree(store, source);
     Judgement judgement = Judge(source, form, settings);
-    if (judgement.reason.empty() && form == Form::Broken) {
+    if (judgement.reason.empty() && form == Form::kBroken) {
         judgement.reason = "The document cannot be read as a tree";
     }
     if (!judgement.reason.empty()) {
@@ -88,7 +88,7 @@ std::string LoadSource(DocumentStore& store, NodeIndex document, platform::Bytes
     if (!decoded.problem.empty()) {
         return decoded.problem;
     }
-    if (decoded.text.size() > LargestText) {
+    if (decoded.text.size() > kLargestText) {
         return "The document is too large";
     }
     SourceText* source = store.AddSource(std::move(decoded.text));

@@ -8,7 +8,7 @@
 namespace ventrix::xml {
 namespace {
 
-constexpr std::string_view Declares = "xmlns";
+constexpr std::string_view kDeclares = "xmlns";
 
 using Prefixes = std::set<std::string, std::less<>>;
 
@@ -31,7 +31,7 @@ void NotePrefixes(DocumentStore& store, NodeIndex element, Prefixes& used) {
     store.ReadAttributes(element);
     for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.At(index).next) {
         const std::string_view prefix = PrefixOf(store.NameOf(index));
-        if (!prefix.empty() && prefix != Declares) {
+        if (!prefix.empty() && prefix != kDeclares) {
             used.emplace(prefix);
         }
     }
@@ -62,14 +62,14 @@ Prefixes UsedPrefixes(DocumentStore& store, NodeIndex top) {
 }  // namespace
 
 std::string_view DeclaredPrefix(std::string_view attributeName) {
-    if (!attributeName.starts_with(Declares)) {
+    if (!attributeName.starts_with(kDeclares)) {
         return {};
     }
-    if (attributeName.size() == Declares.size()) {
-        return attributeName.substr(Declares.size());
+    if (attributeName.size() == kDeclares.size()) {
+        return attributeName.substr(kDeclares.size());
     }
-    return attributeName[Declares.size()] == ':' ? attributeName.substr(Declares.size() + 1)
-                                                 : std::string_view();
+    return attributeName[kDeclares.size()] == ':' ? attributeName.substr(kDeclares.size() + 1)
+                                                  : std::string_view();
 }
 
 std::string_view PrefixOf(std::string_view qualifiedName) {

@@ -34,22 +34,22 @@ static_assert(sizeof(NodeRecord) == 32);
 
 /// A bit means something else for each kind of node.
 enum NodeFlags : std::uint8_t {
-    Created = 1,  ///< Any node: has no place in a source at all.
-    OwnText = 2,  ///< Text or attribute: its content is a text of the store's, not of the source.
+    kCreated = 1,  ///< Any node: has no place in a source at all.
+    kOwnText = 2,  ///< Text or attribute: its content is a text of the store's, not of the source.
 
-    AttributesRead = 4,      ///< Element: its attributes stand as nodes.
-    HasAttributes = 8,       ///< Element: there are some.
-    AttributesChanged = 16,  ///< Element: its start tag must be written anew.
-    Touched = 32,            ///< Element: it has changed itself, or something below it.
+    kAttributesRead = 4,      ///< Element: its attributes stand as nodes.
+    kHasAttributes = 8,       ///< Element: there are some.
+    kAttributesChanged = 16,  ///< Element: its start tag must be written anew.
+    kTouched = 32,            ///< Element: it has changed itself, or something below it.
 
-    FromDtd = 4,  ///< Attribute: the DTD supplies it and nobody changed it.
+    kFromDtd = 4,  ///< Attribute: the DTD supplies it and nobody changed it.
 
-    Verbatim = 4,  ///< Text: its source bytes are its content.
-    Prefixed = 8,  ///< Text: one of the source with a text of the store's in front.
-    Quoted = 16,   ///< Text: markup of the source, escaped, with texts of the store's around it.
-    Filled = 32,   ///< Text: it is not all white space.
+    kVerbatim = 4,  ///< Text: its source bytes are its content.
+    kPrefixed = 8,  ///< Text: one of the source with a text of the store's in front.
+    kQuoted = 16,   ///< Text: markup of the source, escaped, with texts of the store's around it.
+    kFilled = 32,   ///< Text: it is not all white space.
 
-    Rewritten = 64,  ///< Text or attribute: the store's text is a string that is its own.
+    kRewritten = 64,  ///< Text or attribute: the store's text is a string that is its own.
 };
 
 /// References hold until the next Add or Reserve.

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::size_t NotFound = std::string_view::npos;
+constexpr std::size_t kNotFound = std::string_view::npos;
 
 /// Behind the "]" that closes an internal subset which begins at `at`. Literals, comments and instructions
 /// may hold one.
@@ -22,12 +22,12 @@ std::size_t BehindInternalSubset(std::string_view text, std::size_t at) {
         } else if (text[at] == '"' || text[at] == '\'') {
             at = text.find(text[at], at + 1);
         }
-        if (at == NotFound) {
-            return NotFound;
+        if (at == kNotFound) {
+            return kNotFound;
         }
         ++at;
     }
-    return at < text.size() ? at + 1 : NotFound;
+    return at < text.size() ? at + 1 : kNotFound;
 }
 
 std::size_t BehindDoctype(std::string_view text, std::size_t at) {
@@ -38,17 +38,17 @@ std::size_t BehindDoctype(std::string_view text, std::size_t at) {
             at = BehindInternalSubset(text, at + 1);
             continue;
         }
-        if (at == NotFound) {
-            return NotFound;
+        if (at == kNotFound) {
+            return kNotFound;
         }
         ++at;
     }
-    return at < text.size() ? at + 1 : NotFound;
+    return at < text.size() ? at + 1 : kNotFound;
 }
 
 std::size_t Behind(std::string_view text, std::string_view closing, std::size_t at) {
     const std::size_t found = text.find(closing, at);
-    return found == NotFound ? NotFound : found + closing.size();
+    return found == kNotFound ? kNotFound : found + closing.size();
 }
 
 /// Takes the words off the text's front; false if others stand there.
@@ -65,9 +65,9 @@ bool TakePseudoAttribute(std::string_view& text, std::string_view opening) {
         return false;
     }
     const std::size_t end = rest.find('"');
-    const bool plain = end != NotFound && end > 0 && (ClassOf(rest[0]) & NameStart) != 0 &&
+    const bool plain = end != kNotFound && end > 0 && (ClassOf(rest[0]) & kNameStart) != 0 &&
                        std::ranges::all_of(rest.substr(0, end),
-                                           [](char c) { return (ClassOf(c) & NameByte) != 0 && c != ':'; });
+                                           [](char c) { return (ClassOf(c) & kNameByte) != 0 && c != ':'; });
     if (plain) {
         text = rest.substr(end + 1);
     }
@@ -78,7 +78,7 @@ bool TakePseudoAttribute(std::string_view& text, std::string_view opening) {
 
 std::size_t RootBegin(std::string_view text) {
     std::size_t at = text.find('<');
-    while (at != NotFound && at + 1 < text.size() && (text[at + 1] == '?' || text[at + 1] == '!')) {
+    while (at != kNotFound && at + 1 < text.size() && (text[at + 1] == '?' || text[at + 1] == '!')) {
         std::size_t behind = 0;
         if (text[at + 1] == '?') {
             behind = Behind(text, "?>", at);
@@ -87,7 +87,7 @@ std::size_t RootBegin(std::string_view text) {
         } else {
             behind = BehindDoctype(text, at + 2);
         }
-        at = behind == NotFound ? NotFound : text.find('<', behind);
+        at = behind == kNotFound ? kNotFound : text.find('<', behind);
     }
     return at;
 }

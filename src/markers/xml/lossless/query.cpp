@@ -38,12 +38,12 @@ std::string TextOfXml(std::string_view xml) {
 
 /// No prefix is bound, but libxml2 takes this one for bound whatever it is told.
 bool UsesXmlPrefix(std::string_view query) {
-    constexpr std::string_view prefix = "xml:";
+    constexpr std::string_view kPrefix = "xml:";
     for (std::size_t at = 0; at < query.size(); ++at) {
         if (query[at] == '"' || query[at] == '\'') {
             at = std::min(query.find(query[at], at + 1), query.size());
-        } else if (query.substr(at).starts_with(prefix) &&
-                   (at == 0 || (ClassOf(query[at - 1]) & NameByte) == 0)) {
+        } else if (query.substr(at).starts_with(kPrefix) &&
+                   (at == 0 || (ClassOf(query[at - 1]) & kNameByte) == 0)) {
             return true;
         }
     }

@@ -13,7 +13,7 @@
 namespace ventrix::xml {
 namespace {
 
-constexpr char ReplacementCharacter[] = "\xEF\xBF\xBD";
+constexpr char kReplacementCharacter[] = "\xEF\xBF\xBD";
 
 void AppendUtf8(std::string& out, std::uint32_t code) {
     if (code < 0x80) {
@@ -46,9 +46,9 @@ std::optional<std::uint32_t> CharacterCode(std::string_view name) {
 }
 
 std::optional<char> Predefined(std::string_view name) {
-    constexpr std::pair<std::string_view, char> entities[] = {
+    constexpr std::pair<std::string_view, char> kEntities[] = {
         {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
-    for (const auto& [entity, character] : entities) {
+    for (const auto& [entity, character] : kEntities) {
         if (name == entity) {
             return character;
         }
@@ -70,9 +70,10 @@ Reference CharacterKind(std::string_view name) {
     const auto [end, error] =
         std::from_chars(digits.data(), digits.data() + digits.size(), code, hex ? 16 : 10);
     if (error != std::errc() || end != digits.data() + digits.size() || !IsCharacter(code)) {
-        return Reference::Other;
+        return Reference::kOther;
     }
-    return code == ' ' || code == '\t' || code == '\n' || code == '\r' ? Reference::Blank : Reference::Solid;
+    return code == ' ' || code == '\t' || code == '\n' || code == '\r' ? Reference::kBlank
+                                                                       : Reference::kSolid;
 }
 
 /// The name between "&" at `at` and ";". Empty if there is no ";".
@@ -104,11 +105,11 @@ bool AppendReferred(std::string& out, std::string_view name) {
 }
 
 void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth) {
-    for (std::size_t at = 0; at < raw.size() && out.size() < ExpansionLimit; ++at) {
+    for (std::size_t at = 0; at < raw.size() && out.size() < kExpansionLimit; ++at) {
         const char c = raw[at];
         if (c == '&') {
             const std::string_view name = NameAt(raw, at);
-            if (!AppendReferred(out, name) && depth < DeepestEntity) {
+            if (!AppendReferred(out, name) && depth < kDeepestEntity) {
                 AppendValue(out, Replacement(name, dtd), dtd, depth + 1);
             }
             at += name.size() + 1;
@@ -121,12 +122,12 @@ void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth)
 }
 
 void AppendExpanded(std::string& out, std::string_view content, xmlDoc* dtd, int depth) {
-    for (std::size_t at = 0; at < content.size() && out.size() < ExpansionLimit; ++at) {
+    for (std::size_t at = 0; at < content.size() && out.size() < kExpansionLimit; ++at) {
         const std::string_view name = content[at] == '&' ? NameAt(content, at) : std::string_view();
         if (name.empty() || name[0] == '#' || Predefined(name)) {
             out += content[at];
         } else {
-            if (depth < DeepestEntity) {
+            if (depth < kDeepestEntity) {
                 AppendExpanded(out, Replacement(name, dtd), dtd, depth + 1);
             }
             at += name.size() + 1;
@@ -136,14 +137,14 @@ void AppendExpanded(std::string& out, std::string_view content, xmlDoc* dtd, int
 
 using Escapes = std::pair<char, std::string_view>;
 
-constexpr EscapeTable textEscapes =
+constexpr EscapeTable kTextEscapes =
     MakeEscapeTable(std::array<Escapes, 4>{{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}}});
 
-constexpr EscapeTable textEscapesWithReturns = MakeEscapeTable(
+constexpr EscapeTable kTextEscapesWithReturns = MakeEscapeTable(
     std::array<Escapes, 5>{{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}, {'\n', "\r\n"}}});
 
-constexpr EscapeTable quotedEscapes = Combine(markupEscapes, textEscapes);
-constexpr EscapeTable quotedEscapesWithReturns = Combine(markupEscapes, textEscapesWithReturns);
+constexpr EscapeTable kQuotedEscapes = Combine(kMarkupEscapes, kTextEscapes);
+constexpr EscapeTable kQuotedEscapesWithReturns = Combine(kMarkupEscapes, kTextEscapesWithReturns);
 
 constexpr EscapeTable ValueEscapes(Escapes quote) {
     return MakeEscapeTable(std::array<Escapes, 7>{{{'&', "&amp;"},
@@ -155,15 +156,15 @@ constexpr EscapeTable ValueEscapes(Escapes quote) {
                                                    std::move(quote)}});
 }
 
-constexpr EscapeTable valueEscapes = ValueEscapes({'"', "&quot;"});
-constexpr EscapeTable valueEscapesInApostrophes = ValueEscapes({'\'', "&#39;"});
+constexpr EscapeTable kValueEscapes = ValueEscapes({'"', "&quot;"});
+constexpr EscapeTable kValueEscapesInApostrophes = ValueEscapes({'\'', "&#39;"});
 
 /// The text with U+FFFD in the place of what XML cannot hold.
 std::string Repaired(std::string_view text) {
     std::string repaired;
     while (!text.empty()) {
         const std::size_t length = CharacterLength(text.substr(0, 4));
-        repaired.append(length == 0 ? std::string_view(ReplacementCharacter) : text.substr(0, length));
+        repaired.append(length == 0 ? std::string_view(kReplacementCharacter) : text.substr(0, length));
         text.remove_prefix(std::max<std::size_t>(length, 1));
     }
     return repaired;
@@ -184,13 +185,13 @@ ReferenceRead ReadReference(std::string_view text) {
         std::ranges::find_if(text.substr(1), [](char c) { return c == ';' || c == '<' || c == '&'; }) -
         text.begin());
     if (end == text.size() || text[end] != ';') {
-        return {Reference::Other, 1};
+        return {Reference::kOther, 1};
     }
     const std::string_view name = text.substr(1, end - 1);
     if (name.starts_with('#')) {
         return {CharacterKind(name), end + 1};
     }
-    return {Predefined(name) ? Reference::Solid : Reference::Other, end + 1};
+    return {Predefined(name) ? Reference::kSolid : Reference::kOther, end + 1};
 }
 
 void AppendDecodedText(std::string& out, std::string_view raw) {
@@ -248,16 +249,16 @@ void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd)
     if (IsPlain(text)) {
         xml += text;
     } else {
-        AppendXml(xml, text, lineEnd == LineEnd::LineFeed ? textEscapes : textEscapesWithReturns);
+        AppendXml(xml, text, lineEnd == LineEnd::kLineFeed ? kTextEscapes : kTextEscapesWithReturns);
     }
 }
 
 void AppendQuotedText(std::string& xml, std::string_view markup, LineEnd lineEnd) {
-    AppendEscaped(xml, markup, lineEnd == LineEnd::LineFeed ? quotedEscapes : quotedEscapesWithReturns);
+    AppendEscaped(xml, markup, lineEnd == LineEnd::kLineFeed ? kQuotedEscapes : kQuotedEscapesWithReturns);
 }
 
 void AppendEscapedValue(std::string& xml, std::string_view value, char quote) {
-    AppendXml(xml, value, quote == '"' ? valueEscapes : valueEscapesInApostrophes);
+    AppendXml(xml, value, quote == '"' ? kValueEscapes : kValueEscapesInApostrophes);
 }
 
 std::string ExpandEntity(std::string_view name, xmlDoc* dtd) {

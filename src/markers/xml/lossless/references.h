@@ -11,12 +11,12 @@ namespace ventrix::xml {
 
 /// How many bytes of replacement text a document may use, and how deep entities may be nested, before that
 /// counts as an attack. Parsing refuses a document beyond.
-constexpr std::size_t ExpansionLimit = 64'000'000;
-constexpr int DeepestEntity = 40;
+constexpr std::size_t kExpansionLimit = 64'000'000;
+constexpr int kDeepestEntity = 40;
 
 /// What a reference stands for: an entity that is not predefined, or malformed; white space; another
 /// character.
-enum class Reference { Other, Blank, Solid };
+enum class Reference { kOther, kBlank, kSolid };
 
 struct ReferenceRead {
     Reference kind;
@@ -27,7 +27,7 @@ struct ReferenceRead {
 ReferenceRead ReadReference(std::string_view text);
 
 /// How a written text ends its lines.
-enum class LineEnd { LineFeed, ReturnAndLineFeed };
+enum class LineEnd { kLineFeed, kReturnAndLineFeed };
 
 /// Appends the content of a text node: line ends as line feeds, character references and the five predefined
 /// entities decoded.

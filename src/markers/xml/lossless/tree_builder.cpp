@@ -10,8 +10,8 @@
 namespace ventrix::xml {
 namespace {
 
-constexpr std::size_t NotFound = std::string_view::npos;
-constexpr std::size_t LongestName = UINT16_MAX;
+constexpr std::size_t kNotFound = std::string_view::npos;
+constexpr std::size_t kLongestName = UINT16_MAX;
 
 bool EndsName(char c) {
     return IsBlank(c) || c == '>' || c == '/' || c == '=';
@@ -19,18 +19,18 @@ bool EndsName(char c) {
 
 std::size_t Behind(std::string_view text, std::string_view closing, std::size_t at) {
     const std::size_t found = text.find(closing, at);
-    return found == NotFound ? NotFound : found + closing.size();
+    return found == kNotFound ? kNotFound : found + closing.size();
 }
 
 /// ASCII names with one colon at most, and a name on either side of it.
 bool IsPlainName(std::string_view name) {
     const std::size_t colon = name.find(':');
     const auto isLocal = [](std::string_view part) {
-        return !part.empty() && (ClassOf(part[0]) & NameStart) != 0 && part.find(':') == NotFound;
+        return !part.empty() && (ClassOf(part[0]) & kNameStart) != 0 && part.find(':') == kNotFound;
     };
-    const bool parts =
-        colon == NotFound ? isLocal(name) : isLocal(name.substr(0, colon)) && isLocal(name.substr(colon + 1));
-    return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & NameByte) != 0; });
+    const bool parts = colon == kNotFound ? isLocal(name)
+                                          : isLocal(name.substr(0, colon)) && isLocal(name.substr(colon + 1));
+    return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & kNameByte) != 0; });
 }
 
 /// The names of one start tag, to see a name that comes twice. A tag with many is left to the parser.
@@ -56,8 +56,8 @@ class TagNames {
 /// As many as there would be if the whole text were like its beginning, and some more. Bounded, since it may
 /// be like that in its beginning only.
 std::size_t ExpectedNodes(std::string_view text) {
-    constexpr std::size_t sampleSize = std::size_t{64} * 1024;
-    const std::string_view sample = text.substr(0, sampleSize);
+    constexpr std::size_t kSampleSize = std::size_t{64} * 1024;
+    const std::string_view sample = text.substr(0, kSampleSize);
     const auto tags = static_cast<std::size_t>(std::ranges::count(sample, '<'));
     const std::size_t expected = 2 * tags * text.size() / std::max<std::size_t>(sample.size(), 1);
     return std::min(expected + expected / 4, text.size() / 4) + 2;
@@ -75,14 +75,14 @@ class TreeBuilder {
 
     Form Build() {
         at_ = RootBegin(text_);
-        if (at_ == NotFound) {
-            return Form::Broken;
+        if (at_ == kNotFound) {
+            return Form::kBroken;
         }
-        hasDoctype_ = text_.substr(0, at_).find("<!DOCTYPE") != NotFound;
+        hasDoctype_ = text_.substr(0, at_).find("<!DOCTYPE") != kNotFound;
         store_.Reserve(ExpectedNodes(text_));
         do {
             if (at_ >= text_.size() || !TakeMarkup()) {
-                return Form::Broken;
+                return Form::kBroken;
             }
             if (parent_ != source_.document) {
                 TakeText();
@@ -91,9 +91,9 @@ class TreeBuilder {
         TieChildren();
         source_.rootEnd = Offset(at_);
         if (hasLongName_) {
-            return Form::Broken;
+            return Form::kBroken;
         }
-        return doubtful_ ? Form::Doubtful : Form::WellFormed;
+        return doubtful_ ? Form::kDoubtful : Form::kWellFormed;
     }
 
   private:
@@ -152,7 +152,7 @@ class TreeBuilder {
         const std::size_t end = Behind(text_, "-->", from);
         return TakeSpecial(NODE_COMMENT, end, [&] {
             const std::string_view content = text_.substr(from, end - from - 2);  // With one of the dashes.
-            return content.find("--") == NotFound;
+            return content.find("--") == kNotFound;
         });
     }
 
@@ -169,14 +169,14 @@ class TreeBuilder {
             const std::string_view content = text_.substr(from, end - from - 2);
             const auto blank = std::ranges::find_if(content, IsBlank);
             const std::string_view target(content.begin(), blank);
-            constexpr std::size_t reserved = sizeof "xml" - 1;  // In any case.
-            return target.size() != reserved && IsPlainName(target);
+            constexpr std::size_t kReserved = sizeof "xml" - 1;  // In any case.
+            return target.size() != kReserved && IsPlainName(target);
         });
     }
 
     template <typename IsPlain>
     bool TakeSpecial(NodeType type, std::size_t end, IsPlain isPlain) {
-        if (end == NotFound) {
+        if (end == kNotFound) {
             return false;
         }
         Expect(isPlain() && HoldsOnlyCharacters(text_.substr(at_, end - at_)));
@@ -204,7 +204,7 @@ class TreeBuilder {
         if (data_[close] != '>') {
             doubtful_ = true;
             close = text_.find('>', name);
-            if (close == NotFound) {
+            if (close == kNotFound) {
                 return false;
             }
         }
@@ -217,11 +217,11 @@ class TreeBuilder {
     bool TakeStartTag() {
         const std::size_t nameEnd = NameEnd(at_ + 1);
         const std::size_t close = data_[nameEnd] == '>' ? nameEnd : AttributesEnd(nameEnd);
-        if (close >= text_.size() || nameEnd - at_ - 1 > LongestName) {
+        if (close >= text_.size() || nameEnd - at_ - 1 > kLongestName) {
             return false;
         }
         const bool hasNoAttributes = close == nameEnd && !hasDoctype_;
-        AddNode(NODE_ELEMENT, at_, close + 1, hasNoAttributes ? AttributesRead : 0);
+        AddNode(NODE_ELEMENT, at_, close + 1, hasNoAttributes ? kAttributesRead : 0);
         store_.At(last_).nameLength = static_cast<std::uint16_t>(nameEnd - at_ - 1);
         if (parent_ == source_.document) {
             source_.root = last_;
@@ -236,8 +236,8 @@ class TreeBuilder {
     /// Behind the name that begins there.
     std::size_t NameEnd(std::size_t begin) {
         std::size_t at = begin;
-        if ((ClassOf(data_[at]) & NameStart) != 0) {
-            while ((ClassOf(data_[at]) & NameByte) != 0 && data_[at] != ':') {
+        if ((ClassOf(data_[at]) & kNameStart) != 0) {
+            while ((ClassOf(data_[at]) & kNameByte) != 0 && data_[at] != ':') {
                 ++at;
             }
         }
@@ -264,8 +264,8 @@ class TreeBuilder {
             if (data_[next] == '/' && data_[next + 1] == '>') {
                 return next + 1;
             }
-            const std::size_t behind = next > at ? AttributeEnd(next) : NotFound;
-            if (behind == NotFound) {
+            const std::size_t behind = next > at ? AttributeEnd(next) : kNotFound;
+            if (behind == kNotFound) {
                 doubtful_ = true;
                 return TagClose(next);
             }
@@ -278,20 +278,20 @@ class TreeBuilder {
         std::size_t at = NameEnd(begin);
         const std::string_view name = text_.substr(begin, at - begin);
         Expect(names_.Add(name));
-        hasLongName_ = hasLongName_ || name.size() > LongestName;
+        hasLongName_ = hasLongName_ || name.size() > kLongestName;
         NoteNamespace(name);
         while (IsBlank(data_[at])) {
             ++at;
         }
         if (data_[at] != '=') {
-            return NotFound;
+            return kNotFound;
         }
         ++at;
         while (IsBlank(data_[at])) {
             ++at;
         }
         const char quote = data_[at];
-        return quote == '"' || quote == '\'' ? ValueEnd(at + 1, quote) : NotFound;
+        return quote == '"' || quote == '\'' ? ValueEnd(at + 1, quote) : kNotFound;
     }
 
     void NoteNamespace(std::string_view attributeName) {
@@ -303,7 +303,7 @@ class TreeBuilder {
 
     std::size_t ValueEnd(std::size_t at, char quote) {
         while (true) {
-            while ((ClassOf(data_[at]) & ValueStop) == 0) {
+            while ((ClassOf(data_[at]) & kValueStop) == 0) {
                 ++at;
             }
             const char c = data_[at];
@@ -311,7 +311,7 @@ class TreeBuilder {
                 return at + 1;
             }
             if (at >= text_.size()) {
-                return NotFound;
+                return kNotFound;
             }
             at = c == '"' || c == '\'' ? at + 1 : BehindSpecial(at);
         }
@@ -332,7 +332,7 @@ class TreeBuilder {
     std::size_t BehindSpecial(std::size_t at) {
         if (text_[at] == '&') {
             const ReferenceRead reference = ReadReference(text_.substr(at));
-            Expect(reference.kind != Reference::Other);
+            Expect(reference.kind != Reference::kOther);
             return at + reference.length;
         }
         const std::size_t length = text_[at] == '<' ? 0 : CharacterLength(text_.substr(at, 4));
@@ -349,7 +349,7 @@ class TreeBuilder {
                 while (data_[at_] == ' ' || data_[at_] == '\n' || data_[at_] == '\t') {
                     ++at_;
                 }
-                solid_ = (ClassOf(data_[at_]) & TextStop) == 0;
+                solid_ = (ClassOf(data_[at_]) & kTextStop) == 0;
             }
             at_ = TextStopFrom(at_);
             if (at_ >= text_.size() || text_[at_] == '<') {
@@ -363,7 +363,7 @@ class TreeBuilder {
     std::size_t TextStopFrom(std::size_t at) const {
         while (true) {
             at = SkipPlain(text_, at);
-            if ((ClassOf(data_[at]) & TextStop) != 0) {
+            if ((ClassOf(data_[at]) & kTextStop) != 0) {
                 return at;
             }
             ++at;
@@ -393,7 +393,7 @@ class TreeBuilder {
     void TakeReference() {
         const ReferenceRead reference = ReadReference(text_.substr(at_));
         const std::size_t behind = at_ + reference.length;
-        if (reference.kind == Reference::Other) {
+        if (reference.kind == Reference::kOther) {
             doubtful_ = true;
             EndText(at_);
             AddNode(NODE_ENTITY_REFERENCE, at_, behind);
@@ -401,7 +401,7 @@ class TreeBuilder {
             StartText();
         } else {
             verbatim_ = false;
-            solid_ = solid_ || reference.kind == Reference::Solid;
+            solid_ = solid_ || reference.kind == Reference::kSolid;
         }
         at_ = behind;
     }
@@ -414,7 +414,7 @@ class TreeBuilder {
     void EndText(std::size_t end) {
         if (begin_ < end) {
             AddNode(NODE_TEXT, begin_, end,
-                    static_cast<std::uint8_t>((verbatim_ ? Verbatim : 0) | (solid_ ? Filled : 0)));
+                    static_cast<std::uint8_t>((verbatim_ ? kVerbatim : 0) | (solid_ ? kFilled : 0)));
         }
     }
 
@@ -439,7 +439,7 @@ class TreeBuilder {
 
 Form BuildTree(DocumentStore& store, SourceText& source) {
     const Form form = TreeBuilder(store, source).Build();
-    if (form == Form::Broken) {
+    if (form == Form::kBroken) {
         source.root = 0;
         store.Clear(source.document);
     }

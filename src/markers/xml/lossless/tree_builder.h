@@ -8,9 +8,9 @@
 namespace ventrix::xml {
 
 enum class Form {
-    Broken,     ///< There is no tree.
-    Doubtful,   ///< The tree holds if the text is well-formed, which a parser must tell.
-    WellFormed  ///< The root element is well-formed, whatever stands around it.
+    kBroken,     ///< There is no tree.
+    kDoubtful,   ///< The tree holds if the text is well-formed, which a parser must tell.
+    kWellFormed  ///< The root element is well-formed, whatever stands around it.
 };
 
 /// Fills the tree below the source's document node.

@@ -70,9 +70,9 @@ void Refuse(Parse& parse, const std::string& reason) {
 /// Counts what a reference adds, so that the sum stays within bounds: the parser's own guards are off.
 bool Admit(const xmlEntity& entity, std::size_t size, Parse& parse) {
     parse.expanded += size;
-    if (parse.expanded > ExpansionLimit && !parse.refused) {
+    if (parse.expanded > kExpansionLimit && !parse.refused) {
         Refuse(parse, "The entity '" + OneLine(reinterpret_cast<const char*>(entity.name)) +
-                          "' expands to more than " + std::to_string(ExpansionLimit) +
+                          "' expands to more than " + std::to_string(kExpansionLimit) +
                           " bytes or without end");
     }
     return !parse.refused;

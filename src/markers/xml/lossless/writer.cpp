@@ -10,16 +10,16 @@
 namespace ventrix::xml {
 namespace {
 
-enum class Output { Document, Standalone };
+enum class Output { kDocument, kStandalone };
 
 /// The line end of a text that is written into this source: that of its first line.
 LineEnd LineEndOf(const SourceText& source) {
     const std::size_t first = source.text.find('\n');
     const bool hasReturn = first != 0 && first != std::string::npos && source.text[first - 1] == '\r';
-    return hasReturn ? LineEnd::ReturnAndLineFeed : LineEnd::LineFeed;
+    return hasReturn ? LineEnd::kReturnAndLineFeed : LineEnd::kLineFeed;
 }
 
-constexpr std::size_t pieceSize = std::size_t{256} * 1024;
+constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
 
 class Writer {
   public:
@@ -28,7 +28,7 @@ class Writer {
         : store_(store), output_(output), lineEnd_(lineEnd), put_(put) {}
 
     /// Tells that so many bytes may come.
-    void Expect(std::size_t size) { out_.reserve(std::min(size, 2 * pieceSize)); }
+    void Expect(std::size_t size) { out_.reserve(std::min(size, 2 * kPieceSize)); }
 
     /// Goes through the subtree in document order without a stack of its own: a document may be deeper than
     /// any stack.
@@ -85,7 +85,7 @@ class Writer {
     void Flush() {
         const std::string_view piece =
             pendingBegin_ == pendingEnd_ ? std::string_view() : store_.Slice(pendingBegin_, pendingEnd_);
-        if (put_ != nullptr && piece.size() >= pieceSize) {
+        if (put_ != nullptr && piece.size() >= kPieceSize) {
             HandOver(out_.size());
             taken_ = taken_ && (*put_)(piece);
         } else {
@@ -102,30 +102,30 @@ class Writer {
     /// An element that goes out with all that is below it as one piece of its source.
     bool IsAsRead(NodeIndex index) {
         const NodeRecord& record = store_.At(index);
-        return output_ == Output::Document && record.type == NODE_ELEMENT && (record.flags & Touched) == 0;
+        return output_ == Output::kDocument && record.type == NODE_ELEMENT && (record.flags & kTouched) == 0;
     }
 
     void Open(NodeIndex index) {
-        if (put_ != nullptr && out_.size() >= pieceSize) {
+        if (put_ != nullptr && out_.size() >= kPieceSize) {
             // Whole pieces only: the system takes in what begins and ends with its pages in larger steps.
-            HandOver(out_.size() / pieceSize * pieceSize);
+            HandOver(out_.size() / kPieceSize * kPieceSize);
         }
         const NodeRecord& record = store_.At(index);
         if (record.type == NODE_ELEMENT) {
             OpenElement(index);
-        } else if ((record.flags & OwnText) != 0) {
+        } else if ((record.flags & kOwnText) != 0) {
             Flush();
             AppendEscapedText(out_, store_.OwnTextOf(record), lineEnd_);
-        } else if ((record.flags & Quoted) != 0) {
+        } else if ((record.flags & kQuoted) != 0) {
             Flush();
             AppendShared(record.child);
             AppendQuotedText(out_, store_.Slice(record.begin, record.end), lineEnd_);
             AppendShared(record.close);
-        } else if ((record.flags & Prefixed) != 0) {
+        } else if ((record.flags & kPrefixed) != 0) {
             Flush();
             AppendFront(record);
             Source(record.begin, record.end);
-        } else if (output_ == Output::Standalone && record.type == NODE_ENTITY_REFERENCE) {
+        } else if (output_ == Output::kStandalone && record.type == NODE_ENTITY_REFERENCE) {
             Flush();
             out_ += ExpandEntity(store_.Slice(record.begin + 1, record.end - 1),
                                  store_.SourceOf(record.begin).dtd.get());
@@ -135,7 +135,7 @@ class Writer {
     }
 
     void AppendFront(const NodeRecord& text) {
-        if ((text.flags & Rewritten) != 0) {
+        if ((text.flags & kRewritten) != 0) {
             AppendEscapedText(out_, store_.OwnTextOf(text), lineEnd_);
         } else {
             AppendShared(text.child);
@@ -171,10 +171,10 @@ class Writer {
     }
 
     bool MustRewrite(NodeIndex index) {
-        if ((store_.At(index).flags & AttributesChanged) != 0) {
+        if ((store_.At(index).flags & kAttributesChanged) != 0) {
             return true;
         }
-        if (output_ == Output::Document || !store_.SourceOf(store_.At(index).begin).hasDeclarations) {
+        if (output_ == Output::kDocument || !store_.SourceOf(store_.At(index).begin).hasDeclarations) {
             return false;
         }
         store_.ReadAttributes(index);
@@ -199,11 +199,11 @@ class Writer {
 
     void WriteAttribute(NodeIndex index) {
         const NodeRecord& record = store_.At(index);
-        if ((record.flags & FromDtd) != 0 &&
-            (output_ == Output::Document || DeclaredPrefix(store_.NameOf(index)).data() == nullptr)) {
+        if ((record.flags & kFromDtd) != 0 &&
+            (output_ == Output::kDocument || DeclaredPrefix(store_.NameOf(index)).data() == nullptr)) {
             return;
         }
-        if ((record.flags & Created) != 0) {
+        if ((record.flags & kCreated) != 0) {
             Flush();
             out_.append(" ").append(store_.NameOf(index)).append("=");
             WriteValue(index, '"');
@@ -213,7 +213,7 @@ class Writer {
         while (IsBlank(store_.Slice(begin - 1, begin)[0])) {
             --begin;
         }
-        if ((record.flags & OwnText) == 0 && (output_ == Output::Document || !HasReference(record))) {
+        if ((record.flags & kOwnText) == 0 && (output_ == Output::kDocument || !HasReference(record))) {
             Source(begin, record.end);
             return;
         }
@@ -261,7 +261,7 @@ class Writer {
 }  // namespace
 
 bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put) {
-    Writer writer(store, Output::Document, LineEndOf(source), &put);
+    Writer writer(store, Output::kDocument, LineEndOf(source), &put);
     writer.Expect(2 * source.text.size());
     const NodeIndex root = store.FirstChild(source.document);
     const std::uint32_t prologEnd = store.At(source.root).begin;
@@ -276,11 +276,11 @@ bool WriteDocument(DocumentStore& store, const SourceText& source, const platfor
 bool StandsAlone(DocumentStore& store, NodeIndex element) {
     const NodeRecord& record = store.At(element);
     const SourceText& source = store.SourceOf(record.begin);
-    return (record.flags & Touched) == 0 && !source.hasNamespaces && !source.hasDeclarations;
+    return (record.flags & kTouched) == 0 && !source.hasNamespaces && !source.hasDeclarations;
 }
 
 std::string WriteElement(DocumentStore& store, NodeIndex element) {
-    Writer writer(store, Output::Standalone, LineEnd::LineFeed);
+    Writer writer(store, Output::kStandalone, LineEnd::kLineFeed);
     writer.WriteSubtree(element);
     std::string xml = writer.Finish();
     const std::string declarations = MissingNamespaces(store, element);

@@ -1,0 +1,268 @@
+#include "desk/toolkit/builtin_toolkit.h"
+
+#include <deque>
+#include <filesystem>
+#include <unordered_set>
+
+#include "desk/toolkit/dita_classes.h"
+#include "desk/toolkit/dita_map.h"
+#include "desk/toolkit/dita_references.h"
+#include "desk/toolkit/page_layout.h"
+#include "desk/toolkit/page_navigation.h"
+#include "desk/toolkit/page_numbers.h"
+#include "desk/xml/reference_path.h"
+#include "platform/drives.h"
+#include "platform/files.h"
+
+namespace ventrix::desk {
+namespace {
+
+struct Publication {
+    const DitaRun& run;
+    Ditaval rules;
+    Stylesheet stylesheet;
+    PageLayout layout;
+    Navigation navigation;
+    PageNeighbours neighbours;
+    DitaLibrary library;
+    std::deque<std::string> waiting;  ///< Topics whose pages are still to be made.
+    std::unordered_set<std::string> known;
+    std::unordered_set<std::string> copied;
+    MessageSink warn;
+    int pages = 0;
+    int warnings = 0;
+    std::string failure;  ///< The first page or file that could not be written.
+};
+
+bool WritePage(const std::string& path, const std::string& content) {
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
+    return platform::WriteWholeFile(platform::ToSystem(path).value_or(""), content) == platform::kErrorNone;
+}
+
+void Fail(Publication& publication, const std::string& reason) {
+    publication.run.log("error: " + reason);
+    if (publication.failure.empty()) {
+        publication.failure = reason;
+    }
+}
+
+void WaitForPage(Publication& publication, const std::string& topic) {
+    if (publication.known.insert(topic).second) {
+        publication.waiting.push_back(topic);
+    }
+}
+
+void WaitForPages(Publication& publication, const std::vector<NavigationItem>& items) {
+    for (const NavigationItem& item : items) {
+        const auto target = item.page ? DitaTargetOf(item.href) : std::nullopt;
+        if (target.has_value()) {
+            WaitForPage(publication, target->path);
+        }
+        WaitForPages(publication, item.children);
+    }
+}
+
+void CopyFile(Publication& publication, const std::string& source, const std::string& target) {
+    if (target.empty() || !publication.copied.insert(source).second) {
+        return;
+    }
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(source, error)) {
+        publication.warn(source + ": the file is missing");
+        return;
+    }
+    std::filesystem::create_directories(std::filesystem::path(target).parent_path(), error);
+    std::filesystem::copy_file(source, target, std::filesystem::copy_options::overwrite_existing, error);
+    if (error) {
+        Fail(publication, target + " cannot be written: " + error.message());
+    }
+}
+
+bool IsTopicLink(const xmlNode* element, const std::string& path) {
+    const std::string format = Attribute(element, "format");
+    return format == "dita" || (format.empty() && (path.ends_with(".dita") || path.ends_with(".xml")));
+}
+
+std::string Anchor(const DitaTarget& target) {
+    if (target.topic.empty()) {
+        return {};
+    }
+    return "#" + target.topic + (target.element.empty() ? "" : "__" + target.element);
+}
+
+/// A link to a topic leads to its page; a topic that is left out is a link no more.
+void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target,
+                 const std::string& page) {
+    if (publication.library.Texts(target.path).excluded) {
+        xmlUnsetProp(element, Xml("href"));
+        return;
+    }
+    WaitForPage(publication, target.path);
+    const std::string targetPage = PageOf(publication.layout, target.path);
+    const std::string reference =
+        (targetPage == page ? "" : RelativeReference(page, targetPage)) + Anchor(target);
+    const std::string href = reference.empty() ? RelativeReference(page, targetPage) : reference;
+    const std::string absolute = Attribute(element, "href");
+    xmlSetProp(element, Xml("href"), Xml(href.c_str()));
+    const xmlNode* text = HasType(element, "topic/link") ? ChildOfType(element, "topic/linktext") : element;
+    if (TextOf(text).empty()) {
+        const std::string title = TitleOf(absolute, publication.library);
+        xmlSetProp(element, Xml("page-title"), Xml((title.empty() ? href : title).c_str()));
+    }
+}
+
+void RewriteReference(Publication& publication, xmlNode* element, const char* name, const std::string& page) {
+    const auto target = DitaTargetOf(Attribute(element, name));
+    if (!target.has_value()) {
+        return;
+    }
+    const bool link = HasType(element, "topic/xref") || HasType(element, "topic/link");
+    const std::string output = OutputOf(publication.layout, target->path);
+    if (output.empty()) {
+        publication.warn(target->path + ": lies outside of the document's folders");
+    } else if (link && IsTopicLink(element, target->path)) {
+        LinkToTopic(publication, element, *target, page);
+    } else {
+        CopyFile(publication, target->path, output);
+        xmlSetProp(element, Xml(name), Xml(RelativeReference(page, output).c_str()));
+    }
+}
+
+void RewriteReferences(Publication& publication, xmlDoc* document, const std::string& page) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
+            RewriteReference(publication, node, "href", page);
+            RewriteReference(publication, node, "data", page);
+        }
+    }
+}
+
+/// The page as text; empty, with an error in the log, if the stylesheet fails.
+std::string Rendered(Publication& publication, xmlDoc* document, const std::string& source) {
+    const TransformJob job{.stylesheet = publication.stylesheet,
+                           .document = document,
+                           .sourcePath = source,
+                           .outputPath = {},
+                           .parameters = {{"language", publication.navigation.language}}};
+    const Transformed result = Transform(job, publication.warn);
+    if (!result.done) {
+        Fail(publication, source + ": the stylesheet failed");
+    }
+    return result.output;
+}
+
+void Write(Publication& publication, const std::string& page, const std::string& content) {
+    if (content.empty()) {
+        return;
+    }
+    if (!WritePage(page, content)) {
+        Fail(publication, page + " cannot be written");
+        return;
+    }
+    ++publication.pages;
+    publication.run.log("page " + page);
+}
+
+void MakePage(Publication& publication, const std::string& topic) {
+    const std::string page = PageOf(publication.layout, topic);
+    if (page.empty()) {
+        publication.warn(topic + ": lies outside of the document's folders");
+        return;
+    }
+    DitaDocument loaded = LoadDita(topic, publication.rules);
+    if (loaded.document == nullptr) {
+        if (!loaded.excluded) {
+            publication.warn(loaded.reason);
+        }
+        return;
+    }
+    for (const std::string& remark : loaded.remarks) {
+        publication.warn(remark);
+    }
+    xmlDoc* document = loaded.document.get();
+    ResolveConrefs(document, publication.library, publication.warn);
+    ResolveKeyrefs(document, publication.navigation.keys, publication.warn);
+    AddNeighbours(document, publication.neighbours, topic, publication.library);
+    RewriteReferences(publication, document, page);
+    AddPageNumbers(document);
+    NameByBaseType(document);
+    Write(publication, page, Rendered(publication, document, topic));
+}
+
+void MakeIndex(Publication& publication) {
+    const std::string page = OutputOf(publication.layout, FolderOf(publication.run.document)) + "index.html";
+    const XmlDocument contents =
+        ContentsDocument(publication.navigation, publication.layout, page, publication.library);
+    Write(publication, page, Rendered(publication, contents.get(), publication.run.document));
+}
+
+std::string MakePages(Publication& publication) {
+    const DitaDocument document = LoadDita(publication.run.document, publication.rules);
+    if (document.document == nullptr) {
+        return document.excluded ? publication.run.document + ": the filter leaves nothing of it"
+                                 : document.reason;
+    }
+    const bool isMap = HasType(xmlDocGetRootElement(document.document.get()), "map/map");
+    if (isMap) {
+        publication.navigation =
+            ReadNavigation(publication.run.document, publication.rules, publication.warn);
+        publication.neighbours = NeighboursIn(publication.navigation);
+        WaitForPages(publication, publication.navigation.items);
+    } else {
+        WaitForPage(publication, publication.run.document);
+    }
+    while (!publication.waiting.empty()) {
+        const std::string topic = publication.waiting.front();
+        publication.waiting.pop_front();
+        MakePage(publication, topic);
+    }
+    if (publication.pages == 0 && publication.failure.empty()) {
+        return publication.run.document + ": no topic could be turned into a page";
+    }
+    if (isMap) {
+        MakeIndex(publication);
+    }
+    return publication.failure;
+}
+
+}  // namespace
+
+std::string RunBuiltinToolkit(const DitaRun& run, const std::string& stylesheetPath) {
+    Ditaval rules;
+    std::string reason;
+    if (!run.ditaval.empty()) {
+        auto read = ReadDitaval(run.ditaval, reason);
+        if (!read.has_value()) {
+            return "the filter cannot be read: " + reason;
+        }
+        rules = std::move(*read);
+    }
+    Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);
+    if (stylesheet == nullptr) {
+        return "the stylesheet " + stylesheetPath + " is missing or faulty";
+    }
+    Publication publication{.run = run,
+                            .rules = std::move(rules),
+                            .stylesheet = std::move(stylesheet),
+                            .layout = LayoutOf(run.document, run.pages),
+                            .navigation = {},
+                            .neighbours = {},
+                            .library = DitaLibrary(publication.rules),
+                            .waiting = {},
+                            .known = {},
+                            .copied = {},
+                            .warn = {},
+                            .failure = {}};
+    publication.warn = [&publication](const std::string& line) {
+        ++publication.warnings;
+        publication.run.log("warning: " + line);
+    };
+    reason = MakePages(publication);
+    run.log(std::to_string(publication.pages) + " pages, " + std::to_string(publication.copied.size()) +
+            " other files, " + std::to_string(publication.warnings) + " warnings");
+    return reason;
+}
+
+}  // namespace ventrix::desk

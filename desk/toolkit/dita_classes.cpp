@@ -1,0 +1,332 @@
+#include "desk/toolkit/dita_classes.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "desk/xml/xml_handles.h"
+
+namespace ventrix::desk {
+namespace {
+
+struct NamedClass {
+    std::string_view name;
+    std::string_view types;
+};
+
+/// Topic, concept, task, reference, glossary, map, bookmap and the domains that come with them, sorted by
+/// name.
+constexpr NamedClass kClasses[] = {
+    {"abbreviated-form", "topic/term abbrev-d/abbreviated-form"},
+    {"abstract", "topic/abstract"},
+    {"alt", "topic/alt"},
+    {"amendments", "map/topicref bookmap/amendments"},
+    {"anchor", "map/anchor"},
+    {"anchorref", "map/topicref mapgroup-d/anchorref"},
+    {"apiname", "topic/keyword pr-d/apiname"},
+    {"appendices", "map/topicref bookmap/appendices"},
+    {"appendix", "map/topicref bookmap/appendix"},
+    {"area", "topic/figgroup ut-d/area"},
+    {"audience", "topic/audience"},
+    {"author", "topic/author"},
+    {"b", "topic/ph hi-d/b"},
+    {"backmatter", "map/topicref bookmap/backmatter"},
+    {"bibliolist", "map/topicref bookmap/bibliolist"},
+    {"body", "topic/body"},
+    {"bodydiv", "topic/bodydiv"},
+    {"bookabstract", "map/topicref bookmap/bookabstract"},
+    {"booklibrary", "topic/ph bookmap/booklibrary"},
+    {"booklists", "map/topicref bookmap/booklists"},
+    {"bookmap", "map/map bookmap/bookmap"},
+    {"bookmeta", "map/topicmeta bookmap/bookmeta"},
+    {"booktitle", "topic/title bookmap/booktitle"},
+    {"booktitlealt", "topic/ph bookmap/booktitlealt"},
+    {"boolean", "topic/boolean"},
+    {"brand", "topic/brand"},
+    {"category", "topic/category"},
+    {"chapter", "map/topicref bookmap/chapter"},
+    {"chdesc", "topic/stentry task/chdesc"},
+    {"chdeschd", "topic/stentry task/chdeschd"},
+    {"chhead", "topic/sthead task/chhead"},
+    {"choice", "topic/li task/choice"},
+    {"choices", "topic/ul task/choices"},
+    {"choicetable", "topic/simpletable task/choicetable"},
+    {"choption", "topic/stentry task/choption"},
+    {"choptionhd", "topic/stentry task/choptionhd"},
+    {"chrow", "topic/strow task/chrow"},
+    {"cite", "topic/cite"},
+    {"cmd", "topic/ph task/cmd"},
+    {"cmdname", "topic/keyword sw-d/cmdname"},
+    {"codeblock", "topic/pre pr-d/codeblock"},
+    {"codeph", "topic/ph pr-d/codeph"},
+    {"coderef", "topic/xref pr-d/coderef"},
+    {"colophon", "map/topicref bookmap/colophon"},
+    {"colspec", "topic/colspec"},
+    {"component", "topic/component"},
+    {"conbody", "topic/body concept/conbody"},
+    {"conbodydiv", "topic/bodydiv concept/conbodydiv"},
+    {"concept", "topic/topic concept/concept"},
+    {"consequence", "topic/li hazard-d/consequence"},
+    {"context", "topic/section task/context"},
+    {"coords", "topic/ph ut-d/coords"},
+    {"copyrholder", "topic/copyrholder"},
+    {"copyright", "topic/copyright"},
+    {"copyryear", "topic/copyryear"},
+    {"created", "topic/created"},
+    {"critdates", "topic/critdates"},
+    {"data", "topic/data"},
+    {"data-about", "topic/data-about"},
+    {"dd", "topic/dd"},
+    {"ddhd", "topic/ddhd"},
+    {"dedication", "map/topicref bookmap/dedication"},
+    {"delim", "topic/ph pr-d/delim"},
+    {"desc", "topic/desc"},
+    {"dl", "topic/dl"},
+    {"dlentry", "topic/dlentry"},
+    {"dlhead", "topic/dlhead"},
+    {"draft-comment", "topic/draft-comment"},
+    {"draftintro", "map/topicref bookmap/draftintro"},
+    {"dt", "topic/dt"},
+    {"dthd", "topic/dthd"},
+    {"entry", "topic/entry"},
+    {"example", "topic/example"},
+    {"featnum", "topic/featnum"},
+    {"fig", "topic/fig"},
+    {"figgroup", "topic/figgroup"},
+    {"figurelist", "map/topicref bookmap/figurelist"},
+    {"filepath", "topic/ph sw-d/filepath"},
+    {"fn", "topic/fn"},
+    {"foreign", "topic/foreign"},
+    {"fragment", "topic/figgroup pr-d/fragment"},
+    {"frontmatter", "map/topicref bookmap/frontmatter"},
+    {"glossarylist", "map/topicref bookmap/glossarylist"},
+    {"glossdef", "topic/abstract concept/abstract glossentry/glossdef"},
+    {"glossentry", "topic/topic concept/concept glossentry/glossentry"},
+    {"glossgroup", "topic/topic concept/concept glossgroup/glossgroup"},
+    {"glossref", "map/topicref glossref-d/glossref"},
+    {"glossterm", "topic/title concept/title glossentry/glossterm"},
+    {"groupchoice", "topic/figgroup pr-d/groupchoice"},
+    {"groupcomp", "topic/figgroup pr-d/groupcomp"},
+    {"groupseq", "topic/figgroup pr-d/groupseq"},
+    {"hazardstatement", "topic/note hazard-d/hazardstatement"},
+    {"hazardsymbol", "topic/image hazard-d/hazardsymbol"},
+    {"howtoavoid", "topic/li hazard-d/howtoavoid"},
+    {"i", "topic/ph hi-d/i"},
+    {"image", "topic/image"},
+    {"imagemap", "topic/fig ut-d/imagemap"},
+    {"index-base", "topic/index-base"},
+    {"index-see", "topic/index-base indexing-d/index-see"},
+    {"index-see-also", "topic/index-base indexing-d/index-see-also"},
+    {"index-sort-as", "topic/index-base indexing-d/index-sort-as"},
+    {"indexlist", "map/topicref bookmap/indexlist"},
+    {"indexterm", "topic/indexterm"},
+    {"indextermref", "topic/indextermref"},
+    {"info", "topic/itemgroup task/info"},
+    {"itemgroup", "topic/itemgroup"},
+    {"keydef", "map/topicref mapgroup-d/keydef"},
+    {"keyword", "topic/keyword"},
+    {"keywords", "topic/keywords"},
+    {"kwd", "topic/keyword pr-d/kwd"},
+    {"li", "topic/li"},
+    {"lines", "topic/lines"},
+    {"link", "topic/link"},
+    {"linkinfo", "topic/linkinfo"},
+    {"linklist", "topic/linklist"},
+    {"linkpool", "topic/linkpool"},
+    {"linktext", "topic/linktext"},
+    {"longdescref", "topic/longdescref"},
+    {"longquoteref", "topic/longquoteref"},
+    {"lq", "topic/lq"},
+    {"mainbooktitle", "topic/ph bookmap/mainbooktitle"},
+    {"map", "map/map"},
+    {"mapref", "map/topicref mapgroup-d/mapref"},
+    {"menucascade", "topic/ph ui-d/menucascade"},
+    {"messagepanel", "topic/ul hazard-d/messagepanel"},
+    {"metadata", "topic/metadata"},
+    {"msgblock", "topic/pre sw-d/msgblock"},
+    {"msgnum", "topic/keyword sw-d/msgnum"},
+    {"msgph", "topic/ph sw-d/msgph"},
+    {"navref", "map/navref"},
+    {"navtitle", "topic/navtitle"},
+    {"no-topic-nesting", "topic/no-topic-nesting"},
+    {"note", "topic/note"},
+    {"notices", "map/topicref bookmap/notices"},
+    {"object", "topic/object"},
+    {"ol", "topic/ol"},
+    {"oper", "topic/ph pr-d/oper"},
+    {"option", "topic/keyword pr-d/option"},
+    {"othermeta", "topic/othermeta"},
+    {"p", "topic/p"},
+    {"param", "topic/param"},
+    {"parml", "topic/dl pr-d/parml"},
+    {"parmname", "topic/keyword pr-d/parmname"},
+    {"part", "map/topicref bookmap/part"},
+    {"pd", "topic/dd pr-d/pd"},
+    {"permissions", "topic/permissions"},
+    {"ph", "topic/ph"},
+    {"platform", "topic/platform"},
+    {"plentry", "topic/dlentry pr-d/plentry"},
+    {"postreq", "topic/section task/postreq"},
+    {"pre", "topic/pre"},
+    {"preface", "map/topicref bookmap/preface"},
+    {"prereq", "topic/section task/prereq"},
+    {"prodinfo", "topic/prodinfo"},
+    {"prodname", "topic/prodname"},
+    {"prognum", "topic/prognum"},
+    {"prolog", "topic/prolog"},
+    {"propdesc", "topic/stentry reference/propdesc"},
+    {"propdeschd", "topic/stentry reference/propdeschd"},
+    {"properties", "topic/simpletable reference/properties"},
+    {"property", "topic/strow reference/property"},
+    {"prophead", "topic/sthead reference/prophead"},
+    {"proptype", "topic/stentry reference/proptype"},
+    {"proptypehd", "topic/stentry reference/proptypehd"},
+    {"propvalue", "topic/stentry reference/propvalue"},
+    {"propvaluehd", "topic/stentry reference/propvaluehd"},
+    {"pt", "topic/dt pr-d/pt"},
+    {"publisher", "topic/publisher"},
+    {"q", "topic/q"},
+    {"refbody", "topic/body reference/refbody"},
+    {"refbodydiv", "topic/bodydiv reference/refbodydiv"},
+    {"reference", "topic/topic reference/reference"},
+    {"refsyn", "topic/section reference/refsyn"},
+    {"related-links", "topic/related-links"},
+    {"relcell", "map/relcell"},
+    {"relcolspec", "map/relcolspec"},
+    {"relheader", "map/relheader"},
+    {"relrow", "map/relrow"},
+    {"reltable", "map/reltable"},
+    {"required-cleanup", "topic/required-cleanup"},
+    {"resourceid", "topic/resourceid"},
+    {"result", "topic/section task/result"},
+    {"revised", "topic/revised"},
+    {"row", "topic/row"},
+    {"screen", "topic/pre ui-d/screen"},
+    {"searchtitle", "topic/searchtitle"},
+    {"section", "topic/section"},
+    {"sectiondiv", "topic/sectiondiv"},
+    {"sep", "topic/ph pr-d/sep"},
+    {"series", "topic/series"},
+    {"shape", "topic/keyword ut-d/shape"},
+    {"shortcut", "topic/keyword ui-d/shortcut"},
+    {"shortdesc", "topic/shortdesc"},
+    {"simpletable", "topic/simpletable"},
+    {"sl", "topic/sl"},
+    {"sli", "topic/sli"},
+    {"source", "topic/source"},
+    {"state", "topic/state"},
+    {"stentry", "topic/stentry"},
+    {"step", "topic/li task/step"},
+    {"stepresult", "topic/itemgroup task/stepresult"},
+    {"steps", "topic/ol task/steps"},
+    {"steps-informal", "topic/section task/steps-informal"},
+    {"steps-unordered", "topic/ul task/steps-unordered"},
+    {"stepsection", "topic/li task/stepsection"},
+    {"stepxmp", "topic/itemgroup task/stepxmp"},
+    {"sthead", "topic/sthead"},
+    {"strow", "topic/strow"},
+    {"sub", "topic/ph hi-d/sub"},
+    {"substep", "topic/li task/substep"},
+    {"substeps", "topic/ol task/substeps"},
+    {"sup", "topic/ph hi-d/sup"},
+    {"synph", "topic/ph pr-d/synph"},
+    {"syntaxdiagram", "topic/fig pr-d/syntaxdiagram"},
+    {"systemoutput", "topic/ph sw-d/systemoutput"},
+    {"table", "topic/table"},
+    {"tablelist", "map/topicref bookmap/tablelist"},
+    {"task", "topic/topic task/task"},
+    {"taskbody", "topic/body task/taskbody"},
+    {"tbody", "topic/tbody"},
+    {"term", "topic/term"},
+    {"text", "topic/text"},
+    {"tgroup", "topic/tgroup"},
+    {"thead", "topic/thead"},
+    {"title", "topic/title"},
+    {"titlealts", "topic/titlealts"},
+    {"tm", "topic/tm"},
+    {"toc", "map/topicref bookmap/toc"},
+    {"topic", "topic/topic"},
+    {"topicgroup", "map/topicref mapgroup-d/topicgroup"},
+    {"topichead", "map/topicref mapgroup-d/topichead"},
+    {"topicmeta", "map/topicmeta"},
+    {"topicref", "map/topicref"},
+    {"topicset", "map/topicref mapgroup-d/topicset"},
+    {"topicsetref", "map/topicref mapgroup-d/topicsetref"},
+    {"trademarklist", "map/topicref bookmap/trademarklist"},
+    {"tt", "topic/ph hi-d/tt"},
+    {"tutorialinfo", "topic/itemgroup task/tutorialinfo"},
+    {"typeofhazard", "topic/li hazard-d/typeofhazard"},
+    {"u", "topic/ph hi-d/u"},
+    {"uicontrol", "topic/ph ui-d/uicontrol"},
+    {"ul", "topic/ul"},
+    {"unknown", "topic/unknown"},
+    {"userinput", "topic/ph sw-d/userinput"},
+    {"ux-window", "map/ux-window"},
+    {"var", "topic/ph pr-d/var"},
+    {"varname", "topic/keyword sw-d/varname"},
+    {"vrm", "topic/vrm"},
+    {"vrmlist", "topic/vrmlist"},
+    {"wintitle", "topic/keyword ui-d/wintitle"},
+    {"xref", "topic/xref"},
+};
+
+std::string_view TypesOf(std::string_view name) {
+    const auto* row = std::lower_bound(std::begin(kClasses), std::end(kClasses), name,
+                                       [](const NamedClass& a, std::string_view b) { return a.name < b; });
+    return row != std::end(kClasses) && row->name == name ? row->types : std::string_view();
+}
+
+bool InForeign(const xmlNode* node) {
+    for (; node != nullptr; node = node->parent) {
+        if (node->ns != nullptr || HasType(node, "topic/foreign") || HasType(node, "topic/unknown")) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+bool AddMissingClasses(xmlDoc* document) {
+    bool allKnown = true;
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (node->type != XML_ELEMENT_NODE || node->ns != nullptr ||
+            xmlHasProp(node, Xml("class")) != nullptr) {
+            continue;
+        }
+        const std::string_view types = TypesOf(View(node->name));
+        if (!types.empty()) {
+            xmlNewProp(node, Xml("class"), Xml(std::string("- ").append(types).append(" ").c_str()));
+        } else if (View(node->name) != "dita" && !InForeign(node)) {
+            allKnown = false;
+        }
+    }
+    return allKnown;
+}
+
+void NameByBaseType(xmlDoc* document) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        const std::string types = node->type == XML_ELEMENT_NODE ? Attribute(node, "class") : std::string();
+        const std::size_t slash = types.find(" topic/");
+        if (slash == std::string::npos) {
+            continue;
+        }
+        const std::size_t begin = slash + std::string_view(" topic/").size();
+        const std::string base = types.substr(begin, types.find(' ', begin) - begin);
+        if (!base.empty() && View(node->name) != base) {
+            xmlNodeSetName(node, Xml(base.c_str()));
+        }
+    }
+}
+
+bool HasType(const xmlNode* node, std::string_view type) {
+    if (node == nullptr || node->type != XML_ELEMENT_NODE) {
+        return false;
+    }
+    const std::string value = Attribute(node, "class") + " ";
+    return value.find(std::string(" ").append(type).append(" ")) != std::string::npos;
+}
+
+}  // namespace ventrix::desk

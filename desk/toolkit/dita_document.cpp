@@ -1,0 +1,127 @@
+#include "desk/toolkit/dita_document.h"
+
+#include "desk/toolkit/dita_classes.h"
+#include "desk/xml/lenient_load.h"
+#include "desk/xml/reference_path.h"
+
+namespace ventrix::desk {
+namespace {
+
+void MakeAbsolute(xmlNode* element, const char* name, const std::string& path) {
+    const std::string reference = Attribute(element, name);
+    if (reference.empty() || reference.starts_with("-dita-")) {
+        return;
+    }
+    const std::size_t hash = std::min(reference.find('#'), reference.size());
+    const std::string target = hash == 0 ? path : TargetOf(reference, FolderOf(path)).path;
+    if (!target.empty()) {
+        xmlSetProp(element, Xml(name), Xml((FileUri(target) + reference.substr(hash)).c_str()));
+    }
+}
+
+void MakeReferencesAbsolute(xmlDoc* document, const std::string& path) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (node->type != XML_ELEMENT_NODE || node->properties == nullptr) {
+            continue;
+        }
+        const std::string scope = Attribute(node, "scope");
+        if (scope != "external" && scope != "peer") {
+            MakeAbsolute(node, "href", path);
+        }
+        MakeAbsolute(node, "conref", path);
+        if (HasType(node, "topic/object")) {
+            MakeAbsolute(node, "data", path);
+        }
+    }
+}
+
+bool HasTopic(const xmlNode* node) {
+    return HasType(node, "topic/topic");
+}
+
+xmlNode* FindTopic(xmlNode* root, const std::string& id) {
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (HasTopic(node) && (id.empty() || Attribute(node, "id") == id)) {
+            return node;
+        }
+    }
+    return nullptr;
+}
+
+/// An element of this topic, not of one that is nested in it.
+xmlNode* FindElement(xmlNode* topic, const std::string& id) {
+    for (xmlNode* node = NextNode(topic, topic); node != nullptr; node = NextNode(node, topic)) {
+        if (node->type == XML_ELEMENT_NODE && Attribute(node, "id") == id) {
+            return node;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+DitaDocument LoadDita(const std::string& nativePath, const Ditaval& rules) {
+    DitaDocument result;
+    LenientDocument loaded = LoadLeniently(nativePath, LoadFor::kDita);
+    if (loaded.wellFormed && !AddMissingClasses(loaded.document.get())) {
+        loaded = LoadLeniently(nativePath, LoadFor::kStylesheet);
+        AddMissingClasses(loaded.document.get());
+    }
+    if (!loaded.wellFormed) {
+        result.reason = nativePath + ": " + loaded.reason;
+    } else if (!Filter(rules, loaded.document.get())) {
+        result.excluded = true;
+    } else {
+        MakeReferencesAbsolute(loaded.document.get(), nativePath);
+        result.document = std::move(loaded.document);
+        for (const std::string& entity : loaded.undeclaredEntities) {
+            result.remarks.push_back(nativePath + ": " + entity);
+        }
+    }
+    return result;
+}
+
+std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference) {
+    if (!absoluteReference.starts_with("file:")) {
+        return std::nullopt;
+    }
+    DitaTarget target;
+    target.path = TargetOf(absoluteReference, "/").path;
+    const std::size_t hash = absoluteReference.find('#');
+    if (hash != std::string::npos) {
+        const std::string fragment = absoluteReference.substr(hash + 1);
+        const std::size_t slash = std::min(fragment.find('/'), fragment.size());
+        target.topic = fragment.substr(0, slash);
+        target.element = slash < fragment.size() ? fragment.substr(slash + 1) : std::string();
+    }
+    return target;
+}
+
+xmlNode* FindTarget(const xmlDoc* document, const DitaTarget& target) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    if (HasType(root, "map/map")) {
+        return target.topic.empty() ? root : FindElement(root, target.topic);
+    }
+    xmlNode* topic = FindTopic(root, target.topic);
+    return topic == nullptr || target.element.empty() ? topic : FindElement(topic, target.element);
+}
+
+xmlNode* FirstTopic(const xmlDoc* document) {
+    return FindTopic(xmlDocGetRootElement(document), {});
+}
+
+xmlNode* ChildOfType(const xmlNode* parent, std::string_view type) {
+    xmlNode* child = parent == nullptr ? nullptr : FirstElement(parent);
+    while (child != nullptr && !HasType(child, type)) {
+        child = NextElement(child);
+    }
+    return child;
+}
+
+std::string TextOf(const xmlNode* node) {
+    const XmlText text(node == nullptr ? nullptr : xmlNodeGetContent(node));
+    return std::string(View(text.get()));
+}
+
+}  // namespace ventrix::desk

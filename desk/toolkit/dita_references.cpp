@@ -1,0 +1,196 @@
+#include "desk/toolkit/dita_references.h"
+
+#include <algorithm>
+
+#include "desk/toolkit/dita_classes.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::size_t kKeptDocuments = 8;
+constexpr int kMostConrefs = 20'000;  ///< Of one document: content that doubles with every level must end.
+
+bool HasTitle(const xmlNode* node) {
+    return ChildOfType(node, "topic/title") != nullptr;
+}
+
+void CollectTitles(const xmlDoc* document, TopicTexts& texts) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    std::string topic;
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (node->type != XML_ELEMENT_NODE) {
+            continue;
+        }
+        const std::string id = Attribute(node, "id");
+        const bool isTopic = HasType(node, "topic/topic");
+        topic = isTopic ? id : topic;
+        if (!id.empty() && HasTitle(node)) {
+            texts.titles.insert({isTopic ? id : topic + "/" + id, TextOf(ChildOfType(node, "topic/title"))});
+        }
+    }
+}
+
+TopicTexts TextsOf(const xmlDoc* document) {
+    TopicTexts texts;
+    const xmlNode* topic = FirstTopic(document);
+    texts.title = TextOf(ChildOfType(topic, "topic/title"));
+    const xmlNode* shortDescription = ChildOfType(topic, "topic/shortdesc");
+    const xmlNode* abstract = ChildOfType(topic, "topic/abstract");
+    texts.shortDescription =
+        TextOf(shortDescription != nullptr ? shortDescription : ChildOfType(abstract, "topic/shortdesc"));
+    CollectTitles(document, texts);
+    return texts;
+}
+
+/// The copy keeps what the referring element says of itself.
+void CarryAttributes(const xmlNode* referring, xmlNode* copy) {
+    xmlUnsetProp(copy, Xml("id"));
+    for (const xmlAttr* attribute = referring->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        const std::string name(View(attribute->name));
+        const std::string value = Attribute(referring, name.c_str());
+        if (attribute->ns == nullptr && name != "conref" && name != "class" &&
+            value != "-dita-use-conref-target") {
+            xmlSetProp(copy, Xml(name.c_str()), Xml(value.c_str()));
+        }
+    }
+}
+
+/// The copy in the referring element's place; null if the target is not there.
+xmlNode* PutCopy(xmlNode* referring, DitaLibrary& library) {
+    const auto target = DitaTargetOf(Attribute(referring, "conref"));
+    const xmlDoc* document = target.has_value() ? library.Document(target->path) : nullptr;
+    xmlNode* original = document == nullptr ? nullptr : FindTarget(document, *target);
+    if (original == nullptr) {
+        return nullptr;
+    }
+    xmlNode* copy = xmlDocCopyNode(original, referring->doc, 1);
+    CarryAttributes(referring, copy);
+    xmlReplaceNode(referring, copy);
+    xmlFreeNode(referring);
+    return copy;
+}
+
+struct ConrefRun {
+    DitaLibrary& library;
+    const MessageSink& warnings;
+    std::vector<std::string> open;  ///< What is being pulled in; content that pulls in itself ends there.
+    int copies = 0;
+};
+
+xmlNode* Resolve(ConrefRun& run, xmlNode* element);
+
+void ResolveChildren(ConrefRun& run, xmlNode* parent) {
+    for (xmlNode* child = FirstElement(parent); child != nullptr; child = NextElement(child)) {
+        child = Resolve(run, child);
+    }
+}
+
+/// Gives the element that now stands in the place of this one.
+xmlNode* Resolve(ConrefRun& run, xmlNode* element) {
+    const std::string conref = Attribute(element, "conref");
+    const bool ring = std::find(run.open.begin(), run.open.end(), conref) != run.open.end();
+    const bool tooMany = !conref.empty() && ++run.copies > kMostConrefs;
+    xmlNode* copy = conref.empty() || ring || tooMany ? nullptr : PutCopy(element, run.library);
+    if (copy == nullptr) {
+        if (!conref.empty()) {
+            run.warnings("no content for conref=\"" + conref + "\"");
+            xmlUnsetProp(element, Xml("conref"));
+        }
+        ResolveChildren(run, element);
+        return element;
+    }
+    run.open.push_back(conref);
+    copy = Resolve(run, copy);
+    run.open.pop_back();
+    return copy;
+}
+
+bool IsLink(const xmlNode* node) {
+    return HasType(node, "topic/xref") || HasType(node, "topic/link");
+}
+
+void ApplyKey(xmlNode* element, const DitaKey& key, const std::string& elementId) {
+    const bool takesReference = IsLink(element) || HasType(element, "topic/image");
+    if (takesReference && !key.href.empty()) {
+        const std::string href = elementId.empty() ? key.href : key.href + "#" + elementId;
+        xmlSetProp(element, Xml("href"), Xml(href.c_str()));
+    }
+    if (TextOf(element).empty() && !key.text.empty() && !HasType(element, "topic/image")) {
+        xmlNodeAddContent(element, Xml(key.text.c_str()));
+    }
+}
+
+}  // namespace
+
+const DitaDocument& DitaLibrary::Load(const std::string& path) {
+    const auto known = std::find_if(recent_.begin(), recent_.end(),
+                                    [&path](const Entry& entry) { return entry.path == path; });
+    if (known != recent_.end()) {
+        recent_.splice(recent_.begin(), recent_, known);
+        return recent_.front().loaded;
+    }
+    recent_.push_front({path, LoadDita(path, rules_)});
+    if (recent_.size() > kKeptDocuments) {
+        recent_.pop_back();
+    }
+    return recent_.front().loaded;
+}
+
+const xmlDoc* DitaLibrary::Document(const std::string& path) {
+    return Load(path).document.get();
+}
+
+const TopicTexts& DitaLibrary::Texts(const std::string& path) {
+    const auto known = texts_.find(path);
+    if (known != texts_.end()) {
+        return known->second;
+    }
+    const DitaDocument& loaded = Load(path);
+    TopicTexts texts;
+    if (loaded.document != nullptr) {
+        texts = TextsOf(loaded.document.get());
+    }
+    texts.excluded = loaded.excluded;
+    return texts_.insert({path, std::move(texts)}).first->second;
+}
+
+void ResolveConrefs(xmlDoc* document, DitaLibrary& library, const MessageSink& warnings) {
+    ConrefRun run{.library = library, .warnings = warnings, .open = {}};
+    Resolve(run, xmlDocGetRootElement(document));
+}
+
+void ResolveKeyrefs(xmlDoc* document, const std::map<std::string, DitaKey>& keys,
+                    const MessageSink& warnings) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        const std::string reference =
+            node->type == XML_ELEMENT_NODE ? Attribute(node, "keyref") : std::string();
+        if (reference.empty()) {
+            continue;
+        }
+        const std::size_t slash = std::min(reference.find('/'), reference.size());
+        const auto key = keys.find(reference.substr(0, slash));
+        if (key == keys.end()) {
+            warnings("the map defines no key \"" + reference.substr(0, slash) + "\"");
+            continue;
+        }
+        ApplyKey(node, key->second, slash < reference.size() ? reference.substr(slash + 1) : std::string());
+    }
+}
+
+std::string TitleOf(const std::string& absoluteReference, DitaLibrary& library) {
+    const auto target = DitaTargetOf(absoluteReference);
+    if (!target.has_value()) {
+        return {};
+    }
+    const TopicTexts& texts = library.Texts(target->path);
+    if (target->topic.empty()) {
+        return texts.title;
+    }
+    const auto title =
+        texts.titles.find(target->element.empty() ? target->topic : target->topic + "/" + target->element);
+    return title == texts.titles.end() ? std::string() : title->second;
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,168 @@
+#include "desk/xml/doctype.h"
+
+#include <libxml/encoding.h>
+#include <libxml/tree.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::size_t kNpos = std::string_view::npos;
+
+/// A place in the prolog. Every step leaves it behind what it passed, or at the text's end.
+struct Cursor {
+    std::string_view text;
+    std::size_t at = 0;
+
+    bool Sees(std::string_view word) const { return text.substr(at).starts_with(word); }
+    void SkipBlanks() { at = std::min(text.find_first_not_of(kBlanks, at), text.size()); }
+    void SkipBehind(std::string_view word) {
+        const std::size_t found = text.find(word, at);
+        at = found == kNpos ? text.size() : found + word.size();
+    }
+    void SkipName() { at = std::min(text.find_first_of(" \t\r\n/>[", at), text.size()); }
+    void SkipLiteral() {
+        const char quote = at < text.size() ? text[at] : '\0';
+        if (quote == '"' || quote == '\'') {
+            ++at;
+            SkipBehind({&quote, 1});
+        }
+    }
+    void SkipWord(std::string_view word) {
+        at += word.size();
+        SkipBlanks();
+    }
+};
+
+/// Goes to the DOCTYPE or to the root's start tag.
+void SkipMisc(Cursor& cursor) {
+    while (true) {
+        cursor.SkipBlanks();
+        if (cursor.Sees("<?")) {
+            cursor.SkipBehind("?>");
+        } else if (cursor.Sees("<!--")) {
+            cursor.SkipBehind("-->");
+        } else {
+            return;
+        }
+    }
+}
+
+std::string Quoted(std::string_view systemId) {
+    return "\"" + std::string(systemId) + "\"";
+}
+
+/// Where in a DOCTYPE the system id stands, or belongs.
+struct SystemIdPlace {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    bool needsKeyword = false;
+};
+
+SystemIdPlace FindSystemId(Cursor cursor) {
+    cursor.SkipWord("<!DOCTYPE");
+    cursor.SkipName();
+    const std::size_t behindName = cursor.at;
+    cursor.SkipBlanks();
+    if (cursor.Sees("PUBLIC")) {
+        cursor.SkipWord("PUBLIC");
+        cursor.SkipLiteral();
+        const std::size_t behindPublic = cursor.at;
+        cursor.SkipBlanks();
+        if (!cursor.Sees("\"") && !cursor.Sees("'")) {
+            return {behindPublic, behindPublic};
+        }
+    } else if (cursor.Sees("SYSTEM")) {
+        cursor.SkipWord("SYSTEM");
+    } else {
+        return {behindName, behindName, true};
+    }
+    const std::size_t begin = cursor.at;
+    cursor.SkipLiteral();
+    return {begin, cursor.at};
+}
+
+std::string WithChangedDoctype(const Cursor& doctype, std::string_view systemId) {
+    const SystemIdPlace place = FindSystemId(doctype);
+    std::string changed(doctype.text.substr(0, place.begin));
+    changed += place.needsKeyword ? " SYSTEM " : (place.begin == place.end ? " " : "");
+    changed += Quoted(systemId);
+    return changed.append(doctype.text.substr(place.end));
+}
+
+std::string WithNewDoctype(const Cursor& root, std::string_view systemId) {
+    Cursor behindName = root;
+    ++behindName.at;
+    behindName.SkipName();
+    const std::string_view name = root.text.substr(root.at + 1, behindName.at - root.at - 1);
+    std::string changed(root.text.substr(0, root.at));
+    changed.append("<!DOCTYPE ").append(name).append(" SYSTEM ").append(Quoted(systemId)).append(">\n");
+    return changed.append(root.text.substr(root.at));
+}
+
+bool IsUtf16(std::string_view text) {
+    const std::string_view start = text.substr(0, 2);
+    return start == "\xFF\xFE" || start == "\xFE\xFF" || start == std::string_view("<\0", 2) ||
+           start == std::string_view("\0<", 2);
+}
+
+struct FreeBuffer {
+    void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
+};
+
+std::string Utf8Of(std::string_view utf16) {
+    const bool bigEndian = utf16.starts_with("\xFE\xFF") || utf16.starts_with(std::string_view("\0", 1));
+    if (utf16.starts_with("\xFF\xFE") || utf16.starts_with("\xFE\xFF")) {
+        utf16.remove_prefix(2);
+    }
+    const std::unique_ptr<xmlBuffer, FreeBuffer> in(xmlBufferCreate());
+    const std::unique_ptr<xmlBuffer, FreeBuffer> out(xmlBufferCreate());
+    xmlBufferAdd(in.get(), reinterpret_cast<const xmlChar*>(utf16.data()), static_cast<int>(utf16.size()));
+    xmlCharEncodingHandler* handler = xmlFindCharEncodingHandler(bigEndian ? "UTF-16BE" : "UTF-16LE");
+    while (xmlBufferLength(in.get()) > 0 && xmlCharEncInFunc(handler, out.get(), in.get()) > 0) {
+    }
+    xmlCharEncCloseFunc(handler);
+    return {reinterpret_cast<const char*>(xmlBufferContent(out.get())),
+            static_cast<std::size_t>(xmlBufferLength(out.get()))};
+}
+
+void SayUtf8(std::string& text) {
+    Cursor cursor{.text = text};
+    if (!cursor.Sees("<?xml")) {
+        return;
+    }
+    cursor.SkipBehind("?>");
+    const std::size_t encoding = text.substr(0, cursor.at).find("encoding");
+    if (encoding == kNpos) {
+        return;
+    }
+    cursor.at = std::min(text.find_first_of("\"'", encoding), text.size());
+    const std::size_t begin = cursor.at;
+    cursor.SkipLiteral();
+    text.replace(begin, cursor.at - begin, "\"UTF-8\"");
+}
+
+}  // namespace
+
+std::optional<std::string> WithSystemId(std::string_view text, std::string_view systemId) {
+    std::string converted;
+    if (IsUtf16(text)) {
+        converted = Utf8Of(text);
+        SayUtf8(converted);
+        text = converted;
+    }
+    Cursor cursor{.text = text};
+    if (cursor.Sees("\xEF\xBB\xBF")) {
+        cursor.at = 3;
+    }
+    SkipMisc(cursor);
+    if (cursor.Sees("<!DOCTYPE")) {
+        return WithChangedDoctype(cursor, systemId);
+    }
+    return cursor.Sees("<") ? std::optional(WithNewDoctype(cursor, systemId)) : std::nullopt;
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,89 @@
+#include "desk/xml/network_guard.h"
+
+#include <libxslt/security.h>
+#include <libxslt/xsltutils.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <utility>
+
+namespace ventrix::desk {
+namespace {
+
+void TakeStructured(void* context, xmlErrorPtr error) {
+    auto& guard = *static_cast<NetworkGuard*>(context);
+    if (error->file != nullptr) {
+        guard.Append((std::string(error->file) + ":" + std::to_string(error->line) + ": ").c_str());
+    }
+    guard.Append(error->message == nullptr ? "unknown fault\n" : error->message);
+}
+
+__attribute__((format(printf, 2, 3))) void TakeGeneric(void* context, const char* format, ...) {
+    char piece[4096];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(piece, sizeof piece, format, arguments);
+    va_end(arguments);
+    static_cast<NetworkGuard*>(context)->Append(piece);
+}
+
+/// Imported stylesheets and document() are checked against the process's default preferences only.
+void ForbidNetworkInStylesheets() {
+    static const bool done = [] {
+        xsltSecurityPrefs* preferences = xsltNewSecurityPrefs();
+        xsltSetSecurityPrefs(preferences, XSLT_SECPREF_READ_NETWORK, xsltSecurityForbid);
+        xsltSetSecurityPrefs(preferences, XSLT_SECPREF_WRITE_NETWORK, xsltSecurityForbid);
+        xsltSetDefaultSecurityPrefs(preferences);
+        return true;
+    }();
+    static_cast<void>(done);
+}
+
+}  // namespace
+
+NetworkGuard::NetworkGuard(const MessageSink& messages)
+    : messages_(messages),
+      loader_(xmlGetExternalEntityLoader()),
+      structured_(xmlStructuredError),
+      structuredContext_(xmlStructuredErrorContext),
+      generic_(xmlGenericError),
+      genericContext_(xmlGenericErrorContext),
+      xsltGeneric_(xsltGenericError),
+      xsltContext_(xsltGenericErrorContext) {
+    ForbidNetworkInStylesheets();
+    xmlSetExternalEntityLoader(xmlNoNetExternalEntityLoader);
+    xmlSetStructuredErrorFunc(this, TakeStructured);
+    xmlSetGenericErrorFunc(this, TakeGeneric);
+    xsltSetGenericErrorFunc(this, TakeGeneric);
+}
+
+NetworkGuard::~NetworkGuard() {
+    if (!line_.empty()) {
+        Append("\n");
+    }
+    xsltSetGenericErrorFunc(xsltContext_, xsltGeneric_);
+    xmlSetGenericErrorFunc(genericContext_, generic_);
+    xmlSetStructuredErrorFunc(structuredContext_, structured_);
+    xmlSetExternalEntityLoader(loader_);
+}
+
+void NetworkGuard::Append(const char* piece) {
+    for (; *piece != '\0'; ++piece) {
+        if (*piece != '\n') {
+            line_ += *piece == '\r' ? ' ' : *piece;
+            continue;
+        }
+        Emit(std::exchange(line_, {}));
+    }
+}
+
+void NetworkGuard::Emit(const std::string& line) {
+    if (line == "error" || line.starts_with("compilation error: ") || line.starts_with("runtime error: ")) {
+        place_ = line;
+    } else if (!line.empty()) {
+        messages_(place_.empty() || place_ == "error" ? line : place_ + ": " + line);
+        place_.clear();
+    }
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,42 @@
+#include "desk/xml/xml_handles.h"
+
+namespace ventrix::desk {
+namespace {
+
+xmlNode* ElementFrom(xmlNode* node) {
+    while (node != nullptr && node->type != XML_ELEMENT_NODE) {
+        node = node->next;
+    }
+    return node;
+}
+
+bool MayDescend(const xmlNode* node) {
+    return node->type == XML_ELEMENT_NODE || node->type == XML_DOCUMENT_NODE;
+}
+
+}  // namespace
+
+std::string Attribute(const xmlNode* element, const char* name) {
+    const XmlText value(xmlGetNoNsProp(element, Xml(name)));
+    return std::string(View(value.get()));
+}
+
+xmlNode* NextNode(xmlNode* node, const xmlNode* top) {
+    if (MayDescend(node) && node->children != nullptr) {
+        return node->children;
+    }
+    while (node != nullptr && node != top && node->next == nullptr) {
+        node = node->parent;
+    }
+    return node == nullptr || node == top ? nullptr : node->next;
+}
+
+xmlNode* FirstElement(const xmlNode* parent) {
+    return ElementFrom(parent->children);
+}
+
+xmlNode* NextElement(const xmlNode* element) {
+    return ElementFrom(element->next);
+}
+
+}  // namespace ventrix::desk
