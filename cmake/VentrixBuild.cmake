@@ -1,4 +1,4 @@
-# Settings that every target of the project shares.
+# Compiler settings of all targets, and helper functions for the CMakeLists.txt files.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -8,38 +8,38 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-unused-parameter -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # GCC 12 takes the library's own string insertion for overlapping copies once it optimises.
+    # With optimization, GCC 12 wrongly reports overlapping copies in the insert functions of std::string.
     add_compile_options(-Wno-restrict)
 endif()
 if(VENTRIX_SANITIZE)
-    # No vptr check: the host's interfaces are binary method tables, which carry no type information.
+    # No vptr check: the host's interfaces are plain method tables without type information.
     add_compile_options(-O1 -g1 -fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
-# The walks over a document are many small calls from file to file.
+# The walks over a document make many small calls between source files.
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     include(CheckIPOSupported)
     check_ipo_supported(RESULT has_link_time_optimization LANGUAGES CXX)
     set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ${has_link_time_optimization})
 endif()
 
-# Collects the sources of one folder; a new file needs no change of a list.
+# Sets `out` to the files that match the patterns. New files are found without a change here.
 function(ventrix_sources out)
     file(GLOB found CONFIGURE_DEPENDS ${ARGN})
     set(${out} ${found} PARENT_SCOPE)
 endfunction()
 
-# One test program for one room: ventrix_add_tests(kit LIBS ventrix_kit) takes tests/kit/*.cpp.
-function(ventrix_add_tests room)
+# Adds the test program of one component: ventrix_add_tests(kit LIBS ventrix_kit) builds tests/kit/*.cpp as test_kit.
+function(ventrix_add_tests component)
     cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
-    ventrix_sources(sources ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.cpp)
+    ventrix_sources(sources ${CMAKE_CURRENT_SOURCE_DIR}/${component}/*.cpp)
     if(NOT sources)
         return()
     endif()
-    add_executable(test_${room} ${sources})
-    target_include_directories(test_${room} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/tests)
-    target_link_libraries(test_${room} PRIVATE ${ARG_LIBS} GTest::gmock_main GTest::gtest)
-    gtest_discover_tests(test_${room} TEST_PREFIX ${room}. DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+    add_executable(test_${component} ${sources})
+    target_include_directories(test_${component} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/tests)
+    target_link_libraries(test_${component} PRIVATE ${ARG_LIBS} GTest::gmock_main GTest::gtest)
+    gtest_discover_tests(test_${component} TEST_PREFIX ${component}. DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()

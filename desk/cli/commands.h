@@ -1,4 +1,5 @@
-// The three verbs of `ventrix`. Each gives the exit status, and throws Stop where it cannot go on.
+// The three commands of `ventrix`. Each returns the exit status of the program and throws Stop when it
+// cannot continue.
 #pragma once
 
 #include "desk/cli/options.h"

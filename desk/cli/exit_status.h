@@ -1,4 +1,4 @@
-// The exit statuses of `ventrix`. Scripts rely on them: they never change their meaning.
+// The exit statuses of `ventrix`. Scripts depend on them, so their meanings never change.
 #pragma once
 
 #include <string>
@@ -7,17 +7,17 @@ namespace ventrix::desk {
 
 enum ExitStatus : int {
     kExitDone = 0,
-    kExitFindings = 1,        ///< Done, but something was found: a mask, a missing file, a file that failed.
-    kExitUsage = 2,           ///< The command line is wrong.
+    kExitFindings = 1,        ///< Completed, with findings, such as a missing or unreadable file.
+    kExitUsage = 2,           ///< Invalid usage.
     kExitUnreadable = 3,      ///< The document cannot be read.
-    kExitRefused = 4,         ///< The module refused the request, or packaging ended it.
-    kExitOutputRefused = 5,   ///< The output folder must not be emptied or cannot be written.
-    kExitTransformation = 6,  ///< The transformation failed or wrote nothing.
+    kExitRefused = 4,         ///< The module refused the request, or packaging failed.
+    kExitOutputRefused = 5,   ///< The output folder must not be emptied or is not writable.
+    kExitTransformation = 6,  ///< The transformation failed or wrote no pages.
     kExitNoModule = 7,        ///< The host or the module could not start.
     kExitInterrupted = 130,   ///< Ctrl-C.
 };
 
-/// Thrown to end the command with this exit status and message.
+/// Thrown to end the command with an exit status and an error message.
 struct Stop {
     int status;
     std::string text;

@@ -1,4 +1,4 @@
-// Where the desk host's own files lie. Paths are native.
+// Locates the files that are installed with the program. Paths are native.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@ namespace ventrix::desk {
 
 struct Installation {
     std::string module;  ///< Ventrix.so.
-    std::string folder;  ///< Holds Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
+    std::string folder;  ///< Contains Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
 };
 
-/// Found from where this program lies: `../lib/ventrix` and `../share/ventrix` where it is installed, else
-/// the places of the build tree. The files need not exist.
+/// Returns the locations relative to the running program: `../lib/ventrix` and `../share/ventrix` if the
+/// latter exists, else those of the build tree. The returned files may be missing.
 Installation FindInstallation();
 
 }  // namespace ventrix::desk

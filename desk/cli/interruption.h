@@ -1,15 +1,16 @@
-// Ctrl-C: the run ends at once with status 130. The module writes nothing in source folders, so nothing is
-// left half-written there; the output folder keeps its mark, so that the next run may take it.
+// Handles Ctrl-C and other requests to stop: the program exits immediately with status 130. Source folders
+// need no cleanup because the module never writes to them. The output folder is marked as ours, so that the
+// next run may empty it.
 #pragma once
 
 #include <string>
 
 namespace ventrix::desk {
 
-/// Makes an interruption end the program with status 130.
+/// Installs the signal handlers. Call once, at start.
 void WatchInterruptions();
 
-/// While it lives, an interruption writes this file first.
+/// During its lifetime, an interruption creates this file before the program exits. One instance at a time.
 class InterruptionMark {
   public:
     explicit InterruptionMark(std::string fileName);

@@ -7,27 +7,26 @@
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/interruption.h"
-#include "desk/cli/json_output.h"
 #include "desk/cli/options.h"
-#include "desk/cli/session.h"
+#include "desk/cli/screen.h"
 
 namespace {
 
 using namespace ventrix::desk;
 
-int RunVerb(const Options& options, const Screen& screen) {
-    switch (options.verb) {
-        case Verb::kPublish:
+int RunCommand(const Options& options, const Screen& screen) {
+    switch (options.command) {
+        case Command::kPublish:
             return Publish(options, screen);
-        case Verb::kValidate:
+        case Command::kValidate:
             return Validate(options, screen);
-        case Verb::kRequest:
+        case Command::kRequest:
             return Request(options, screen);
     }
     return kExitUsage;
 }
 
-int Fail(const Screen& screen, int status, const std::string& text) {
+int ReportFailure(const Screen& screen, int status, const std::string& text) {
     screen.Error(text);
     if (screen.Json()) {
         PrintObject({{"error", text}, {"exitStatus", status}});
@@ -42,21 +41,22 @@ int Run(int argc, char** argv) {
         if (!ReadOptions(argc, argv, options)) {
             return kExitDone;
         }
-        return RunVerb(options, screen.emplace(options.common));
+        return RunCommand(options, screen.emplace(options.common));
     } catch (const Stop& stop) {
-        return Fail(screen.emplace(options.common), stop.status, stop.text);
+        return ReportFailure(screen.emplace(options.common), stop.status, stop.text);
     } catch (const std::exception& error) {
-        return Fail(screen.emplace(options.common), kExitNoModule, error.what());
+        return ReportFailure(screen.emplace(options.common), kExitNoModule, error.what());
     }
 }
 
 volatile std::sig_atomic_t readerGone = 0;
 
-extern "C" void NoteReaderGone(int) {
+extern "C" void RecordReaderGone(int) {
     readerGone = 1;
 }
 
-/// A reader that went away, as `| head` does, has what it wanted; on a full disk the result is lost.
+/// A closed pipe is no error, since a reader such as `head` stops when it has read enough. Any other write
+/// error means that output was lost.
 int Finish(int status) {
     std::cout.flush();
     if (std::cout || readerGone == 1) {
@@ -69,7 +69,7 @@ int Finish(int status) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::signal(SIGPIPE, NoteReaderGone);
+    std::signal(SIGPIPE, RecordReaderGone);
     WatchInterruptions();
     return Finish(Run(argc, argv));
 }

@@ -1,5 +1,4 @@
-// What a command line of `ventrix` asks for. Paths are native and as typed; an empty text stands for an
-// option that was not given.
+// The options of `ventrix`. Paths are native and as typed; an option that was not given is an empty string.
 #pragma once
 
 #include <string>
@@ -7,14 +6,14 @@
 
 namespace ventrix::desk {
 
-enum class Verb { kPublish, kValidate, kRequest };
+enum class Command { kPublish, kValidate, kRequest };
 
-/// Options that all verbs share.
+/// Options that all commands share.
 struct CommonOptions {
     std::string document;
     std::string log;
     std::vector<std::string> unsaved;
-    std::vector<std::string> drives;  ///< As `X=FOLDER`.
+    std::vector<std::string> drives;  ///< Each as `X=FOLDER`.
     std::string toolkit = "builtin";
     std::string catalog;
     std::string color = "auto";  ///< auto, always or never.
@@ -34,14 +33,14 @@ struct PublishOptions {
 };
 
 struct Options {
-    Verb verb = Verb::kPublish;
+    Command command = Command::kPublish;
     CommonOptions common;
     PublishOptions publish;
     std::string requestText;
 };
 
-/// Reads the command line. Returns true if there is something to do; false if it is answered already (help,
-/// version). Throws Stop for a mistake; `options.common.json` is set then too.
+/// Parses the command line. Returns false if there is nothing left to do because help or the version was
+/// printed. Throws Stop for invalid usage; `options.common.json` is valid even then.
 bool ReadOptions(int argc, char** argv, Options& options);
 
 }  // namespace ventrix::desk

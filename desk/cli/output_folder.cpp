@@ -15,6 +15,8 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
+/// The folders that are never emptied: the root, the home folders of all users, and the roots of all
+/// drives.
 std::vector<fs::path> ProtectedFolders() {
     std::vector<fs::path> folders{"/"};
     if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
@@ -41,21 +43,21 @@ std::string OutputRefusal(const std::string& folder, const std::vector<std::stri
     std::error_code error;
     const fs::path real = RealPath(folder);
     if (fs::exists(real, error) && !fs::is_directory(real, error)) {
-        return "is no folder";
+        return "is not a folder";
     }
-    for (const fs::path& home : ProtectedFolders()) {
-        if (IsBelowOrEqual(home, real)) {
-            return "is or holds a home folder or a root; name a folder of its own for the result";
+    for (const fs::path& kept : ProtectedFolders()) {
+        if (IsBelowOrEqual(kept, real)) {
+            return "is or contains a home folder or a root folder; choose a separate folder for the result";
         }
     }
     for (const std::string& input : inputs) {
         if (!input.empty() && IsBelowOrEqual(RealPath(input), real)) {
-            return "holds " + input + ", which would be deleted; name a folder of its own for the result";
+            return "contains " + input + ", which would be deleted; choose a separate folder for the result";
         }
     }
     if (!force && fs::is_directory(real, error) && !fs::is_empty(real, error) &&
         !fs::exists(OutputMarkName(folder), error)) {
-        return "is not empty and was not made by an earlier run; --force empties it";
+        return "is not empty and was not created by an earlier run; use --force to empty it";
     }
     return {};
 }
@@ -67,7 +69,7 @@ std::string PrepareOutput(const std::string& folder) {
         return "cannot be created: " + error.message();
     }
     if (access(folder.c_str(), W_OK | X_OK) != 0) {
-        return "cannot be written";
+        return "is not writable";
     }
     return {};
 }

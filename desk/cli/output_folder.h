@@ -1,5 +1,5 @@
-// Guards the output folder: packaging empties it, so it must be one that nobody misses. Paths are native and
-// absolute.
+// Protects the output folder. Packaging empties it, so it must not contain anything that a user needs.
+// Paths are native and absolute.
 #pragma once
 
 #include <string>
@@ -7,18 +7,20 @@
 
 namespace ventrix::desk {
 
-/// Why the folder must not be emptied, in one line; empty if it may. A folder that holds one of the inputs, a
-/// home folder or a root (of the machine or of a drive), and what lies above those, is refused even with
-/// `force`; one that is not empty and was not made by an earlier run is refused without it.
+/// Returns why the folder must not be emptied, in one line; empty if it may be. A folder that is or
+/// contains an input, a home folder or a root folder (of the system or of a drive) is refused even with
+/// `force`. A folder that is not empty and was not created by an earlier run is refused without `force`.
 std::string OutputRefusal(const std::string& folder, const std::vector<std::string>& inputs, bool force);
 
-/// Creates the folder where it is missing. Empty on success, else why not.
+/// Creates the folder if it is missing. Returns an empty string on success, else the reason for the
+/// failure.
 std::string PrepareOutput(const std::string& folder);
 
-/// Notes in the folder that a run made it. Safe to call from a signal handler with the name from
-/// OutputMarkName.
+/// Creates the file that marks an output folder as the work of a run. `markName` comes from OutputMarkName.
+/// Safe to call from a signal handler.
 void MarkOutput(const char* markName);
 
+/// Returns the path of the mark in this output folder.
 std::string OutputMarkName(const std::string& folder);
 
 }  // namespace ventrix::desk

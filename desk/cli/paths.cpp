@@ -46,15 +46,14 @@ bool IsBelowOrEqual(const fs::path& path, const fs::path& folder) {
 void RequireFile(const char* option, const std::string& file) {
     std::error_code error;
     if (!file.empty() && !fs::is_regular_file(file, error)) {
-        throw Stop{kExitUsage, std::string(option) + ": " + file + " is no file that can be read"};
+        throw Stop{kExitUsage, std::string(option) + ": " + file + " is not a readable file"};
     }
 }
 
 void RequireProgram(const char* option, const std::string& file) {
     RequireFile(option, file);
     if (!file.empty() && access(file.c_str(), X_OK) != 0) {
-        throw Stop{kExitUsage,
-                   std::string(option) + ": " + file + " is not executable; chmod +x makes it so"};
+        throw Stop{kExitUsage, std::string(option) + ": " + file + " is not executable; run chmod +x on it"};
     }
 }
 
@@ -62,7 +61,7 @@ void RequireNoInput(const char* option, const std::string& file, const std::vect
     for (const std::string& input : inputs) {
         if (!file.empty() && RealPath(file) == RealPath(input)) {
             throw Stop{kExitUsage,
-                       std::string(option) + ": the run reads " + file + "; name another file to write"};
+                       std::string(option) + ": " + file + " is an input of this run; choose another file"};
         }
     }
 }
@@ -70,7 +69,7 @@ void RequireNoInput(const char* option, const std::string& file, const std::vect
 void RequireLog(const std::string& log, const std::vector<std::string>& inputs) {
     std::error_code error;
     if (fs::is_directory(log, error)) {
-        throw Stop{kExitUsage, "--log: " + log + " is a folder; name a file in it"};
+        throw Stop{kExitUsage, "--log: " + log + " is a folder; choose a file in it"};
     }
     RequireNoInput("--log", log, inputs);
 }

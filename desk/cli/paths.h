@@ -20,16 +20,17 @@ std::filesystem::path RealPath(const std::filesystem::path& path);
 /// Of two real paths.
 bool IsBelowOrEqual(const std::filesystem::path& path, const std::filesystem::path& folder);
 
-/// Throws Stop if the file that this option names is missing; nothing for an empty path.
+/// Throws Stop if the file that this option names is missing. Accepts an empty path.
 void RequireFile(const char* option, const std::string& file);
 
-/// The same for a file that must be executable.
+/// As RequireFile, for a file that must be executable.
 void RequireProgram(const char* option, const std::string& file);
 
-/// Throws Stop if the file, named by this option, is one of the inputs: a run would write into its source.
+/// Throws Stop if the output file that this option names is one of the inputs, which the run would
+/// overwrite.
 void RequireNoInput(const char* option, const std::string& file, const std::vector<std::string>& inputs);
 
-/// Throws Stop for a log that is a folder or one of the inputs.
+/// Throws Stop if the log is a folder or one of the inputs.
 void RequireLog(const std::string& log, const std::vector<std::string>& inputs);
 
 }  // namespace ventrix::desk

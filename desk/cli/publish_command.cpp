@@ -6,7 +6,6 @@
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
 #include "desk/cli/interruption.h"
-#include "desk/cli/json_output.h"
 #include "desk/cli/output_folder.h"
 #include "desk/cli/paths.h"
 #include "desk/cli/published_pages.h"
@@ -25,7 +24,7 @@ struct Outcome {
     Reply reply;
     RunLog log;
     std::string output, logName, resultFolder, buildLog;  ///< Native.
-    std::string undecoded;             ///< --out-file where the module does not look for pages; else empty.
+    std::string undecoded;             ///< --out-file if the module does not decode it; else empty.
     std::vector<std::string> missing;  ///< Referenced files that could not be packaged.
     PublishedPages pages;
     bool transforms = false;
@@ -46,12 +45,13 @@ bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
     if (!session.files.dita) {
         throw Stop{
             kExitUsage,
-            session.document + " is no DITA document: say how to transform it, with --xslt FILE or a script"};
+            session.document +
+                " is not a DITA document; choose --xslt, --pre-script or --post-script to transform it"};
     }
     return true;
 }
 
-/// Everything that a run reads and that must not lie in the folder which packaging empties.
+/// Returns everything that a run reads. None of it may be in the output folder, which packaging empties.
 std::vector<std::string> Inputs(const Options& options, const Session& session) {
     const PublishOptions& publish = options.publish;
     std::vector<std::string> inputs{session.document};
@@ -73,7 +73,7 @@ void RequireUsableFiles(const std::string& outFileOption, bool ditaOt, const std
     RequireLog(outcome.logName, inputs);
     if (LiesInOutput(outcome.logName, outcome)) {
         throw Stop{kExitUsage, "--log: " + outcome.logName +
-                                   " lies in the output folder, which is emptied; name another place"};
+                                   " is in the output folder, which is emptied; choose a file outside it"};
     }
     const std::string outFile = AbsolutePath(outFileOption);
     RequireNoInput("--out-file", outFile, inputs);
@@ -120,7 +120,7 @@ std::size_t DocumentCount(const DocumentFiles& files) {
         files.files, [](const DocumentFile& file) { return file.key != "graphicsType"; }));
 }
 
-Outcome Run(const Options& options, Session& session, const Screen& screen) {
+Outcome RunPublish(const Options& options, Session& session, const Screen& screen) {
     Outcome outcome;
     CheckInputs(options.publish);
     outcome.output = AbsolutePath(options.publish.output);
@@ -141,7 +141,7 @@ Outcome Run(const Options& options, Session& session, const Screen& screen) {
         const InterruptionMark mark(OutputMarkName(outcome.output));
         Progress progress(screen, outcome.logName, DocumentCount(session.files));
         session.clientCalled = [&](const std::string& client) {
-            progress.Transforming(client != "QlDispatcher");
+            progress.SetTransforming(client != "QlDispatcher");
         };
         outcome.reply = Send(session, request);
         session.clientCalled = nullptr;
@@ -152,9 +152,9 @@ Outcome Run(const Options& options, Session& session, const Screen& screen) {
     outcome.resultFolder = platform::ToNative(outcome.reply.first);
     outcome.buildLog = platform::ToNative(outcome.reply.second);
     outcome.missing = MissingFiles(session);
-    LookOverPages(outcome.output, outcome.pages);
+    InspectPages(outcome.output, outcome.pages);
     if (!outcome.undecoded.empty()) {
-        LookOverPages(values.ditaOt ? outcome.resultFolder : outcome.undecoded, outcome.pages);
+        InspectPages(values.ditaOt ? outcome.resultFolder : outcome.undecoded, outcome.pages);
     }
     return outcome;
 }
@@ -185,21 +185,20 @@ void PrintMarkerText(const Outcome& outcome, const Screen& screen) {
     const PublishedPages& pages = outcome.pages;
     if (std::ranges::any_of(outcome.log.failed, IsPage)) {
         screen.Note(
-            "marker text is turned back only in pages that are well-formed XML; a stylesheet writes them "
-            "with <xsl:output method=\"xml\"/>");
+            "marker text is decoded only in pages that are well-formed XML; to write such pages, a "
+            "stylesheet needs <xsl:output method=\"xml\"/>");
     }
     if (pages.markedTexts > 0) {
-        screen.Warning("pages that still hold marker text: " + std::to_string(pages.markedTexts) +
-                       ", the first " + pages.firstMarkedText);
+        screen.Warning("pages that still contain marker text: " + std::to_string(pages.markedTexts) +
+                       "; the first is " + pages.firstMarkedText);
     }
     if (pages.markedTexts > 0 && !outcome.undecoded.empty()) {
-        screen.Note(
-            "marker text is turned back only in .html and .htm files below the output folder, not in " +
-            outcome.undecoded);
+        screen.Note("marker text is decoded only in .html and .htm files in the output folder, not in " +
+                    outcome.undecoded);
     }
     if (pages.markedValues > 0) {
         screen.Note("attribute values into which the transformation copied marker text: " +
-                    std::to_string(pages.markedValues) + ", the first in " + pages.firstMarkedValue);
+                    std::to_string(pages.markedValues) + "; the first is in " + pages.firstMarkedValue);
     }
 }
 
@@ -208,7 +207,7 @@ void PrintFindings(const Outcome& outcome, const Screen& screen) {
         screen.Warning(file + " is missing or unreadable and is not in the result");
     }
     if (outcome.log.graphicsOnOtherDrive) {
-        screen.Warning("some graphics lie on another drive than the document and were left behind");
+        screen.Warning("some graphics are on a different drive from the document and were not packaged");
     }
     for (const FailedFile& failed : outcome.log.failed) {
         screen.Warning(failed.file + " could not be read: " + failed.reason);
@@ -225,15 +224,15 @@ void PrintResult(const Outcome& outcome, const Screen& screen) {
     screen.Result("log:       " + outcome.logName);
 }
 
-[[noreturn]] void StopForPackaging(const Outcome& outcome) {
+[[noreturn]] void StopAfterPackaging(const Outcome& outcome) {
     throw Stop{kExitRefused,
                outcome.log.documentsOnSeveralDrives
-                   ? "the document's files lie on several drives and cannot be packaged; the log is " +
+                   ? "the document's files are on several drives and cannot be packaged; see the log " +
                          outcome.logName
-                   : "packaging ended the run; the log cannot be written: " + outcome.logName};
+                   : "packaging failed because the log cannot be written: " + outcome.logName};
 }
 
-int Judge(const Outcome& outcome, const Session& session, const Screen& screen) {
+int ReportStatus(const Outcome& outcome, const Session& session, const Screen& screen) {
     const TransformationRecord& record = session.record;
     if (record.failed > 0) {
         screen.Error("the transformation failed: " + record.reason +
@@ -241,7 +240,7 @@ int Judge(const Outcome& outcome, const Session& session, const Screen& screen) 
         return kExitTransformation;
     }
     if (outcome.transforms && outcome.pages.pages == 0) {
-        screen.Error("the transformation wrote no page; the log is " + outcome.logName);
+        screen.Error("the transformation wrote no pages; see the log " + outcome.logName);
         return kExitTransformation;
     }
     const bool clean = outcome.log.failed.empty() && outcome.missing.empty() &&
@@ -254,15 +253,15 @@ int Judge(const Outcome& outcome, const Session& session, const Screen& screen) 
 
 int Publish(const Options& options, const Screen& screen) {
     const auto session = StartSession(options.common, screen);
-    const Outcome outcome = Run(options, *session, screen);
+    const Outcome outcome = RunPublish(options, *session, screen);
     if (outcome.reply.status == kRefused) {
         throw Stop{kExitRefused, "the module refused the request"};
     }
     if (outcome.reply.first.empty()) {
-        StopForPackaging(outcome);
+        StopAfterPackaging(outcome);
     }
     PrintFindings(outcome, screen);
-    const int status = Judge(outcome, *session, screen);
+    const int status = ReportStatus(outcome, *session, screen);
     if (screen.Json()) {
         PrintJson(outcome);
     }

@@ -12,10 +12,11 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
-/// Words that open marker text. A tags attribute holds only "QL_SEP", so that it does not count.
+/// The words that open marker text. "QL_SEP" is not among them: a tags attribute contains it after
+/// decoding.
 constexpr std::string_view kOpeningWords[] = {"QL_START", "QL_SA_S", "QL_ELEM_S"};
 
-bool HoldsMarkers(std::string_view text) {
+bool ContainsMarkers(std::string_view text) {
     return std::ranges::any_of(
         kOpeningWords, [&](std::string_view word) { return text.find(word) != std::string_view::npos; });
 }
@@ -25,15 +26,15 @@ std::string ReadPage(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-std::string_view NameIn(std::string_view text) {
+std::string_view LeadingName(std::string_view text) {
     const auto end = std::ranges::find_if(
         text, [](unsigned char c) { return c <= ' ' || c == '=' || c == '/' || c == '>'; });
     return text.substr(0, static_cast<std::size_t>(end - text.begin()));
 }
 
-/// Counts the values of one start tag, which begins behind its "<".
-void LookOverTag(std::string_view tag, const std::string& page, PublishedPages& found) {
-    const std::string_view element = NameIn(tag);
+/// Inspects the attribute values of one start tag. `tag` begins after the "<".
+void InspectTag(std::string_view tag, const std::string& page, PublishedPages& found) {
+    const std::string_view element = LeadingName(tag);
     std::size_t at = element.size();
     while ((at = tag.find('=', at)) != std::string_view::npos && at + 1 < tag.size()) {
         const char quote = tag[at + 1];
@@ -42,7 +43,7 @@ void LookOverTag(std::string_view tag, const std::string& page, PublishedPages& 
         if (end == std::string_view::npos) {
             return;
         }
-        if (HoldsMarkers(tag.substr(at + 2, end - at - 2))) {
+        if (ContainsMarkers(tag.substr(at + 2, end - at - 2))) {
             const std::size_t name = tag.find_last_of(" \t\r\n", at) + 1;
             if (found.markedValues++ == 0) {
                 found.firstMarkedValue = page + ": <" + std::string(element) + " " +
@@ -53,7 +54,7 @@ void LookOverTag(std::string_view tag, const std::string& page, PublishedPages& 
     }
 }
 
-/// The end of the tag that begins at `at`, past quoted values.
+/// Returns the position of the ">" that ends the tag at `at`, skipping quoted values.
 std::size_t TagEnd(std::string_view text, std::size_t at) {
     char quote = 0;
     for (; at < text.size(); ++at) {
@@ -69,17 +70,17 @@ std::size_t TagEnd(std::string_view text, std::size_t at) {
     return text.size();
 }
 
-void LookOverPage(const std::string& text, const std::string& page, PublishedPages& found) {
-    if (!HoldsMarkers(text)) {
+void InspectPage(const std::string& text, const std::string& page, PublishedPages& found) {
+    if (!ContainsMarkers(text)) {
         return;
     }
     bool markedText = false;
     std::size_t at = 0;
     while (at < text.size()) {
         const std::size_t open = std::min(text.find('<', at), text.size());
-        markedText = markedText || HoldsMarkers(std::string_view(text).substr(at, open - at));
+        markedText = markedText || ContainsMarkers(std::string_view(text).substr(at, open - at));
         const std::size_t close = TagEnd(text, open);
-        LookOverTag(
+        InspectTag(
             std::string_view(text).substr(std::min(open + 1, close), close - std::min(open + 1, close)), page,
             found);
         at = close + 1;
@@ -107,10 +108,10 @@ std::vector<fs::path> PagesAt(const std::string& place) {
 
 }  // namespace
 
-void LookOverPages(const std::string& place, PublishedPages& found) {
+void InspectPages(const std::string& place, PublishedPages& found) {
     for (const fs::path& page : PagesAt(place)) {
         ++found.pages;
-        LookOverPage(ReadPage(page), page.string(), found);
+        InspectPage(ReadPage(page), page.string(), found);
     }
 }
 

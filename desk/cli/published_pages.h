@@ -1,4 +1,4 @@
-// Looks over the pages of a published result. Paths are native.
+// Inspects the pages of a published result for marker text that was not decoded. Paths are native.
 #pragma once
 
 #include <cstddef>
@@ -8,14 +8,15 @@ namespace ventrix::desk {
 
 struct PublishedPages {
     std::size_t pages = 0;         ///< Files that end in .html or .htm.
-    std::size_t markedValues = 0;  ///< Attribute values other than the tags attributes that hold marker text.
-    std::string firstMarkedValue;  ///< "PAGE: <meta content>", the first of them.
-    std::size_t markedTexts = 0;   ///< Pages whose text still holds marker text, as those that did not load.
+    std::size_t markedValues = 0;  ///< Attribute values with marker text, except tags attributes.
+    std::string firstMarkedValue;  ///< The first of them, as "PAGE: <meta content>".
+    std::size_t markedTexts = 0;   ///< Pages with marker text in text nodes, as those that failed to load.
     std::string firstMarkedText;   ///< The first of these pages.
 };
 
-/// Adds what every page below the folder shows, or one file of any name. A transformation may have copied
-/// marked text into attribute values, such as page descriptions; there the marker text stays.
-void LookOverPages(const std::string& place, PublishedPages& found);
+/// Adds the counts of every page below a folder, or of a single file whatever its name. Marker text in
+/// attribute values comes from a transformation that copies text there, for example into page descriptions;
+/// it is not decoded.
+void InspectPages(const std::string& place, PublishedPages& found);
 
 }  // namespace ventrix::desk

@@ -2,7 +2,6 @@
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
-#include "desk/cli/json_output.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/session.h"
 

@@ -7,17 +7,17 @@ namespace {
 
 constexpr std::size_t kLongestToken = 1023;
 
-/// A request has no escapes: a value with double quotes goes between single ones, and one with both cannot be
-/// told. `given` is the option that the person wrote.
+/// The request grammar has no escapes: a value with double quotes is put in single quotes, and a value with
+/// both cannot be expressed. `given` is the command-line option, for the error message.
 std::string Quoted(const char* given, const std::string& value) {
     if (value.size() > kLongestToken) {
         throw Stop{kExitUsage, std::string(given) + ": the value is too long (" +
-                                   std::to_string(value.size()) + " bytes, 1023 at most)"};
+                                   std::to_string(value.size()) + " bytes; the limit is 1023)"};
     }
     const bool hasDouble = value.find('"') != std::string::npos;
     if (hasDouble && value.find('\'') != std::string::npos) {
         throw Stop{kExitUsage,
-                   std::string(given) + ": a value cannot hold both kinds of quotation marks: " + value};
+                   std::string(given) + ": a value cannot contain both single and double quotes: " + value};
     }
     const char quote = hasDouble ? '\'' : '"';
     return quote + value + quote;
@@ -25,8 +25,8 @@ std::string Quoted(const char* given, const std::string& value) {
 
 class RequestWriter {
   public:
-    explicit RequestWriter(std::string verb, std::uint32_t documentId)
-        : text_(std::move(verb) + " -docId " + std::to_string(documentId)) {}
+    explicit RequestWriter(std::string command, std::uint32_t documentId)
+        : text_(std::move(command) + " -docId " + std::to_string(documentId)) {}
 
     void Flag(const char* option, bool given) {
         if (given) {
@@ -42,7 +42,7 @@ class RequestWriter {
         }
     }
 
-    /// Lists add up in a request, so that each one given goes in on its own.
+    /// The module joins the lists of a repeated option, so each is written separately.
     void Lists(const char* option, const char* given, const std::vector<std::string>& lists) {
         for (const std::string& list : lists) {
             Value(option, given, list);

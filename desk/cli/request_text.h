@@ -1,4 +1,4 @@
-// Composes the request text that a command line stands for.
+// Composes the text of a request from the options of the command line.
 #pragma once
 
 #include <string>
@@ -7,21 +7,23 @@
 
 namespace ventrix::desk {
 
-/// The values of a publish request in the notation that the module reads: paths in system notation.
+/// The values of a Publish request, as the module expects them. Paths are in system notation; empty values
+/// are left out.
 struct PublishValues {
     std::uint32_t documentId = 0;
-    std::string outputFolder;  ///< With its closing backslash.
+    std::string outputFolder;  ///< With a trailing backslash.
     std::string xslt, preScript, postScript, ditaval, outFile, log;
     bool ditaOt = false;
 };
 
-/// The text of a Publish request. Throws Stop for a value that no request can hold, with the name of its
-/// option: one with both kinds of quote, or with more than 1023 bytes.
+/// Returns the text of a Publish request. Throws Stop, naming the option, for a value that a request cannot
+/// express: one with both single and double quotes, or longer than 1023 bytes.
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options);
 
+/// Returns the text of a Validate request. Throws Stop as PublishRequest does.
 std::string ValidateRequest(std::uint32_t documentId, const std::string& log);
 
-/// The text with each "{docId}" replaced.
+/// Replaces each "{docId}" by the id.
 std::string FillDocumentId(std::string text, std::uint32_t documentId);
 
 }  // namespace ventrix::desk

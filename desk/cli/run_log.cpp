@@ -21,12 +21,14 @@ constexpr std::string_view kDecodes = "Logarithmus:Datei wird decodiert...";
 constexpr std::string_view kEncodeFailed = "Fehler:Datei wird codiert...";
 constexpr std::string_view kDecodeFailed = "Fehler:Datei wird decodiert...";
 
+/// A rule, the line of asterisks before and after the paths of a section.
 bool IsRule(std::string_view line) {
     return !line.empty() && line.find_first_not_of('*') == std::string_view::npos;
 }
 
-/// What follows the prefix, or nothing if the line does not begin with it.
-bool Behind(std::string_view line, std::string_view prefix, std::string& rest) {
+/// Sets `rest` to what follows the prefix. Returns false, with `rest` unchanged, if the line lacks the
+/// prefix.
+bool StripPrefix(std::string_view line, std::string_view prefix, std::string& rest) {
     if (!line.starts_with(prefix)) {
         return false;
     }
@@ -34,7 +36,7 @@ bool Behind(std::string_view line, std::string_view prefix, std::string& rest) {
     return true;
 }
 
-/// Takes the lines between the two rules of a section.
+/// Reads the paths between the two rules of a section.
 void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
     std::string line;
     std::getline(lines, line);
@@ -61,11 +63,11 @@ void ReadLine(const std::string& line, std::istream& lines, std::string& lastFil
         log.documentsOnSeveralDrives = true;
     } else if (line.starts_with("Achtung:" + std::string(kDrivesText))) {
         log.graphicsOnOtherDrive = true;
-    } else if (Behind(line, kEncodes, lastFile)) {
+    } else if (StripPrefix(line, kEncodes, lastFile)) {
         ++log.encoded;
-    } else if (Behind(line, kDecodes, lastFile)) {
+    } else if (StripPrefix(line, kDecodes, lastFile)) {
         ++log.decoded;
-    } else if (Behind(line, kEncodeFailed, rest) || Behind(line, kDecodeFailed, rest)) {
+    } else if (StripPrefix(line, kEncodeFailed, rest) || StripPrefix(line, kDecodeFailed, rest)) {
         log.failed.push_back({platform::ToNative(lastFile), rest});
     }
 }

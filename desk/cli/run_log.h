@@ -1,5 +1,5 @@
-// What one run added to the report log, read back for the person: the log's wording is the module's, and
-// fixed.
+// Parses what one run appended to the report log. The module writes the log in German, and the wording is
+// fixed; the command line reports its contents in English.
 #pragma once
 
 #include <cstdint>
@@ -10,24 +10,24 @@ namespace ventrix::desk {
 
 struct FailedFile {
     std::string file;    ///< Native path.
-    std::string reason;  ///< The parser's, one line.
+    std::string reason;  ///< The parser's message, one line.
 };
 
 struct RunLog {
-    std::vector<std::string> valid, broken, unsaved;  ///< Native paths, from the sections of a Validate.
-    bool documentsOnSeveralDrives = false;            ///< An error: such a document cannot be packaged.
-    bool graphicsOnOtherDrive = false;                ///< A warning: those graphics are left behind.
+    std::vector<std::string> valid, broken, unsaved;  ///< Native paths, from a Validate.
+    bool documentsOnSeveralDrives = false;            ///< An error: the document cannot be packaged.
+    bool graphicsOnOtherDrive = false;                ///< A warning: these graphics are not packaged.
     std::vector<FailedFile> failed;                   ///< Files that a pass could not load.
-    std::size_t encoded = 0, decoded = 0;             ///< Files that a pass took up.
+    std::size_t encoded = 0, decoded = 0;             ///< Files that a pass has started.
 };
 
-/// Reads the text that a run added.
+/// Parses the text that a run appended.
 RunLog ReadRunLog(const std::string& text);
 
-/// The file's size in bytes; 0 for a missing file.
+/// Returns the file's size in bytes; 0 if it is missing.
 std::uint64_t LogSize(const std::string& nativePath);
 
-/// The bytes from an offset to the end; empty for a missing file.
+/// Returns the bytes from an offset to the end; empty if the file is missing.
 std::string LogFrom(const std::string& nativePath, std::uint64_t offset);
 
 }  // namespace ventrix::desk

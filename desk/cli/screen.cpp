@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <mutex>
+#include <nlohmann/json.hpp>
 
 #include "desk/cli/run_log.h"
 
@@ -19,7 +20,7 @@ constexpr char kYellow[] = "\033[33m";
 constexpr char kPlain[] = "\033[0m";
 constexpr char kClearLine[] = "\r\033[K";
 
-/// A message is one line, whatever a file is called, and a name cannot steer the terminal.
+/// Escapes control characters, so that a file name can neither break the line nor control the terminal.
 std::string OneLine(const std::string& text) {
     std::string line;
     for (const char c : text) {
@@ -58,24 +59,24 @@ void Screen::Result(const std::string& text) const {
     }
 }
 
-void Screen::Say(const char* color, const char* word, const std::string& text) const {
-    std::cerr << (colors_ ? color : "") << word << (colors_ ? kPlain : "") << OneLine(text) << '\n';
+void Screen::Print(const char* color, const char* label, const std::string& text) const {
+    std::cerr << (colors_ ? color : "") << label << (colors_ ? kPlain : "") << OneLine(text) << '\n';
 }
 
 void Screen::Note(const std::string& text) const {
     if (!quiet_) {
-        Say("", "", text);
+        Print("", "", text);
     }
 }
 
 void Screen::Warning(const std::string& text) const {
     if (!quiet_) {
-        Say(kYellow, "warning: ", text);
+        Print(kYellow, "warning: ", text);
     }
 }
 
 void Screen::Error(const std::string& text) const {
-    Say(kRed, "error: ", text);
+    Print(kRed, "error: ", text);
 }
 
 void Screen::Console(const std::string& text) const {
@@ -84,13 +85,17 @@ void Screen::Console(const std::string& text) const {
     }
 }
 
-QuietStandardOutput::QuietStandardOutput() {
+void PrintObject(const nlohmann::json& object) {
+    std::cout << object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+StandardOutputRedirection::StandardOutputRedirection() {
     std::cout.flush();
     kept_ = dup(STDOUT_FILENO);
     dup2(STDERR_FILENO, STDOUT_FILENO);
 }
 
-QuietStandardOutput::~QuietStandardOutput() {
+StandardOutputRedirection::~StandardOutputRedirection() {
     std::fflush(stdout);
     if (kept_ >= 0) {
         dup2(kept_, STDOUT_FILENO);

@@ -1,8 +1,9 @@
-// What the person sees: results on standard output, everything else on standard error, colours and progress
-// only where a person looks.
+// Output of the command line: results go to standard output, everything else to standard error. Colours and
+// progress appear only on a terminal, unless an option says otherwise.
 #pragma once
 
 #include <atomic>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <thread>
 
@@ -14,36 +15,40 @@ class Screen {
   public:
     explicit Screen(const CommonOptions& options);
 
-    void Result(const std::string& text) const;  ///< One line of the result; not with --json.
-    void Note(const std::string& text) const;    ///< Said unless --quiet.
-    void Warning(const std::string& text) const;
+    void Result(const std::string& text) const;   ///< One line of the result; nothing with --json.
+    void Note(const std::string& text) const;     ///< Nothing with --quiet.
+    void Warning(const std::string& text) const;  ///< Nothing with --quiet.
     void Error(const std::string& text) const;
-    void Console(const std::string& text) const;  ///< The host's console; said with --verbose.
+    void Console(const std::string& text) const;  ///< Output of the host's console; only with --verbose.
 
     bool ShowsProgress() const { return progress_; }
     bool Json() const { return json_; }
 
   private:
-    void Say(const char* color, const char* word, const std::string& text) const;
+    void Print(const char* color, const char* label, const std::string& text) const;
 
     bool json_, quiet_, verbose_, colors_, progress_;
 };
 
-/// Sends what this process and its children print on standard output to standard error, for as long as it
-/// lives: what a script or a client prints is no result.
-class QuietStandardOutput {
+/// Prints a JSON object, the only output of --json, in one line on standard output. Invalid UTF-8, which a
+/// truncated path may contain, becomes U+FFFD.
+void PrintObject(const nlohmann::json& object);
+
+/// During its lifetime, redirects standard output of this process and its children to standard error,
+/// because the output of scripts and clients is not part of the result.
+class StandardOutputRedirection {
   public:
-    QuietStandardOutput();
-    ~QuietStandardOutput();
-    QuietStandardOutput(const QuietStandardOutput&) = delete;
-    QuietStandardOutput& operator=(const QuietStandardOutput&) = delete;
+    StandardOutputRedirection();
+    ~StandardOutputRedirection();
+    StandardOutputRedirection(const StandardOutputRedirection&) = delete;
+    StandardOutputRedirection& operator=(const StandardOutputRedirection&) = delete;
 
   private:
     int kept_;
 };
 
-/// A line on the terminal that tells how far a run is, from what it adds to its log. Nothing where no person
-/// looks.
+/// Shows the progress of a run in one line of the terminal, from what the run appends to its log. Does
+/// nothing if standard error is not a terminal.
 class Progress {
   public:
     Progress(const Screen& screen, std::string logFile, std::size_t files);
@@ -51,8 +56,8 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// The name of the client that transforms; static text.
-    void Transforming(bool on) { transforming_ = on; }
+    /// Reports whether a client is transforming the document, which the log does not show.
+    void SetTransforming(bool transforming) { transforming_ = transforming; }
 
   private:
     void Show(const std::string& logFile, std::size_t files, std::stop_token stop) const;

@@ -17,23 +17,23 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
-/// The entry with its folder made absolute. Throws Stop for one that names no drive or no folder.
+/// Returns the entry with its folder made absolute. Throws Stop if the drive or the folder is invalid.
 std::string DriveEntry(const std::string& drive) {
     const std::size_t equals = drive.find('=');
     if (equals == std::string::npos) {
-        throw Stop{kExitUsage, "--drive takes X=FOLDER, not " + drive};
+        throw Stop{kExitUsage, "--drive: '" + drive + "' is not of the form X=FOLDER"};
     }
     const std::string folder = AbsolutePath(drive.substr(equals + 1));
     std::error_code error;
     if (!fs::is_directory(folder, error)) {
-        throw Stop{kExitUsage, "--drive " + drive + ": there is no such folder"};
+        throw Stop{kExitUsage, "--drive: '" + drive + "' names a folder that does not exist"};
     }
     std::string entry = drive.substr(0, equals + 1) + folder;
     const platform::DriveTable read = platform::ParseDrives(entry);
     if (std::ranges::none_of(read, [&](const platform::Drive& one) {
             return fs::path(one.folder) == fs::path(folder) || one.folder + '/' == folder;
         })) {
-        throw Stop{kExitUsage, "--drive takes a letter or \\\\SERVER before the \"=\", not " + drive};
+        throw Stop{kExitUsage, "--drive: '" + drive + "' must begin with a drive letter or \\\\SERVER"};
     }
     return entry;
 }
@@ -49,11 +49,11 @@ void SetDrives(const std::vector<std::string>& drives) {
 DocumentFiles ReadDocument(const std::string& document) {
     std::error_code error;
     if (fs::is_directory(document, error)) {
-        throw Stop{kExitUnreadable, document + " is a folder; name a document in it"};
+        throw Stop{kExitUnreadable, document + " is a folder; choose a document in it"};
     }
     if (!fs::exists(document, error)) {
         throw Stop{kExitUnreadable,
-                   document + (error ? " cannot be reached: " + error.message() : " does not exist")};
+                   document + (error ? " cannot be accessed: " + error.message() : " does not exist")};
     }
     if (const std::string why = WhyUnnameable(document); !why.empty()) {
         throw Stop{kExitUnreadable, document + ": " + why};
@@ -126,7 +126,7 @@ std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen
 }
 
 Reply Send(Session& session, const std::string& request) {
-    const QuietStandardOutput quiet;
+    const StandardOutputRedirection redirection;
     const auto values = session.host->CallModule(request);
     if (!values || values->size() != 3) {
         throw Stop{kExitNoModule, "the module sent no reply"};
@@ -135,7 +135,7 @@ Reply Send(Session& session, const std::string& request) {
     const auto* first = std::get_if<std::string>(&(*values)[1]);
     const auto* second = std::get_if<std::string>(&(*values)[2]);
     if (status == nullptr || first == nullptr || second == nullptr) {
-        throw Stop{kExitNoModule, "the module's reply has another form than this host knows"};
+        throw Stop{kExitNoModule, "the module's reply has an unknown format"};
     }
     return {*status, *first, *second};
 }

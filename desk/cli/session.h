@@ -1,5 +1,5 @@
-// One run of the command line: the host with its clients, the document that is open in it, and the files that
-// both name.
+// One run of the command line: the host with its clients, the document that is open in it, and the files
+// that the document refers to.
 #pragma once
 
 #include <cstdint>
@@ -16,24 +16,26 @@ namespace ventrix::desk {
 struct Session {
     std::string document;  ///< Native and absolute.
     std::uint32_t documentId = 0;
-    DocumentFiles files;  ///< What the document refers to, itself first.
-    TransformationRecord record;
-    std::function<void(const std::string& client)> clientCalled;
+    DocumentFiles files;          ///< The document, then the files that it refers to.
+    TransformationRecord record;  ///< What the clients report about the transformation.
+    std::function<void(const std::string& client)> clientCalled;  ///< For progress; may be empty.
     std::unique_ptr<DeskHost> host;
 };
 
-/// The native paths of the document's files; web addresses are left out.
+/// Returns the native paths of the document's files, without web addresses.
 std::vector<std::string> LocalFiles(const DocumentFiles& files);
 
-/// Reads the document and starts the host. Tells what was left out. Throws Stop if the document cannot be
-/// read or the host cannot start.
+/// Reads the document and starts the host. Warns about references that were left out. Throws Stop if the
+/// document cannot be read or the host cannot start.
 std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen);
 
-/// Sends a request and gives the reply's three values. Throws Stop if the module sent no reply.
+/// The three values of the module's reply.
 struct Reply {
     std::int32_t status = 0;
     std::string first, second;
 };
+
+/// Sends a request and returns the reply. Throws Stop if the module sent none.
 Reply Send(Session& session, const std::string& request);
 
 }  // namespace ventrix::desk

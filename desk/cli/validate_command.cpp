@@ -5,7 +5,6 @@
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
-#include "desk/cli/json_output.h"
 #include "desk/cli/paths.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
@@ -16,15 +15,15 @@ namespace {
 
 constexpr std::int32_t kNoLog = 16;
 
-/// The log that the module needs when the person asked for none; gone at the end.
+/// The module reports its findings only in a log, so without --log a run writes one to a temporary file.
 class TemporaryLog {
   public:
     TemporaryLog() {
         name_ = (std::filesystem::temp_directory_path() / "ventrix-log-XXXXXX").string();
         const int file = mkstemp(name_.data());
         if (file < 0) {
-            throw Stop{kExitNoModule,
-                       "no temporary file can be made in " + std::filesystem::temp_directory_path().string()};
+            throw Stop{kExitNoModule, "cannot create a temporary file in " +
+                                          std::filesystem::temp_directory_path().string()};
         }
         close(file);
     }
@@ -48,16 +47,16 @@ void ShowSection(const Screen& screen, const char* title, const std::vector<std:
     }
 }
 
-std::string Verdict(std::int32_t mask) {
+std::string Summary(std::int32_t mask) {
     std::string text;
-    const auto add = [&](std::int32_t bit, const char* words) {
+    const auto add = [&](std::int32_t bit, const char* problem) {
         if ((mask & bit) != 0) {
-            text += (text.empty() ? "" : "; ") + std::string(words);
+            text += (text.empty() ? "" : "; ") + std::string(problem);
         }
     };
     add(1, "files are missing or unreadable");
     add(2, "files have unsaved changes");
-    add(8, "the files lie on several drives and cannot be packaged");
+    add(8, "the files are on several drives and cannot be packaged");
     return mask == 0 ? "can be published" : text + " (mask " + std::to_string(mask) + ")";
 }
 
@@ -66,9 +65,9 @@ void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
     ShowSection(screen, "missing or unreadable", log.broken);
     ShowSection(screen, "unsaved", log.unsaved);
     if (log.graphicsOnOtherDrive) {
-        screen.Warning("some graphics lie on another drive than the document and would be left behind");
+        screen.Warning("some graphics are on a different drive from the document and would not be packaged");
     }
-    screen.Result(Verdict(mask));
+    screen.Result(Summary(mask));
 }
 
 }  // namespace

@@ -19,14 +19,14 @@ using test::RunVentrix;
 constexpr char kTopic[] =
     "<topic id=\"t\"><title>Title</title><body><p audience=\"expert\">Press <b>it</b>.</p></body></topic>";
 
-/// Copies the text of a plain document to a page, and into its description as well.
+/// Copies the document's text into the body of a page and into its description.
 constexpr char kStylesheet[] =
     "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\">"
     "<xsl:output method=\"xml\"/><xsl:template match=\"/\"><html><head><meta name=\"d\" "
     "content=\"{.}\"/></head>"
     "<body><p><xsl:value-of select=\".\"/></p></body></html></xsl:template></xsl:stylesheet>";
 
-/// A folder with one document of each kind, and shorthand for what a command left in it.
+/// Runs commands in a folder with documents of several kinds.
 class CommandLine : public testing::Test {
   protected:
     CommandLine() {
@@ -52,7 +52,7 @@ class CommandLine : public testing::Test {
 struct Row {
     std::vector<std::string> arguments;
     int status;
-    std::string out, error;  ///< Pieces that must be there; empty: the stream must be empty.
+    std::string out, error;  ///< Substrings to find; empty if the stream must be empty.
 };
 
 void ExpectRow(const Row& row, const Finished& finished) {
@@ -68,16 +68,20 @@ void ExpectRow(const Row& row, const Finished& finished) {
     EXPECT_EQ(finished.error.empty(), row.error.empty()) << finished.error;
 }
 
-TEST_F(CommandLine, MistakesAreTold) {
-    const std::string longest(1024, 'x');
+TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
+    const std::string tooLong(1024, 'x');
+    const std::string source = folder.Native("src/a.dita");
     const std::vector<std::string> publish{"publish", "src/a.dita", "-o", "out"};
     const auto with = [&](std::vector<std::string> further) {
         further.insert(further.begin(), publish.begin(), publish.end());
         return further;
     };
     const Row rows[] = {
-        {{}, 2, "", "error: say what to do: publish, validate or request"},
-        {{"publsh"}, 2, "", "error: publsh: there is no such verb"},
+        {{}, 2, "", "error: missing command (expected publish, validate or request); see --help"},
+        {{"publsh"},
+         2,
+         "",
+         "error: unknown command 'publsh' (expected publish, validate or request); see --help"},
         {{"publish"}, 2, "", "DOCUMENT is required"},
         {{"publish", "src/a.dita"}, 2, "", "--output is required"},
         {{"publish", "", "-o", "out"}, 2, "", "DOCUMENT: the value is empty"},
@@ -92,27 +96,28 @@ TEST_F(CommandLine, MistakesAreTold) {
         {with({"--catalog", "none"}), 2, "", "--catalog: none"},
         {with({"--post-script", "page.xsl"}), 2, "", "page.xsl is not executable"},
         {with({"--attributes", ""}), 2, "", "--attributes: the value is empty"},
-        {with({"--attributes", "a'b\"c"}), 2, "", "--attributes: a value cannot hold both kinds"},
-        {with({"--elements", longest}), 2, "", "--elements: the value is too long (1024 bytes"},
+        {with({"--attributes", "a'b\"c"}), 2, "", "--attributes: a value cannot contain both"},
+        {with({"--elements", tooLong}), 2, "",
+         "--elements: the value is too long (1024 bytes; the limit is 1023)"},
         {with({"--log", "full"}), 2, "", "is a folder"},
-        {with({"--log", "out/log.txt"}), 2, "", "lies in the output folder"},
-        {with({"--log", "src/a.dita"}), 2, "", "--log: the run reads "},
-        {with({"--out-file", "src/../src/a.dita"}), 2, "", "--out-file: the run reads "},
-        {{"validate", "src/a.dita", "--log", "src/a.dita"}, 2, "", "--log: the run reads "},
-        {with({"--drive", "C"}), 2, "", "--drive takes X=FOLDER"},
-        {with({"--drive", "C=none"}), 2, "", "there is no such folder"},
-        {with({"--drive", "long=src"}), 2, "", "--drive takes a letter"},
-        {{"publish", "src/plain.xml", "-o", "out"}, 2, "", "is no DITA document"},
+        {with({"--log", "out/log.txt"}), 2, "", "is in the output folder"},
+        {with({"--log", "src/a.dita"}), 2, "", "--log: " + source + " is an input of this run"},
+        {with({"--out-file", "src/../src/a.dita"}), 2, "", "--out-file: " + source + " is an input"},
+        {{"validate", "src/a.dita", "--log", "src/a.dita"}, 2, "", "--log: " + source + " is an input"},
+        {with({"--drive", "C"}), 2, "", "--drive: 'C' is not of the form X=FOLDER"},
+        {with({"--drive", "C=none"}), 2, "", "--drive: 'C=none' names a folder that does not exist"},
+        {with({"--drive", "long=src"}), 2, "", "--drive: 'long=src' must begin with a drive letter"},
+        {{"publish", "src/plain.xml", "-o", "out"}, 2, "", "is not a DITA document"},
         {{"publish", "src/a.dita", "-o", "o\nx"}, 2, "", "o\\x0ax: the name holds a control character"},
     };
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
     }
-    EXPECT_FALSE(folder.Exists("out")) << "a mistake leaves nothing behind";
+    EXPECT_FALSE(folder.Exists("out")) << "nothing was written";
     EXPECT_EQ(folder.Read("src/a.dita"), kTopic);
 }
 
-TEST_F(CommandLine, DocumentsThatCannotBeReadAreTold) {
+TEST_F(CommandLine, UnreadableDocumentsAreReported) {
     fs::create_symlink("nowhere.xml", folder.Native("src/dangling.xml"));
     const Row rows[] = {
         {{"validate", "src/none.xml"}, 3, "", "does not exist"},
@@ -168,19 +173,20 @@ TEST_F(CommandLine, RequestPrintsTheReply) {
     EXPECT_EQ(json::parse(asObject.out), json({{"status", -43}, {"first", ""}, {"second", ""}}));
 }
 
-TEST_F(CommandLine, ValidateTellsListsAndMask) {
+TEST_F(CommandLine, ValidatePrintsFileListsAndMask) {
     folder.Write(
         "refs.dita",
         "<topic id=\"t\"><title>T</title><body><p><image href=\"none.png\"/><image href=\"a%01b.png\"/>"
         "<xref href=\"src/a.dita\"/><xref href=\"http://example.com/\"/></p></body></topic>");
     const std::string document = folder.Native("refs.dita");
-    const Finished told = Run({"validate", "refs.dita", "--unsaved", "src/a.dita", "--unsaved", "stray"});
-    EXPECT_EQ(told.status, 1);
-    EXPECT_EQ(told.out, "valid (1)\n  " + document + "\nmissing or unreadable (1)\n  " +
-                            folder.Native("none.png") + "\nunsaved (1)\n  " + folder.Native("src/a.dita") +
-                            "\nfiles are missing or unreadable; files have unsaved changes (mask 3)\n");
-    EXPECT_NE(told.error.find("a%01b.png: the name holds a control character"), std::string::npos);
-    EXPECT_NE(told.error.find("--unsaved stray: the document does not refer to this file"),
+    const Finished finished = Run({"validate", "refs.dita", "--unsaved", "src/a.dita", "--unsaved", "stray"});
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_EQ(finished.out, "valid (1)\n  " + document + "\nmissing or unreadable (1)\n  " +
+                                folder.Native("none.png") + "\nunsaved (1)\n  " +
+                                folder.Native("src/a.dita") +
+                                "\nfiles are missing or unreadable; files have unsaved changes (mask 3)\n");
+    EXPECT_NE(finished.error.find("a%01b.png: the name holds a control character"), std::string::npos);
+    EXPECT_NE(finished.error.find("--unsaved stray: the document does not refer to this file"),
               std::string::npos);
 
     const json object = json::parse(Run({"validate", "--json", "refs.dita"}).out);
@@ -193,7 +199,7 @@ TEST_F(CommandLine, ValidateTellsListsAndMask) {
     EXPECT_NE(folder.Read("kept.log").find("a.dita\r\n"), std::string::npos);
 }
 
-TEST_F(CommandLine, DrivesDecideWhatCanBePackaged) {
+TEST_F(CommandLine, FilesOnSeveralDrivesCannotBePackaged) {
     folder.Write("c/map.ditamap", "<map><title>M</title><topicref href=\"D:/t.dita\"/></map>");
     folder.Write("c/graphic.dita",
                  "<topic id=\"t\"><title>T</title><body><p><image href=\"D:/i.png\"/></p></body></topic>");
@@ -206,10 +212,10 @@ TEST_F(CommandLine, DrivesDecideWhatCanBePackaged) {
         return arguments;
     };
     const Row rows[] = {
-        {on({"validate", "c/map.ditamap"}), 1, "lie on several drives and cannot be packaged (mask 8)", ""},
-        {on({"publish", "c/map.ditamap", "-o", "out"}), 4, "", "lie on several drives"},
-        {on({"validate", "c/graphic.dita"}), 0, "can be published", "would be left behind"},
-        {on({"publish", "c/graphic.dita", "-o", "other"}), 1, "result: ", "were left behind"},
+        {on({"validate", "c/map.ditamap"}), 1, "are on several drives and cannot be packaged (mask 8)", ""},
+        {on({"publish", "c/map.ditamap", "-o", "out"}), 4, "", "are on several drives"},
+        {on({"validate", "c/graphic.dita"}), 0, "can be published", "would not be packaged"},
+        {on({"publish", "c/graphic.dita", "-o", "other"}), 1, "result: ", "were not packaged"},
         {{"validate", "c/map.ditamap"},
          1,
          "can be published",
@@ -218,10 +224,10 @@ TEST_F(CommandLine, DrivesDecideWhatCanBePackaged) {
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
     }
-    EXPECT_TRUE(folder.Exists("out/earlier.html")) << "a refused package leaves the earlier result";
+    EXPECT_TRUE(folder.Exists("out/earlier.html")) << "the earlier result is kept";
 }
 
-TEST_F(CommandLine, OutputFolderIsGuarded) {
+TEST_F(CommandLine, OutputFolderIsEmptiedOnlyWhereNothingIsLost) {
     fs::create_directory_symlink("src", folder.Native("link"));
     const auto publish = [](const std::string& output, bool force = false) {
         std::vector<std::string> arguments{"publish", "src/a.dita", "-o", output};
@@ -231,12 +237,12 @@ TEST_F(CommandLine, OutputFolderIsGuarded) {
         return arguments;
     };
     const Row refused[] = {
-        {publish("full"), 5, "", "is not empty and was not made by an earlier run; --force"},
+        {publish("full"), 5, "", "is not empty and was not created by an earlier run; use --force"},
         {publish("src", true), 5, "", "which would be deleted"},
         {publish("link", true), 5, "", "which would be deleted"},
         {publish(".", true), 5, "", "which would be deleted"},
         {publish("src/..", true), 5, "", "which would be deleted"},
-        {publish("page.xsl", true), 5, "", "is no folder"},
+        {publish("page.xsl", true), 5, "", "is not a folder"},
         {publish("page.xsl/out"), 5, "", "cannot be created: "},
         {publish("/proc/none"), 5, "", "cannot be created: "},
     };
@@ -255,14 +261,14 @@ TEST_F(CommandLine, OutputFolderIsGuarded) {
     EXPECT_FALSE(folder.Exists("full/stale.html"));
 }
 
-TEST_F(CommandLine, PublishTellsWhereTheResultIs) {
-    const Finished told =
+TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
+    const Finished finished =
         Run({"publish", "src/a.dita", "-o", "new/out", "--attributes", "audience", "--quiet"});
     const std::string build = folder.Native("new/out/build-a.dita/");
-    EXPECT_EQ(told.status, 0);
-    EXPECT_EQ(told.error, "");
-    EXPECT_EQ(told.out, "result:    " + build + "xhtml/\npages:     1\nbuild log: " + build +
-                            "buildlog-xhtml.txt\nlog:       " + folder.Native("new/out.log") + "\n");
+    EXPECT_EQ(finished.status, 0);
+    EXPECT_EQ(finished.error, "");
+    EXPECT_EQ(finished.out, "result:    " + build + "xhtml/\npages:     1\nbuild log: " + build +
+                                "buildlog-xhtml.txt\nlog:       " + folder.Native("new/out.log") + "\n");
     const std::string page = folder.Read(build + "xhtml/a.html");
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
 
@@ -277,26 +283,26 @@ TEST_F(CommandLine, PublishTellsWhereTheResultIs) {
     EXPECT_EQ(again.error, "");
 }
 
-TEST_F(CommandLine, PublishTellsFindings) {
+TEST_F(CommandLine, PublishReportsFindings) {
     const auto publish = [](std::vector<std::string> further) {
         further.insert(further.begin(), {"publish", "src/plain.xml", "--attributes", "kind"});
         return further;
     };
     std::string html = kStylesheet;
     folder.Write("html.xsl", html.replace(html.find("\"xml\""), 5, "\"html\""));
-    folder.WriteProgram("script", "#!/bin/sh\necho said by a script; exit 3\n");
+    folder.WriteProgram("script", "#!/bin/sh\necho printed by a script; exit 3\n");
     const Row rows[] = {
         {publish({"-o", "o1", "--xslt", "page.xsl"}), 0, "pages:     1",
-         "into which the transformation copied marker text: 1, the first in " +
+         "into which the transformation copied marker text: 1; the first is in " +
              folder.Native("o1/plain.html") + ": <meta content>"},
         {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "plain.html could not be read: "},
         {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "that are well-formed XML"},
         {publish({"-o", "o3", "--xslt", "page.xsl", "--out-file", "elsewhere.html"}), 1, "pages:     1",
-         "pages that still hold marker text: 1, the first " + folder.Native("elsewhere.html")},
+         "pages that still contain marker text: 1; the first is " + folder.Native("elsewhere.html")},
         {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "result: ", "the transformation failed: "},
         {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6,
          "result: ", "none holds no DITA Open Toolkit"},
-        {publish({"-o", "o6", "--post-script", "script"}), 0, "pages:     0", "said by a script"},
+        {publish({"-o", "o6", "--post-script", "script"}), 0, "pages:     0", "printed by a script"},
         {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 4, "",
          "the log cannot be written: " + folder.Native("none/log.txt")},
         {publish({"-o", "o9", "--xslt", "broken.xsl", "--color", "always"}), 6,
@@ -307,7 +313,7 @@ TEST_F(CommandLine, PublishTellsFindings) {
     }
 }
 
-TEST_F(CommandLine, PublishNamesFilesThatAPassCouldNotLoad) {
+TEST_F(CommandLine, PublishNamesFilesThatCannotBeLoaded) {
     folder.Write("map.ditamap",
                  "<map><title>M</title><topicref href=\"src/a.dita\"/><topicref href=\"open.dita\"/>"
                  "<topicref href=\"entity.dita\"/><topicref href=\"none.dita\"/></map>");
@@ -322,7 +328,7 @@ TEST_F(CommandLine, PublishNamesFilesThatAPassCouldNotLoad) {
     EXPECT_EQ(object["missing"], json::array({folder.Native("none.dita")}));
 }
 
-TEST_F(CommandLine, InterruptionKeepsTheSourceAndMarksTheOutput) {
+TEST_F(CommandLine, InterruptedRunKeepsTheSourceAndMarksTheOutput) {
     folder.WriteProgram("interrupt", "#!/bin/sh\nkill -INT $PPID\nsleep 5\n");
     const std::string before = folder.Read("src/plain.xml");
     const Finished stopped =
@@ -333,12 +339,12 @@ TEST_F(CommandLine, InterruptionKeepsTheSourceAndMarksTheOutput) {
     EXPECT_EQ(Run({"publish", "src/plain.xml", "-o", "out", "--xslt", "page.xsl"}).status, 0);
 }
 
-TEST_F(CommandLine, ResultThatCannotBeWrittenIsAFinding) {
+TEST_F(CommandLine, UnwritableStandardOutputIsReported) {
     const Finished full = Run({"validate", "src/a.dita"}, {.standardOutput = "/dev/full"});
     EXPECT_EQ(full.status, 1);
     EXPECT_NE(full.error.find("could not be written to standard output"), std::string::npos);
 
-    // A reader that is gone, as `head` is when it has seen enough, has what it wanted.
+    // A reader such as `head` closes the pipe when it has read enough.
     const Finished gone =
         Run({"-c", "(\"$0\" validate src/a.dita; echo $? > status) | true", VENTRIX_PROGRAM},
             {.program = "/bin/sh"});
@@ -346,7 +352,7 @@ TEST_F(CommandLine, ResultThatCannotBeWrittenIsAFinding) {
     EXPECT_EQ(gone.error, "");
 }
 
-TEST_F(CommandLine, ModuleThatCannotStartIsOneLine) {
+TEST_F(CommandLine, ModuleThatCannotBeLoadedIsReportedInOneLine) {
     Dl_info someLibrary = {};
     ASSERT_NE(dladdr(reinterpret_cast<void*>(&xmlReadMemory), &someLibrary), 0);
     fs::create_directories(folder.Native("home/bin"));
@@ -354,18 +360,18 @@ TEST_F(CommandLine, ModuleThatCannotStartIsOneLine) {
     fs::copy(VENTRIX_PROGRAM, folder.Native("home/bin/ventrix"));
     const test::RunSettings moved{.program = folder.Native("home/bin/ventrix")};
     const std::string module = folder.Native("home/src/Ventrix.so");
-    const auto expectTold = [&](const std::string& words) {
-        const Finished told = Run({"validate", "src/a.dita"}, moved);
-        EXPECT_EQ(told.status, 7);
-        EXPECT_EQ(told.out, "");
-        EXPECT_EQ(told.error.substr(0, words.size()), words);
-        EXPECT_EQ(std::ranges::count(told.error, '\n'), 1) << told.error;
+    const auto expectError = [&](const std::string& message) {
+        const Finished finished = Run({"validate", "src/a.dita"}, moved);
+        EXPECT_EQ(finished.status, 7);
+        EXPECT_EQ(finished.out, "");
+        EXPECT_EQ(finished.error.substr(0, message.size()), message);
+        EXPECT_EQ(std::ranges::count(finished.error, '\n'), 1) << finished.error;
     };
-    expectTold("error: the module is missing: " + module);
+    expectError("error: the module is missing: " + module);
     folder.Write("home/src/Ventrix.so", "text");
-    expectTold("error: the module cannot be loaded: ");
+    expectError("error: the module cannot be loaded: ");
     fs::copy(someLibrary.dli_fname, module, fs::copy_options::overwrite_existing);
-    expectTold("error: the module has no export Q_ApiClientInit: " + module);
+    expectError("error: the module has no export Q_ApiClientInit: " + module);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Runs `ventrix` as a person does, as a process of its own in a folder of the test.
+// Runs `ventrix` as a separate process in a folder of the test.
 #pragma once
 
 #include <fcntl.h>
@@ -14,7 +14,7 @@
 namespace ventrix::test {
 
 struct Finished {
-    int status = -1;  ///< The exit status, or 1000 and the signal that ended it.
+    int status = -1;  ///< The exit status, or 1000 plus the number of the signal that ended it.
     std::string out, error;
 };
 
@@ -23,7 +23,7 @@ struct RunSettings {
     std::string standardOutput = {};  ///< A file to write to instead of `Finished::out`.
 };
 
-/// The program with these arguments, in that folder, without a terminal or an input.
+/// Runs the program with these arguments in the folder, without a terminal and with empty standard input.
 inline Finished RunVentrix(const TestFolder& folder, std::vector<std::string> arguments,
                            const RunSettings& settings = {}) {
     const TestFolder streams;

@@ -11,7 +11,7 @@
 namespace ventrix::desk {
 namespace {
 
-TEST(RequestText, HoldsEveryOptionOfACommandLine) {
+TEST(RequestText, ContainsEveryOptionOfTheCommandLine) {
     EXPECT_EQ(PublishRequest({7, "Z:\\my out\\", "", "", "", "", "", "Z:\\a\"b.txt", true}, {}),
               "Publish -docId 7 -outputFolder \"Z:\\my out\\\" -useDITAOT -logFile 'Z:\\a\"b.txt'");
     const PublishValues values = {1, "", "x", "p", "q", "d", "o", "", false};
@@ -34,7 +34,7 @@ TEST(RequestText, HoldsEveryOptionOfACommandLine) {
         R"( -preserveXPathAttr "pa")");
 }
 
-TEST(RequestText, RefusesWhatNoRequestCanHold) {
+TEST(RequestText, RejectsValuesThatARequestCannotExpress) {
     PublishOptions options;
     options.targetAttr = "a'b\"c";
     EXPECT_THROW(PublishRequest({}, options), Stop);
@@ -45,7 +45,7 @@ TEST(RequestText, RefusesWhatNoRequestCanHold) {
     EXPECT_EQ(FillDocumentId("{docId} -docId {docId}x", 12), "12 -docId 12x");
 }
 
-TEST(RunLogTest, ReadsSectionsWarningsAndFailures) {
+TEST(RunLogTest, ParsesSectionsWarningsAndFailures) {
     const RunLog log = ReadRunLog(
         "Es wird versucht, alle Dateien zu verpacken, auf die verwiesen wird...\r\n\r\n"
         "Logarithmus:Liste der gültigen Dateien\r\n****\r\nZ:\\a.xml\r\nZ:\\b.xml\r\n****\r\n\r\n"
@@ -68,8 +68,8 @@ TEST(RunLogTest, ReadsSectionsWarningsAndFailures) {
     EXPECT_EQ(log.failed[1].file, "/out/x.html");
 }
 
-// Not by a run of the program, which would empty them if this failed.
-TEST(OutputFolder, IsNeverARootOrAHome) {
+// Does not run the program, because a failure would then empty these folders.
+TEST(OutputFolder, IsNeverARootOrHomeFolder) {
     const test::TestDrives drives;
     const std::string holdsDrives = drives.Native("C:").parent_path();
     for (const std::string& root : {std::string("/"), std::string(getpwuid(getuid())->pw_dir), holdsDrives}) {
@@ -77,7 +77,7 @@ TEST(OutputFolder, IsNeverARootOrAHome) {
     }
 }
 
-TEST(PublishedPagesTest, FindsMarkerTextThatATransformationCopiedIntoValues) {
+TEST(PublishedPagesTest, CountsMarkerTextInTextNodesAndAttributeValues) {
     const test::TestFolder folder;
     folder.Write("a.html",
                  "<html><head><meta name='d' content=\"QL_STARTx>y\"/></head><p "
@@ -85,14 +85,14 @@ TEST(PublishedPagesTest, FindsMarkerTextThatATransformationCopiedIntoValues) {
     folder.Write("sub/b.htm", "<p title='QL_ELEM_S'>QL_SA_S</p>");
     folder.Write("c.txt", "<p title='QL_ELEM_S'>");
     PublishedPages pages;
-    LookOverPages(folder.Native(), pages);
+    InspectPages(folder.Native(), pages);
     EXPECT_EQ(pages.pages, 2U);
     EXPECT_EQ(pages.markedValues, 2U);
     EXPECT_EQ(pages.firstMarkedValue, folder.Native("a.html") + ": <meta content>");
     EXPECT_EQ(pages.markedTexts, 1U);
     EXPECT_EQ(pages.firstMarkedText, folder.Native("sub/b.htm"));
-    LookOverPages(folder.Native("c.txt"), pages);
-    EXPECT_EQ(pages.markedValues, 3U) << "one file, whatever its name";
+    InspectPages(folder.Native("c.txt"), pages);
+    EXPECT_EQ(pages.markedValues, 3U) << "a single file counts whatever its name";
 }
 
 }  // namespace
