@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
@@ -18,8 +19,6 @@
 
 namespace ventrix::desk {
 namespace {
-
-constexpr std::int32_t kRefused = -43;
 
 struct Outcome {
     Reply reply;
@@ -141,7 +140,7 @@ Outcome Run(const Options& options, Session& session, const Screen& screen) {
         const InterruptionMark mark(OutputMarkName(outcome.output));
         Progress progress(screen, outcome.logName, DocumentCount(session.files));
         session.clientCalled = [&](const std::string& client) {
-            progress.Transforming(client != "QlDispatcher");
+            progress.Transforming(client != kDispatcherClient);
         };
         outcome.reply = Send(session, request);
         session.clientCalled = nullptr;
@@ -255,7 +254,7 @@ int Judge(const Outcome& outcome, const Session& session, const Screen& screen) 
 int Publish(const Options& options, const Screen& screen) {
     const auto session = StartSession(options.common, screen);
     const Outcome outcome = Run(options, *session, screen);
-    if (outcome.reply.status == kRefused) {
+    if (outcome.reply.status == kRequestRefused) {
         throw Stop{kExitRefused, "the module refused the request"};
     }
     if (outcome.reply.first.empty()) {
