@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
@@ -17,8 +18,6 @@
 
 namespace ventrix::desk {
 namespace {
-
-constexpr std::int32_t kRefused = -43;
 
 struct Outcome {
     Reply reply;
@@ -141,7 +140,7 @@ Outcome RunPublish(const Options& options, Session& session, const Screen& scree
         const InterruptionMark mark(OutputMarkName(outcome.output));
         Progress progress(screen, outcome.logName, DocumentCount(session.files));
         session.clientCalled = [&](const std::string& client) {
-            progress.SetTransforming(client != "QlDispatcher");
+            progress.SetTransforming(client != kDispatcherClient);
         };
         outcome.reply = Send(session, request);
         session.clientCalled = nullptr;
@@ -254,7 +253,7 @@ int ReportStatus(const Outcome& outcome, const Session& session, const Screen& s
 int Publish(const Options& options, const Screen& screen) {
     const auto session = StartSession(options.common, screen);
     const Outcome outcome = RunPublish(options, *session, screen);
-    if (outcome.reply.status == kRefused) {
+    if (outcome.reply.status == kRequestRefused) {
         throw Stop{kExitRefused, "the module refused the request"};
     }
     if (outcome.reply.first.empty()) {

@@ -1,16 +1,12 @@
 #include <nlohmann/json.hpp>
 
+#include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/session.h"
 
 namespace ventrix::desk {
-namespace {
-
-constexpr std::int32_t kRefused = -43;
-
-}  // namespace
 
 int Request(const Options& options, const Screen& screen) {
     const auto session = StartSession(options.common, screen);
@@ -21,7 +17,7 @@ int Request(const Options& options, const Screen& screen) {
     screen.Result("status: " + std::to_string(reply.status));
     screen.Result("first:  " + reply.first);
     screen.Result("second: " + reply.second);
-    return reply.status == kRefused ? kExitRefused : reply.status == 0 ? kExitDone : kExitFindings;
+    return reply.status == kRequestRefused ? kExitRefused : reply.status == 0 ? kExitDone : kExitFindings;
 }
 
 }  // namespace ventrix::desk

@@ -1,18 +1,18 @@
 #include "desk/cli/request_text.h"
 
+#include "bridge/contract/request.h"
 #include "desk/cli/exit_status.h"
 
 namespace ventrix::desk {
 namespace {
 
-constexpr std::size_t kLongestToken = 1023;
-
 /// The request grammar has no escapes: a value with double quotes is put in single quotes, and a value with
 /// both cannot be expressed. `given` is the command-line option, for the error message.
 std::string Quoted(const char* given, const std::string& value) {
-    if (value.size() > kLongestToken) {
+    if (value.size() > kLongestRequestToken) {
         throw Stop{kExitUsage, std::string(given) + ": the value is too long (" +
-                                   std::to_string(value.size()) + " bytes; the limit is 1023)"};
+                                   std::to_string(value.size()) + " bytes; the limit is " +
+                                   std::to_string(kLongestRequestToken) + ")"};
     }
     const bool hasDouble = value.find('"') != std::string::npos;
     if (hasDouble && value.find('\'') != std::string::npos) {
@@ -26,7 +26,7 @@ std::string Quoted(const char* given, const std::string& value) {
 class RequestWriter {
   public:
     explicit RequestWriter(std::string command, std::uint32_t documentId)
-        : text_(std::move(command) + " -docId " + std::to_string(documentId)) {}
+        : text_(std::move(command) + ' ' + kDocIdOption + ' ' + std::to_string(documentId)) {}
 
     void Flag(const char* option, bool given) {
         if (given) {
@@ -58,31 +58,31 @@ class RequestWriter {
 }  // namespace
 
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options) {
-    RequestWriter request("Publish", values.documentId);
-    request.Value("-outputFolder", "--output", values.outputFolder);
-    request.Flag("-useDITAOT", values.ditaOt);
-    request.Value("-useXSLT", "--xslt", values.xslt);
-    request.Value("-usePreScript", "--pre-script", values.preScript);
-    request.Value("-usePostScript", "--post-script", values.postScript);
-    request.Value("-ditaval", "--ditaval", values.ditaval);
-    request.Value("-outFilePath", "--out-file", values.outFile);
-    request.Value("-logFile", "--log", values.log);
-    request.Lists("-attributes", "--attributes", options.attributes);
-    request.Lists("-elements", "--elements", options.elements);
-    request.Lists("-scopedAttributes", "--scoped-attributes", options.scopedAttributes);
-    request.Value("-targetAttr", "--target-attr", options.targetAttr);
-    request.Flag("-addXpath", options.xpath);
-    request.Value("-xpathAttr", "--xpath-attr", options.xpathAttr);
-    request.Lists("-addSourcePath", "--source-path", options.sourcePath);
-    request.Value("-sourcePathAttr", "--source-path-attr", options.sourcePathAttr);
-    request.Lists("-preserveXPathList", "--preserve-xpath", options.preserveXpath);
-    request.Value("-preserveXPathAttr", "--preserve-xpath-attr", options.preserveXpathAttr);
+    RequestWriter request(kPublishCommand, values.documentId);
+    request.Value(kOutputFolderOption, "--output", values.outputFolder);
+    request.Flag(kUseDitaOtOption, values.ditaOt);
+    request.Value(kUseXsltOption, "--xslt", values.xslt);
+    request.Value(kUsePreScriptOption, "--pre-script", values.preScript);
+    request.Value(kUsePostScriptOption, "--post-script", values.postScript);
+    request.Value(kDitavalOption, "--ditaval", values.ditaval);
+    request.Value(kOutFilePathOption, "--out-file", values.outFile);
+    request.Value(kLogFileOption, "--log", values.log);
+    request.Lists(kAttributesOption, "--attributes", options.attributes);
+    request.Lists(kElementsOption, "--elements", options.elements);
+    request.Lists(kScopedAttributesOption, "--scoped-attributes", options.scopedAttributes);
+    request.Value(kTargetAttrOption, "--target-attr", options.targetAttr);
+    request.Flag(kAddXpathOption, options.xpath);
+    request.Value(kXpathAttrOption, "--xpath-attr", options.xpathAttr);
+    request.Lists(kAddSourcePathOption, "--source-path", options.sourcePath);
+    request.Value(kSourcePathAttrOption, "--source-path-attr", options.sourcePathAttr);
+    request.Lists(kPreserveXPathListOption, "--preserve-xpath", options.preserveXpath);
+    request.Value(kPreserveXPathAttrOption, "--preserve-xpath-attr", options.preserveXpathAttr);
     return std::move(request).Text();
 }
 
 std::string ValidateRequest(std::uint32_t documentId, const std::string& log) {
-    RequestWriter request("Validate", documentId);
-    request.Value("-logFile", "--log", log);
+    RequestWriter request(kValidateCommand, documentId);
+    request.Value(kLogFileOption, "--log", log);
     return std::move(request).Text();
 }
 

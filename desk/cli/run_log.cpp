@@ -3,37 +3,32 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <string_view>
 
+#include "bridge/contract/request.h"
 #include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
-
-constexpr std::string_view kValidTitle = "Logarithmus:Liste der gültigen Dateien";
-constexpr std::string_view kBrokenTitle = "Achtung:Liste der beschädigten Links";
-constexpr std::string_view kUnsavedTitle = "Achtung:Liste der ungespeicherten Dateien";
-constexpr std::string_view kDrivesText =
-    "Einige Dateien, auf die verwiesen wird, befinden sich auf mehreren Laufwerken";
-constexpr std::string_view kEncodes = "Logarithmus:Datei wird codiert...";
-constexpr std::string_view kDecodes = "Logarithmus:Datei wird decodiert...";
-constexpr std::string_view kEncodeFailed = "Fehler:Datei wird codiert...";
-constexpr std::string_view kDecodeFailed = "Fehler:Datei wird decodiert...";
 
 /// A rule, the line of asterisks before and after the paths of a section.
 bool IsRule(std::string_view line) {
     return !line.empty() && line.find_first_not_of('*') == std::string_view::npos;
 }
 
-/// Sets `rest` to what follows the prefix. Returns false, with `rest` unchanged, if the line lacks the
-/// prefix.
-bool StripPrefix(std::string_view line, std::string_view prefix, std::string& rest) {
-    if (!line.starts_with(prefix)) {
-        return false;
+/// Returns what follows the severity and the message; nothing if the line does not begin with them.
+std::optional<std::string> TextAfter(std::string_view line, std::string_view severity,
+                                     std::string_view message) {
+    if (!line.starts_with(severity) || !line.substr(severity.size()).starts_with(message)) {
+        return std::nullopt;
     }
-    rest = line.substr(prefix.size());
-    return true;
+    return std::string(line.substr(severity.size() + message.size()));
+}
+
+bool IsMessage(std::string_view line, std::string_view severity, std::string_view message) {
+    return TextAfter(line, severity, message) == "";
 }
 
 /// Reads the paths between the two rules of a section.
@@ -51,24 +46,33 @@ void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
     }
 }
 
-void ReadLine(const std::string& line, std::istream& lines, std::string& lastFile, RunLog& log) {
-    std::string rest;
-    if (line == kValidTitle) {
-        ReadSection(lines, log.valid);
-    } else if (line == kBrokenTitle) {
-        ReadSection(lines, log.broken);
-    } else if (line == kUnsavedTitle) {
-        ReadSection(lines, log.unsaved);
-    } else if (line.starts_with("Fehler:" + std::string(kDrivesText))) {
-        log.documentsOnSeveralDrives = true;
-    } else if (line.starts_with("Achtung:" + std::string(kDrivesText))) {
-        log.graphicsOnOtherDrive = true;
-    } else if (StripPrefix(line, kEncodes, lastFile)) {
+/// Reads a line of the encoding or decoding step: the file that it starts, or why that file failed.
+void ReadCodingLine(const std::string& line, std::string& lastFile, RunLog& log) {
+    if (const auto encoded = TextAfter(line, kProgressWording, kEncodingFileWording)) {
+        lastFile = *encoded;
         ++log.encoded;
-    } else if (StripPrefix(line, kDecodes, lastFile)) {
+    } else if (const auto decoded = TextAfter(line, kProgressWording, kDecodingFileWording)) {
+        lastFile = *decoded;
         ++log.decoded;
-    } else if (StripPrefix(line, kEncodeFailed, rest) || StripPrefix(line, kDecodeFailed, rest)) {
-        log.failed.push_back({platform::ToNative(lastFile), rest});
+    } else if (auto reason = TextAfter(line, kErrorWording, kEncodingFileWording);
+               reason || (reason = TextAfter(line, kErrorWording, kDecodingFileWording))) {
+        log.failed.push_back({platform::ToNative(lastFile), *reason});
+    }
+}
+
+void ReadLine(const std::string& line, std::istream& lines, std::string& lastFile, RunLog& log) {
+    if (IsMessage(line, kProgressWording, kValidFilesWording)) {
+        ReadSection(lines, log.valid);
+    } else if (IsMessage(line, kWarningWording, kBrokenLinksWording)) {
+        ReadSection(lines, log.broken);
+    } else if (IsMessage(line, kWarningWording, kUnsavedFilesWording)) {
+        ReadSection(lines, log.unsaved);
+    } else if (IsMessage(line, kErrorWording, kSeveralRootsWording)) {
+        log.documentsOnSeveralDrives = true;
+    } else if (IsMessage(line, kWarningWording, kSeveralRootsWording)) {
+        log.graphicsOnOtherDrive = true;
+    } else {
+        ReadCodingLine(line, lastFile, log);
     }
 }
 

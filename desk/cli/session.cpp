@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "bridge/contract/request.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
 #include "desk/cli/paths.h"
@@ -69,9 +70,9 @@ void AddClients(Session& session, const CommonOptions& options, const std::strin
     const std::string toolkit = options.toolkit == "builtin" || options.toolkit == "installed"
                                     ? options.toolkit
                                     : AbsolutePath(options.toolkit);
-    session.host->AddClient("Dita OT", MakeDitaOtClient({toolkit, dataFolder}, session.record));
-    session.host->AddClient("QlXSLT", MakeXsltClient(session.record));
-    session.host->AddClient("QlDispatcher", MakeDispatcherClient({AbsolutePath(options.catalog)}));
+    session.host->AddClient(kDitaOtClient, MakeDitaOtClient({toolkit, dataFolder}, session.record));
+    session.host->AddClient(kXsltClient, MakeXsltClient(session.record));
+    session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath(options.catalog)}));
 }
 
 void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, const Screen& screen) {

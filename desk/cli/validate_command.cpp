@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/paths.h"
@@ -12,8 +13,6 @@
 
 namespace ventrix::desk {
 namespace {
-
-constexpr std::int32_t kNoLog = 16;
 
 /// The module reports its findings only in a log, so without --log a run writes one to a temporary file.
 class TemporaryLog {
@@ -54,9 +53,9 @@ std::string Summary(std::int32_t mask) {
             text += (text.empty() ? "" : "; ") + std::string(problem);
         }
     };
-    add(1, "files are missing or unreadable");
-    add(2, "files have unsaved changes");
-    add(8, "the files are on several drives and cannot be packaged");
+    add(kValidateBroken, "files are missing or unreadable");
+    add(kValidateUnsaved, "files have unsaved changes");
+    add(kValidateOnSeveralRoots, "the files are on several drives and cannot be packaged");
     return mask == 0 ? "can be published" : text + " (mask " + std::to_string(mask) + ")";
 }
 
@@ -85,7 +84,7 @@ int Validate(const Options& options, const Screen& screen) {
     if (reply.status < 0) {
         throw Stop{kExitRefused, "the module refused the request"};
     }
-    if (reply.status == kNoLog) {
+    if (reply.status == kValidateWithoutLog) {
         throw Stop{kExitRefused, "the log cannot be written: " + logName};
     }
     const RunLog log = ReadRunLog(LogFrom(logName, before));

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "bridge/contract/notification_interfaces.h"
+#include "bridge/contract/request.h"
 #include "desk/host/host_interfaces.h"
 #include "desk/host/module_library.h"
 #include "desk/host/task_values.h"
@@ -11,11 +12,6 @@
 
 namespace ventrix::desk {
 namespace {
-
-constexpr std::int32_t kRequestNotification = 13;
-constexpr std::int32_t kInstallationFolderProperty = 89;
-constexpr std::int32_t kDocumentPathProperty = 20;
-constexpr std::int32_t kClientNameProperty = 2;
 
 /// Statuses of this host's own; a client sees only that they are not 0.
 constexpr std::int32_t kUnknownClient = 1;

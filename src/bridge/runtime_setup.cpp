@@ -3,6 +3,7 @@
 #include <string>
 
 #include "bridge/connection.h"
+#include "bridge/contract/host_interfaces.h"
 #include "bridge/host/operations.h"
 #include "kit/last_error.h"
 #include "kit/text/encodings.h"
@@ -12,12 +13,11 @@
 namespace ventrix {
 namespace {
 
-constexpr std::int32_t kInstallationFolderProp = 89;
 constexpr std::size_t kFolderSize = 1024;
 
 // Empty when the host can't name it, and when it is too long: a cut text would name another folder.
 std::string HostInstallationFolder() {
-    const Q_String text(Q_ApiReadStringPropNum(0, 0, kInstallationFolderProp));
+    const Q_String text(Q_ApiReadStringPropNum(0, 0, kInstallationFolderProperty));
     const std::string folder = text == nullptr ? "" : text.get();
     return Q_ApiLastError != 0 || folder.size() >= kFolderSize ? "" : folder;
 }

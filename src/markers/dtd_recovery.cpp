@@ -1,5 +1,7 @@
 #include "markers/dtd_recovery.h"
 
+#include "bridge/contract/host_interfaces.h"
+#include "bridge/contract/request.h"
 #include "bridge/host/operations.h"
 #include "bridge/values.h"
 #include "fileset/file_operations.h"
@@ -13,7 +15,7 @@ namespace {
 
 /// The client's answer if it is exactly one text; otherwise empty.
 std::string AskDispatcher(const std::string& question) {
-    Q_ValueList answer = Q_ApiInvokeClientForValues("QlDispatcher", question.c_str());
+    Q_ValueList answer = Q_ApiInvokeClientForValues(kDispatcherClient, question.c_str());
     std::string text;
     if (answer.items && answer.count == 1 && answer.items[0].tag == kTextTag && answer.items[0].text) {
         text = answer.items[0].text;
@@ -32,7 +34,7 @@ std::string LongFormOf(const std::string& dtdPath) {
 }
 
 Path RepairStylesheet() {
-    char* const folder = Q_ApiReadStringPropNum(0, 0, 89);
+    char* const folder = Q_ApiReadStringPropNum(0, 0, kInstallationFolderProperty);
     Path stylesheet = Path(folder ? folder : "") + "\\Ventrix.xsl";
     Q_Free(folder);
     return stylesheet;

@@ -1,5 +1,6 @@
 #include "markers/xslt_run.h"
 
+#include "bridge/contract/request.h"
 #include "bridge/host/operations.h"
 
 namespace ventrix {
@@ -11,7 +12,7 @@ void RunXsltScenario(Path file, Path stylesheet, Path outputPath) {
     }
     const std::string command = "XSLTRunTrScenario -dontuseqlconsole -file \"" + file + "\" -xslfilepath \"" +
                                 stylesheet + "\" -outputfilepath \"" + outputPath + "\"";
-    Q_ApiInvokeClient("QlXSLT", command.c_str());
+    Q_ApiInvokeClient(kXsltClient, command.c_str());
 }
 
 }  // namespace ventrix

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "bridge/contract/request.h"
 #include "bridge/host/operations.h"
 #include "bridge/open_script.h"
 #include "bridge/properties.h"
@@ -64,7 +65,7 @@ void RunDitaOt(Path documentPath, Path ditaval, Path logFile, Path outputPath) {
     }
     ReportLog log = OpenReportLog(logFile);
     LogRun(log, documentPath, ditaval);
-    Q_ApiInvokeClient("Dita OT", CommandLine(documentId, ditaval, outputPath).c_str());
+    Q_ApiInvokeClient(kDitaOtClient, CommandLine(documentId, ditaval, outputPath).c_str());
     Q_ApiCloseDocument(documentId, 1);
 }
 

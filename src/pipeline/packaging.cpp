@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "bridge/contract/host_interfaces.h"
 #include "bridge/host/operations.h"
 #include "fileset/file_operations.h"
 #include "kit/paths/file_path.h"
@@ -13,10 +14,8 @@ namespace ventrix {
 
 namespace {
 
-constexpr std::int32_t kFilePathProperty = 20;
-
 Path DocumentPath(std::uint32_t documentId) {
-    const Q_String path(Q_ApiReadStringPropNum(0, documentId, kFilePathProperty));
+    const Q_String path(Q_ApiReadStringPropNum(0, documentId, kDocumentPathProperty));
     return path ? path.get() : "";
 }
 

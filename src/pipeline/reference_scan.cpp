@@ -31,18 +31,18 @@ ReferenceKind KindOf(const Path& path, const Q_Value& mark) {
     return mark.tag == kIntegerTag && mark.number != 0 ? ReferenceKind::kUnsaved : ReferenceKind::kValid;
 }
 
-int BitOf(ReferenceKind kind) {
+std::int32_t BitOf(ReferenceKind kind) {
     switch (kind) {
         case ReferenceKind::kBroken:
-            return kBrokenFound;
+            return kValidateBroken;
         case ReferenceKind::kUnsaved:
-            return kUnsavedFound;
+            return kValidateUnsaved;
         default:
             return 0;
     }
 }
 
-int AddReference(const Q_Value& value, std::list<ReferenceEntry>& list) {
+std::int32_t AddReference(const Q_Value& value, std::list<ReferenceEntry>& list) {
     const Q_Value* fields = FieldsOfFile(value);
     if (fields == nullptr) {
         return 0;
@@ -66,9 +66,9 @@ ReferencePaths CachedPaths() {
     return paths;
 }
 
-int ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>& list) {
+std::int32_t ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>& list) {
     Q_ValueList files = Q_ApiListDocumentFiles(documentId, 16, 0);
-    int found = 0;
+    std::int32_t found = 0;
     for (std::uint32_t i = 0; files.items != nullptr && i < files.count; ++i) {
         found |= AddReference(files.items[i], list);
     }
@@ -76,11 +76,11 @@ int ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>& list) {
     return found;
 }
 
-int RenewReferences(std::uint32_t documentId) {
+std::int32_t RenewReferences(std::uint32_t documentId) {
     // The host may deliver another request while it is asked; that one must not find a half-filled cache, nor
     // leave its files in this list.
     std::list<ReferenceEntry> list;
-    const int found = ScanReferences(documentId, list);
+    const std::int32_t found = ScanReferences(documentId, list);
     referenceCache.list = std::move(list);
     referenceCache.documentId = documentId;
     return found;

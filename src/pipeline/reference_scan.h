@@ -7,6 +7,7 @@
 #include <list>
 #include <string>
 
+#include "bridge/contract/request.h"
 #include "fileset/path_classification.h"
 
 namespace ventrix {
@@ -41,15 +42,13 @@ struct ReferencePaths {
 };
 ReferencePaths CachedPaths();
 
-constexpr int kBrokenFound = 1;   ///< Bit of a scan: a broken entry was added.
-constexpr int kUnsavedFound = 2;  ///< Bit of a scan: an unsaved entry was added.
-
 /// Asks the host and appends its files to the list; web addresses and values of another shape are left out.
-/// Returns the bits of what was found. A host that gives no answer adds nothing.
-int ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>& list);
+/// Returns the sum of kValidateBroken and kValidateUnsaved that applies. A host that gives no answer adds
+/// nothing.
+std::int32_t ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>& list);
 
-/// Renews the cache for this document whatever it holds. Returns the bits of the scan.
-int RenewReferences(std::uint32_t documentId);
+/// Renews the cache for this document whatever it holds. Returns what ScanReferences does.
+std::int32_t RenewReferences(std::uint32_t documentId);
 
 /// Renews the cache only if it belongs to another document.
 void Refresh(std::uint32_t documentId);

@@ -15,11 +15,11 @@ void WriteString(ReportLog& log, std::uint32_t id) {
 void WriteSeverityWord(ReportLog& log, int severity) {
     switch (severity) {
         case kSeverityProgress:
-            return WriteString(log, 0);
+            return WriteString(log, kProgressWord);
         case kSeverityWarning:
-            return WriteString(log, 2);
+            return WriteString(log, kWarningWord);
         case kSeverityError:
-            return WriteString(log, 3);
+            return WriteString(log, kErrorWord);
         default:
             return;
     }

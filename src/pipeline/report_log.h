@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "bridge/contract/request.h"
 #include "fileset/path_classification.h"
 #include "platform/text_stream.h"
 
@@ -18,21 +19,6 @@ constexpr int kSeverityNone = 0;
 constexpr int kSeverityProgress = 1;
 constexpr int kSeverityWarning = 2;
 constexpr int kSeverityError = 3;
-
-/// Numbers of the messages in the string table.
-constexpr std::uint32_t kMessageValidFiles = 1;
-constexpr std::uint32_t kMessageBrokenLinks = 4;
-constexpr std::uint32_t kMessageUnsavedFiles = 5;
-constexpr std::uint32_t kMessageSeveralRoots = 6;
-constexpr std::uint32_t kMessageRule = 7;
-constexpr std::uint32_t kMessagePackagingTried = 8;
-constexpr std::uint32_t kMessageEncodingFile = 9;
-constexpr std::uint32_t kMessageDecodingFile = 10;
-constexpr std::uint32_t kMessageEncodingStarts = 11;
-constexpr std::uint32_t kMessageDecodingStarts = 12;
-constexpr std::uint32_t kMessageDitaStarts = 13;
-constexpr std::uint32_t kMessageInputFile = 14;
-constexpr std::uint32_t kMessageDitavalFile = 15;
 
 /// Opens the log for appending. An empty or unusable path leaves it closed.
 ReportLog OpenReportLog(const Path& path);

@@ -5,9 +5,6 @@
 
 namespace ventrix {
 
-static_assert(kValidateBroken == kBrokenFound && kValidateUnsaved == kUnsavedFound,
-              "the mask of a Validate starts with the bits of its scan");
-
 namespace {
 
 void LogReferencesByKind(ReportLog& log) {
@@ -30,9 +27,9 @@ void LogReferencesByKind(ReportLog& log) {
 }
 
 /// Reports references that packaging can't bring along. Returns the bit for documents on several roots.
-int LogForeignRoots(ReportLog& log) {
+std::int32_t LogForeignRoots(ReportLog& log) {
     const ReferencePaths paths = CachedPaths();
-    int mask = 0;
+    std::int32_t mask = 0;
     if (SpansSeveralRoots(paths.documents)) {
         LogMessage(log, kSeverityError, kMessageSeveralRoots);
         mask = kValidateOnSeveralRoots;
@@ -46,13 +43,13 @@ int LogForeignRoots(ReportLog& log) {
 
 }  // namespace
 
-int ValidateDocument(std::uint32_t documentId, Path logFile) {
+std::int32_t ValidateDocument(std::uint32_t documentId, Path logFile) {
     ReportLog log = OpenReportLog(logFile);
     if (!log.IsOpen()) {
         return kValidateWithoutLog;
     }
     LogMessage(log, kSeverityNone, kMessagePackagingTried);
-    const int found = RenewReferences(documentId);
+    const std::int32_t found = RenewReferences(documentId);
     LogReferencesByKind(log);
     return found | LogForeignRoots(log);
 }

@@ -2,17 +2,12 @@
 #include "bridge/callbacks.h"
 
 #include "bridge/connection.h"
+#include "bridge/contract/request.h"
 #include "bridge/host/operations.h"
 #include "kit/text/encodings.h"
 #include "request/request_handler.h"
 
 namespace ventrix {
-
-namespace {
-
-constexpr std::int32_t kClientCallNotification = 13;  // a request of another client
-
-}  // namespace
 
 void Initialize(std::int32_t code) {
     Q_ApiRuntimeSetup();
@@ -21,11 +16,11 @@ void Initialize(std::int32_t code) {
     // The host expects a client of this kind to watch 53 and 97 as well; their deliveries are let pass.
     Q_ApiWatchNotification(53, 1);
     Q_ApiWatchNotification(97, 1);
-    Q_ApiWatchNotification(kClientCallNotification, 1);
+    Q_ApiWatchNotification(kRequestNotification, 1);
 }
 
 void Notify(std::int32_t number, std::uint32_t objectId, const char* text, std::int32_t integer) {
-    if (number == kClientCallNotification) {
+    if (number == kRequestNotification) {
         HandleRequest(text);
     }
 }

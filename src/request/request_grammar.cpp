@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
+#include "bridge/contract/request.h"
 #include "kit/format/scan.h"
 
 namespace ventrix {
 
 namespace {
 
-constexpr std::size_t kTokenCapacity = 1024;
+constexpr std::size_t kTokenCapacity = kLongestRequestToken + 1;
 
 struct RequestOption {
     const char* name;
@@ -29,29 +30,30 @@ constexpr bool kIsFlag = false;
 constexpr bool kHasValue = true;
 
 constexpr RequestOption kRequestOptions[] = {
-    {"-docId", kHasValue, [](PublishRequest& r, const char* v) { Q_ScanText(v, "%d", &r.documentId); }},
-    {"-outputFolder", kHasValue, [](PublishRequest& r, const char* v) { Store(r.outputFolder, v); }},
-    {"-outFilePath", kHasValue, [](PublishRequest& r, const char* v) { r.params.outFilePath = v; }},
-    {"-showProgressBar", kIsFlag, [](PublishRequest& r, const char*) { r.showProgressBar = true; }},
-    {"-attributes", kHasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.attributes, v); }},
-    {"-targetAttr", kHasValue, [](PublishRequest& r, const char* v) { r.params.targetAttr = v; }},
-    {"-elements", kHasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.elements, v); }},
-    {"-ditaval", kHasValue, [](PublishRequest& r, const char* v) { Store(r.ditaval, v); }},
-    {"-useDITAOT", kIsFlag, [](PublishRequest& r, const char*) { r.useDitaOt = true; }},
-    {"-useXSLT", kHasValue, [](PublishRequest& r, const char* v) { Store(r.stylesheet, v); }},
-    {"-usePreScript", kHasValue, [](PublishRequest& r, const char* v) { Store(r.preScript, v); }},
-    {"-usePostScript", kHasValue, [](PublishRequest& r, const char* v) { Store(r.postScript, v); }},
-    {"-logFile", kHasValue, [](PublishRequest& r, const char* v) { Store(r.logFile, v); }},
-    {"-scopedAttributes", kHasValue,
+    {kDocIdOption, kHasValue, [](PublishRequest& r, const char* v) { Q_ScanText(v, "%d", &r.documentId); }},
+    {kOutputFolderOption, kHasValue, [](PublishRequest& r, const char* v) { Store(r.outputFolder, v); }},
+    {kOutFilePathOption, kHasValue, [](PublishRequest& r, const char* v) { r.params.outFilePath = v; }},
+    {kShowProgressBarOption, kIsFlag, [](PublishRequest& r, const char*) { r.showProgressBar = true; }},
+    {kAttributesOption, kHasValue,
+     [](PublishRequest& r, const char* v) { StoreList(r.params.attributes, v); }},
+    {kTargetAttrOption, kHasValue, [](PublishRequest& r, const char* v) { r.params.targetAttr = v; }},
+    {kElementsOption, kHasValue, [](PublishRequest& r, const char* v) { StoreList(r.params.elements, v); }},
+    {kDitavalOption, kHasValue, [](PublishRequest& r, const char* v) { Store(r.ditaval, v); }},
+    {kUseDitaOtOption, kIsFlag, [](PublishRequest& r, const char*) { r.useDitaOt = true; }},
+    {kUseXsltOption, kHasValue, [](PublishRequest& r, const char* v) { Store(r.stylesheet, v); }},
+    {kUsePreScriptOption, kHasValue, [](PublishRequest& r, const char* v) { Store(r.preScript, v); }},
+    {kUsePostScriptOption, kHasValue, [](PublishRequest& r, const char* v) { Store(r.postScript, v); }},
+    {kLogFileOption, kHasValue, [](PublishRequest& r, const char* v) { Store(r.logFile, v); }},
+    {kScopedAttributesOption, kHasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.scopedAttributes, v); }},
-    {"-addXpath", kIsFlag, [](PublishRequest& r, const char*) { r.params.addXpath = true; }},
-    {"-xpathAttr", kHasValue, [](PublishRequest& r, const char* v) { r.params.xpathAttr = v; }},
-    {"-addSourcePath", kHasValue,
+    {kAddXpathOption, kIsFlag, [](PublishRequest& r, const char*) { r.params.addXpath = true; }},
+    {kXpathAttrOption, kHasValue, [](PublishRequest& r, const char* v) { r.params.xpathAttr = v; }},
+    {kAddSourcePathOption, kHasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.addSourcePath, v); }},
-    {"-sourcePathAttr", kHasValue, [](PublishRequest& r, const char* v) { r.params.sourcePathAttr = v; }},
-    {"-preserveXPathList", kHasValue,
+    {kSourcePathAttrOption, kHasValue, [](PublishRequest& r, const char* v) { r.params.sourcePathAttr = v; }},
+    {kPreserveXPathListOption, kHasValue,
      [](PublishRequest& r, const char* v) { StoreList(r.params.preserveXPathList, v); }},
-    {"-preserveXPathAttr", kHasValue,
+    {kPreserveXPathAttrOption, kHasValue,
      [](PublishRequest& r, const char* v) { r.params.preserveXPathAttr = v; }},
 };
 
@@ -63,10 +65,10 @@ const RequestOption* FindOption(const char* name) {
 }
 
 RequestCommand CommandNamed(const char* name) {
-    if (Q_StrIEqual(name, "Publish")) {
+    if (Q_StrIEqual(name, kPublishCommand)) {
         return RequestCommand::kPublish;
     }
-    return Q_StrIEqual(name, "Validate") ? RequestCommand::kValidate : RequestCommand::kNone;
+    return Q_StrIEqual(name, kValidateCommand) ? RequestCommand::kValidate : RequestCommand::kNone;
 }
 
 /// Reads one option with its value. The buffer holds the last token read, which ends the request if it is

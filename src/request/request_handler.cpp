@@ -1,5 +1,6 @@
 #include "request/request_handler.h"
 
+#include "bridge/contract/request.h"
 #include "pipeline/publish_driver.h"
 #include "pipeline/validate_driver.h"
 #include "request/reply.h"

@@ -51,7 +51,8 @@ TEST(RunLogTest, ParsesSectionsWarningsAndFailures) {
         "Logarithmus:Liste der gültigen Dateien\r\n****\r\nZ:\\a.xml\r\nZ:\\b.xml\r\n****\r\n\r\n"
         "Achtung:Liste der beschädigten Links\r\n****\r\nZ:\\c.png\r\n****\r\n\r\n"
         "Achtung:Liste der ungespeicherten Dateien\r\n****\r\nZ:\\d.xml\r\n****\r\n"
-        "Achtung:Einige Dateien, auf die verwiesen wird, befinden sich auf mehreren Laufwerken und mehr\r\n"
+        "Achtung:Einige Dateien, auf die verwiesen wird, befinden sich auf mehreren Laufwerken "
+        "und können nicht verpackt werden!\r\n"
         "Logarithmus:Datei wird codiert...Z:\\out\\a.xml\r\nFehler:Datei wird codiert...line 1\r\n"
         "Logarithmus:Datei wird codiert...Z:\\out\\b.xml\r\n"
         "Logarithmus:Datei wird decodiert...Z:\\out\\\\x.html\r\nFehler:Datei wird decodiert...\r\n");

@@ -31,16 +31,25 @@ TEST_F(ReferenceScan, OneValueGivesOneEntryOrNone) {
         std::vector<std::string> entries;
     } rows[] = {
         {"valid", Fields({key, path, Number(0)}), 0, {R"(1 t C:\a.xml)"}},
-        {"flagged", Fields({key, path, Number(-1)}), kUnsavedFound, {R"(3 t C:\a.xml)"}},
-        {"more than three fields", Fields({key, path, Number(1), key}), kUnsavedFound, {R"(3 t C:\a.xml)"}},
+        {"flagged", Fields({key, path, Number(-1)}), kValidateUnsaved, {R"(3 t C:\a.xml)"}},
+        {"more than three fields",
+         Fields({key, path, Number(1), key}),
+         kValidateUnsaved,
+         {R"(3 t C:\a.xml)"}},
         {"the mark is a text", Fields({key, path, Text("1")}), 0, {R"(1 t C:\a.xml)"}},
-        {"missing", Document(R"(C:\no.xml)"), kBrokenFound, {R"(2 documentType C:\no.xml)"}},
-        {"missing and flagged", Document(R"(C:\no.xml)", 1), kBrokenFound, {R"(2 documentType C:\no.xml)"}},
-        {"a folder", Graphic(R"(C:\folder)"), kBrokenFound, {R"(2 graphicsType C:\folder)"}},
-        {"a drive that is not there", Graphic(R"(Q:\a.xml)"), kBrokenFound, {R"(2 graphicsType Q:\a.xml)"}},
+        {"missing", Document(R"(C:\no.xml)"), kValidateBroken, {R"(2 documentType C:\no.xml)"}},
+        {"missing and flagged",
+         Document(R"(C:\no.xml)", 1),
+         kValidateBroken,
+         {R"(2 documentType C:\no.xml)"}},
+        {"a folder", Graphic(R"(C:\folder)"), kValidateBroken, {R"(2 graphicsType C:\folder)"}},
+        {"a drive that is not there",
+         Graphic(R"(Q:\a.xml)"),
+         kValidateBroken,
+         {R"(2 graphicsType Q:\a.xml)"}},
         {"an address in capitals is a file name",
          Document("HTTP://a"),
-         kBrokenFound,
+         kValidateBroken,
          {"2 documentType HTTP://a"}},
         {"an address", Document("https://example.org/a.xml"), 0, {}},
         {"two fields", Fields({key, path}), 0, {}},
@@ -60,7 +69,7 @@ TEST_F(ReferenceScan, OneValueGivesOneEntryOrNone) {
 TEST_F(ReferenceScan, EntriesAreAppendedInTheHostsOrder) {
     host.documents[7].files = {Document(R"(C:\no.xml)"), Text("noise"), Graphic(R"(C:\a.xml)"),
                                Document(R"(C:\a.xml)", 1)};
-    EXPECT_EQ(ScanReferences(7, referenceCache.list), kBrokenFound | kUnsavedFound);
+    EXPECT_EQ(ScanReferences(7, referenceCache.list), kValidateBroken | kValidateUnsaved);
     EXPECT_EQ(ScanReferences(8, referenceCache.list), 0) << "a host without an answer adds nothing";
     EXPECT_EQ(Cached(), (std::vector<std::string>{R"(2 documentType C:\no.xml)", R"(1 graphicsType C:\a.xml)",
                                                   R"(3 documentType C:\a.xml)"}));

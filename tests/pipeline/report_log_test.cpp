@@ -32,6 +32,26 @@ TEST_F(ReportLogFile, EveryFormOfLineStandsInItsOwnWords) {
     EXPECT_EQ(LogLines(), expected) << "read while the log is still open";
 }
 
+TEST_F(ReportLogFile, HostsRecognizeTheLinesByTheWordingOfTheContract) {
+    const struct {
+        int severity;
+        std::uint32_t messageId;
+        std::string_view word, message;
+    } rows[] = {
+        {kSeverityProgress, kMessageValidFiles, kProgressWording, kValidFilesWording},
+        {kSeverityWarning, kMessageBrokenLinks, kWarningWording, kBrokenLinksWording},
+        {kSeverityWarning, kMessageUnsavedFiles, kWarningWording, kUnsavedFilesWording},
+        {kSeverityError, kMessageSeveralRoots, kErrorWording, kSeveralRootsWording},
+        {kSeverityProgress, kMessageEncodingFile, kProgressWording, kEncodingFileWording},
+        {kSeverityError, kMessageDecodingFile, kErrorWording, kDecodingFileWording},
+    };
+    ReportLog log = OpenReportLog(R"(C:\log.txt)");
+    for (const auto& row : rows) {
+        LogMessage(log, row.severity, row.messageId);
+        EXPECT_EQ(LogLines().back(), std::string(row.word).append(row.message));
+    }
+}
+
 TEST_F(ReportLogFile, LaterOpensAppend) {
     for (const char* text : {"one", "two"}) {
         ReportLog log = OpenReportLog(R"(C:\log.txt)");

@@ -97,6 +97,13 @@ struct CloseDocumentMethod {
     using Type = HRESULT(void* self, std::uint32_t objectId, std::int32_t flags, std::int32_t* status);
 };
 
+/// String properties that a client reads: of the host application (object 0), and of a document.
+constexpr std::int32_t kInstallationFolderProperty = 89;  ///< Without a backslash at the end.
+constexpr std::int32_t kDocumentPathProperty = 20;
+
+/// Number of the client's name in its description.
+constexpr std::int32_t kClientNameProperty = 2;
+
 /// Reads one string property of an object. Owner 0 and object 0 are the host application itself.
 struct ReadStringPropMethod {
     static constexpr unsigned kInterfaceNumber = 4, kIndex = 97;
