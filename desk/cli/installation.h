@@ -1,13 +1,13 @@
-// Where the desk host's own files lie. Paths are native.
+// Where the desk host's own files lie.
 #pragma once
 
-#include <string>
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
 struct Installation {
-    std::string module;  ///< Ventrix.so.
-    std::string folder;  ///< Holds Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
+    NativePath module;  ///< Ventrix.so.
+    NativePath folder;  ///< Holds Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
 };
 
 /// Found from where this program lies: `../lib/ventrix` and `../share/ventrix` where it is installed, else

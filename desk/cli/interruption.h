@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
 /// Makes an interruption end the program with status 130.
@@ -12,7 +14,7 @@ void WatchInterruptions();
 /// While it lives, an interruption writes this file first.
 class InterruptionMark {
   public:
-    explicit InterruptionMark(std::string fileName);
+    explicit InterruptionMark(const NativePath& file);
     ~InterruptionMark();
     InterruptionMark(const InterruptionMark&) = delete;
     InterruptionMark& operator=(const InterruptionMark&) = delete;

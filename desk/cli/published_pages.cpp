@@ -32,7 +32,7 @@ std::string_view NameIn(std::string_view text) {
 }
 
 /// Counts the values of one start tag, which begins behind its "<".
-void LookOverTag(std::string_view tag, const std::string& page, PublishedPages& found) {
+void LookOverTag(std::string_view tag, const NativePath& page, PublishedPages& found) {
     const std::string_view element = NameIn(tag);
     std::size_t at = element.size();
     while ((at = tag.find('=', at)) != std::string_view::npos && at + 1 < tag.size()) {
@@ -45,7 +45,7 @@ void LookOverTag(std::string_view tag, const std::string& page, PublishedPages& 
         if (HoldsMarkers(tag.substr(at + 2, end - at - 2))) {
             const std::size_t name = tag.find_last_of(" \t\r\n", at) + 1;
             if (found.markedValues++ == 0) {
-                found.firstMarkedValue = page + ": <" + std::string(element) + " " +
+                found.firstMarkedValue = page.utf8 + ": <" + std::string(element) + " " +
                                          std::string(tag.substr(name, at - name)) + ">";
             }
         }
@@ -69,7 +69,7 @@ std::size_t TagEnd(std::string_view text, std::size_t at) {
     return text.size();
 }
 
-void LookOverPage(const std::string& text, const std::string& page, PublishedPages& found) {
+void LookOverPage(const std::string& text, const NativePath& page, PublishedPages& found) {
     if (!HoldsMarkers(text)) {
         return;
     }
@@ -89,7 +89,7 @@ void LookOverPage(const std::string& text, const std::string& page, PublishedPag
     }
 }
 
-std::vector<fs::path> PagesAt(const std::string& place) {
+std::vector<fs::path> PagesAt(const fs::path& place) {
     std::vector<fs::path> pages;
     std::error_code error;
     if (fs::is_regular_file(place, error)) {
@@ -107,10 +107,10 @@ std::vector<fs::path> PagesAt(const std::string& place) {
 
 }  // namespace
 
-void LookOverPages(const std::string& place, PublishedPages& found) {
-    for (const fs::path& page : PagesAt(place)) {
+void LookOverPages(const NativePath& place, PublishedPages& found) {
+    for (const fs::path& page : PagesAt(ToFilesystem(place))) {
         ++found.pages;
-        LookOverPage(ReadPage(page), page.string(), found);
+        LookOverPage(ReadPage(page), FromFilesystem(page), found);
     }
 }
 

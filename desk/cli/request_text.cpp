@@ -42,6 +42,10 @@ class RequestWriter {
         }
     }
 
+    void Path(const char* option, const char* given, const SystemPath& path) {
+        Value(option, given, path.utf8);
+    }
+
     /// Lists add up in a request, so that each one given goes in on its own.
     void Lists(const char* option, const char* given, const std::vector<std::string>& lists) {
         for (const std::string& list : lists) {
@@ -59,14 +63,14 @@ class RequestWriter {
 
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options) {
     RequestWriter request("Publish", values.documentId);
-    request.Value("-outputFolder", "--output", values.outputFolder);
+    request.Path("-outputFolder", "--output", values.outputFolder);
     request.Flag("-useDITAOT", values.ditaOt);
-    request.Value("-useXSLT", "--xslt", values.xslt);
-    request.Value("-usePreScript", "--pre-script", values.preScript);
-    request.Value("-usePostScript", "--post-script", values.postScript);
-    request.Value("-ditaval", "--ditaval", values.ditaval);
-    request.Value("-outFilePath", "--out-file", values.outFile);
-    request.Value("-logFile", "--log", values.log);
+    request.Path("-useXSLT", "--xslt", values.xslt);
+    request.Path("-usePreScript", "--pre-script", values.preScript);
+    request.Path("-usePostScript", "--post-script", values.postScript);
+    request.Path("-ditaval", "--ditaval", values.ditaval);
+    request.Path("-outFilePath", "--out-file", values.outFile);
+    request.Path("-logFile", "--log", values.log);
     request.Lists("-attributes", "--attributes", options.attributes);
     request.Lists("-elements", "--elements", options.elements);
     request.Lists("-scopedAttributes", "--scoped-attributes", options.scopedAttributes);
@@ -80,9 +84,9 @@ std::string PublishRequest(const PublishValues& values, const PublishOptions& op
     return std::move(request).Text();
 }
 
-std::string ValidateRequest(std::uint32_t documentId, const std::string& log) {
+std::string ValidateRequest(std::uint32_t documentId, const SystemPath& log) {
     RequestWriter request("Validate", documentId);
-    request.Value("-logFile", "--log", log);
+    request.Path("-logFile", "--log", log);
     return std::move(request).Text();
 }
 

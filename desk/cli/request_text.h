@@ -4,14 +4,15 @@
 #include <string>
 
 #include "desk/cli/options.h"
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
-/// The values of a publish request in the notation that the module reads: paths in system notation.
+/// The values of a publish request. An empty path stands for an option that was not given.
 struct PublishValues {
     std::uint32_t documentId = 0;
-    std::string outputFolder;  ///< With its closing backslash.
-    std::string xslt, preScript, postScript, ditaval, outFile, log;
+    SystemPath outputFolder;  ///< With its closing backslash.
+    SystemPath xslt, preScript, postScript, ditaval, outFile, log;
     bool ditaOt = false;
 };
 
@@ -19,7 +20,7 @@ struct PublishValues {
 /// option: one with both kinds of quote, or with more than 1023 bytes.
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options);
 
-std::string ValidateRequest(std::uint32_t documentId, const std::string& log);
+std::string ValidateRequest(std::uint32_t documentId, const SystemPath& log);
 
 /// The text with each "{docId}" replaced.
 std::string FillDocumentId(std::string text, std::uint32_t documentId);

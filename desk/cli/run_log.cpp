@@ -6,8 +6,6 @@
 #include <sstream>
 #include <string_view>
 
-#include "platform/drives.h"
-
 namespace ventrix::desk {
 namespace {
 
@@ -35,7 +33,7 @@ bool Behind(std::string_view line, std::string_view prefix, std::string& rest) {
 }
 
 /// Takes the lines between the two rules of a section.
-void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
+void ReadSection(std::istream& lines, std::vector<NativePath>& paths) {
     std::string line;
     std::getline(lines, line);
     while (std::getline(lines, line)) {
@@ -45,7 +43,7 @@ void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
         if (IsRule(line)) {
             return;
         }
-        paths.push_back(platform::ToNative(line));
+        paths.push_back(ToNative(SystemPath{line}));
     }
 }
 
@@ -66,7 +64,7 @@ void ReadLine(const std::string& line, std::istream& lines, std::string& lastFil
     } else if (Behind(line, kDecodes, lastFile)) {
         ++log.decoded;
     } else if (Behind(line, kEncodeFailed, rest) || Behind(line, kDecodeFailed, rest)) {
-        log.failed.push_back({platform::ToNative(lastFile), rest});
+        log.failed.push_back({ToNative(SystemPath{lastFile}), rest});
     }
 }
 
@@ -86,14 +84,14 @@ RunLog ReadRunLog(const std::string& text) {
     return log;
 }
 
-std::uint64_t LogSize(const std::string& nativePath) {
+std::uint64_t LogSize(const NativePath& log) {
     std::error_code error;
-    const auto size = std::filesystem::file_size(nativePath, error);
+    const auto size = std::filesystem::file_size(ToFilesystem(log), error);
     return error ? 0 : size;
 }
 
-std::string LogFrom(const std::string& nativePath, std::uint64_t offset) {
-    std::ifstream file(nativePath, std::ios::binary);
+std::string LogFrom(const NativePath& log, std::uint64_t offset) {
+    std::ifstream file(ToFilesystem(log), std::ios::binary);
     file.seekg(static_cast<std::streamoff>(offset));
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }

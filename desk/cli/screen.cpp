@@ -98,7 +98,7 @@ QuietStandardOutput::~QuietStandardOutput() {
     }
 }
 
-Progress::Progress(const Screen& screen, std::string logFile, std::size_t files) {
+Progress::Progress(const Screen& screen, NativePath logFile, std::size_t files) {
     if (screen.ShowsProgress()) {
         thread_ = std::jthread(
             [this, log = std::move(logFile), files](std::stop_token stop) { Show(log, files, stop); });
@@ -113,7 +113,7 @@ Progress::~Progress() {
     }
 }
 
-void Progress::Show(const std::string& logFile, std::size_t files, std::stop_token stop) const {
+void Progress::Show(const NativePath& logFile, std::size_t files, std::stop_token stop) const {
     const std::uint64_t start = LogSize(logFile);
     std::mutex mutex;
     std::condition_variable_any tick;

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "desk/cli/options.h"
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
@@ -46,7 +47,7 @@ class QuietStandardOutput {
 /// looks.
 class Progress {
   public:
-    Progress(const Screen& screen, std::string logFile, std::size_t files);
+    Progress(const Screen& screen, NativePath logFile, std::size_t files);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -55,7 +56,7 @@ class Progress {
     void Transforming(bool on) { transforming_ = on; }
 
   private:
-    void Show(const std::string& logFile, std::size_t files, std::stop_token stop) const;
+    void Show(const NativePath& logFile, std::size_t files, std::stop_token stop) const;
 
     std::atomic<bool> transforming_ = false;
     std::jthread thread_;

@@ -14,7 +14,7 @@
 namespace ventrix::desk {
 
 struct Session {
-    std::string document;  ///< Native and absolute.
+    NativePath document;  ///< Absolute.
     std::uint32_t documentId = 0;
     DocumentFiles files;  ///< What the document refers to, itself first.
     TransformationRecord record;
@@ -22,8 +22,8 @@ struct Session {
     std::unique_ptr<DeskHost> host;
 };
 
-/// The native paths of the document's files; web addresses are left out.
-std::vector<std::string> LocalFiles(const DocumentFiles& files);
+/// The document's files; web addresses are left out.
+std::vector<NativePath> LocalFiles(const DocumentFiles& files);
 
 /// Reads the document and starts the host. Tells what was left out. Throws Stop if the document cannot be
 /// read or the host cannot start.
