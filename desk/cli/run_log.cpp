@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "bridge/contract/request.h"
-#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -32,7 +31,7 @@ bool IsMessage(std::string_view line, std::string_view severity, std::string_vie
 }
 
 /// Reads the paths between the two rules of a section.
-void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
+void ReadSection(std::istream& lines, std::vector<NativePath>& paths) {
     std::string line;
     std::getline(lines, line);
     while (std::getline(lines, line)) {
@@ -42,7 +41,7 @@ void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
         if (IsRule(line)) {
             return;
         }
-        paths.push_back(platform::ToNative(line));
+        paths.push_back(ToNative(SystemPath{line}));
     }
 }
 
@@ -56,7 +55,7 @@ void ReadCodingLine(const std::string& line, std::string& lastFile, RunLog& log)
         ++log.decoded;
     } else if (auto reason = TextAfter(line, kErrorWording, kEncodingFileWording);
                reason || (reason = TextAfter(line, kErrorWording, kDecodingFileWording))) {
-        log.failed.push_back({platform::ToNative(lastFile), *reason});
+        log.failed.push_back({ToNative(SystemPath{lastFile}), *reason});
     }
 }
 
@@ -92,14 +91,14 @@ RunLog ReadRunLog(const std::string& text) {
     return log;
 }
 
-std::uint64_t LogSize(const std::string& nativePath) {
+std::uint64_t LogSize(const NativePath& log) {
     std::error_code error;
-    const auto size = std::filesystem::file_size(nativePath, error);
+    const auto size = std::filesystem::file_size(ToFilesystem(log), error);
     return error ? 0 : size;
 }
 
-std::string LogFrom(const std::string& nativePath, std::uint64_t offset) {
-    std::ifstream file(nativePath, std::ios::binary);
+std::string LogFrom(const NativePath& log, std::uint64_t offset) {
+    std::ifstream file(ToFilesystem(log), std::ios::binary);
     file.seekg(static_cast<std::streamoff>(offset));
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }

@@ -1,5 +1,5 @@
-// What another client of the host is to the desk host: one command text in, one answer out.
-// All texts are UTF-8; paths in commands and answers are in the system's backslash notation.
+// What another client of the host is to the desk host: one command text in, one answer out. All texts are
+// UTF-8; paths in commands and answers are in the system's backslash notation.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,8 @@
 #include <string>
 #include <variant>
 #include <vector>
+
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
@@ -20,19 +22,20 @@ struct ClientAnswer {
 
 /// What a client may ask of the host while it runs.
 struct HostServices {
-    std::function<std::string(std::uint32_t documentId)>
-        documentPath;                                      ///< Empty text for an id that is not open.
-    std::function<void(const std::string& text)> console;  ///< Text for the host's console.
+    /// The document's path; empty for an id that is not open.
+    std::function<SystemPath(std::uint32_t documentId)> documentPath;
+    /// Writes to the host's console.
+    std::function<void(const std::string& text)> console;
 };
 
 using Client = std::function<ClientAnswer(const std::string& command, const HostServices& host)>;
 
 /// What the transformations of a run came to. The clients fill it; the command line tells the person.
 struct TransformationRecord {
-    int started = 0;      ///< Transformations that a client was asked for.
-    int failed = 0;       ///< Those that failed or wrote nothing.
-    std::string reason;   ///< Of the first failure: one line; empty without one.
-    std::string logFile;  ///< Native path of the log that tells more; may be empty.
+    int started = 0;     ///< Transformations that a client was asked for.
+    int failed = 0;      ///< Those that failed or wrote nothing.
+    std::string reason;  ///< Of the first failure: one line; empty without one.
+    NativePath logFile;  ///< Native path of the log that tells more; may be empty.
 };
 
 }  // namespace ventrix::desk

@@ -51,4 +51,8 @@ std::string OptionOf(const ClientCommand& command, const std::string& name) {
     return found == command.options.end() ? std::string() : found->second;
 }
 
+NativePath PathOptionOf(const ClientCommand& command, const std::string& name) {
+    return ToNative(SystemPath{OptionOf(command, name)});
+}
+
 }  // namespace ventrix::desk

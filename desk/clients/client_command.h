@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
 struct ClientCommand {
@@ -20,5 +22,8 @@ ClientCommand ParseClientCommand(std::string_view text);
 
 /// Empty if the option is missing.
 std::string OptionOf(const ClientCommand& command, const std::string& name);
+
+/// The value of an option that names a file or folder.
+NativePath PathOptionOf(const ClientCommand& command, const std::string& name);
 
 }  // namespace ventrix::desk

@@ -8,7 +8,6 @@
 #include "desk/clients/applications.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/reference_path.h"
-#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -18,29 +17,33 @@ struct FreeCatalog {
 };
 using Catalog = std::shared_ptr<xmlCatalog>;
 
-/// The file behind a catalog's answer; empty if there is none or it is missing.
-std::string FileOf(const XmlText& uri) {
-    const std::string path = uri == nullptr ? std::string() : TargetOf(View(uri.get()), "/").path;
+/// The path if a file is there; else empty.
+NativePath ExistingFile(const NativePath& path) {
     std::error_code error;
-    return std::filesystem::is_regular_file(path, error) ? path : std::string();
+    return std::filesystem::is_regular_file(ToFilesystem(path), error) ? path : NativePath{};
+}
+
+/// The file that a catalog's answer names; empty if there is no answer or the file is missing.
+NativePath FileOf(const XmlText& uri) {
+    return uri == nullptr ? NativePath{} : ExistingFile(TargetOf(View(uri.get()), {"/"}).path);
 }
 
 /// The DTD under a public or system id: the user's catalog first, then the machine's own.
-std::string Resolve(const Catalog& catalog, const std::string& id) {
+NativePath Resolve(const Catalog& catalog, const std::string& id) {
     if (catalog != nullptr) {
         for (xmlChar* uri : {xmlACatalogResolvePublic(catalog.get(), Xml(id.c_str())),
                              xmlACatalogResolveSystem(catalog.get(), Xml(id.c_str()))}) {
             const XmlText owner(uri);
-            if (std::string file = FileOf(owner); !file.empty()) {
+            if (NativePath file = FileOf(owner); !file.Empty()) {
                 return file;
             }
         }
     }
-    const std::string file = FileOf(XmlText(xmlCatalogResolvePublic(Xml(id.c_str()))));
-    return file.empty() ? FileOf(XmlText(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
+    const NativePath file = FileOf(XmlText(xmlCatalogResolvePublic(Xml(id.c_str()))));
+    return file.Empty() ? FileOf(XmlText(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
 }
 
-DocumentType TypeOf(const std::string& path) {
+DocumentType TypeOf(const NativePath& path) {
     const LenientDocument loaded = LoadLeniently(path);
     DocumentType type;
     if (loaded.document == nullptr) {
@@ -55,36 +58,32 @@ DocumentType TypeOf(const std::string& path) {
 }
 
 /// A DTD that lies where the document says; empty without one.
-std::string LocalDtd(const DocumentType& type, const std::string& document) {
-    const std::string path = TargetOf(type.systemId, FolderOf(document)).path;
-    std::error_code error;
-    return !path.empty() && std::filesystem::is_regular_file(path, error) ? path : std::string();
+NativePath LocalDtd(const DocumentType& type, const NativePath& document) {
+    return ExistingFile(TargetOf(type.systemId, FolderOf(document)).path);
 }
 
-std::string DtdOf(const Catalog& catalog, const std::string& application) {
+NativePath DtdOf(const Catalog& catalog, const std::string& application) {
     for (const std::string& id : PublicIdsOf(application)) {
-        if (std::string file = Resolve(catalog, id); !file.empty()) {
+        if (NativePath file = Resolve(catalog, id); !file.Empty()) {
             return file;
         }
     }
-    std::error_code error;
-    const bool isFile = application.starts_with('/') && std::filesystem::is_regular_file(application, error);
-    return isFile ? application : std::string();
+    return application.starts_with('/') ? ExistingFile({application}) : NativePath{};
 }
 
 /// The second question knows nothing but the name, so a DTD that no catalog knows is named by its path, and
 /// one that the catalogs know by its system id only, by that.
-std::string ChooseApplication(const Catalog& catalog, const std::string& systemPath) {
-    const std::string document = platform::ToNative(systemPath);
+std::string ChooseApplication(const Catalog& catalog, const SystemPath& path) {
+    const NativePath document = ToNative(path);
     const DocumentType type = TypeOf(document);
     std::string application = ApplicationOf(type);
-    if (!type.publicId.empty() && !DtdOf(catalog, application).empty()) {
+    if (!type.publicId.empty() && !DtdOf(catalog, application).Empty()) {
         return application;
     }
-    if (std::string local = LocalDtd(type, document); !local.empty()) {
-        return local;
+    if (const NativePath local = LocalDtd(type, document); !local.Empty()) {
+        return local.utf8;
     }
-    if (!type.systemId.empty() && !Resolve(catalog, type.systemId).empty()) {
+    if (!type.systemId.empty() && !Resolve(catalog, type.systemId).Empty()) {
         return type.systemId;
     }
     return application;
@@ -100,15 +99,16 @@ ClientAnswer AnswerOf(const std::string& text) {
 
 ClientAnswer RunCommand(const Catalog& catalog, const std::string& command) {
     constexpr std::string_view kChoose = "ChooseAppForFile ";
-    constexpr std::string_view kTell = "StructAppInfo -appName ";
+    constexpr std::string_view kDescribe = "StructAppInfo -appName ";
     constexpr std::string_view kWhat = " -info DTDPath";
     if (command.starts_with(kChoose)) {
-        return AnswerOf(ChooseApplication(catalog, command.substr(kChoose.size())));
+        return AnswerOf(ChooseApplication(catalog, SystemPath{command.substr(kChoose.size())}));
     }
-    if (command.starts_with(kTell) && command.ends_with(kWhat) &&
-        command.size() >= kTell.size() + kWhat.size()) {
-        return AnswerOf(
-            DtdOf(catalog, command.substr(kTell.size(), command.size() - kTell.size() - kWhat.size())));
+    if (command.starts_with(kDescribe) && command.ends_with(kWhat) &&
+        command.size() >= kDescribe.size() + kWhat.size()) {
+        const std::string application =
+            command.substr(kDescribe.size(), command.size() - kDescribe.size() - kWhat.size());
+        return AnswerOf(DtdOf(catalog, application).utf8);
     }
     return {.status = 1, .number = 0, .values = {}};
 }
@@ -117,10 +117,10 @@ ClientAnswer RunCommand(const Catalog& catalog, const std::string& command) {
 
 Client MakeDispatcherClient(DispatcherSettings settings) {
     Catalog catalog;
-    if (!settings.catalog.empty()) {
-        catalog = Catalog(xmlLoadACatalog(settings.catalog.c_str()), FreeCatalog());
+    if (!settings.catalog.Empty()) {
+        catalog = Catalog(xmlLoadACatalog(settings.catalog.utf8.c_str()), FreeCatalog());
         // The parsers that load a document's DTD ask the process's catalogs only.
-        xmlLoadCatalog(settings.catalog.c_str());
+        xmlLoadCatalog(settings.catalog.utf8.c_str());
     }
     return
         [catalog](const std::string& command, const HostServices&) { return RunCommand(catalog, command); };

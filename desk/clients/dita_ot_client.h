@@ -8,8 +8,8 @@ namespace ventrix::desk {
 
 struct DitaOtSettings {
     std::string toolkit =
-        "builtin";           ///< "builtin", "installed" (found on this machine), or a toolkit's folder.
-    std::string dataFolder;  ///< The folder that holds dita-to-xhtml.xsl.
+        "builtin";          ///< "builtin", "installed" (found on this machine), or a toolkit's folder.
+    NativePath dataFolder;  ///< The folder that holds dita-to-xhtml.xsl.
 };
 
 /// A client that understands

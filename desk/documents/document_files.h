@@ -1,16 +1,18 @@
-// Lists the files that a DITA map or topic, a DocBook or any other XML document refers to.
-// Paths are native going in and in the system's backslash notation coming out, all UTF-8.
+// Lists the files that a DITA map or topic, a DocBook or any other XML document refers to. Strings are UTF-8.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
-/// One referenced file, as the host lists it.
+/// One referenced file or web address.
 struct DocumentFile {
-    std::string key;   ///< "graphicsType" for a graphic, "documentType" for everything else.
-    std::string path;  ///< System notation; a URL stands as it was written.
+    std::string key;  ///< "graphicsType" for a graphic, "documentType" for everything else.
+    NativePath path;  ///< Absolute, and on a mapped drive; empty for a web address.
+    std::string url;  ///< As written; empty for a file.
 };
 
 /// Something that the lister left out or could not read, named for the person.
@@ -32,6 +34,6 @@ struct DocumentFiles {
 /// themselves or in a ring. A missing file is listed, and so is one that is not well-formed, with what could
 /// be read of it. Local files whose `scope` is external or peer are no part of the document and are left out.
 /// Of a DTD without a public id, the file is listed if it exists and its path is relative.
-DocumentFiles ListDocumentFiles(const std::string& nativePath);
+DocumentFiles ListDocumentFiles(const NativePath& document);
 
 }  // namespace ventrix::desk

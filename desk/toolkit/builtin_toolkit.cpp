@@ -2,7 +2,7 @@
 
 #include <deque>
 #include <filesystem>
-#include <unordered_set>
+#include <set>
 
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_map.h"
@@ -10,9 +10,6 @@
 #include "desk/toolkit/page_layout.h"
 #include "desk/toolkit/page_navigation.h"
 #include "desk/toolkit/page_numbers.h"
-#include "desk/xml/reference_path.h"
-#include "platform/drives.h"
-#include "platform/files.h"
 
 namespace ventrix::desk {
 namespace {
@@ -25,20 +22,14 @@ struct Publication {
     Navigation navigation;
     PageNeighbours neighbours;
     DitaLibrary library;
-    std::deque<std::string> waiting;  ///< Topics whose pages are still to be made.
-    std::unordered_set<std::string> known;
-    std::unordered_set<std::string> copied;
+    std::deque<NativePath> waiting;  ///< Topics whose pages are still to be made.
+    std::set<NativePath> known;
+    std::set<NativePath> copied;
     MessageSink warn;
     int pages = 0;
     int warnings = 0;
     std::string failure;  ///< The first page or file that could not be written.
 };
-
-bool WritePage(const std::string& path, const std::string& content) {
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
-    return platform::WriteWholeFile(platform::ToSystem(path).value_or(""), content) == platform::kErrorNone;
-}
 
 void Fail(Publication& publication, const std::string& reason) {
     publication.run.log("error: " + reason);
@@ -47,7 +38,7 @@ void Fail(Publication& publication, const std::string& reason) {
     }
 }
 
-void WaitForPage(Publication& publication, const std::string& topic) {
+void WaitForPage(Publication& publication, const NativePath& topic) {
     if (publication.known.insert(topic).second) {
         publication.waiting.push_back(topic);
     }
@@ -63,25 +54,21 @@ void WaitForPages(Publication& publication, const std::vector<NavigationItem>& i
     }
 }
 
-void CopyFile(Publication& publication, const std::string& source, const std::string& target) {
-    if (target.empty() || !publication.copied.insert(source).second) {
+void CopyFile(Publication& publication, const NativePath& source, const NativePath& target) {
+    if (target.Empty() || !publication.copied.insert(source).second) {
         return;
     }
     std::error_code error;
-    if (!std::filesystem::is_regular_file(source, error)) {
-        publication.warn(source + ": the file is missing");
+    if (!std::filesystem::is_regular_file(ToFilesystem(source), error)) {
+        publication.warn(source.utf8 + ": the file is missing");
         return;
     }
-    std::filesystem::create_directories(std::filesystem::path(target).parent_path(), error);
-    std::filesystem::copy_file(source, target, std::filesystem::copy_options::overwrite_existing, error);
+    std::filesystem::create_directories(ToFilesystem(target).parent_path(), error);
+    std::filesystem::copy_file(ToFilesystem(source), ToFilesystem(target),
+                               std::filesystem::copy_options::overwrite_existing, error);
     if (error) {
-        Fail(publication, target + " cannot be written: " + error.message());
+        Fail(publication, target.utf8 + " cannot be written: " + error.message());
     }
-}
-
-bool IsTopicLink(const xmlNode* element, const std::string& path) {
-    const std::string format = Attribute(element, "format");
-    return format == "dita" || (format.empty() && (path.ends_with(".dita") || path.ends_with(".xml")));
 }
 
 std::string Anchor(const DitaTarget& target) {
@@ -93,13 +80,13 @@ std::string Anchor(const DitaTarget& target) {
 
 /// A link to a topic leads to its page; a topic that is left out is a link no more.
 void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target,
-                 const std::string& page) {
+                 const NativePath& page) {
     if (publication.library.Texts(target.path).excluded) {
         xmlUnsetProp(element, Xml("href"));
         return;
     }
     WaitForPage(publication, target.path);
-    const std::string targetPage = PageOf(publication.layout, target.path);
+    const NativePath targetPage = PageOf(publication.layout, target.path);
     const std::string reference =
         (targetPage == page ? "" : RelativeReference(page, targetPage)) + Anchor(target);
     const std::string href = reference.empty() ? RelativeReference(page, targetPage) : reference;
@@ -112,16 +99,16 @@ void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& t
     }
 }
 
-void RewriteReference(Publication& publication, xmlNode* element, const char* name, const std::string& page) {
+void RewriteReference(Publication& publication, xmlNode* element, const char* name, const NativePath& page) {
     const auto target = DitaTargetOf(Attribute(element, name));
     if (!target.has_value()) {
         return;
     }
     const bool link = HasType(element, "topic/xref") || HasType(element, "topic/link");
-    const std::string output = OutputOf(publication.layout, target->path);
-    if (output.empty()) {
-        publication.warn(target->path + ": lies outside of the document's folders");
-    } else if (link && IsTopicLink(element, target->path)) {
+    const NativePath output = OutputOf(publication.layout, target->path);
+    if (output.Empty()) {
+        publication.warn(target->path.utf8 + ": lies outside of the document's folders");
+    } else if (link && IsTopicFormat(Attribute(element, "format"), target->path)) {
         LinkToTopic(publication, element, *target, page);
     } else {
         CopyFile(publication, target->path, output);
@@ -129,7 +116,7 @@ void RewriteReference(Publication& publication, xmlNode* element, const char* na
     }
 }
 
-void RewriteReferences(Publication& publication, xmlDoc* document, const std::string& page) {
+void RewriteReferences(Publication& publication, xmlDoc* document, const NativePath& page) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
@@ -140,7 +127,7 @@ void RewriteReferences(Publication& publication, xmlDoc* document, const std::st
 }
 
 /// The page as text; empty, with an error in the log, if the stylesheet fails.
-std::string Rendered(Publication& publication, xmlDoc* document, const std::string& source) {
+std::string Rendered(Publication& publication, xmlDoc* document, const NativePath& source) {
     const TransformJob job{.stylesheet = publication.stylesheet,
                            .document = document,
                            .sourcePath = source,
@@ -148,27 +135,27 @@ std::string Rendered(Publication& publication, xmlDoc* document, const std::stri
                            .parameters = {{"language", publication.navigation.language}}};
     const Transformed result = Transform(job, publication.warn);
     if (!result.done) {
-        Fail(publication, source + ": the stylesheet failed");
+        Fail(publication, source.utf8 + ": the stylesheet failed");
     }
     return result.output;
 }
 
-void Write(Publication& publication, const std::string& page, const std::string& content) {
+void Write(Publication& publication, const NativePath& page, const std::string& content) {
     if (content.empty()) {
         return;
     }
-    if (!WritePage(page, content)) {
-        Fail(publication, page + " cannot be written");
+    if (!WriteOutput(page, content)) {
+        Fail(publication, page.utf8 + " cannot be written");
         return;
     }
     ++publication.pages;
-    publication.run.log("page " + page);
+    publication.run.log("page " + page.utf8);
 }
 
-void MakePage(Publication& publication, const std::string& topic) {
-    const std::string page = PageOf(publication.layout, topic);
-    if (page.empty()) {
-        publication.warn(topic + ": lies outside of the document's folders");
+void MakePage(Publication& publication, const NativePath& topic) {
+    const NativePath page = PageOf(publication.layout, topic);
+    if (page.Empty()) {
+        publication.warn(topic.utf8 + ": lies outside of the document's folders");
         return;
     }
     DitaDocument loaded = LoadDita(topic, publication.rules);
@@ -192,7 +179,8 @@ void MakePage(Publication& publication, const std::string& topic) {
 }
 
 void MakeIndex(Publication& publication) {
-    const std::string page = OutputOf(publication.layout, FolderOf(publication.run.document)) + "index.html";
+    const NativePath page{OutputOf(publication.layout, FolderOf(publication.run.document)).utf8 +
+                          "index.html"};
     const XmlDocument contents =
         ContentsDocument(publication.navigation, publication.layout, page, publication.library);
     Write(publication, page, Rendered(publication, contents.get(), publication.run.document));
@@ -201,7 +189,7 @@ void MakeIndex(Publication& publication) {
 std::string MakePages(Publication& publication) {
     const DitaDocument document = LoadDita(publication.run.document, publication.rules);
     if (document.document == nullptr) {
-        return document.excluded ? publication.run.document + ": the filter leaves nothing of it"
+        return document.excluded ? publication.run.document.utf8 + ": the filter leaves nothing of it"
                                  : document.reason;
     }
     const bool isMap = HasType(xmlDocGetRootElement(document.document.get()), "map/map");
@@ -214,12 +202,12 @@ std::string MakePages(Publication& publication) {
         WaitForPage(publication, publication.run.document);
     }
     while (!publication.waiting.empty()) {
-        const std::string topic = publication.waiting.front();
+        const NativePath topic = publication.waiting.front();
         publication.waiting.pop_front();
         MakePage(publication, topic);
     }
     if (publication.pages == 0 && publication.failure.empty()) {
-        return publication.run.document + ": no topic could be turned into a page";
+        return publication.run.document.utf8 + ": no topic could be turned into a page";
     }
     if (isMap) {
         MakeIndex(publication);
@@ -229,10 +217,10 @@ std::string MakePages(Publication& publication) {
 
 }  // namespace
 
-std::string RunBuiltinToolkit(const DitaRun& run, const std::string& stylesheetPath) {
+std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPath) {
     Ditaval rules;
     std::string reason;
-    if (!run.ditaval.empty()) {
+    if (!run.ditaval.Empty()) {
         auto read = ReadDitaval(run.ditaval, reason);
         if (!read.has_value()) {
             return "the filter cannot be read: " + reason;
@@ -241,7 +229,7 @@ std::string RunBuiltinToolkit(const DitaRun& run, const std::string& stylesheetP
     }
     Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);
     if (stylesheet == nullptr) {
-        return "the stylesheet " + stylesheetPath + " is missing or faulty";
+        return "the stylesheet " + stylesheetPath.utf8 + " is missing or faulty";
     }
     Publication publication{.run = run,
                             .rules = std::move(rules),

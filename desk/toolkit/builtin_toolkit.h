@@ -9,15 +9,15 @@
 
 namespace ventrix::desk {
 
-/// One run of a DITA transformation. All paths are native.
+/// One run of a DITA transformation.
 struct DitaRun {
-    std::string document;
-    std::string ditaval;  ///< May be empty.
-    std::string pages;    ///< The folder that gets the pages, with a closing slash.
-    MessageSink log;      ///< Takes each line of the run's log.
+    NativePath document;
+    NativePath ditaval;  ///< May be empty.
+    NativePath pages;    ///< The folder that gets the pages, with a closing slash.
+    MessageSink log;     ///< Takes each line of the run's log.
 };
 
 /// Empty after a success, warnings included; else the reason, one line.
-std::string RunBuiltinToolkit(const DitaRun& run, const std::string& stylesheetPath);
+std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPath);
 
 }  // namespace ventrix::desk

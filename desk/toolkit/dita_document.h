@@ -20,17 +20,21 @@ struct DitaDocument {
     std::string reason;                ///< Why it cannot be read; one line, empty if it can or is excluded.
 };
 
-DitaDocument LoadDita(const std::string& nativePath, const Ditaval& rules);
+DitaDocument LoadDita(const NativePath& path, const Ditaval& rules);
 
 /// What an absolute reference points to.
 struct DitaTarget {
-    std::string path;     ///< Native.
+    NativePath path;
     std::string topic;    ///< The topic's id; empty for the first topic.
     std::string element;  ///< The element's id within the topic; empty for the topic itself.
 };
 
 /// Nothing if the reference names no local file, as a web address.
 std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference);
+
+/// Whether a reference with this `format`, which may be empty, leads to a topic: one that says so, or whose
+/// file looks like one.
+bool IsTopicFormat(const std::string& format, const NativePath& target);
 
 /// The element that a target names in a document; null if it is not there.
 xmlNode* FindTarget(const xmlDoc* document, const DitaTarget& target);

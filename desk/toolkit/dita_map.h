@@ -33,6 +33,6 @@ struct Navigation {
 };
 
 /// A sub-map that is missing, broken or a part of itself is a warning.
-Navigation ReadNavigation(const std::string& mapPath, const Ditaval& rules, const MessageSink& warnings);
+Navigation ReadNavigation(const NativePath& map, const Ditaval& rules, const MessageSink& warnings);
 
 }  // namespace ventrix::desk

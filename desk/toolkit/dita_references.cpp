@@ -123,7 +123,7 @@ void ApplyKey(xmlNode* element, const DitaKey& key, const std::string& elementId
 
 }  // namespace
 
-const DitaDocument& DitaLibrary::Load(const std::string& path) {
+const DitaDocument& DitaLibrary::Load(const NativePath& path) {
     const auto known = std::find_if(recent_.begin(), recent_.end(),
                                     [&path](const Entry& entry) { return entry.path == path; });
     if (known != recent_.end()) {
@@ -137,11 +137,11 @@ const DitaDocument& DitaLibrary::Load(const std::string& path) {
     return recent_.front().loaded;
 }
 
-const xmlDoc* DitaLibrary::Document(const std::string& path) {
+const xmlDoc* DitaLibrary::Document(const NativePath& path) {
     return Load(path).document.get();
 }
 
-const TopicTexts& DitaLibrary::Texts(const std::string& path) {
+const TopicTexts& DitaLibrary::Texts(const NativePath& path) {
     const auto known = texts_.find(path);
     if (known != texts_.end()) {
         return known->second;

@@ -26,21 +26,21 @@ class DitaLibrary {
 
     /// Null if the document cannot be read or is excluded. It stays the library's, until eight others were
     /// asked for.
-    const xmlDoc* Document(const std::string& path);
+    const xmlDoc* Document(const NativePath& path);
 
     /// All empty if the document cannot be read.
-    const TopicTexts& Texts(const std::string& path);
+    const TopicTexts& Texts(const NativePath& path);
 
   private:
     struct Entry {
-        std::string path;
+        NativePath path;
         DitaDocument loaded;
     };
-    const DitaDocument& Load(const std::string& path);
+    const DitaDocument& Load(const NativePath& path);
 
     const Ditaval& rules_;
     std::list<Entry> recent_;
-    std::unordered_map<std::string, TopicTexts> texts_;
+    std::map<NativePath, TopicTexts> texts_;
 };
 
 /// Replaces each element that has a `conref` by a copy of its target, which may refer further. What cannot be

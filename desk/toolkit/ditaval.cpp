@@ -85,10 +85,10 @@ void AddRule(Ditaval& rules, const xmlNode* element) {
 
 }  // namespace
 
-std::optional<Ditaval> ReadDitaval(const std::string& path, std::string& reason) {
+std::optional<Ditaval> ReadDitaval(const NativePath& path, std::string& reason) {
     const LenientDocument loaded = LoadLeniently(path);
     if (!loaded.wellFormed) {
-        reason = path + ": " + loaded.reason;
+        reason = path.utf8 + ": " + loaded.reason;
         return std::nullopt;
     }
     Ditaval rules;

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
 /// Rules by attribute and value. An empty value is the attribute's default, an empty attribute the default of
@@ -17,9 +19,8 @@ struct Ditaval {
     std::map<std::pair<std::string, std::string>, bool> excludes;
 };
 
-/// Reads a DITAVAL file at a native path. Nothing if it is missing or not well-formed; `reason` then tells
-/// why.
-std::optional<Ditaval> ReadDitaval(const std::string& path, std::string& reason);
+/// Reads a DITAVAL file. Nothing if it is missing or not well-formed; `reason` then tells why.
+std::optional<Ditaval> ReadDitaval(const NativePath& path, std::string& reason);
 
 /// True if one of the element's conditional attributes has values and all of them are excluded. The
 /// attributes are audience, product, platform, otherprops, props, rev and whatever else the rules name;

@@ -10,6 +10,6 @@ namespace ventrix::desk {
 
 /// `toolkit` is "installed" or a toolkit's folder; the program's output goes to the log file. Empty after a
 /// success; else the reason, one line. What a failed run wrote is handed over all the same.
-std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkit, const std::string& logFile);
+std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkit, const NativePath& logFile);
 
 }  // namespace ventrix::desk

@@ -2,8 +2,8 @@
 // the map.
 #pragma once
 
+#include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "desk/toolkit/dita_map.h"
@@ -17,20 +17,20 @@ struct Neighbours {
     std::vector<std::string> children;  ///< Absolute references, in order.
 };
 
-/// By the topic's native path; of a topic that stands in the map twice, the first place counts.
-using PageNeighbours = std::unordered_map<std::string, Neighbours>;
+/// By the topic's path; of a topic that stands in the map twice, the first place counts.
+using PageNeighbours = std::map<NativePath, Neighbours>;
 
 PageNeighbours NeighboursIn(const Navigation& navigation);
 
 /// Adds links with the roles "parent" and "child" to the first topic's related links, whose references are
 /// absolute.
-void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const std::string& topic,
+void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const NativePath& topic,
                    DitaLibrary& library);
 
 /// `<contents title="..." language="..."><item href="..." title="..."><item .../></item></contents>`, with
 /// references from the page that will hold it. A topic that cannot be read, or is excluded, is no item; what
 /// is inside it is.
-XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const std::string& page,
+XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const NativePath& page,
                              DitaLibrary& library);
 
 }  // namespace ventrix::desk

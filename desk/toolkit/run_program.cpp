@@ -42,9 +42,9 @@ int ExitStatusOf(pid_t child) {
 
 }  // namespace
 
-std::string FindProgram(const std::string& name) {
+NativePath FindProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
-        return access(name.c_str(), X_OK) == 0 ? name : std::string();
+        return access(name.c_str(), X_OK) == 0 ? NativePath{name} : NativePath{};
     }
     const char* variable = std::getenv("PATH");
     const std::string path = variable == nullptr ? "/usr/bin:/bin" : variable;
@@ -52,18 +52,18 @@ std::string FindProgram(const std::string& name) {
         const std::size_t end = std::min(path.find(':', begin), path.size());
         std::string candidate = path.substr(begin, end - begin) + "/" + name;
         if (end > begin && access(candidate.c_str(), X_OK) == 0) {
-            return candidate;
+            return {candidate};
         }
         begin = end + 1;
     }
     return {};
 }
 
-std::optional<int> RunProgram(const std::vector<std::string>& arguments, const std::string& outputFile) {
+std::optional<int> RunProgram(const std::vector<std::string>& arguments, const NativePath& outputFile) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(),
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.utf8.c_str(),
                                      O_WRONLY | O_CREAT | O_APPEND, 0666);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
     std::vector<std::string> words = arguments;

@@ -64,8 +64,8 @@ class QuietScope {
 
 class OpenFile {
   public:
-    explicit OpenFile(const std::string& path)
-        : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    explicit OpenFile(const NativePath& path)
+        : descriptor_(open(path.utf8.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
     ~OpenFile() {
         if (descriptor_ >= 0) {
             close(descriptor_);
@@ -83,11 +83,11 @@ class OpenFile {
 xmlParserInput* ResolveLocally(void* parser, const xmlChar* publicId, const xmlChar* systemId) {
     const std::string_view id = View(systemId);
     const bool absolute = id.starts_with('/') || platform::IsAbsoluteSystemPath(id);
-    const std::string path = absolute ? TargetOf(id, "/").path : std::string();
-    return xmlSAX2ResolveEntity(parser, publicId, path.empty() ? systemId : Xml(FileUri(path).c_str()));
+    const NativePath path = absolute ? TargetOf(id, {"/"}).path : NativePath{};
+    return xmlSAX2ResolveEntity(parser, publicId, path.Empty() ? systemId : Xml(FileUri(path).c_str()));
 }
 
-void Parse(const OpenFile& file, const std::string& path, int extraOptions, LenientDocument& result) {
+void Parse(const OpenFile& file, const NativePath& path, int extraOptions, LenientDocument& result) {
     const int options =
         XML_PARSE_NONET | XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | extraOptions;
     const QuietScope quiet;
@@ -117,9 +117,9 @@ bool NamesExternalDtd(const xmlDoc* document) {
 
 }  // namespace
 
-LenientDocument LoadLeniently(const std::string& nativePath, LoadFor purpose) {
+LenientDocument LoadLeniently(const NativePath& path, LoadFor purpose) {
     LenientDocument result;
-    const OpenFile file(nativePath);
+    const OpenFile file(path);
     struct stat status = {};
     if (file.descriptor() < 0 || fstat(file.descriptor(), &status) != 0) {
         result.reason = std::strerror(errno);
@@ -132,10 +132,10 @@ LenientDocument LoadLeniently(const std::string& nativePath, LoadFor purpose) {
     result.identity = {status.st_dev, status.st_ino};
     const int expansion = purpose == LoadFor::kListing ? 0 : XML_PARSE_NOENT | XML_PARSE_NOCDATA;
     const int dtd = XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR;
-    Parse(file, nativePath, purpose == LoadFor::kStylesheet ? expansion | dtd : expansion, result);
+    Parse(file, path, purpose == LoadFor::kStylesheet ? expansion | dtd : expansion, result);
     if (purpose != LoadFor::kStylesheet && !result.undeclaredEntities.empty() &&
         NamesExternalDtd(result.document.get())) {
-        Parse(file, nativePath, expansion | XML_PARSE_DTDLOAD, result);
+        Parse(file, path, expansion | XML_PARSE_DTDLOAD, result);
     }
     return result;
 }

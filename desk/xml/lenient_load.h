@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "desk/paths/paths.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
@@ -29,6 +30,6 @@ enum class LoadFor {
 };
 
 /// A missing file, a folder or a device gives no document and the reason.
-LenientDocument LoadLeniently(const std::string& nativePath, LoadFor purpose = LoadFor::kListing);
+LenientDocument LoadLeniently(const NativePath& path, LoadFor purpose = LoadFor::kListing);
 
 }  // namespace ventrix::desk

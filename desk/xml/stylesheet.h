@@ -9,7 +9,9 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
+#include "desk/paths/paths.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
@@ -23,17 +25,17 @@ struct FreeStylesheet {
 using Stylesheet = std::unique_ptr<xsltStylesheet, FreeStylesheet>;
 
 /// Null if the stylesheet is missing or faulty; the first message then tells why.
-Stylesheet LoadStylesheet(const std::string& path, const MessageSink& messages);
+Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages);
 
 /// A document as a stylesheet wants it. An entity that nobody declares is a message and stays empty. Null,
 /// with a message, if the document is missing or not well-formed.
-XmlDocument LoadForStylesheet(const std::string& path, const MessageSink& messages);
+XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages);
 
 struct TransformJob {
     const Stylesheet& stylesheet;
     xmlDoc* document = nullptr;
-    std::string sourcePath;  ///< Where the document's text lies, for copy-document; may be empty.
-    std::string outputPath;  ///< What further files that the stylesheet writes are relative to; may be empty.
+    NativePath sourcePath;  ///< Where the document's text lies, for copy-document; may be empty.
+    NativePath outputPath;  ///< What further files that the stylesheet writes are relative to; may be empty.
     std::map<std::string, std::string> parameters = {};  ///< Texts by name; no quoting is needed.
 };
 
@@ -46,5 +48,9 @@ struct Transformed {
 /// the text of the document as it lies in its file, with the DOCTYPE's system id replaced by the attribute
 /// `system-id`.
 Transformed Transform(const TransformJob& job, const MessageSink& messages);
+
+/// Writes the output of a transformation, creating the folders above it. The file changes as a whole, or on
+/// failure not at all; false then.
+bool WriteOutput(const NativePath& path, std::string_view output);
 
 }  // namespace ventrix::desk

@@ -18,7 +18,7 @@ class DispatcherClient : public FolderFixture {
               "<public publicId='-//OASIS//DTD DocBook XML V4.4//EN' uri='dtds/db44.dtd'/>"
               "<public publicId='-//OASIS//DTD DITA Task//EN' uri='dtds/absent.dtd'/>"
               "<system systemId='http://acme.example/machine.dtd' uri='dtds/acme.dtd'/></catalog>");
-        client_ = MakeDispatcherClient({.catalog = Native("catalog.xml")});
+        client_ = MakeDispatcherClient({.catalog = {Native("catalog.xml")}});
     }
     /// The one text of the answer, or how many values there are.
     std::string Ask(const std::string& command) {
@@ -71,7 +71,7 @@ TEST_F(DispatcherClient, RefusesWhatItDoesNotKnow) {
     EXPECT_EQ(client_("StructAppInfo -appName -info DTDPath", {}).status, 1);
     EXPECT_EQ(client_("", {}).status, 1);
     EXPECT_TRUE(
-        MakeDispatcherClient({.catalog = Native("absent.xml")})("ChooseAppForFile x", {}).values.empty());
+        MakeDispatcherClient({.catalog = {Native("absent.xml")}})("ChooseAppForFile x", {}).values.empty());
 }
 
 }  // namespace

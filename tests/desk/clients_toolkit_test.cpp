@@ -10,7 +10,7 @@ namespace {
 class ToolkitClient : public DitaClient {
   protected:
     static bool Installed() {
-        return std::filesystem::exists("/usr/share/dita-ot/build.xml") && !FindProgram("ant").empty();
+        return std::filesystem::exists("/usr/share/dita-ot/build.xml") && !FindProgram("ant").Empty();
     }
 };
 
@@ -36,7 +36,7 @@ TEST_F(ToolkitClient, PublishesFromAndToFoldersWithBlanksAndUmlauts) {
 }
 
 TEST_F(ToolkitClient, TellsWhyARunFailed) {
-    if (FindProgram("ant").empty()) {
+    if (FindProgram("ant").Empty()) {
         GTEST_SKIP() << "the package ant is not installed";
     }
     Write("t.dita", "<topic id='t'><title>T</title></topic>");

@@ -10,12 +10,13 @@ class DocumentLister : public FolderFixture {
   protected:
     /// The list with the test's folder cut off, a graphic with a star in front, one entry a line.
     std::string Listed(const std::string& name) {
-        files_ = ListDocumentFiles(Native(name));
-        const std::string base = System() + '\\';
+        files_ = ListDocumentFiles({Native(name)});
+        const std::string base = Native() + '/';
         std::string text;
         for (const DocumentFile& file : files_.files) {
             text += file.key == "graphicsType" ? "*" : "";
-            text += file.path.starts_with(base) ? file.path.substr(base.size()) : file.path;
+            const std::string& path = file.path.utf8;
+            text += path.starts_with(base) ? path.substr(base.size()) : path + file.url;
             text += "\n";
         }
         return text;
@@ -58,7 +59,7 @@ TEST_F(DocumentLister, ListsOneDocumentsReferences) {
          "<!DOCTYPE book [<!ENTITY one SYSTEM 'one.xml'><!NOTATION png SYSTEM 'png'>"
          "<!ENTITY pic SYSTEM 'pic.dat' NDATA png><!ENTITY dir 'sub'>]>"
          "<book>&one;<graphic entityref='pic'/><a href='&dir;/x.xml'/></book>",
-         "one.xml\n*pic.dat\nsub\\x.xml\n"},
+         "one.xml\n*pic.dat\nsub/x.xml\n"},
         {"undefined entities",
          "<!DOCTYPE topic PUBLIC '-//X//DTD none//EN' 'none.dtd'>"
          "<topic>&nbsp;<p a='&product;'><image href='i.png'/></p></topic>",
@@ -90,9 +91,8 @@ TEST_F(DocumentLister, FollowsMapsTopicsAndIncludesInPlace) {
     Write("t/b.pdf", "%PDF");
     Write("i/p.svg", "<svg xmlns:xlink='http://www.w3.org/1999/xlink'><image xlink:href='inner.png'/></svg>");
     EXPECT_EQ(Listed("maps/g.ditamap"),
-              "maps\\g.ditamap\nt\\a.dita\n*i\\p.svg\nt\\lib.xml\n*t\\lib.png\nmaps\\s.ditamap\nt\\b."
-              "dita\nt\\b.pdf\n"
-              "maps\\notes.html\nt\\z.dita\n");
+              "maps/g.ditamap\nt/a.dita\n*i/p.svg\nt/lib.xml\n*t/lib.png\nmaps/s.ditamap\nt/b.dita\nt/b.pdf\n"
+              "maps/notes.html\nt/z.dita\n");
     EXPECT_TRUE(files_.dita);
 }
 
@@ -100,7 +100,7 @@ TEST_F(DocumentLister, EndsOnRingsAndEndlessNames) {
     Write("a.dita", "<topic><xref href='a.dita'/><xref href='b.dita'/></topic>");
     Write("b.dita", "<topic><xref href='a.dita#x'/><xref href='loop/b.dita'/></topic>");
     std::filesystem::create_directory_symlink(".", Native("loop"));
-    EXPECT_EQ(Listed("a.dita"), "a.dita\nb.dita\nloop\\b.dita\n");
+    EXPECT_EQ(Listed("a.dita"), "a.dita\nb.dita\nloop/b.dita\n");
 }
 
 TEST_F(DocumentLister, FollowsALongChain) {
@@ -116,7 +116,7 @@ TEST_F(DocumentLister, FollowsALongChain) {
 TEST_F(DocumentLister, ReadsTheDtdWhereAnEntityNeedsIt) {
     Write("e.dtd", "<!ENTITY pics 'pictures'>");
     Write("d.xml", "<!DOCTYPE topic SYSTEM 'e.dtd'><topic><image href='&pics;/a.png'/></topic>");
-    EXPECT_EQ(Listed("d.xml"), "d.xml\ne.dtd\n*pictures\\a.png\n");
+    EXPECT_EQ(Listed("d.xml"), "d.xml\ne.dtd\n*pictures/a.png\n");
 }
 
 TEST_F(DocumentLister, NamesWhatItLeavesOut) {
@@ -177,7 +177,7 @@ TEST_F(DocumentLister, KnowsDita) {
     };
     for (const auto& row : rows) {
         Write("d.xml", row.content);
-        EXPECT_EQ(ListDocumentFiles(Native("d.xml")).dita, row.dita) << row.content;
+        EXPECT_EQ(ListDocumentFiles({Native("d.xml")}).dita, row.dita) << row.content;
     }
 }
 

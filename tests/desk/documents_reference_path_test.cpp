@@ -40,9 +40,9 @@ TEST(ReferencePath, TellsUrlsFilesAndRemarksApart) {
         {"#frag", "", "", false},
     };
     for (const auto& row : rows) {
-        const ReferenceTarget target = TargetOf(row.reference, "/docs/maps/");
+        const ReferenceTarget target = TargetOf(row.reference, {"/docs/maps/"});
         EXPECT_EQ(target.url, row.url) << row.reference;
-        EXPECT_EQ(target.path, row.path) << row.reference;
+        EXPECT_EQ(target.path.utf8, row.path) << row.reference;
         EXPECT_EQ(!target.remark.empty(), row.remarked) << row.reference;
     }
 }

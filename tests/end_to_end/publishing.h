@@ -24,13 +24,15 @@ class Publishing : public testing::Test {
     std::map<std::string, std::string> Publish(const std::string& toolkit, const std::string& document,
                                                const std::string& options) {
         record_ = {};
-        desk::DeskHost host({.installationFolder = VENTRIX_DATA_FOLDER, .console = {}, .clientCalled = {}});
+        desk::DeskHost host({.installationFolder = *desk::ToSystem({VENTRIX_DATA_FOLDER}),
+                             .console = {},
+                             .clientCalled = {}});
         host.AddClient("QlXSLT", desk::MakeXsltClient(record_));
-        host.AddClient("QlDispatcher", desk::MakeDispatcherClient({.catalog = catalog_}));
-        host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, VENTRIX_DATA_FOLDER}, record_));
-        EXPECT_EQ(host.LoadModule(VENTRIX_MODULE), "");
+        host.AddClient("QlDispatcher", desk::MakeDispatcherClient({.catalog = {catalog_}}));
+        host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, {VENTRIX_DATA_FOLDER}}, record_));
+        EXPECT_EQ(host.LoadModule({VENTRIX_MODULE}), "");
         const auto id =
-            host.AddDocument(document, desk::ListDocumentFiles(drives_.Native(document).string()));
+            host.AddDocument({document}, desk::ListDocumentFiles({drives_.Native(document).string()}));
         const std::string arguments = " -docId " + std::to_string(id) + R"( -logFile C:\log.txt )";
         host.CallModule("Validate" + arguments);
         const auto reply = host.CallModule("Publish" + arguments + R"(-outputFolder C:\out\ )" + options);

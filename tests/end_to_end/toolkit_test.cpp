@@ -28,7 +28,7 @@ Texts TagsOfParagraphs(const std::string& page) {
 }
 
 TEST_F(ForeignTransformation, OurStylesheetAndTheToolkitTagTheSameParagraphs) {
-    if (!fs::exists("/usr/share/dita-ot/build.xml") || desk::FindProgram("ant").empty()) {
+    if (!fs::exists("/usr/share/dita-ot/build.xml") || desk::FindProgram("ant").Empty()) {
         GTEST_SKIP() << "the package dita-ot or ant is not installed";
     }
     CopyExamples();
