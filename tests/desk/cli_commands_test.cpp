@@ -298,7 +298,7 @@ TEST_F(CommandLine, PublishTellsFindings) {
          "pages that still hold marker text: 1, the first " + folder.Native("elsewhere.html")},
         {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "result: ", "the transformation failed: "},
         {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6,
-         "result: ", "none holds no DITA Open Toolkit"},
+         "result: ", "none contains no DITA Open Toolkit"},
         {publish({"-o", "o6", "--post-script", "script"}), 0, "pages:     0", "said by a script"},
         {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 4, "",
          "the log cannot be written: " + folder.Native("none/log.txt")},
