@@ -38,7 +38,8 @@ TEST(Doctype, TruncatedDocumentsAreHandled) {
     const std::string text =
         "<?xml version='1.0'?><!--c--><!DOCTYPE r PUBLIC \"p\" 's' [<!ENTITY e 'v'>]><r/>";
     for (std::size_t length = 0; length <= text.size(); ++length) {
-        WithSystemId(text.substr(0, length), "NEW");
+        const auto changed = WithSystemId(text.substr(0, length), "NEW");
+        EXPECT_EQ(changed.has_value(), changed.value_or("").find("\"NEW\"") != std::string::npos) << length;
     }
 }
 

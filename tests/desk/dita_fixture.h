@@ -13,9 +13,7 @@ class DitaClient : public FolderFixture {
     std::int32_t Run(const std::string& document, const std::string& ditaval = {}) {
         record_ = {};
         HostServices host;
-        host.documentPath = [this, &document](std::uint32_t id) {
-            return SystemPath{id == 7 ? System(document) : ""};
-        };
+        host.documentPath = [&](std::uint32_t id) { return SystemPath{id == 7 ? System(document) : ""}; };
         const std::string filter = ditaval.empty() ? "" : " -filter \"" + System(ditaval) + "\"";
         return MakeDitaOtClient({.toolkit = toolkit_, .dataFolder = {VENTRIX_DATA_FOLDER}}, record_)(
                    "Save -docId 7 -transtype xhtml" + filter + " -outFilePath \"" + System("out/") + "\"",

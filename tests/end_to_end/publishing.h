@@ -24,9 +24,7 @@ class Publishing : public testing::Test {
     std::map<std::string, std::string> Publish(const std::string& toolkit, const std::string& document,
                                                const std::string& options) {
         record_ = {};
-        desk::DeskHost host({.installationFolder = *desk::ToSystem({VENTRIX_DATA_FOLDER}),
-                             .console = {},
-                             .clientCalled = {}});
+        desk::DeskHost host({*desk::ToSystem({VENTRIX_DATA_FOLDER}), false, {}, {}});
         host.AddClient("QlXSLT", desk::MakeXsltClient(record_));
         host.AddClient("QlDispatcher", desk::MakeDispatcherClient({.catalog = {catalog_}}));
         host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, {VENTRIX_DATA_FOLDER}}, record_));
