@@ -10,7 +10,7 @@ struct Word {
     bool quoted = false;
 };
 
-/// Takes one word off the front; what is left begins with a blank or a word.
+/// Removes the first word from the command, which must not start with a space.
 Word TakeWord(std::string_view& text) {
     Word word{.text = {}, .quoted = text.front() == '"'};
     if (word.quoted) {

@@ -24,23 +24,23 @@ NativePath ExistingFile(const NativePath& path) {
 }
 
 /// The file that a catalog's answer names; empty if there is no answer or the file is missing.
-NativePath FileOf(const XmlText& uri) {
+NativePath FileOf(const XmlString& uri) {
     return uri == nullptr ? NativePath{} : ExistingFile(TargetOf(View(uri.get()), {"/"}).path);
 }
 
-/// The DTD under a public or system id: the user's catalog first, then the machine's own.
+/// The DTD with this public or system id: from the user's catalog, else from the machine's own.
 NativePath Resolve(const Catalog& catalog, const std::string& id) {
     if (catalog != nullptr) {
         for (xmlChar* uri : {xmlACatalogResolvePublic(catalog.get(), Xml(id.c_str())),
                              xmlACatalogResolveSystem(catalog.get(), Xml(id.c_str()))}) {
-            const XmlText owner(uri);
+            const XmlString owner(uri);
             if (NativePath file = FileOf(owner); !file.Empty()) {
                 return file;
             }
         }
     }
-    const NativePath file = FileOf(XmlText(xmlCatalogResolvePublic(Xml(id.c_str()))));
-    return file.Empty() ? FileOf(XmlText(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
+    const NativePath file = FileOf(XmlString(xmlCatalogResolvePublic(Xml(id.c_str()))));
+    return file.Empty() ? FileOf(XmlString(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
 }
 
 DocumentType TypeOf(const NativePath& path) {
@@ -57,7 +57,7 @@ DocumentType TypeOf(const NativePath& path) {
     return type;
 }
 
-/// A DTD that lies where the document says; empty without one.
+/// The DTD in the place that the document's system id names; empty if there is none.
 NativePath LocalDtd(const DocumentType& type, const NativePath& document) {
     return ExistingFile(TargetOf(type.systemId, FolderOf(document)).path);
 }
@@ -71,8 +71,8 @@ NativePath DtdOf(const Catalog& catalog, const std::string& application) {
     return application.starts_with('/') ? ExistingFile({application}) : NativePath{};
 }
 
-/// The second question knows nothing but the name, so a DTD that no catalog knows is named by its path, and
-/// one that the catalogs know by its system id only, by that.
+/// StructAppInfo receives nothing but the name that is returned here. A DTD that is in no catalog is
+/// therefore named by its path, and one that the catalogs list by system id only is named by that.
 std::string ChooseApplication(const Catalog& catalog, const SystemPath& path) {
     const NativePath document = ToNative(path);
     const DocumentType type = TypeOf(document);
@@ -119,7 +119,7 @@ Client MakeDispatcherClient(DispatcherSettings settings) {
     Catalog catalog;
     if (!settings.catalog.Empty()) {
         catalog = Catalog(xmlLoadACatalog(settings.catalog.utf8.c_str()), FreeCatalog());
-        // The parsers that load a document's DTD ask the process's catalogs only.
+        // A parser that loads a document's DTD asks only the catalogs of the process.
         xmlLoadCatalog(settings.catalog.utf8.c_str());
     }
     return

@@ -33,10 +33,10 @@ std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& comm
     const NativePath document = DocumentOf(OptionOf(command, "-docId"), host);
     const NativePath output = PathOptionOf(command, "-outFilePath");
     if (document.Empty() || output.Empty()) {
-        return "Dita OT needs an open document and -outFilePath";
+        return "the command of Dita OT needs -docId with an open document, and -outFilePath";
     }
     if (const std::string type = OptionOf(command, "-transtype"); type != "xhtml") {
-        return "Dita OT makes xhtml only, not \"" + type + "\"";
+        return "unknown -transtype \"" + type + "\" in the command of Dita OT (expected xhtml)";
     }
     const std::string folder = NormalPath(output).utf8 + "/";
     const NativePath pages{folder + "xhtml/"};
@@ -44,11 +44,11 @@ std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& comm
     std::filesystem::create_directories(ToFilesystem(pages), error);
     record.logFile = {folder + "buildlog-xhtml.txt"};
     std::filesystem::remove(ToFilesystem(record.logFile), error);
-    // A toolkit appends to the same file.
+    // An installed toolkit appends its own output to the same file while it is open here.
     std::ofstream log(ToFilesystem(record.logFile), std::ios::app);
     if (!log) {
         record.logFile = {};
-        return folder + " cannot be written";
+        return folder + " cannot be written; check its permissions and the free space";
     }
     const DitaRun run{.document = document,
                       .ditaval = PathOptionOf(command, "-filter"),

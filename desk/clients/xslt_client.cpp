@@ -25,10 +25,10 @@ XsltRun RunOf(const std::string& commandText) {
     return run;
 }
 
-/// Empty after a success; else what went wrong, which names the file.
+/// Empty on success; else the reason, which names the file.
 std::string RunStylesheet(XsltRun& run) {
     if (run.source.Empty() || run.stylesheet.Empty() || run.output.Empty()) {
-        return "QlXSLT needs -file, -xslfilepath and -outputfilepath";
+        return "the command of QlXSLT needs -file, -xslfilepath and -outputfilepath";
     }
     const auto because = [&run](const std::string& what) {
         return run.firstMessage.empty() ? what : what + ": " + run.firstMessage;
@@ -52,10 +52,13 @@ std::string RunStylesheet(XsltRun& run) {
     if (result.output.empty()) {
         return because("the stylesheet " + run.stylesheet.utf8 + " wrote nothing for " + run.source.utf8);
     }
-    return WriteOutput(run.output, result.output) ? std::string() : run.output.utf8 + " cannot be written";
+    return WriteOutput(run.output, result.output)
+               ? std::string()
+               : run.output.utf8 + " cannot be written; check its permissions and the free space";
 }
 
-/// The host's own stylesheet repairs a DOCTYPE on the way; that is no transformation that a person asked for.
+/// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. That is not a transformation
+/// which the user asked for, so that it is not recorded.
 void Record(const XsltRun& run, const std::string& reason, TransformationRecord& record) {
     if (ToFilesystem(run.stylesheet).filename() == "Ventrix.xsl") {
         return;

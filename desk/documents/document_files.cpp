@@ -12,22 +12,24 @@
 namespace ventrix::desk {
 namespace {
 
-/// A document whose references are being gone through.
+/// A document whose references are being visited.
 struct Level {
     NativePath folder;
     std::vector<Reference> references;
     std::size_t next = 0;
 };
 
+/// The state of a depth-first walk. The levels are an explicit stack, so that a long chain of files does not
+/// exhaust the call stack. Two sets end the walk: `opened`, so that no path is parsed twice, and `followed`,
+/// because links to folders can give one file any number of paths.
 struct Walk {
     DocumentFiles result;
-    std::vector<Level> levels;  ///< From the document down to where the walk stands.
+    std::vector<Level> levels;  ///< From the document down to the one being visited.
     std::set<NativePath> listed;
     std::unordered_set<std::string> listedUrls;
-    std::set<NativePath> opened;  ///< Paths that were followed, so that no file is opened twice.
+    std::set<NativePath> opened;
     std::unordered_set<std::string> remarked;
-    std::set<std::pair<std::uint64_t, std::uint64_t>>
-        followed;  ///< By identity: links can give a file endless names.
+    std::set<std::pair<std::uint64_t, std::uint64_t>> followed;  ///< Identities.
 };
 
 const char* KeyOf(const Reference& reference) {
@@ -82,6 +84,7 @@ void VisitAll(Walk& walk) {
             walk.levels.pop_back();
             continue;
         }
+        // Visit may add a level, which invalidates `level`.
         const Reference reference = std::move(level.references[level.next++]);
         const NativePath folder = level.folder;
         Visit(walk, reference, folder);

@@ -45,7 +45,7 @@ NativePath AbsolutePath(const NativePath& path);
 /// Where a path leads: links are followed as far as the path exists.
 NativePath RealPath(const NativePath& path);
 
-/// True if `path` is the folder or lies in it. Compares names; pass the results of RealPath.
+/// True if `path` is the folder or is in it. Compares names; pass the results of RealPath.
 bool IsBelowOrEqual(const NativePath& path, const NativePath& folder);
 
 /// An absolute path with ".", ".." and repeated slashes removed by name alone, never going above the root. A
@@ -59,7 +59,7 @@ NativePath FolderOf(const NativePath& absolutePath);
 /// not UTF-8. Empty if it can.
 std::string WhyUnnameable(const NativePath& path);
 
-/// A path as it stands in a URI reference: everything except slashes and unreserved characters
+/// A path as it appears in a URI reference: everything except slashes and unreserved characters
 /// percent-encoded.
 std::string PercentEncoded(std::string_view path);
 

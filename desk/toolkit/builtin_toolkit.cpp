@@ -9,21 +9,24 @@
 #include "desk/toolkit/dita_references.h"
 #include "desk/toolkit/page_layout.h"
 #include "desk/toolkit/page_navigation.h"
-#include "desk/toolkit/page_numbers.h"
 
 namespace ventrix::desk {
 namespace {
 
+/// The state of a run. It goes through three stages. First, the map gives the navigation, the keys and the
+/// topics that wait for a page. Then each waiting topic becomes a page (MakePage); a link to a topic that the
+/// map does not name makes that topic wait too, so the list grows until every topic that can be reached has
+/// its page. Last, the table of contents becomes the index, when it is known which pages exist.
 struct Publication {
     const DitaRun& run;
-    Ditaval rules;
-    Stylesheet stylesheet;
+    const Ditaval& rules;
+    const Stylesheet& stylesheet;
     PageLayout layout;
     Navigation navigation;
     PageNeighbours neighbours;
-    DitaLibrary library;
-    std::deque<NativePath> waiting;  ///< Topics whose pages are still to be made.
-    std::set<NativePath> known;
+    DitaLibrary& library;
+    std::deque<NativePath> waiting;
+    std::set<NativePath> known;  ///< Topics that wait or have their page.
     std::set<NativePath> copied;
     MessageSink warn;
     int pages = 0;
@@ -78,10 +81,10 @@ std::string Anchor(const DitaTarget& target) {
     return "#" + target.topic + (target.element.empty() ? "" : "__" + target.element);
 }
 
-/// A link to a topic leads to its page; a topic that is left out is a link no more.
+/// Makes a link to a topic lead to its page. A link to an excluded topic loses its target.
 void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target,
                  const NativePath& page) {
-    if (publication.library.Texts(target.path).excluded) {
+    if (publication.library.Summary(target.path).excluded) {
         xmlUnsetProp(element, Xml("href"));
         return;
     }
@@ -107,7 +110,7 @@ void RewriteReference(Publication& publication, xmlNode* element, const char* na
     const bool link = HasType(element, "topic/xref") || HasType(element, "topic/link");
     const NativePath output = OutputOf(publication.layout, target->path);
     if (output.Empty()) {
-        publication.warn(target->path.utf8 + ": lies outside of the document's folders");
+        publication.warn(target->path.utf8 + ": is outside the folders of the document and is left out");
     } else if (link && IsTopicFormat(Attribute(element, "format"), target->path)) {
         LinkToTopic(publication, element, *target, page);
     } else {
@@ -126,7 +129,7 @@ void RewriteReferences(Publication& publication, xmlDoc* document, const NativeP
     }
 }
 
-/// The page as text; empty, with an error in the log, if the stylesheet fails.
+/// The serialised page; empty, with an error in the log, if the stylesheet fails.
 std::string Rendered(Publication& publication, xmlDoc* document, const NativePath& source) {
     const TransformJob job{.stylesheet = publication.stylesheet,
                            .document = document,
@@ -135,7 +138,7 @@ std::string Rendered(Publication& publication, xmlDoc* document, const NativePat
                            .parameters = {{"language", publication.navigation.language}}};
     const Transformed result = Transform(job, publication.warn);
     if (!result.done) {
-        Fail(publication, source.utf8 + ": the stylesheet failed");
+        Fail(publication, source.utf8 + ": the stylesheet failed on this topic");
     }
     return result.output;
 }
@@ -145,17 +148,41 @@ void Write(Publication& publication, const NativePath& page, const std::string& 
         return;
     }
     if (!WriteOutput(page, content)) {
-        Fail(publication, page.utf8 + " cannot be written");
+        Fail(publication, page.utf8 + " cannot be written; check its permissions and the free space");
         return;
     }
     ++publication.pages;
     publication.run.log("page " + page.utf8);
 }
 
+struct Counter {
+    const char* type;
+    bool needsTitle;
+    int count = 0;
+};
+
+/// Numbers footnotes, and figures and tables that have a title, in the attribute "page-number". A stylesheet
+/// would have to count the preceding ones again for each.
+void AddPageNumbers(xmlDoc* document) {
+    Counter counters[] = {{"topic/fig", true}, {"topic/table", true}, {"topic/fn", false}};
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        for (Counter& counter : counters) {
+            if (HasType(node, counter.type) &&
+                (!counter.needsTitle || ChildOfType(node, "topic/title") != nullptr)) {
+                xmlSetProp(node, Xml("page-number"), Xml(std::to_string(++counter.count).c_str()));
+            }
+        }
+    }
+}
+
+/// The order matters. Reused content brings key references and links with it; keys and neighbours add links,
+/// which RewriteReferences then directs to pages; page numbers count what is there in the end. Elements get
+/// the names of their base types last, for the stylesheet alone.
 void MakePage(Publication& publication, const NativePath& topic) {
     const NativePath page = PageOf(publication.layout, topic);
     if (page.Empty()) {
-        publication.warn(topic.utf8 + ": lies outside of the document's folders");
+        publication.warn(topic.utf8 + ": is outside the folders of the document and is left out");
         return;
     }
     DitaDocument loaded = LoadDita(topic, publication.rules);
@@ -189,7 +216,7 @@ void MakeIndex(Publication& publication) {
 std::string MakePages(Publication& publication) {
     const DitaDocument document = LoadDita(publication.run.document, publication.rules);
     if (document.document == nullptr) {
-        return document.excluded ? publication.run.document.utf8 + ": the filter leaves nothing of it"
+        return document.excluded ? publication.run.document.utf8 + ": the filter excludes the whole document"
                                  : document.reason;
     }
     const bool isMap = HasType(xmlDocGetRootElement(document.document.get()), "map/map");
@@ -207,7 +234,8 @@ std::string MakePages(Publication& publication) {
         MakePage(publication, topic);
     }
     if (publication.pages == 0 && publication.failure.empty()) {
-        return publication.run.document.utf8 + ": no topic could be turned into a page";
+        return publication.run.document.utf8 +
+               ": none of its topics could be published; see the warnings in the log";
     }
     if (isMap) {
         MakeIndex(publication);
@@ -227,17 +255,18 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
         }
         rules = std::move(*read);
     }
-    Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);
+    const Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);
     if (stylesheet == nullptr) {
-        return "the stylesheet " + stylesheetPath.utf8 + " is missing or faulty";
+        return "the stylesheet " + stylesheetPath.utf8 + " is missing or has an error";
     }
+    DitaLibrary library(rules);
     Publication publication{.run = run,
-                            .rules = std::move(rules),
-                            .stylesheet = std::move(stylesheet),
+                            .rules = rules,
+                            .stylesheet = stylesheet,
                             .layout = LayoutOf(run.document, run.pages),
                             .navigation = {},
                             .neighbours = {},
-                            .library = DitaLibrary(publication.rules),
+                            .library = library,
                             .waiting = {},
                             .known = {},
                             .copied = {},

@@ -36,20 +36,16 @@ void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path) {
     }
 }
 
-bool HasTopic(const xmlNode* node) {
-    return HasType(node, "topic/topic");
-}
-
 xmlNode* FindTopic(xmlNode* root, const std::string& id) {
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
-        if (HasTopic(node) && (id.empty() || Attribute(node, "id") == id)) {
+        if (HasType(node, "topic/topic") && (id.empty() || Attribute(node, "id") == id)) {
             return node;
         }
     }
     return nullptr;
 }
 
-/// An element of this topic, not of one that is nested in it.
+/// The first element with the id below the topic.
 xmlNode* FindElement(xmlNode* topic, const std::string& id) {
     for (xmlNode* node = NextNode(topic, topic); node != nullptr; node = NextNode(node, topic)) {
         if (node->type == XML_ELEMENT_NODE && Attribute(node, "id") == id) {
@@ -64,6 +60,8 @@ xmlNode* FindElement(xmlNode* topic, const std::string& id) {
 DitaDocument LoadDita(const NativePath& path, const Ditaval& rules) {
     DitaDocument result;
     LenientDocument loaded = LoadLeniently(path, LoadFor::kDita);
+    // Only the DTD knows the classes of a specialisation. It is large, so that it is read only for an unknown
+    // name.
     if (loaded.wellFormed && !AddMissingClasses(loaded.document.get())) {
         loaded = LoadLeniently(path, LoadFor::kStylesheet);
         AddMissingClasses(loaded.document.get());
@@ -125,7 +123,7 @@ xmlNode* ChildOfType(const xmlNode* parent, std::string_view type) {
 }
 
 std::string TextOf(const xmlNode* node) {
-    const XmlText text(node == nullptr ? nullptr : xmlNodeGetContent(node));
+    const XmlString text(node == nullptr ? nullptr : xmlNodeGetContent(node));
     return std::string(View(text.get()));
 }
 

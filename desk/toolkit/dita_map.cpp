@@ -13,10 +13,10 @@ struct MapReader {
     const Ditaval& rules;
     const MessageSink& warnings;
     Navigation navigation;
-    std::vector<NativePath> openMaps;  ///< From the root map down, to end on rings.
+    std::vector<NativePath> openMaps;  ///< From the root map down, to detect maps that contain themselves.
 };
 
-/// What topicrefs hand down to the topicrefs inside them.
+/// What topicrefs pass on to the topicrefs in them.
 struct Inherited {
     std::string scope;
     std::string format;
@@ -85,6 +85,7 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
     const auto target = DitaTargetOf(item.href);
     if (target.has_value() &&
         (inherited.format == "ditamap" || (inherited.format.empty() && EndsWithMap(item.href)))) {
+        // The format describes the submap, not the topics in it.
         Inherited inside = inherited;
         inside.format.clear();
         ReadMap(reader, target->path, inside, items);
@@ -95,6 +96,7 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
     item.page =
         target.has_value() && !inherited.resourceOnly && IsTopicFormat(inherited.format, target->path);
     ReadTopicrefs(reader, topicref, inherited, item.children);
+    // A group without a title does not add a level to the navigation.
     if (item.href.empty() && item.title.empty()) {
         std::move(item.children.begin(), item.children.end(), std::back_inserter(items));
     } else {
@@ -102,7 +104,7 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
     }
 }
 
-/// The topics of relationship tables get pages, but stand in no table of contents.
+/// The topics of relationship tables get pages, but do not appear in the table of contents.
 void ReadRelationshipTable(MapReader& reader, xmlNode* table, Inherited inherited,
                            std::vector<NavigationItem>& items) {
     inherited.shown = false;
@@ -132,7 +134,7 @@ std::string MapTitle(const xmlNode* root) {
 }
 
 std::string LanguageOf(const xmlNode* root) {
-    const XmlText language(xmlNodeGetLang(root));
+    const XmlString language(xmlNodeGetLang(root));
     return std::string(View(language.get()));
 }
 
@@ -140,7 +142,7 @@ void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherit
              std::vector<NavigationItem>& items) {
     auto& open = reader.openMaps;
     if (std::find(open.begin(), open.end(), path) != open.end()) {
-        reader.warnings(path.utf8 + ": the map is a part of itself");
+        reader.warnings(path.utf8 + ": the map contains itself; remove the reference to it");
         return;
     }
     const DitaDocument map = LoadDita(path, reader.rules);

@@ -12,15 +12,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A toolkit as it was found: how to start it, or why it cannot be.
+/// How to start a toolkit, or why that is not possible.
 struct Toolkit {
-    NativePath command;  ///< The `dita` command; empty for one that Ant runs.
+    NativePath command;  ///< The `dita` command; empty if Ant runs the toolkit.
     NativePath ant;      ///< The `ant` command.
-    NativePath folder;   ///< Of the build file.
+    NativePath folder;   ///< Contains the build file.
     std::string reason;
 };
 
-/// A folder of its own for the toolkit's work, gone at the end.
+/// A temporary folder for the toolkit's work, removed at the end.
 class WorkFolder {
   public:
     WorkFolder() {
@@ -60,7 +60,7 @@ Toolkit ToolkitIn(const NativePath& folder) {
     if (HasBuildFile(folder)) {
         return AntToolkit(folder);
     }
-    toolkit.reason = folder.utf8 + " holds no DITA Open Toolkit: neither bin/dita nor build.xml is there";
+    toolkit.reason = folder.utf8 + " contains no DITA Open Toolkit (neither bin/dita nor build.xml)";
     return toolkit;
 }
 
@@ -78,15 +78,15 @@ Toolkit FindToolkit(const std::string& name) {
         return AntToolkit(debianFolder);
     }
     toolkit.reason =
-        "no DITA Open Toolkit is installed; install the packages dita-ot, ant and libxalan2-java, or name "
-        "its folder";
+        "no DITA Open Toolkit is installed; install the packages dita-ot, ant and libxalan2-java, or "
+        "name a toolkit's folder";
     return toolkit;
 }
 
-/// Xalan's serialiser tests whether an encoding has a character half by half, and writes each half of a
-/// character beyond the basic plane as a reference that no parser takes. It reads its encodings from this
-/// resource; with UTF-16 in UTF-8's place, the test holds for every half, and the text is still written in
-/// UTF-8.
+/// Works around a failure in Xalan's serialiser. It asks for each half of a surrogate pair whether the
+/// encoding contains it, and if not, writes each half as a character reference, which no parser accepts. The
+/// list of encodings is a resource on the class path. In this one, the entry for UTF-8 has the Java name
+/// UTF-16, which contains every half; the output is still written in UTF-8.
 void WriteEncodings(const NativePath& classes) {
     const fs::path package = ToFilesystem(classes) / "org/apache/xml/serializer";
     fs::create_directories(package);
@@ -131,7 +131,7 @@ std::vector<std::string> DitaArguments(const Toolkit& toolkit, const DitaRun& ru
     return arguments;
 }
 
-/// Hands the pages over and counts them.
+/// Copies the output to its place and counts the pages.
 int MoveOutput(const NativePath& from, const NativePath& to, std::string& reason) {
     std::error_code error;
     int pages = 0;
@@ -148,35 +148,36 @@ int MoveOutput(const NativePath& from, const NativePath& to, std::string& reason
     return pages;
 }
 
-/// The line in which the toolkit tells what went wrong; empty if none does.
-std::string FaultIn(const NativePath& logFile) {
+/// The line of the log that describes the failure: the last one after "BUILD FAILED", or else the first error
+/// message. Empty if there is none.
+std::string FailureIn(const NativePath& logFile) {
     std::ifstream log(ToFilesystem(logFile));
-    std::string fault;
+    std::string failure;
     bool failed = false;
     for (std::string line; std::getline(log, line);) {
         failed = failed || line.starts_with("BUILD FAILED");
-        const bool tells = failed
-                               ? !line.empty() && !line.starts_with("Total time")
-                               : line.find("[FATAL]") != std::string::npos ||
-                                     line.find("[ERROR]") != std::string::npos || line.starts_with("Error:");
-        if (tells && (failed || fault.empty())) {
-            fault = line;
+        const bool describes = failed ? !line.empty() && !line.starts_with("Total time")
+                                      : line.find("[FATAL]") != std::string::npos ||
+                                            line.find("[ERROR]") != std::string::npos ||
+                                            line.starts_with("Error:");
+        if (describes && (failed || failure.empty())) {
+            failure = line;
         }
     }
-    return fault.substr(std::min(fault.find_first_not_of(' '), fault.size()));
+    return failure.substr(std::min(failure.find_first_not_of(' '), failure.size()));
 }
 
 std::string Outcome(std::optional<int> status, int pages, const std::string& program,
                     const NativePath& logFile) {
     if (!status.has_value()) {
-        return program + " cannot be started";
+        return program + " cannot be started; check that it is executable";
     }
-    const std::string fault = FaultIn(logFile);
+    const std::string failure = FailureIn(logFile);
     if (*status != 0) {
         return "the DITA Open Toolkit failed with exit status " + std::to_string(*status) +
-               (fault.empty() ? "" : ": " + fault);
+               (failure.empty() ? "" : ": " + failure);
     }
-    return pages == 0 ? "the DITA Open Toolkit wrote no page" + (fault.empty() ? "" : ": " + fault)
+    return pages == 0 ? "the DITA Open Toolkit wrote no page" + (failure.empty() ? "" : ": " + failure)
                       : std::string();
 }
 
@@ -190,12 +191,12 @@ std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitNa
     }
     const WorkFolder work;
     if (!work.Exists()) {
-        return "no folder for the toolkit's work can be made in " + fs::temp_directory_path().string();
+        return "no temporary folder for the toolkit can be created in " + fs::temp_directory_path().string();
     }
     const bool ant = toolkit.command.Empty();
     std::vector<std::string> arguments =
         ant ? AntArguments(toolkit, run, work) : DitaArguments(toolkit, run, work);
-    // Topics beside or above the map's folder then stay inside of the output, in the folders that they have.
+    // With these, topics outside the map's folder are published in the corresponding folders of the output.
     arguments.insert(arguments.end(), {"-Dgenerate.copy.outer=3", "-Douter.control=quiet"});
     run.log("toolkit " + (ant ? toolkit.folder : toolkit.command).utf8);
     const std::optional<int> status = RunProgram(arguments, logFile);

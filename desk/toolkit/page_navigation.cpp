@@ -38,8 +38,8 @@ xmlNode* RelatedLinks(xmlNode* topic) {
 
 void AddLink(xmlNode* links, const std::string& href, const char* role, DitaLibrary& library) {
     const auto target = DitaTargetOf(href);
-    const TopicTexts& texts = library.Texts(target->path);
-    if (texts.excluded || texts.title.empty()) {
+    const TopicSummary& summary = library.Summary(target->path);
+    if (summary.excluded || summary.title.empty()) {
         return;
     }
     xmlNode* link = xmlNewChild(links, nullptr, Xml("link"), nullptr);
@@ -47,9 +47,9 @@ void AddLink(xmlNode* links, const std::string& href, const char* role, DitaLibr
     xmlNewProp(link, Xml("role"), Xml(role));
     xmlNewProp(link, Xml("href"), Xml(href.c_str()));
     xmlNewProp(link, Xml("format"), Xml("dita"));
-    if (!texts.shortDescription.empty() && std::string_view(role) == "child") {
+    if (!summary.shortDescription.empty() && std::string_view(role) == "child") {
         xmlNode* description =
-            xmlNewTextChild(link, nullptr, Xml("desc"), Xml(texts.shortDescription.c_str()));
+            xmlNewTextChild(link, nullptr, Xml("desc"), Xml(summary.shortDescription.c_str()));
         xmlNewProp(description, Xml("class"), Xml("- topic/desc "));
     }
 }
@@ -60,7 +60,7 @@ struct ContentsWriter {
     DitaLibrary& library;
 };
 
-/// What an item shows and leads to; both empty for an item that the publication does not hold.
+/// The title and the reference of an item; both empty if the publication does not contain it.
 std::pair<std::string, std::string> TitleAndReference(const ContentsWriter& writer,
                                                       const NavigationItem& item) {
     const auto target = DitaTargetOf(item.href);

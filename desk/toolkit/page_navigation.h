@@ -1,5 +1,5 @@
-// Navigation as documents for the stylesheet: the table of contents, and a topic's links to its neighbours in
-// the map.
+// Navigation as input of the stylesheet: the table of contents as a document, and links from a topic to its
+// parent and children in the map as elements of the topic.
 #pragma once
 
 #include <map>
@@ -17,19 +17,19 @@ struct Neighbours {
     std::vector<std::string> children;  ///< Absolute references, in order.
 };
 
-/// By the topic's path; of a topic that stands in the map twice, the first place counts.
+/// By the topic's path; if the map refers to a topic twice, the first place counts.
 using PageNeighbours = std::map<NativePath, Neighbours>;
 
 PageNeighbours NeighboursIn(const Navigation& navigation);
 
-/// Adds links with the roles "parent" and "child" to the first topic's related links, whose references are
-/// absolute.
+/// Adds absolute links with the roles "parent" and "child" to the related links of the document's first
+/// topic.
 void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const NativePath& topic,
                    DitaLibrary& library);
 
 /// `<contents title="..." language="..."><item href="..." title="..."><item .../></item></contents>`, with
-/// references from the page that will hold it. A topic that cannot be read, or is excluded, is no item; what
-/// is inside it is.
+/// references relative to the page that will contain it. A topic that cannot be read or is excluded gets no
+/// item; its children take its place.
 XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const NativePath& page,
                              DitaLibrary& library);
 

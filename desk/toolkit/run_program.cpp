@@ -6,7 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
+
+#include "platform/process.h"
 
 namespace ventrix::desk {
 namespace {
@@ -23,11 +24,11 @@ std::vector<std::string> EnvironmentInUtf8() {
     return environment;
 }
 
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
+std::vector<char*> Pointers(std::vector<std::string>& strings) {
     std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
+    pointers.reserve(strings.size() + 1);
+    for (std::string& string : strings) {
+        pointers.push_back(string.data());
     }
     pointers.push_back(nullptr);
     return pointers;
@@ -46,17 +47,7 @@ NativePath FindProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
         return access(name.c_str(), X_OK) == 0 ? NativePath{name} : NativePath{};
     }
-    const char* variable = std::getenv("PATH");
-    const std::string path = variable == nullptr ? "/usr/bin:/bin" : variable;
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const std::size_t end = std::min(path.find(':', begin), path.size());
-        std::string candidate = path.substr(begin, end - begin) + "/" + name;
-        if (end > begin && access(candidate.c_str(), X_OK) == 0) {
-            return {candidate};
-        }
-        begin = end + 1;
-    }
-    return {};
+    return {platform::FindInPath(name)};
 }
 
 std::optional<int> RunProgram(const std::vector<std::string>& arguments, const NativePath& outputFile) {

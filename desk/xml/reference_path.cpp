@@ -14,8 +14,7 @@ int HexDigit(char c) {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-/// A "%" that is no escape stays: such names are found in the field, and no other reading of them makes
-/// sense.
+/// A "%" that does not start an escape is kept: authors write names like "100%.dita" without escaping them.
 std::string PercentDecoded(std::string_view text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -31,7 +30,7 @@ std::string PercentDecoded(std::string_view text) {
     return decoded;
 }
 
-/// The length of the scheme with its colon; 0 without one. One letter is a drive, not a scheme.
+/// The length of the scheme with its colon; 0 if there is none. A single letter is a drive, not a scheme.
 std::size_t SchemeLength(std::string_view text) {
     const std::size_t colon = text.find(':');
     if (colon == std::string_view::npos || colon < 2 ||
@@ -62,7 +61,8 @@ NativePath DrivePath(std::string path) {
     return ToNative(SystemPath{path});
 }
 
-/// What stands behind "file:", as a path: "///a", "//localhost/a" and "/a" are one file.
+/// The path in what follows "file:". "///a", "//localhost/a" and "/a" name the same file, and the slash
+/// before a drive ("/C:/a") is dropped.
 std::string_view FileUrlPath(std::string_view rest) {
     for (const std::string_view host : {"//localhost/", "///"}) {
         if (rest.starts_with(host)) {
@@ -102,7 +102,7 @@ ReferenceTarget TargetOf(std::string_view reference, const NativePath& folder) {
     if (name == "file:") {
         return FileTarget(FileUrlPath(text.substr(scheme)), folder);
     }
-    // The module knows only these as web addresses; it would report any other as a broken link.
+    // The module recognises only these as web addresses and would report any other as a broken link.
     return name == "http:" || name == "https:" ? ReferenceTarget{.url = std::string(reference)}
                                                : ReferenceTarget{};
 }

@@ -23,12 +23,13 @@ struct FreeTransform {
     void operator()(xsltTransformContext* context) const { xsltFreeTransformContext(context); }
 };
 
-/// What a run has beside its tree; the extension element finds it through the context.
+/// What the extension element needs to know and leaves behind; it finds this through the context.
 struct RunState {
     NativePath sourcePath;
     std::optional<std::string> copiedText;
 };
 
+/// xsltTransformError alone reports the error but lets the transformation go on.
 void FailTransform(xsltTransformContext* context, xmlNode* instruction, const std::string& reason) {
     xsltTransformError(context, nullptr, instruction, "%s\n", reason.c_str());
     context->state = XSLT_STATE_STOPPED;
@@ -61,7 +62,7 @@ std::string Serialised(const Stylesheet& stylesheet, xmlDoc* tree) {
     xmlChar* bytes = nullptr;
     int length = 0;
     xsltSaveResultToString(&bytes, &length, tree, stylesheet.get());
-    const XmlText owner(bytes);
+    const XmlString owner(bytes);
     return bytes == nullptr
                ? std::string()
                : std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
