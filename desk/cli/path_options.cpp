@@ -17,7 +17,7 @@ SystemPath RequireSystemPath(const NativePath& path) {
     }
     const auto system = ToSystem(absolute);
     if (!system) {
-        throw Stop{kExitUsage, path.utf8 + ": is not on a mapped drive; map one with --drive"};
+        throw Stop{kExitUsage, path.utf8 + " is not on a mapped drive; map one with --drive"};
     }
     return *system;
 }
