@@ -31,10 +31,9 @@ NativePath FileOf(const XmlString& uri) {
 /// The DTD with this public or system id: from the user's catalog, else from the machine's own.
 NativePath Resolve(const Catalog& catalog, const std::string& id) {
     if (catalog != nullptr) {
-        for (xmlChar* uri : {xmlACatalogResolvePublic(catalog.get(), Xml(id.c_str())),
-                             xmlACatalogResolveSystem(catalog.get(), Xml(id.c_str()))}) {
-            const XmlString owner(uri);
-            if (NativePath file = FileOf(owner); !file.Empty()) {
+        for (auto* resolve : {xmlACatalogResolvePublic, xmlACatalogResolveSystem}) {
+            const XmlString uri(resolve(catalog.get(), Xml(id.c_str())));
+            if (NativePath file = FileOf(uri); !file.Empty()) {
                 return file;
             }
         }
