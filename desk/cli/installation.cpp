@@ -11,9 +11,9 @@ Installation FindInstallation() {
     const fs::path bin = fs::read_symlink("/proc/self/exe", error).parent_path();
     const fs::path share = bin.parent_path() / "share" / "ventrix";
     if (fs::is_directory(share, error)) {
-        return {(bin.parent_path() / "lib" / "ventrix" / "Ventrix.so").string(), share.string()};
+        return {FromFilesystem(bin.parent_path() / "lib" / "ventrix" / "Ventrix.so"), FromFilesystem(share)};
     }
-    return {(bin.parent_path() / "src" / "Ventrix.so").string(), (bin / "installation").string()};
+    return {FromFilesystem(bin.parent_path() / "src" / "Ventrix.so"), FromFilesystem(bin / "installation")};
 }
 
 }  // namespace ventrix::desk

@@ -1,13 +1,13 @@
-// Locates the files that are installed with the program. Paths are native.
+// Locates the files that are installed with the program.
 #pragma once
 
-#include <string>
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
 struct Installation {
-    std::string module;  ///< Ventrix.so.
-    std::string folder;  ///< Contains Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
+    NativePath module;  ///< Ventrix.so.
+    NativePath folder;  ///< Contains Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
 };
 
 /// Returns the locations relative to the running program: `../lib/ventrix` and `../share/ventrix` if the

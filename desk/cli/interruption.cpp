@@ -30,7 +30,7 @@ void WatchInterruptions() {
     std::signal(SIGHUP, EndInterrupted);
 }
 
-InterruptionMark::InterruptionMark(std::string fileName) : fileName_(std::move(fileName)) {
+InterruptionMark::InterruptionMark(const NativePath& file) : fileName_(file.utf8) {
     markName = fileName_.c_str();
 }
 

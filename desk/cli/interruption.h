@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
 /// Installs the signal handlers. Call once, at start.
@@ -13,7 +15,7 @@ void WatchInterruptions();
 /// During its lifetime, an interruption creates this file before the program exits. One instance at a time.
 class InterruptionMark {
   public:
-    explicit InterruptionMark(std::string fileName);
+    explicit InterruptionMark(const NativePath& file);
     ~InterruptionMark();
     InterruptionMark(const InterruptionMark&) = delete;
     InterruptionMark& operator=(const InterruptionMark&) = delete;

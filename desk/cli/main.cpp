@@ -55,8 +55,8 @@ extern "C" void RecordReaderGone(int) {
     readerGone = 1;
 }
 
-/// A closed pipe is no error, since a reader such as `head` stops when it has read enough. Any other write
-/// error means that output was lost.
+/// A closed pipe is not an error, since a reader such as `head` stops when it has read enough. Any other
+/// write error means that output was lost.
 int Finish(int status) {
     std::cout.flush();
     if (std::cout || readerGone == 1) {

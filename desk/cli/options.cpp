@@ -82,15 +82,13 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
     command.add_option("--out-file", publish.outFile, "Output path of the transformation")->type_name("PATH");
     AddNames(command, "--attributes", publish.attributes, "Attributes to preserve");
     AddNames(command, "--elements", publish.elements, "Inline elements to preserve, with their markup");
-    AddNames(
-        command, "--scoped-attributes", publish.scopedAttributes,
-        "Groups of four names A,B,C,D: attribute B of element A becomes attribute D of the enclosing HTML "
-        "element C");
+    AddNames(command, "--scoped-attributes", publish.scopedAttributes,
+             "Groups A,B,C,D: attribute B of element A becomes attribute D of the enclosing HTML element C");
     command
         .add_option("--target-attr", publish.targetAttr,
                     "Tags attribute: HTML attribute for preserved values (default: data-twtags)")
         ->type_name("NAME");
-    command.add_flag("--xpath", publish.xpath, "Add the XPath of the source element to every text node");
+    command.add_flag("--xpath", publish.xpath, "Record the XPath of the source element on every text node");
     command
         .add_option("--xpath-attr", publish.xpathAttr,
                     "HTML attribute for XPaths (default: the tags attribute)")
@@ -151,23 +149,27 @@ bool ReadOptions(int argc, char** argv, Options& options) {
     app.set_help_flag("--help,-h", "Print this help and exit");
     app.require_subcommand(1);
     app.footer(kFooter);
+    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     auto* publish = app.add_subcommand("publish", "Publish a document as a folder of HTML pages");
     auto* validate = app.add_subcommand("validate", "Check whether a document can be published");
     auto* request =
         app.add_subcommand("request", "Send a request to the module as given, and print the reply");
     publish->add_option("DOCUMENT", options.common.document, "DITA map, DITA topic or other XML file")
-        ->required();
+        ->required()
+        ->type_name("");
     validate->add_option("DOCUMENT", options.common.document, "DITA map, DITA topic or other XML file")
-        ->required();
+        ->required()
+        ->type_name("");
     request
         ->add_option("--document", options.common.document,
                      "Document to open; {docId} in TEXT is replaced by its id")
         ->required()
         ->type_name("DOCUMENT");
-    request->add_option(kRequestText, options.requestText, "Text of the request")->required();
+    request->add_option(kRequestText, options.requestText, "Text of the request")->required()->type_name("");
     AddPublish(*publish, options.publish);
     for (CLI::App* command : {publish, validate, request}) {
         AddCommon(*command, options.common);
+        command->group("Commands");
         command->footer("Run 'ventrix --help' for examples and exit statuses.");
     }
     // Set before parsing, so that usage errors are reported as JSON too.

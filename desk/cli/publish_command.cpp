@@ -8,12 +8,11 @@
 #include "desk/cli/installation.h"
 #include "desk/cli/interruption.h"
 #include "desk/cli/output_folder.h"
-#include "desk/cli/paths.h"
+#include "desk/cli/path_options.h"
 #include "desk/cli/published_pages.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
-#include "platform/drives.h"
 #include "platform/files.h"
 
 namespace ventrix::desk {
@@ -22,18 +21,18 @@ namespace {
 struct Outcome {
     Reply reply;
     RunLog log;
-    std::string output, logName, resultFolder, buildLog;  ///< Native.
-    std::string undecoded;             ///< --out-file if the module does not decode it; else empty.
-    std::vector<std::string> missing;  ///< Referenced files that could not be packaged.
+    NativePath output, logName, resultFolder, buildLog;
+    NativePath undecoded;             ///< --out-file if the module does not decode it; else empty.
+    std::vector<NativePath> missing;  ///< Referenced files that could not be packaged.
     PublishedPages pages;
     bool transforms = false;
 };
 
 void CheckInputs(const PublishOptions& publish) {
-    RequireFile("--xslt", publish.xslt);
-    RequireFile("--ditaval", publish.ditaval);
-    RequireProgram("--pre-script", publish.preScript);
-    RequireProgram("--post-script", publish.postScript);
+    RequireFile("--xslt", {publish.xslt});
+    RequireFile("--ditaval", {publish.ditaval});
+    RequireProgram("--pre-script", {publish.preScript});
+    RequireProgram("--post-script", {publish.postScript});
 }
 
 bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
@@ -44,18 +43,18 @@ bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
     if (!session.files.dita) {
         throw Stop{
             kExitUsage,
-            session.document +
+            session.document.utf8 +
                 " is not a DITA document; choose --xslt, --pre-script or --post-script to transform it"};
     }
     return true;
 }
 
 /// Returns everything that a run reads. None of it may be in the output folder, which packaging empties.
-std::vector<std::string> Inputs(const Options& options, const Session& session) {
+std::vector<NativePath> Inputs(const Options& options, const Session& session) {
     const PublishOptions& publish = options.publish;
-    std::vector<std::string> inputs{session.document};
+    std::vector<NativePath> inputs{session.document};
     for (const std::string& file : {publish.xslt, publish.ditaval, publish.preScript, publish.postScript}) {
-        inputs.push_back(AbsolutePath(file));
+        inputs.push_back(AbsolutePath({file}));
     }
     const Installation own = FindInstallation();
     inputs.insert(inputs.end(), {own.module, own.folder});
@@ -63,54 +62,54 @@ std::vector<std::string> Inputs(const Options& options, const Session& session) 
     return inputs;
 }
 
-bool LiesInOutput(const std::string& path, const Outcome& outcome) {
+bool LiesInOutput(const NativePath& path, const Outcome& outcome) {
     return IsBelowOrEqual(RealPath(path), RealPath(outcome.output));
 }
 
-void RequireUsableFiles(const std::string& outFileOption, bool ditaOt, const std::vector<std::string>& inputs,
+void RequireUsableFiles(const std::string& outFileOption, bool ditaOt, const std::vector<NativePath>& inputs,
                         Outcome& outcome) {
     RequireLog(outcome.logName, inputs);
     if (LiesInOutput(outcome.logName, outcome)) {
-        throw Stop{kExitUsage, "--log: " + outcome.logName +
+        throw Stop{kExitUsage, "--log: " + outcome.logName.utf8 +
                                    " is in the output folder, which is emptied; choose a file outside it"};
     }
-    const std::string outFile = AbsolutePath(outFileOption);
+    const NativePath outFile = AbsolutePath({outFileOption});
     RequireNoInput("--out-file", outFile, inputs);
-    const bool named = ditaOt || outFile.ends_with(".html") || outFile.ends_with(".htm");
-    if (!outFile.empty() && !(named && LiesInOutput(outFile, outcome))) {
+    const bool named = ditaOt || outFile.utf8.ends_with(".html") || outFile.utf8.ends_with(".htm");
+    if (!outFile.Empty() && !(named && LiesInOutput(outFile, outcome))) {
         outcome.undecoded = outFile;
     }
 }
 
-void RefuseOutput(const std::string& output, const std::string& why) {
+void RefuseOutput(const NativePath& output, const std::string& why) {
     if (!why.empty()) {
-        throw Stop{kExitOutputRefused, output + " " + why};
+        throw Stop{kExitOutputRefused, output.utf8 + " " + why};
     }
 }
 
-std::string OptionalSystemPath(const std::string& path) {
-    return path.empty() ? path : SystemPath(path);
+SystemPath OptionalSystemPath(const std::string& path) {
+    return path.empty() ? SystemPath{} : RequireSystemPath({path});
 }
 
-PublishValues Values(const Options& options, const Session& session, const std::string& output,
-                     const std::string& log) {
+PublishValues Values(const Options& options, const Session& session, const NativePath& output,
+                     const NativePath& log) {
     const PublishOptions& publish = options.publish;
     PublishValues values;
     values.documentId = session.documentId;
-    values.outputFolder = SystemPath(output) + '\\';
+    values.outputFolder = {RequireSystemPath(output).utf8 + '\\'};
     values.xslt = OptionalSystemPath(publish.xslt);
     values.preScript = OptionalSystemPath(publish.preScript);
     values.postScript = OptionalSystemPath(publish.postScript);
     values.ditaval = OptionalSystemPath(publish.ditaval);
     values.outFile = OptionalSystemPath(publish.outFile);
-    values.log = SystemPath(log);
+    values.log = RequireSystemPath(log);
     values.ditaOt = WantsDitaRun(publish, session);
     return values;
 }
 
-std::vector<std::string> MissingFiles(const Session& session) {
-    std::vector<std::string> missing = LocalFiles(session.files);
-    std::erase_if(missing, [](const std::string& file) { return platform::OpensForReading(file); });
+std::vector<NativePath> MissingFiles(const Session& session) {
+    std::vector<NativePath> missing = LocalFiles(session.files);
+    std::erase_if(missing, [](const NativePath& file) { return platform::OpensForReading(file.utf8); });
     return missing;
 }
 
@@ -122,15 +121,13 @@ std::size_t DocumentCount(const DocumentFiles& files) {
 Outcome RunPublish(const Options& options, Session& session, const Screen& screen) {
     Outcome outcome;
     CheckInputs(options.publish);
-    outcome.output = AbsolutePath(options.publish.output);
-    while (outcome.output.size() > 1 && outcome.output.ends_with('/')) {
-        outcome.output.pop_back();
-    }
-    outcome.logName = options.common.log.empty() ? outcome.output + ".log" : AbsolutePath(options.common.log);
+    outcome.output = NormalPath(AbsolutePath({options.publish.output}));
+    outcome.logName = options.common.log.empty() ? NativePath{outcome.output.utf8 + ".log"}
+                                                 : AbsolutePath({options.common.log});
     const PublishValues values = Values(options, session, outcome.output, outcome.logName);
     const std::string request = PublishRequest(values, options.publish);
-    outcome.transforms = values.ditaOt || !values.xslt.empty();
-    const std::vector<std::string> inputs = Inputs(options, session);
+    outcome.transforms = values.ditaOt || !values.xslt.Empty();
+    const std::vector<NativePath> inputs = Inputs(options, session);
     RefuseOutput(outcome.output, OutputRefusal(outcome.output, inputs, options.publish.force));
     RequireUsableFiles(options.publish.outFile, values.ditaOt, inputs, outcome);
     RefuseOutput(outcome.output, PrepareOutput(outcome.output));
@@ -145,14 +142,14 @@ Outcome RunPublish(const Options& options, Session& session, const Screen& scree
         outcome.reply = Send(session, request);
         session.clientCalled = nullptr;
     }
-    MarkOutput(OutputMarkName(outcome.output).c_str());
+    MarkOutput(OutputMarkName(outcome.output).utf8.c_str());
 
     outcome.log = ReadRunLog(LogFrom(outcome.logName, before));
-    outcome.resultFolder = platform::ToNative(outcome.reply.first);
-    outcome.buildLog = platform::ToNative(outcome.reply.second);
+    outcome.resultFolder = ToNative(SystemPath{outcome.reply.first});
+    outcome.buildLog = ToNative(SystemPath{outcome.reply.second});
     outcome.missing = MissingFiles(session);
     InspectPages(outcome.output, outcome.pages);
-    if (!outcome.undecoded.empty()) {
+    if (!outcome.undecoded.Empty()) {
         InspectPages(values.ditaOt ? outcome.resultFolder : outcome.undecoded, outcome.pages);
     }
     return outcome;
@@ -177,7 +174,7 @@ void PrintJson(const Outcome& outcome) {
 }
 
 bool IsPage(const FailedFile& failed) {
-    return failed.file.ends_with(".html") || failed.file.ends_with(".htm");
+    return failed.file.utf8.ends_with(".html") || failed.file.utf8.ends_with(".htm");
 }
 
 void PrintMarkerText(const Outcome& outcome, const Screen& screen) {
@@ -189,11 +186,11 @@ void PrintMarkerText(const Outcome& outcome, const Screen& screen) {
     }
     if (pages.markedTexts > 0) {
         screen.Warning("pages that still contain marker text: " + std::to_string(pages.markedTexts) +
-                       "; the first is " + pages.firstMarkedText);
+                       "; the first is " + pages.firstMarkedText.utf8);
     }
-    if (pages.markedTexts > 0 && !outcome.undecoded.empty()) {
+    if (pages.markedTexts > 0 && !outcome.undecoded.Empty()) {
         screen.Note("marker text is decoded only in .html and .htm files in the output folder, not in " +
-                    outcome.undecoded);
+                    outcome.undecoded.utf8);
     }
     if (pages.markedValues > 0) {
         screen.Note("attribute values into which the transformation copied marker text: " +
@@ -202,44 +199,44 @@ void PrintMarkerText(const Outcome& outcome, const Screen& screen) {
 }
 
 void PrintFindings(const Outcome& outcome, const Screen& screen) {
-    for (const std::string& file : outcome.missing) {
-        screen.Warning(file + " is missing or unreadable and is not in the result");
+    for (const NativePath& file : outcome.missing) {
+        screen.Warning(file.utf8 + " is missing or unreadable and is not in the result");
     }
     if (outcome.log.graphicsOnOtherDrive) {
         screen.Warning("some graphics are on a different drive from the document and were not packaged");
     }
     for (const FailedFile& failed : outcome.log.failed) {
-        screen.Warning(failed.file + " could not be read: " + failed.reason);
+        screen.Warning(failed.file.utf8 + " could not be read: " + failed.reason);
     }
     PrintMarkerText(outcome, screen);
 }
 
 void PrintResult(const Outcome& outcome, const Screen& screen) {
-    screen.Result("result:    " + outcome.resultFolder);
+    screen.Result("result:    " + outcome.resultFolder.utf8);
     screen.Result("pages:     " + std::to_string(outcome.pages.pages));
-    if (!outcome.buildLog.empty()) {
-        screen.Result("build log: " + outcome.buildLog);
+    if (!outcome.buildLog.Empty()) {
+        screen.Result("build log: " + outcome.buildLog.utf8);
     }
-    screen.Result("log:       " + outcome.logName);
+    screen.Result("log:       " + outcome.logName.utf8);
 }
 
 [[noreturn]] void StopAfterPackaging(const Outcome& outcome) {
     throw Stop{kExitRefused,
                outcome.log.documentsOnSeveralDrives
                    ? "the document's files are on several drives and cannot be packaged; see the log " +
-                         outcome.logName
-                   : "packaging failed because the log cannot be written: " + outcome.logName};
+                         outcome.logName.utf8
+                   : "packaging failed because the log cannot be written: " + outcome.logName.utf8};
 }
 
 int ReportStatus(const Outcome& outcome, const Session& session, const Screen& screen) {
     const TransformationRecord& record = session.record;
     if (record.failed > 0) {
         screen.Error("the transformation failed: " + record.reason +
-                     (record.logFile.empty() ? "" : "; see " + record.logFile));
+                     (record.logFile.Empty() ? "" : "; see " + record.logFile.utf8));
         return kExitTransformation;
     }
     if (outcome.transforms && outcome.pages.pages == 0) {
-        screen.Error("the transformation wrote no pages; see the log " + outcome.logName);
+        screen.Error("the transformation wrote no pages; see the log " + outcome.logName.utf8);
         return kExitTransformation;
     }
     const bool clean = outcome.log.failed.empty() && outcome.missing.empty() &&

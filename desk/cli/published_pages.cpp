@@ -33,7 +33,7 @@ std::string_view LeadingName(std::string_view text) {
 }
 
 /// Inspects the attribute values of one start tag. `tag` begins after the "<".
-void InspectTag(std::string_view tag, const std::string& page, PublishedPages& found) {
+void InspectTag(std::string_view tag, const NativePath& page, PublishedPages& found) {
     const std::string_view element = LeadingName(tag);
     std::size_t at = element.size();
     while ((at = tag.find('=', at)) != std::string_view::npos && at + 1 < tag.size()) {
@@ -46,7 +46,7 @@ void InspectTag(std::string_view tag, const std::string& page, PublishedPages& f
         if (ContainsMarkers(tag.substr(at + 2, end - at - 2))) {
             const std::size_t name = tag.find_last_of(" \t\r\n", at) + 1;
             if (found.markedValues++ == 0) {
-                found.firstMarkedValue = page + ": <" + std::string(element) + " " +
+                found.firstMarkedValue = page.utf8 + ": <" + std::string(element) + " " +
                                          std::string(tag.substr(name, at - name)) + ">";
             }
         }
@@ -70,7 +70,7 @@ std::size_t TagEnd(std::string_view text, std::size_t at) {
     return text.size();
 }
 
-void InspectPage(const std::string& text, const std::string& page, PublishedPages& found) {
+void InspectPage(const std::string& text, const NativePath& page, PublishedPages& found) {
     if (!ContainsMarkers(text)) {
         return;
     }
@@ -90,7 +90,7 @@ void InspectPage(const std::string& text, const std::string& page, PublishedPage
     }
 }
 
-std::vector<fs::path> PagesAt(const std::string& place) {
+std::vector<fs::path> PagesAt(const fs::path& place) {
     std::vector<fs::path> pages;
     std::error_code error;
     if (fs::is_regular_file(place, error)) {
@@ -108,10 +108,10 @@ std::vector<fs::path> PagesAt(const std::string& place) {
 
 }  // namespace
 
-void InspectPages(const std::string& place, PublishedPages& found) {
-    for (const fs::path& page : PagesAt(place)) {
+void InspectPages(const NativePath& place, PublishedPages& found) {
+    for (const fs::path& page : PagesAt(ToFilesystem(place))) {
         ++found.pages;
-        InspectPage(ReadPage(page), page.string(), found);
+        InspectPage(ReadPage(page), FromFilesystem(page), found);
     }
 }
 

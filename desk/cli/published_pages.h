@@ -1,8 +1,10 @@
-// Inspects the pages of a published result for marker text that was not decoded. Paths are native.
+// Inspects the pages of a published result for marker text that was not decoded.
 #pragma once
 
 #include <cstddef>
 #include <string>
+
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
@@ -11,12 +13,12 @@ struct PublishedPages {
     std::size_t markedValues = 0;  ///< Attribute values with marker text, except tags attributes.
     std::string firstMarkedValue;  ///< The first of them, as "PAGE: <meta content>".
     std::size_t markedTexts = 0;   ///< Pages with marker text in text nodes, as those that failed to load.
-    std::string firstMarkedText;   ///< The first of these pages.
+    NativePath firstMarkedText;    ///< The first of these pages.
 };
 
 /// Adds the counts of every page below a folder, or of a single file whatever its name. Marker text in
 /// attribute values comes from a transformation that copies text there, for example into page descriptions;
 /// it is not decoded.
-void InspectPages(const std::string& place, PublishedPages& found);
+void InspectPages(const NativePath& place, PublishedPages& found);
 
 }  // namespace ventrix::desk

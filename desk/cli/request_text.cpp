@@ -26,7 +26,7 @@ std::string Quoted(const char* given, const std::string& value) {
 class RequestWriter {
   public:
     explicit RequestWriter(std::string command, std::uint32_t documentId)
-        : text_(std::move(command) + " " + kDocIdOption + " " + std::to_string(documentId)) {}
+        : text_(std::move(command) + ' ' + kDocIdOption + ' ' + std::to_string(documentId)) {}
 
     void Flag(const char* option, bool given) {
         if (given) {
@@ -40,6 +40,10 @@ class RequestWriter {
             Flag(option, true);
             text_ += ' ' + Quoted(given, value);
         }
+    }
+
+    void Path(const char* option, const char* given, const SystemPath& path) {
+        Value(option, given, path.utf8);
     }
 
     /// The module joins the lists of a repeated option, so each is written separately.
@@ -59,14 +63,14 @@ class RequestWriter {
 
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options) {
     RequestWriter request(kPublishCommand, values.documentId);
-    request.Value(kOutputFolderOption, "--output", values.outputFolder);
+    request.Path(kOutputFolderOption, "--output", values.outputFolder);
     request.Flag(kUseDitaOtOption, values.ditaOt);
-    request.Value(kUseXsltOption, "--xslt", values.xslt);
-    request.Value(kUsePreScriptOption, "--pre-script", values.preScript);
-    request.Value(kUsePostScriptOption, "--post-script", values.postScript);
-    request.Value(kDitavalOption, "--ditaval", values.ditaval);
-    request.Value(kOutFilePathOption, "--out-file", values.outFile);
-    request.Value(kLogFileOption, "--log", values.log);
+    request.Path(kUseXsltOption, "--xslt", values.xslt);
+    request.Path(kUsePreScriptOption, "--pre-script", values.preScript);
+    request.Path(kUsePostScriptOption, "--post-script", values.postScript);
+    request.Path(kDitavalOption, "--ditaval", values.ditaval);
+    request.Path(kOutFilePathOption, "--out-file", values.outFile);
+    request.Path(kLogFileOption, "--log", values.log);
     request.Lists(kAttributesOption, "--attributes", options.attributes);
     request.Lists(kElementsOption, "--elements", options.elements);
     request.Lists(kScopedAttributesOption, "--scoped-attributes", options.scopedAttributes);
@@ -80,9 +84,9 @@ std::string PublishRequest(const PublishValues& values, const PublishOptions& op
     return std::move(request).Text();
 }
 
-std::string ValidateRequest(std::uint32_t documentId, const std::string& log) {
+std::string ValidateRequest(std::uint32_t documentId, const SystemPath& log) {
     RequestWriter request(kValidateCommand, documentId);
-    request.Value(kLogFileOption, "--log", log);
+    request.Path(kLogFileOption, "--log", log);
     return std::move(request).Text();
 }
 

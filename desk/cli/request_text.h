@@ -4,15 +4,15 @@
 #include <string>
 
 #include "desk/cli/options.h"
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
-/// The values of a Publish request, as the module expects them. Paths are in system notation; empty values
-/// are left out.
+/// The values of a Publish request, as the module expects them. Empty values are left out.
 struct PublishValues {
     std::uint32_t documentId = 0;
-    std::string outputFolder;  ///< With a trailing backslash.
-    std::string xslt, preScript, postScript, ditaval, outFile, log;
+    SystemPath outputFolder;  ///< With a trailing backslash.
+    SystemPath xslt, preScript, postScript, ditaval, outFile, log;
     bool ditaOt = false;
 };
 
@@ -21,7 +21,7 @@ struct PublishValues {
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options);
 
 /// Returns the text of a Validate request. Throws Stop as PublishRequest does.
-std::string ValidateRequest(std::uint32_t documentId, const std::string& log);
+std::string ValidateRequest(std::uint32_t documentId, const SystemPath& log);
 
 /// Replaces each "{docId}" by the id.
 std::string FillDocumentId(std::string text, std::uint32_t documentId);

@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "bridge/contract/request.h"
-#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -18,9 +17,9 @@ bool IsRule(std::string_view line) {
     return !line.empty() && line.find_first_not_of('*') == std::string_view::npos;
 }
 
-/// What a line holds after its severity word and message; nothing if it does not begin with them.
-std::optional<std::string> RestOf(std::string_view line, std::string_view severity,
-                                  std::string_view message) {
+/// Returns what follows the severity and the message; nothing if the line does not begin with them.
+std::optional<std::string> TextAfter(std::string_view line, std::string_view severity,
+                                     std::string_view message) {
     if (!line.starts_with(severity) || !line.substr(severity.size()).starts_with(message)) {
         return std::nullopt;
     }
@@ -28,11 +27,11 @@ std::optional<std::string> RestOf(std::string_view line, std::string_view severi
 }
 
 bool IsMessage(std::string_view line, std::string_view severity, std::string_view message) {
-    return RestOf(line, severity, message) == "";
+    return TextAfter(line, severity, message) == "";
 }
 
 /// Reads the paths between the two rules of a section.
-void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
+void ReadSection(std::istream& lines, std::vector<NativePath>& paths) {
     std::string line;
     std::getline(lines, line);
     while (std::getline(lines, line)) {
@@ -42,21 +41,21 @@ void ReadSection(std::istream& lines, std::vector<std::string>& paths) {
         if (IsRule(line)) {
             return;
         }
-        paths.push_back(platform::ToNative(line));
+        paths.push_back(ToNative(SystemPath{line}));
     }
 }
 
-/// Reads a line of the encoding or decoding step: the file that it takes up, or why that file failed.
+/// Reads a line of the encoding or decoding step: the file that it starts, or why that file failed.
 void ReadCodingLine(const std::string& line, std::string& lastFile, RunLog& log) {
-    if (const auto encoded = RestOf(line, kProgressWording, kEncodingFileWording)) {
+    if (const auto encoded = TextAfter(line, kProgressWording, kEncodingFileWording)) {
         lastFile = *encoded;
         ++log.encoded;
-    } else if (const auto decoded = RestOf(line, kProgressWording, kDecodingFileWording)) {
+    } else if (const auto decoded = TextAfter(line, kProgressWording, kDecodingFileWording)) {
         lastFile = *decoded;
         ++log.decoded;
-    } else if (auto reason = RestOf(line, kErrorWording, kEncodingFileWording);
-               reason || (reason = RestOf(line, kErrorWording, kDecodingFileWording))) {
-        log.failed.push_back({platform::ToNative(lastFile), *reason});
+    } else if (auto reason = TextAfter(line, kErrorWording, kEncodingFileWording);
+               reason || (reason = TextAfter(line, kErrorWording, kDecodingFileWording))) {
+        log.failed.push_back({ToNative(SystemPath{lastFile}), *reason});
     }
 }
 
@@ -92,14 +91,14 @@ RunLog ReadRunLog(const std::string& text) {
     return log;
 }
 
-std::uint64_t LogSize(const std::string& nativePath) {
+std::uint64_t LogSize(const NativePath& log) {
     std::error_code error;
-    const auto size = std::filesystem::file_size(nativePath, error);
+    const auto size = std::filesystem::file_size(ToFilesystem(log), error);
     return error ? 0 : size;
 }
 
-std::string LogFrom(const std::string& nativePath, std::uint64_t offset) {
-    std::ifstream file(nativePath, std::ios::binary);
+std::string LogFrom(const NativePath& log, std::uint64_t offset) {
+    std::ifstream file(ToFilesystem(log), std::ios::binary);
     file.seekg(static_cast<std::streamoff>(offset));
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }

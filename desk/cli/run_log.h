@@ -6,28 +6,30 @@
 #include <string>
 #include <vector>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
 struct FailedFile {
-    std::string file;    ///< Native path.
+    NativePath file;
     std::string reason;  ///< The parser's message, one line.
 };
 
 struct RunLog {
-    std::vector<std::string> valid, broken, unsaved;  ///< Native paths, from a Validate.
-    bool documentsOnSeveralDrives = false;            ///< An error: the document cannot be packaged.
-    bool graphicsOnOtherDrive = false;                ///< A warning: these graphics are not packaged.
-    std::vector<FailedFile> failed;                   ///< Files that a pass could not load.
-    std::size_t encoded = 0, decoded = 0;             ///< Files that a pass has started.
+    std::vector<NativePath> valid, broken, unsaved;  ///< From a Validate.
+    bool documentsOnSeveralDrives = false;           ///< An error: the document cannot be packaged.
+    bool graphicsOnOtherDrive = false;               ///< A warning: these graphics are not packaged.
+    std::vector<FailedFile> failed;                  ///< Files that a pass could not load.
+    std::size_t encoded = 0, decoded = 0;            ///< Files that a pass has started.
 };
 
 /// Parses the text that a run appended.
 RunLog ReadRunLog(const std::string& text);
 
 /// Returns the file's size in bytes; 0 if it is missing.
-std::uint64_t LogSize(const std::string& nativePath);
+std::uint64_t LogSize(const NativePath& log);
 
 /// Returns the bytes from an offset to the end; empty if the file is missing.
-std::string LogFrom(const std::string& nativePath, std::uint64_t offset);
+std::string LogFrom(const NativePath& log, std::uint64_t offset);
 
 }  // namespace ventrix::desk

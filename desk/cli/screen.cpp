@@ -89,6 +89,10 @@ void PrintObject(const nlohmann::json& object) {
     std::cout << object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
+void to_json(nlohmann::json& json, const NativePath& path) {
+    json = path.utf8;
+}
+
 StandardOutputRedirection::StandardOutputRedirection() {
     std::cout.flush();
     kept_ = dup(STDOUT_FILENO);
@@ -103,7 +107,7 @@ StandardOutputRedirection::~StandardOutputRedirection() {
     }
 }
 
-Progress::Progress(const Screen& screen, std::string logFile, std::size_t files) {
+Progress::Progress(const Screen& screen, NativePath logFile, std::size_t files) {
     if (screen.ShowsProgress()) {
         thread_ = std::jthread(
             [this, log = std::move(logFile), files](std::stop_token stop) { Show(log, files, stop); });
@@ -118,7 +122,7 @@ Progress::~Progress() {
     }
 }
 
-void Progress::Show(const std::string& logFile, std::size_t files, std::stop_token stop) const {
+void Progress::Show(const NativePath& logFile, std::size_t files, std::stop_token stop) const {
     const std::uint64_t start = LogSize(logFile);
     std::mutex mutex;
     std::condition_variable_any tick;

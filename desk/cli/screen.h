@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "desk/cli/options.h"
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
@@ -34,6 +35,9 @@ class Screen {
 /// truncated path may contain, becomes U+FFFD.
 void PrintObject(const nlohmann::json& object);
 
+/// Converts a path to a JSON string. The JSON library finds this function by its name.
+void to_json(nlohmann::json& json, const NativePath& path);
+
 /// During its lifetime, redirects standard output of this process and its children to standard error,
 /// because the output of scripts and clients is not part of the result.
 class StandardOutputRedirection {
@@ -51,7 +55,7 @@ class StandardOutputRedirection {
 /// nothing if standard error is not a terminal.
 class Progress {
   public:
-    Progress(const Screen& screen, std::string logFile, std::size_t files);
+    Progress(const Screen& screen, NativePath logFile, std::size_t files);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -60,7 +64,7 @@ class Progress {
     void SetTransforming(bool transforming) { transforming_ = transforming; }
 
   private:
-    void Show(const std::string& logFile, std::size_t files, std::stop_token stop) const;
+    void Show(const NativePath& logFile, std::size_t files, std::stop_token stop) const;
 
     std::atomic<bool> transforming_ = false;
     std::jthread thread_;

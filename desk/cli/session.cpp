@@ -6,11 +6,10 @@
 #include "bridge/contract/request.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
-#include "desk/cli/paths.h"
+#include "desk/cli/path_options.h"
 #include "desk/clients/dispatcher_client.h"
 #include "desk/clients/dita_ot_client.h"
 #include "desk/clients/xslt_client.h"
-#include "desk/xml/reference_path.h"
 #include "platform/drives.h"
 
 namespace fs = std::filesystem;
@@ -24,15 +23,15 @@ std::string DriveEntry(const std::string& drive) {
     if (equals == std::string::npos) {
         throw Stop{kExitUsage, "--drive: '" + drive + "' is not of the form X=FOLDER"};
     }
-    const std::string folder = AbsolutePath(drive.substr(equals + 1));
+    const NativePath folder = AbsolutePath({drive.substr(equals + 1)});
     std::error_code error;
-    if (!fs::is_directory(folder, error)) {
+    if (!fs::is_directory(ToFilesystem(folder), error)) {
         throw Stop{kExitUsage, "--drive: '" + drive + "' names a folder that does not exist"};
     }
-    std::string entry = drive.substr(0, equals + 1) + folder;
+    std::string entry = drive.substr(0, equals + 1) + folder.utf8;
     const platform::DriveTable read = platform::ParseDrives(entry);
     if (std::ranges::none_of(read, [&](const platform::Drive& one) {
-            return fs::path(one.folder) == fs::path(folder) || one.folder + '/' == folder;
+            return fs::path(one.folder) == fs::path(folder.utf8) || one.folder + '/' == folder.utf8;
         })) {
         throw Stop{kExitUsage, "--drive: '" + drive + "' must begin with a drive letter or \\\\SERVER"};
     }
@@ -47,37 +46,40 @@ void SetDrives(const std::vector<std::string>& drives) {
     platform::SetProcessDrives(platform::ParseDrives(text));
 }
 
-DocumentFiles ReadDocument(const std::string& document) {
+DocumentFiles ReadDocument(const NativePath& document) {
+    const fs::path file = ToFilesystem(document);
+    const std::string& name = document.utf8;
     std::error_code error;
-    if (fs::is_directory(document, error)) {
-        throw Stop{kExitUnreadable, document + " is a folder; choose a document in it"};
+    if (fs::is_directory(file, error)) {
+        throw Stop{kExitUnreadable, name + " is a folder; choose a document in it"};
     }
-    if (!fs::exists(document, error)) {
+    if (!fs::exists(file, error)) {
         throw Stop{kExitUnreadable,
-                   document + (error ? " cannot be accessed: " + error.message() : " does not exist")};
+                   name + (error ? " cannot be accessed: " + error.message() : " does not exist")};
     }
     if (const std::string why = WhyUnnameable(document); !why.empty()) {
-        throw Stop{kExitUnreadable, document + ": " + why};
+        throw Stop{kExitUnreadable, name + ": " + why};
     }
     DocumentFiles files = ListDocumentFiles(document);
     if (!files.readable) {
-        throw Stop{kExitUnreadable, document + " cannot be read: " + files.reason};
+        throw Stop{kExitUnreadable, name + " cannot be read: " + files.reason};
     }
     return files;
 }
 
-void AddClients(Session& session, const CommonOptions& options, const std::string& dataFolder) {
+void AddClients(Session& session, const CommonOptions& options, const NativePath& dataFolder) {
     const std::string toolkit = options.toolkit == "builtin" || options.toolkit == "installed"
                                     ? options.toolkit
-                                    : AbsolutePath(options.toolkit);
+                                    : AbsolutePath({options.toolkit}).utf8;
     session.host->AddClient(kDitaOtClient, MakeDitaOtClient({toolkit, dataFolder}, session.record));
     session.host->AddClient(kXsltClient, MakeXsltClient(session.record));
-    session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath(options.catalog)}));
+    session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }
 
 void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, const Screen& screen) {
     for (const std::string& file : unsaved) {
-        const std::string path = SystemPath(file);
+        const NativePath path = AbsolutePath({file});
+        RequireSystemPath(path);
         session.host->FlagUnsaved(path);
         if (std::ranges::none_of(session.files.files,
                                  [&](const DocumentFile& listed) { return listed.path == path; })) {
@@ -88,12 +90,11 @@ void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, cons
 
 }  // namespace
 
-std::vector<std::string> LocalFiles(const DocumentFiles& files) {
-    std::vector<std::string> local;
+std::vector<NativePath> LocalFiles(const DocumentFiles& files) {
+    std::vector<NativePath> local;
     for (const DocumentFile& file : files.files) {
-        if (!file.path.starts_with("http:") && !file.path.starts_with("https:")) {
-            const std::string native = platform::ToNative(file.path);
-            local.push_back(native.empty() ? file.path : native);
+        if (!file.path.Empty()) {
+            local.push_back(file.path);
         }
     }
     return local;
@@ -101,27 +102,28 @@ std::vector<std::string> LocalFiles(const DocumentFiles& files) {
 
 std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen) {
     auto session = std::make_unique<Session>();
-    RequireFile("--catalog", options.catalog);
+    RequireFile("--catalog", {options.catalog});
     SetDrives(options.drives);
-    session->document = AbsolutePath(options.document);
+    session->document = AbsolutePath({options.document});
     session->files = ReadDocument(session->document);
     for (const ListingRemark& remark : session->files.remarks) {
         screen.Warning(remark.what + ": " + remark.reason);
     }
     const Installation installation = FindInstallation();
     Session* open = session.get();
-    session->host = std::make_unique<DeskHost>(HostSettings{
-        SystemPath(installation.folder), false, [&screen](const std::string& text) { screen.Console(text); },
-        [open](const std::string& client) {
-            if (open->clientCalled) {
-                open->clientCalled(client);
-            }
-        }});
+    session->host =
+        std::make_unique<DeskHost>(HostSettings{RequireSystemPath(installation.folder), false,
+                                                [&screen](const std::string& text) { screen.Console(text); },
+                                                [open](const std::string& client) {
+                                                    if (open->clientCalled) {
+                                                        open->clientCalled(client);
+                                                    }
+                                                }});
     AddClients(*session, options, installation.folder);
     if (const std::string problem = session->host->LoadModule(installation.module); !problem.empty()) {
         throw Stop{kExitNoModule, problem};
     }
-    session->documentId = session->host->AddDocument(SystemPath(session->document), session->files);
+    session->documentId = session->host->AddDocument(RequireSystemPath(session->document), session->files);
     FlagUnsaved(*session, options.unsaved, screen);
     return session;
 }

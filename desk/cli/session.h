@@ -14,7 +14,7 @@
 namespace ventrix::desk {
 
 struct Session {
-    std::string document;  ///< Native and absolute.
+    NativePath document;  ///< Absolute.
     std::uint32_t documentId = 0;
     DocumentFiles files;          ///< The document, then the files that it refers to.
     TransformationRecord record;  ///< What the clients report about the transformation.
@@ -22,8 +22,8 @@ struct Session {
     std::unique_ptr<DeskHost> host;
 };
 
-/// Returns the native paths of the document's files, without web addresses.
-std::vector<std::string> LocalFiles(const DocumentFiles& files);
+/// Returns the document's files, without web addresses.
+std::vector<NativePath> LocalFiles(const DocumentFiles& files);
 
 /// Reads the document and starts the host. Warns about references that were left out. Throws Stop if the
 /// document cannot be read or the host cannot start.

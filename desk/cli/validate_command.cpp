@@ -6,7 +6,7 @@
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
-#include "desk/cli/paths.h"
+#include "desk/cli/path_options.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
@@ -18,31 +18,31 @@ namespace {
 class TemporaryLog {
   public:
     TemporaryLog() {
-        name_ = (std::filesystem::temp_directory_path() / "ventrix-log-XXXXXX").string();
-        const int file = mkstemp(name_.data());
+        const NativePath folder = FromFilesystem(std::filesystem::temp_directory_path());
+        path_ = {folder.utf8 + "/ventrix-log-XXXXXX"};
+        const int file = mkstemp(path_.utf8.data());
         if (file < 0) {
-            throw Stop{kExitNoModule, "cannot create a temporary file in " +
-                                          std::filesystem::temp_directory_path().string()};
+            throw Stop{kExitNoModule, "cannot create a temporary file in " + folder.utf8};
         }
         close(file);
     }
-    ~TemporaryLog() { unlink(name_.c_str()); }
+    ~TemporaryLog() { unlink(path_.utf8.c_str()); }
     TemporaryLog(const TemporaryLog&) = delete;
     TemporaryLog& operator=(const TemporaryLog&) = delete;
 
-    const std::string& Name() const { return name_; }
+    const NativePath& Path() const { return path_; }
 
   private:
-    std::string name_;
+    NativePath path_;
 };
 
-void ShowSection(const Screen& screen, const char* title, const std::vector<std::string>& paths) {
+void ShowSection(const Screen& screen, const char* title, const std::vector<NativePath>& paths) {
     if (paths.empty()) {
         return;
     }
     screen.Result(std::string(title) + " (" + std::to_string(paths.size()) + ")");
-    for (const std::string& path : paths) {
-        screen.Result("  " + path);
+    for (const NativePath& path : paths) {
+        screen.Result("  " + path.utf8);
     }
 }
 
@@ -74,18 +74,18 @@ void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
 int Validate(const Options& options, const Screen& screen) {
     const auto session = StartSession(options.common, screen);
     std::optional<TemporaryLog> temporary;
-    std::string logName = AbsolutePath(options.common.log);
-    if (logName.empty()) {
-        logName = temporary.emplace().Name();
+    NativePath logName = AbsolutePath({options.common.log});
+    if (logName.Empty()) {
+        logName = temporary.emplace().Path();
     }
     RequireLog(logName, LocalFiles(session->files));
     const std::uint64_t before = LogSize(logName);
-    const Reply reply = Send(*session, ValidateRequest(session->documentId, SystemPath(logName)));
+    const Reply reply = Send(*session, ValidateRequest(session->documentId, RequireSystemPath(logName)));
     if (reply.status < 0) {
         throw Stop{kExitRefused, "the module refused the request"};
     }
     if (reply.status == kValidateWithoutLog) {
-        throw Stop{kExitRefused, "the log cannot be written: " + logName};
+        throw Stop{kExitRefused, "the log cannot be written: " + logName.utf8};
     }
     const RunLog log = ReadRunLog(LogFrom(logName, before));
     if (screen.Json()) {

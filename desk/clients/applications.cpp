@@ -8,8 +8,9 @@ namespace {
 
 struct Application {
     std::string_view name;
-    std::string_view root;  ///< The first application with a root is the one for documents that say no more.
-    std::string_view dtd;   ///< The DTD's usual file name.
+    std::string_view
+        root;  ///< A document that declares nothing else belongs to the first entry with its root.
+    std::string_view dtd;  ///< The DTD's usual file name.
     std::string_view publicId;
 };
 
@@ -47,7 +48,8 @@ bool IsOneOfSeveral(std::string_view name) {
                          [name](const Application& row) { return row.name == name; }) > 1;
 }
 
-/// Where one name stands for several public ids, it would lead to another version than the document's own.
+/// A name with several public ids could lead to another version of the DTD than the document's, so that the
+/// id itself is used as the name.
 std::string NameOfPublicId(const std::string& publicId) {
     const std::string name = NameWhere(&Application::publicId, publicId);
     return name.empty() || IsOneOfSeveral(name) ? publicId : name;

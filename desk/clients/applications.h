@@ -1,5 +1,5 @@
-// The applications that the dispatcher knows by name: the usual document types, each with the public ids of
-// its DTD.
+// The applications that the dispatcher knows: common document types by name, each with the public ids of its
+// DTD.
 #pragma once
 
 #include <string>
@@ -8,19 +8,19 @@
 
 namespace ventrix::desk {
 
-/// What a document says of its type.
+/// The type that a document declares.
 struct DocumentType {
-    std::string publicId;  ///< Empty without one; so is the system id.
+    std::string publicId;  ///< May be empty, as may the system id.
     std::string systemId;
-    std::string root;
+    std::string root;  ///< Name of the root element.
 };
 
-/// The name for a document type: of the public id, else of the system id's file name, else of the root
-/// element. A public id that no application has is a name of its own. Empty if nothing is known.
+/// The application of a document type, found by the public id, else by the file name in the system id, else
+/// by the root element. An unknown public id is returned as the name. Empty if nothing is known.
 std::string ApplicationOf(const DocumentType& type);
 
-/// The public ids under which the application's DTD may stand in a catalog, best first. A name that no
-/// application has is taken as the public id.
+/// The public ids under which a catalog may list the application's DTD, best first. An unknown name is
+/// returned as the only id.
 std::vector<std::string> PublicIdsOf(const std::string& application);
 
 }  // namespace ventrix::desk

@@ -1,5 +1,6 @@
-// What another client of the host is to the desk host: one command text in, one answer out.
-// All texts are UTF-8; paths in commands and answers are in the system's backslash notation.
+// What the desk host requires of the other clients that the module calls: a function from a command string to
+// an answer. Strings are UTF-8; paths in commands and answers are in system notation unless a client says
+// otherwise.
 #pragma once
 
 #include <cstdint>
@@ -8,31 +9,35 @@
 #include <variant>
 #include <vector>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
 using AnswerValue = std::variant<std::int32_t, std::string>;
 
 struct ClientAnswer {
-    std::int32_t status = 0;  ///< 0 success; anything else is what the host reports as the call's status.
-    std::int32_t number = 0;  ///< The integer answer of a plain client call.
-    std::vector<AnswerValue> values;  ///< The list answer of a call for values.
+    std::int32_t status = 0;  ///< 0 for success; any other value is reported as the status of the call.
+    std::int32_t number = 0;  ///< The answer of a plain client call.
+    std::vector<AnswerValue> values;  ///< The answer of a call for values.
 };
 
-/// What a client may ask of the host while it runs.
+/// What a client may ask of the host while it runs. Either function may be empty.
 struct HostServices {
-    std::function<std::string(std::uint32_t documentId)>
-        documentPath;                                      ///< Empty text for an id that is not open.
-    std::function<void(const std::string& text)> console;  ///< Text for the host's console.
+    /// The path of an open document; empty if no document has this id.
+    std::function<SystemPath(std::uint32_t documentId)> documentPath;
+
+    /// Writes to the host's console; line breaks are the caller's.
+    std::function<void(const std::string& text)> console;
 };
 
 using Client = std::function<ClientAnswer(const std::string& command, const HostServices& host)>;
 
-/// What the transformations of a run came to. The clients fill it; the command line tells the person.
+/// The outcome of a run's transformations, filled in by the clients for the command line.
 struct TransformationRecord {
-    int started = 0;      ///< Transformations that a client was asked for.
-    int failed = 0;       ///< Those that failed or wrote nothing.
-    std::string reason;   ///< Of the first failure: one line; empty without one.
-    std::string logFile;  ///< Native path of the log that tells more; may be empty.
+    int started = 0;     ///< Transformations that a client was asked for.
+    int failed = 0;      ///< Those that failed or wrote nothing.
+    std::string reason;  ///< Of the first failure, one line; empty if none failed.
+    NativePath logFile;  ///< The log with more details; may be empty.
 };
 
 }  // namespace ventrix::desk

@@ -10,7 +10,7 @@ struct Word {
     bool quoted = false;
 };
 
-/// Takes one word off the front; what is left begins with a blank or a word.
+/// Removes the first word from the command, which must not start with a space.
 Word TakeWord(std::string_view& text) {
     Word word{.text = {}, .quoted = text.front() == '"'};
     if (word.quoted) {
@@ -49,6 +49,10 @@ ClientCommand ParseClientCommand(std::string_view text) {
 std::string OptionOf(const ClientCommand& command, const std::string& name) {
     const auto found = command.options.find(name);
     return found == command.options.end() ? std::string() : found->second;
+}
+
+NativePath PathOptionOf(const ClientCommand& command, const std::string& name) {
+    return ToNative(SystemPath{OptionOf(command, name)});
 }
 
 }  // namespace ventrix::desk

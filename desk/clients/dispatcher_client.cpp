@@ -8,7 +8,6 @@
 #include "desk/clients/applications.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/reference_path.h"
-#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -18,29 +17,32 @@ struct FreeCatalog {
 };
 using Catalog = std::shared_ptr<xmlCatalog>;
 
-/// The file behind a catalog's answer; empty if there is none or it is missing.
-std::string FileOf(const XmlText& uri) {
-    const std::string path = uri == nullptr ? std::string() : TargetOf(View(uri.get()), "/").path;
+/// The path if a file is there; else empty.
+NativePath ExistingFile(const NativePath& path) {
     std::error_code error;
-    return std::filesystem::is_regular_file(path, error) ? path : std::string();
+    return std::filesystem::is_regular_file(ToFilesystem(path), error) ? path : NativePath{};
 }
 
-/// The DTD under a public or system id: the user's catalog first, then the machine's own.
-std::string Resolve(const Catalog& catalog, const std::string& id) {
+/// The file that a catalog's answer names; empty if there is no answer or the file is missing.
+NativePath FileOf(const XmlString& uri) {
+    return uri == nullptr ? NativePath{} : ExistingFile(TargetOf(View(uri.get()), {"/"}).path);
+}
+
+/// The DTD with this public or system id: from the user's catalog, else from the machine's own.
+NativePath Resolve(const Catalog& catalog, const std::string& id) {
     if (catalog != nullptr) {
-        for (xmlChar* uri : {xmlACatalogResolvePublic(catalog.get(), Xml(id.c_str())),
-                             xmlACatalogResolveSystem(catalog.get(), Xml(id.c_str()))}) {
-            const XmlText owner(uri);
-            if (std::string file = FileOf(owner); !file.empty()) {
+        for (auto* resolve : {xmlACatalogResolvePublic, xmlACatalogResolveSystem}) {
+            const XmlString uri(resolve(catalog.get(), Xml(id.c_str())));
+            if (NativePath file = FileOf(uri); !file.Empty()) {
                 return file;
             }
         }
     }
-    const std::string file = FileOf(XmlText(xmlCatalogResolvePublic(Xml(id.c_str()))));
-    return file.empty() ? FileOf(XmlText(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
+    const NativePath file = FileOf(XmlString(xmlCatalogResolvePublic(Xml(id.c_str()))));
+    return file.Empty() ? FileOf(XmlString(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
 }
 
-DocumentType TypeOf(const std::string& path) {
+DocumentType TypeOf(const NativePath& path) {
     const LenientDocument loaded = LoadLeniently(path);
     DocumentType type;
     if (loaded.document == nullptr) {
@@ -54,37 +56,33 @@ DocumentType TypeOf(const std::string& path) {
     return type;
 }
 
-/// A DTD that lies where the document says; empty without one.
-std::string LocalDtd(const DocumentType& type, const std::string& document) {
-    const std::string path = TargetOf(type.systemId, FolderOf(document)).path;
-    std::error_code error;
-    return !path.empty() && std::filesystem::is_regular_file(path, error) ? path : std::string();
+/// The DTD in the place that the document's system id names; empty if there is none.
+NativePath LocalDtd(const DocumentType& type, const NativePath& document) {
+    return ExistingFile(TargetOf(type.systemId, FolderOf(document)).path);
 }
 
-std::string DtdOf(const Catalog& catalog, const std::string& application) {
+NativePath DtdOf(const Catalog& catalog, const std::string& application) {
     for (const std::string& id : PublicIdsOf(application)) {
-        if (std::string file = Resolve(catalog, id); !file.empty()) {
+        if (NativePath file = Resolve(catalog, id); !file.Empty()) {
             return file;
         }
     }
-    std::error_code error;
-    const bool isFile = application.starts_with('/') && std::filesystem::is_regular_file(application, error);
-    return isFile ? application : std::string();
+    return application.starts_with('/') ? ExistingFile({application}) : NativePath{};
 }
 
-/// The second question knows nothing but the name, so a DTD that no catalog knows is named by its path, and
-/// one that the catalogs know by its system id only, by that.
-std::string ChooseApplication(const Catalog& catalog, const std::string& systemPath) {
-    const std::string document = platform::ToNative(systemPath);
+/// StructAppInfo receives nothing but the name that is returned here. A DTD that is in no catalog is
+/// therefore named by its path, and one that the catalogs list by system id only is named by that.
+std::string ChooseApplication(const Catalog& catalog, const SystemPath& path) {
+    const NativePath document = ToNative(path);
     const DocumentType type = TypeOf(document);
     std::string application = ApplicationOf(type);
-    if (!type.publicId.empty() && !DtdOf(catalog, application).empty()) {
+    if (!type.publicId.empty() && !DtdOf(catalog, application).Empty()) {
         return application;
     }
-    if (std::string local = LocalDtd(type, document); !local.empty()) {
-        return local;
+    if (const NativePath local = LocalDtd(type, document); !local.Empty()) {
+        return local.utf8;
     }
-    if (!type.systemId.empty() && !Resolve(catalog, type.systemId).empty()) {
+    if (!type.systemId.empty() && !Resolve(catalog, type.systemId).Empty()) {
         return type.systemId;
     }
     return application;
@@ -100,15 +98,16 @@ ClientAnswer AnswerOf(const std::string& text) {
 
 ClientAnswer RunCommand(const Catalog& catalog, const std::string& command) {
     constexpr std::string_view kChoose = "ChooseAppForFile ";
-    constexpr std::string_view kTell = "StructAppInfo -appName ";
+    constexpr std::string_view kDescribe = "StructAppInfo -appName ";
     constexpr std::string_view kWhat = " -info DTDPath";
     if (command.starts_with(kChoose)) {
-        return AnswerOf(ChooseApplication(catalog, command.substr(kChoose.size())));
+        return AnswerOf(ChooseApplication(catalog, SystemPath{command.substr(kChoose.size())}));
     }
-    if (command.starts_with(kTell) && command.ends_with(kWhat) &&
-        command.size() >= kTell.size() + kWhat.size()) {
-        return AnswerOf(
-            DtdOf(catalog, command.substr(kTell.size(), command.size() - kTell.size() - kWhat.size())));
+    if (command.starts_with(kDescribe) && command.ends_with(kWhat) &&
+        command.size() >= kDescribe.size() + kWhat.size()) {
+        const std::string application =
+            command.substr(kDescribe.size(), command.size() - kDescribe.size() - kWhat.size());
+        return AnswerOf(DtdOf(catalog, application).utf8);
     }
     return {.status = 1, .number = 0, .values = {}};
 }
@@ -117,10 +116,10 @@ ClientAnswer RunCommand(const Catalog& catalog, const std::string& command) {
 
 Client MakeDispatcherClient(DispatcherSettings settings) {
     Catalog catalog;
-    if (!settings.catalog.empty()) {
-        catalog = Catalog(xmlLoadACatalog(settings.catalog.c_str()), FreeCatalog());
-        // The parsers that load a document's DTD ask the process's catalogs only.
-        xmlLoadCatalog(settings.catalog.c_str());
+    if (!settings.catalog.Empty()) {
+        catalog = Catalog(xmlLoadACatalog(settings.catalog.utf8.c_str()), FreeCatalog());
+        // A parser that loads a document's DTD asks only the catalogs of the process.
+        xmlLoadCatalog(settings.catalog.utf8.c_str());
     }
     return
         [catalog](const std::string& command, const HostServices&) { return RunCommand(catalog, command); };

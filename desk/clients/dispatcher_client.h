@@ -1,5 +1,5 @@
-// The client "QlDispatcher": names the application that a file belongs to and tells that application's DTD.
-// The application is known by the file's public id, system id or root element, its DTD by the XML catalogs.
+// The client "QlDispatcher": finds out which application a document belongs to, by its public id, system id
+// or root element, and where the application's DTD is, through the XML catalogs.
 #pragma once
 
 #include "desk/clients/client.h"
@@ -7,14 +7,15 @@
 namespace ventrix::desk {
 
 struct DispatcherSettings {
-    std::string catalog;  ///< Native path of a catalog that is asked before the machine's own; may be empty.
+    NativePath catalog;  ///< A catalog that is asked before the machine's own; may be empty.
 };
 
-/// A client that understands
-///     ChooseAppForFile PATH                      -> one text, the application's name
-///     StructAppInfo -appName NAME -info DTDPath  -> one text, the DTD's native path
-/// The answer is native because it ends up in the document, which any program of the machine may read.
-/// PATH is the rest of the command, blanks included. What is not known gives an empty list and status 0.
+/// A client for the commands
+///     ChooseAppForFile PATH                      -> one string, the application's name
+///     StructAppInfo -appName NAME -info DTDPath  -> one string, the native path of the DTD
+/// PATH is the rest of the command, including spaces. The DTD's path is native because it is written into the
+/// document, for any program of the machine to read. If nothing is known, the list is empty and the status is
+/// 0.
 Client MakeDispatcherClient(DispatcherSettings settings);
 
 }  // namespace ventrix::desk

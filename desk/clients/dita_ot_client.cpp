@@ -7,52 +7,52 @@
 #include "desk/clients/client_command.h"
 #include "desk/toolkit/builtin_toolkit.h"
 #include "desk/toolkit/installed_toolkit.h"
-#include "desk/xml/reference_path.h"
-#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
 
-std::string DocumentOf(const std::string& id, const HostServices& host) {
+NativePath DocumentOf(const std::string& id, const HostServices& host) {
     std::uint32_t number = 0;
     std::from_chars(id.data(), id.data() + id.size(), number);
-    return host.documentPath ? platform::ToNative(host.documentPath(number)) : std::string();
+    return host.documentPath ? ToNative(host.documentPath(number)) : NativePath{};
 }
 
-std::string Run(const DitaOtSettings& settings, const DitaRun& run, const std::string& logFile) {
-    run.log("document " + run.document);
-    if (!run.ditaval.empty()) {
-        run.log("filter " + run.ditaval);
+std::string Run(const DitaOtSettings& settings, const DitaRun& run, const NativePath& logFile) {
+    run.log("document " + run.document.utf8);
+    if (!run.ditaval.Empty()) {
+        run.log("filter " + run.ditaval.utf8);
     }
-    return settings.toolkit == "builtin" ? RunBuiltinToolkit(run, settings.dataFolder + "/dita-to-xhtml.xsl")
+    const NativePath stylesheet{settings.dataFolder.utf8 + "/dita-to-xhtml.xsl"};
+    return settings.toolkit == "builtin" ? RunBuiltinToolkit(run, stylesheet)
                                          : RunInstalledToolkit(run, settings.toolkit, logFile);
 }
 
 /// Empty after a success.
 std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& command, const HostServices& host,
                        TransformationRecord& record) {
-    const std::string document = DocumentOf(OptionOf(command, "-docId"), host);
-    const std::string output = platform::ToNative(OptionOf(command, "-outFilePath"));
-    if (document.empty() || output.empty()) {
-        return "Dita OT needs an open document and -outFilePath";
+    const NativePath document = DocumentOf(OptionOf(command, "-docId"), host);
+    const NativePath output = PathOptionOf(command, "-outFilePath");
+    if (document.Empty() || output.Empty()) {
+        return "the command of Dita OT needs -docId with an open document, and -outFilePath";
     }
     if (const std::string type = OptionOf(command, "-transtype"); type != "xhtml") {
-        return "Dita OT makes xhtml only, not \"" + type + "\"";
+        return "unknown -transtype \"" + type + "\" in the command of Dita OT (expected xhtml)";
     }
-    const std::string folder = NormalPath(output) + "/";
+    const std::string folder = NormalPath(output).utf8 + "/";
+    const NativePath pages{folder + "xhtml/"};
     std::error_code error;
-    std::filesystem::create_directories(folder + "xhtml", error);
-    record.logFile = folder + "buildlog-xhtml.txt";
-    std::filesystem::remove(record.logFile, error);
-    // A toolkit appends to the same file.
-    std::ofstream log(record.logFile, std::ios::app);
+    std::filesystem::create_directories(ToFilesystem(pages), error);
+    record.logFile = {folder + "buildlog-xhtml.txt"};
+    std::filesystem::remove(ToFilesystem(record.logFile), error);
+    // An installed toolkit appends its own output to the same file while it is open here.
+    std::ofstream log(ToFilesystem(record.logFile), std::ios::app);
     if (!log) {
-        record.logFile.clear();
-        return folder + " cannot be written";
+        record.logFile = {};
+        return folder + " cannot be written; check its permissions and the free space";
     }
     const DitaRun run{.document = document,
-                      .ditaval = platform::ToNative(OptionOf(command, "-filter")),
-                      .pages = folder + "xhtml/",
+                      .ditaval = PathOptionOf(command, "-filter"),
+                      .pages = pages,
                       .log = [&log](const std::string& line) { log << line << std::endl; }};
     std::string reason = Run(settings, run, record.logFile);
     run.log(reason.empty() ? "done" : "failed: " + reason);

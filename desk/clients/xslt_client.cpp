@@ -4,16 +4,14 @@
 
 #include "desk/clients/client_command.h"
 #include "desk/xml/stylesheet.h"
-#include "platform/drives.h"
-#include "platform/files.h"
 
 namespace ventrix::desk {
 namespace {
 
 struct XsltRun {
-    std::string source;  ///< Native, as the two below.
-    std::string stylesheet;
-    std::string output;
+    NativePath source;
+    NativePath stylesheet;
+    NativePath output;
     std::string firstMessage;
     MessageSink messages;
 };
@@ -21,34 +19,27 @@ struct XsltRun {
 XsltRun RunOf(const std::string& commandText) {
     const ClientCommand command = ParseClientCommand(commandText);
     XsltRun run;
-    run.source = platform::ToNative(OptionOf(command, "-file"));
-    run.stylesheet = platform::ToNative(OptionOf(command, "-xslfilepath"));
-    run.output = platform::ToNative(OptionOf(command, "-outputfilepath"));
+    run.source = PathOptionOf(command, "-file");
+    run.stylesheet = PathOptionOf(command, "-xslfilepath");
+    run.output = PathOptionOf(command, "-outputfilepath");
     return run;
 }
 
-/// Writes through the platform's own call, which changes a file as a whole.
-bool WriteOutput(const std::string& path, const std::string& content) {
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
-    return platform::WriteWholeFile(platform::ToSystem(path).value_or(""), content) == platform::kErrorNone;
-}
-
-/// Empty after a success; else what went wrong, which names the file.
+/// Empty on success; else the reason, which names the file.
 std::string RunStylesheet(XsltRun& run) {
-    if (run.source.empty() || run.stylesheet.empty() || run.output.empty()) {
-        return "QlXSLT needs -file, -xslfilepath and -outputfilepath";
+    if (run.source.Empty() || run.stylesheet.Empty() || run.output.Empty()) {
+        return "the command of QlXSLT needs -file, -xslfilepath and -outputfilepath";
     }
     const auto because = [&run](const std::string& what) {
         return run.firstMessage.empty() ? what : what + ": " + run.firstMessage;
     };
     const Stylesheet stylesheet = LoadStylesheet(run.stylesheet, run.messages);
     if (stylesheet == nullptr) {
-        return because("the stylesheet " + run.stylesheet + " cannot be used");
+        return because("the stylesheet " + run.stylesheet.utf8 + " cannot be used");
     }
     const XmlDocument document = LoadForStylesheet(run.source, run.messages);
     if (document == nullptr) {
-        return because("the document " + run.source + " cannot be read");
+        return because("the document " + run.source.utf8 + " cannot be read");
     }
     const Transformed result = Transform({.stylesheet = stylesheet,
                                           .document = document.get(),
@@ -56,17 +47,20 @@ std::string RunStylesheet(XsltRun& run) {
                                           .outputPath = run.output},
                                          run.messages);
     if (!result.done) {
-        return because("the stylesheet " + run.stylesheet + " failed on " + run.source);
+        return because("the stylesheet " + run.stylesheet.utf8 + " failed on " + run.source.utf8);
     }
     if (result.output.empty()) {
-        return because("the stylesheet " + run.stylesheet + " wrote nothing for " + run.source);
+        return because("the stylesheet " + run.stylesheet.utf8 + " wrote nothing for " + run.source.utf8);
     }
-    return WriteOutput(run.output, result.output) ? std::string() : run.output + " cannot be written";
+    return WriteOutput(run.output, result.output)
+               ? std::string()
+               : run.output.utf8 + " cannot be written; check its permissions and the free space";
 }
 
-/// The host's own stylesheet repairs a DOCTYPE on the way; that is no transformation that a person asked for.
+/// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. That is not a transformation
+/// which the user asked for, so that it is not recorded.
 void Record(const XsltRun& run, const std::string& reason, TransformationRecord& record) {
-    if (std::filesystem::path(run.stylesheet).filename() == "Ventrix.xsl") {
+    if (ToFilesystem(run.stylesheet).filename() == "Ventrix.xsl") {
         return;
     }
     ++record.started;

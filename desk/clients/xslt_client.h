@@ -1,16 +1,16 @@
-// The client "QlXSLT": runs one stylesheet over one document, with EXSLT and without any network. DTDs and
-// stylesheet parts come from local files and the XML catalogs. Texts are UTF-8; settings hold native paths.
+// The client "QlXSLT": runs one stylesheet on one document, with EXSLT and without the network. DTDs and
+// imported stylesheets come from local files and the XML catalogs.
 #pragma once
 
 #include "desk/clients/client.h"
 
 namespace ventrix::desk {
 
-/// A client that understands
+/// A client for the command
 ///     XSLTRunTrScenario -dontuseqlconsole -file "IN" -xslfilepath "STYLESHEET" -outputfilepath "OUT"
-/// with options in any order. OUT changes as a whole or, on failure, not at all; its folder is created where
-/// it is missing. Messages of the stylesheet go to the host's console. A failure has status 1, and the
-/// record, which must outlive the client, names its reason.
+/// with options in any order. OUT changes as a whole or, on failure, not at all; its folder is created if it
+/// is missing. Messages of the stylesheet go to the host's console. A failure has status 1, and the record,
+/// which must outlive the client, gives the reason.
 Client MakeXsltClient(TransformationRecord& record);
 
 }  // namespace ventrix::desk

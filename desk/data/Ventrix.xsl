@@ -1,7 +1,7 @@
 <?xml version="1.0" encoding="UTF-8"?>
-<!-- Writes the document out as it is, with "$qldtdpath$" where its DOCTYPE names the DTD's system id; whoever asked for
-     the run puts the DTD's path there. XSLT sees neither a DOCTYPE nor an entity that nobody declares, so the document's
-     own text is copied, by an element that the desk host gives to stylesheets. -->
+<!-- Outputs the document unchanged, with "$qldtdpath$" as the system id in its DOCTYPE; the caller then replaces this with
+     the path of the DTD. XSLT gives access neither to the DOCTYPE nor to undeclared entities, so the content of the file
+     is copied, by an extension element of the desk host. -->
 <xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform"
                 xmlns:host="urn:ventrix:desk-host" extension-element-prefixes="host">
   <xsl:output method="text"/>

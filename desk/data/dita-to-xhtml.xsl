@@ -1,14 +1,14 @@
 <?xml version="1.0" encoding="UTF-8"?>
-<!-- Turns one DITA document into one XHTML page: a topic, a document of several topics, or the table of contents of a
-     map (element "contents"). Elements have the names of their base types, whatever they specialise.
-     Each source element becomes one element of the page where it can, with its types as the class names, and all text
-     is copied as it is. Conditions, content references, keys and link targets are resolved, and figures, tables and
-     footnotes numbered, before. -->
+<!-- Transforms one DITA document into one XHTML page: a topic, a document with several topics, or the table of contents of
+     a map (element "contents"). The desk host has renamed specialised elements to their base types, resolved conditions,
+     content references, keys and link targets, and numbered figures, tables and footnotes.
+     Each source element becomes one element of the page if possible, with its types as class names. Text is copied
+     unchanged. -->
 <xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
   <xsl:output method="xml" encoding="UTF-8" doctype-public="-//W3C//DTD XHTML 1.0 Transitional//EN"
               doctype-system="http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd"/>
 
-  <!-- The map's language, for topics that have none. -->
+  <!-- The map's language, for topics without a language. -->
   <xsl:param name="language"/>
 
   <xsl:variable name="page-language">
@@ -60,9 +60,9 @@
   <xsl:template match="*" mode="page"><xsl:apply-templates select="."/></xsl:template>
   <xsl:template match="dita" mode="page"><xsl:apply-templates select="*"/></xsl:template>
 
-  <!-- ===== What every element carries over ===== -->
+  <!-- ===== Attributes of all elements ===== -->
 
-  <!-- Class names: the types from the base to the element itself, then its outputclass. -->
+  <!-- Class names: the types from the base type to the element's own, then its outputclass. -->
   <xsl:template name="common">
     <xsl:param name="before"/>
     <xsl:param name="after"/>
@@ -100,7 +100,7 @@
     <xsl:value-of select="@id"/>
   </xsl:template>
 
-  <!-- An element whose types nobody knows is a block with its content. -->
+  <!-- An element of unknown type becomes a block. -->
   <xsl:template match="*">
     <div><xsl:call-template name="common"/><xsl:apply-templates/></div>
   </xsl:template>
@@ -166,7 +166,7 @@
 
   <!-- ===== Blocks ===== -->
 
-  <!-- XHTML allows no block in a p. -->
+  <!-- XHTML does not allow a block in a p, so that a paragraph with one becomes a div. -->
   <xsl:template match="p">
     <xsl:call-template name="block">
       <xsl:with-param name="name">
@@ -251,7 +251,7 @@
     </li>
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
-  <!-- The one step of a task needs no number. -->
+  <!-- A single step is not numbered. -->
   <xsl:template match="ol[contains(@class, ' task/steps ')][count(*[contains(@class, ' task/step ')]) = 1] |
                        ul[contains(@class, ' task/steps-unordered ')][count(*[contains(@class, ' task/step ')]) = 1]" priority="2">
     <div>
@@ -289,7 +289,7 @@
     </span>
   </xsl:template>
 
-  <!-- A figure in a sentence would break it, an image placed as a block stands alone. -->
+  <!-- An image is inline unless its placement asks for a line of its own. -->
   <xsl:template match="image">
     <xsl:choose>
       <xsl:when test="@placement = 'break'"><div class="imageblock"><xsl:call-template name="image"/></div></xsl:when>
@@ -314,7 +314,7 @@
     </img>
   </xsl:template>
 
-  <!-- An attribute cannot hold marker text, and nothing would take it out again there. -->
+  <!-- Marker text is decoded in text nodes only, so that it must not get into an attribute. -->
   <xsl:template name="attribute-text">
     <xsl:param name="text"/>
     <xsl:choose>
@@ -406,7 +406,7 @@
     </xsl:element>
   </xsl:template>
 
-  <!-- A row of properties may lack a cell that other rows have. -->
+  <!-- A row of a properties table may omit cells that other rows have. -->
   <xsl:template match="simpletable[contains(@class, ' reference/properties ')]" priority="2">
     <table>
       <xsl:call-template name="common"/>
@@ -490,7 +490,7 @@
         <xsl:if test="position() &gt; 1"><xsl:text> &gt; </xsl:text></xsl:if>
         <xsl:apply-templates select="."/>
       </xsl:for-each>
-      <!-- Where the controls stand as text, the text is all there is. -->
+      <!-- Encoding replaces the controls with marker text; there are then no elements, only text. -->
       <xsl:if test="not(*)"><xsl:apply-templates/></xsl:if>
     </span>
   </xsl:template>
@@ -577,7 +577,7 @@
     </a>
   </xsl:template>
 
-  <!-- ===== Words and looks ===== -->
+  <!-- ===== Generated words and style ===== -->
 
   <xsl:template name="word">
     <xsl:param name="key"/>

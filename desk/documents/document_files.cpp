@@ -8,26 +8,28 @@
 #include "desk/documents/references.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/reference_path.h"
-#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
 
-/// A document whose references are being gone through.
+/// A document whose references are being visited.
 struct Level {
-    std::string folder;
+    NativePath folder;
     std::vector<Reference> references;
     std::size_t next = 0;
 };
 
+/// The state of a depth-first walk. The levels are an explicit stack, so that a long chain of files does not
+/// exhaust the call stack. Two sets end the walk: `opened`, so that no path is parsed twice, and `followed`,
+/// because links to folders can give one file any number of paths.
 struct Walk {
     DocumentFiles result;
-    std::vector<Level> levels;  ///< From the document down to where the walk stands.
-    std::unordered_set<std::string> listed;
-    std::unordered_set<std::string> gone;  ///< Paths that were followed, so that no file is opened twice.
+    std::vector<Level> levels;  ///< From the document down to the one being visited.
+    std::set<NativePath> listed;
+    std::unordered_set<std::string> listedUrls;
+    std::set<NativePath> opened;
     std::unordered_set<std::string> remarked;
-    std::set<std::pair<std::uint64_t, std::uint64_t>>
-        followed;  ///< By identity: links can give a file endless names.
+    std::set<std::pair<std::uint64_t, std::uint64_t>> followed;  ///< Identities.
 };
 
 const char* KeyOf(const Reference& reference) {
@@ -40,7 +42,7 @@ void Remark(Walk& walk, const std::string& what, const std::string& reason) {
     }
 }
 
-void Follow(Walk& walk, const std::string& path) {
+void Follow(Walk& walk, const NativePath& path) {
     LenientDocument loaded = LoadLeniently(path);
     if (loaded.document == nullptr || !walk.followed.insert(loaded.identity).second) {
         return;
@@ -48,30 +50,29 @@ void Follow(Walk& walk, const std::string& path) {
     walk.levels.push_back({FolderOf(path), ReferencesOf(loaded.document.get())});
 }
 
-void VisitFile(Walk& walk, const Reference& reference, const std::string& path) {
-    if (reference.outside || (reference.optional && !std::filesystem::is_regular_file(path))) {
+void VisitFile(Walk& walk, const Reference& reference, const NativePath& path) {
+    if (reference.outside || (reference.optional && !std::filesystem::is_regular_file(ToFilesystem(path)))) {
         return;
     }
-    const auto systemPath = platform::ToSystem(path);
-    if (!systemPath.has_value()) {
-        Remark(walk, reference.text, "no drive reaches " + path);
+    if (!ToSystem(path)) {
+        Remark(walk, reference.text, path.utf8 + " is not on a mapped drive; map one with --drive");
         return;
     }
     if (walk.listed.insert(path).second) {
-        walk.result.files.push_back({KeyOf(reference), *systemPath});
+        walk.result.files.push_back({.key = KeyOf(reference), .path = path, .url = {}});
     }
-    if (reference.follow && walk.gone.insert(path).second) {
+    if (reference.follow && walk.opened.insert(path).second) {
         Follow(walk, path);
     }
 }
 
-void Visit(Walk& walk, const Reference& reference, const std::string& folder) {
+void Visit(Walk& walk, const Reference& reference, const NativePath& folder) {
     const ReferenceTarget target = TargetOf(reference.text, folder);
     if (!target.remark.empty() && !reference.outside && !reference.optional) {
         Remark(walk, reference.text, target.remark);
-    } else if (!target.url.empty() && walk.listed.insert(target.url).second) {
-        walk.result.files.push_back({KeyOf(reference), target.url});
-    } else if (!target.path.empty()) {
+    } else if (!target.url.empty() && walk.listedUrls.insert(target.url).second) {
+        walk.result.files.push_back({.key = KeyOf(reference), .path = {}, .url = target.url});
+    } else if (!target.path.Empty()) {
         VisitFile(walk, reference, target.path);
     }
 }
@@ -83,22 +84,23 @@ void VisitAll(Walk& walk) {
             walk.levels.pop_back();
             continue;
         }
+        // Visit may add a level, which invalidates `level`.
         const Reference reference = std::move(level.references[level.next++]);
-        const std::string folder = level.folder;
+        const NativePath folder = level.folder;
         Visit(walk, reference, folder);
     }
 }
 
 }  // namespace
 
-DocumentFiles ListDocumentFiles(const std::string& nativePath) {
+DocumentFiles ListDocumentFiles(const NativePath& document) {
     Walk walk;
     std::error_code error;
-    const std::string path = NormalPath(std::filesystem::absolute(nativePath, error).string());
-    const auto systemPath = platform::ToSystem(path);
+    const NativePath path =
+        NormalPath(FromFilesystem(std::filesystem::absolute(ToFilesystem(document), error)));
     walk.result.reason = WhyUnnameable(path);
-    if (walk.result.reason.empty() && !systemPath.has_value()) {
-        walk.result.reason = "no drive reaches the file";
+    if (walk.result.reason.empty() && !ToSystem(path)) {
+        walk.result.reason = "the file is not on a mapped drive; map one with --drive";
     }
     if (!walk.result.reason.empty()) {
         return walk.result;
@@ -110,9 +112,9 @@ DocumentFiles ListDocumentFiles(const std::string& nativePath) {
     }
     walk.result.readable = true;
     walk.result.dita = IsDita(loaded.document.get());
-    walk.result.files.push_back({"documentType", *systemPath});
+    walk.result.files.push_back({.key = "documentType", .path = path, .url = {}});
     walk.listed.insert(path);
-    walk.gone.insert(path);
+    walk.opened.insert(path);
     walk.followed.insert(loaded.identity);
     walk.levels.push_back({FolderOf(path), ReferencesOf(loaded.document.get())});
     loaded.document.reset();

@@ -1,37 +1,40 @@
-// Lists the files that a DITA map or topic, a DocBook or any other XML document refers to.
-// Paths are native going in and in the system's backslash notation coming out, all UTF-8.
+// Lists the files that a DITA map or topic, a DocBook document or any other XML document refers to. Strings
+// are UTF-8.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
-/// One referenced file, as the host lists it.
+/// One referenced file or web address.
 struct DocumentFile {
-    std::string key;   ///< "graphicsType" for a graphic, "documentType" for everything else.
-    std::string path;  ///< System notation; a URL stands as it was written.
+    std::string key;  ///< "graphicsType" for a graphic, "documentType" for everything else.
+    NativePath path;  ///< Absolute and on a mapped drive; empty for a web address.
+    std::string url;  ///< As written; empty for a file.
 };
 
-/// Something that the lister left out or could not read, named for the person.
+/// A reference that is left out of the list.
 struct ListingRemark {
-    std::string what;    ///< The file or reference.
-    std::string reason;  ///< One line without a line break.
+    std::string what;    ///< The reference as written.
+    std::string reason;  ///< One line.
 };
 
 struct DocumentFiles {
     std::vector<DocumentFile> files;     ///< The document first, each file once, in document order.
-    std::vector<ListingRemark> remarks;  ///< What was left out, in the order met.
-    bool readable = false;               ///< False when the document itself is missing or no XML.
+    std::vector<ListingRemark> remarks;  ///< In document order.
+    bool readable = false;               ///< False if the document itself is missing or not well-formed.
     std::string reason;                  ///< Why it is not readable; empty otherwise.
     bool dita = false;                   ///< The document is a DITA map or topic.
 };
 
-/// Follows maps, topics and included files from the document at this native path, each reference listed where
-/// it stands and followed at once. Never fetches anything from a network and ends on documents that refer to
-/// themselves or in a ring. A missing file is listed, and so is one that is not well-formed, with what could
-/// be read of it. Local files whose `scope` is external or peer are no part of the document and are left out.
-/// Of a DTD without a public id, the file is listed if it exists and its path is relative.
-DocumentFiles ListDocumentFiles(const std::string& nativePath);
+/// Follows maps, topics and included files, depth first: a file's own references come right after it. Nothing
+/// is fetched from a network, and documents that refer to themselves or to each other end the walk. A missing
+/// file is listed; of a file that is not well-formed, the references up to the error and what the parser
+/// recovers are listed too. A local file whose `scope` is external or peer is not part of the document and is
+/// left out. A DTD without a public id is listed if it exists and its path is relative.
+DocumentFiles ListDocumentFiles(const NativePath& document);
 
 }  // namespace ventrix::desk

@@ -44,13 +44,8 @@ std::string_view Name(const xmlNode* element) {
     return View(element->name);
 }
 
-bool HasClass(const xmlNode* element, std::string_view word) {
-    return (Attribute(element, "class") + " ").find(std::string(" ").append(word).append(" ")) !=
-           std::string::npos;
-}
-
-/// The value that the element or an element around it gives: DITA hands `scope` and `format` down from
-/// topicref to topicref, and from link lists to links.
+/// The attribute of the element or of its nearest ancestor that has it: in DITA, topicrefs and link lists
+/// pass `scope` and `format` on to what they contain.
 std::string Inherited(const xmlNode* element, const char* name) {
     for (; element != nullptr && element->type == XML_ELEMENT_NODE; element = element->parent) {
         if (std::string value = Attribute(element, name); !value.empty()) {
@@ -61,7 +56,7 @@ std::string Inherited(const xmlNode* element, const char* name) {
 }
 
 bool IsImage(const xmlNode* element) {
-    return Name(element) == "image" || Name(element) == "img" || HasClass(element, "topic/image");
+    return Name(element) == "image" || Name(element) == "img" || HasWord(element, "class", "topic/image");
 }
 
 void Append(std::vector<Reference>& list, Reference reference) {
@@ -80,6 +75,7 @@ bool FormatIsXml(std::string_view format, std::string_view reference) {
 
 void AppendHref(std::vector<Reference>& list, const xmlNode* element, const std::string& href) {
     const bool image = IsImage(element);
+    // An image inside an external link is local all the same, so it inherits nothing.
     const std::string scope = image ? Attribute(element, "scope") : Inherited(element, "scope");
     const std::string format = image ? std::string() : Inherited(element, "format");
     Reference reference{.text = href, .graphic = image};
@@ -93,6 +89,7 @@ void AppendInclude(std::vector<Reference>& list, const xmlNode* element) {
 }
 
 void AppendConref(std::vector<Reference>& list, const std::string& target) {
+    // A keyword such as -dita-use-conref-target, not a reference.
     if (!target.starts_with("-dita-")) {
         Append(list, {.text = target, .follow = true});
     }
@@ -117,7 +114,7 @@ void AppendAttribute(std::vector<Reference>& list, const xmlNode* element, const
     if (!known) {
         return;
     }
-    const XmlText value(xmlNodeListGetString(element->doc, attribute->children, 1));
+    const XmlString value(xmlNodeListGetString(element->doc, attribute->children, 1));
     const std::string text(View(value.get()));
     if (name == "href") {
         AppendHref(list, element, text);
@@ -129,7 +126,7 @@ void AppendAttribute(std::vector<Reference>& list, const xmlNode* element, const
         Append(list, {.text = text, .graphic = Name(element) != "textdata"});
     } else if (name == "entityref") {
         AppendEntityReference(list, element, text);
-    } else if (Name(element) == "object" || HasClass(element, "topic/object")) {
+    } else if (Name(element) == "object" || HasWord(element, "class", "topic/object")) {
         Append(list, {.text = text});
     }
 }
@@ -150,8 +147,8 @@ bool IsAbsolute(std::string_view reference) {
     return reference.starts_with('/') || reference.find(':') != std::string_view::npos;
 }
 
-/// A DTD that has a public id is the catalogs' business: a copy of it beside the document would lack its
-/// modules.
+/// A DTD with a public id is found through the catalogs. It is left out, because a copy of it in the package
+/// would lack the modules that it includes.
 void AppendDtdFiles(std::vector<Reference>& list, const xmlDtd* dtd) {
     if (dtd == nullptr) {
         return;
@@ -192,7 +189,7 @@ bool IsDita(const xmlDoc* document) {
     const xmlDtd* dtd = document->intSubset;
     const bool namedByDtd =
         dtd != nullptr && View(dtd->ExternalID).find("DTD DITA") != std::string_view::npos;
-    return namedByDtd || HasClass(root, "map/map") || HasClass(root, "topic/topic") ||
+    return namedByDtd || HasWord(root, "class", "map/map") || HasWord(root, "class", "topic/topic") ||
            xmlHasNsProp(root, Xml("DITAArchVersion"), Xml("http://dita.oasis-open.org/architecture/2005/")) !=
                nullptr ||
            (root->ns == nullptr && Holds(kDitaRoots, Name(root)));

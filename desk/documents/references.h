@@ -1,6 +1,6 @@
-// The references that an XML document writes down, in document order: DITA maps and topics, DocBook,
-// XInclude, entity files, and `href` in any other vocabulary. Elements are known by name, with or without a
-// DTD.
+// Extracts the references from an XML document in document order: DITA maps and topics, DocBook, XInclude,
+// external entities, and `href` in any other vocabulary. Elements are recognised by name or by their DITA
+// class, so that no DTD is needed.
 #pragma once
 
 #include <libxml/tree.h>
@@ -11,18 +11,17 @@
 namespace ventrix::desk {
 
 struct Reference {
-    std::string text;      ///< A URI reference as written; never empty.
-    bool graphic = false;  ///< An image, by its element or its extension.
-    bool follow = false;   ///< The target may refer to further files: a map, a topic, an included XML file.
-    bool optional =
-        false;  ///< No part of the document where it is missing: a DTD that may come from elsewhere.
-    bool outside = false;  ///< `scope` says that it is no part of the set: external or peer.
+    std::string text;       ///< A URI reference as written; never empty.
+    bool graphic = false;   ///< An image, by its element or its extension.
+    bool follow = false;    ///< The target may refer to further files: a map, a topic, an included XML file.
+    bool optional = false;  ///< Left out if the file is missing: a DTD that may come from a catalog.
+    bool outside = false;   ///< `scope` is external or peer: not part of the document.
 };
 
-/// Repeated references stay repeated. References that are a fragment only are left out.
+/// A repeated reference appears repeatedly. References that consist of a fragment only are left out.
 std::vector<Reference> ReferencesOf(xmlDoc* document);
 
-/// True for maps and topics of DITA, specialised ones included.
+/// True for maps and topics of DITA, including specialised ones.
 bool IsDita(const xmlDoc* document);
 
 }  // namespace ventrix::desk

@@ -8,7 +8,6 @@
 #include "desk/host/host_interfaces.h"
 #include "desk/host/module_library.h"
 #include "desk/host/task_values.h"
-#include "platform/drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -18,12 +17,12 @@ constexpr std::int32_t kUnknownClient = 1;
 constexpr std::int32_t kUnknownDocument = 2;
 
 struct OpenDocument {
-    std::string path;
+    SystemPath path;
     std::optional<DocumentFiles> files;  ///< Read when they are first asked for.
 };
 
-bool CanRead(const std::string& path) {
-    return std::ifstream(platform::ToNative(path), std::ios::binary).good();
+bool CanRead(const SystemPath& path) {
+    return std::ifstream(ToFilesystem(ToNative(path)), std::ios::binary).good();
 }
 
 }  // namespace
@@ -36,9 +35,9 @@ class DeskHost::Impl {
           sides(MethodTables(), this, script.missingInterfaces) {}
     ~Impl() { Release(); }
 
-    std::string Load(const std::string& nativePath);
+    std::string Load(const NativePath& module);
     void Release();
-    std::uint32_t Add(const std::string& path, std::optional<DocumentFiles> files);
+    std::uint32_t Add(const SystemPath& path, std::optional<DocumentFiles> files);
     void FreeHandedOut();
 
     // The host's methods, as the contract has them.
@@ -65,7 +64,7 @@ class DeskHost::Impl {
     HostScript script;
     std::map<std::string, Client> clients;
     std::map<std::uint32_t, OpenDocument> documents;
-    std::set<std::string> unsaved;
+    std::set<NativePath> unsaved;
     std::vector<std::string> calls;
     std::string registeredName;
     std::optional<std::vector<AnswerValue>> reply;
@@ -114,14 +113,14 @@ const DeskHost::Impl::Tables& DeskHost::Impl::MethodTables() {
     return tables;
 }
 
-std::string DeskHost::Impl::Load(const std::string& nativePath) {
-    const ModuleLibrary library = LoadModuleLibrary(nativePath);
+std::string DeskHost::Impl::Load(const NativePath& module) {
+    const ModuleLibrary library = LoadModuleLibrary(module);
     if (library.entry == nullptr) {
         return library.problem;
     }
     if (library.entry(library.handle, sides.Root(), nullptr, nullptr) != 0 || notifications == nullptr) {
         Release();
-        return "the module does not connect to this host: " + nativePath;
+        return "the module does not connect to this host: " + module.utf8;
     }
     notifications->Initialize(0);
     return {};
@@ -135,7 +134,7 @@ void DeskHost::Impl::Release() {
     FreeHandedOut();
 }
 
-std::uint32_t DeskHost::Impl::Add(const std::string& path, std::optional<DocumentFiles> files) {
+std::uint32_t DeskHost::Impl::Add(const SystemPath& path, std::optional<DocumentFiles> files) {
     // A module stays loaded when a host goes, and remembers documents by their ids.
     static std::uint32_t lastId = 0;
     documents[++lastId] = {path, std::move(files)};
@@ -208,7 +207,7 @@ HRESULT DeskHost::Impl::Watch(void* self, std::int32_t number, std::int32_t stat
 HostServices DeskHost::Impl::Services() {
     return {[this](std::uint32_t id) {
                 const auto found = documents.find(id);
-                return found == documents.end() ? std::string() : found->second.path;
+                return found == documents.end() ? SystemPath{} : found->second.path;
             },
             [this](const std::string& text) {
                 if (settings.console) {
@@ -274,8 +273,9 @@ HRESULT DeskHost::Impl::Open(void* self, const char* path, const Q_PropList* ope
     *id = 0;
     *results = {0, nullptr};
     if (host.Enter<OpenDocumentMethod>(std::string("Open ") + path, result, status)) {
-        if (CanRead(path)) {
-            *id = host.Add(path, std::nullopt);
+        const SystemPath document{path};
+        if (CanRead(document)) {
+            *id = host.Add(document, std::nullopt);
         } else {
             *status = kUnknownDocument;
         }
@@ -305,9 +305,9 @@ HRESULT DeskHost::Impl::ReadStringProp(void* self, std::uint32_t owner, std::uin
     }
     const auto document = host.documents.find(object);
     if (object == 0 && property->number == kInstallationFolderProperty) {
-        *text = TaskText(host.settings.installationFolder);
+        *text = TaskText(host.settings.installationFolder.utf8);
     } else if (document != host.documents.end() && property->number == kDocumentPathProperty) {
-        *text = TaskText(document->second.path);
+        *text = TaskText(document->second.path.utf8);
     }
     host.HandOut(*text);
     return result;
@@ -315,12 +315,14 @@ HRESULT DeskHost::Impl::ReadStringProp(void* self, std::uint32_t owner, std::uin
 
 std::vector<std::vector<AnswerValue>> DeskHost::Impl::FileRows(OpenDocument& document) const {
     if (!document.files) {
-        document.files = ListDocumentFiles(platform::ToNative(document.path));
+        document.files = ListDocumentFiles(ToNative(document.path));
     }
     std::vector<std::vector<AnswerValue>> rows;
     rows.reserve(document.files->files.size());
     for (const DocumentFile& file : document.files->files) {
-        rows.push_back({file.key, file.path, static_cast<std::int32_t>(unsaved.contains(file.path))});
+        const std::string path =
+            file.path.Empty() ? file.url : ToSystem(file.path).value_or(SystemPath{}).utf8;
+        rows.push_back({file.key, path, static_cast<std::int32_t>(unsaved.contains(file.path))});
     }
     return rows;
 }
@@ -369,8 +371,8 @@ DeskHost::DeskHost(HostSettings settings, HostScript script)
 
 DeskHost::~DeskHost() = default;
 
-std::string DeskHost::LoadModule(const std::string& nativePath) {
-    return impl_->Load(nativePath);
+std::string DeskHost::LoadModule(const NativePath& module) {
+    return impl_->Load(module);
 }
 
 void DeskHost::ReleaseModule() {
@@ -381,11 +383,11 @@ void DeskHost::AddClient(const std::string& name, Client client) {
     impl_->clients[name] = std::move(client);
 }
 
-std::uint32_t DeskHost::AddDocument(const std::string& path, DocumentFiles files) {
+std::uint32_t DeskHost::AddDocument(const SystemPath& path, DocumentFiles files) {
     return impl_->Add(path, std::move(files));
 }
 
-void DeskHost::FlagUnsaved(const std::string& path) {
+void DeskHost::FlagUnsaved(const NativePath& path) {
     impl_->unsaved.insert(path);
 }
 

@@ -33,8 +33,8 @@ struct HostScript {
 };
 
 struct HostSettings {
-    std::string installationFolder;  ///< Property 89.
-    bool ownsResults = false;        ///< Whether the host frees what it hands out.
+    SystemPath installationFolder;  ///< Property 89.
+    bool ownsResults = false;       ///< Whether the host frees what it hands out.
     std::function<void(const std::string& text)> console;
     std::function<void(const std::string& clientName)> clientCalled;  ///< For progress; may be empty.
 };
@@ -46,9 +46,9 @@ class DeskHost {
     DeskHost(const DeskHost&) = delete;
     DeskHost& operator=(const DeskHost&) = delete;
 
-    /// Loads the module at this native path, connects and initialises it. Empty on success, else one line
-    /// that says what is wrong.
-    std::string LoadModule(const std::string& nativePath);
+    /// Loads the module, connects and initialises it. Empty on success, else one line that says what is
+    /// wrong.
+    std::string LoadModule(const NativePath& module);
 
     /// Lets go of the module's notification object; the connection ends. The library stays loaded.
     void ReleaseModule();
@@ -57,10 +57,10 @@ class DeskHost {
     void AddClient(const std::string& name, Client client);
 
     /// Takes a document in with the files that it refers to. An id, never 0.
-    std::uint32_t AddDocument(const std::string& path, DocumentFiles files);
+    std::uint32_t AddDocument(const SystemPath& path, DocumentFiles files);
 
     /// Flags a file as having changes that are not saved.
-    void FlagUnsaved(const std::string& path);
+    void FlagUnsaved(const NativePath& path);
 
     /// Sends the module a request as another client would (notification 13). The values of its reply; nothing
     /// if the module sent none.

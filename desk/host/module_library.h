@@ -4,6 +4,7 @@
 #include <string>
 
 #include "bridge/contract/host_interfaces.h"
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
 
@@ -13,7 +14,7 @@ struct ModuleLibrary {
     std::string problem;               ///< One line that says why; empty on success.
 };
 
-/// Loads the library at this native path and looks up its entry.
-ModuleLibrary LoadModuleLibrary(const std::string& nativePath);
+/// Loads the library and looks up its entry.
+ModuleLibrary LoadModuleLibrary(const NativePath& path);
 
 }  // namespace ventrix::desk

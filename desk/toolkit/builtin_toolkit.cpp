@@ -2,43 +2,37 @@
 
 #include <deque>
 #include <filesystem>
-#include <unordered_set>
+#include <set>
 
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_map.h"
 #include "desk/toolkit/dita_references.h"
 #include "desk/toolkit/page_layout.h"
 #include "desk/toolkit/page_navigation.h"
-#include "desk/toolkit/page_numbers.h"
-#include "desk/xml/reference_path.h"
-#include "platform/drives.h"
-#include "platform/files.h"
 
 namespace ventrix::desk {
 namespace {
 
+/// The state of a run. It goes through three stages. First, the map gives the navigation, the keys and the
+/// topics that wait for a page. Then each waiting topic becomes a page (MakePage); a link to a topic that the
+/// map does not name makes that topic wait too, so the list grows until every topic that can be reached has
+/// its page. Last, the table of contents becomes the index, when it is known which pages exist.
 struct Publication {
     const DitaRun& run;
-    Ditaval rules;
-    Stylesheet stylesheet;
+    const Ditaval& rules;
+    const Stylesheet& stylesheet;
     PageLayout layout;
     Navigation navigation;
     PageNeighbours neighbours;
-    DitaLibrary library;
-    std::deque<std::string> waiting;  ///< Topics whose pages are still to be made.
-    std::unordered_set<std::string> known;
-    std::unordered_set<std::string> copied;
+    DitaLibrary& library;
+    std::deque<NativePath> waiting;
+    std::set<NativePath> known;  ///< Topics that wait or have their page.
+    std::set<NativePath> copied;
     MessageSink warn;
     int pages = 0;
     int warnings = 0;
     std::string failure;  ///< The first page or file that could not be written.
 };
-
-bool WritePage(const std::string& path, const std::string& content) {
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
-    return platform::WriteWholeFile(platform::ToSystem(path).value_or(""), content) == platform::kErrorNone;
-}
 
 void Fail(Publication& publication, const std::string& reason) {
     publication.run.log("error: " + reason);
@@ -47,7 +41,7 @@ void Fail(Publication& publication, const std::string& reason) {
     }
 }
 
-void WaitForPage(Publication& publication, const std::string& topic) {
+void WaitForPage(Publication& publication, const NativePath& topic) {
     if (publication.known.insert(topic).second) {
         publication.waiting.push_back(topic);
     }
@@ -63,25 +57,21 @@ void WaitForPages(Publication& publication, const std::vector<NavigationItem>& i
     }
 }
 
-void CopyFile(Publication& publication, const std::string& source, const std::string& target) {
-    if (target.empty() || !publication.copied.insert(source).second) {
+void CopyFile(Publication& publication, const NativePath& source, const NativePath& target) {
+    if (target.Empty() || !publication.copied.insert(source).second) {
         return;
     }
     std::error_code error;
-    if (!std::filesystem::is_regular_file(source, error)) {
-        publication.warn(source + ": the file is missing");
+    if (!std::filesystem::is_regular_file(ToFilesystem(source), error)) {
+        publication.warn(source.utf8 + ": the file is missing");
         return;
     }
-    std::filesystem::create_directories(std::filesystem::path(target).parent_path(), error);
-    std::filesystem::copy_file(source, target, std::filesystem::copy_options::overwrite_existing, error);
+    std::filesystem::create_directories(ToFilesystem(target).parent_path(), error);
+    std::filesystem::copy_file(ToFilesystem(source), ToFilesystem(target),
+                               std::filesystem::copy_options::overwrite_existing, error);
     if (error) {
-        Fail(publication, target + " cannot be written: " + error.message());
+        Fail(publication, target.utf8 + " cannot be written: " + error.message());
     }
-}
-
-bool IsTopicLink(const xmlNode* element, const std::string& path) {
-    const std::string format = Attribute(element, "format");
-    return format == "dita" || (format.empty() && (path.ends_with(".dita") || path.ends_with(".xml")));
 }
 
 std::string Anchor(const DitaTarget& target) {
@@ -91,15 +81,15 @@ std::string Anchor(const DitaTarget& target) {
     return "#" + target.topic + (target.element.empty() ? "" : "__" + target.element);
 }
 
-/// A link to a topic leads to its page; a topic that is left out is a link no more.
+/// Makes a link to a topic lead to its page. A link to an excluded topic loses its target.
 void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target,
-                 const std::string& page) {
-    if (publication.library.Texts(target.path).excluded) {
+                 const NativePath& page) {
+    if (publication.library.Summary(target.path).excluded) {
         xmlUnsetProp(element, Xml("href"));
         return;
     }
     WaitForPage(publication, target.path);
-    const std::string targetPage = PageOf(publication.layout, target.path);
+    const NativePath targetPage = PageOf(publication.layout, target.path);
     const std::string reference =
         (targetPage == page ? "" : RelativeReference(page, targetPage)) + Anchor(target);
     const std::string href = reference.empty() ? RelativeReference(page, targetPage) : reference;
@@ -112,16 +102,16 @@ void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& t
     }
 }
 
-void RewriteReference(Publication& publication, xmlNode* element, const char* name, const std::string& page) {
+void RewriteReference(Publication& publication, xmlNode* element, const char* name, const NativePath& page) {
     const auto target = DitaTargetOf(Attribute(element, name));
     if (!target.has_value()) {
         return;
     }
     const bool link = HasType(element, "topic/xref") || HasType(element, "topic/link");
-    const std::string output = OutputOf(publication.layout, target->path);
-    if (output.empty()) {
-        publication.warn(target->path + ": lies outside of the document's folders");
-    } else if (link && IsTopicLink(element, target->path)) {
+    const NativePath output = OutputOf(publication.layout, target->path);
+    if (output.Empty()) {
+        publication.warn(target->path.utf8 + ": is outside the folders of the document and is left out");
+    } else if (link && IsTopicFormat(Attribute(element, "format"), target->path)) {
         LinkToTopic(publication, element, *target, page);
     } else {
         CopyFile(publication, target->path, output);
@@ -129,7 +119,7 @@ void RewriteReference(Publication& publication, xmlNode* element, const char* na
     }
 }
 
-void RewriteReferences(Publication& publication, xmlDoc* document, const std::string& page) {
+void RewriteReferences(Publication& publication, xmlDoc* document, const NativePath& page) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
@@ -139,8 +129,8 @@ void RewriteReferences(Publication& publication, xmlDoc* document, const std::st
     }
 }
 
-/// The page as text; empty, with an error in the log, if the stylesheet fails.
-std::string Rendered(Publication& publication, xmlDoc* document, const std::string& source) {
+/// The serialised page; empty, with an error in the log, if the stylesheet fails.
+std::string Rendered(Publication& publication, xmlDoc* document, const NativePath& source) {
     const TransformJob job{.stylesheet = publication.stylesheet,
                            .document = document,
                            .sourcePath = source,
@@ -148,27 +138,51 @@ std::string Rendered(Publication& publication, xmlDoc* document, const std::stri
                            .parameters = {{"language", publication.navigation.language}}};
     const Transformed result = Transform(job, publication.warn);
     if (!result.done) {
-        Fail(publication, source + ": the stylesheet failed");
+        Fail(publication, source.utf8 + ": the stylesheet failed on this topic");
     }
     return result.output;
 }
 
-void Write(Publication& publication, const std::string& page, const std::string& content) {
+void Write(Publication& publication, const NativePath& page, const std::string& content) {
     if (content.empty()) {
         return;
     }
-    if (!WritePage(page, content)) {
-        Fail(publication, page + " cannot be written");
+    if (!WriteOutput(page, content)) {
+        Fail(publication, page.utf8 + " cannot be written; check its permissions and the free space");
         return;
     }
     ++publication.pages;
-    publication.run.log("page " + page);
+    publication.run.log("page " + page.utf8);
 }
 
-void MakePage(Publication& publication, const std::string& topic) {
-    const std::string page = PageOf(publication.layout, topic);
-    if (page.empty()) {
-        publication.warn(topic + ": lies outside of the document's folders");
+struct Counter {
+    const char* type;
+    bool needsTitle;
+    int count = 0;
+};
+
+/// Numbers footnotes, and figures and tables that have a title, in the attribute "page-number". A stylesheet
+/// would have to count the preceding ones again for each.
+void AddPageNumbers(xmlDoc* document) {
+    Counter counters[] = {{"topic/fig", true}, {"topic/table", true}, {"topic/fn", false}};
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        for (Counter& counter : counters) {
+            if (HasType(node, counter.type) &&
+                (!counter.needsTitle || ChildOfType(node, "topic/title") != nullptr)) {
+                xmlSetProp(node, Xml("page-number"), Xml(std::to_string(++counter.count).c_str()));
+            }
+        }
+    }
+}
+
+/// The order matters. Reused content brings key references and links with it; keys and neighbours add links,
+/// which RewriteReferences then directs to pages; page numbers count what is there in the end. Elements get
+/// the names of their base types last, for the stylesheet alone.
+void MakePage(Publication& publication, const NativePath& topic) {
+    const NativePath page = PageOf(publication.layout, topic);
+    if (page.Empty()) {
+        publication.warn(topic.utf8 + ": is outside the folders of the document and is left out");
         return;
     }
     DitaDocument loaded = LoadDita(topic, publication.rules);
@@ -192,7 +206,8 @@ void MakePage(Publication& publication, const std::string& topic) {
 }
 
 void MakeIndex(Publication& publication) {
-    const std::string page = OutputOf(publication.layout, FolderOf(publication.run.document)) + "index.html";
+    const NativePath page{OutputOf(publication.layout, FolderOf(publication.run.document)).utf8 +
+                          "index.html"};
     const XmlDocument contents =
         ContentsDocument(publication.navigation, publication.layout, page, publication.library);
     Write(publication, page, Rendered(publication, contents.get(), publication.run.document));
@@ -201,7 +216,7 @@ void MakeIndex(Publication& publication) {
 std::string MakePages(Publication& publication) {
     const DitaDocument document = LoadDita(publication.run.document, publication.rules);
     if (document.document == nullptr) {
-        return document.excluded ? publication.run.document + ": the filter leaves nothing of it"
+        return document.excluded ? publication.run.document.utf8 + ": the filter excludes the whole document"
                                  : document.reason;
     }
     const bool isMap = HasType(xmlDocGetRootElement(document.document.get()), "map/map");
@@ -214,12 +229,13 @@ std::string MakePages(Publication& publication) {
         WaitForPage(publication, publication.run.document);
     }
     while (!publication.waiting.empty()) {
-        const std::string topic = publication.waiting.front();
+        const NativePath topic = publication.waiting.front();
         publication.waiting.pop_front();
         MakePage(publication, topic);
     }
     if (publication.pages == 0 && publication.failure.empty()) {
-        return publication.run.document + ": no topic could be turned into a page";
+        return publication.run.document.utf8 +
+               ": none of its topics could be published; see the warnings in the log";
     }
     if (isMap) {
         MakeIndex(publication);
@@ -229,27 +245,28 @@ std::string MakePages(Publication& publication) {
 
 }  // namespace
 
-std::string RunBuiltinToolkit(const DitaRun& run, const std::string& stylesheetPath) {
+std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPath) {
     Ditaval rules;
     std::string reason;
-    if (!run.ditaval.empty()) {
+    if (!run.ditaval.Empty()) {
         auto read = ReadDitaval(run.ditaval, reason);
         if (!read.has_value()) {
             return "the filter cannot be read: " + reason;
         }
         rules = std::move(*read);
     }
-    Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);
+    const Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);
     if (stylesheet == nullptr) {
-        return "the stylesheet " + stylesheetPath + " is missing or faulty";
+        return "the stylesheet " + stylesheetPath.utf8 + " is missing or has an error";
     }
+    DitaLibrary library(rules);
     Publication publication{.run = run,
-                            .rules = std::move(rules),
-                            .stylesheet = std::move(stylesheet),
+                            .rules = rules,
+                            .stylesheet = stylesheet,
                             .layout = LayoutOf(run.document, run.pages),
                             .navigation = {},
                             .neighbours = {},
-                            .library = DitaLibrary(publication.rules),
+                            .library = library,
                             .waiting = {},
                             .known = {},
                             .copied = {},

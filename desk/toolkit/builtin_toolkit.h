@@ -1,6 +1,6 @@
-// The transformation of a DITA map or topic with our own stylesheet: one XHTML page for each topic, an index
-// for a map, graphics and other local files copied to their relative places. One topic at a time is in
-// memory.
+// Transforms a DITA map or topic with our own stylesheet: one XHTML page for each topic, an index for a map,
+// and copies of graphics and other local files in the corresponding folders. Memory holds one topic at a time
+// and a few that it refers to. Strings are UTF-8.
 #pragma once
 
 #include <string>
@@ -9,15 +9,15 @@
 
 namespace ventrix::desk {
 
-/// One run of a DITA transformation. All paths are native.
+/// One run of a DITA transformation.
 struct DitaRun {
-    std::string document;
-    std::string ditaval;  ///< May be empty.
-    std::string pages;    ///< The folder that gets the pages, with a closing slash.
-    MessageSink log;      ///< Takes each line of the run's log.
+    NativePath document;
+    NativePath ditaval;  ///< May be empty.
+    NativePath pages;    ///< The folder for the pages, with a closing slash.
+    MessageSink log;     ///< Receives each line of the run's log.
 };
 
-/// Empty after a success, warnings included; else the reason, one line.
-std::string RunBuiltinToolkit(const DitaRun& run, const std::string& stylesheetPath);
+/// Empty on success, with or without warnings; else the reason, one line.
+std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPath);
 
 }  // namespace ventrix::desk

@@ -14,8 +14,7 @@ struct NamedClass {
     std::string_view types;
 };
 
-/// Topic, concept, task, reference, glossary, map, bookmap and the domains that come with them, sorted by
-/// name.
+/// Topic, concept, task, reference, glossary, map, bookmap and their standard domains, sorted by name.
 constexpr NamedClass kClasses[] = {
     {"abbreviated-form", "topic/term abbrev-d/abbreviated-form"},
     {"abstract", "topic/abstract"},
@@ -325,8 +324,7 @@ bool HasType(const xmlNode* node, std::string_view type) {
     if (node == nullptr || node->type != XML_ELEMENT_NODE) {
         return false;
     }
-    const std::string value = Attribute(node, "class") + " ";
-    return value.find(std::string(" ").append(type).append(" ")) != std::string::npos;
+    return HasWord(node, "class", type);
 }
 
 }  // namespace ventrix::desk

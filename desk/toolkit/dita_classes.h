@@ -1,6 +1,6 @@
-// The class of a DITA element: the chain of element types from its base type to itself, " topic/ph
-// ui-d/uicontrol ". A DTD supplies it; where there is none, the element's name gives the class that the
-// standard vocabularies have.
+// The class of a DITA element lists the element types from its base type down to its own: "+ topic/ph
+// ui-d/uicontrol ". Normally the DTD supplies it; for a document without a DTD, the element's name determines
+// the class that the standard vocabularies give it.
 #pragma once
 
 #include <libxml/tree.h>
@@ -9,15 +9,15 @@
 
 namespace ventrix::desk {
 
-/// Gives every element that has no class one, if its name is known. False if a name was unknown, foreign
-/// content left out: a DTD may know it.
+/// Adds a class to every element that has none and whose name is known. False if there was an unknown name,
+/// except in foreign content: the document's DTD may know it.
 bool AddMissingClasses(xmlDoc* document);
 
-/// Renames the elements of a document to their base types ("uicontrol" to "ph"); their classes still tell
-/// what they are. A stylesheet finds templates by name far quicker than by class.
+/// Renames the elements to their base types ("uicontrol" to "ph") and keeps their classes. A processor finds
+/// the template for a name much faster than it evaluates a pattern for each class.
 void NameByBaseType(xmlDoc* document);
 
-/// True if the type, as "topic/ph", stands in the element's class. False for anything but an element.
+/// True if the element's class contains the type, such as "topic/ph". False for null and for other nodes.
 bool HasType(const xmlNode* node, std::string_view type);
 
 }  // namespace ventrix::desk

@@ -7,19 +7,19 @@
 namespace ventrix::desk {
 namespace {
 
-void MakeAbsolute(xmlNode* element, const char* name, const std::string& path) {
+void MakeAbsolute(xmlNode* element, const char* name, const NativePath& path) {
     const std::string reference = Attribute(element, name);
     if (reference.empty() || reference.starts_with("-dita-")) {
         return;
     }
     const std::size_t hash = std::min(reference.find('#'), reference.size());
-    const std::string target = hash == 0 ? path : TargetOf(reference, FolderOf(path)).path;
-    if (!target.empty()) {
+    const NativePath target = hash == 0 ? path : TargetOf(reference, FolderOf(path)).path;
+    if (!target.Empty()) {
         xmlSetProp(element, Xml(name), Xml((FileUri(target) + reference.substr(hash)).c_str()));
     }
 }
 
-void MakeReferencesAbsolute(xmlDoc* document, const std::string& path) {
+void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (node->type != XML_ELEMENT_NODE || node->properties == nullptr) {
@@ -36,20 +36,16 @@ void MakeReferencesAbsolute(xmlDoc* document, const std::string& path) {
     }
 }
 
-bool HasTopic(const xmlNode* node) {
-    return HasType(node, "topic/topic");
-}
-
 xmlNode* FindTopic(xmlNode* root, const std::string& id) {
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
-        if (HasTopic(node) && (id.empty() || Attribute(node, "id") == id)) {
+        if (HasType(node, "topic/topic") && (id.empty() || Attribute(node, "id") == id)) {
             return node;
         }
     }
     return nullptr;
 }
 
-/// An element of this topic, not of one that is nested in it.
+/// The first element with the id below the topic.
 xmlNode* FindElement(xmlNode* topic, const std::string& id) {
     for (xmlNode* node = NextNode(topic, topic); node != nullptr; node = NextNode(node, topic)) {
         if (node->type == XML_ELEMENT_NODE && Attribute(node, "id") == id) {
@@ -61,22 +57,24 @@ xmlNode* FindElement(xmlNode* topic, const std::string& id) {
 
 }  // namespace
 
-DitaDocument LoadDita(const std::string& nativePath, const Ditaval& rules) {
+DitaDocument LoadDita(const NativePath& path, const Ditaval& rules) {
     DitaDocument result;
-    LenientDocument loaded = LoadLeniently(nativePath, LoadFor::kDita);
+    LenientDocument loaded = LoadLeniently(path, LoadFor::kDita);
+    // Only the DTD knows the classes of a specialisation. It is large, so that it is read only for an unknown
+    // name.
     if (loaded.wellFormed && !AddMissingClasses(loaded.document.get())) {
-        loaded = LoadLeniently(nativePath, LoadFor::kStylesheet);
+        loaded = LoadLeniently(path, LoadFor::kStylesheet);
         AddMissingClasses(loaded.document.get());
     }
     if (!loaded.wellFormed) {
-        result.reason = nativePath + ": " + loaded.reason;
+        result.reason = path.utf8 + ": " + loaded.reason;
     } else if (!Filter(rules, loaded.document.get())) {
         result.excluded = true;
     } else {
-        MakeReferencesAbsolute(loaded.document.get(), nativePath);
+        MakeReferencesAbsolute(loaded.document.get(), path);
         result.document = std::move(loaded.document);
         for (const std::string& entity : loaded.undeclaredEntities) {
-            result.remarks.push_back(nativePath + ": " + entity);
+            result.remarks.push_back(path.utf8 + ": " + entity);
         }
     }
     return result;
@@ -87,7 +85,7 @@ std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference) {
         return std::nullopt;
     }
     DitaTarget target;
-    target.path = TargetOf(absoluteReference, "/").path;
+    target.path = TargetOf(absoluteReference, {"/"}).path;
     const std::size_t hash = absoluteReference.find('#');
     if (hash != std::string::npos) {
         const std::string fragment = absoluteReference.substr(hash + 1);
@@ -96,6 +94,11 @@ std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference) {
         target.element = slash < fragment.size() ? fragment.substr(slash + 1) : std::string();
     }
     return target;
+}
+
+bool IsTopicFormat(const std::string& format, const NativePath& target) {
+    return format == "dita" ||
+           (format.empty() && (target.utf8.ends_with(".dita") || target.utf8.ends_with(".xml")));
 }
 
 xmlNode* FindTarget(const xmlDoc* document, const DitaTarget& target) {
@@ -120,7 +123,7 @@ xmlNode* ChildOfType(const xmlNode* parent, std::string_view type) {
 }
 
 std::string TextOf(const xmlNode* node) {
-    const XmlText text(node == nullptr ? nullptr : xmlNodeGetContent(node));
+    const XmlString text(node == nullptr ? nullptr : xmlNodeGetContent(node));
     return std::string(View(text.get()));
 }
 

@@ -1,9 +1,8 @@
-// One DITA map or topic, made ready for a transformation: classes filled in, excluded elements gone, and
-// references to local files turned into absolute `file:` URIs, so that an element may move to another
-// document.
+// One DITA map or topic, prepared for a transformation: missing classes added, excluded elements removed, and
+// references to local files turned into absolute `file:` URIs, so that an element can be moved to another
+// document. Strings are UTF-8.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,32 +15,36 @@ namespace ventrix::desk {
 struct DitaDocument {
     XmlDocument document;  ///< Null if it is missing, not well-formed, or excluded as a whole.
     bool excluded = false;
-    std::vector<std::string> remarks;  ///< Entities that nobody declares, whose text is missing.
-    std::string reason;                ///< Why it cannot be read; one line, empty if it can or is excluded.
+    std::vector<std::string> remarks;  ///< Undeclared entities, whose replacement text is missing.
+    std::string reason;                ///< Why it cannot be read, one line; empty if it can or is excluded.
 };
 
-DitaDocument LoadDita(const std::string& nativePath, const Ditaval& rules);
+DitaDocument LoadDita(const NativePath& path, const Ditaval& rules);
 
 /// What an absolute reference points to.
 struct DitaTarget {
-    std::string path;     ///< Native.
+    NativePath path;
     std::string topic;    ///< The topic's id; empty for the first topic.
-    std::string element;  ///< The element's id within the topic; empty for the topic itself.
+    std::string element;  ///< The element's id in the topic; empty for the topic itself.
 };
 
-/// Nothing if the reference names no local file, as a web address.
+/// Nothing if the reference does not name a local file: a web address, for example.
 std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference);
 
-/// The element that a target names in a document; null if it is not there.
+/// Whether a reference leads to a topic: because its `format`, which may be empty, says so, or else by the
+/// file's extension.
+bool IsTopicFormat(const std::string& format, const NativePath& target);
+
+/// The element that a target names in a document; null if it does not exist.
 xmlNode* FindTarget(const xmlDoc* document, const DitaTarget& target);
 
-/// The first topic, which in a document of several is not the root; null if there is none.
+/// The first topic, which is not the root if the document contains several; null if there is none.
 xmlNode* FirstTopic(const xmlDoc* document);
 
-/// The first child element of the type; null if there is none.
+/// The first child element of this type; null if there is none, or `parent` is null.
 xmlNode* ChildOfType(const xmlNode* parent, std::string_view type);
 
-/// All text below the node, inline elements and all.
+/// The text content of the node and its descendants; empty for null.
 std::string TextOf(const xmlNode* node);
 
 }  // namespace ventrix::desk

@@ -13,10 +13,10 @@ struct MapReader {
     const Ditaval& rules;
     const MessageSink& warnings;
     Navigation navigation;
-    std::vector<std::string> openMaps;  ///< From the root map down, to end on rings.
+    std::vector<NativePath> openMaps;  ///< From the root map down, to detect maps that contain themselves.
 };
 
-/// What topicrefs hand down to the topicrefs inside them.
+/// What topicrefs pass on to the topicrefs in them.
 struct Inherited {
     std::string scope;
     std::string format;
@@ -24,16 +24,11 @@ struct Inherited {
     bool shown = true;
 };
 
-void ReadMap(MapReader& reader, const std::string& path, const Inherited& inherited,
+void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherited,
              std::vector<NavigationItem>& items);
 
 bool EndsWithMap(const std::string& href) {
     return href.substr(0, href.find('#')).ends_with(".ditamap");
-}
-
-bool IsTopicFormat(const std::string& format, const std::string& href) {
-    const std::string path = href.substr(0, href.find('#'));
-    return format == "dita" || (format.empty() && (path.ends_with(".dita") || path.ends_with(".xml")));
 }
 
 std::string NavigationTitle(const xmlNode* topicref) {
@@ -90,6 +85,7 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
     const auto target = DitaTargetOf(item.href);
     if (target.has_value() &&
         (inherited.format == "ditamap" || (inherited.format.empty() && EndsWithMap(item.href)))) {
+        // The format describes the submap, not the topics in it.
         Inherited inside = inherited;
         inside.format.clear();
         ReadMap(reader, target->path, inside, items);
@@ -97,8 +93,10 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
     }
     item.title = NavigationTitle(topicref);
     item.shown = inherited.shown && !inherited.resourceOnly;
-    item.page = target.has_value() && !inherited.resourceOnly && IsTopicFormat(inherited.format, item.href);
+    item.page =
+        target.has_value() && !inherited.resourceOnly && IsTopicFormat(inherited.format, target->path);
     ReadTopicrefs(reader, topicref, inherited, item.children);
+    // A group without a title does not add a level to the navigation.
     if (item.href.empty() && item.title.empty()) {
         std::move(item.children.begin(), item.children.end(), std::back_inserter(items));
     } else {
@@ -106,7 +104,7 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
     }
 }
 
-/// The topics of relationship tables get pages, but stand in no table of contents.
+/// The topics of relationship tables get pages, but do not appear in the table of contents.
 void ReadRelationshipTable(MapReader& reader, xmlNode* table, Inherited inherited,
                            std::vector<NavigationItem>& items) {
     inherited.shown = false;
@@ -136,15 +134,15 @@ std::string MapTitle(const xmlNode* root) {
 }
 
 std::string LanguageOf(const xmlNode* root) {
-    const XmlText language(xmlNodeGetLang(root));
+    const XmlString language(xmlNodeGetLang(root));
     return std::string(View(language.get()));
 }
 
-void ReadMap(MapReader& reader, const std::string& path, const Inherited& inherited,
+void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherited,
              std::vector<NavigationItem>& items) {
     auto& open = reader.openMaps;
     if (std::find(open.begin(), open.end(), path) != open.end()) {
-        reader.warnings(path + ": the map is a part of itself");
+        reader.warnings(path.utf8 + ": the map contains itself; remove the reference to it");
         return;
     }
     const DitaDocument map = LoadDita(path, reader.rules);
@@ -166,10 +164,10 @@ void ReadMap(MapReader& reader, const std::string& path, const Inherited& inheri
 
 }  // namespace
 
-Navigation ReadNavigation(const std::string& mapPath, const Ditaval& rules, const MessageSink& warnings) {
+Navigation ReadNavigation(const NativePath& map, const Ditaval& rules, const MessageSink& warnings) {
     MapReader reader{.rules = rules, .warnings = warnings, .navigation = {}, .openMaps = {}};
     std::vector<NavigationItem> items;
-    ReadMap(reader, mapPath, {}, items);
+    ReadMap(reader, map, {}, items);
     reader.navigation.items = std::move(items);
     return std::move(reader.navigation);
 }

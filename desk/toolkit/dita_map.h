@@ -1,5 +1,5 @@
-// The navigation that a DITA map describes, sub-maps pulled in: topics in order and depth, and the keys.
-// Paths are native; references are absolute.
+// The navigation that a DITA map and its submaps describe: topics in order and depth, and the keys.
+// References are absolute URIs; strings are UTF-8.
 #pragma once
 
 #include <map>
@@ -13,13 +13,13 @@ namespace ventrix::desk {
 
 struct NavigationItem {
     std::string href;   ///< Absolute reference or web address; empty for a heading without a page.
-    std::string title;  ///< As the map gives it; empty if the topic's own title counts.
-    bool page = false;  ///< The reference is to a local topic that gets a page.
-    bool shown = true;  ///< Stands in the table of contents.
+    std::string title;  ///< From the map; empty if the topic's own title is used.
+    bool page = false;  ///< The reference leads to a local topic that gets a page.
+    bool shown = true;  ///< Appears in the table of contents.
     std::vector<NavigationItem> children;
 };
 
-/// What a key stands for. The first definition in the map counts.
+/// What a key is defined as. The first definition in the map counts.
 struct DitaKey {
     std::string href;
     std::string text;
@@ -32,7 +32,7 @@ struct Navigation {
     std::map<std::string, DitaKey> keys;
 };
 
-/// A sub-map that is missing, broken or a part of itself is a warning.
-Navigation ReadNavigation(const std::string& mapPath, const Ditaval& rules, const MessageSink& warnings);
+/// A submap that is missing, not well-formed or contains itself is reported as a warning and left out.
+Navigation ReadNavigation(const NativePath& map, const Ditaval& rules, const MessageSink& warnings);
 
 }  // namespace ventrix::desk

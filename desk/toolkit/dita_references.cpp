@@ -8,13 +8,13 @@ namespace ventrix::desk {
 namespace {
 
 constexpr std::size_t kKeptDocuments = 8;
-constexpr int kMostConrefs = 20'000;  ///< Of one document: content that doubles with every level must end.
+constexpr int kMaxConrefs = 20'000;  ///< In one document: content that doubles with each level has to end.
 
 bool HasTitle(const xmlNode* node) {
     return ChildOfType(node, "topic/title") != nullptr;
 }
 
-void CollectTitles(const xmlDoc* document, TopicTexts& texts) {
+void CollectTitles(const xmlDoc* document, TopicSummary& summary) {
     xmlNode* root = xmlDocGetRootElement(document);
     std::string topic;
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
@@ -25,25 +25,27 @@ void CollectTitles(const xmlDoc* document, TopicTexts& texts) {
         const bool isTopic = HasType(node, "topic/topic");
         topic = isTopic ? id : topic;
         if (!id.empty() && HasTitle(node)) {
-            texts.titles.insert({isTopic ? id : topic + "/" + id, TextOf(ChildOfType(node, "topic/title"))});
+            summary.titles.insert(
+                {isTopic ? id : topic + "/" + id, TextOf(ChildOfType(node, "topic/title"))});
         }
     }
 }
 
-TopicTexts TextsOf(const xmlDoc* document) {
-    TopicTexts texts;
+TopicSummary SummaryOf(const xmlDoc* document) {
+    TopicSummary summary;
     const xmlNode* topic = FirstTopic(document);
-    texts.title = TextOf(ChildOfType(topic, "topic/title"));
+    summary.title = TextOf(ChildOfType(topic, "topic/title"));
     const xmlNode* shortDescription = ChildOfType(topic, "topic/shortdesc");
     const xmlNode* abstract = ChildOfType(topic, "topic/abstract");
-    texts.shortDescription =
+    summary.shortDescription =
         TextOf(shortDescription != nullptr ? shortDescription : ChildOfType(abstract, "topic/shortdesc"));
-    CollectTitles(document, texts);
-    return texts;
+    CollectTitles(document, summary);
+    return summary;
 }
 
-/// The copy keeps what the referring element says of itself.
-void CarryAttributes(const xmlNode* referring, xmlNode* copy) {
+/// Attributes of the referring element override those of the target. The copy has no id, as the target keeps
+/// it.
+void OverrideAttributes(const xmlNode* referring, xmlNode* copy) {
     xmlUnsetProp(copy, Xml("id"));
     for (const xmlAttr* attribute = referring->properties; attribute != nullptr;
          attribute = attribute->next) {
@@ -56,8 +58,9 @@ void CarryAttributes(const xmlNode* referring, xmlNode* copy) {
     }
 }
 
-/// The copy in the referring element's place; null if the target is not there.
-xmlNode* PutCopy(xmlNode* referring, DitaLibrary& library) {
+/// Replaces the referring element with a copy of its target; null, with the element unchanged, if there is no
+/// target.
+xmlNode* ReplaceWithTarget(xmlNode* referring, DitaLibrary& library) {
     const auto target = DitaTargetOf(Attribute(referring, "conref"));
     const xmlDoc* document = target.has_value() ? library.Document(target->path) : nullptr;
     xmlNode* original = document == nullptr ? nullptr : FindTarget(document, *target);
@@ -65,16 +68,19 @@ xmlNode* PutCopy(xmlNode* referring, DitaLibrary& library) {
         return nullptr;
     }
     xmlNode* copy = xmlDocCopyNode(original, referring->doc, 1);
-    CarryAttributes(referring, copy);
+    OverrideAttributes(referring, copy);
     xmlReplaceNode(referring, copy);
     xmlFreeNode(referring);
     return copy;
 }
 
+/// A copy may contain references of its own, which are resolved in turn: the walk goes on in the copy, not
+/// after it. Two things could keep it from ending. A target that contains a reference to itself is recognised
+/// because its reference is still open; targets that each contain the next one twice are stopped by a limit.
 struct ConrefRun {
     DitaLibrary& library;
     const MessageSink& warnings;
-    std::vector<std::string> open;  ///< What is being pulled in; content that pulls in itself ends there.
+    std::vector<std::string> open;  ///< The references whose copies enclose the current element.
     int copies = 0;
 };
 
@@ -86,15 +92,15 @@ void ResolveChildren(ConrefRun& run, xmlNode* parent) {
     }
 }
 
-/// Gives the element that now stands in the place of this one.
+/// Resolves the element and its descendants. Returns the element that is now in its place.
 xmlNode* Resolve(ConrefRun& run, xmlNode* element) {
     const std::string conref = Attribute(element, "conref");
-    const bool ring = std::find(run.open.begin(), run.open.end(), conref) != run.open.end();
-    const bool tooMany = !conref.empty() && ++run.copies > kMostConrefs;
-    xmlNode* copy = conref.empty() || ring || tooMany ? nullptr : PutCopy(element, run.library);
+    const bool cycle = std::find(run.open.begin(), run.open.end(), conref) != run.open.end();
+    const bool tooMany = !conref.empty() && ++run.copies > kMaxConrefs;
+    xmlNode* copy = conref.empty() || cycle || tooMany ? nullptr : ReplaceWithTarget(element, run.library);
     if (copy == nullptr) {
         if (!conref.empty()) {
-            run.warnings("no content for conref=\"" + conref + "\"");
+            run.warnings("conref=\"" + conref + "\" has no usable target; the element keeps its own content");
             xmlUnsetProp(element, Xml("conref"));
         }
         ResolveChildren(run, element);
@@ -123,7 +129,7 @@ void ApplyKey(xmlNode* element, const DitaKey& key, const std::string& elementId
 
 }  // namespace
 
-const DitaDocument& DitaLibrary::Load(const std::string& path) {
+const DitaDocument& DitaLibrary::Load(const NativePath& path) {
     const auto known = std::find_if(recent_.begin(), recent_.end(),
                                     [&path](const Entry& entry) { return entry.path == path; });
     if (known != recent_.end()) {
@@ -137,22 +143,22 @@ const DitaDocument& DitaLibrary::Load(const std::string& path) {
     return recent_.front().loaded;
 }
 
-const xmlDoc* DitaLibrary::Document(const std::string& path) {
+const xmlDoc* DitaLibrary::Document(const NativePath& path) {
     return Load(path).document.get();
 }
 
-const TopicTexts& DitaLibrary::Texts(const std::string& path) {
-    const auto known = texts_.find(path);
-    if (known != texts_.end()) {
+const TopicSummary& DitaLibrary::Summary(const NativePath& path) {
+    const auto known = summaries_.find(path);
+    if (known != summaries_.end()) {
         return known->second;
     }
     const DitaDocument& loaded = Load(path);
-    TopicTexts texts;
+    TopicSummary summary;
     if (loaded.document != nullptr) {
-        texts = TextsOf(loaded.document.get());
+        summary = SummaryOf(loaded.document.get());
     }
-    texts.excluded = loaded.excluded;
-    return texts_.insert({path, std::move(texts)}).first->second;
+    summary.excluded = loaded.excluded;
+    return summaries_.insert({path, std::move(summary)}).first->second;
 }
 
 void ResolveConrefs(xmlDoc* document, DitaLibrary& library, const MessageSink& warnings) {
@@ -172,7 +178,7 @@ void ResolveKeyrefs(xmlDoc* document, const std::map<std::string, DitaKey>& keys
         const std::size_t slash = std::min(reference.find('/'), reference.size());
         const auto key = keys.find(reference.substr(0, slash));
         if (key == keys.end()) {
-            warnings("the map defines no key \"" + reference.substr(0, slash) + "\"");
+            warnings("keyref=\"" + reference + "\": the map does not define this key");
             continue;
         }
         ApplyKey(node, key->second, slash < reference.size() ? reference.substr(slash + 1) : std::string());
@@ -184,13 +190,13 @@ std::string TitleOf(const std::string& absoluteReference, DitaLibrary& library) 
     if (!target.has_value()) {
         return {};
     }
-    const TopicTexts& texts = library.Texts(target->path);
+    const TopicSummary& summary = library.Summary(target->path);
     if (target->topic.empty()) {
-        return texts.title;
+        return summary.title;
     }
     const auto title =
-        texts.titles.find(target->element.empty() ? target->topic : target->topic + "/" + target->element);
-    return title == texts.titles.end() ? std::string() : title->second;
+        summary.titles.find(target->element.empty() ? target->topic : target->topic + "/" + target->element);
+    return title == summary.titles.end() ? std::string() : title->second;
 }
 
 }  // namespace ventrix::desk

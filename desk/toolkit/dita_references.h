@@ -1,5 +1,6 @@
-// What the references inside a topic come to: content pulled in from other topics, texts that keys stand for,
-// and the titles of link targets. Every document is read under one set of rules.
+// Resolves the references in a topic: content that is reused from other topics (conref), text that keys are
+// defined as (keyref), and the titles of link targets. All documents are filtered with the same rules.
+// Strings are UTF-8.
 #pragma once
 
 #include <list>
@@ -12,42 +13,43 @@
 
 namespace ventrix::desk {
 
-struct TopicTexts {
+struct TopicSummary {
     std::string title;
     std::string shortDescription;
     bool excluded = false;
     std::unordered_map<std::string, std::string> titles;  ///< By "topic" and by "topic/element", for links.
 };
 
-/// Reads other documents when they are asked for. The last few stay in memory, and of all of them the titles.
+/// Loads the documents that topics refer to. The most recently used ones stay in memory, and the titles of
+/// all. `rules` must outlive the library.
 class DitaLibrary {
   public:
     explicit DitaLibrary(const Ditaval& rules) : rules_(rules) {}
 
-    /// Null if the document cannot be read or is excluded. It stays the library's, until eight others were
-    /// asked for.
-    const xmlDoc* Document(const std::string& path);
+    /// Null if the document cannot be read or is excluded. The library owns it and may free it when eight
+    /// other documents have been requested.
+    const xmlDoc* Document(const NativePath& path);
 
-    /// All empty if the document cannot be read.
-    const TopicTexts& Texts(const std::string& path);
+    /// All strings are empty if the document cannot be read.
+    const TopicSummary& Summary(const NativePath& path);
 
   private:
     struct Entry {
-        std::string path;
+        NativePath path;
         DitaDocument loaded;
     };
-    const DitaDocument& Load(const std::string& path);
+    const DitaDocument& Load(const NativePath& path);
 
     const Ditaval& rules_;
     std::list<Entry> recent_;
-    std::unordered_map<std::string, TopicTexts> texts_;
+    std::map<NativePath, TopicSummary> summaries_;
 };
 
-/// Replaces each element that has a `conref` by a copy of its target, which may refer further. What cannot be
-/// resolved stays, with a warning.
+/// Replaces each element that has a `conref` with a copy of its target, in which further ones are replaced
+/// too. An element whose target cannot be found is kept, and reported as a warning.
 void ResolveConrefs(xmlDoc* document, DitaLibrary& library, const MessageSink& warnings);
 
-/// Gives elements with a `keyref` the key's reference, and its text where they have none.
+/// Gives elements with a `keyref` the key's reference, and the key's text if they are empty.
 void ResolveKeyrefs(xmlDoc* document, const std::map<std::string, DitaKey>& keys,
                     const MessageSink& warnings);
 

@@ -8,7 +8,7 @@
 namespace ventrix::desk {
 namespace {
 
-/// The values that one attribute gives for one condition.
+/// One conditional attribute, or one group in it, and its values separated by whitespace.
 struct Condition {
     std::string attribute;
     std::string values;
@@ -25,21 +25,21 @@ bool ExcludesValue(const Ditaval& rules, const std::string& attribute, const std
 }
 
 bool ExcludesAll(const Ditaval& rules, const Condition& condition) {
-    constexpr std::string_view kBlanks = " \t\r\n";
+    constexpr std::string_view kWhitespace = " \t\r\n";
     bool anyValue = false;
     const std::string& values = condition.values;
-    for (std::size_t at = values.find_first_not_of(kBlanks); at != std::string::npos;) {
-        const std::size_t end = std::min(values.find_first_of(kBlanks, at), values.size());
+    for (std::size_t at = values.find_first_not_of(kWhitespace); at != std::string::npos;) {
+        const std::size_t end = std::min(values.find_first_of(kWhitespace, at), values.size());
         if (!ExcludesValue(rules, condition.attribute, values.substr(at, end - at))) {
             return false;
         }
         anyValue = true;
-        at = values.find_first_not_of(kBlanks, end);
+        at = values.find_first_not_of(kWhitespace, end);
     }
     return anyValue;
 }
 
-/// Takes the groups, `audience(expert novice)`, out of the value.
+/// Removes the first group, `audience(expert novice)`, from the value.
 std::optional<Condition> TakeGroup(std::string& values) {
     const std::size_t open = values.find('(');
     const std::size_t close = values.find(')', std::min(open, values.size()));
@@ -85,10 +85,10 @@ void AddRule(Ditaval& rules, const xmlNode* element) {
 
 }  // namespace
 
-std::optional<Ditaval> ReadDitaval(const std::string& path, std::string& reason) {
+std::optional<Ditaval> ReadDitaval(const NativePath& path, std::string& reason) {
     const LenientDocument loaded = LoadLeniently(path);
     if (!loaded.wellFormed) {
-        reason = path + ": " + loaded.reason;
+        reason = path.utf8 + ": " + loaded.reason;
         return std::nullopt;
     }
     Ditaval rules;
@@ -123,6 +123,7 @@ bool Filter(const Ditaval& rules, xmlDoc* document) {
             node = NextNode(node, root);
             continue;
         }
+        // The next node to visit is the one after the excluded subtree, which is gone in the next iteration.
         xmlNode* excluded = node;
         while (node != nullptr && node != root && node->next == nullptr) {
             node = node->parent;

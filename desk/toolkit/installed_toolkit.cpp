@@ -12,92 +12,97 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A toolkit as it was found: how to start it, or why it cannot be.
+/// How to start a toolkit, or why that is not possible.
 struct Toolkit {
-    std::string command;  ///< The `dita` command; empty for one that Ant runs.
-    std::string ant;      ///< The `ant` command.
-    std::string folder;   ///< Of the build file.
+    NativePath command;  ///< The `dita` command; empty if Ant runs the toolkit.
+    NativePath ant;      ///< The `ant` command.
+    NativePath folder;   ///< Contains the build file.
     std::string reason;
 };
 
-/// A folder of its own for the toolkit's work, gone at the end.
+/// A temporary folder for the toolkit's work, removed at the end.
 class WorkFolder {
   public:
     WorkFolder() {
-        std::string pattern = (fs::temp_directory_path() / "ventrix-dita-XXXXXX").string();
-        path_ = mkdtemp(pattern.data()) == nullptr ? std::string() : pattern;
+        std::string pattern = FromFilesystem(fs::temp_directory_path() / "ventrix-dita-XXXXXX").utf8;
+        path_ = mkdtemp(pattern.data()) == nullptr ? NativePath{} : NativePath{pattern};
     }
     ~WorkFolder() {
         std::error_code error;
-        fs::remove_all(path_, error);
+        fs::remove_all(ToFilesystem(path_), error);
     }
     WorkFolder(const WorkFolder&) = delete;
     WorkFolder& operator=(const WorkFolder&) = delete;
-    std::string operator/(const char* name) const { return path_ + "/" + name; }
-    bool Exists() const { return !path_.empty(); }
+    NativePath operator/(const char* name) const { return {path_.utf8 + "/" + name}; }
+    bool Exists() const { return !path_.Empty(); }
 
   private:
-    std::string path_;
+    NativePath path_;
 };
 
-Toolkit AntToolkit(const std::string& folder) {
+Toolkit AntToolkit(const NativePath& folder) {
     Toolkit toolkit{.command = {}, .ant = FindProgram("ant"), .folder = folder, .reason = {}};
-    if (toolkit.ant.empty()) {
-        toolkit.reason = "the DITA Open Toolkit in " + folder + " needs ant; install the package ant";
+    if (toolkit.ant.Empty()) {
+        toolkit.reason = "the DITA Open Toolkit in " + folder.utf8 + " needs ant; install the package ant";
     }
     return toolkit;
 }
 
-Toolkit ToolkitIn(const std::string& folder) {
-    Toolkit toolkit{.command = FindProgram(folder + "/bin/dita"), .ant = {}, .folder = {}, .reason = {}};
-    if (!toolkit.command.empty()) {
+bool HasBuildFile(const NativePath& folder) {
+    return fs::exists(ToFilesystem(folder) / "build.xml");
+}
+
+Toolkit ToolkitIn(const NativePath& folder) {
+    Toolkit toolkit{.command = FindProgram(folder.utf8 + "/bin/dita"), .ant = {}, .folder = {}, .reason = {}};
+    if (!toolkit.command.Empty()) {
         return toolkit;
     }
-    if (fs::exists(folder + "/build.xml")) {
+    if (HasBuildFile(folder)) {
         return AntToolkit(folder);
     }
-    toolkit.reason = folder + " holds no DITA Open Toolkit: neither bin/dita nor build.xml is there";
+    toolkit.reason = folder.utf8 + " contains no DITA Open Toolkit (neither bin/dita nor build.xml)";
     return toolkit;
 }
 
 Toolkit FindToolkit(const std::string& name) {
-    constexpr const char* kDebianFolder = "/usr/share/dita-ot";
+    const NativePath debianFolder{"/usr/share/dita-ot"};
     if (name != "installed") {
         std::error_code error;
-        return ToolkitIn(fs::absolute(name, error).lexically_normal().string());
+        return ToolkitIn(FromFilesystem(fs::absolute(ToFilesystem({name}), error).lexically_normal()));
     }
     Toolkit toolkit{.command = FindProgram("dita"), .ant = {}, .folder = {}, .reason = {}};
-    if (!toolkit.command.empty()) {
+    if (!toolkit.command.Empty()) {
         return toolkit;
     }
-    if (fs::exists(std::string(kDebianFolder) + "/build.xml")) {
-        return AntToolkit(kDebianFolder);
+    if (HasBuildFile(debianFolder)) {
+        return AntToolkit(debianFolder);
     }
     toolkit.reason =
-        "no DITA Open Toolkit is installed; install the packages dita-ot, ant and libxalan2-java, or name "
-        "its folder";
+        "no DITA Open Toolkit is installed; install the packages dita-ot, ant and libxalan2-java, or "
+        "name a toolkit's folder";
     return toolkit;
 }
 
-/// Xalan's serialiser tests whether an encoding has a character half by half, and writes each half of a
-/// character beyond the basic plane as a reference that no parser takes. It reads its encodings from this
-/// resource; with UTF-16 in UTF-8's place, the test holds for every half, and the text is still written in
-/// UTF-8.
-void WriteEncodings(const std::string& classes) {
-    fs::create_directories(classes + "/org/apache/xml/serializer");
-    std::ofstream(classes + "/org/apache/xml/serializer/Encodings.properties")
+/// Works around a failure in Xalan's serialiser. It asks for each half of a surrogate pair whether the
+/// encoding contains it, and if not, writes each half as a character reference, which no parser accepts. The
+/// list of encodings is a resource on the class path. In this one, the entry for UTF-8 has the Java name
+/// UTF-16, which contains every half; the output is still written in UTF-8.
+void WriteEncodings(const NativePath& classes) {
+    const fs::path package = ToFilesystem(classes) / "org/apache/xml/serializer";
+    fs::create_directories(package);
+    std::ofstream(package / "Encodings.properties")
         << "ASCII ASCII,US-ASCII 0x007F\nISO8859_1 ISO-8859-1 0x00FF\nUTF-16 UTF-8 0x00FFFF\nUnicode UTF-16 "
            "0xFFFF\n";
 }
 
-void AppendLibraries(std::vector<std::string>& arguments, const std::string& folder) {
-    std::vector<std::string> libraries{folder + "/lib"};
+void AppendLibraries(std::vector<std::string>& arguments, const NativePath& folder) {
+    std::vector<std::string> libraries{folder.utf8 + "/lib"};
     for (const char* jar :
          {"xercesImpl", "xml-apis", "xml-resolver", "xalan2", "serializer", "commons-codec"}) {
         libraries.push_back("/usr/share/java/" + std::string(jar) + ".jar");
     }
     for (const std::string& library : libraries) {
-        if (fs::exists(library)) {
+        if (fs::exists(ToFilesystem({library}))) {
             arguments.insert(arguments.end(), {"-lib", library});
         }
     }
@@ -105,92 +110,95 @@ void AppendLibraries(std::vector<std::string>& arguments, const std::string& fol
 
 std::vector<std::string> AntArguments(const Toolkit& toolkit, const DitaRun& run, const WorkFolder& work) {
     WriteEncodings(work / "classes");
-    std::vector<std::string> arguments{toolkit.ant, "-lib", work / "classes"};
+    std::vector<std::string> arguments{toolkit.ant.utf8, "-lib", (work / "classes").utf8};
     AppendLibraries(arguments, toolkit.folder);
-    arguments.insert(arguments.end(), {"-f", toolkit.folder + "/build.xml", "-Dargs.input=" + run.document,
-                                       "-Dtranstype=xhtml", "-Doutput.dir=" + (work / "out"),
-                                       "-Ddita.temp.dir=" + (work / "temp")});
-    if (!run.ditaval.empty()) {
-        arguments.push_back("-Ddita.input.valfile=" + run.ditaval);
+    arguments.insert(
+        arguments.end(),
+        {"-f", toolkit.folder.utf8 + "/build.xml", "-Dargs.input=" + run.document.utf8, "-Dtranstype=xhtml",
+         "-Doutput.dir=" + (work / "out").utf8, "-Ddita.temp.dir=" + (work / "temp").utf8});
+    if (!run.ditaval.Empty()) {
+        arguments.push_back("-Ddita.input.valfile=" + run.ditaval.utf8);
     }
     return arguments;
 }
 
 std::vector<std::string> DitaArguments(const Toolkit& toolkit, const DitaRun& run, const WorkFolder& work) {
-    std::vector<std::string> arguments{toolkit.command, "--input=" + run.document, "--format=xhtml",
-                                       "--output=" + (work / "out"), "--temp=" + (work / "temp")};
-    if (!run.ditaval.empty()) {
-        arguments.push_back("--filter=" + run.ditaval);
+    std::vector<std::string> arguments{toolkit.command.utf8, "--input=" + run.document.utf8, "--format=xhtml",
+                                       "--output=" + (work / "out").utf8, "--temp=" + (work / "temp").utf8};
+    if (!run.ditaval.Empty()) {
+        arguments.push_back("--filter=" + run.ditaval.utf8);
     }
     return arguments;
 }
 
-/// Hands the pages over and counts them.
-int MoveOutput(const std::string& from, const std::string& to, std::string& reason) {
+/// Copies the output to its place and counts the pages.
+int MoveOutput(const NativePath& from, const NativePath& to, std::string& reason) {
     std::error_code error;
     int pages = 0;
-    fs::create_directories(from, error);
-    for (const auto& entry : fs::recursive_directory_iterator(from, error)) {
+    fs::create_directories(ToFilesystem(from), error);
+    for (const auto& entry : fs::recursive_directory_iterator(ToFilesystem(from), error)) {
         const std::string extension = entry.path().extension().string();
         pages += extension == ".html" || extension == ".htm" ? 1 : 0;
     }
-    fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::overwrite_existing, error);
+    fs::copy(ToFilesystem(from), ToFilesystem(to),
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing, error);
     if (error) {
-        reason = to + " cannot be written: " + error.message();
+        reason = to.utf8 + " cannot be written: " + error.message();
     }
     return pages;
 }
 
-/// The line in which the toolkit tells what went wrong; empty if none does.
-std::string FaultIn(const std::string& logFile) {
-    std::ifstream log(logFile);
-    std::string fault;
+/// The line of the log that describes the failure: the last one after "BUILD FAILED", or else the first error
+/// message. Empty if there is none.
+std::string FailureIn(const NativePath& logFile) {
+    std::ifstream log(ToFilesystem(logFile));
+    std::string failure;
     bool failed = false;
     for (std::string line; std::getline(log, line);) {
         failed = failed || line.starts_with("BUILD FAILED");
-        const bool tells = failed
-                               ? !line.empty() && !line.starts_with("Total time")
-                               : line.find("[FATAL]") != std::string::npos ||
-                                     line.find("[ERROR]") != std::string::npos || line.starts_with("Error:");
-        if (tells && (failed || fault.empty())) {
-            fault = line;
+        const bool describes = failed ? !line.empty() && !line.starts_with("Total time")
+                                      : line.find("[FATAL]") != std::string::npos ||
+                                            line.find("[ERROR]") != std::string::npos ||
+                                            line.starts_with("Error:");
+        if (describes && (failed || failure.empty())) {
+            failure = line;
         }
     }
-    return fault.substr(std::min(fault.find_first_not_of(' '), fault.size()));
+    return failure.substr(std::min(failure.find_first_not_of(' '), failure.size()));
 }
 
 std::string Outcome(std::optional<int> status, int pages, const std::string& program,
-                    const std::string& logFile) {
+                    const NativePath& logFile) {
     if (!status.has_value()) {
-        return program + " cannot be started";
+        return program + " cannot be started; check that it is executable";
     }
-    const std::string fault = FaultIn(logFile);
+    const std::string failure = FailureIn(logFile);
     if (*status != 0) {
         return "the DITA Open Toolkit failed with exit status " + std::to_string(*status) +
-               (fault.empty() ? "" : ": " + fault);
+               (failure.empty() ? "" : ": " + failure);
     }
-    return pages == 0 ? "the DITA Open Toolkit wrote no page" + (fault.empty() ? "" : ": " + fault)
+    return pages == 0 ? "the DITA Open Toolkit wrote no page" + (failure.empty() ? "" : ": " + failure)
                       : std::string();
 }
 
 }  // namespace
 
 std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitName,
-                                const std::string& logFile) {
+                                const NativePath& logFile) {
     const Toolkit toolkit = FindToolkit(toolkitName);
     if (!toolkit.reason.empty()) {
         return toolkit.reason;
     }
     const WorkFolder work;
     if (!work.Exists()) {
-        return "no folder for the toolkit's work can be made in " + fs::temp_directory_path().string();
+        return "no temporary folder for the toolkit can be created in " + fs::temp_directory_path().string();
     }
-    const bool ant = toolkit.command.empty();
+    const bool ant = toolkit.command.Empty();
     std::vector<std::string> arguments =
         ant ? AntArguments(toolkit, run, work) : DitaArguments(toolkit, run, work);
-    // Topics beside or above the map's folder then stay inside of the output, in the folders that they have.
+    // With these, topics outside the map's folder are published in the corresponding folders of the output.
     arguments.insert(arguments.end(), {"-Dgenerate.copy.outer=3", "-Douter.control=quiet"});
-    run.log("toolkit " + (ant ? toolkit.folder : toolkit.command));
+    run.log("toolkit " + (ant ? toolkit.folder : toolkit.command).utf8);
     const std::optional<int> status = RunProgram(arguments, logFile);
     std::string unwritten;
     const int pages = MoveOutput(work / "out", run.pages, unwritten);

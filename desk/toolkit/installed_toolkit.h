@@ -1,5 +1,5 @@
-// The transformation with a DITA Open Toolkit that is installed on the machine: a `dita` command, or a build
-// file for Ant as older toolkits have it. Paths are native.
+// The transformation with a DITA Open Toolkit that is installed on the machine: through its `dita` command,
+// or through Ant for older versions, which have only a build file.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace ventrix::desk {
 
-/// `toolkit` is "installed" or a toolkit's folder; the program's output goes to the log file. Empty after a
-/// success; else the reason, one line. What a failed run wrote is handed over all the same.
-std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkit, const std::string& logFile);
+/// `toolkit` is "installed" or a toolkit's folder; the program's output is appended to the log file. Empty on
+/// success; else the reason, one line. The pages that a failed run wrote are delivered all the same.
+std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkit, const NativePath& logFile);
 
 }  // namespace ventrix::desk

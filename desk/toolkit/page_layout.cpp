@@ -4,50 +4,42 @@
 #include <filesystem>
 
 #include "desk/documents/document_files.h"
-#include "desk/xml/reference_path.h"
-#include "desk/xml/xml_handles.h"
-#include "platform/drives.h"
-
-#include <libxml/uri.h>
 
 namespace ventrix::desk {
 namespace {
 
-std::string CommonFolder(const std::string& a, const std::string& b) {
-    const auto ends = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-    const std::string common(a.begin(), ends.first);
-    return common.substr(0, common.rfind('/') + 1);
+NativePath CommonFolder(const NativePath& a, const NativePath& b) {
+    const auto ends = std::ranges::mismatch(a.utf8, b.utf8);
+    return FolderOf({std::string(a.utf8.begin(), ends.in1)});
 }
 
 }  // namespace
 
-PageLayout LayoutOf(const std::string& document, const std::string& outputBase) {
+PageLayout LayoutOf(const NativePath& document, const NativePath& outputBase) {
     PageLayout layout{.sourceBase = FolderOf(document), .outputBase = outputBase};
     for (const DocumentFile& file : ListDocumentFiles(document).files) {
-        const std::string path = platform::ToNative(file.path);
-        if (path.starts_with('/') && std::filesystem::exists(path)) {
-            layout.sourceBase = CommonFolder(layout.sourceBase, path);
+        if (!file.path.Empty() && std::filesystem::exists(ToFilesystem(file.path))) {
+            layout.sourceBase = CommonFolder(layout.sourceBase, file.path);
         }
     }
     return layout;
 }
 
-std::string OutputOf(const PageLayout& layout, const std::string& source) {
-    return source.starts_with(layout.sourceBase) ? layout.outputBase + source.substr(layout.sourceBase.size())
-                                                 : std::string();
+NativePath OutputOf(const PageLayout& layout, const NativePath& source) {
+    const std::string& base = layout.sourceBase.utf8;
+    return source.utf8.starts_with(base)
+               ? NativePath{layout.outputBase.utf8 + source.utf8.substr(base.size())}
+               : NativePath{};
 }
 
-std::string PageOf(const PageLayout& layout, const std::string& topic) {
-    const std::string place = OutputOf(layout, topic);
-    return place.empty() ? place : std::filesystem::path(place).replace_extension(".html").string();
+NativePath PageOf(const PageLayout& layout, const NativePath& topic) {
+    const NativePath copy = OutputOf(layout, topic);
+    return copy.Empty() ? copy : FromFilesystem(ToFilesystem(copy).replace_extension(".html"));
 }
 
-std::string RelativeReference(const std::string& fromPage, const std::string& toFile) {
-    const std::string relative = std::filesystem::path(toFile)
-                                     .lexically_relative(std::filesystem::path(fromPage).parent_path())
-                                     .string();
-    const XmlText escaped(xmlURIEscapeStr(Xml(relative.c_str()), Xml("/")));
-    return std::string(View(escaped.get()));
+std::string RelativeReference(const NativePath& fromPage, const NativePath& toFile) {
+    const std::filesystem::path folder = ToFilesystem(fromPage).parent_path();
+    return PercentEncoded(FromFilesystem(ToFilesystem(toFile).lexically_relative(folder)).utf8);
 }
 
 }  // namespace ventrix::desk

@@ -1,26 +1,28 @@
-// Where the pages of a DITA publication lie: the folders of the sources, from their common folder on. Native
-// paths.
+// Where the pages of a DITA publication go: the output repeats the folders of the sources below their common
+// folder.
 #pragma once
 
 #include <string>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
 struct PageLayout {
-    std::string sourceBase;  ///< The common folder of all files of the document, with its closing slash.
-    std::string outputBase;  ///< Where that folder's pages go, with a closing slash.
+    NativePath sourceBase;  ///< The common folder of all files of the document, with its closing slash.
+    NativePath outputBase;  ///< The folder in the output that corresponds to it, with its closing slash.
 };
 
-/// The layout of the document and all local files that it refers to.
-PageLayout LayoutOf(const std::string& document, const std::string& outputBase);
+/// The layout for the document and all local files that it refers to.
+PageLayout LayoutOf(const NativePath& document, const NativePath& outputBase);
 
-/// Where a file is copied to; empty if it does not lie below the common folder.
-std::string OutputOf(const PageLayout& layout, const std::string& source);
+/// Where a file is copied to; empty if it is not in the common folder.
+NativePath OutputOf(const PageLayout& layout, const NativePath& source);
 
-/// The page of a topic: its place with ".html" for its extension; empty as above.
-std::string PageOf(const PageLayout& layout, const std::string& topic);
+/// The page of a topic: as above, with the extension ".html".
+NativePath PageOf(const PageLayout& layout, const NativePath& topic);
 
-/// A URI reference from one page to another output file.
-std::string RelativeReference(const std::string& fromPage, const std::string& toFile);
+/// A URI reference from a page to another output file.
+std::string RelativeReference(const NativePath& fromPage, const NativePath& toFile);
 
 }  // namespace ventrix::desk

@@ -38,8 +38,8 @@ xmlNode* RelatedLinks(xmlNode* topic) {
 
 void AddLink(xmlNode* links, const std::string& href, const char* role, DitaLibrary& library) {
     const auto target = DitaTargetOf(href);
-    const TopicTexts& texts = library.Texts(target->path);
-    if (texts.excluded || texts.title.empty()) {
+    const TopicSummary& summary = library.Summary(target->path);
+    if (summary.excluded || summary.title.empty()) {
         return;
     }
     xmlNode* link = xmlNewChild(links, nullptr, Xml("link"), nullptr);
@@ -47,20 +47,20 @@ void AddLink(xmlNode* links, const std::string& href, const char* role, DitaLibr
     xmlNewProp(link, Xml("role"), Xml(role));
     xmlNewProp(link, Xml("href"), Xml(href.c_str()));
     xmlNewProp(link, Xml("format"), Xml("dita"));
-    if (!texts.shortDescription.empty() && std::string_view(role) == "child") {
+    if (!summary.shortDescription.empty() && std::string_view(role) == "child") {
         xmlNode* description =
-            xmlNewTextChild(link, nullptr, Xml("desc"), Xml(texts.shortDescription.c_str()));
+            xmlNewTextChild(link, nullptr, Xml("desc"), Xml(summary.shortDescription.c_str()));
         xmlNewProp(description, Xml("class"), Xml("- topic/desc "));
     }
 }
 
 struct ContentsWriter {
     const PageLayout& layout;
-    const std::string& page;
+    const NativePath& page;
     DitaLibrary& library;
 };
 
-/// What an item shows and leads to; both empty for an item that the publication does not hold.
+/// The title and the reference of an item; both empty if the publication does not contain it.
 std::pair<std::string, std::string> TitleAndReference(const ContentsWriter& writer,
                                                       const NavigationItem& item) {
     const auto target = DitaTargetOf(item.href);
@@ -68,15 +68,15 @@ std::pair<std::string, std::string> TitleAndReference(const ContentsWriter& writ
         return {item.title.empty() ? item.href : item.title, item.href};
     }
     if (!item.page) {
-        const std::string output = OutputOf(writer.layout, target->path);
+        const NativePath output = OutputOf(writer.layout, target->path);
         const std::string title =
-            item.title.empty() ? std::filesystem::path(target->path).filename().string() : item.title;
-        return output.empty() ? std::pair<std::string, std::string>()
+            item.title.empty() ? FromFilesystem(ToFilesystem(target->path).filename()).utf8 : item.title;
+        return output.Empty() ? std::pair<std::string, std::string>()
                               : std::pair(title, RelativeReference(writer.page, output));
     }
-    const std::string topicPage = PageOf(writer.layout, target->path);
+    const NativePath topicPage = PageOf(writer.layout, target->path);
     const std::string own = TitleOf(item.href, writer.library);
-    if (topicPage.empty() || !std::filesystem::exists(topicPage)) {
+    if (topicPage.Empty() || !std::filesystem::exists(ToFilesystem(topicPage))) {
         return {};
     }
     const std::string anchor = target->topic.empty() ? "" : "#" + target->topic;
@@ -107,7 +107,7 @@ PageNeighbours NeighboursIn(const Navigation& navigation) {
     return neighbours;
 }
 
-void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const std::string& topic,
+void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const NativePath& topic,
                    DitaLibrary& library) {
     const auto own = neighbours.find(topic);
     xmlNode* first = FirstTopic(document);
@@ -124,7 +124,7 @@ void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const std
     }
 }
 
-XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const std::string& page,
+XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const NativePath& page,
                              DitaLibrary& library) {
     XmlDocument document(xmlNewDoc(Xml("1.0")));
     xmlNode* root = xmlNewDocNode(document.get(), nullptr, Xml("contents"), nullptr);

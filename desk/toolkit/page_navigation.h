@@ -1,9 +1,9 @@
-// Navigation as documents for the stylesheet: the table of contents, and a topic's links to its neighbours in
-// the map.
+// Navigation as input of the stylesheet: the table of contents as a document, and links from a topic to its
+// parent and children in the map as elements of the topic.
 #pragma once
 
+#include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "desk/toolkit/dita_map.h"
@@ -17,20 +17,20 @@ struct Neighbours {
     std::vector<std::string> children;  ///< Absolute references, in order.
 };
 
-/// By the topic's native path; of a topic that stands in the map twice, the first place counts.
-using PageNeighbours = std::unordered_map<std::string, Neighbours>;
+/// By the topic's path; if the map refers to a topic twice, the first place counts.
+using PageNeighbours = std::map<NativePath, Neighbours>;
 
 PageNeighbours NeighboursIn(const Navigation& navigation);
 
-/// Adds links with the roles "parent" and "child" to the first topic's related links, whose references are
-/// absolute.
-void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const std::string& topic,
+/// Adds absolute links with the roles "parent" and "child" to the related links of the document's first
+/// topic.
+void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const NativePath& topic,
                    DitaLibrary& library);
 
 /// `<contents title="..." language="..."><item href="..." title="..."><item .../></item></contents>`, with
-/// references from the page that will hold it. A topic that cannot be read, or is excluded, is no item; what
-/// is inside it is.
-XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const std::string& page,
+/// references relative to the page that will contain it. A topic that cannot be read or is excluded gets no
+/// item; its children take its place.
+XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const NativePath& page,
                              DitaLibrary& library);
 
 }  // namespace ventrix::desk

@@ -6,7 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
+
+#include "platform/process.h"
 
 namespace ventrix::desk {
 namespace {
@@ -23,11 +24,11 @@ std::vector<std::string> EnvironmentInUtf8() {
     return environment;
 }
 
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
+std::vector<char*> Pointers(std::vector<std::string>& strings) {
     std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
+    pointers.reserve(strings.size() + 1);
+    for (std::string& string : strings) {
+        pointers.push_back(string.data());
     }
     pointers.push_back(nullptr);
     return pointers;
@@ -42,28 +43,18 @@ int ExitStatusOf(pid_t child) {
 
 }  // namespace
 
-std::string FindProgram(const std::string& name) {
+NativePath FindProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
-        return access(name.c_str(), X_OK) == 0 ? name : std::string();
+        return access(name.c_str(), X_OK) == 0 ? NativePath{name} : NativePath{};
     }
-    const char* variable = std::getenv("PATH");
-    const std::string path = variable == nullptr ? "/usr/bin:/bin" : variable;
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const std::size_t end = std::min(path.find(':', begin), path.size());
-        std::string candidate = path.substr(begin, end - begin) + "/" + name;
-        if (end > begin && access(candidate.c_str(), X_OK) == 0) {
-            return candidate;
-        }
-        begin = end + 1;
-    }
-    return {};
+    return {platform::FindInPath(name)};
 }
 
-std::optional<int> RunProgram(const std::vector<std::string>& arguments, const std::string& outputFile) {
+std::optional<int> RunProgram(const std::vector<std::string>& arguments, const NativePath& outputFile) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(),
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.utf8.c_str(),
                                      O_WRONLY | O_CREAT | O_APPEND, 0666);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
     std::vector<std::string> words = arguments;

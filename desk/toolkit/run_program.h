@@ -1,19 +1,20 @@
-// Starts a program with its output in a file and waits for it. Arguments and paths are native.
+// Runs a program, with its output in a file, to its end. Strings are UTF-8 and reach the program as they are.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
-/// The program's native path: looked up in PATH if the name has no slash. Empty if it is missing or not
-/// executable.
-std::string FindProgram(const std::string& name);
+/// The program's path; a name without a slash is looked up in PATH. Empty if it is missing or not executable.
+NativePath FindProgram(const std::string& name);
 
-/// Appends the program's standard output and error to the file; its standard input is empty, and its locale
-/// is UTF-8, so that Java reads file names as they are. Gives the exit status, 128 and the number after a
-/// signal, or nothing if it could not be started.
-std::optional<int> RunProgram(const std::vector<std::string>& arguments, const std::string& outputFile);
+/// Appends the program's standard output and error to the file. Its standard input is empty, and its locale
+/// is UTF-8, so that Java decodes file names correctly. Returns the exit status, 128 plus the number of the
+/// signal that ended it, or nothing if it could not be started.
+std::optional<int> RunProgram(const std::vector<std::string>& arguments, const NativePath& outputFile);
 
 }  // namespace ventrix::desk

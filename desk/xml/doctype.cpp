@@ -9,17 +9,18 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view kWhitespace = " \t\r\n";
 constexpr std::size_t kNpos = std::string_view::npos;
 
-/// A place in the prolog. Every step leaves it behind what it passed, or at the text's end.
+/// A position in the prolog. Each step moves it past what it skips; if that is cut off, to the end of the
+/// document.
 struct Cursor {
     std::string_view text;
     std::size_t at = 0;
 
     bool Sees(std::string_view word) const { return text.substr(at).starts_with(word); }
-    void SkipBlanks() { at = std::min(text.find_first_not_of(kBlanks, at), text.size()); }
-    void SkipBehind(std::string_view word) {
+    void SkipWhitespace() { at = std::min(text.find_first_not_of(kWhitespace, at), text.size()); }
+    void SkipPast(std::string_view word) {
         const std::size_t found = text.find(word, at);
         at = found == kNpos ? text.size() : found + word.size();
     }
@@ -28,23 +29,24 @@ struct Cursor {
         const char quote = at < text.size() ? text[at] : '\0';
         if (quote == '"' || quote == '\'') {
             ++at;
-            SkipBehind({&quote, 1});
+            SkipPast({&quote, 1});
         }
     }
     void SkipWord(std::string_view word) {
         at += word.size();
-        SkipBlanks();
+        SkipWhitespace();
     }
 };
 
-/// Goes to the DOCTYPE or to the root's start tag.
+/// Moves to the DOCTYPE or to the root's start tag, past the XML declaration, comments and processing
+/// instructions.
 void SkipMisc(Cursor& cursor) {
     while (true) {
-        cursor.SkipBlanks();
+        cursor.SkipWhitespace();
         if (cursor.Sees("<?")) {
-            cursor.SkipBehind("?>");
+            cursor.SkipPast("?>");
         } else if (cursor.Sees("<!--")) {
-            cursor.SkipBehind("-->");
+            cursor.SkipPast("-->");
         } else {
             return;
         }
@@ -55,7 +57,7 @@ std::string Quoted(std::string_view systemId) {
     return "\"" + std::string(systemId) + "\"";
 }
 
-/// Where in a DOCTYPE the system id stands, or belongs.
+/// The range of the system id in a DOCTYPE, quotes included; an empty range is where it has to be inserted.
 struct SystemIdPlace {
     std::size_t begin = 0;
     std::size_t end = 0;
@@ -65,20 +67,20 @@ struct SystemIdPlace {
 SystemIdPlace FindSystemId(Cursor cursor) {
     cursor.SkipWord("<!DOCTYPE");
     cursor.SkipName();
-    const std::size_t behindName = cursor.at;
-    cursor.SkipBlanks();
+    const std::size_t afterName = cursor.at;
+    cursor.SkipWhitespace();
     if (cursor.Sees("PUBLIC")) {
         cursor.SkipWord("PUBLIC");
         cursor.SkipLiteral();
-        const std::size_t behindPublic = cursor.at;
-        cursor.SkipBlanks();
+        const std::size_t afterPublic = cursor.at;
+        cursor.SkipWhitespace();
         if (!cursor.Sees("\"") && !cursor.Sees("'")) {
-            return {behindPublic, behindPublic};
+            return {afterPublic, afterPublic};
         }
     } else if (cursor.Sees("SYSTEM")) {
         cursor.SkipWord("SYSTEM");
     } else {
-        return {behindName, behindName, true};
+        return {afterName, afterName, true};
     }
     const std::size_t begin = cursor.at;
     cursor.SkipLiteral();
@@ -94,10 +96,10 @@ std::string WithChangedDoctype(const Cursor& doctype, std::string_view systemId)
 }
 
 std::string WithNewDoctype(const Cursor& root, std::string_view systemId) {
-    Cursor behindName = root;
-    ++behindName.at;
-    behindName.SkipName();
-    const std::string_view name = root.text.substr(root.at + 1, behindName.at - root.at - 1);
+    Cursor afterName = root;
+    ++afterName.at;
+    afterName.SkipName();
+    const std::string_view name = root.text.substr(root.at + 1, afterName.at - root.at - 1);
     std::string changed(root.text.substr(0, root.at));
     changed.append("<!DOCTYPE ").append(name).append(" SYSTEM ").append(Quoted(systemId)).append(">\n");
     return changed.append(root.text.substr(root.at));
@@ -129,12 +131,12 @@ std::string Utf8Of(std::string_view utf16) {
             static_cast<std::size_t>(xmlBufferLength(out.get()))};
 }
 
-void SayUtf8(std::string& text) {
+void DeclareUtf8(std::string& text) {
     Cursor cursor{.text = text};
     if (!cursor.Sees("<?xml")) {
         return;
     }
-    cursor.SkipBehind("?>");
+    cursor.SkipPast("?>");
     const std::size_t encoding = text.substr(0, cursor.at).find("encoding");
     if (encoding == kNpos) {
         return;
@@ -151,7 +153,7 @@ std::optional<std::string> WithSystemId(std::string_view text, std::string_view 
     std::string converted;
     if (IsUtf16(text)) {
         converted = Utf8Of(text);
-        SayUtf8(converted);
+        DeclareUtf8(converted);
         text = converted;
     }
     Cursor cursor{.text = text};

@@ -1,6 +1,5 @@
-// The DOCTYPE in the text of an XML document, read and changed without parsing the document: entities that
-// nobody declares, character references, quotes and line ends stay as they are. Texts are the bytes of a
-// file.
+// Changes the DOCTYPE in the bytes of an XML document without parsing the document, so that undeclared
+// entities, character references, quotes and line ends stay as they are.
 #pragma once
 
 #include <optional>
@@ -9,10 +8,11 @@
 
 namespace ventrix::desk {
 
-/// The text with the DOCTYPE's system id replaced, in double quotes. The public id, the internal subset and
-/// every other byte stay. A DOCTYPE without a system id gets one; a document without a DOCTYPE gets one with
-/// the root's name on a line of its own before the root. A text in UTF-16 comes back in UTF-8, and says so,
-/// since an id that is written later in ASCII must be found in it. Nothing if the text has no root element.
-std::optional<std::string> WithSystemId(std::string_view text, std::string_view systemId);
+/// The document with the system id of its DOCTYPE replaced by this one in double quotes. The public id, the
+/// internal subset and every other byte are kept. A DOCTYPE without a system id gets one; a document without
+/// a DOCTYPE gets one on a line of its own before the root. UTF-16 is converted to UTF-8 and declared as
+/// such, because the caller searches the result for the id as an ASCII string. Nothing if there is no root
+/// element.
+std::optional<std::string> WithSystemId(std::string_view document, std::string_view systemId);
 
 }  // namespace ventrix::desk

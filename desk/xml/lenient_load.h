@@ -1,5 +1,5 @@
-// Loads an XML document as far as it can be read: entities that nobody declares are no failure, DTDs come
-// from local files and the XML catalogs only, and nothing is fetched from a network. Paths are native.
+// Loads as much of an XML document as can be read: an undeclared entity is not an error, DTDs come from local
+// files and the XML catalogs only, and nothing is fetched from a network. Strings are UTF-8.
 #pragma once
 
 #include <cstdint>
@@ -7,28 +7,30 @@
 #include <utility>
 #include <vector>
 
+#include "desk/paths/paths.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
 
 struct LenientDocument {
-    XmlDocument document;     ///< What could be read; null if not even a root element.
-    bool wellFormed = false;  ///< True too if undeclared entities are all that is wrong.
-    std::string reason;       ///< Of the first fault, one line, with its line number; empty if well-formed.
-    std::vector<std::string> undeclaredEntities;  ///< One message each, in order.
-    std::pair<std::uint64_t, std::uint64_t>
-        identity;  ///< Device and file number; zeros if it could not be opened.
+    XmlDocument document;     ///< What could be read; null if there is not even a root element.
+    bool wellFormed = false;  ///< True too if undeclared entities are the only errors.
+    std::string reason;       ///< The first error, one line, with its line number; empty if well-formed.
+    std::vector<std::string> undeclaredEntities;  ///< One message for each, in document order.
+
+    /// Device and file number, which are the same for all names of a file; zeros if it could not be opened.
+    std::pair<std::uint64_t, std::uint64_t> identity;
 };
 
+/// What the document is loaded for. A DTD is large, so that it is read only for the purposes that need it.
 enum class LoadFor {
-    kListing,     ///< Entities stay references; the DTD is read only if the document uses an entity that it
-                  ///< lacks.
-    kDita,        ///< Entities are expanded; the DTD is read only if needed, as it is large.
-    kStylesheet,  ///< Entities are expanded, CDATA sections are text, and the DTD's default attributes are
-                  ///< there.
+    kListing,     ///< Entities stay references; the DTD is read only if an entity is undeclared without it.
+    kDita,        ///< Entities are expanded; the DTD is read only if an entity is undeclared without it.
+    kStylesheet,  ///< Entities are expanded, CDATA sections become text nodes, and the DTD's default
+                  ///< attributes are added.
 };
 
-/// A missing file, a folder or a device gives no document and the reason.
-LenientDocument LoadLeniently(const std::string& nativePath, LoadFor purpose = LoadFor::kListing);
+/// If the file is missing, or is a folder or a device, `document` is null and `reason` says so.
+LenientDocument LoadLeniently(const NativePath& path, LoadFor purpose = LoadFor::kListing);
 
 }  // namespace ventrix::desk

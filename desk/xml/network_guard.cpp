@@ -15,7 +15,7 @@ void TakeStructured(void* context, xmlErrorPtr error) {
     if (error->file != nullptr) {
         guard.Append((std::string(error->file) + ":" + std::to_string(error->line) + ": ").c_str());
     }
-    guard.Append(error->message == nullptr ? "unknown fault\n" : error->message);
+    guard.Append(error->message == nullptr ? "unknown error\n" : error->message);
 }
 
 __attribute__((format(printf, 2, 3))) void TakeGeneric(void* context, const char* format, ...) {
@@ -27,7 +27,8 @@ __attribute__((format(printf, 2, 3))) void TakeGeneric(void* context, const char
     static_cast<NetworkGuard*>(context)->Append(piece);
 }
 
-/// Imported stylesheets and document() are checked against the process's default preferences only.
+/// libxslt checks imported stylesheets and document() against the process's default preferences only, so they
+/// cannot be set for one transformation.
 void ForbidNetworkInStylesheets() {
     static const bool done = [] {
         xsltSecurityPrefs* preferences = xsltNewSecurityPrefs();

@@ -1,5 +1,5 @@
-// Keeps libxml2 and libxslt off the network for a scope, and takes their messages. Scopes may nest. The
-// settings of libxml2 are the process's, so the former ones come back at the end.
+// Keeps libxml2 and libxslt off the network while it lives, and receives their messages. Guards may nest: the
+// settings belong to the process, and each guard restores those that it found.
 #pragma once
 
 #include <libxml/parser.h>
@@ -16,7 +16,7 @@ class NetworkGuard {
     NetworkGuard(const NetworkGuard&) = delete;
     NetworkGuard& operator=(const NetworkGuard&) = delete;
 
-    /// Hands a piece of a generic message on, whole lines at a time.
+    /// Adds a piece of a message; complete lines go to the sink.
     void Append(const char* piece);
 
   private:
@@ -24,7 +24,7 @@ class NetworkGuard {
 
     const MessageSink& messages_;
     std::string line_;
-    std::string place_;  ///< libxslt tells the place of an error in a line before the message.
+    std::string place_;  ///< libxslt reports the place of an error on a line before the message.
     xmlExternalEntityLoader loader_;
     xmlStructuredErrorFunc structured_;
     void* structuredContext_;

@@ -1,33 +1,24 @@
-// What file a URI reference names, told from the text alone. Folders and files are native paths, all UTF-8.
+// Which file a URI reference names, decided from the reference alone, without a look at the file system.
+// Strings are UTF-8.
 #pragma once
 
 #include <string>
 #include <string_view>
 
+#include "desk/paths/paths.h"
+
 namespace ventrix::desk {
 
+/// At most one of the three is not empty.
 struct ReferenceTarget {
-    std::string url = {};     ///< A web address, as written; else empty.
-    std::string path = {};    ///< The native path, absolute and without "." or ".."; else empty.
-    std::string remark = {};  ///< Why the reference names no file that can be listed; else empty.
+    std::string url = {};     ///< A web address, as written.
+    NativePath path = {};     ///< A file, absolute and without "." or "..".
+    std::string remark = {};  ///< Why the reference names a file that cannot be listed; one line.
 };
 
-/// `folder` is absolute and ends in a slash. The fragment is dropped, `%20` and its like are decoded, `file:`
-/// URLs and paths with a drive letter are taken as files. A reference of another scheme (`mailto:`) gives
-/// nothing at all.
-ReferenceTarget TargetOf(std::string_view reference, std::string_view folder);
-
-/// Why a path cannot be told to the module: a control character, a backslash, bytes that are no UTF-8. Empty
-/// if it can.
-std::string WhyUnnameable(std::string_view nativePath);
-
-/// The path with "." and ".." and doubled slashes resolved in the text, never above the root.
-std::string NormalPath(std::string_view absolutePath);
-
-/// The folder of an absolute path, with its closing slash.
-std::string FolderOf(std::string_view absolutePath);
-
-/// The `file:` URI of an absolute native path, for parsers that take nothing else.
-std::string FileUri(const std::string& absolutePath);
+/// `folder` is what a relative reference starts from, absolute and with a closing slash. The fragment is
+/// dropped, escapes such as `%20` are decoded, and `file:` URLs and paths with a drive letter count as files.
+/// A reference with another scheme (`mailto:`) gives an empty target.
+ReferenceTarget TargetOf(std::string_view reference, const NativePath& folder);
 
 }  // namespace ventrix::desk

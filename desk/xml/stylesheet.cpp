@@ -6,13 +6,12 @@
 #include <libxslt/variables.h>
 #include <libxslt/xsltutils.h>
 
+#include <filesystem>
 #include <optional>
 
 #include "desk/xml/doctype.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/network_guard.h"
-#include "desk/xml/reference_path.h"
-#include "platform/drives.h"
 #include "platform/files.h"
 
 namespace ventrix::desk {
@@ -24,12 +23,13 @@ struct FreeTransform {
     void operator()(xsltTransformContext* context) const { xsltFreeTransformContext(context); }
 };
 
-/// What a run has beside its tree; the extension element finds it through the context.
+/// What the extension element needs to know and leaves behind; it finds this through the context.
 struct RunState {
-    std::string sourcePath;
+    NativePath sourcePath;
     std::optional<std::string> copiedText;
 };
 
+/// xsltTransformError alone reports the error but lets the transformation go on.
 void FailTransform(xsltTransformContext* context, xmlNode* instruction, const std::string& reason) {
     xsltTransformError(context, nullptr, instruction, "%s\n", reason.c_str());
     context->state = XSLT_STATE_STOPPED;
@@ -38,14 +38,14 @@ void FailTransform(xsltTransformContext* context, xmlNode* instruction, const st
 void CopyDocument(xsltTransformContext* context, xmlNode*, xmlNode* instruction, xsltElemPreComp*) {
     auto& state = *static_cast<RunState*>(context->_private);
     std::string text;
-    const std::string path = platform::ToSystem(state.sourcePath).value_or("");
-    if (platform::ReadWholeFile(path, text) != platform::kErrorNone) {
-        FailTransform(context, instruction, "copy-document: " + state.sourcePath + " cannot be read");
+    const std::string& source = state.sourcePath.utf8;
+    if (platform::ReadWholeFile(source, text) != platform::kErrorNone) {
+        FailTransform(context, instruction, "copy-document: " + source + " cannot be read");
         return;
     }
     state.copiedText = WithSystemId(text, Attribute(instruction, "system-id"));
     if (!state.copiedText.has_value()) {
-        FailTransform(context, instruction, "copy-document: " + state.sourcePath + " has no root element");
+        FailTransform(context, instruction, "copy-document: " + source + " has no root element");
     }
 }
 
@@ -62,7 +62,7 @@ std::string Serialised(const Stylesheet& stylesheet, xmlDoc* tree) {
     xmlChar* bytes = nullptr;
     int length = 0;
     xsltSaveResultToString(&bytes, &length, tree, stylesheet.get());
-    const XmlText owner(bytes);
+    const XmlString owner(bytes);
     return bytes == nullptr
                ? std::string()
                : std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
@@ -70,7 +70,7 @@ std::string Serialised(const Stylesheet& stylesheet, xmlDoc* tree) {
 
 }  // namespace
 
-Stylesheet LoadStylesheet(const std::string& path, const MessageSink& messages) {
+Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages) {
     RegisterExtensions();
     const NetworkGuard guard(messages);
     Stylesheet stylesheet(xsltParseStylesheetFile(Xml(FileUri(path).c_str())));
@@ -80,13 +80,13 @@ Stylesheet LoadStylesheet(const std::string& path, const MessageSink& messages) 
     return stylesheet;
 }
 
-XmlDocument LoadForStylesheet(const std::string& path, const MessageSink& messages) {
+XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages) {
     LenientDocument loaded = LoadLeniently(path, LoadFor::kStylesheet);
     for (const std::string& entity : loaded.undeclaredEntities) {
-        messages(path + ": " + entity);
+        messages(path.utf8 + ": " + entity);
     }
     if (!loaded.wellFormed) {
-        messages(path + ": " + loaded.reason);
+        messages(path.utf8 + ": " + loaded.reason);
         loaded.document.reset();
     }
     return std::move(loaded.document);
@@ -103,7 +103,7 @@ Transformed Transform(const TransformJob& job, const MessageSink& messages) {
     for (const auto& [name, value] : job.parameters) {
         xsltQuoteOneUserParam(context.get(), Xml(name.c_str()), Xml(value.c_str()));
     }
-    const std::string outputUri = job.outputPath.empty() ? std::string() : FileUri(job.outputPath);
+    const std::string outputUri = job.outputPath.Empty() ? std::string() : FileUri(job.outputPath);
     const XmlDocument tree(xsltApplyStylesheetUser(job.stylesheet.get(), job.document, nullptr,
                                                    outputUri.empty() ? nullptr : outputUri.c_str(), nullptr,
                                                    context.get()));
@@ -111,6 +111,12 @@ Transformed Transform(const TransformJob& job, const MessageSink& messages) {
         return {};
     }
     return {true, state.copiedText.has_value() ? *state.copiedText : Serialised(job.stylesheet, tree.get())};
+}
+
+bool WriteOutput(const NativePath& path, std::string_view output) {
+    std::error_code error;
+    std::filesystem::create_directories(ToFilesystem(path).parent_path(), error);
+    return platform::WriteWholeFile(path.utf8, output) == platform::kErrorNone;
 }
 
 }  // namespace ventrix::desk

@@ -17,8 +17,13 @@ bool MayDescend(const xmlNode* node) {
 }  // namespace
 
 std::string Attribute(const xmlNode* element, const char* name) {
-    const XmlText value(xmlGetNoNsProp(element, Xml(name)));
+    const XmlString value(xmlGetNoNsProp(element, Xml(name)));
     return std::string(View(value.get()));
+}
+
+bool HasWord(const xmlNode* element, const char* name, std::string_view word) {
+    const std::string padded = Attribute(element, name) + " ";
+    return padded.find(std::string(" ").append(word).append(" ")) != std::string::npos;
 }
 
 xmlNode* NextNode(xmlNode* node, const xmlNode* top) {

@@ -1,4 +1,5 @@
-// Owners of what libxml2 hands out. Texts of libxml2 are UTF-8.
+// Owners for the objects of libxml2, and the few questions to its tree that several components ask. Strings
+// of libxml2 are UTF-8.
 #pragma once
 
 #include <libxml/parser.h>
@@ -18,7 +19,7 @@ struct FreeXml {
 
 using XmlDocument = std::unique_ptr<xmlDoc, FreeXml>;
 using XmlParser = std::unique_ptr<xmlParserCtxt, FreeXml>;
-using XmlText = std::unique_ptr<xmlChar, FreeXml>;
+using XmlString = std::unique_ptr<xmlChar, FreeXml>;
 
 inline const xmlChar* Xml(const char* text) {
     return reinterpret_cast<const xmlChar*>(text);
@@ -29,11 +30,15 @@ inline std::string_view View(const xmlChar* text) {
     return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));
 }
 
-/// The attribute's value, looked up without a namespace; empty if there is none.
+/// The value of the attribute that has this name and no namespace; empty if there is none.
 std::string Attribute(const xmlNode* element, const char* name);
 
-/// The node behind this one in document order within the tree under `top`, entities' content left out; null
-/// at the end.
+/// Whether a word other than the first of the attribute's value, split at spaces, is this one: the first word
+/// of a DITA class is always "-" or "+".
+bool HasWord(const xmlNode* element, const char* name, std::string_view word);
+
+/// The next node in document order in the tree under `top`; null at the end. The content of entities is
+/// skipped.
 xmlNode* NextNode(xmlNode* node, const xmlNode* top);
 
 /// The first child element, and the next sibling element; null if there is none.

@@ -45,7 +45,7 @@ RunningHost::~RunningHost() {
 
 desk::HostSettings RunningHost::DeskSettings() {
     desk::HostSettings desk;
-    desk.installationFolder = "C:\\Quorlane";
+    desk.installationFolder = {"C:\\Quorlane"};
     desk.console = [this](const std::string& text) { console_ += text; };
     return desk;
 }

@@ -1,5 +1,5 @@
-// Programs started from a command line text, and the rules by which such a text is cut into arguments.
-// A started program is native: it gets paths in native notation.
+// Programs started from a command line text, and the rules by which such a text is cut into arguments. A
+// started program is native: it gets paths in native notation.
 #pragma once
 
 #include <cstdint>
@@ -22,6 +22,10 @@ std::vector<std::string> SplitCommandLine(std::string_view text);
 /// The arguments as a native program needs them: the first one (the program), and every other that is an
 /// absolute path in system notation on a known root, in native notation. All others stay.
 std::vector<std::string> NativeArguments(const DriveTable& drives, std::vector<std::string> arguments);
+
+/// The file that PATH leads to for a program's name: the first one that is executable. Empty if there is
+/// none.
+std::string FindInPath(const std::string& name);
 
 struct ProcessHandle {
     std::int64_t id = 0;  ///< 0: no process.

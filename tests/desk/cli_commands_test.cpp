@@ -108,7 +108,7 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         {with({"--drive", "C=none"}), 2, "", "--drive: 'C=none' names a folder that does not exist"},
         {with({"--drive", "long=src"}), 2, "", "--drive: 'long=src' must begin with a drive letter"},
         {{"publish", "src/plain.xml", "-o", "out"}, 2, "", "is not a DITA document"},
-        {{"publish", "src/a.dita", "-o", "o\nx"}, 2, "", "o\\x0ax: the name holds a control character"},
+        {{"publish", "src/a.dita", "-o", "o\nx"}, 2, "", "o\\x0ax: the name contains a control character"},
     };
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
@@ -127,9 +127,9 @@ TEST_F(CommandLine, UnreadableDocumentsAreReported) {
         {{"validate", "src/text.xml"}, 3, "", "text.xml cannot be read: line 1: "},
         {{"validate", "src/empty.xml"}, 3, "", "empty.xml cannot be read: "},
         {{"publish", "src/text.xml", "-o", "full"}, 3, "", "cannot be read"},
-        {{"validate", "src/control\x01.xml"}, 3, "", "control\\x01.xml: the name holds a control character"},
-        {{"validate", "src/back\\slash.xml"}, 3, "", "the name holds a backslash"},
-        {{"validate", "--json", "src/bytes\xff.xml"}, 3, "\"exitStatus\":3", "is no valid UTF-8"},
+        {{"validate", "src/control\x01.xml"}, 3, "", "\\x01.xml: the name contains a control character"},
+        {{"validate", "src/back\\slash.xml"}, 3, "", "the name contains a backslash"},
+        {{"validate", "--json", "src/bytes\xff.xml"}, 3, "\"exitStatus\":3", "is not valid UTF-8"},
         {{"request", "--document", "src/none.xml", "Foo"}, 3, "", "does not exist"},
     };
     for (const Row& row : rows) {
@@ -185,7 +185,7 @@ TEST_F(CommandLine, ValidatePrintsFileListsAndMask) {
                                 folder.Native("none.png") + "\nunsaved (1)\n  " +
                                 folder.Native("src/a.dita") +
                                 "\nfiles are missing or unreadable; files have unsaved changes (mask 3)\n");
-    EXPECT_NE(finished.error.find("a%01b.png: the name holds a control character"), std::string::npos);
+    EXPECT_NE(finished.error.find("a%01b.png: the name contains a control character"), std::string::npos);
     EXPECT_NE(finished.error.find("--unsaved stray: the document does not refer to this file"),
               std::string::npos);
 
@@ -219,7 +219,7 @@ TEST_F(CommandLine, FilesOnSeveralDrivesCannotBePackaged) {
         {{"validate", "c/map.ditamap"},
          1,
          "can be published",
-         "D:/t.dita: no folder stands behind this drive"},
+         "D:/t.dita: the drive is not mapped to a folder"},
     };
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
@@ -301,7 +301,7 @@ TEST_F(CommandLine, PublishReportsFindings) {
          "pages that still contain marker text: 1; the first is " + folder.Native("elsewhere.html")},
         {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "result: ", "the transformation failed: "},
         {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6,
-         "result: ", "none holds no DITA Open Toolkit"},
+         "result: ", "none contains no DITA Open Toolkit"},
         {publish({"-o", "o6", "--post-script", "script"}), 0, "pages:     0", "printed by a script"},
         {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 4, "",
          "the log cannot be written: " + folder.Native("none/log.txt")},

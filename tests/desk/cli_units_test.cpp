@@ -12,9 +12,9 @@ namespace ventrix::desk {
 namespace {
 
 TEST(RequestText, ContainsEveryOptionOfTheCommandLine) {
-    EXPECT_EQ(PublishRequest({7, "Z:\\my out\\", "", "", "", "", "", "Z:\\a\"b.txt", true}, {}),
+    EXPECT_EQ(PublishRequest({7, {"Z:\\my out\\"}, {}, {}, {}, {}, {}, {"Z:\\a\"b.txt"}, true}, {}),
               "Publish -docId 7 -outputFolder \"Z:\\my out\\\" -useDITAOT -logFile 'Z:\\a\"b.txt'");
-    const PublishValues values = {1, "", "x", "p", "q", "d", "o", "", false};
+    const PublishValues values = {1, {}, {"x"}, {"p"}, {"q"}, {"d"}, {"o"}, {}, false};
     PublishOptions options;
     options.xpath = true;
     options.attributes = {"a,b", "c"};
@@ -56,17 +56,17 @@ TEST(RunLogTest, ParsesSectionsWarningsAndFailures) {
         "Logarithmus:Datei wird codiert...Z:\\out\\a.xml\r\nFehler:Datei wird codiert...line 1\r\n"
         "Logarithmus:Datei wird codiert...Z:\\out\\b.xml\r\n"
         "Logarithmus:Datei wird decodiert...Z:\\out\\\\x.html\r\nFehler:Datei wird decodiert...\r\n");
-    EXPECT_EQ(log.valid, (std::vector<std::string>{"/a.xml", "/b.xml"}));
-    EXPECT_EQ(log.broken, std::vector<std::string>{"/c.png"});
-    EXPECT_EQ(log.unsaved, std::vector<std::string>{"/d.xml"});
+    EXPECT_EQ(log.valid, (std::vector<NativePath>{{"/a.xml"}, {"/b.xml"}}));
+    EXPECT_EQ(log.broken, std::vector<NativePath>{{"/c.png"}});
+    EXPECT_EQ(log.unsaved, std::vector<NativePath>{{"/d.xml"}});
     EXPECT_TRUE(log.graphicsOnOtherDrive);
     EXPECT_FALSE(log.documentsOnSeveralDrives);
     EXPECT_EQ(log.encoded, 2U);
     EXPECT_EQ(log.decoded, 1U);
     ASSERT_EQ(log.failed.size(), 2U);
-    EXPECT_EQ(log.failed[0].file, "/out/a.xml");
+    EXPECT_EQ(log.failed[0].file.utf8, "/out/a.xml");
     EXPECT_EQ(log.failed[0].reason, "line 1");
-    EXPECT_EQ(log.failed[1].file, "/out/x.html");
+    EXPECT_EQ(log.failed[1].file.utf8, "/out/x.html");
 }
 
 // Does not run the program, because a failure would then empty these folders.
@@ -74,7 +74,7 @@ TEST(OutputFolder, IsNeverARootOrHomeFolder) {
     const test::TestDrives drives;
     const std::string holdsDrives = drives.Native("C:").parent_path();
     for (const std::string& root : {std::string("/"), std::string(getpwuid(getuid())->pw_dir), holdsDrives}) {
-        EXPECT_FALSE(OutputRefusal(root, {}, true).empty()) << root;
+        EXPECT_FALSE(OutputRefusal({root}, {}, true).empty()) << root;
     }
 }
 
@@ -86,13 +86,13 @@ TEST(PublishedPagesTest, CountsMarkerTextInTextNodesAndAttributeValues) {
     folder.Write("sub/b.htm", "<p title='QL_ELEM_S'>QL_SA_S</p>");
     folder.Write("c.txt", "<p title='QL_ELEM_S'>");
     PublishedPages pages;
-    InspectPages(folder.Native(), pages);
+    InspectPages({folder.Native()}, pages);
     EXPECT_EQ(pages.pages, 2U);
     EXPECT_EQ(pages.markedValues, 2U);
     EXPECT_EQ(pages.firstMarkedValue, folder.Native("a.html") + ": <meta content>");
     EXPECT_EQ(pages.markedTexts, 1U);
-    EXPECT_EQ(pages.firstMarkedText, folder.Native("sub/b.htm"));
-    InspectPages(folder.Native("c.txt"), pages);
+    EXPECT_EQ(pages.firstMarkedText.utf8, folder.Native("sub/b.htm"));
+    InspectPages({folder.Native("c.txt")}, pages);
     EXPECT_EQ(pages.markedValues, 3U) << "a single file counts whatever its name";
 }
 

@@ -5,7 +5,7 @@
 namespace ventrix::desk {
 namespace {
 
-TEST(ClientCommand, ReadsVerbAndOptions) {
+TEST(ClientCommand, VerbAndOptionsAreParsed) {
     using Options = std::map<std::string, std::string>;
     const struct {
         const char *text, *verb;

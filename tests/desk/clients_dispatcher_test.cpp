@@ -18,9 +18,9 @@ class DispatcherClient : public FolderFixture {
               "<public publicId='-//OASIS//DTD DocBook XML V4.4//EN' uri='dtds/db44.dtd'/>"
               "<public publicId='-//OASIS//DTD DITA Task//EN' uri='dtds/absent.dtd'/>"
               "<system systemId='http://acme.example/machine.dtd' uri='dtds/acme.dtd'/></catalog>");
-        client_ = MakeDispatcherClient({.catalog = Native("catalog.xml")});
+        client_ = MakeDispatcherClient({.catalog = {Native("catalog.xml")}});
     }
-    /// The one text of the answer, or how many values there are.
+    /// The one string of the answer, or else the number of its values.
     std::string Ask(const std::string& command) {
         const ClientAnswer answer = client_(command, {});
         return answer.values.size() == 1 ? std::get<std::string>(answer.values[0])
@@ -29,7 +29,7 @@ class DispatcherClient : public FolderFixture {
     Client client_;
 };
 
-TEST_F(DispatcherClient, LeadsFromADocumentToItsDtd) {
+TEST_F(DispatcherClient, DocumentLeadsToItsDtd) {
     Write("local.dtd", "");
     const struct {
         const char *content, *application;
@@ -65,13 +65,13 @@ TEST_F(DispatcherClient, LeadsFromADocumentToItsDtd) {
     EXPECT_EQ(Ask("StructAppInfo -appName " + Native("local.dtd") + " -info DTDPath"), Native("local.dtd"));
 }
 
-TEST_F(DispatcherClient, RefusesWhatItDoesNotKnow) {
+TEST_F(DispatcherClient, UnknownCommandsAreRefused) {
     EXPECT_EQ(Ask("ChooseAppForFile " + System("absent.xml")), "0");
     EXPECT_EQ(client_("StructAppInfo -appName x -info Other", {}).status, 1);
     EXPECT_EQ(client_("StructAppInfo -appName -info DTDPath", {}).status, 1);
     EXPECT_EQ(client_("", {}).status, 1);
     EXPECT_TRUE(
-        MakeDispatcherClient({.catalog = Native("absent.xml")})("ChooseAppForFile x", {}).values.empty());
+        MakeDispatcherClient({.catalog = {Native("absent.xml")}})("ChooseAppForFile x", {}).values.empty());
 }
 
 }  // namespace

@@ -6,15 +6,15 @@
 namespace ventrix::desk {
 namespace {
 
-/// The machine's own toolkit, or programs in its place that fail as one can.
+/// Runs the machine's own toolkit, or programs in its place that fail in the ways a toolkit can.
 class ToolkitClient : public DitaClient {
   protected:
     static bool Installed() {
-        return std::filesystem::exists("/usr/share/dita-ot/build.xml") && !FindProgram("ant").empty();
+        return std::filesystem::exists("/usr/share/dita-ot/build.xml") && !FindProgram("ant").Empty();
     }
 };
 
-TEST_F(ToolkitClient, PublishesFromAndToFoldersWithBlanksAndUmlauts) {
+TEST_F(ToolkitClient, FoldersMayContainSpacesAndUmlauts) {
     if (!Installed()) {
         GTEST_SKIP() << "the package dita-ot or ant is not installed";
     }
@@ -35,8 +35,8 @@ TEST_F(ToolkitClient, PublishesFromAndToFoldersWithBlanksAndUmlauts) {
     EXPECT_NE(Log().find("BUILD SUCCESSFUL"), std::string::npos);
 }
 
-TEST_F(ToolkitClient, TellsWhyARunFailed) {
-    if (FindProgram("ant").empty()) {
+TEST_F(ToolkitClient, FailuresGiveTheirReason) {
+    if (FindProgram("ant").Empty()) {
         GTEST_SKIP() << "the package ant is not installed";
     }
     Write("t.dita", "<topic id='t'><title>T</title></topic>");
@@ -51,7 +51,7 @@ TEST_F(ToolkitClient, TellsWhyARunFailed) {
     const struct {
         const char *folder, *reason, *page;
     } rows[] = {
-        {"absent", "holds no DITA Open Toolkit", ""},
+        {"absent", "contains no DITA Open Toolkit", ""},
         {"halfway", "failed with exit status 3: [FATAL] no more", "half\n"},
         {"nothing", "wrote no page", ""},
         {"strange", "cannot be started", ""},
@@ -68,7 +68,7 @@ TEST_F(ToolkitClient, TellsWhyARunFailed) {
     }
 }
 
-TEST_F(ToolkitClient, TakesADitaCommandOnThePath) {
+TEST_F(ToolkitClient, DitaCommandIsFoundInPath) {
     const std::string former = std::getenv("PATH");
     WriteProgram("bin/dita",
                  "#!/bin/sh\nfor a; do case $a in --output=*) out=${a#--output=};; esac; done\n"

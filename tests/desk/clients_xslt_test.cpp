@@ -33,7 +33,7 @@ class XsltClient : public FolderFixture {
     std::string console_;
 };
 
-TEST_F(XsltClient, RunsStylesheets) {
+TEST_F(XsltClient, StylesheetsRun) {
     Write("part.xsl", Sheet("<xsl:template name='part'>imported</xsl:template>"));
     Write("other ü.xml", "<o>other</o>");
     Write("e.dtd", "<!ENTITY product 'P40'><!ATTLIST d kind CDATA 'default'>");
@@ -58,10 +58,10 @@ TEST_F(XsltClient, RunsStylesheets) {
         {"EXSLT", "<d/>", TextSheet("<xsl:value-of select=\"str:replace('abc', 'b', '-')\"/>"), "a-c"},
         {"the DTD's entities and attributes", "<!DOCTYPE d SYSTEM 'e.dtd'><d>&product;</d>",
          TextSheet("<xsl:value-of select=\"concat(d, ' ', d/@kind)\"/>"), "P40 default"},
-        {"a DTD by a path in system notation, with blanks",
+        {"a DTD by a path in system notation, with spaces",
          "<!DOCTYPE d SYSTEM \"" + System("e ü.dtd") + "\"><d>&product;</d>",
          TextSheet("<xsl:value-of select='d'/>"), "P40"},
-        {"a DTD by a native path, with blanks",
+        {"a DTD by a native path, with spaces",
          "<!DOCTYPE d SYSTEM \"" + Native("e ü.dtd") + "\"><d>&product;</d>",
          TextSheet("<xsl:value-of select='d'/>"), "P40"},
         {"an absent DTD", "<!DOCTYPE d SYSTEM 'http://127.0.0.1:9/none.dtd'><d>text</d>",
@@ -82,7 +82,7 @@ TEST_F(XsltClient, RunsStylesheets) {
     EXPECT_EQ(console_, "note\nwell\n");
 }
 
-TEST_F(XsltClient, LeavesTheOutputAloneOnFailure) {
+TEST_F(XsltClient, FailureLeavesTheOutputUnchanged) {
     std::string entities = "<!ENTITY a 'aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa'>";
     for (char name = 'b'; name <= 'f'; ++name) {
         const char reference[] = {'&', static_cast<char>(name - 1), ';', '\0'};
@@ -115,7 +115,7 @@ TEST_F(XsltClient, LeavesTheOutputAloneOnFailure) {
     }
 }
 
-TEST_F(XsltClient, NamesWhatIsMissing) {
+TEST_F(XsltClient, MissingFilesAreNamed) {
     Write("d.xml", "<d/>");
     Write("s.xsl", TextSheet("x"));
     EXPECT_EQ(Run(System("absent.xml"), System("s.xsl"), System("o")), 1);
@@ -126,14 +126,14 @@ TEST_F(XsltClient, NamesWhatIsMissing) {
     EXPECT_NE(record_.reason.find("-xslfilepath"), std::string::npos);
 }
 
-TEST_F(XsltClient, WritesFurtherFilesBesideTheOutput) {
+TEST_F(XsltClient, FurtherOutputFilesAreRelativeToTheOutput) {
     Write("d ü.xml", "<d/>");
     Write("s ü.xsl", TextSheet("main<exsl:document href='sub/part.txt' method='text'>part</exsl:document>"));
     EXPECT_EQ(RunHere(), 0) << record_.reason;
     EXPECT_EQ(Read("out/sub/part.txt"), "part");
 }
 
-TEST_F(XsltClient, RewritesADoctypeWithoutTouchingTheDocument) {
+TEST_F(XsltClient, DoctypeIsRewrittenAndTheRestKept) {
     const std::string prolog = "<?xml version='1.0'?>\r\n<!DOCTYPE t PUBLIC \"-//X//DTD t//EN\" ";
     const std::string rest =
         " [<!ENTITY own 'o'>]>\r\n<t a='&product;'>&nbsp;&own;<b></b>&#xA0;<![CDATA[&x;]]></t>\n";

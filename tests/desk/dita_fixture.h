@@ -1,4 +1,4 @@
-// Runs the client "Dita OT" over documents in a test's folder.
+// Runs the client "Dita OT" on documents in a test's folder.
 #pragma once
 
 #include "desk/clients/dita_ot_client.h"
@@ -9,25 +9,25 @@ namespace ventrix::desk {
 
 class DitaClient : public FolderFixture {
   protected:
-    /// Publishes a document of the folder into "out".
+    /// Publishes a document of the folder to "out". Returns the status.
     std::int32_t Run(const std::string& document, const std::string& ditaval = {}) {
         record_ = {};
         HostServices host;
-        host.documentPath = [this, &document](std::uint32_t id) { return id == 7 ? System(document) : ""; };
+        host.documentPath = [&](std::uint32_t id) { return SystemPath{id == 7 ? System(document) : ""}; };
         const std::string filter = ditaval.empty() ? "" : " -filter \"" + System(ditaval) + "\"";
-        return MakeDitaOtClient({.toolkit = toolkit_, .dataFolder = VENTRIX_DATA_FOLDER}, record_)(
+        return MakeDitaOtClient({.toolkit = toolkit_, .dataFolder = {VENTRIX_DATA_FOLDER}}, record_)(
                    "Save -docId 7 -transtype xhtml" + filter + " -outFilePath \"" + System("out/") + "\"",
                    host)
             .status;
     }
-    /// Writes t.dita, a topic with the id t, from the inside of its body.
+    /// Writes t.dita, a topic with the id t and this content of its body.
     void WriteTopic(const std::string& body) const {
         Write("t.dita", "<topic id='t'><title>T</title><body>" + body + "</body></topic>");
     }
     std::string Page(const std::string& name) const { return Read("out/xhtml/" + name); }
     std::string Log() const { return Read("out/buildlog-xhtml.txt"); }
 
-    /// The value of an XPath over a page, or of the first node that it finds.
+    /// The value of an XPath expression on a page: a string, or that of the first node.
     std::string Query(const std::string& page, const std::string& xpath) const {
         std::string text = Page(page);
         const std::string space = " xmlns=\"http://www.w3.org/1999/xhtml\"";

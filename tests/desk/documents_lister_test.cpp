@@ -8,14 +8,15 @@ namespace {
 
 class DocumentLister : public FolderFixture {
   protected:
-    /// The list with the test's folder cut off, a graphic with a star in front, one entry a line.
+    /// The list, one entry per line, relative to the test's folder, with a star before each graphic.
     std::string Listed(const std::string& name) {
-        files_ = ListDocumentFiles(Native(name));
-        const std::string base = System() + '\\';
+        files_ = ListDocumentFiles({Native(name)});
+        const std::string base = Native() + '/';
         std::string text;
         for (const DocumentFile& file : files_.files) {
             text += file.key == "graphicsType" ? "*" : "";
-            text += file.path.starts_with(base) ? file.path.substr(base.size()) : file.path;
+            const std::string& path = file.path.utf8;
+            text += path.starts_with(base) ? path.substr(base.size()) : path + file.url;
             text += "\n";
         }
         return text;
@@ -23,28 +24,28 @@ class DocumentLister : public FolderFixture {
     DocumentFiles files_;
 };
 
-TEST_F(DocumentLister, ListsOneDocumentsReferences) {
+TEST_F(DocumentLister, ReferencesOfOneDocumentAreListed) {
     const struct {
         const char *what, *content, *listed;
     } rows[] = {
         {"map", "<map><topicref href='t.dita'/><topicref href='m.ditamap' format='ditamap'/></map>",
          "t.dita\nm.ditamap\n"},
         {"each once", "<map><topicref href='t.dita#a'/><topicref href='./t.dita#b'/></map>", "t.dita\n"},
-        {"conref and its kin",
+        {"conref",
          "<topic><p conref='c.dita#x/y'/><p conref='#x/z'/><p conref='-dita-use-conref-target'/></topic>",
          "c.dita\n"},
         {"images", "<topic><image href='a.bin'/><xref href='b.PNG'/><object data='film.mp4'/></topic>",
          "*a.bin\n*b.PNG\nfilm.mp4\n"},
-        {"data elsewhere is no reference", "<topic><x data='nothing.txt'/></topic>", ""},
+        {"data on other elements is not a reference", "<topic><x data='nothing.txt'/></topic>", ""},
         {"scopes",
          "<topic><xref href='e.pdf' scope='external'/><xref href='p.dita' scope='peer'/>"
          "<xref href='https://example.org/x' scope='external'/><xref href='mailto:a@example.org'/></topic>",
          "https://example.org/x\n"},
-        {"scope handed down",
+        {"inherited scope",
          "<map><topicgroup scope='peer'><topicref href='p.dita'/>"
          "<topicref href='l.dita' scope='local'/></topicgroup></map>",
          "l.dita\n"},
-        {"an image stays inside its external link",
+        {"an image in an external link is local",
          "<topic><xref href='https://example.org' scope='external' format='html'><image "
          "href='i.png'/></xref></topic>",
          "https://example.org\n*i.png\n"},
@@ -58,14 +59,14 @@ TEST_F(DocumentLister, ListsOneDocumentsReferences) {
          "<!DOCTYPE book [<!ENTITY one SYSTEM 'one.xml'><!NOTATION png SYSTEM 'png'>"
          "<!ENTITY pic SYSTEM 'pic.dat' NDATA png><!ENTITY dir 'sub'>]>"
          "<book>&one;<graphic entityref='pic'/><a href='&dir;/x.xml'/></book>",
-         "one.xml\n*pic.dat\nsub\\x.xml\n"},
+         "one.xml\n*pic.dat\nsub/x.xml\n"},
         {"undefined entities",
          "<!DOCTYPE topic PUBLIC '-//X//DTD none//EN' 'none.dtd'>"
          "<topic>&nbsp;<p a='&product;'><image href='i.png'/></p></topic>",
          "*i.png\n"},
         {"undefined without a DOCTYPE", "<topic>&nbsp;<image href='i.png'/></topic>", "*i.png\n"},
-        {"other namespaces' attributes are none", "<r xmlns:o='urn:o' o:href='no.xml' href='yes.xml'/>",
-         "yes.xml\n"},
+        {"attributes of other namespaces are not references",
+         "<r xmlns:o='urn:o' o:href='no.xml' href='yes.xml'/>", "yes.xml\n"},
         {"a DTD at an absolute path", "<!DOCTYPE r SYSTEM '/etc/hostname'><r/>", ""},
         {"missing local DTD", "<!DOCTYPE r SYSTEM 'absent.dtd'><r/>", ""},
         {"system notation", "<topic><image href='\\\\nowhere\\a.png'/><image href='i%20%C3%BC.png'/></topic>",
@@ -78,7 +79,7 @@ TEST_F(DocumentLister, ListsOneDocumentsReferences) {
     }
 }
 
-TEST_F(DocumentLister, FollowsMapsTopicsAndIncludesInPlace) {
+TEST_F(DocumentLister, MapsTopicsAndIncludesAreFollowedInPlace) {
     Write("maps/g.ditamap",
           "<map><topicref href='../t/a.dita'/><mapref href='s.ditamap' format='ditamap'/>"
           "<topicref href='notes.html' format='html'/><topicref href='../t/z.dita'/></map>");
@@ -90,20 +91,19 @@ TEST_F(DocumentLister, FollowsMapsTopicsAndIncludesInPlace) {
     Write("t/b.pdf", "%PDF");
     Write("i/p.svg", "<svg xmlns:xlink='http://www.w3.org/1999/xlink'><image xlink:href='inner.png'/></svg>");
     EXPECT_EQ(Listed("maps/g.ditamap"),
-              "maps\\g.ditamap\nt\\a.dita\n*i\\p.svg\nt\\lib.xml\n*t\\lib.png\nmaps\\s.ditamap\nt\\b."
-              "dita\nt\\b.pdf\n"
-              "maps\\notes.html\nt\\z.dita\n");
+              "maps/g.ditamap\nt/a.dita\n*i/p.svg\nt/lib.xml\n*t/lib.png\nmaps/s.ditamap\nt/b.dita\nt/b.pdf\n"
+              "maps/notes.html\nt/z.dita\n");
     EXPECT_TRUE(files_.dita);
 }
 
-TEST_F(DocumentLister, EndsOnRingsAndEndlessNames) {
+TEST_F(DocumentLister, CyclesAndFilesWithEndlessNamesEnd) {
     Write("a.dita", "<topic><xref href='a.dita'/><xref href='b.dita'/></topic>");
     Write("b.dita", "<topic><xref href='a.dita#x'/><xref href='loop/b.dita'/></topic>");
     std::filesystem::create_directory_symlink(".", Native("loop"));
-    EXPECT_EQ(Listed("a.dita"), "a.dita\nb.dita\nloop\\b.dita\n");
+    EXPECT_EQ(Listed("a.dita"), "a.dita\nb.dita\nloop/b.dita\n");
 }
 
-TEST_F(DocumentLister, FollowsALongChain) {
+TEST_F(DocumentLister, LongChainsAreFollowed) {
     constexpr int kCount = 2000;
     for (int i = 0; i < kCount; ++i) {
         Write(std::to_string(i) + ".dita",
@@ -113,13 +113,13 @@ TEST_F(DocumentLister, FollowsALongChain) {
     EXPECT_EQ(files_.files.size(), kCount + 1U);
 }
 
-TEST_F(DocumentLister, ReadsTheDtdWhereAnEntityNeedsIt) {
+TEST_F(DocumentLister, DtdIsReadIfAnEntityNeedsIt) {
     Write("e.dtd", "<!ENTITY pics 'pictures'>");
     Write("d.xml", "<!DOCTYPE topic SYSTEM 'e.dtd'><topic><image href='&pics;/a.png'/></topic>");
-    EXPECT_EQ(Listed("d.xml"), "d.xml\ne.dtd\n*pictures\\a.png\n");
+    EXPECT_EQ(Listed("d.xml"), "d.xml\ne.dtd\n*pictures/a.png\n");
 }
 
-TEST_F(DocumentLister, NamesWhatItLeavesOut) {
+TEST_F(DocumentLister, OmittedReferencesAreReported) {
     Write("d.xml",
           "<topic><image href='a\\b.png'/><image href='a%01.png'/><image href='%ff.png'/>"
           "<image href='a\\b.png'/><image href='ok.png'/></topic>");
@@ -131,7 +131,7 @@ TEST_F(DocumentLister, NamesWhatItLeavesOut) {
     EXPECT_NE(files_.remarks[2].reason.find("UTF-8"), std::string::npos);
 }
 
-TEST_F(DocumentLister, TellsWhyADocumentIsUnreadable) {
+TEST_F(DocumentLister, UnreadableDocumentsGiveTheirReason) {
     Write("broken.xml", "<topic>\n<p>\n</topic>");
     Write("text.xml", "no markup");
     Write("empty.xml", "");
@@ -145,7 +145,7 @@ TEST_F(DocumentLister, TellsWhyADocumentIsUnreadable) {
         {"text.xml", "line 1: "},
         {"empty.xml", ""},
         {"", "a folder"},
-        {"pipe.xml", "no regular"},
+        {"pipe.xml", "not a regular"},
         {"a\\b.xml", "backslash"},
     };
     for (const auto& row : rows) {
@@ -157,13 +157,13 @@ TEST_F(DocumentLister, TellsWhyADocumentIsUnreadable) {
     }
 }
 
-TEST_F(DocumentLister, ListsABrokenPartWithWhatItHolds) {
+TEST_F(DocumentLister, MalformedTopicsAreListedWithTheirReferences) {
     Write("m.ditamap", "<map><topicref href='t.dita'/><topicref href='gone.dita'/></map>");
     Write("t.dita", "<topic><image href='i.png'/><p></topic>");
     EXPECT_EQ(Listed("m.ditamap"), "m.ditamap\nt.dita\n*i.png\ngone.dita\n");
 }
 
-TEST_F(DocumentLister, KnowsDita) {
+TEST_F(DocumentLister, DitaIsRecognised) {
     const struct {
         const char* content;
         bool dita;
@@ -177,7 +177,7 @@ TEST_F(DocumentLister, KnowsDita) {
     };
     for (const auto& row : rows) {
         Write("d.xml", row.content);
-        EXPECT_EQ(ListDocumentFiles(Native("d.xml")).dita, row.dita) << row.content;
+        EXPECT_EQ(ListDocumentFiles({Native("d.xml")}).dita, row.dita) << row.content;
     }
 }
 

@@ -6,7 +6,7 @@
 namespace ventrix::desk {
 namespace {
 
-TEST(ReferencePath, TellsUrlsFilesAndRemarksApart) {
+TEST(ReferencePath, UrlsFilesAndRemarksAreDistinguished) {
     platform::SetProcessDrives({{"Z:\\", "/"}, {"C:\\", "/srv/c"}});
     const struct {
         const char *reference, *url, *path;
@@ -15,7 +15,7 @@ TEST(ReferencePath, TellsUrlsFilesAndRemarksApart) {
         {"a.dita", "", "/docs/maps/a.dita", false},
         {"../images/x.png#frame", "", "/docs/images/x.png", false},
         {"./a/.././b.dita", "", "/docs/maps/b.dita", false},
-        {"../../../../a.dita", "", "/a.dita", false},  // above the root there is nothing
+        {"../../../../a.dita", "", "/a.dita", false},  // never above the root
         {"sub//a.dita", "", "/docs/maps/sub/a.dita", false},
         {"a%20b%C3%A4.dita", "", "/docs/maps/a b\xC3\xA4.dita", false},
         {"100%.dita", "", "/docs/maps/100%.dita", false},
@@ -40,9 +40,9 @@ TEST(ReferencePath, TellsUrlsFilesAndRemarksApart) {
         {"#frag", "", "", false},
     };
     for (const auto& row : rows) {
-        const ReferenceTarget target = TargetOf(row.reference, "/docs/maps/");
+        const ReferenceTarget target = TargetOf(row.reference, {"/docs/maps/"});
         EXPECT_EQ(target.url, row.url) << row.reference;
-        EXPECT_EQ(target.path, row.path) << row.reference;
+        EXPECT_EQ(target.path.utf8, row.path) << row.reference;
         EXPECT_EQ(!target.remark.empty(), row.remarked) << row.reference;
     }
 }

@@ -1,4 +1,4 @@
-// A test in a folder of its own, on a machine with the one drive Z:.
+// A test with a folder of its own and Z: as the only drive.
 #pragma once
 
 #include <gtest/gtest.h>

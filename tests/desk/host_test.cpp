@@ -20,7 +20,7 @@ Ran RunHost(HostSettings settings, HostScript script, const std::string& request
             const std::string& module = VENTRIX_MODULE) {
     Ran ran;
     DeskHost host(std::move(settings), std::move(script));
-    ran.problem = host.LoadModule(module);
+    ran.problem = host.LoadModule({module});
     ran.reply = host.CallModule(request);
     host.ReleaseModule();
     ran.calls = host.Calls();
@@ -31,7 +31,7 @@ Ran RunHost(HostSettings settings, HostScript script, const std::string& request
 const std::vector<AnswerValue> kRefusedReply{std::int32_t{-43}, std::string(), std::string()};
 
 TEST(DeskHostTest, StartsTheModuleAsTheContractSays) {
-    const Ran ran = RunHost({"Z:\\nowhere", false, {}, {}}, {}, "Nonsense");
+    const Ran ran = RunHost({{"Z:\\nowhere"}, false, {}, {}}, {}, "Nonsense");
     EXPECT_EQ(ran.problem, "");
     EXPECT_EQ(ran.reply, kRefusedReply);
     std::vector<std::string> calls = ran.calls;
@@ -76,7 +76,7 @@ TEST(DeskHostDeathTest, AModuleThatCannotConnectIsTold) {
         EXPECT_EXIT(
             {
                 DeskHost host({}, script);
-                std::fputs(host.LoadModule(VENTRIX_MODULE).c_str(), stderr);
+                std::fputs(host.LoadModule({VENTRIX_MODULE}).c_str(), stderr);
                 std::_Exit(host.CallModule("Validate -docId 1") ? 1 : 0);
             },
             testing::ExitedWithCode(0), "^the module does not connect to this host: ");
@@ -87,12 +87,12 @@ TEST(DeskHostTest, ListsTheFilesOfADocumentWithTheirFlags) {
     const test::TestFolder folder;
     const std::string log = "Z:" + folder.Native("log.txt");
     DeskHost host({}, {});
-    ASSERT_EQ(host.LoadModule(VENTRIX_MODULE), "");
+    ASSERT_EQ(host.LoadModule({VENTRIX_MODULE}), "");
     DocumentFiles files;
     files.readable = true;
-    const std::string document = "Z:" + folder.Write("a.xml", "<a/>");
-    files.files = {{"documentType", document}, {"graphicsType", "Z:" + folder.Native("gone.png")}};
-    const std::uint32_t id = host.AddDocument(document, files);
+    const NativePath document{folder.Write("a.xml", "<a/>")};
+    files.files = {{"documentType", document, ""}, {"graphicsType", {folder.Native("gone.png")}, ""}};
+    const std::uint32_t id = host.AddDocument({"Z:" + document.utf8}, files);
     const std::string request = "Validate -docId " + std::to_string(id) + " -logFile \"" + log + "\"";
 
     EXPECT_EQ(std::get<std::int32_t>(host.CallModule(request)->at(0)), 1) << "a missing file";
@@ -107,10 +107,10 @@ int ValidateInAHostThatOwnsResults() {
     HostSettings settings;
     settings.ownsResults = true;
     DeskHost host(settings);
-    host.LoadModule(VENTRIX_MODULE);
+    host.LoadModule({VENTRIX_MODULE});
     DocumentFiles files;
-    files.files = {{"documentType", "Z:" + folder.Write("a.xml", "<a/>")}};
-    const std::string id = std::to_string(host.AddDocument(files.files[0].path, files));
+    files.files = {{"documentType", {folder.Write("a.xml", "<a/>")}, ""}};
+    const std::string id = std::to_string(host.AddDocument(*ToSystem(files.files[0].path), files));
     const auto reply = host.CallModule("Validate -docId " + id + " -logFile Z:" + folder.Native("log.txt"));
     host.ReleaseModule();
     return reply && std::get<std::int32_t>(reply->at(0)) == 0 && host.HeldReferences() == 0 ? 0 : 1;

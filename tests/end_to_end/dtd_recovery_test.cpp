@@ -1,5 +1,4 @@
-// Documents whose entities only a DTD declares that lies elsewhere, published with the DTD named by a
-// catalog.
+// Documents whose entities are declared in a DTD that only a catalog can locate.
 #include "end_to_end/publishing.h"
 
 namespace ventrix {
@@ -51,7 +50,7 @@ TEST_F(DtdRecovery, EntitiesOfACataloguedDtdReachThePage) {
     }
 }
 
-TEST_F(DtdRecovery, WithoutADtdTheDocumentStaysAsItIs) {
+TEST_F(DtdRecovery, WithoutADtdTheDocumentIsUnchanged) {
     drives_.Write(R"(D:\catalog.xml)",
                   R"(<catalog xmlns="urn:oasis:names:tc:entity:xmlns:xml:catalog">)"
                   R"(<public publicId="-//ACME//DTD Topic//EN" uri="gone.dtd"/></catalog>)");

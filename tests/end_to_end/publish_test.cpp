@@ -1,12 +1,11 @@
-// The module as it is shipped, loaded by the desk host, with the real stylesheets behind the names of the
-// other clients. Every folder beside this file is one publish: its sources, and what must lie in the output
-// folder.
+// The module as it is shipped, loaded by the desk host, with real clients and stylesheets. Each folder beside
+// this file is one publication: its sources, and the expected content of the output folder.
 #include "end_to_end/publishing.h"
 
 namespace ventrix {
 namespace {
 
-/// A page without the inside of its style element, which is the layout's business.
+/// The page without the content of its style element, which may change with the layout.
 std::string WithoutStyle(const std::string& page) {
     const auto start = page.find('>', page.find("<style"));
     const auto end = page.find("</style>");
@@ -25,7 +24,7 @@ class EndToEnd : public test::Publishing {
         EXPECT_EQ(log.find("Fehler:"), std::string::npos) << log;
         EXPECT_EQ(drives_.Tree(R"(C:\out\)"), drives_.Tree(R"(C:\expected\)"));
         for (const std::string& file : drives_.Tree(R"(C:\expected\)")) {
-            // A build log tells times and places of the machine.
+            // A build log contains times and paths of the machine.
             if (!file.ends_with('\\') && !file.ends_with("buildlog-xhtml.txt")) {
                 EXPECT_EQ(WithoutStyle(drives_.Read(R"(C:\out\)" + file)),
                           drives_.Read(R"(C:\expected\)" + file))
@@ -35,13 +34,13 @@ class EndToEnd : public test::Publishing {
     }
 };
 
-TEST_F(EndToEnd, WorkedExample) {
+TEST_F(EndToEnd, WorkedExampleIsPublished) {
     ExpectOutput("worked-example", R"(C:\src\press.dita)",
                  R"(-useXSLT C:\src\page.xsl -attributes audience -elements uicontrol -addXpath)");
     EXPECT_EQ(resultFolder_, R"(C:\out\)");
 }
 
-TEST_F(EndToEnd, SmallMap) {
+TEST_F(EndToEnd, SmallMapIsPublished) {
     ExpectOutput("small-map", R"(C:\src\maps\guide.ditamap)",
                  "-useDITAOT -attributes audience,product,platform -elements uicontrol,term "
                  "-addSourcePath p -sourcePathAttr data-from");

@@ -20,17 +20,17 @@ inline constexpr const char* kMarkerWords[] = {"QL_START", "QL_END",  "QL_EQ",  
 
 class Publishing : public testing::Test {
   protected:
-    /// Publishes a document on drive C: and gives its pages by their place below the result folder.
+    /// Publishes a document on drive C:. Returns the pages by their path relative to the result folder.
     std::map<std::string, std::string> Publish(const std::string& toolkit, const std::string& document,
                                                const std::string& options) {
         record_ = {};
-        desk::DeskHost host({.installationFolder = VENTRIX_DATA_FOLDER, .console = {}, .clientCalled = {}});
+        desk::DeskHost host({*desk::ToSystem({VENTRIX_DATA_FOLDER}), false, {}, {}});
         host.AddClient("QlXSLT", desk::MakeXsltClient(record_));
-        host.AddClient("QlDispatcher", desk::MakeDispatcherClient({.catalog = catalog_}));
-        host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, VENTRIX_DATA_FOLDER}, record_));
-        EXPECT_EQ(host.LoadModule(VENTRIX_MODULE), "");
+        host.AddClient("QlDispatcher", desk::MakeDispatcherClient({.catalog = {catalog_}}));
+        host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, {VENTRIX_DATA_FOLDER}}, record_));
+        EXPECT_EQ(host.LoadModule({VENTRIX_MODULE}), "");
         const auto id =
-            host.AddDocument(document, desk::ListDocumentFiles(drives_.Native(document).string()));
+            host.AddDocument({document}, desk::ListDocumentFiles({drives_.Native(document).string()}));
         const std::string arguments = " -docId " + std::to_string(id) + R"( -logFile C:\log.txt )";
         host.CallModule("Validate" + arguments);
         const auto reply = host.CallModule("Publish" + arguments + R"(-outputFolder C:\out\ )" + options);
@@ -64,7 +64,7 @@ class Publishing : public testing::Test {
         }
     }
     TestDrives drives_;
-    std::string catalog_;       ///< Native; empty for the machine's own only.
+    std::string catalog_;       ///< A native path; empty for the machine's own catalogs only.
     std::string resultFolder_;  ///< Of the last reply.
     desk::TransformationRecord record_;
 };

@@ -1,4 +1,4 @@
-// Transformations that nobody here wrote, behind the module as it is shipped: the DITA Open Toolkit beside
+// The module as it is shipped, with transformations of other projects: the DITA Open Toolkit, compared with
 // our own stylesheet, and the DocBook stylesheets.
 #include <algorithm>
 
@@ -14,7 +14,7 @@ using test::Found;
 using test::Texts;
 using ForeignTransformation = test::Publishing;
 
-/// For each p of a page its tags; "-" for one that has none.
+/// The tags of each p of a page; "-" if it has none.
 Texts TagsOfParagraphs(const std::string& page) {
     Texts tags;
     for (int i = 1;; ++i) {
@@ -28,7 +28,7 @@ Texts TagsOfParagraphs(const std::string& page) {
 }
 
 TEST_F(ForeignTransformation, OurStylesheetAndTheToolkitTagTheSameParagraphs) {
-    if (!fs::exists("/usr/share/dita-ot/build.xml") || desk::FindProgram("ant").empty()) {
+    if (!fs::exists("/usr/share/dita-ot/build.xml") || desk::FindProgram("ant").Empty()) {
         GTEST_SKIP() << "the package dita-ot or ant is not installed";
     }
     CopyExamples();
@@ -58,7 +58,7 @@ TEST_F(ForeignTransformation, OurStylesheetAndTheToolkitTagTheSameParagraphs) {
     }
 }
 
-TEST_F(ForeignTransformation, DocBookStylesheetsKeepWhatWasCarried) {
+TEST_F(ForeignTransformation, DocBookStylesheetsPreserveTags) {
     const std::string stylesheet = "/usr/share/xml/docbook/stylesheet/docbook-xsl/xhtml/docbook.xsl";
     if (!fs::exists(stylesheet)) {
         GTEST_SKIP() << "the package docbook-xsl is not installed";

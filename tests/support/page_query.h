@@ -26,11 +26,11 @@ inline Texts Found(const std::string& page, const std::string& xpath) {
     xmlXPathObject* value = xmlXPathEvalExpression(desk::Xml(xpath.c_str()), context);
     Texts texts;
     if (value->type != XPATH_NODESET) {
-        texts.emplace_back(desk::View(desk::XmlText(xmlXPathCastToString(value)).get()));
+        texts.emplace_back(desk::View(desk::XmlString(xmlXPathCastToString(value)).get()));
     }
     const xmlNodeSet* nodes = value->nodesetval;
     for (int i = 0; nodes != nullptr && i < nodes->nodeNr; ++i) {
-        texts.emplace_back(desk::View(desk::XmlText(xmlXPathCastNodeToString(nodes->nodeTab[i])).get()));
+        texts.emplace_back(desk::View(desk::XmlString(xmlXPathCastNodeToString(nodes->nodeTab[i])).get()));
     }
     xmlXPathFreeObject(value);
     xmlXPathFreeContext(context);

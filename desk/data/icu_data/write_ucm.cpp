@@ -1,6 +1,6 @@
-// Writes one of ICU's own converters as a .ucm text under the name of a host encoding, for makeconv.
-// Arguments: source converter, new name, lead bytes, trail bytes. The byte ranges stand as "81-9f,e0-fc", two
-// empty texts for a single-byte encoding. Characters outside these ranges are left out.
+// Writes one of ICU's own converters as a .ucm file under the name of a host encoding, as input for makeconv.
+// Arguments: source converter, new name, lead bytes, trail bytes. Byte ranges have the form "81-9f,e0-fc";
+// both are empty for a single-byte encoding. Characters outside these ranges are omitted.
 #include <unicode/ucnv.h>
 
 #include <bitset>
@@ -52,7 +52,7 @@ bool IsInside(const std::string& bytes, const ByteSet& leads, const ByteSet& tra
     return bytes.size() == 2 && leads.test(Value(bytes[0])) && trails.test(Value(bytes[1]));
 }
 
-// The bytes of a character; empty if the converter has none.
+// The bytes of a character; empty if the encoding does not contain it.
 std::string BytesOf(UConverter* converter, UChar unit) {
     char bytes[8];
     UErrorCode status = U_ZERO_ERROR;
@@ -60,7 +60,7 @@ std::string BytesOf(UConverter* converter, UChar unit) {
     return U_FAILURE(status) != 0 ? std::string() : std::string(bytes, static_cast<std::size_t>(length));
 }
 
-// The character of some bytes as "<U0041>"; empty if they are none.
+// The character that the bytes encode, as "<U0041>"; empty if they are not valid.
 std::string CharacterOf(UConverter* converter, const std::string& bytes) {
     UChar units[4];
     UErrorCode status = U_ZERO_ERROR;
@@ -84,7 +84,7 @@ std::string Escaped(const std::string& bytes) {
     return text;
 }
 
-// One row of a state table: ranges of bytes, those that lead to the second byte marked with the next state.
+// One row of a state table: byte ranges, in which lead bytes are marked with the next state.
 std::string StateRow(const ByteSet& bytes, const ByteSet& leads) {
     std::string row = "<icu:state>";
     const char* comma = " ";
@@ -119,8 +119,8 @@ void PrintHead(UConverter* converter, const char* name, const ByteSet& leads, co
     }
 }
 
-// Every character of the basic plane, which holds all that these encodings have: there and back (0), or only
-// there (1).
+// All characters, which in these encodings are in the basic plane: round-trip mappings (0) and those from
+// Unicode only (1).
 void PrintFromUnicode(UConverter* converter, const ByteSet& leads, const ByteSet& trails) {
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
         const std::string bytes = BytesOf(converter, static_cast<UChar>(unit));
@@ -134,7 +134,7 @@ void PrintFromUnicode(UConverter* converter, const ByteSet& leads, const ByteSet
     }
 }
 
-// Byte sequences that are read as a character which is written in another way (3).
+// Byte sequences that decode to a character which is encoded differently: mappings to Unicode only (3).
 void PrintToUnicodeOnly(UConverter* converter, const std::string& bytes) {
     const std::string name = CharacterOf(converter, bytes);
     if (name.empty()) {

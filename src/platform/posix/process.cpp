@@ -59,26 +59,16 @@ bool IsFile(const std::string& path) {
     return ::stat(path.c_str(), &found) == 0 && !S_ISDIR(found.st_mode);
 }
 
-std::string FindInPath(const std::string& name) {
-    const std::string folders = EnvironmentValue("PATH").value_or("/usr/bin:/bin");
-    for (std::size_t at = 0; at <= folders.size();) {
-        const std::size_t end = std::min(folders.find(':', at), folders.size());
-        const std::string folder = folders.substr(at, end - at);
-        std::string candidate = (folder.empty() ? "." : folder) + "/" + name;
-        if (IsFile(candidate) && ::access(candidate.c_str(), X_OK) == 0) {
-            return candidate;
-        }
-        at = end + 1;
-    }
-    return name;
-}
-
 std::string LocateProgram(const std::string& program) {
     if (program.find('/') != std::string::npos) {
         return program;
     }
     std::string here = "./" + program;
-    return IsFile(here) ? here : FindInPath(program);
+    if (IsFile(here)) {
+        return here;
+    }
+    std::string found = FindInPath(program);
+    return found.empty() ? program : found;
 }
 
 /// True unless the first line holds a zero byte, which no script does.
@@ -110,6 +100,20 @@ int SpawnInShell(const std::string& script, std::vector<std::string> arguments, 
 }
 
 }  // namespace
+
+std::string FindInPath(const std::string& name) {
+    const std::string folders = EnvironmentValue("PATH").value_or("/usr/bin:/bin");
+    for (std::size_t at = 0; at <= folders.size();) {
+        const std::size_t end = std::min(folders.find(':', at), folders.size());
+        const std::string folder = folders.substr(at, end - at);
+        std::string candidate = (folder.empty() ? "." : folder) + "/" + name;
+        if (IsFile(candidate) && ::access(candidate.c_str(), X_OK) == 0) {
+            return candidate;
+        }
+        at = end + 1;
+    }
+    return {};
+}
 
 ErrorCode StartProcess(std::string_view commandLine, ProcessHandle& process) {
     process = {};

@@ -1,0 +1,57 @@
+#include "desk/cli/path_options.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "desk/cli/exit_status.h"
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+
+SystemPath RequireSystemPath(const NativePath& path) {
+    const NativePath absolute = AbsolutePath(path);
+    if (const std::string why = WhyUnnameable(absolute); !why.empty()) {
+        throw Stop{kExitUsage, path.utf8 + ": " + why};
+    }
+    const auto system = ToSystem(absolute);
+    if (!system) {
+        throw Stop{kExitUsage, path.utf8 + " is not on a mapped drive; map one with --drive"};
+    }
+    return *system;
+}
+
+void RequireFile(const char* option, const NativePath& file) {
+    std::error_code error;
+    if (!file.Empty() && !fs::is_regular_file(ToFilesystem(file), error)) {
+        throw Stop{kExitUsage, std::string(option) + ": " + file.utf8 + " is not a readable file"};
+    }
+}
+
+void RequireProgram(const char* option, const NativePath& file) {
+    RequireFile(option, file);
+    if (!file.Empty() && access(file.utf8.c_str(), X_OK) != 0) {
+        throw Stop{kExitUsage,
+                   std::string(option) + ": " + file.utf8 + " is not executable; run chmod +x on it"};
+    }
+}
+
+void RequireNoInput(const char* option, const NativePath& file, const std::vector<NativePath>& inputs) {
+    for (const NativePath& input : inputs) {
+        if (!file.Empty() && RealPath(file) == RealPath(input)) {
+            throw Stop{kExitUsage, std::string(option) + ": " + file.utf8 +
+                                       " is an input of this run; choose another file"};
+        }
+    }
+}
+
+void RequireLog(const NativePath& log, const std::vector<NativePath>& inputs) {
+    std::error_code error;
+    if (fs::is_directory(ToFilesystem(log), error)) {
+        throw Stop{kExitUsage, "--log: " + log.utf8 + " is a folder; choose a file in it"};
+    }
+    RequireNoInput("--log", log, inputs);
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,28 @@
+// Checks the paths in the options of the command line. Each check throws Stop with a message that names the
+// option.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "desk/paths/paths.h"
+
+namespace ventrix::desk {
+
+/// Returns the path, made absolute, in system notation. Throws Stop if a request cannot express it.
+SystemPath RequireSystemPath(const NativePath& path);
+
+/// Throws Stop if the file that this option names is missing. Accepts an empty path.
+void RequireFile(const char* option, const NativePath& file);
+
+/// As RequireFile, for a file that must be executable.
+void RequireProgram(const char* option, const NativePath& file);
+
+/// Throws Stop if the output file that this option names is one of the inputs, which the run would
+/// overwrite.
+void RequireNoInput(const char* option, const NativePath& file, const std::vector<NativePath>& inputs);
+
+/// Throws Stop if the log is a folder or one of the inputs.
+void RequireLog(const NativePath& log, const std::vector<NativePath>& inputs);
+
+}  // namespace ventrix::desk

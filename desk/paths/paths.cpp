@@ -1,0 +1,112 @@
+#include "desk/paths/paths.h"
+
+#include <libxml/xmlstring.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "platform/drives.h"
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+
+NativePath ToNative(const SystemPath& path) {
+    return {platform::ToNative(path.utf8)};
+}
+
+std::optional<SystemPath> ToSystem(const NativePath& path) {
+    auto system = platform::ToSystem(path.utf8);
+    return system ? std::optional(SystemPath{std::move(*system)}) : std::nullopt;
+}
+
+fs::path ToFilesystem(const NativePath& path) {
+    return {std::u8string(path.utf8.begin(), path.utf8.end())};
+}
+
+NativePath FromFilesystem(const fs::path& path) {
+    const std::u8string name = path.u8string();
+    return {std::string(name.begin(), name.end())};
+}
+
+NativePath AbsolutePath(const NativePath& path) {
+    if (path.Empty()) {
+        return path;
+    }
+    const fs::path absolute = fs::absolute(ToFilesystem(path));
+    const NativePath normal = FromFilesystem(absolute.lexically_normal());
+    const NativePath real = RealPath(FromFilesystem(absolute));
+    // The ".." after a link is the parent of the link's target, not of the link.
+    return real == RealPath(normal) ? normal : real;
+}
+
+NativePath RealPath(const NativePath& path) {
+    std::error_code error;
+    const fs::path real = fs::weakly_canonical(ToFilesystem(path), error);
+    return FromFilesystem(error ? ToFilesystem(path).lexically_normal() : real);
+}
+
+bool IsBelowOrEqual(const NativePath& path, const NativePath& folder) {
+    const fs::path relative = ToFilesystem(path).lexically_relative(ToFilesystem(folder));
+    return !relative.empty() && *relative.begin() != "..";
+}
+
+NativePath NormalPath(const NativePath& absolutePath) {
+    const std::string_view path = absolutePath.utf8;
+    std::vector<std::string_view> names;
+    for (std::size_t start = 0; start <= path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        const std::string_view name = path.substr(start, end - start);
+        if (name == ".." && !names.empty()) {
+            names.pop_back();
+        } else if (!name.empty() && name != "." && name != "..") {
+            names.push_back(name);
+        }
+        start = end + 1;
+    }
+    NativePath normal;
+    for (const std::string_view name : names) {
+        normal.utf8.append("/").append(name);
+    }
+    return normal.Empty() ? NativePath{"/"} : normal;
+}
+
+NativePath FolderOf(const NativePath& absolutePath) {
+    return {absolutePath.utf8.substr(0, absolutePath.utf8.rfind('/') + 1)};
+}
+
+std::string WhyUnnameable(const NativePath& path) {
+    if (std::ranges::any_of(path.utf8,
+                            [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; })) {
+        return "the name contains a control character; rename the file";
+    }
+    if (path.utf8.find('\\') != std::string::npos) {
+        return "the name contains a backslash; separate folders with slashes";
+    }
+    if (xmlCheckUTF8(reinterpret_cast<const xmlChar*>(path.utf8.c_str())) == 0) {
+        return "the name is not valid UTF-8; rename the file";
+    }
+    return {};
+}
+
+std::string PercentEncoded(std::string_view path) {
+    constexpr std::string_view kKept =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.!~*'()@/";
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string encoded;
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (kKept.find(c) != std::string_view::npos) {
+            encoded += c;
+        } else {
+            encoded += {'%', kDigits[byte >> 4], kDigits[byte & 0xf]};
+        }
+    }
+    return encoded;
+}
+
+std::string FileUri(const NativePath& absolutePath) {
+    return "file://" + PercentEncoded(absolutePath.utf8);
+}
+
+}  // namespace ventrix::desk
