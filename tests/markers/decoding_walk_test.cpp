@@ -49,9 +49,9 @@ TEST(DecodingWalk, AppliesAttributeGroups) {
 }
 
 TEST(DecodingWalk, WritesTheTagsAttributeThatTheRequestNames) {
-    PublishParams record;
-    record.targetAttr = "data-own";
-    EXPECT_EQ(Decoded("<p data-twtags='a'>" + Group("t", "1") + "x</p>", record),
+    PublishParams params;
+    params.targetAttr = "data-own";
+    EXPECT_EQ(Decoded("<p data-twtags='a'>" + Group("t", "1") + "x</p>", params),
               "<p data-twtags='a' data-own=\"tQL_SEP1QL_SEP\">x</p>");
 }
 
@@ -100,24 +100,24 @@ TEST(DecodingWalk, BringsElementsBack) {
 }
 
 TEST(DecodingWalk, ClearsEveryText) {
-    PublishParams record;
-    record.skipElements = {"mathml"};
-    EXPECT_EQ(Decoded("<p a='QL_SEP'><!--QL_SEP--><mathml>xQL_SEPy<b>QL_EQz</b></mathml>\n</p>", record),
+    PublishParams params;
+    params.skipElements = {"mathml"};
+    EXPECT_EQ(Decoded("<p a='QL_SEP'><!--QL_SEP--><mathml>xQL_SEPy<b>QL_EQz</b></mathml>\n</p>", params),
               "<p a='QL_SEP'><!--QL_SEP--><mathml>xy<b>z</b></mathml>\n</p>");
 }
 
 TEST(BothWalks, TogetherGiveBackWhatWasCarried) {
-    PublishParams record;
-    record.attributes = {"t"};
-    record.elements = {"i"};
-    record.scopedAttributes = {"s", "w", "table", "class"};
-    record.xpathAttr = "place";
-    record.addXpath = true;
+    PublishParams params;
+    params.attributes = {"t"};
+    params.elements = {"i"};
+    params.scopedAttributes = {"s", "w", "table", "class"};
+    params.xpathAttr = "place";
+    params.addXpath = true;
     const std::string source =
         "<table><s w='wide'>"
         "<p t='&lt;ä\"'>x <i k='1'>&amp;<b>y</b><!--c--></i> z &lt; \xF0\x9F\x9A\xB0</p> "
         "<p>v</p></s></table>";
-    const std::string published = Decoded(Encoded(source, record), record);
+    const std::string published = Decoded(Encoded(source, params), params);
     EXPECT_EQ(published,
               "<table class=\"wide\"><s w='wide'>"
               "<p t='&lt;ä\"' data-twtags=\"tQL_SEP&lt;ä&quot;QL_SEP\" place=\"/table/s/p\">"

@@ -15,12 +15,12 @@ const char kRichDocument[] =
     "<?pi x?>\r\n ä \xF0\x9F\x9A\xB0 &amp;&gt;></topic >\n<!-- end -->\n";
 
 TEST(DocumentPass, LeavesAFileWithNothingToDoAsItIs) {
-    PublishParams record;
-    record.attributes = {"audience"};
-    record.elements = {"uicontrol"};
-    record.preserveXPathList = {"//q"};
-    EXPECT_EQ(Encoded(kRichDocument, record), kRichDocument);
-    EXPECT_EQ(Decoded(kRichDocument, record), kRichDocument);
+    PublishParams params;
+    params.attributes = {"audience"};
+    params.elements = {"uicontrol"};
+    params.preserveXPathList = {"//q"};
+    EXPECT_EQ(Encoded(kRichDocument, params), kRichDocument);
+    EXPECT_EQ(Decoded(kRichDocument, params), kRichDocument);
 }
 
 TEST(DocumentPass, KeepsAFileThatDoesNotLoad) {
@@ -29,17 +29,17 @@ TEST(DocumentPass, KeepsAFileThatDoesNotLoad) {
         for (const bool decode : {false, true}) {
             const TestFolder tree;
             tree.Write("f.xml", input);
-            PublishParams record;
+            PublishParams params;
             std::string errorText;
-            EXPECT_FALSE(ProcessXmlFile(tree.System("f.xml"), decode, record, errorText)) << input;
+            EXPECT_FALSE(ProcessXmlFile(tree.System("f.xml"), decode, params, errorText)) << input;
             EXPECT_FALSE(errorText.empty()) << input;
             EXPECT_EQ(tree.Read("f.xml"), input);
         }
     }
     const TestFolder tree;
-    PublishParams record;
+    PublishParams params;
     std::string errorText;
-    EXPECT_FALSE(ProcessXmlFile(tree.System("missing.xml"), true, record, errorText));
+    EXPECT_FALSE(ProcessXmlFile(tree.System("missing.xml"), true, params, errorText));
     EXPECT_FALSE(errorText.empty());
     EXPECT_EQ(tree.Count(), 0);
 }
@@ -48,22 +48,22 @@ TEST(DocumentPass, NamesTheUndefinedEntityWhereNoDtdIsKnown) {
     for (const char* input : {"<a>&nbsp;</a>", "<!DOCTYPE a SYSTEM 'gone.dtd'><a t='&nbsp;'/>"}) {
         const TestFolder tree;
         tree.Write("f.html", input);
-        PublishParams record;
+        PublishParams params;
         std::string errorText;
-        EXPECT_FALSE(ProcessXmlFile(tree.System("f.html"), true, record, errorText));
+        EXPECT_FALSE(ProcessXmlFile(tree.System("f.html"), true, params, errorText));
         EXPECT_NE(errorText.find("undefined entity"), std::string::npos) << errorText;
         EXPECT_EQ(tree.Read("f.html"), input);
     }
 }
 
 TEST(DocumentPass, KeepsTheRecordWhole) {
-    PublishParams record;
-    record.attributes = {"t"};
-    record.addSourcePath = {"p"};
-    Pass("<a t='1'><p>x</p></a>", false, record);
-    EXPECT_EQ(record.attributes, std::list<std::string>{"t"});
-    EXPECT_EQ(record.addSourcePath, std::list<std::string>{"p"});
-    EXPECT_TRUE(record.currentFile.ends_with("\\docs\\guide.xml"));
+    PublishParams params;
+    params.attributes = {"t"};
+    params.addSourcePath = {"p"};
+    Pass("<a t='1'><p>x</p></a>", false, params);
+    EXPECT_EQ(params.attributes, std::list<std::string>{"t"});
+    EXPECT_EQ(params.addSourcePath, std::list<std::string>{"p"});
+    EXPECT_TRUE(params.currentFile.ends_with("\\docs\\guide.xml"));
 }
 
 TEST(DocumentPass, DecodesEveryPrefixOfARichText) {
@@ -86,11 +86,11 @@ TEST(DocumentPass, DecodesEveryPrefixOfARichText) {
 }
 
 TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
-    PublishParams record;
-    record.attributes = {"t"};
-    record.elements = {"i"};
-    record.scopedAttributes = {"s", "t", "p", "id"};
-    record.addXpath = true;
+    PublishParams params;
+    params.attributes = {"t"};
+    params.elements = {"i"};
+    params.scopedAttributes = {"s", "t", "p", "id"};
+    params.addXpath = true;
     constexpr std::size_t kCount = 100000;
     const struct {
         const char* name;
@@ -109,7 +109,7 @@ TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
     };
     for (const auto& row : rows) {
         const auto start = std::chrono::steady_clock::now();
-        Pass(row.input, row.decode, record);
+        Pass(row.input, row.decode, params);
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
         // With checks on, a second or two; a walk that looks at the siblings anew takes minutes.
         EXPECT_LT(seconds.count(), 20) << row.name;
@@ -118,11 +118,11 @@ TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
 
 TEST(DocumentPass, TakesTimeInProportionToDeepDocuments) {
     constexpr std::size_t kDepth = 100000;
-    PublishParams record;
-    record.attributes = {"t", "nowhere"};
-    record.elements = {"i"};
+    PublishParams params;
+    params.attributes = {"t", "nowhere"};
+    params.elements = {"i"};
     const auto start = std::chrono::steady_clock::now();
-    Pass("<a>" + Repeated("<s t='1'>x<i/>", kDepth) + "y" + Repeated("</s>", kDepth) + "</a>", false, record);
+    Pass("<a>" + Repeated("<s t='1'>x<i/>", kDepth) + "y" + Repeated("</s>", kDepth) + "</a>", false, params);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     EXPECT_LT(seconds.count(), 20);
 }
@@ -131,12 +131,12 @@ TEST(DocumentPass, EndsOnDeepDocuments) {
     constexpr std::size_t kDepth = 200000;
     const TestFolder tree;
     tree.Write("f.xml", Repeated("<s t='1'>", kDepth) + "x" + Repeated("</s>", kDepth));
-    PublishParams record;
-    record.attributes = {"t"};
-    record.addXpath = true;
+    PublishParams params;
+    params.attributes = {"t"};
+    params.addXpath = true;
     for (const bool decode : {false, true}) {
         std::string errorText;
-        const bool loaded = ProcessXmlFile(tree.System("f.xml"), decode, record, errorText);
+        const bool loaded = ProcessXmlFile(tree.System("f.xml"), decode, params, errorText);
         EXPECT_NE(loaded, !errorText.empty());
     }
 }

@@ -130,10 +130,10 @@ TEST(RepairDoctype, EntersTheHostsNameOfADtdThatDoesNotExist) {
 TEST(LoadWithRepair, ReadsTheEntitiesOfTheDtdThatTheHostNames) {
     RepairCase repair;
     repair.output = "<!DOCTYPE a SYSTEM \"$qldtdpath$\"><a t='&product;'>x &product;</a>";
-    PublishParams record;
-    record.attributes = {"t"};
+    PublishParams params;
+    params.attributes = {"t"};
     std::string errorText;
-    EXPECT_TRUE(ProcessXmlFile(repair.tree.System("doc.xml"), false, record, errorText)) << errorText;
+    EXPECT_TRUE(ProcessXmlFile(repair.tree.System("doc.xml"), false, params, errorText)) << errorText;
     EXPECT_EQ(repair.tree.Read("doc.xml"),
               "<!DOCTYPE a SYSTEM \"" + repair.dtdAnswer +
                   "\"><a t='&product;'>QL_STARTtQL_EQPump 7QL_TARGETQL_SEPQL_ENDx &product;</a>");
@@ -144,9 +144,9 @@ TEST(LoadWithRepair, GivesUpWhereTheRepairDoesNotHelp) {
         RepairCase repair;
         repair.dtdAnswer = dtdAnswer;
         repair.output.reset();
-        PublishParams record;
+        PublishParams params;
         std::string errorText;
-        EXPECT_FALSE(ProcessXmlFile(repair.tree.System("doc.xml"), false, record, errorText));
+        EXPECT_FALSE(ProcessXmlFile(repair.tree.System("doc.xml"), false, params, errorText));
         EXPECT_FALSE(errorText.empty());
         EXPECT_EQ(repair.host.log.back().starts_with("InvokeClient QlXSLT"), *dtdAnswer != '\0');
         EXPECT_EQ(repair.tree.Read("doc.xml"), repair.document);

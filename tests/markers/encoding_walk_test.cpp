@@ -15,9 +15,9 @@ struct Row {
 };
 
 PublishParams Attributes(std::list<std::string> names) {
-    PublishParams record;
-    record.attributes = std::move(names);
-    return record;
+    PublishParams params;
+    params.attributes = std::move(names);
+    return params;
 }
 
 TEST(EncodingWalk, PutsInheritedAttributesInFrontOfEveryFilledText) {
@@ -85,18 +85,18 @@ TEST(EncodingWalk, ReplacesListedElementsInRunningText) {
          "<!DOCTYPE a [<!ENTITY e 'z'>]><a>xQL_ELEM_S&amp;lt;i&amp;gt;z&amp;lt;/i&amp;gt;QL_ELEM_E</a>"},
         {"a listed root is walked", "<i>x<u/></i>", "<i>x" + u + "</i>"},
     };
-    PublishParams record;
-    record.elements = {"i", "u"};
+    PublishParams params;
+    params.elements = {"i", "u"};
     for (const Row& row : rows)
-        EXPECT_EQ(Encoded(row.input, record), row.output) << row.name;
+        EXPECT_EQ(Encoded(row.input, params), row.output) << row.name;
 }
 
 TEST(EncodingWalk, NeverEntersAListedElement) {
-    PublishParams record = Attributes({"t"});
-    record.elements = {"i"};
-    record.scopedAttributes = {"i", "t", "p", "class"};
-    EXPECT_EQ(Encoded("<a t='1'><i t='2'>x<b>y</b></i></a>", record), "<a t='1'><i t='2'>x<b>y</b></i></a>");
-    EXPECT_EQ(Encoded("<a><b t='1'>x<i t=\"2\">y</i></b></a>", record),
+    PublishParams params = Attributes({"t"});
+    params.elements = {"i"};
+    params.scopedAttributes = {"i", "t", "p", "class"};
+    EXPECT_EQ(Encoded("<a t='1'><i t='2'>x<b>y</b></i></a>", params), "<a t='1'><i t='2'>x<b>y</b></i></a>");
+    EXPECT_EQ(Encoded("<a><b t='1'>x<i t=\"2\">y</i></b></a>", params),
               "<a><b t='1'>" + Group("t", "1") +
                   "xQL_ELEM_S&amp;lt;i t=&amp;quot;2&amp;quot;&amp;gt;y&amp;lt;/i&amp;gt;QL_ELEM_E</b></a>");
 }
@@ -117,10 +117,10 @@ TEST(EncodingWalk, PutsScopedAttributesInFrontOfTheFirstText) {
         {"an attribute group comes in front", "<s t='1' v='3'>x</s>",
          "<s t='1' v='3'>" + Group("v", "3") + group + "x</s>"},
     };
-    PublishParams record = Attributes({"v"});
-    record.scopedAttributes = {"s", "t", "p", "class", "s", "u", "div", "id"};
+    PublishParams params = Attributes({"v"});
+    params.scopedAttributes = {"s", "t", "p", "class", "s", "u", "div", "id"};
     for (const Row& row : rows)
-        EXPECT_EQ(Encoded(row.input, record), row.output) << row.name;
+        EXPECT_EQ(Encoded(row.input, params), row.output) << row.name;
 }
 
 TEST(EncodingWalk, StampsXPaths) {
@@ -145,18 +145,18 @@ TEST(EncodingWalk, StampsXPaths) {
          "<a><p>" + at("/a/p") + "xQL_ELEM_S&amp;lt;i/&amp;gt;QL_ELEM_E" + at("/a/p") + "y<q>" +
              at("/a/p/q") + "z</q></p></a>"},
     };
-    PublishParams record;
-    record.addXpath = true;
-    record.xpathAttr = "place";
-    record.elements = {"i"};
+    PublishParams params;
+    params.addXpath = true;
+    params.xpathAttr = "place";
+    params.elements = {"i"};
     for (const Row& row : rows)
-        EXPECT_EQ(Encoded(row.input, record), row.output) << row.name;
+        EXPECT_EQ(Encoded(row.input, params), row.output) << row.name;
 }
 
 TEST(EncodingWalk, StampsTheSourceOnceForEachNameInTheList) {
-    PublishParams record;
-    record.addSourcePath = {"p", "p", "title"};
-    record.addXpath = true;
+    PublishParams params;
+    params.addSourcePath = {"p", "p", "title"};
+    params.addXpath = true;
     const auto stamped = [](const std::string& path, bool source) {
         return "QL_STARTdata-qlxpathQL_EQ" + path + "QL_TARGETQL_SEP" + (source ? kSourceEntry : "") +
                "QL_END";
@@ -166,9 +166,9 @@ TEST(EncodingWalk, StampsTheSourceOnceForEachNameInTheList) {
                                stamped("/a/p", true) + "x</p><p>" + stamped("/a/p[2]", true) + "y</p><p>" +
                                stamped("/a/p[3]", false) + "z</p><title>" + stamped("/a/title[2]", true) +
                                "u</title></a>";
-    EXPECT_EQ(Pass(input, false, record), output);
-    EXPECT_EQ(record.addSourcePath, (std::list<std::string>{"p", "p", "title"}));
-    EXPECT_EQ(Pass(input, false, record), output) << "the next file starts with the whole list";
+    EXPECT_EQ(Pass(input, false, params), output);
+    EXPECT_EQ(params.addSourcePath, (std::list<std::string>{"p", "p", "title"}));
+    EXPECT_EQ(Pass(input, false, params), output) << "the next file starts with the whole list";
 }
 
 TEST(EncodingWalk, StampsPreservedQueries) {
@@ -185,23 +185,23 @@ TEST(EncodingWalk, StampsPreservedQueries) {
          "id='k'>QL_STARTdata-qlxpathQL_EQ/a/*[@id='k']QL_TARGETqQL_SEPdata-qlxpathQL_EQ//pQL_TARGETqQL_SEP"
          "QL_ENDx</p></a>"},
     };
-    PublishParams record = Attributes({"t"});
-    record.scopedAttributes = {"p", "s", "d", "e"};
-    record.preserveXPathAttr = "q";
+    PublishParams params = Attributes({"t"});
+    params.scopedAttributes = {"p", "s", "d", "e"};
+    params.preserveXPathAttr = "q";
     // No XPath at all, an unbound prefix, attributes, texts and numbers: passed over without a word.
-    record.preserveXPathList = {"//[",        "//n:p", "//*[not(@xml:lang)]", "//@*", "//text()",
+    params.preserveXPathList = {"//[",        "//n:p", "//*[not(@xml:lang)]", "//@*", "//text()",
                                 "count(//p)", "",      "//p[@id='xml:']",     "//p",  "/a/*[@id='k']"};
     for (const Row& row : rows)
-        EXPECT_EQ(Encoded(row.input, record), row.output) << row.name;
+        EXPECT_EQ(Encoded(row.input, params), row.output) << row.name;
 }
 
 TEST(EncodingWalk, PassesOverSkippedElements) {
-    PublishParams record = Attributes({"t"});
-    record.skipElements = {"mathml"};
-    record.elements = {"mathml", "i"};
-    EXPECT_EQ(Encoded("<a t='1'>x<mathml>y<i>z</i></mathml></a>", record),
+    PublishParams params = Attributes({"t"});
+    params.skipElements = {"mathml"};
+    params.elements = {"mathml", "i"};
+    EXPECT_EQ(Encoded("<a t='1'>x<mathml>y<i>z</i></mathml></a>", params),
               "<a t='1'>" + Group("t", "1") + "x<mathml>y<i>z</i></mathml></a>");
-    EXPECT_EQ(Encoded("<mathml t='1'>x</mathml>", record), "<mathml t='1'>x</mathml>");
+    EXPECT_EQ(Encoded("<mathml t='1'>x</mathml>", params), "<mathml t='1'>x</mathml>");
 }
 
 }  // namespace

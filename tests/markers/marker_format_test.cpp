@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include "markers/marker_text.h"
 #include "support/text_rows.h"
 
 namespace ventrix::test {
