@@ -1,6 +1,6 @@
-// The host's answer to "which files does this document refer to", as the pipeline's own list, with one
-// file-system test for each file. The list of the last document is kept for the life of the module, so that
-// packaging works on what a Validate reported.
+// The files that a document refers to, as the host lists them, each with the result of one file-system test.
+// The list of the last document is kept for the life of the module, so that packaging works on what a
+// Validate reported. Strings are UTF-8, paths in system notation.
 #pragma once
 
 #include <cstdint>
@@ -13,9 +13,9 @@ namespace ventrix {
 
 /// State of a referenced file at the time of the scan.
 enum class ReferenceKind : std::int32_t {
-    kValid = 1,    ///< Can be read, and the host has no changes of its own.
-    kBroken = 2,   ///< Can't be opened for reading.
-    kUnsaved = 3,  ///< Can be read, but the host holds unsaved changes.
+    kValid = 1,    ///< Can be read, and the host has no unsaved changes of it.
+    kBroken = 2,   ///< Cannot be opened for reading.
+    kUnsaved = 3,  ///< Can be read, but the host has unsaved changes of it.
 };
 
 struct ReferenceEntry {
@@ -33,8 +33,8 @@ struct ReferenceCache {
 /// The one cache of the process.
 extern ReferenceCache referenceCache;
 
-/// The paths of the cache, whatever their kind, in its order. The key "graphicsType" tells a graphic; every
-/// other key means a document.
+/// The paths of the cache, of every kind, in its order. The key "graphicsType" marks a graphic, every other
+/// key a document.
 struct ReferencePaths {
     FileList documents;
     FileList graphics;
@@ -44,14 +44,14 @@ ReferencePaths CachedPaths();
 constexpr int kBrokenFound = 1;   ///< Bit of a scan: a broken entry was added.
 constexpr int kUnsavedFound = 2;  ///< Bit of a scan: an unsaved entry was added.
 
-/// Asks the host and appends its files to the list; web addresses and values of another shape are left out.
-/// Returns the bits of what was found. A host that gives no answer adds nothing.
+/// Asks the host and appends its files to the list, without web addresses and values of another form. Returns
+/// the bits of what was found. Without an answer of the host nothing is appended.
 int ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>& list);
 
-/// Renews the cache for this document whatever it holds. Returns the bits of the scan.
+/// Scans the document anew into the cache. Returns the bits of the scan.
 int RenewReferences(std::uint32_t documentId);
 
-/// Renews the cache only if it belongs to another document.
+/// RenewReferences, but only if the cache belongs to another document.
 void Refresh(std::uint32_t documentId);
 
 }  // namespace ventrix

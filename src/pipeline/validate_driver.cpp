@@ -29,7 +29,7 @@ void LogReferencesByKind(ReportLog& log) {
     LogSection(log, unsaved, kSeverityWarning, kMessageUnsavedFiles);
 }
 
-/// Reports references that packaging can't bring along. Returns the bit for documents on several roots.
+/// Reports references that packaging refuses or leaves out. Returns the bit for documents on several roots.
 int LogForeignRoots(ReportLog& log) {
     const ReferencePaths paths = CachedPaths();
     int mask = 0;
@@ -37,7 +37,7 @@ int LogForeignRoots(ReportLog& log) {
         LogMessage(log, kSeverityError, kMessageSeveralRoots);
         mask = kValidateOnSeveralRoots;
     }
-    // Without a document there is no root for a graphic to miss.
+    // Without documents there is no root to compare the graphics with.
     if (!paths.documents.empty() && AnyOutsideRoot(paths.graphics, PathRoot(paths.documents.front()))) {
         LogMessage(log, kSeverityWarning, kMessageSeveralRoots);
     }

@@ -14,7 +14,7 @@ const char kRichDocument[] =
     "'v'\n\tb=\"&#228;&lt;\"><p></p><p/>&e;&#160;<![CDATA[<>]]>"
     "<?pi x?>\r\n ä \xF0\x9F\x9A\xB0 &amp;&gt;></topic >\n<!-- end -->\n";
 
-TEST(DocumentPass, LeavesAFileWithNothingToDoAsItIs) {
+TEST(DocumentPass, SavesAFileWithoutWorkByteForByte) {
     PublishParams params;
     params.attributes = {"audience"};
     params.elements = {"uicontrol"};
@@ -23,7 +23,7 @@ TEST(DocumentPass, LeavesAFileWithNothingToDoAsItIs) {
     EXPECT_EQ(Decoded(kRichDocument, params), kRichDocument);
 }
 
-TEST(DocumentPass, KeepsAFileThatDoesNotLoad) {
+TEST(DocumentPass, LeavesAFileThatDoesNotLoadUnchanged) {
     const char* const inputs[] = {"", "no XML", "<a><b></a>", "<a/><b/>", "<a>&#0;</a>", "<!-- no root -->"};
     for (const char* input : inputs) {
         for (const bool decode : {false, true}) {
@@ -44,7 +44,7 @@ TEST(DocumentPass, KeepsAFileThatDoesNotLoad) {
     EXPECT_EQ(tree.Count(), 0);
 }
 
-TEST(DocumentPass, NamesTheUndefinedEntityWhereNoDtdIsKnown) {
+TEST(DocumentPass, ReportsAnUndefinedEntityIfNoDtdIsKnown) {
     for (const char* input : {"<a>&nbsp;</a>", "<!DOCTYPE a SYSTEM 'gone.dtd'><a t='&nbsp;'/>"}) {
         const TestFolder tree;
         tree.Write("f.html", input);
@@ -56,7 +56,7 @@ TEST(DocumentPass, NamesTheUndefinedEntityWhereNoDtdIsKnown) {
     }
 }
 
-TEST(DocumentPass, KeepsTheRecordWhole) {
+TEST(DocumentPass, ChangesNoOptionButTheCurrentFile) {
     PublishParams params;
     params.attributes = {"t"};
     params.addSourcePath = {"p"};
@@ -66,14 +66,14 @@ TEST(DocumentPass, KeepsTheRecordWhole) {
     EXPECT_TRUE(params.currentFile.ends_with("\\docs\\guide.xml"));
 }
 
-TEST(DocumentPass, DecodesEveryPrefixOfARichText) {
+TEST(DocumentPass, LeavesNoMarkerWordOfATruncatedText) {
     const std::string text =
         "QL_STARTtQL_EQ1QL_TARGETQL_SEPuQL_EQ2QL_TARGETnQL_SEPQL_ENDQL_SA_SpQL_SEPidQL_SEPkQL_SA_ETexT "
         "QL_ELEM_S&amp;lt;i&amp;gt;yQL_ELEM_S&amp;lt;j/&amp;gt;QL_ELEM_Ez&amp;lt;/i&amp;gt;QL_ELEM_E end"
         "QL_ELEM_S&amp;lt;k/&amp;gt;QL_ELEM_E.";
     for (std::size_t length = 0; length <= text.size(); ++length) {
         std::string prefix = text.substr(0, length);
-        // An entity reference of the file itself is not to be cut.
+        // A truncated entity reference would not parse.
         if (const auto amp = prefix.rfind('&');
             amp != std::string::npos && prefix.find(';', amp) == std::string::npos)
             continue;
@@ -85,7 +85,7 @@ TEST(DocumentPass, DecodesEveryPrefixOfARichText) {
     }
 }
 
-TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
+TEST(DocumentPass, TakesLinearTimeOnWideDocuments) {
     PublishParams params;
     params.attributes = {"t"};
     params.elements = {"i"};
@@ -98,12 +98,13 @@ TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
         bool decode;
     } rows[] = {
         {"siblings with an index", "<a>" + Repeated("<p t='1'>x</p>", kCount) + "</a>", false},
-        {"two names in turn", "<a>" + Repeated("<p>x</p><q>y</q>", kCount / 2) + "</a>", false},
-        {"listed elements without text behind", "<a>" + Repeated("<i/> ", kCount) + "</a>", false},
-        {"listed elements with text behind", "<a>" + Repeated("<i/> ", kCount) + "x</a>", false},
-        {"texts between elements", "<a t='1'>" + Repeated("x<i/>", kCount) + "</a>", false},
-        {"empty elements in front of the text", "<s t='1'>" + Repeated("<b/>", kCount) + "x</s>", false},
-        {"marked texts in one element", "<p>" + Repeated(Group("t", "1") + "x<b/>", kCount) + "</p>", true},
+        {"alternating names", "<a>" + Repeated("<p>x</p><q>y</q>", kCount / 2) + "</a>", false},
+        {"listed elements without text after them", "<a>" + Repeated("<i/> ", kCount) + "</a>", false},
+        {"listed elements with text after them", "<a>" + Repeated("<i/> ", kCount) + "x</a>", false},
+        {"text nodes between elements", "<a t='1'>" + Repeated("x<i/>", kCount) + "</a>", false},
+        {"empty elements before the text", "<s t='1'>" + Repeated("<b/>", kCount) + "x</s>", false},
+        {"marked text nodes in one element", "<p>" + Repeated(Group("t", "1") + "x<b/>", kCount) + "</p>",
+         true},
         {"element groups in one text",
          "<p>" + Repeated("QL_ELEM_S&amp;lt;i/&amp;gt;QL_ELEM_E ", kCount) + "</p>", true},
     };
@@ -111,12 +112,12 @@ TEST(DocumentPass, TakesTimeInProportionToWideDocuments) {
         const auto start = std::chrono::steady_clock::now();
         Pass(row.input, row.decode, params);
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-        // With checks on, a second or two; a walk that looks at the siblings anew takes minutes.
+        // A second or two with sanitizers; minutes if every step visits the siblings again.
         EXPECT_LT(seconds.count(), 20) << row.name;
     }
 }
 
-TEST(DocumentPass, TakesTimeInProportionToDeepDocuments) {
+TEST(DocumentPass, TakesLinearTimeOnDeepDocuments) {
     constexpr std::size_t kDepth = 100000;
     PublishParams params;
     params.attributes = {"t", "nowhere"};
@@ -127,7 +128,7 @@ TEST(DocumentPass, TakesTimeInProportionToDeepDocuments) {
     EXPECT_LT(seconds.count(), 20);
 }
 
-TEST(DocumentPass, EndsOnDeepDocuments) {
+TEST(DocumentPass, FinishesOnVeryDeepDocuments) {
     constexpr std::size_t kDepth = 200000;
     const TestFolder tree;
     tree.Write("f.xml", Repeated("<s t='1'>", kDepth) + "x" + Repeated("</s>", kDepth));

@@ -1,4 +1,4 @@
-// Text in, text out: runs a pass of one direction over a file of its own.
+// Runs a pass over a temporary file: the XML before it in, the XML after it out.
 #pragma once
 
 #include <gtest/gtest.h>
