@@ -103,7 +103,7 @@ TEST(AttributeGroup, ParseReadsTheFirstGroupUpToTheFirstFault) {
         // A closing word before the group makes it run to the end of the text.
         {"QL_ENDQL_STARTaQL_EQ1QL_TARGETQL_SEPQL_END", "[a] [1]", ""},
         {"QL_ENDQL_STARTaQL_EQ1QL_TARGETQL_SEPQL_ENDbQL_EQ2QL_TARGETQL_SEP", "[a] [1] [QL_ENDb] [2]", ""},
-        // A value that contains a marker word is cut there.
+        // In a value, a second QL_EQ is data, and a QL_SEP ends the reading.
         {"QL_STARTaQL_EQ1QL_EQ2QL_TARGETQL_SEPQL_END", "[a] [1QL_EQ2]", ""},
         {"QL_STARTaQL_EQ1QL_SEP2QL_TARGETQL_SEPQL_END", "", ""},
     };
