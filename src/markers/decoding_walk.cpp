@@ -8,7 +8,7 @@ namespace ventrix {
 namespace {
 
 constexpr char kDefaultTagsAttribute[] = "data-twtags";
-constexpr char kMarkerHead[] = "QL_";  // Every marker word begins like this.
+constexpr char kMarkerPrefix[] = "QL_";  // Every marker word begins with it.
 
 /// The position of each token's first occurrence.
 std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vector<std::string>& tokens) {
@@ -20,12 +20,12 @@ std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vect
 }
 
 void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string_view text,
-                         const PublishParams& record) {
+                         const PublishParams& params) {
     AttributePairs tagPairs;
     AttributePairs targetPairs;
     ParseAttributeGroup(text, tagPairs, targetPairs);
     if (!tagPairs.empty()) {
-        ApplyTagPairs(document, element, tagPairs, record);
+        ApplyTagPairs(document, element, tagPairs, params);
     }
     for (std::size_t i = 0; i < targetPairs.size(); i += 2) {
         SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1], true);
@@ -34,15 +34,19 @@ void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string
 
 }  // namespace
 
-xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& record) {
+// The order of the steps matters, since each reads what the one before has left of the text. Attribute groups
+// go first, wherever they are: only without them do the scoped groups begin the text. What remains after the
+// scoped groups is split at its element groups. If there are any, the pieces replace the text node, which
+// then need not be written.
+xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params) {
     std::string buffer;
     const std::string_view content = textNode.get_text(buffer);
-    // A text without any marker word would come out as it is. Most texts of a file end here, without a copy.
-    if (content.find(kMarkerHead) == std::string_view::npos) {
+    // Without a marker word the text would stay as it is. Most text nodes of a file end here, without a copy.
+    if (content.find(kMarkerPrefix) == std::string_view::npos) {
         return textNode.get_nextSibling();
     }
     xml::Node parent = textNode.get_parentNode();
-    ApplyAttributeGroup(document, parent, content, record);
+    ApplyAttributeGroup(document, parent, content, params);
     std::string text = StripAttributeGroups(content);
     ApplyScopedEntries(document, textNode, TakeScopedGroups(text));
     const std::vector<std::string> pieces = SplitElementGroups(text);
@@ -57,20 +61,20 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
 }
 
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
-                   const PublishParams& record) {
-    const std::string attribute = record.targetAttr.empty() ? kDefaultTagsAttribute : record.targetAttr;
+                   const PublishParams& params) {
+    const std::string attribute = params.targetAttr.empty() ? kDefaultTagsAttribute : params.targetAttr;
     const std::vector<std::string> tokens = SplitTagsValue(AttributeValue(element, attribute));
     const auto positions = FirstPositions(tokens);
     std::string added;
     for (std::size_t i = 0; i < tagPairs.size(); i += 2) {
-        // Names stand at the even positions. A name that occurs first as a value is taken for a new one.
+        // Names are at the even positions. A name that occurs first as a value counts as new.
         const auto found = positions.find(tagPairs[i]);
         if (found != positions.end() && found->second % 2 == 0) {
             continue;
         }
         added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
     }
-    // Nothing to join leaves the attribute as the file has it.
+    // Appending nothing would still rewrite the attribute, and not leave it as the file has it.
     if (!added.empty()) {
         SetOrAppendAttribute(document, element, attribute, added, false);
     }
@@ -80,16 +84,16 @@ void ApplyScopedEntries(xml::Document& document, xml::Node textNode, ScopedEntri
     for (xml::Node node = textNode.get_parentNode(); IsElement(node) && !entries.empty();
          node = node.get_parentNode()) {
         const std::string_view name = NodeName(node);
-        ScopedEntries left;
+        ScopedEntries remaining;
         for (std::size_t i = 0; i < entries.size(); i += 3) {
             const std::string &attribute = entries[i + 1], &value = entries[i + 2];
             if (entries[i] != name) {
-                left.insert(left.end(), {entries[i], attribute, value});
+                remaining.insert(remaining.end(), {entries[i], attribute, value});
             } else if (AttributeValue(node, attribute).empty()) {
                 AddAttribute(document, node, attribute, value);
             }
         }
-        entries = std::move(left);
+        entries = std::move(remaining);
     }
 }
 
@@ -115,7 +119,7 @@ void ClearMarkerWords(xml::Node element) {
             continue;
         }
         const std::string_view text = node.get_text(buffer);
-        if (text.find(kMarkerHead) != std::string_view::npos) {
+        if (text.find(kMarkerPrefix) != std::string_view::npos) {
             node.put_text(RemoveMarkerWords(text));
         }
     }

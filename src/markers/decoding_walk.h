@@ -1,5 +1,6 @@
 // What a pass does to one node of the generated HTML: marker text becomes attributes of the elements around
-// it and elements in the text. Nothing here fails; what cannot be read is left for ClearMarkerWords.
+// the text and elements in the text. Nothing here fails; marker text that cannot be read stays in the text,
+// and ClearMarkerWords removes its words.
 #pragma once
 
 #include <string>
@@ -11,22 +12,22 @@
 
 namespace ventrix {
 
-/// Decodes one filled text node and gives the sibling at which the walk goes on, or no node.
-xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& record);
+/// Decodes one filled text node. Returns the sibling at which the walk continues; null after the last one.
+xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params);
 
-/// Adds the pairs to the element's tags attribute, except for names that its value held before.
+/// Appends the pairs to the element's tags attribute, except those whose name its value already had.
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
-                   const PublishParams& record);
+                   const PublishParams& params);
 
-/// Uses each entry up at the nearest element of its name around the text: sets the attribute, unless it has a
-/// value there. Entries without such an element are dropped.
+/// Applies each entry to the nearest element of its name around the text node: sets the attribute, unless it
+/// has a value already. Entries without such an element are dropped.
 void ApplyScopedEntries(xml::Document& document, xml::Node textNode, ScopedEntries entries);
 
-/// Inserts the pieces of a text in front of it: element groups as elements, everything else as text nodes.
-/// A group whose XML does not parse is dropped.
+/// Inserts the pieces of a text node in front of it: element groups as elements, others as text nodes. An
+/// element group whose XML does not parse is dropped.
 void InsertPieces(xml::Document& document, const std::vector<std::string>& pieces, xml::Node textNode);
 
-/// Takes the marker words out of every text node below the element.
+/// Removes the marker words from all text nodes below the element.
 void ClearMarkerWords(xml::Node element);
 
 }  // namespace ventrix

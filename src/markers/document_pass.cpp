@@ -9,75 +9,77 @@
 namespace ventrix {
 namespace {
 
-// What these give is where the walk goes on: at a sibling, or, for no node, behind the parent. The node
-// itself means that the walk goes into it.
+// A step of the walk deals with one node and returns the node at which the walk continues: the next sibling,
+// null after the last one, or the node itself if the walk is to enter it. The step fetches the sibling, since
+// only it knows whether the node is still in the tree.
 
-xml::Node DecodeNode(xml::Document& document, xml::Node node, const PublishParams& record) {
+xml::Node DecodeNode(xml::Document& document, xml::Node node, const PublishParams& params) {
     if (IsElement(node)) {
-        return IsListedElement(node, record.skipElements) ? node.get_nextSibling() : node;
+        return IsListedElement(node, params.skipElements) ? node.get_nextSibling() : node;
     }
-    return IsFilledTextNode(node) ? DecodeTextNode(document, node, record) : node.get_nextSibling();
+    return IsFilledTextNode(node) ? DecodeTextNode(document, node, params) : node.get_nextSibling();
 }
 
-xml::Node EncodeElement(xml::Document& document, xml::Node element, PublishParams& record,
-                        EncodingMemo& memo) {
-    const bool listed = IsListedElement(element, record.elements);
-    // Blanks and listed elements go on with a run of siblings, any other node ends it.
-    if (!listed) {
-        memo.textFollows.reset();
+xml::Node EncodeElement(xml::Document& document, xml::Node element, const PublishParams& params,
+                        EncodingState& state) {
+    const bool isListed = IsListedElement(element, params.elements);
+    if (!isListed) {
+        state.textFollows.reset();
     }
-    if (IsListedElement(element, record.skipElements)) {
+    if (IsListedElement(element, params.skipElements)) {
         return element.get_nextSibling();
     }
-    if (listed) {
-        return EncodeInlineElement(document, element, record, memo);
+    if (isListed) {
+        return EncodeInlineElement(document, element, params, state);
     }
-    EncodeScopedAttributes(element, record.scopedAttributes);
+    EncodeScopedAttributes(element, params.scopedAttributes);
     return element;
 }
 
-xml::Node EncodeNode(xml::Document& document, xml::Node node, PublishParams& record, EncodingMemo& memo) {
+// Whitespace and listed elements continue the run of siblings that `state.textFollows` describes; any other
+// node ends it, here and in EncodeElement.
+xml::Node EncodeNode(xml::Document& document, xml::Node node, const PublishParams& params,
+                     EncodingState& state) {
     if (IsElement(node)) {
-        return EncodeElement(document, node, record, memo);
+        return EncodeElement(document, node, params, state);
     }
     if (IsFilledTextNode(node)) {
-        memo.textFollows.reset();
-        EncodeTextNode(node, record, memo);
+        state.textFollows.reset();
+        EncodeTextNode(node, params, state);
     } else if (!IsTextNode(node)) {
-        memo.textFollows.reset();
+        state.textFollows.reset();
     }
     return node.get_nextSibling();
 }
 
 }  // namespace
 
-bool ProcessXmlFile(std::string path, bool decode, PublishParams& record, std::string& errorText) {
+bool ProcessXmlFile(std::string path, bool decode, PublishParams& params, std::string& errorText) {
+    params.currentFile = path;
     bool loaded = false;
     if (SUCCEEDED(CoInitialize(nullptr))) {
-        loaded = ApplyMarkerPass(std::move(path), decode, record, errorText) != nullptr;
+        loaded = ApplyMarkerPass(std::move(path), decode, params, errorText) != nullptr;
     }
     CoUninitialize();
     return loaded;
 }
 
-std::unique_ptr<xml::Document> ApplyMarkerPass(std::string path, bool decode, PublishParams& record,
+std::unique_ptr<xml::Document> ApplyMarkerPass(std::string path, bool decode, const PublishParams& params,
                                                std::string& errorText) {
     std::unique_ptr<xml::Document> document = LoadXmlDocument(path, errorText, false, false);
     if (!document) {
         return nullptr;
     }
-    // A document without a root is saved as it is: every step below passes over a null node.
+    // A document without a root is saved as it is: no step below does anything with a null node.
     const xml::Node root = document->get_documentElement();
-    if (!IsListedElement(root, record.skipElements)) {
-        const std::list<std::string> wholeList = record.addSourcePath;
-        record.currentFile = path;
-        EncodeScopedAttributes(root, record.scopedAttributes);
-        CodeChildNodes(*document, root, decode, record);
-        record.addSourcePath = wholeList;
+    if (!IsListedElement(root, params.skipElements)) {
+        // The walk does this only for the elements below its start.
+        EncodeScopedAttributes(root, params.scopedAttributes);
+        CodeChildNodes(*document, root, decode, params);
         if (decode) {
             ClearMarkerWords(root);
-        } else if (!record.preserveXPathList.empty()) {
-            StampPreservedXPaths(*document, record.preserveXPathList, record.preserveXPathAttr);
+        } else if (!params.preserveXPathList.empty()) {
+            StampPreservedXPaths(*document, params.preserveXPathList, params.preserveXPathAttr);
         }
     }
     document->save(path);
@@ -111,22 +113,25 @@ std::unique_ptr<xml::Document> LoadXmlDocument(const std::string& path, std::str
     return RepairDoctype(path) ? LoadXmlDocument(path, errorText, false, true) : nullptr;
 }
 
-// The walk goes by the nodes' own links and keeps no stack, so that no depth of nesting can exhaust one. The
-// sibling that follows is fetched by the step itself, since the step may replace its node.
-void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, PublishParams& record) {
-    EncodingMemo memo;
+// The walk follows the links of the nodes and keeps no stack, so no depth of nesting can exhaust one. `node`
+// is the node to deal with next and `parent` the element that it is in. When an element is entered, both move
+// down by one level; at the end of a level, where `node` is null, both move up, to the sibling after the
+// element.
+void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, const PublishParams& params) {
+    EncodingState state;
+    state.stamps.sourceNames = params.addSourcePath;
     xml::Node parent = element;
     xml::Node node = element.get_firstChild();
     while (node || parent != element) {
         if (!node) {
-            LeaveElement(parent, memo.inherited);
-            memo.textFollows.reset();  // What it tells of the level inside holds no longer outside.
+            LeaveElement(parent, state.inherited);
+            state.textFollows.reset();  // It described the last run of siblings of the inner level.
             node = parent.get_nextSibling();
             parent = parent.get_parentNode();
             continue;
         }
         const xml::Node next =
-            decode ? DecodeNode(document, node, record) : EncodeNode(document, node, record, memo);
+            decode ? DecodeNode(document, node, params) : EncodeNode(document, node, params, state);
         if (next == node) {
             parent = node;
             node = node.get_firstChild();

@@ -32,6 +32,8 @@ xml::Node NewTextNode(xml::Document& document, std::string_view text) {
 }
 
 xml::Node NewElementGroupNode(xml::Document& document, xml::Node element) {
+    // The document can mostly quote the element from its source, which saves a copy of the XML and its
+    // escaping.
     const xml::Node quoted = document.createQuotedXml(QL_ELEM_S, element, QL_ELEM_E);
     return quoted ? quoted : NewTextNode(document, WrapElementGroup(element.get_xml()));
 }
@@ -61,14 +63,14 @@ xml::Node FirstFilledTextNode(xml::Node element) {
 }
 
 void PrependGroup(xml::Node textNode, std::string_view group) {
+    // Only a merge needs the content. Without one the document puts the group in front and saves the bytes of
+    // the content as the file has them.
     if (!textNode.StartsWith(QL_START)) {
         textNode.prepend_text(group);
         return;
     }
     std::string text = NodeText(textNode);
-    group.remove_prefix(QL_START.size());
-    group.remove_suffix(QL_END.size());
-    PrependComposedEntries(text, group);
+    PrependComposedGroup(text, group);
     textNode.put_text(text);
 }
 

@@ -1,5 +1,5 @@
-// What the document passes share on top of the XML layer. Nodes are handles that own nothing; the document
-// owns them all. Texts are UTF-8.
+// Operations on XML documents that several parts of a document pass share. Nodes are handles that own
+// nothing; their document owns the tree. Strings are UTF-8.
 #pragma once
 
 #include <list>
@@ -11,58 +11,57 @@
 
 namespace ventrix {
 
-/// The qualified name as written. The view holds as long as the document.
+/// The qualified name as written. The view is valid as long as the document.
 std::string_view NodeName(xml::Node node);
 
-/// A text node's content or an attribute's value.
+/// The content of a text node or the value of an attribute.
 std::string NodeText(xml::Node node);
 
 /// A new text node of the document, not yet in its tree.
 xml::Node NewTextNode(xml::Document& document, std::string_view text);
 
-/// A new text node, not yet in the tree, of what WrapElementGroup makes of the element's XML.
+/// A new text node, not yet in the tree, with the element group of the element: WrapElementGroup of its XML.
 xml::Node NewElementGroupNode(xml::Document& document, xml::Node element);
 
-bool IsElement(xml::Node node);   ///< False for no node.
-bool IsTextNode(xml::Node node);  ///< False for no node, and for a CDATA section.
+bool IsElement(xml::Node node);   ///< False for a null node.
+bool IsTextNode(xml::Node node);  ///< False for a null node and for a CDATA section.
 
-/// True if the node's name is in the list, exactly.
+/// True if the list contains exactly the node's name.
 bool IsListedElement(xml::Node element, const std::list<std::string>& names);
 
-/// True for a text node with more than blanks; false for no node.
+/// True for a text node that is filled, in the sense of TrimBlanks. False for a null node.
 bool IsFilledTextNode(xml::Node node);
 
-/// The first filled text node among the element's descendants, in document order, or no node.
+/// The first filled text node among the element's descendants, in document order; null if there is none.
 xml::Node FirstFilledTextNode(xml::Node element);
 
-/// Puts an attribute group, its words included, in front of a text node's content; a group that stands there
-/// already is merged.
+/// PrependComposedGroup on the content of a text node.
 void PrependGroup(xml::Node textNode, std::string_view group);
 
-/// The value of the attribute with exactly that name; empty without one.
+/// The value of the attribute of exactly that name; empty if there is none.
 std::string AttributeValue(xml::Node element, std::string_view name);
 
-/// Adds an attribute that the element does not have.
+/// Adds an attribute. The element must not have one of that name.
 void AddAttribute(xml::Document& document, xml::Node element, std::string_view name, std::string_view value);
 
-/// Joins the value on behind the attribute's value, after a space if `withBlank`; adds the attribute with the
-/// value alone where there is none.
+/// Appends the value to the attribute's value, after a space if `withBlank`. Adds the attribute, with the
+/// value alone, if the element does not have it.
 void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::string_view name,
                           std::string_view value, bool withBlank);
 
-/// An empty document for a piece of XML whose nodes go into `main`; null where the system has no document
-/// model.
+/// An empty document for a piece of XML whose nodes will be inserted into `main`. Null if no document can be
+/// created.
 std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main);
 
-/// The root element of the XML, ready to be inserted into `main`; no node if it does not parse.
+/// The root element of the XML, ready to be inserted into `main`; null if the XML does not parse.
 xml::Node ParseElementXml(xml::Document& main, std::string_view xmlText);
 
-/// The settings that every document of a pass has: whole at once, no validation, no external DTD, all white
-/// space kept.
+/// Applies the settings that all documents of a pass share: loading finishes before it returns, no
+/// validation, no external DTD, all whitespace preserved.
 void ConfigureDocument(xml::Document& document);
 
-/// The node that follows in document order within `top`, which itself is never given. With `enter` the node's
-/// children come first. No node at the end.
+/// The node that follows `node` in document order within the subtree of `top`, which itself is never
+/// returned; null at the end. The children of `node` are skipped unless `enter`.
 xml::Node NextInSubtree(xml::Node node, xml::Node top, bool enter);
 
 }  // namespace ventrix

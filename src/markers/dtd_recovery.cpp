@@ -13,7 +13,9 @@
 namespace ventrix {
 namespace {
 
-/// The client's answer if it is exactly one text; otherwise empty.
+constexpr std::int32_t kInstallationFolderProperty = 89;
+
+/// The client's answer if it is exactly one string, otherwise empty.
 std::string AskDispatcher(const std::string& question) {
     Q_ValueList answer = Q_ApiInvokeClientForValues(kDispatcherClient, question.c_str());
     std::string text;
@@ -24,9 +26,8 @@ std::string AskDispatcher(const std::string& question) {
     return text;
 }
 
-// A DTD that does not exist has no long form, and one that is too long for a path buffer gets none. Its name
-// as the host gave it is then the best there is: the next load fails with a reason that tells what is
-// missing.
+// A DTD that does not exist has no long form, and a form that no path buffer can hold is of no use. The path
+// is then used as the host gave it, so that the next load fails with a reason that names the missing file.
 std::string LongFormOf(const std::string& dtdPath) {
     const std::string longPath = platform::LongPath(dtdPath);
     return longPath.empty() || platform::WideFromUtf8(longPath).size() >= platform::kPathLimit ? dtdPath
@@ -54,16 +55,15 @@ bool RepairDoctype(const Path& path) {
     }
     const std::string dtdPath = LongFormOf(answer);
     const Path temp = path + ".ql.temp";
-    // A file that an interrupted run left behind must not pass for the output of this one.
+    // The file of an interrupted run must not be mistaken for the output of this one.
     DeleteFileAt(temp);
     RunXsltScenario(path, RepairStylesheet(), temp);
-    // Without output the document stays what it is: a document with an undefined entity is worth more than
-    // none.
+    // Without output the document stays: one with an undefined entity is better than none.
     if (HasContent(temp)) {
         ReplaceInFile(temp, "$qldtdpath$", dtdPath);
         MoveFileInto(temp, path);
     }
-    // Where the move failed halfway, the temporary file is the only one left.
+    // If the move failed halfway, the temporary file is the only copy left.
     if (FileReadable(path)) {
         DeleteFileAt(temp);
     }

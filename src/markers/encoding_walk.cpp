@@ -7,7 +7,7 @@
 namespace ventrix {
 namespace {
 
-/// The element's scoped attributes: for each attribute in document order, the groups that name it.
+/// The element's scoped attributes: in document order, and for each attribute in the order of its groups.
 ScopedEntries CollectScopedEntries(xml::Node element, const std::list<std::string>& scopedAttributes) {
     struct Target {
         const std::string &attribute, &targetElement, &targetAttribute;
@@ -40,54 +40,55 @@ ScopedEntries CollectScopedEntries(xml::Node element, const std::list<std::strin
     return entries;
 }
 
-/// True if the element stands in running text.
-bool StandsInText(xml::Node element, const PublishParams& record, EncodingMemo& memo) {
+/// True if the element is part of running text.
+bool IsInRunningText(xml::Node element, const PublishParams& params, EncodingState& state) {
     if (IsFilledTextNode(element.get_previousSibling()) || IsFilledTextNode(element.get_nextSibling())) {
         return true;
     }
-    if (!memo.textFollows) {
-        memo.textFollows = FollowedByFilledText(element, record.elements);
+    if (!state.textFollows) {
+        state.textFollows = FollowedByFilledText(element, params.elements);
     }
-    return *memo.textFollows;
+    return *state.textFollows;
 }
 
-/// The inherited group with the path entries behind what it holds.
-void ComposeWithPaths(xml::Node parent, std::string_view inherited, PublishParams& record,
-                      EncodingMemo& memo) {
-    std::string& group = memo.groupWithPaths;
+/// Composes the group of `parent` from the inherited group and the path entries.
+void ComposeWithPaths(xml::Node parent, std::string_view inherited, const PublishParams& params,
+                      EncodingState& state) {
+    std::string& group = state.groupWithPaths;
     group = inherited.empty() ? QL_START : inherited.substr(0, inherited.size() - QL_END.size());
-    const std::size_t namesLeft = record.addSourcePath.size();
-    AddPathEntries(parent, group, record, memo.stamps);
+    const std::size_t namesBefore = state.stamps.sourceNames.size();
+    AddPathEntries(parent, group, params, state.stamps);
     if (group == QL_START) {
         group.clear();
     } else {
         group += QL_END;
     }
-    memo.group = group;
-    // A name that was crossed off gives the next text of the same element other entries.
-    memo.groupOwner = record.addSourcePath.size() == namesLeft ? parent : xml::Node();
+    state.group = group;
+    // When a name of addSourcePath has been used up, the element's next text node needs another group.
+    state.groupOwner = state.stamps.sourceNames.size() == namesBefore ? parent : xml::Node();
 }
 
-/// Leaves in the memo what a text directly in this element carries.
-void FindGroup(xml::Node parent, PublishParams& record, EncodingMemo& memo) {
-    if (memo.groupOwner == parent) {
+/// Sets `state.group` to the group of the text nodes directly in `parent`. Most text nodes of an element get
+/// the same group, so it is composed once.
+void FindGroup(xml::Node parent, const PublishParams& params, EncodingState& state) {
+    if (state.groupOwner == parent) {
         return;
     }
-    const std::string_view inherited = CollectInheritedAttributes(parent, record.attributes, memo.inherited);
-    if (HasPathEntries(parent, record)) {
-        ComposeWithPaths(parent, inherited, record, memo);
+    const std::string_view inherited = CollectInheritedAttributes(parent, params.attributes, state.inherited);
+    if (HasPathEntries(parent, params, state.stamps)) {
+        ComposeWithPaths(parent, inherited, params, state);
     } else {
-        memo.group = inherited;
-        memo.groupOwner = parent;
+        state.group = inherited;
+        state.groupOwner = parent;
     }
 }
 
 }  // namespace
 
-void EncodeTextNode(xml::Node textNode, PublishParams& record, EncodingMemo& memo) {
-    FindGroup(textNode.get_parentNode(), record, memo);
-    if (!memo.group.empty()) {
-        PrependGroup(textNode, memo.group);
+void EncodeTextNode(xml::Node textNode, const PublishParams& params, EncodingState& state) {
+    FindGroup(textNode.get_parentNode(), params, state);
+    if (!state.group.empty()) {
+        PrependGroup(textNode, state.group);
     }
 }
 
@@ -99,19 +100,20 @@ void EncodeScopedAttributes(xml::Node element, const std::list<std::string>& sco
     if (entries.empty()) {
         return;
     }
+    // The walk has not reached that text node yet, so its attribute group will come in front of these groups.
     if (xml::Node textNode = FirstFilledTextNode(element)) {
         textNode.prepend_text(ComposeScopedGroups(entries));
     }
 }
 
-xml::Node EncodeInlineElement(xml::Document& document, xml::Node element, const PublishParams& record,
-                              EncodingMemo& memo) {
+xml::Node EncodeInlineElement(xml::Document& document, xml::Node element, const PublishParams& params,
+                              EncodingState& state) {
     xml::Node parent = element.get_parentNode();
     if (!IsElement(parent)) {
         return {};
     }
     const xml::Node next = element.get_nextSibling();
-    if (StandsInText(element, record, memo)) {
+    if (IsInRunningText(element, params, state)) {
         parent.insertBefore(NewElementGroupNode(document, element), element);
         parent.removeChild(element);
     }
@@ -126,8 +128,8 @@ bool FollowedByFilledText(xml::Node node, const std::list<std::string>& elements
         if (IsFilledTextNode(node)) {
             return true;
         }
-        const bool passedOver = IsTextNode(node) || (IsElement(node) && IsListedElement(node, elements));
-        if (!passedOver) {
+        const bool isSkipped = IsTextNode(node) || (IsElement(node) && IsListedElement(node, elements));
+        if (!isSkipped) {
             return false;
         }
     }

@@ -8,7 +8,7 @@
 namespace ventrix {
 namespace {
 
-using Source = InheritedMemo::Source;
+using Source = InheritedAttributes::Source;
 
 void AppendOwn(Source& source, const xml::NamedNodeMap& attributes, const std::list<std::string>& wanted,
                std::string& buffer) {
@@ -22,13 +22,14 @@ void AppendOwn(Source& source, const xml::NamedNodeMap& attributes, const std::l
     }
 }
 
-/// The nearest element counts: what is further out under the same name is left out.
+/// Appends the entries of the enclosing group, apart from the names that the element itself has.
 void AppendInherited(Source& source, const Source& outer) {
-    const std::size_t own = source.entries.size();
+    const auto ownCount = static_cast<std::ptrdiff_t>(source.entries.size());
     std::size_t begin = QL_START.size();
     for (const auto& [name, end] : outer.entries) {
-        const auto ownEnd = source.entries.begin() + static_cast<std::ptrdiff_t>(own);
-        if (std::ranges::find(source.entries.begin(), ownEnd, name, &InheritedMemo::Entry::name) == ownEnd) {
+        const auto ownEnd = source.entries.begin() + ownCount;
+        if (std::ranges::find(source.entries.begin(), ownEnd, name, &InheritedAttributes::Entry::name) ==
+            ownEnd) {
             source.group.append(outer.group, begin, end - begin);
             source.entries.push_back({name, source.group.size()});
         }
@@ -36,62 +37,64 @@ void AppendInherited(Source& source, const Source& outer) {
     }
 }
 
-void EnterElement(xml::Node element, const std::list<std::string>& wanted, InheritedMemo& memo) {
-    memo.levels.push_back(element);
+void EnterElement(xml::Node element, const std::list<std::string>& wanted, InheritedAttributes& inherited) {
+    inherited.elements.push_back(element);
     const xml::NamedNodeMap attributes = element.get_attributes();
     if (attributes.get_length() == 0) {
         return;
     }
-    if (memo.sourceCount == memo.sources.size()) {
-        memo.sources.push_back(std::make_unique<Source>());
+    if (inherited.sourceCount == inherited.sources.size()) {
+        inherited.sources.push_back(std::make_unique<Source>());
     }
-    Source& source = *memo.sources[memo.sourceCount];
-    source.depth = memo.levels.size();
+    Source& source = *inherited.sources[inherited.sourceCount];
+    source.depth = inherited.elements.size();
     source.group = QL_START;
     source.entries.clear();
-    AppendOwn(source, attributes, wanted, memo.buffer);
+    AppendOwn(source, attributes, wanted, inherited.buffer);
     if (source.entries.empty()) {
         return;
     }
-    if (memo.sourceCount > 0) {
-        AppendInherited(source, *memo.sources[memo.sourceCount - 1]);
+    if (inherited.sourceCount > 0) {
+        AppendInherited(source, *inherited.sources[inherited.sourceCount - 1]);
     }
     source.group += QL_END;
-    ++memo.sourceCount;
+    ++inherited.sourceCount;
 }
 
-/// Enters the elements from the last one known inwards.
-void EnterTo(xml::Node parent, const std::list<std::string>& wanted, InheritedMemo& memo) {
-    const xml::Node known = memo.levels.empty() ? xml::Node() : memo.levels.back();
-    std::vector<xml::Node>& entered = memo.entered;
-    entered.clear();
-    for (xml::Node node = parent; node != known && IsElement(node); node = node.get_parentNode()) {
-        entered.push_back(node);
+/// Enters the elements between the last one entered and `parent`, outermost first.
+void EnterTo(xml::Node parent, const std::list<std::string>& wanted, InheritedAttributes& inherited) {
+    const xml::Node last = inherited.elements.empty() ? xml::Node() : inherited.elements.back();
+    std::vector<xml::Node>& toEnter = inherited.toEnter;
+    toEnter.clear();
+    for (xml::Node node = parent; node != last && IsElement(node); node = node.get_parentNode()) {
+        toEnter.push_back(node);
     }
-    for (auto node = entered.rbegin(); node != entered.rend(); ++node) {
-        EnterElement(*node, wanted, memo);
+    for (auto node = toEnter.rbegin(); node != toEnter.rend(); ++node) {
+        EnterElement(*node, wanted, inherited);
     }
 }
 
 }  // namespace
 
 std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<std::string>& wanted,
-                                            InheritedMemo& memo) {
+                                            InheritedAttributes& inherited) {
     if (wanted.empty()) {
         return {};
     }
-    EnterTo(parent, wanted, memo);
-    return memo.sourceCount == 0 ? std::string_view() : memo.sources[memo.sourceCount - 1]->group;
+    EnterTo(parent, wanted, inherited);
+    return inherited.sourceCount == 0 ? std::string_view()
+                                      : inherited.sources[inherited.sourceCount - 1]->group;
 }
 
-void LeaveElement(xml::Node element, InheritedMemo& memo) {
-    if (memo.levels.empty() || memo.levels.back() != element) {
+void LeaveElement(xml::Node element, InheritedAttributes& inherited) {
+    if (inherited.elements.empty() || inherited.elements.back() != element) {
         return;
     }
-    if (memo.sourceCount > 0 && memo.sources[memo.sourceCount - 1]->depth == memo.levels.size()) {
-        --memo.sourceCount;
+    if (inherited.sourceCount > 0 &&
+        inherited.sources[inherited.sourceCount - 1]->depth == inherited.elements.size()) {
+        --inherited.sourceCount;
     }
-    memo.levels.pop_back();
+    inherited.elements.pop_back();
 }
 
 }  // namespace ventrix

@@ -1,5 +1,9 @@
-// The attributes that a text inherits from the elements around it. A memo holds what is in force at each
-// element that the walk is in, so that a text at any depth costs no climb to the root.
+// The attributes that a text node inherits from the elements around it, composed as an attribute group.
+//
+// Climbing to the root for every text node would take quadratic time in deep documents. Instead a stack holds
+// the elements that the walk is in and, for each of them that has wanted attributes, the complete group of
+// the text nodes directly in it: its own entries, then those of the enclosing group that it does not
+// override. The group of a text node is then the last one on the stack.
 #pragma once
 
 #include <cstddef>
@@ -13,34 +17,37 @@
 
 namespace ventrix {
 
-/// The walk keeps it in step: no element stays in it when the walk has left it. Starts empty.
-struct InheritedMemo {
+/// The stack. It starts empty. Elements are entered when a text node needs them; the walk must call
+/// LeaveElement for each element that it leaves.
+struct InheritedAttributes {
     struct Entry {
         std::string_view name;
-        std::size_t end;  ///< Where it ends in `group`.
+        std::size_t end;  ///< Position in `group` after the entry.
     };
-    /// An element that adds to what it inherits.
+    /// An element with wanted attributes.
     struct Source {
-        std::size_t depth = 0;       ///< How many levels there are with its own.
-        std::string group;           ///< The attribute group that is in force inside it.
-        std::vector<Entry> entries;  ///< Of that group.
+        std::size_t depth = 0;       ///< Number of entered elements, this one included.
+        std::string group;           ///< The attribute group of the text nodes directly in it.
+        std::vector<Entry> entries;  ///< The entries of `group`, in order.
     };
-    std::vector<xml::Node> levels;  ///< From the root inwards.
-    /// From the root inwards; of those behind the last one only the memory is of use. They stay where they
-    /// are.
+    std::vector<xml::Node> elements;  ///< The entered elements, root first.
+    /// The entered elements with wanted attributes, root first. Those past `sourceCount` are kept only so
+    /// that their allocations can be reused. As pointers, so that views of a group stay valid while the stack
+    /// grows.
     std::vector<std::unique_ptr<Source>> sources;
-    std::size_t sourceCount = 0;  ///< The last of these is in force.
-    std::vector<xml::Node> entered;
-    std::string buffer;
+    std::size_t sourceCount = 0;
+    std::vector<xml::Node> toEnter;  ///< Scratch memory.
+    std::string buffer;              ///< Scratch memory.
 };
 
-/// The wanted attributes of the element around a text and of those around that, nearest element first, within
-/// one element in document order, as an attribute group; empty if there are none. Each name gives one entry,
-/// with an empty target. The group lies in the memo and holds until the walk leaves the element.
+/// The attribute group of the text nodes directly in `parent`, or empty: the wanted attributes of `parent`
+/// and of the elements around it, nearest element first, within one element in document order. Each name
+/// gives one entry, that of the nearest element, with an empty target. The view is valid until the walk
+/// leaves `parent`.
 std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<std::string>& wanted,
-                                            InheritedMemo& memo);
+                                            InheritedAttributes& inherited);
 
-/// Takes note that the walk is done with the element.
-void LeaveElement(xml::Node element, InheritedMemo& memo);
+/// Takes the element off the stack, if it is there.
+void LeaveElement(xml::Node element, InheritedAttributes& inherited);
 
 }  // namespace ventrix

@@ -1,9 +1,11 @@
 #include "markers/marker_format.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
-#include "markers/marker_text.h"
+#include "markers/escaping.h"
+#include "markers/xml/lossless/characters.h"
 
 namespace ventrix {
 namespace {
@@ -15,8 +17,8 @@ struct ElementWord {
     bool opens;
 };
 
-// Both element words share their first bytes. Looking for those finds the next word of either kind in one
-// scan; two searches, one per word, would run to the text's end again and again.
+// Both element words begin with the same bytes. A search for those finds the next word of either kind in one
+// scan; two searches, one per word, could each run to the end of the text for every word.
 std::optional<ElementWord> NextElementWord(std::string_view text, std::size_t position) {
     constexpr std::string_view kHead = "QL_ELEM_";
     while ((position = text.find(kHead, position)) != kNone) {
@@ -29,7 +31,7 @@ std::optional<ElementWord> NextElementWord(std::string_view text, std::size_t po
     return std::nullopt;
 }
 
-/// The position behind the balanced group whose opening word stands at `start`, or nothing.
+/// The position after the balanced group whose opening word is at `start`; nothing if it is not balanced.
 std::optional<std::size_t> ElementGroupEnd(std::string_view text, std::size_t start) {
     std::size_t position = start + QL_ELEM_S.size();
     std::size_t depth = 1;
@@ -47,24 +49,24 @@ std::optional<std::size_t> ElementGroupEnd(std::string_view text, std::size_t st
 }  // namespace
 
 void PrependAttributeGroup(std::string& text, const AttributeEntries& entries) {
-    std::string composed;
-    for (std::size_t i = 0; i + 2 < entries.size(); i += 3) {
-        AppendEntry(composed, entries[i], entries[i + 1], entries[i + 2]);
-    }
-    PrependComposedEntries(text, composed);
-}
-
-void AppendEntry(std::string& composed, std::string_view name, std::string_view value,
-                 std::string_view target) {
-    composed.append(name).append(QL_EQ).append(value).append(QL_TARGET).append(target).append(QL_SEP);
-}
-
-void PrependComposedEntries(std::string& text, std::string_view composed) {
-    if (composed.empty()) {
+    if (entries.empty()) {
         return;
     }
+    std::string group(QL_START);
+    for (std::size_t i = 0; i + 2 < entries.size(); i += 3) {
+        AppendEntry(group, entries[i], entries[i + 1], entries[i + 2]);
+    }
+    PrependComposedGroup(text, group.append(QL_END));
+}
+
+void PrependComposedGroup(std::string& text, std::string_view group) {
     const std::string formerEntries = TakeAttributeGroup(text);
-    text.insert(0, std::string(QL_START).append(composed).append(formerEntries).append(QL_END));
+    std::string merged(group.substr(0, group.size() - QL_END.size()));
+    text.insert(0, merged.append(formerEntries).append(QL_END));
+}
+
+void AppendEntry(std::string& group, std::string_view name, std::string_view value, std::string_view target) {
+    group.append(name).append(QL_EQ).append(value).append(QL_TARGET).append(target).append(QL_SEP);
 }
 
 std::string TakeAttributeGroup(std::string& text) {
@@ -86,6 +88,7 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
     if (end == kNone) {
         return;
     }
+    // A QL_END in front of the QL_START does not close the group: it then runs to the end of the text.
     std::string_view body = text.substr(start + QL_START.size());
     if (end > start) {
         body = body.substr(0, end - start - QL_START.size());
@@ -97,8 +100,8 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
         if (equals == kNone || target == kNone || separator == kNone) {
             return;
         }
-        // "QL_EQL_TARGET" holds both words, sharing a "Q". That leaves no value between them, so it counts as
-        // out of order too.
+        // "QL_EQL_TARGET" contains both words, sharing the "Q". There is no room for a value between them, so
+        // they count as out of order too.
         const std::size_t valueStart = equals + QL_EQ.size();
         if (target < valueStart || separator < target) {
             return;
@@ -112,6 +115,10 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
     }
 }
 
+// Removing a group can bring the bytes on either side of it together to a new QL_START, which opens a group
+// in its turn. Starting again from the front after each removal would take quadratic time. Instead the kept
+// bytes are copied up to each "T", the last byte of QL_START, and the end of the copy is compared: it shows
+// both words of the text and words that a removal has formed.
 std::string StripAttributeGroups(std::string_view text) {
     if (text.find(QL_START) == kNone) {
         return std::string(text);
@@ -119,17 +126,15 @@ std::string StripAttributeGroups(std::string_view text) {
     std::string result;
     std::size_t position = 0;
     while (position < text.size()) {
-        // Each QL_START ends in a "T": looking at the end of what is kept so far also sees a word that forms
-        // where the bytes on either side of a group come together.
         const std::size_t last = text.find(QL_START.back(), position);
-        const std::size_t behind = last == kNone ? text.size() : last + 1;
-        result.append(text.substr(position, behind - position));
-        position = behind;
+        const std::size_t next = last == kNone ? text.size() : last + 1;
+        result.append(text.substr(position, next - position));
+        position = next;
         if (!result.ends_with(QL_START)) {
             continue;
         }
-        // Only a QL_END behind the QL_START closes its group. Without one the rest stays as it is, as
-        // TakeAttributeGroup leaves it, and RemoveMarkerWords clears the words in the end.
+        // Only a QL_END after the QL_START closes its group. Without one the rest stays, as it does in
+        // TakeAttributeGroup; RemoveMarkerWords removes the words at the end of the pass.
         const std::size_t end = text.find(QL_END, position);
         if (end == kNone) {
             return result.append(text.substr(position));
@@ -180,8 +185,8 @@ std::string WrapElementGroup(std::string_view xml) {
 
 std::vector<std::string> SplitElementGroups(std::string_view text) {
     std::vector<std::string> pieces;
-    // The cut ends at the first group that does not close. No look at the last QL_ELEM_E is needed: where
-    // none stands behind the opening word, the group can't be balanced either.
+    // Splitting ends at the first group that is not balanced. The last QL_ELEM_E of the text need not be
+    // compared with the first QL_ELEM_S: if none follows the opening word, the group is not balanced either.
     std::size_t start = 0;
     while ((start = text.find(QL_ELEM_S)) != kNone) {
         const auto end = ElementGroupEnd(text, start);
@@ -221,12 +226,60 @@ std::string RemoveMarkerWords(std::string_view text) {
     if (text.find("QL_") == kNone) {
         return result;
     }
-    // QL_SEP goes twice: its first removal, or a later one, can bring a new QL_SEP together.
+    // QL_SEP is removed twice, since the removal of a word can form a new QL_SEP from the bytes around it.
     for (const std::string_view word :
          {QL_ELEM_S, QL_ELEM_E, QL_START, QL_END, QL_SEP, QL_EQ, QL_TARGET, QL_SEP, QL_SA_S, QL_SA_E}) {
         ReplaceAll(result, word, {});
     }
     return result;
+}
+
+void EscapeMarkup(std::string& text) {
+    // One pass over all five characters gives the same as five passes that begin with the ampersand.
+    std::string escaped;
+    AppendEscaped(escaped, text, kMarkupEscapes);
+    text = std::move(escaped);
+}
+
+void UnescapeMarkup(std::string& text) {
+    std::string unescaped;
+    std::string_view rest = text;
+    for (std::size_t mark = 0; (mark = rest.find('&')) != std::string_view::npos;) {
+        unescaped += rest.substr(0, mark);
+        rest.remove_prefix(mark);
+        const auto pair = std::ranges::find_if(
+            kMarkupCharacters, [&](const auto& candidate) { return rest.starts_with(candidate.second); });
+        const bool isEscape = pair != kMarkupCharacters.end();
+        unescaped += isEscape ? pair->first : '&';
+        rest.remove_prefix(isEscape ? pair->second.size() : 1);
+    }
+    text = unescaped.append(rest);
+}
+
+void ReplaceAll(std::string& text, std::string_view oldText, std::string_view newText) {
+    if (oldText.empty()) {
+        return;
+    }
+    std::size_t found = text.find(oldText);
+    if (found == std::string::npos) {
+        return;
+    }
+    std::string result;
+    result.reserve(text.size());
+    std::size_t position = 0;
+    while (found != std::string::npos) {
+        result.append(text, position, found - position).append(newText);
+        position = found + oldText.size();
+        found = text.find(oldText, position);
+    }
+    result.append(text, position);
+    text = std::move(result);
+}
+
+std::string TrimBlanks(std::string_view text) {
+    const auto first = std::ranges::find_if_not(text, xml::IsBlank);
+    const auto last = std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), xml::IsBlank).base();
+    return {first, last};
 }
 
 }  // namespace ventrix

@@ -1,7 +1,9 @@
-// Marker text: the plain words, with data between them, that carry attributes and inline elements through a
-// transformation which keeps nothing but text. Writer and reader of the format both stand here; docs/
-// marker-format.md tells it in prose. Texts are UTF-8, all searches are by exact bytes, and malformed marker
-// text is never an error: it is read as far as it goes. Every operation takes time linear in its text.
+// Marker text: plain words, with data between them, that carry attributes and inline elements through a
+// transformation which preserves only text. This is the one definition of the format, for writer and reader;
+// docs/marker-format.md describes it in prose.
+//
+// Strings are UTF-8; searches and comparisons are by exact bytes. Malformed marker text is never an error: it
+// is read as far as possible. Every operation takes time linear in the length of its string.
 #pragma once
 
 #include <optional>
@@ -13,11 +15,11 @@ namespace ventrix {
 
 inline constexpr std::string_view QL_START = "QL_START";    ///< Opens an attribute group.
 inline constexpr std::string_view QL_END = "QL_END";        ///< Closes an attribute group.
-inline constexpr std::string_view QL_EQ = "QL_EQ";          ///< Between an entry's name and value.
-inline constexpr std::string_view QL_TARGET = "QL_TARGET";  ///< Between an entry's value and target.
-inline constexpr std::string_view QL_SEP = "QL_SEP";        ///< Ends an entry, a token; parts scoped fields.
-inline constexpr std::string_view QL_SA_S = "QL_SA_S";      ///< Opens a scoped attribute group.
-inline constexpr std::string_view QL_SA_E = "QL_SA_E";      ///< Closes a scoped attribute group.
+inline constexpr std::string_view QL_EQ = "QL_EQ";          ///< Separates an entry's name and value.
+inline constexpr std::string_view QL_TARGET = "QL_TARGET";  ///< Separates an entry's value and target.
+inline constexpr std::string_view QL_SEP = "QL_SEP";    ///< Ends an entry or token; separates scoped fields.
+inline constexpr std::string_view QL_SA_S = "QL_SA_S";  ///< Opens a scoped attribute group.
+inline constexpr std::string_view QL_SA_E = "QL_SA_E";  ///< Closes a scoped attribute group.
 inline constexpr std::string_view QL_ELEM_S = "QL_ELEM_S";  ///< Opens an element group.
 inline constexpr std::string_view QL_ELEM_E = "QL_ELEM_E";  ///< Closes an element group.
 
@@ -25,51 +27,66 @@ using AttributeEntries = std::vector<std::string>;  ///< Flat: name, value, targ
 using ScopedEntries = std::vector<std::string>;     ///< Flat: element, attribute, value, ...
 using AttributePairs = std::vector<std::string>;    ///< Flat: name (or target), value, ...
 
-/// Puts the entries into an attribute group at the text's front. The entries of a group that stands there
-/// already follow behind them, in the same group. No entries: the text stays.
+/// Puts the entries into an attribute group at the front of the text. If the text begins with an attribute
+/// group, its entries follow the new ones in the same group. Without entries the text stays unchanged.
 void PrependAttributeGroup(std::string& text, const AttributeEntries& entries);
 
-/// Appends one entry as it stands inside an attribute group.
-void AppendEntry(std::string& composed, std::string_view name, std::string_view value,
-                 std::string_view target);
+/// PrependAttributeGroup for a group that is already composed, both its words included.
+void PrependComposedGroup(std::string& text, std::string_view group);
 
-/// PrependAttributeGroup for entries that AppendEntry composed. None: the text stays.
-void PrependComposedEntries(std::string& text, std::string_view composed);
+/// Appends one entry to an attribute group that is being composed.
+void AppendEntry(std::string& group, std::string_view name, std::string_view value, std::string_view target);
 
-/// Cuts an attribute group off the text's front and returns the bytes between its two words. Empty, and the
-/// text stays, if it does not begin with a closed group.
+/// Cuts an attribute group off the front of the text and returns the bytes between its two words. If the text
+/// does not begin with a closed group, it stays unchanged and the result is empty.
 std::string TakeAttributeGroup(std::string& text);
 
-/// Reads the text's first attribute group, wherever it stands. Entries with a target are appended to the
-/// target pairs, the others to the tag pairs. The first entry with a word missing or out of order ends it.
+/// Reads the first attribute group, wherever it is in the text. Entries with a target are appended to
+/// `targetPairs`, the others to `tagPairs`. Reading ends at the first entry that lacks a word or has its
+/// words out of order.
 void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, AttributePairs& targetPairs);
 
-/// Copy of the text with every attribute group taken out. A QL_START with no QL_END behind it stays.
+/// Returns the text without its attribute groups. A QL_START without a QL_END after it stays.
 std::string StripAttributeGroups(std::string_view text);
 
-/// One scoped group per entry, in order. No entries: the empty text.
+/// Returns one scoped group per entry, in order; empty without entries.
 std::string ComposeScopedGroups(const ScopedEntries& entries);
 
-/// Cuts the scoped groups off the text's front and returns their entries. A group with fewer than three
-/// fields is cut off and dropped.
+/// Cuts the scoped groups off the front of the text and returns their entries. A group with fewer than three
+/// fields is cut off too, but gives no entry.
 ScopedEntries TakeScopedGroups(std::string& text);
 
-/// The element group that carries an element's XML.
+/// Returns the element group that carries the XML of an element.
 std::string WrapElementGroup(std::string_view xml);
 
-/// Cuts the text into plain pieces and element groups in turn; the pieces, one after the other, give the
-/// text. Each balanced group is one piece with a plain piece, possibly empty, on either side. A text without
-/// a balanced group is one piece.
+/// Splits the text at its balanced element groups. Plain pieces, possibly empty, and groups alternate,
+/// beginning and ending with a plain piece; concatenated, they give the text. A text without a balanced group
+/// is one piece.
 std::vector<std::string> SplitElementGroups(std::string_view text);
 
-/// The XML in a piece that begins with QL_ELEM_S; it ends at the first QL_ELEM_E. Nothing without one.
+/// Returns the XML of a piece that begins with QL_ELEM_S. It ends at the first QL_ELEM_E; nothing without
+/// one.
 std::optional<std::string> ElementGroupXml(std::string_view piece);
 
-/// The tokens of a tags value, each ended by QL_SEP: names at the even positions from 0, values at the odd
-/// ones. What stands behind the last QL_SEP is no token.
+/// Returns the tokens of a tags value: names at the even positions, counted from 0, values at the odd ones.
+/// Bytes after the last QL_SEP are not a token.
 std::vector<std::string> SplitTagsValue(std::string_view tagsValue);
 
-/// Copy of the text without any marker word. What stood between the words stays.
+/// Returns the text without marker words. The bytes between the words stay.
 std::string RemoveMarkerWords(std::string_view text);
+
+/// Escapes the five characters that XML reserves: & < > " and the apostrophe.
+void EscapeMarkup(std::string& text);
+
+/// Undoes EscapeMarkup by one level: "&amp;lt;" gives "&lt;". Other references stay as they are.
+void UnescapeMarkup(std::string& text);
+
+/// Replaces every occurrence, left to right. The search goes on after the inserted string, so occurrences
+/// that an insertion creates are not replaced. An empty `oldText` replaces nothing.
+void ReplaceAll(std::string& text, std::string_view oldText, std::string_view newText);
+
+/// Returns the text without leading and trailing spaces, tabs, line feeds and carriage returns. A text of
+/// which something remains is called filled. Other Unicode spaces are not whitespace here.
+std::string TrimBlanks(std::string_view text);
 
 }  // namespace ventrix

@@ -9,9 +9,10 @@ namespace ventrix {
 namespace {
 
 constexpr char kXpathName[] = "data-qlxpath";
+constexpr char kSourceName[] = "data-qlsource";
 constexpr std::string_view kTitleName = "title";
 
-/// From the root down to the element; empty for a node that is no element.
+/// The elements from the root to this one; empty for a node that is not an element.
 void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
     chain.clear();
     for (; IsElement(element); element = element.get_parentNode()) {
@@ -20,7 +21,7 @@ void CollectChain(xml::Node element, std::vector<xml::Node>& chain) {
     std::ranges::reverse(chain);
 }
 
-std::size_t& CountOf(StampMemo::Counts& counts, std::string_view name) {
+std::size_t& CountOf(StampState::Counts& counts, std::string_view name) {
     constexpr std::size_t kFewNames = 8;
     const auto known = std::ranges::find(counts.few, name, &std::pair<std::string_view, std::size_t>::first);
     if (known != counts.few.end()) {
@@ -29,16 +30,17 @@ std::size_t& CountOf(StampMemo::Counts& counts, std::string_view name) {
     return counts.few.size() < kFewNames ? counts.few.emplace_back(name, 0).second : counts.many[name];
 }
 
-void Clear(StampMemo::Counts& counts) {
+void Clear(StampState::Counts& counts) {
     counts.few.clear();
     if (!counts.many.empty()) {
         counts.many = {};
     }
 }
 
-/// How many child elements up to the child, itself included, have its name. Questions that come in document
-/// order look at each child once; an earlier child has its level counted from the start again.
-std::size_t CountUpTo(StampMemo::Level& level, xml::Node child) {
+/// The position of the child among its sibling elements of the same name, from 1. Calls in document order
+/// visit each sibling once. If the child comes before the last one counted, the siblings run out and counting
+/// starts again from the first.
+std::size_t PositionOf(StampState::Level& level, xml::Node child) {
     while (level.lastCounted != child) {
         level.lastCounted =
             level.lastCounted ? level.lastCounted.get_nextSibling() : level.element.get_firstChild();
@@ -57,40 +59,40 @@ void StampFirstText(xml::Node element, std::string_view group) {
     }
 }
 
-/// Puts the element under the memo's last level.
-void EnterLevel(StampMemo& memo, xml::Node element) {
-    const std::size_t count = memo.levelCount;
-    const std::size_t position = count == 0 ? 1 : CountUpTo(memo.levels[count - 1], element);
-    memo.path.append("/").append(NodeName(element));
+/// Adds a level for a child of the last level's element.
+void EnterLevel(StampState& state, xml::Node element) {
+    const std::size_t count = state.levelCount;
+    const std::size_t position = count == 0 ? 1 : PositionOf(state.levels[count - 1], element);
+    state.path.append("/").append(NodeName(element));
     if (position > 1) {
-        memo.path.append("[").append(std::to_string(position)).append("]");
+        state.path.append("[").append(std::to_string(position)).append("]");
     }
-    if (count == memo.levels.size()) {
-        memo.levels.emplace_back();
+    if (count == state.levels.size()) {
+        state.levels.emplace_back();
     }
-    StampMemo::Level& level = memo.levels[memo.levelCount++];
+    StampState::Level& level = state.levels[state.levelCount++];
     level.element = element;
-    level.pathLength = memo.path.size();
+    level.pathLength = state.path.size();
     level.lastCounted = {};
     Clear(level.counts);
 }
 
-void LeaveLevels(StampMemo& memo, std::size_t kept) {
-    memo.levelCount = kept;
-    memo.path.resize(kept == 0 ? 0 : memo.levels[kept - 1].pathLength);
+void LeaveLevels(StampState& state, std::size_t kept) {
+    state.levelCount = kept;
+    state.path.resize(kept == 0 ? 0 : state.levels[kept - 1].pathLength);
 }
 
-/// Brings the levels to the element if they end near it: at it, at its parent, or one level below either.
-/// False if they do not.
-bool StepTo(StampMemo& memo, xml::Node element) {
+/// The short way from one path to the next, for the usual steps of a walk: to the same element, a child, a
+/// sibling or the parent of the last one. False, with the levels unchanged, for any other element.
+bool StepTo(StampState& state, xml::Node element) {
     const xml::Node parent = element.get_parentNode();
-    const std::size_t count = memo.levelCount;
+    const std::size_t count = state.levelCount;
     for (std::size_t kept = count; kept > 0 && kept + 2 > count; --kept) {
-        const xml::Node last = memo.levels[kept - 1].element;
+        const xml::Node last = state.levels[kept - 1].element;
         if (last == element || last == parent) {
-            LeaveLevels(memo, kept);
+            LeaveLevels(state, kept);
             if (last == parent) {
-                EnterLevel(memo, element);
+                EnterLevel(state, element);
             }
             return true;
         }
@@ -100,54 +102,54 @@ bool StepTo(StampMemo& memo, xml::Node element) {
 
 }  // namespace
 
-bool HasPathEntries(xml::Node parent, const PublishParams& record) {
-    return record.addXpath || NodeName(parent) == kTitleName || IsListedElement(parent, record.addSourcePath);
+bool HasPathEntries(xml::Node parent, const PublishParams& params, const StampState& state) {
+    return params.addXpath || NodeName(parent) == kTitleName || IsListedElement(parent, state.sourceNames);
 }
 
-void AddPathEntries(xml::Node parent, std::string& composed, PublishParams& record, StampMemo& memo) {
-    if (record.addXpath) {
-        AddXPathEntry(parent, composed, record.xpathAttr, memo);
+void AddPathEntries(xml::Node parent, std::string& group, const PublishParams& params, StampState& state) {
+    if (params.addXpath) {
+        AddXPathEntry(parent, group, params.xpathAttr, state);
     }
     const std::string_view name = NodeName(parent);
-    const auto wanted = std::ranges::find(record.addSourcePath, name);
-    if (wanted != record.addSourcePath.end()) {
-        AddSourcePathEntry(composed, record, memo);
-        record.addSourcePath.erase(wanted);
+    const auto wanted = std::ranges::find(state.sourceNames, name);
+    if (wanted != state.sourceNames.end()) {
+        AddSourcePathEntry(group, params, state);
+        state.sourceNames.erase(wanted);
     } else if (name == kTitleName) {
-        AddSourcePathEntry(composed, record, memo);
+        AddSourcePathEntry(group, params, state);
     }
 }
 
-const std::string& BuildXPath(xml::Node element, StampMemo& memo) {
-    if (IsElement(element) && StepTo(memo, element)) {
-        return memo.path;
+const std::string& BuildXPath(xml::Node element, StampState& state) {
+    if (IsElement(element) && StepTo(state, element)) {
+        return state.path;
     }
-    CollectChain(element, memo.chain);
-    const std::vector<xml::Node>& chain = memo.chain;
+    CollectChain(element, state.chain);
+    const std::vector<xml::Node>& chain = state.chain;
     std::size_t known = 0;
-    while (known < chain.size() && known < memo.levelCount && memo.levels[known].element == chain[known]) {
+    while (known < chain.size() && known < state.levelCount && state.levels[known].element == chain[known]) {
         ++known;
     }
-    LeaveLevels(memo, known);
+    LeaveLevels(state, known);
     for (; known < chain.size(); ++known) {
-        EnterLevel(memo, chain[known]);
+        EnterLevel(state, chain[known]);
     }
-    return memo.path;
+    return state.path;
 }
 
-void AddXPathEntry(xml::Node element, std::string& composed, const std::string& xpathAttr, StampMemo& memo) {
-    const std::string& path = BuildXPath(element, memo);
+void AddXPathEntry(xml::Node element, std::string& group, const std::string& xpathAttr, StampState& state) {
+    const std::string& path = BuildXPath(element, state);
     if (!path.empty()) {
-        AppendEntry(composed, kXpathName, path, xpathAttr);
+        AppendEntry(group, kXpathName, path, xpathAttr);
     }
 }
 
-void AddSourcePathEntry(std::string& composed, const PublishParams& record, StampMemo& memo) {
-    if (!memo.sourcePath) {
-        memo.sourcePath = RelativeTo(record.currentFile, record.packageBase);
+void AddSourcePathEntry(std::string& group, const PublishParams& params, StampState& state) {
+    if (!state.sourcePath) {
+        state.sourcePath = RelativeTo(params.currentFile, params.packageBase);
     }
-    if (!memo.sourcePath->empty()) {
-        AppendEntry(composed, "data-qlsource", *memo.sourcePath, record.sourcePathAttr);
+    if (!state.sourcePath->empty()) {
+        AppendEntry(group, kSourceName, *state.sourcePath, params.sourcePathAttr);
     }
 }
 
@@ -155,9 +157,8 @@ void StampPreservedXPaths(xml::Document& document, const std::list<std::string>&
                           const std::string& attribute) {
     document.setProperty("SelectionLanguage", "XPath");
     for (const std::string& query : queries) {
-        std::string group(QL_START);
-        AppendEntry(group, kXpathName, query, attribute);
-        group.append(QL_END);
+        std::string group;
+        PrependAttributeGroup(group, {kXpathName, query, attribute});
         const auto selected = document.selectNodes(query);
         if (!selected) {
             continue;

@@ -1,5 +1,5 @@
-// The two steps that carry a set of files through the document pass, one file at a time, with a line in the
-// report log for each. A file that fails has a second line with the reason, stays as it is and stops nothing.
+// The two steps that run the document pass over a set of files, with a line in the report log for each file.
+// For a file that fails a second line gives the reason. It stays unchanged, and the step continues.
 #pragma once
 
 #include "fileset/path_classification.h"
@@ -7,7 +7,7 @@
 
 namespace ventrix {
 
-/// Encodes every XML file of the package; other files are passed over.
+/// Encodes every XML file of the package; other files are skipped.
 void EncodeFileSet(const FileList& packagedFiles, PublishParams& params, Path logFile);
 
 /// Decodes every ".html" and ".htm" file below the folder.

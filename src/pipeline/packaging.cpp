@@ -24,7 +24,7 @@ FileList GraphicsOnRoot(FileList graphics, const std::string& root) {
     return graphics;
 }
 
-/// Documents first, then the graphics that lie on their root.
+/// Documents first, then the graphics on the same root.
 FileList ChoosePackage(const ReferencePaths& paths, ReportLog& log) {
     FileList package = paths.documents;
     const std::string root = package.empty() ? "" : PathRoot(package.front());
@@ -35,25 +35,25 @@ FileList ChoosePackage(const ReferencePaths& paths, ReportLog& log) {
     return package;
 }
 
-bool LiesBelow(const Path& path, const Path& folder) {
+bool IsBelow(const Path& path, const Path& folder) {
     return Q_StrIEqual(path.substr(0, folder.size()).c_str(), folder.c_str());
 }
 
-bool Holds(const FileList& list, const Path& path) {
+bool ContainsPath(const FileList& list, const Path& path) {
     return std::any_of(list.begin(), list.end(),
                        [&path](const Path& element) { return Q_StrIEqual(element.c_str(), path.c_str()); });
 }
 
-/// What forbids the run, since the next steps would empty, rewrite or delete the user's own files: a document
-/// that has no copy in the package, so that its name would still be that of the source, or sources inside the
-/// folder that is about to be emptied.
+/// The paths that forbid the run, since its steps would delete or rewrite the user's own files: the document,
+/// if the package would have no copy of it, so that later steps would work on the source; otherwise the
+/// sources in the folder that is about to be emptied.
 FileList FindUnsafePaths(const FileList& package, const Path& commonFolder, const Path& document,
                          const Path& outputFolder) {
-    if (commonFolder.empty() || !document.starts_with(commonFolder) || !Holds(package, document)) {
+    if (commonFolder.empty() || !document.starts_with(commonFolder) || !ContainsPath(package, document)) {
         return {document};
     }
     FileList inside = package;
-    inside.remove_if([&outputFolder](const Path& path) { return !LiesBelow(path, outputFolder); });
+    inside.remove_if([&outputFolder](const Path& path) { return !IsBelow(path, outputFolder); });
     return inside;
 }
 

@@ -3,9 +3,8 @@
 #include "fileset/file_operations.h"
 #include "markers/xslt_run.h"
 #include "pipeline/coding_steps.h"
-#include "pipeline/dita_run.h"
+#include "pipeline/external_steps.h"
 #include "pipeline/packaging.h"
-#include "pipeline/scripts.h"
 
 namespace ventrix {
 
@@ -27,7 +26,7 @@ void CutToGroupsOfFour(std::list<std::string>& list) {
     }
 }
 
-/// The folder of a DITA run whose request names none, made ready for the client.
+/// Creates the folder of a DITA run whose request names none.
 Path MakeBuildFolder(const Path& outputFolder, const Path& packagedDocument) {
     const Path folder = WithTrailingBackslash(outputFolder) + "build-" + FileNameOf(packagedDocument);
     EnsureFolder(folder);
@@ -42,7 +41,7 @@ void DeleteXmlCopies(const FileList& packagedFiles) {
     }
 }
 
-/// The doubled backslash at both joins is what callers of the module know.
+/// Callers of the module expect the doubled backslash at both joins.
 void NameDitaResult(const Path& ditaOutputFolder, PublishReply& reply) {
     reply.resultFolder = WithTrailingBackslash(ditaOutputFolder);
     reply.buildLog = reply.resultFolder + R"(\buildlog-xhtml.txt)";
@@ -58,8 +57,8 @@ void MoveTree(const Path& from, const Path& to) {
     }
 }
 
-/// Puts the result as deep below its folder as the document lies below the output folder, so that references
-/// from the pages to graphics keep their form.
+/// Moves the result into the subfolder that the document has below the output folder, so that references from
+/// the pages to graphics stay valid. If that subfolder exists already, nothing is moved.
 void MirrorDepth(const Path& outputFolder, const Path& documentFolder, Path& resultFolder) {
     if (documentFolder == outputFolder || !documentFolder.starts_with(outputFolder)) {
         return;
@@ -101,7 +100,7 @@ void PublishDocument(std::uint32_t documentId, const char* outputFolder, const c
     RunScriptIfGiven(postScript, packagedDocument);
 
     DeleteXmlCopies(packagedFiles);
-    ClearFolder(output, true);
+    ClearFolder(output, true);  // Removes only the folders that are empty now.
     DecodeOutput(output, params, logFile);
 
     const Path documentFolder = ParentFolder(packagedDocument);

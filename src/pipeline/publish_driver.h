@@ -1,5 +1,6 @@
-// Turns an open document into a folder of HTML: package, encode, transform, decode, and put the result in its
-// place. The caller owns the record and the reply. Texts are UTF-8, paths in the platform's notation.
+// Turns an open document into a folder of HTML: packages, encodes, transforms and decodes its files and
+// brings the result into the layout of the sources. The caller owns options and reply. Strings are UTF-8,
+// paths in system notation.
 #pragma once
 
 #include <cstdint>
@@ -10,17 +11,17 @@
 
 namespace ventrix {
 
-/// What a run tells its caller. Both texts stay empty where packaging ended the run.
+/// The result of a run. Both strings stay empty if packaging ended the run.
 struct PublishReply {
-    std::string resultFolder;  ///< The folder of the pages, with its trailing backslash.
-    std::string buildLog;      ///< The toolkit's log of a DITA run, else empty.
+    std::string resultFolder;  ///< The folder of the pages, with a trailing backslash.
+    std::string buildLog;      ///< The toolkit's log of a DITA run, otherwise empty.
 };
 
-/// Runs all steps, in order, whatever the ones before brought; only packaging can end the run early.
-/// `outputFolder` is not null and must end in a backslash: packaging empties it. `stylesheet`, `preScript`
-/// and `postScript` may be null; null and empty mean that there is none. `ditaval` and `logFile` may be
-/// empty. `showProgressBar` is accepted and has no effect. The record is changed: scoped groups are cut back
-/// to whole groups, and the fields that no option sets are filled.
+/// Runs all steps in order, whatever the outcome of the ones before; only packaging can end the run early.
+/// `outputFolder` must not be null and must end in a backslash; packaging empties it. `stylesheet`,
+/// `preScript` and `postScript` may be null or empty, which both mean none. `ditaval` and `logFile` may be
+/// empty. `showProgressBar` has no effect. In `params`, `scopedAttributes` is cut back to whole groups, and
+/// the fields that no option sets are filled.
 void PublishDocument(std::uint32_t documentId, const char* outputFolder, const char* stylesheet,
                      const char* preScript, const char* postScript, bool useDitaOt, bool showProgressBar,
                      Path ditaval, PublishParams& params, Path logFile, PublishReply& reply);

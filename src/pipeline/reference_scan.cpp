@@ -14,7 +14,8 @@ std::string TextOf(const Q_Value& value) {
     return value.text != nullptr ? value.text : "";
 }
 
-/// A file is a nested list of at least three values: key, path and the host's mark of unsaved changes.
+/// The values of a file, or null for a value of another form. A file is a nested list of at least three
+/// values: key, path and the host's flag for unsaved changes.
 const Q_Value* FieldsOfFile(const Q_Value& value) {
     if (value.tag != kListTag || value.list == nullptr || value.list->items == nullptr ||
         value.list->count <= 2) {
@@ -24,11 +25,12 @@ const Q_Value* FieldsOfFile(const Q_Value& value) {
     return fields[0].tag == kTextTag && fields[1].tag == kTextTag ? fields : nullptr;
 }
 
-ReferenceKind KindOf(const Path& path, const Q_Value& mark) {
+ReferenceKind KindOf(const Path& path, const Q_Value& unsaved) {
     if (!FileReadable(path)) {
         return ReferenceKind::kBroken;
     }
-    return mark.tag == kIntegerTag && mark.number != 0 ? ReferenceKind::kUnsaved : ReferenceKind::kValid;
+    return unsaved.tag == kIntegerTag && unsaved.number != 0 ? ReferenceKind::kUnsaved
+                                                             : ReferenceKind::kValid;
 }
 
 std::int32_t BitOf(ReferenceKind kind) {
@@ -77,8 +79,8 @@ std::int32_t ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>&
 }
 
 std::int32_t RenewReferences(std::uint32_t documentId) {
-    // The host may deliver another request while it is asked; that one must not find a half-filled cache, nor
-    // leave its files in this list.
+    // The host may deliver another request during the scan. That request must not see a half-filled cache or
+    // add its files to this list.
     std::list<ReferenceEntry> list;
     const std::int32_t found = ScanReferences(documentId, list);
     referenceCache.list = std::move(list);

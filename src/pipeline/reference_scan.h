@@ -1,6 +1,6 @@
-// The host's answer to "which files does this document refer to", as the pipeline's own list, with one
-// file-system test for each file. The list of the last document is kept for the life of the module, so that
-// packaging works on what a Validate reported.
+// The files that a document refers to, as the host lists them, each with the result of one file-system test.
+// The list of the last document is kept for the life of the module, so that packaging works on what a
+// Validate reported. Strings are UTF-8, paths in system notation.
 #pragma once
 
 #include <cstdint>
@@ -14,9 +14,9 @@ namespace ventrix {
 
 /// State of a referenced file at the time of the scan.
 enum class ReferenceKind : std::int32_t {
-    kValid = 1,    ///< Can be read, and the host has no changes of its own.
-    kBroken = 2,   ///< Can't be opened for reading.
-    kUnsaved = 3,  ///< Can be read, but the host holds unsaved changes.
+    kValid = 1,    ///< Can be read, and the host has no unsaved changes of it.
+    kBroken = 2,   ///< Cannot be opened for reading.
+    kUnsaved = 3,  ///< Can be read, but the host has unsaved changes of it.
 };
 
 struct ReferenceEntry {
@@ -34,8 +34,8 @@ struct ReferenceCache {
 /// The one cache of the process.
 extern ReferenceCache referenceCache;
 
-/// The paths of the cache, whatever their kind, in its order. The key "graphicsType" tells a graphic; every
-/// other key means a document.
+/// The paths of the cache, of every kind, in its order. The key "graphicsType" marks a graphic, every other
+/// key a document.
 struct ReferencePaths {
     FileList documents;
     FileList graphics;
@@ -50,7 +50,7 @@ std::int32_t ScanReferences(std::uint32_t documentId, std::list<ReferenceEntry>&
 /// Renews the cache for this document whatever it holds. Returns what ScanReferences does.
 std::int32_t RenewReferences(std::uint32_t documentId);
 
-/// Renews the cache only if it belongs to another document.
+/// RenewReferences, but only if the cache belongs to another document.
 void Refresh(std::uint32_t documentId);
 
 }  // namespace ventrix

@@ -1,6 +1,6 @@
-// The report that a person reads: a text file that only grows. Every step opens it, appends whole lines and
-// closes it, so that the runs stand one after the other. Texts are UTF-8; fixed wording comes from the string
-// table by number. A log that did not open swallows its lines.
+// The report for the user: a text file that only grows. Every step opens it, appends whole lines and closes
+// it, so the reports of all steps and runs follow each other. Strings are UTF-8; fixed wording comes from the
+// string table by number. Lines written to a log that could not be opened are dropped.
 #pragma once
 
 #include <cstdint>
@@ -14,28 +14,29 @@ namespace ventrix {
 
 using ReportLog = platform::TextStream;
 
-/// Severities of a line: each has its word, which stands in front without a blank. Any other number has none.
+/// Severities of a line. All but kSeverityNone begin the line with a word, without a space after it; any
+/// other number has no word.
 constexpr int kSeverityNone = 0;
 constexpr int kSeverityProgress = 1;
 constexpr int kSeverityWarning = 2;
 constexpr int kSeverityError = 3;
 
-/// Opens the log for appending. An empty or unusable path leaves it closed.
+/// Opens the log for appending. With an empty or unusable path it stays closed.
 ReportLog OpenReportLog(const Path& path);
 
 /// An empty line.
 void LogBlankLine(ReportLog& log);
 
-/// The row of asterisks.
+/// A row of asterisks.
 void LogRule(ReportLog& log);
 
-/// The severity word and the message; a number that the table lacks leaves its part of the line empty.
+/// The severity word and the message, which is empty for a number that is not in the string table.
 void LogMessage(ReportLog& log, int severity, std::uint32_t messageId);
 
-/// As LogMessage, with the text directly behind the message.
+/// LogMessage with the text directly after the message.
 void LogMessageAndText(ReportLog& log, int severity, std::uint32_t messageId, std::string_view text);
 
-/// A blank line, the title, and the paths between two rules. An empty list writes nothing.
+/// An empty line, the title, and the paths between two rules. Nothing for an empty list.
 void LogSection(ReportLog& log, const FileList& list, int severity, std::uint32_t titleId);
 
 }  // namespace ventrix

@@ -26,7 +26,7 @@ void LogReferencesByKind(ReportLog& log) {
     LogSection(log, unsaved, kSeverityWarning, kMessageUnsavedFiles);
 }
 
-/// Reports references that packaging can't bring along. Returns the bit for documents on several roots.
+/// Reports references that packaging refuses or leaves out. Returns the bit for documents on several roots.
 std::int32_t LogForeignRoots(ReportLog& log) {
     const ReferencePaths paths = CachedPaths();
     std::int32_t mask = 0;
@@ -34,7 +34,7 @@ std::int32_t LogForeignRoots(ReportLog& log) {
         LogMessage(log, kSeverityError, kMessageSeveralRoots);
         mask = kValidateOnSeveralRoots;
     }
-    // Without a document there is no root for a graphic to miss.
+    // Without documents there is no root to compare the graphics with.
     if (!paths.documents.empty() && AnyOutsideRoot(paths.graphics, PathRoot(paths.documents.front()))) {
         LogMessage(log, kSeverityWarning, kMessageSeveralRoots);
     }

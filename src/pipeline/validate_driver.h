@@ -1,5 +1,5 @@
-// Checks whether an open document can be published. The caller gets a bit mask, the user sections in the
-// report log.
+// Checks whether an open document can be published: a bit mask for the caller, sections in the report log for
+// the user.
 #pragma once
 
 #include <cstdint>

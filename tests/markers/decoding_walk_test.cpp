@@ -10,68 +10,67 @@ struct Row {
     std::string input, output;
 };
 
-/// The tags attribute as the saved file holds it.
+/// The tags attribute as in the saved file.
 std::string Tags(const std::string& tokens) {
     return "data-twtags=\"" + tokens + "\"";
 }
 
 TEST(DecodingWalk, AppliesAttributeGroups) {
     const Row rows[] = {
-        {"nothing to do", "<p class='x'>a &amp; b<br></br></p>", "<p class='x'>a &amp; b<br></br></p>"},
+        {"no marker text", "<p class='x'>a &amp; b<br></br></p>", "<p class='x'>a &amp; b<br></br></p>"},
         {"a new tags attribute", "<p class='c'>" + Group("t", "1") + "x</p>",
          "<p class='c' " + Tags("tQL_SEP1QL_SEP") + ">x</p>"},
         {"text in front of the group", "<p>x" + Group("t", "1") + "</p>",
          "<p " + Tags("tQL_SEP1QL_SEP") + ">x</p>"},
-        {"nothing but a group", "<p>" + Group("t", "1") + "</p>", "<p " + Tags("tQL_SEP1QL_SEP") + "></p>"},
-        {"of two groups the first", "<p>" + Group("t", "1") + "x" + Group("u", "2") + "y</p>",
+        {"a group without text", "<p>" + Group("t", "1") + "</p>", "<p " + Tags("tQL_SEP1QL_SEP") + "></p>"},
+        {"only the first of two groups", "<p>" + Group("t", "1") + "x" + Group("u", "2") + "y</p>",
          "<p " + Tags("tQL_SEP1QL_SEP") + ">xy</p>"},
-        {"each element its own", "<p>" + Group("t", "1") + "x<b>" + Group("t", "2") + "y</b></p>",
+        {"one group per element", "<p>" + Group("t", "1") + "x<b>" + Group("t", "2") + "y</b></p>",
          "<p " + Tags("tQL_SEP1QL_SEP") + ">x<b " + Tags("tQL_SEP2QL_SEP") + ">y</b></p>"},
         {"the first value of a name stays",
          "<p>" + Group("t", "1") + "x<b/>" + Group("t", "2") + "y<b/>" + Group("u", "3") + "z</p>",
          "<p " + Tags("tQL_SEP1QL_SEPuQL_SEP3QL_SEP") + ">x<b/>y<b/>z</p>"},
-        {"two pairs of a name in one group",
-         "<p>QL_STARTtQL_EQ1QL_TARGETQL_SEPtQL_EQ2QL_TARGETQL_SEPQL_ENDx</p>",
+        {"a name twice in one group", "<p>QL_STARTtQL_EQ1QL_TARGETQL_SEPtQL_EQ2QL_TARGETQL_SEPQL_ENDx</p>",
          "<p " + Tags("tQL_SEP1QL_SEPtQL_SEP2QL_SEP") + ">x</p>"},
-        {"a name that was first a value is not found",
+        {"a name that occurs first as a value is added again",
          "<p>" + Group("u", "t") + "x<b/>" + Group("t", "1") + "y</p>",
          "<p " + Tags("uQL_SEPtQL_SEPtQL_SEP1QL_SEP") + ">x<b/>y</p>"},
         {"a target", "<p class='c'>" + Group("t", "1", "class") + "x</p>", "<p class='c 1'>x</p>"},
-        {"a target takes every text's value",
+        {"a target takes the value of every text node",
          "<p>" + Group("t", "1", "n") + "x<b/>" + Group("t", "1", "n") + "y</p>", "<p n=\"1 1\">x<b/>y</p>"},
-        {"an empty attribute counts as one", "<p n=''>" + Group("t", "1", "n") + "x</p>", "<p n=' 1'>x</p>"},
+        {"a target whose attribute is empty", "<p n=''>" + Group("t", "1", "n") + "x</p>", "<p n=' 1'>x</p>"},
         {"a value that XML must escape", "<p>" + Group("t", "&lt;\"&amp;'") + "x</p>",
          "<p " + Tags("tQL_SEP&lt;&quot;&amp;'QL_SEP") + ">x</p>"},
-        {"an unclosed group is cleared", "<p>QL_STARTtQL_EQ1QL_TARGETQL_SEPx</p>", "<p>t1x</p>"},
+        {"an unclosed group loses its words", "<p>QL_STARTtQL_EQ1QL_TARGETQL_SEPx</p>", "<p>t1x</p>"},
     };
     for (const Row& row : rows)
         EXPECT_EQ(Decoded(row.input), row.output) << row.name;
 }
 
 TEST(DecodingWalk, WritesTheTagsAttributeThatTheRequestNames) {
-    PublishParams record;
-    record.targetAttr = "data-own";
-    EXPECT_EQ(Decoded("<p data-twtags='a'>" + Group("t", "1") + "x</p>", record),
+    PublishParams params;
+    params.targetAttr = "data-own";
+    EXPECT_EQ(Decoded("<p data-twtags='a'>" + Group("t", "1") + "x</p>", params),
               "<p data-twtags='a' data-own=\"tQL_SEP1QL_SEP\">x</p>");
 }
 
-TEST(DecodingWalk, AppliesScopedGroupsOutwards) {
+TEST(DecodingWalk, AppliesScopedGroupsToTheNearestElementOfTheirName) {
     const auto scoped = [](const std::string& element, const std::string& value) {
         return "QL_SA_S" + element + "QL_SEPidQL_SEP" + value + "QL_SA_E";
     };
     const Row rows[] = {
-        {"the element around", "<p>" + scoped("p", "1") + "x</p>", "<p id=\"1\">x</p>"},
-        {"the nearest of the name", "<div><div><p>" + scoped("div", "1") + "x</p></div></div>",
+        {"the enclosing element", "<p>" + scoped("p", "1") + "x</p>", "<p id=\"1\">x</p>"},
+        {"the nearest of two", "<div><div><p>" + scoped("div", "1") + "x</p></div></div>",
          "<div><div id=\"1\"><p>x</p></div></div>"},
-        {"a value stays and the entry is spent",
+        {"an existing value stays and uses the entry up",
          "<div><div id='0'><p>" + scoped("div", "1") + "x</p></div></div>",
          "<div><div id='0'><p>x</p></div></div>"},
         {"no such element", "<p>" + scoped("table", "1") + "x</p>", "<p>x</p>"},
         {"several", "<div><p>" + scoped("div", "1") + scoped("p", "2") + "x</p></div>",
          "<div id=\"1\"><p id=\"2\">x</p></div>"},
-        {"behind the attribute group", "<p>" + Group("t", "1", "n") + scoped("p", "2") + "x</p>",
+        {"after the attribute group", "<p>" + Group("t", "1", "n") + scoped("p", "2") + "x</p>",
          "<p n=\"1\" id=\"2\">x</p>"},
-        {"behind text", "<p>x" + scoped("p", "1") + "y</p>", "<p>xpid1y</p>"},
+        {"after text", "<p>x" + scoped("p", "1") + "y</p>", "<p>xpid1y</p>"},
         {"two entries for one element", "<p>" + scoped("p", "1") + scoped("p", "2") + "x</p>",
          "<p id=\"1\">x</p>"},
     };
@@ -79,19 +78,19 @@ TEST(DecodingWalk, AppliesScopedGroupsOutwards) {
         EXPECT_EQ(Decoded(row.input), row.output) << row.name;
 }
 
-TEST(DecodingWalk, BringsElementsBack) {
+TEST(DecodingWalk, TurnsElementGroupsIntoElements) {
     const auto element = [](const std::string& xml) { return "QL_ELEM_S" + xml + "QL_ELEM_E"; };
     const std::string i =
         element("&amp;lt;i a=&amp;quot;1&amp;quot;&amp;gt;y &amp;amp;amp; z&amp;lt;/i&amp;gt;");
     const Row rows[] = {
-        {"nothing else", "<p>" + i + "</p>", "<p><i a=\"1\">y &amp; z</i></p>"},
-        {"among text and elements", "<p>u" + i + "v<b/>" + i + i + "w</p>",
+        {"a group without text", "<p>" + i + "</p>", "<p><i a=\"1\">y &amp; z</i></p>"},
+        {"groups between text and elements", "<p>u" + i + "v<b/>" + i + i + "w</p>",
          "<p>u<i a=\"1\">y &amp; z</i>v<b/><i a=\"1\">y &amp; z</i><i a=\"1\">y &amp; z</i>w</p>"},
         {"XML that does not parse is dropped", "<p>u" + element("&amp;lt;i&amp;gt;") + "v</p>", "<p>uv</p>"},
-        {"so are nested groups", "<p>u" + element("x" + element("y")) + "v</p>", "<p>uv</p>"},
+        {"nested groups are dropped", "<p>u" + element("x" + element("y")) + "v</p>", "<p>uv</p>"},
         {"an unbalanced group stays text", "<p>uQL_ELEM_S&amp;lt;i/&amp;gt;v</p>",
          "<p>u&amp;lt;i/&amp;gt;v</p>"},
-        {"the groups of carried XML are groups of the text",
+        {"an attribute group inside carried XML belongs to the text",
          "<p>u" + element("&amp;lt;i&amp;gt;" + Group("t", "1") + "&amp;lt;/i&amp;gt;") + "</p>",
          "<p " + Tags("tQL_SEP1QL_SEP") + ">u<i></i></p>"},
     };
@@ -99,25 +98,25 @@ TEST(DecodingWalk, BringsElementsBack) {
         EXPECT_EQ(Decoded(row.input), row.output) << row.name;
 }
 
-TEST(DecodingWalk, ClearsEveryText) {
-    PublishParams record;
-    record.skipElements = {"mathml"};
-    EXPECT_EQ(Decoded("<p a='QL_SEP'><!--QL_SEP--><mathml>xQL_SEPy<b>QL_EQz</b></mathml>\n</p>", record),
+TEST(DecodingWalk, RemovesMarkerWordsFromEveryTextNode) {
+    PublishParams params;
+    params.skipElements = {"mathml"};
+    EXPECT_EQ(Decoded("<p a='QL_SEP'><!--QL_SEP--><mathml>xQL_SEPy<b>QL_EQz</b></mathml>\n</p>", params),
               "<p a='QL_SEP'><!--QL_SEP--><mathml>xy<b>z</b></mathml>\n</p>");
 }
 
-TEST(BothWalks, TogetherGiveBackWhatWasCarried) {
-    PublishParams record;
-    record.attributes = {"t"};
-    record.elements = {"i"};
-    record.scopedAttributes = {"s", "w", "table", "class"};
-    record.xpathAttr = "place";
-    record.addXpath = true;
+TEST(BothWalks, RestoreWhatWasCarried) {
+    PublishParams params;
+    params.attributes = {"t"};
+    params.elements = {"i"};
+    params.scopedAttributes = {"s", "w", "table", "class"};
+    params.xpathAttr = "place";
+    params.addXpath = true;
     const std::string source =
         "<table><s w='wide'>"
         "<p t='&lt;ä\"'>x <i k='1'>&amp;<b>y</b><!--c--></i> z &lt; \xF0\x9F\x9A\xB0</p> "
         "<p>v</p></s></table>";
-    const std::string published = Decoded(Encoded(source, record), record);
+    const std::string published = Decoded(Encoded(source, params), params);
     EXPECT_EQ(published,
               "<table class=\"wide\"><s w='wide'>"
               "<p t='&lt;ä\"' data-twtags=\"tQL_SEP&lt;ä&quot;QL_SEP\" place=\"/table/s/p\">"

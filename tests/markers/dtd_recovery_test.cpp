@@ -12,7 +12,7 @@
 namespace ventrix::test {
 namespace {
 
-TEST(DtdLookup, AsksTwiceAndTakesExactlyOneText) {
+TEST(DtdLookup, AcceptsOnlyAnAnswerOfOneString) {
     struct {
         std::vector<HostValue> application, dtd;
         std::string secondQuestion, answer;
@@ -37,7 +37,7 @@ TEST(DtdLookup, AsksTwiceAndTakesExactlyOneText) {
     }
 }
 
-TEST(ReplaceInFile, ReplacesTheFirstOccurrenceOnly) {
+TEST(ReplaceInFile, ReplacesOnlyTheFirstOccurrence) {
     const TestFolder tree;
     tree.Write("f", std::string("a\0$x$ $x$\r\n", 11));
     ReplaceInFile(tree.System("f"), "$x$", "C:\\d.dtd");
@@ -46,7 +46,7 @@ TEST(ReplaceInFile, ReplacesTheFirstOccurrenceOnly) {
     EXPECT_FALSE(tree.Exists("missing"));
 }
 
-/// A document, a DTD and a host that knows both. What the stylesheet run writes is the test's to say.
+/// A document, a DTD and a host that knows both. `output` is what the stylesheet run writes.
 struct RepairCase {
     RepairCase() {
         tree.Write("doc.dtd", "<!ENTITY product 'Pump 7'>");
@@ -67,7 +67,7 @@ struct RepairCase {
     LinkedHost host;
 };
 
-TEST(RepairDoctype, RewritesTheDocumentWithThePathOfTheDtd) {
+TEST(RepairDoctype, WritesThePathOfTheDtdIntoTheDocument) {
     RepairCase repair;
     EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
     EXPECT_EQ(repair.tree.Read("doc.xml"),
@@ -79,12 +79,12 @@ TEST(RepairDoctype, RewritesTheDocumentWithThePathOfTheDtd) {
                   "\\Ventrix.xsl\" -outputfilepath \"" + repair.tree.System("doc.xml.ql.temp") + "\"");
 }
 
-TEST(RepairDoctype, KeepsTheDocumentWithoutOutput) {
+TEST(RepairDoctype, KeepsTheDocumentIfTheStylesheetGivesNoOutput) {
     for (const std::optional<std::string>& output :
          {std::optional<std::string>(), std::optional<std::string>("")}) {
         RepairCase repair;
         repair.output = output;
-        // What an interrupted run left behind is no output of this one.
+        // The file of an interrupted run is not output of this one.
         if (!output)
             repair.tree.Write("doc.xml.ql.temp", "<old/>");
         EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
@@ -93,7 +93,7 @@ TEST(RepairDoctype, KeepsTheDocumentWithoutOutput) {
     }
 }
 
-TEST(RepairDoctype, KeepsTheOutputThatAFullDiskDoesNotLetMove) {
+TEST(RepairDoctype, KeepsDocumentOrOutputOnAFullDisk) {
     RepairCase repair;
     rlimit usual = {};
     ::getrlimit(RLIMIT_FSIZE, &usual);
@@ -112,7 +112,7 @@ TEST(RepairDoctype, KeepsTheOutputThatAFullDiskDoesNotLetMove) {
     EXPECT_TRUE(repair.tree.Exists("doc.xml") || repair.tree.Exists("doc.xml.ql.temp"));
 }
 
-TEST(RepairDoctype, LeavesAFileOfAnUnknownDtdAlone) {
+TEST(RepairDoctype, LeavesAFileWithoutAKnownDtdUntouched) {
     RepairCase repair;
     repair.dtdAnswer.clear();
     EXPECT_FALSE(RepairDoctype(repair.tree.System("doc.xml")));
@@ -120,33 +120,33 @@ TEST(RepairDoctype, LeavesAFileOfAnUnknownDtdAlone) {
     EXPECT_EQ(repair.tree.Read("doc.xml"), repair.document);
 }
 
-TEST(RepairDoctype, EntersTheHostsNameOfADtdThatDoesNotExist) {
+TEST(RepairDoctype, WritesThePathOfAMissingDtdAsTheHostGaveIt) {
     RepairCase repair;
     repair.dtdAnswer = "C:\\nowhere\\x.dtd";
     EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
     EXPECT_NE(repair.tree.Read("doc.xml").find("\"C:\\nowhere\\x.dtd\""), std::string::npos);
 }
 
-TEST(LoadWithRepair, ReadsTheEntitiesOfTheDtdThatTheHostNames) {
+TEST(LoadWithRepair, ResolvesEntitiesFromTheDtdThatTheHostNames) {
     RepairCase repair;
     repair.output = "<!DOCTYPE a SYSTEM \"$qldtdpath$\"><a t='&product;'>x &product;</a>";
-    PublishParams record;
-    record.attributes = {"t"};
+    PublishParams params;
+    params.attributes = {"t"};
     std::string errorText;
-    EXPECT_TRUE(ProcessXmlFile(repair.tree.System("doc.xml"), false, record, errorText)) << errorText;
+    EXPECT_TRUE(ProcessXmlFile(repair.tree.System("doc.xml"), false, params, errorText)) << errorText;
     EXPECT_EQ(repair.tree.Read("doc.xml"),
               "<!DOCTYPE a SYSTEM \"" + repair.dtdAnswer +
                   "\"><a t='&product;'>QL_STARTtQL_EQPump 7QL_TARGETQL_SEPQL_ENDx &product;</a>");
 }
 
-TEST(LoadWithRepair, GivesUpWhereTheRepairDoesNotHelp) {
+TEST(LoadWithRepair, FailsIfTheRepairDoesNotHelp) {
     for (const char* dtdAnswer : {"", "C:\\nowhere\\x.dtd"}) {
         RepairCase repair;
         repair.dtdAnswer = dtdAnswer;
         repair.output.reset();
-        PublishParams record;
+        PublishParams params;
         std::string errorText;
-        EXPECT_FALSE(ProcessXmlFile(repair.tree.System("doc.xml"), false, record, errorText));
+        EXPECT_FALSE(ProcessXmlFile(repair.tree.System("doc.xml"), false, params, errorText));
         EXPECT_FALSE(errorText.empty());
         EXPECT_EQ(repair.host.log.back().starts_with("InvokeClient QlXSLT"), *dtdAnswer != '\0');
         EXPECT_EQ(repair.tree.Read("doc.xml"), repair.document);

@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include "markers/marker_text.h"
 #include "support/text_rows.h"
 
 namespace ventrix::test {
@@ -15,7 +14,7 @@ std::string Joined(const std::vector<std::string>& parts) {
     return joined;
 }
 
-TEST(MarkerText, TrimBlanksKnowsFourBlanksOnly) {
+TEST(MarkerText, TrimBlanksRemovesFourWhitespaceCharacters) {
     const TextRow rows[] = {
         {"", ""},         {" ", ""},
         {" \t\r\n ", ""}, {"\n a b\t", "a b"},
@@ -26,7 +25,7 @@ TEST(MarkerText, TrimBlanksKnowsFourBlanksOnly) {
     }
 }
 
-TEST(MarkerText, ReplaceAllDoesNotSearchWhatItInserted) {
+TEST(MarkerText, ReplaceAllDoesNotSearchInsertedText) {
     struct {
         std::string text, oldText, newText, result;
     } rows[] = {
@@ -39,7 +38,7 @@ TEST(MarkerText, ReplaceAllDoesNotSearchWhatItInserted) {
     }
 }
 
-TEST(MarkerText, EscapesFiveCharactersAndTakesOneLevelAway) {
+TEST(MarkerText, EscapesFiveCharactersAndUnescapesOneLevel) {
     std::string text = "<a b=\"1\" c='2'>&amp;</a>";
     EscapeMarkup(text);
     EXPECT_EQ(text, "&lt;a b=&quot;1&quot; c=&apos;2&apos;&gt;&amp;amp;&lt;/a&gt;");
@@ -68,7 +67,7 @@ TEST(AttributeGroup, PrependMergesOnlyWithAClosedGroupAtTheFront) {
     EXPECT_EQ(untouched, "QL_STARTaQL_ENDb");
 }
 
-TEST(AttributeGroup, TakeCutsAtTheFrontOnly) {
+TEST(AttributeGroup, TakeCutsOnlyAtTheFront) {
     struct {
         std::string text, taken, left;
     } rows[] = {
@@ -101,10 +100,10 @@ TEST(AttributeGroup, ParseReadsTheFirstGroupUpToTheFirstFault) {
         {"QL_STARTaQL_EQQL_SEPQL_TARGETQL_END", "", ""},
         {"QL_STARTaQL_EQL_TARGETtQL_SEPQL_END", "", ""},
         {"QL_STARTaQL_EQ1QL_TARGETQL_ENDbQL_SEP", "", ""},
-        // A stray closing word in front lets the group run to the text's end.
+        // A closing word before the group makes it run to the end of the text.
         {"QL_ENDQL_STARTaQL_EQ1QL_TARGETQL_SEPQL_END", "[a] [1]", ""},
         {"QL_ENDQL_STARTaQL_EQ1QL_TARGETQL_SEPQL_ENDbQL_EQ2QL_TARGETQL_SEP", "[a] [1] [QL_ENDb] [2]", ""},
-        // A value that holds a marker word is cut there.
+        // In a value, a second QL_EQ is data, and a QL_SEP ends the reading.
         {"QL_STARTaQL_EQ1QL_EQ2QL_TARGETQL_SEPQL_END", "[a] [1QL_EQ2]", ""},
         {"QL_STARTaQL_EQ1QL_SEP2QL_TARGETQL_SEPQL_END", "", ""},
     };
@@ -116,7 +115,7 @@ TEST(AttributeGroup, ParseReadsTheFirstGroupUpToTheFirstFault) {
     }
 }
 
-TEST(AttributeGroup, StripTakesEveryClosedGroup) {
+TEST(AttributeGroup, StripRemovesEveryClosedGroup) {
     const TextRow rows[] = {
         {"", ""},
         {"THAT", "THAT"},
@@ -127,14 +126,14 @@ TEST(AttributeGroup, StripTakesEveryClosedGroup) {
         {"aQL_ENDbQL_STARTy", "aQL_ENDbQL_STARTy"},
         {"aQL_ENDbQL_STARTyQL_ENDc", "aQL_ENDbc"},
         {"aQL_STARTbQL_STARTcQL_ENDdQL_ENDe", "adQL_ENDe"},
-        // The bytes around a group come together to a new opening word.
+        // Removing a group joins the bytes around it to a new opening word.
         {"QL_STAQL_STARTxQL_ENDRTyQL_ENDz", "z"},
         {"QL_STAQL_STARTxQL_ENDRTy", "QL_STARTy"},
     };
     ExpectRows(rows, StripAttributeGroups);
 }
 
-TEST(ScopedGroups, ComposeAndTakeAgree) {
+TEST(ScopedGroups, TakeReadsWhatComposeWrites) {
     const ScopedEntries entries = {"table", "class", "wide", "body", "id", ""};
     std::string text = ComposeScopedGroups(entries);
     EXPECT_EQ(text, "QL_SA_StableQL_SEPclassQL_SEPwideQL_SA_EQL_SA_SbodyQL_SEPidQL_SEPQL_SA_E");
@@ -162,7 +161,7 @@ TEST(ScopedGroups, TakeStopsAtTheFirstTextAndDropsShortGroups) {
     }
 }
 
-TEST(ElementGroups, SplitCutsBalancedGroups) {
+TEST(ElementGroups, SplitSeparatesBalancedGroups) {
     const TextRow rows[] = {
         {"", "[]"},
         {"plain", "[plain]"},
@@ -179,7 +178,7 @@ TEST(ElementGroups, SplitCutsBalancedGroups) {
     ExpectRows(rows, [](const std::string& text) { return Joined(SplitElementGroups(text)); });
 }
 
-TEST(ElementGroups, WrappedXmlComesBack) {
+TEST(ElementGroups, ElementGroupXmlReturnsWrappedXml) {
     const std::string xml = "<b x=\"1&amp;2\">it's &lt; QL_START</b>";
     EXPECT_EQ(WrapElementGroup("<b>&amp;</b>"), "QL_ELEM_S&lt;b&gt;&amp;amp;&lt;/b&gt;QL_ELEM_E");
     EXPECT_EQ(ElementGroupXml(WrapElementGroup(xml)), xml);
@@ -187,13 +186,13 @@ TEST(ElementGroups, WrappedXmlComesBack) {
     EXPECT_EQ(ElementGroupXml("QL_ELEM_Sa"), std::nullopt);
 }
 
-TEST(TagsValue, TokensEndAtTheWord) {
+TEST(TagsValue, EveryTokenEndsWithTheSeparator) {
     const TextRow rows[] = {
         {"", ""}, {"abc", ""}, {"aQL_SEPbQL_SEPc", "[a] [b]"}, {"QL_SEPQL_SEPaQL_SEP", "[] [] [a]"}};
     ExpectRows(rows, [](const std::string& text) { return Joined(SplitTagsValue(text)); });
 }
 
-TEST(MarkerWords, RemovalLeavesTheDataAndGoesOncePerWord) {
+TEST(MarkerWords, AreRemovedOncePerWordAndLeaveTheData) {
     const TextRow rows[] = {
         {"plain", "plain"},
         {"QL_STARTaQL_EQbQL_TARGETcQL_SEPQL_ENDdQL_SA_SeQL_SA_EfQL_ELEM_SgQL_ELEM_Eh", "abcdefgh"},
@@ -206,7 +205,7 @@ TEST(MarkerWords, RemovalLeavesTheDataAndGoesOncePerWord) {
     ExpectRows(rows, RemoveMarkerWords);
 }
 
-/// All that the reader does with one text.
+/// Runs every reading operation on one text.
 void ReadEverything(std::string text) {
     AttributePairs pairs;
     ParseAttributeGroup(text, pairs, pairs);
@@ -224,7 +223,7 @@ void ReadEverything(std::string text) {
     RemoveMarkerWords(text);
 }
 
-TEST(MarkerReader, TakesEveryPieceOfARichText) {
+TEST(MarkerReader, AcceptsEveryPartOfARichText) {
     std::string text = ComposeScopedGroups({"table", "class", "wide", "a", "b", "c"}) + "Preß " +
                        WrapElementGroup("<b>" + WrapElementGroup("<i/>") + "</b>") + " QL_ENDQL_SEP end" +
                        WrapElementGroup("<u a=\"1\"/>");
@@ -237,7 +236,7 @@ TEST(MarkerReader, TakesEveryPieceOfARichText) {
     }
 }
 
-TEST(MarkerReader, TakesTimeInProportionToTheText) {
+TEST(MarkerReader, TakesLinearTime) {
     const auto milliseconds = [](const std::string& text) {
         const auto start = std::chrono::steady_clock::now();
         ReadEverything(text);
@@ -251,7 +250,7 @@ TEST(MarkerReader, TakesTimeInProportionToTheText) {
                                          "QL_SA_SaQL_SEPbQL_SEPcQL_SA_E",
                                          "QL_ELEM_SaQL_ELEM_E",
                                          "QL_STAQL_STARTQL_ENDRT"};
-    // A reader that looks at the rest anew for every word takes minutes here.
+    // A reader that searches the rest again for every word takes minutes here.
     for (const std::string_view opening : openings)
         for (const std::string_view closing : {"", "QL_END", "QL_ELEM_E", "QL_SA_E"})
             EXPECT_LT(milliseconds(Repeated(opening, 100000) + Repeated(closing, 100000)), 5000)

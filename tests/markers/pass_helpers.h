@@ -1,4 +1,4 @@
-// Text in, text out: runs a pass of one direction over a file of its own.
+// Runs a pass over a temporary file: the XML before it in, the XML after it out.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,22 +8,22 @@
 #include "markers/document_pass.h"
 #include "support/test_folder.h"
 
-inline std::string Pass(const std::string& xml, bool decode, ventrix::PublishParams& record) {
+inline std::string Pass(const std::string& xml, bool decode, ventrix::PublishParams& params) {
     const ventrix::test::TestFolder tree;
     tree.Write("docs/guide.xml", xml);
-    record.packageBase = tree.System("map.xml");
+    params.packageBase = tree.System("map.xml");
     std::string errorText;
-    EXPECT_TRUE(ventrix::ProcessXmlFile(tree.System("docs/guide.xml"), decode, record, errorText))
+    EXPECT_TRUE(ventrix::ProcessXmlFile(tree.System("docs/guide.xml"), decode, params, errorText))
         << errorText;
     return tree.Read("docs/guide.xml");
 }
 
-inline std::string Encoded(const std::string& xml, ventrix::PublishParams record) {
-    return Pass(xml, false, record);
+inline std::string Encoded(const std::string& xml, ventrix::PublishParams params) {
+    return Pass(xml, false, params);
 }
 
-inline std::string Decoded(const std::string& xml, ventrix::PublishParams record = {}) {
-    return Pass(xml, true, record);
+inline std::string Decoded(const std::string& xml, ventrix::PublishParams params = {}) {
+    return Pass(xml, true, params);
 }
 
 /// An attribute group that holds one entry.

@@ -1,7 +1,7 @@
 // What the tree shows of a document, and what changes of it write.
 #include <random>
 
-#include "markers/marker_text.h"
+#include "markers/marker_format.h"
 #include "markers/xml_fixture.h"
 
 /// Of the address checks, which every test has: what is allocated now.

@@ -30,7 +30,7 @@ class Packaging : public ModuleTest {
     Path packagedDocument;
 };
 
-TEST_F(Packaging, FilesAreRebasedOnTheirCommonFolder) {
+TEST_F(Packaging, RebasesFilesOnTheirCommonFolder) {
     EXPECT_EQ(Package(guide, {Graphic(R"(C:\src\images\p.png)"), Document(guide),
                               Document(R"(C:\src\topics\a.dita)")}),
               0);
@@ -44,13 +44,13 @@ TEST_F(Packaging, FilesAreRebasedOnTheirCommonFolder) {
     EXPECT_THAT(LogLines(), IsEmpty());
 }
 
-TEST_F(Packaging, MissingFilesShapeTheCommonFolderAndAreNotPackaged) {
+TEST_F(Packaging, CountsMissingFilesForTheCommonFolderOnly) {
     EXPECT_EQ(Package(guide, {Document(guide), Document(R"(C:\elsewhere\missing.dita)")}), 0);
     EXPECT_THAT(packagedFiles, ElementsAre(R"(C:\out\src\maps\guide.ditamap)"));
     EXPECT_THAT(LogLines(), IsEmpty());
 }
 
-TEST_F(Packaging, GraphicsOnAnotherRootStayBehindWithOneWarning) {
+TEST_F(Packaging, LeavesOutGraphicsOnAnotherRootWithOneWarning) {
     EXPECT_EQ(
         Package(guide, {Document(guide), Graphic(R"(D:\images\far.png)"), Graphic(R"(D:\images\far2.png)")}),
         0);
@@ -58,7 +58,7 @@ TEST_F(Packaging, GraphicsOnAnotherRootStayBehindWithOneWarning) {
     EXPECT_EQ(LogLines(), Lines{"Achtung:" + kRootsText});
 }
 
-TEST_F(Packaging, ALogInTheOutputFolderOutlivesItsClearing) {
+TEST_F(Packaging, OpenLogInOutputFolderSurvivesClearing) {
     drives.Write(R"(C:\out\log.txt)", "earlier\r\n");
     host.documents[7] = {guide, {Document(guide), Graphic(R"(D:\images\far.png)")}};
     EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\out\log.txt)", packagedFiles, packagedDocument), 0);
@@ -66,7 +66,7 @@ TEST_F(Packaging, ALogInTheOutputFolderOutlivesItsClearing) {
     EXPECT_FALSE(drives.Exists(R"(C:\out\old.txt)"));
 }
 
-TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
+TEST_F(Packaging, LeavesTheOutputFolderUnchangedIfTheRunIsRefused) {
     const auto refused = [](const Lines& paths) {
         return Section("Fehler:Liste der beschädigten Links", paths);
     };
@@ -98,7 +98,7 @@ TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
          {Document(R"(C:\src\topics\a.dita)")},
          kPackageUnsafe,
          refused({guide})},
-        {"the host spells the document's folder in another way",
+        {"the host gives the document's folder in another case",
          R"(C:\SRC\maps\guide.ditamap)",
          {Document(guide)},
          kPackageUnsafe,
@@ -121,7 +121,7 @@ TEST_F(Packaging, WhatCannotBePackagedLeavesEverythingAsItWas) {
     }
 }
 
-TEST_F(Packaging, WithoutALogNothingIsScanned) {
+TEST_F(Packaging, DoesNotScanWithoutALog) {
     host.log.clear();
     EXPECT_EQ(PackageFiles(7, R"(C:\out\)", R"(C:\no\log.txt)", packagedFiles, packagedDocument),
               kPackageWithoutLog);
@@ -129,7 +129,7 @@ TEST_F(Packaging, WithoutALogNothingIsScanned) {
     EXPECT_TRUE(drives.Exists(R"(C:\out\old.txt)"));
 }
 
-TEST_F(Packaging, GraphicsTakeTheirPlaceRelativeToTheFirstDocument) {
+TEST_F(Packaging, PlacesGraphicsRelativeToTheFirstDocument) {
     drives.Write(R"(C:\src\maps\beside.png)", "new");
     drives.Write(R"(C:\res\pages\beside.png)", "kept");
     host.documents[7] = {guide,

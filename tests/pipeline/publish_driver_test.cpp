@@ -1,4 +1,4 @@
-// Publish requests against a scripted host: what the module asks of it, replies, logs and leaves on disk.
+// Publish requests with a scripted host: the calls to the host, the reply, the log and the files on disk.
 #include "pipeline/publish_driver.h"
 
 #include "bridge/open_script.h"
@@ -96,7 +96,7 @@ const PublishRow kPublishRows[] = {
       "build-guide.ditamap\\xhtml\\img\\", "build-guide.ditamap\\xhtml\\img\\p.png",
       "build-guide.ditamap\\xhtml\\index.html", "img\\", "img\\p.png"}},
 
-    {"DitaRunMirrorsTheDepthOfTheDocument",
+    {"DitaRunMovesTheResultToTheDocumentsDepth",
      kDeepDocument,
      "-useDITAOT",
      {{R"(C:\out\build-deep.ditamap\xhtml\index.html)", kPageText},
@@ -113,7 +113,7 @@ const PublishRow kPublishRows[] = {
       "build-deep.ditamap\\xhtml\\maps\\sub\\b.html", "build-deep.ditamap\\xhtml\\sub\\", "img\\",
       "img\\p.png"}},
 
-    {"AnExistingFolderOfTheDocumentsDepthIsLeftAlone",
+    {"AnExistingFolderAtTheDocumentsDepthStaysUnchanged",
      kDeepDocument,
      "-useDITAOT",
      {{R"(C:\out\build-deep.ditamap\xhtml\index.html)", kPageText},
@@ -129,7 +129,7 @@ const PublishRow kPublishRows[] = {
       "build-deep.ditamap\\xhtml\\maps\\", "build-deep.ditamap\\xhtml\\maps\\own.html", "img\\",
       "img\\p.png"}},
 
-    {"AClientThatWritesNothingLeavesAFolderForADeepDocument",
+    {"ASilentClientLeavesAFolderForADeepDocument",
      {R"(C:\src\maps\deep.ditamap)", {Document(R"(C:\src\maps\deep.ditamap)"), Document(R"(C:\src\a.dita)")}},
      "-useDITAOT",
      {},
@@ -140,7 +140,7 @@ const PublishRow kPublishRows[] = {
          DitaRun(R"(C:\out\maps\deep.ditamap)", "") + Decoded({}),
      {"build-deep.ditamap\\", "build-deep.ditamap\\xhtml\\", "build-deep.ditamap\\xhtml\\maps\\"}},
 
-    {"AClientThatWritesNothingLeavesNoneForAFlatOne",
+    {"ASilentClientLeavesNoFolderForAFlatDocument",
      {R"(C:\src\a.dita)", {Document(R"(C:\src\a.dita)")}},
      "-useDITAOT",
      {},
@@ -149,7 +149,7 @@ const PublishRow kPublishRows[] = {
      Encoded({R"(C:\out\a.dita)"}) + DitaRun(R"(C:\out\a.dita)", "") + Decoded({}),
      {}},
 
-    {"DitaRunIntoAFolderOfTheRequestIsNeitherMadeNorDecoded",
+    {"TheDitaFolderOfTheRequestIsNeitherCreatedNorDecoded",
      {R"(C:\src\a.dita)", {Document(R"(C:\src\a.dita)")}},
      R"(-useDITAOT -outFilePath C:\else\x)",
      {{R"(C:\else\x\xhtml\a.html)", kPageText}},
@@ -177,7 +177,7 @@ const PublishRow kPublishRows[] = {
      {"img\\", "img\\p.png", "maps\\", "maps\\img\\", "maps\\img\\p.png", "maps\\maps\\",
       "maps\\maps\\deep.html"}},
 
-    {"AFileThatDoesNotLoadHasItsLineAndStopsNothing",
+    {"AFileThatDoesNotLoadIsLoggedAndTheRunContinues",
      {R"(C:\src\a.dita)",
       {Document(R"(C:\src\bad.dita)"), Document(R"(C:\src\a.dita)"), Document("http://x/y.dita")}},
      R"(-useXSLT C:\web.xsl)",
@@ -197,7 +197,7 @@ const PublishRow kPublishRows[] = {
      {"old\\", "old\\page.html"}},
 };
 
-/// A log with the reasons of its failures as "*"; a failure without a reason stays as it is.
+/// The log with "*" for the reasons of failures. A failure without a reason stays unchanged.
 Lines WithoutReasons(Lines log) {
     for (std::string& line : log) {
         if (line.starts_with("Fehler:Datei wird ") && !line.ends_with("...")) {
@@ -207,7 +207,7 @@ Lines WithoutReasons(Lines log) {
     return log;
 }
 
-TEST_P(PublishRequests, RunAsTheRowSays) {
+TEST_P(PublishRequests, GiveTheExpectedCallsLogAndFiles) {
     const PublishRow& row = GetParam();
     host.documents[7] = row.document;
     host.onClient = [&](const std::string&) {
@@ -226,7 +226,7 @@ TEST_P(PublishRequests, RunAsTheRowSays) {
 INSTANTIATE_TEST_SUITE_P(All, PublishRequests, testing::ValuesIn(kPublishRows),
                          [](const auto& row) { return row.param.name; });
 
-TEST_F(PublishDriver, RefusedOpenLeavesNoTraceOfTheDitaRun) {
+TEST_F(PublishDriver, LogsNoDitaRunIfTheHostDoesNotOpenTheCopy) {
     host.documents[7] = kFlatDocument;
     host.openedId = 0;
     EXPECT_EQ(host.Request(kPublish + "-useDITAOT"),
@@ -235,7 +235,7 @@ TEST_F(PublishDriver, RefusedOpenLeavesNoTraceOfTheDitaRun) {
     EXPECT_EQ(LogLines(), Encoded({R"(C:\out\guide.ditamap)", R"(C:\out\a.dita)"}) + Decoded({}));
 }
 
-TEST_F(PublishDriver, FolderOfADitaRunIsMadeWhereTheRequestNamesNone) {
+TEST_F(PublishDriver, CreatesTheDitaFolderIfTheRequestNamesNone) {
     host.documents[7] = kFlatDocument;
     Lines seen;
     host.onClient = [&](const std::string&) { seen = drives.Tree(R"(C:\out\)"); };
@@ -245,7 +245,7 @@ TEST_F(PublishDriver, FolderOfADitaRunIsMadeWhereTheRequestNamesNone) {
     EXPECT_EQ(seen, (Lines{"a.dita", "build-guide.ditamap\\", "guide.ditamap", "img\\", "img\\p.png"}));
 }
 
-TEST_F(PublishDriver, OpenScriptDiffersFromTheDefaultInEightRows) {
+TEST_F(PublishDriver, ChangesEightRowsOfTheDefaultOpenScript) {
     host.documents[7] = kFlatDocument;
     host.Request(kPublish + "-useDITAOT");
     Q_PropList script = Q_ApiDefaultOpenScript();
@@ -258,7 +258,7 @@ TEST_F(PublishDriver, OpenScriptDiffersFromTheDefaultInEightRows) {
     EXPECT_EQ(changed, Lines({"5=0", "20=1", "22=1", "23=1", "28=1", "24=1", "25=1", "40=1"}));
 }
 
-TEST_F(PublishDriver, RecordIsCompletedForThePasses) {
+TEST_F(PublishDriver, CompletesTheOptionsForThePasses) {
     host.documents[7] = kFlatDocument;
     PublishParams params;
     params.scopedAttributes = {"1", "2", "3", "4", "5", "6"};
@@ -271,7 +271,7 @@ TEST_F(PublishDriver, RecordIsCompletedForThePasses) {
     EXPECT_EQ(reply.buildLog, "");
 }
 
-TEST_F(PublishDriver, CopiesWithoutAnythingToEncodeStayByteForByte) {
+TEST_F(PublishDriver, KeepsCopiesWithoutAnythingToEncodeByteForByte) {
     const std::string text =
         "<?xml version='1.0'  encoding=\"UTF-8\"?>\r\n<!DOCTYPE topic [<!ENTITY e 'x'>]>\r\n"
         "<topic  id='a'><p></p><p/>\r\n<b>&e;&#65;</b></topic>\r\n<!-- end -->";

@@ -12,7 +12,7 @@ class ReferenceScan : public ModuleTest {
         drives.MakeFolder(R"(C:\folder)");
     }
 
-    /// What the cache holds, as "kind key path" in order.
+    /// The entries of the cache as "kind key path", in order.
     static std::vector<std::string> Cached() {
         std::vector<std::string> rows;
         for (const ReferenceEntry& entry : referenceCache.list) {
@@ -22,7 +22,7 @@ class ReferenceScan : public ModuleTest {
     }
 };
 
-TEST_F(ReferenceScan, OneValueGivesOneEntryOrNone) {
+TEST_F(ReferenceScan, TakesOnlyFilesFromTheHostsValues) {
     const HostValue key = Text("t"), path = Text(R"(C:\a.xml)");
     const struct {
         const char* name;
@@ -32,31 +32,22 @@ TEST_F(ReferenceScan, OneValueGivesOneEntryOrNone) {
     } rows[] = {
         {"valid", Fields({key, path, Number(0)}), 0, {R"(1 t C:\a.xml)"}},
         {"flagged", Fields({key, path, Number(-1)}), kValidateUnsaved, {R"(3 t C:\a.xml)"}},
-        {"more than three fields",
-         Fields({key, path, Number(1), key}),
-         kValidateUnsaved,
-         {R"(3 t C:\a.xml)"}},
-        {"the mark is a text", Fields({key, path, Text("1")}), 0, {R"(1 t C:\a.xml)"}},
+        {"more than three fields", Fields({key, path, Number(1), key}), kValidateUnsaved, {R"(3 t C:\a.xml)"}},
+        {"the flag is a string", Fields({key, path, Text("1")}), 0, {R"(1 t C:\a.xml)"}},
         {"missing", Document(R"(C:\no.xml)"), kValidateBroken, {R"(2 documentType C:\no.xml)"}},
-        {"missing and flagged",
-         Document(R"(C:\no.xml)", 1),
-         kValidateBroken,
-         {R"(2 documentType C:\no.xml)"}},
+        {"missing and flagged", Document(R"(C:\no.xml)", 1), kValidateBroken, {R"(2 documentType C:\no.xml)"}},
         {"a folder", Graphic(R"(C:\folder)"), kValidateBroken, {R"(2 graphicsType C:\folder)"}},
-        {"a drive that is not there",
-         Graphic(R"(Q:\a.xml)"),
-         kValidateBroken,
-         {R"(2 graphicsType Q:\a.xml)"}},
-        {"an address in capitals is a file name",
+        {"a missing drive", Graphic(R"(Q:\a.xml)"), kValidateBroken, {R"(2 graphicsType Q:\a.xml)"}},
+        {"a web address in capitals is a file name",
          Document("HTTP://a"),
          kValidateBroken,
          {"2 documentType HTTP://a"}},
-        {"an address", Document("https://example.org/a.xml"), 0, {}},
+        {"a web address", Document("https://example.org/a.xml"), 0, {}},
         {"two fields", Fields({key, path}), 0, {}},
         {"no fields", Fields({}), 0, {}},
         {"the key is a number", Fields({Number(1), path, Number(0)}), 0, {}},
         {"the path is a number", Fields({key, Number(1), Number(0)}), 0, {}},
-        {"a text", path, 0, {}},
+        {"a string", path, 0, {}},
         {"a number", Number(3), 0, {}},
     };
     for (const auto& row : rows) {
@@ -66,17 +57,17 @@ TEST_F(ReferenceScan, OneValueGivesOneEntryOrNone) {
     }
 }
 
-TEST_F(ReferenceScan, EntriesAreAppendedInTheHostsOrder) {
+TEST_F(ReferenceScan, AppendsEntriesInTheHostsOrder) {
     host.documents[7].files = {Document(R"(C:\no.xml)"), Text("noise"), Graphic(R"(C:\a.xml)"),
                                Document(R"(C:\a.xml)", 1)};
     EXPECT_EQ(ScanReferences(7, referenceCache.list), kValidateBroken | kValidateUnsaved);
-    EXPECT_EQ(ScanReferences(8, referenceCache.list), 0) << "a host without an answer adds nothing";
+    EXPECT_EQ(ScanReferences(8, referenceCache.list), 0) << "without an answer nothing is appended";
     EXPECT_EQ(Cached(), (std::vector<std::string>{R"(2 documentType C:\no.xml)", R"(1 graphicsType C:\a.xml)",
                                                   R"(3 documentType C:\a.xml)"}));
     EXPECT_EQ(host.log.back(), "ListDocumentFiles 8 16 0");
 }
 
-TEST_F(ReferenceScan, CacheIsRenewedByAnotherDocumentOrByAValidateAlone) {
+TEST_F(ReferenceScan, RenewsTheCacheOnlyForAnotherDocumentOrAValidate) {
     for (const std::uint32_t id : {7u, 8u}) {
         host.documents[id] = {R"(C:\a.xml)", {Document(R"(C:\a.xml)")}};
     }
@@ -94,10 +85,10 @@ TEST_F(ReferenceScan, CacheIsRenewedByAnotherDocumentOrByAValidateAlone) {
         {"validate always scans",
          {publish7, validate7, validate7},
          {"ListDocumentFiles 7 16 0", "ListDocumentFiles 7 16 0", "ListDocumentFiles 7 16 0"}},
-        {"another document in between",
+        {"another document between two requests",
          {validate7, publish8, publish7},
          {"ListDocumentFiles 7 16 0", "ListDocumentFiles 8 16 0", "ListDocumentFiles 7 16 0"}},
-        {"a validate without its log leaves the list",
+        {"validate without a log keeps the cache",
          {publish8, validateWithoutLog7, publish8},
          {"ListDocumentFiles 8 16 0"}},
     };

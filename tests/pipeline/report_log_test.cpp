@@ -7,7 +7,7 @@ namespace {
 
 using ReportLogFile = ModuleTest;
 
-TEST_F(ReportLogFile, LinesEndInCarriageReturnAndLineFeed) {
+TEST_F(ReportLogFile, EndsLinesWithCarriageReturnAndLineFeed) {
     {
         ReportLog log = OpenReportLog(R"(C:\log.txt)");
         ASSERT_TRUE(log.IsOpen());
@@ -19,7 +19,7 @@ TEST_F(ReportLogFile, LinesEndInCarriageReturnAndLineFeed) {
               "Logarithmus:Datei wird codiert...C:\\grün.xml\r\n\r\nFehler:" + kRootsText + "\r\n");
 }
 
-TEST_F(ReportLogFile, EveryFormOfLineStandsInItsOwnWords) {
+TEST_F(ReportLogFile, WritesEveryFormOfLine) {
     ReportLog log = OpenReportLog(R"(C:\log.txt)");
     LogMessage(log, kSeverityWarning, kMessageBrokenLinks);
     LogMessage(log, 4, kMessageInputFile);
@@ -29,7 +29,7 @@ TEST_F(ReportLogFile, EveryFormOfLineStandsInItsOwnWords) {
     LogSection(log, {"b", "a", "b"}, kSeverityProgress, kMessageValidFiles);
     const Lines expected =
         Lines{kBrokenLine, "Eingabedatei:", "Fehler:", kRuleLine} + Section(kValidLine, {"b", "a", "b"});
-    EXPECT_EQ(LogLines(), expected) << "read while the log is still open";
+    EXPECT_EQ(LogLines(), expected) << "readable while the log is still open";
 }
 
 TEST_F(ReportLogFile, HostsRecognizeTheLinesByTheWordingOfTheContract) {
@@ -52,7 +52,7 @@ TEST_F(ReportLogFile, HostsRecognizeTheLinesByTheWordingOfTheContract) {
     }
 }
 
-TEST_F(ReportLogFile, LaterOpensAppend) {
+TEST_F(ReportLogFile, AppendsWhenOpenedAgain) {
     for (const char* text : {"one", "two"}) {
         ReportLog log = OpenReportLog(R"(C:\log.txt)");
         LogMessageAndText(log, kSeverityNone, kMessageInputFile, text);
@@ -60,7 +60,7 @@ TEST_F(ReportLogFile, LaterOpensAppend) {
     EXPECT_EQ(drives.Read(R"(C:\log.txt)"), "Eingabedatei:one\r\nEingabedatei:two\r\n");
 }
 
-TEST_F(ReportLogFile, ALogThatDidNotOpenSwallowsItsLines) {
+TEST_F(ReportLogFile, DropsLinesIfItCouldNotBeOpened) {
     for (const char* path : {"", R"(C:\no\folder\log.txt)", R"(C:\)"}) {
         ReportLog log = OpenReportLog(path);
         EXPECT_FALSE(log.IsOpen()) << path;

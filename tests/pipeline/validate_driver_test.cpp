@@ -7,7 +7,7 @@ namespace {
 
 using ValidateDriver = ModuleTest;
 
-TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
+TEST_F(ValidateDriver, ReportsTheStateOfTheReferences) {
     for (const char* path : {R"(C:\a.xml)", R"(C:\b.xml)", R"(D:\d.xml)", R"(D:\p.png)", R"(C:\p.png)",
                              R"(\\server\one\s.xml)", R"(\\server\two\t.xml)"}) {
         drives.Write(path, "");
@@ -30,7 +30,7 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
          {Document(R"(C:\a.xml)"), Graphic(R"(C:\no.png)")},
          1,
          tried + valid({R"(C:\a.xml)"}) + Section(kBrokenLine, {R"(C:\no.png)"})},
-        {"unsaved stands last",
+        {"unsaved files are listed last",
          {Document(R"(C:\a.xml)", 1), Document(R"(C:\no.xml)"), Document(R"(C:\b.xml)")},
          3,
          tried + valid({R"(C:\b.xml)"}) + Section(kBrokenLine, {R"(C:\no.xml)"}) +
@@ -39,7 +39,7 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
          {Document(R"(C:\a.xml)"), Document(R"(D:\d.xml)"), Graphic(R"(D:\p.png)")},
          8,
          tried + valid({R"(C:\a.xml)", R"(D:\d.xml)", R"(D:\p.png)"}) + rootsError + rootsWarning},
-        {"broken documents count for the roots",
+        {"a broken document counts for the roots",
          {Document(R"(C:\a.xml)"), Document(R"(Q:\no.xml)")},
          9,
          tried + valid({R"(C:\a.xml)"}) + Section(kBrokenLine, {R"(Q:\no.xml)"}) + rootsError},
@@ -51,11 +51,11 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
          {Document(R"(\\server\one\s.xml)"), Document(R"(\\server\two\t.xml)")},
          0,
          tried + valid({R"(\\server\one\s.xml)", R"(\\server\two\t.xml)"})},
-        {"graphics alone have no root to miss",
+        {"graphics without a document",
          {Graphic(R"(C:\p.png)"), Graphic(R"(D:\p.png)")},
          0,
          tried + valid({R"(C:\p.png)", R"(D:\p.png)"})},
-        {"an address is no file", {Document("http://example.org/a.xml")}, 0, tried},
+        {"a web address is not a file", {Document("http://example.org/a.xml")}, 0, tried},
         {"no references", {}, 0, tried},
     };
     for (const auto& row : rows) {
@@ -66,7 +66,7 @@ TEST_F(ValidateDriver, MaskAndSectionsTellTheStateOfTheReferences) {
     }
 }
 
-TEST_F(ValidateDriver, ASecondRunStandsBehindTheFirst) {
+TEST_F(ValidateDriver, AppendsASecondRunToTheLog) {
     drives.Write(R"(C:\a.xml)", "");
     host.documents[7].files = {Document(R"(C:\a.xml)")};
     ValidateDocument(7, R"(C:\log.txt)");
@@ -76,7 +76,7 @@ TEST_F(ValidateDriver, ASecondRunStandsBehindTheFirst) {
                               Section(kBrokenLine, {R"(C:\a.xml)"}));
 }
 
-TEST_F(ValidateDriver, WithoutALogNothingIsLookedAt) {
+TEST_F(ValidateDriver, DoesNotScanWithoutALog) {
     referenceCache = {5, {{"t", ReferenceKind::kValid, "kept"}}};
     host.log.clear();
     EXPECT_EQ(ValidateDocument(7, ""), kValidateWithoutLog);

@@ -1,6 +1,7 @@
-#include "pipeline/dita_run.h"
+#include "pipeline/external_steps.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 #include "bridge/contract/request.h"
@@ -8,6 +9,7 @@
 #include "bridge/open_script.h"
 #include "bridge/properties.h"
 #include "pipeline/report_log.h"
+#include "platform/process.h"
 
 namespace ventrix {
 
@@ -15,12 +17,13 @@ namespace {
 
 void SetRow(Q_PropList& script, std::int32_t number, std::int32_t value) {
     const std::int32_t index = Q_ApiFindProp(&script, number);
-    // Only a script that found no memory lacks a row; the host then opens the copy under its own rules.
+    // Only a script for which there was no memory lacks a row. The host then opens the copy by its own rules.
     if (index != kPropNotFound) {
         script.items[index].value.number = value;
     }
 }
 
+/// The host's default script, with the values of the eight rows that the toolkit's client needs.
 Q_PropList OpenScript() {
     Q_PropList script = Q_ApiDefaultOpenScript();
     SetRow(script, 5, 0);
@@ -67,6 +70,17 @@ void RunDitaOt(Path documentPath, Path ditaval, Path logFile, Path outputPath) {
     LogRun(log, documentPath, ditaval);
     Q_ApiInvokeClient(kDitaOtClient, CommandLine(documentId, ditaval, outputPath).c_str());
     Q_ApiCloseDocument(documentId, 1);
+}
+
+void RunScript(Path script, const Path& documentPath) {
+    platform::ProcessHandle process;
+    const auto error = platform::StartProcess("\"" + script + "\" \"" + documentPath + "\"", process);
+    if (error != platform::kErrorNone) {
+        std::printf("CreateProcess failed (%d)\n", static_cast<int>(error));
+        // Otherwise the line could come after the output of programs that are started later.
+        std::fflush(stdout);
+    }
+    platform::WaitForProcess(process);
 }
 
 }  // namespace ventrix

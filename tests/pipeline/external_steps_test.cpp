@@ -1,4 +1,4 @@
-#include "pipeline/scripts.h"
+#include "pipeline/external_steps.h"
 
 #include "support/module_test.h"
 
@@ -14,24 +14,24 @@ class Scripts : public ModuleTest {
     }
 };
 
-TEST_F(Scripts, GetTheDocumentAsTheirOneArgument) {
+TEST_F(Scripts, ReceiveTheDocumentAsTheirOnlyArgument) {
     for (const char* script : {R"(C:\s.sh)", R"(C:\my scripts\über uns.sh)"}) {
         drives.WriteScript(script, "printf '%s|' $# \"$1\"; cat; exit 3\n");
         const std::string document = R"(C:\out folder\grün.xml)";
         drives.Write(document, "");
         EXPECT_EQ(OutputOf(script, document), "1|" + drives.Native(document).string() + "|")
-            << "standard input is empty, and the exit code counts for nothing";
+            << "standard input is empty, and the exit code is ignored";
     }
 }
 
-TEST_F(Scripts, ThatCannotStartLeaveOneLine) {
+TEST_F(Scripts, PrintOneLineIfTheyCannotBeStarted) {
     drives.Write(R"(C:\plain.txt)", "not executable");
     EXPECT_EQ(OutputOf(R"(C:\missing.sh)", "d"), "CreateProcess failed (2)\n");
     EXPECT_EQ(OutputOf(R"(C:\no\folder\s.sh)", "d"), "CreateProcess failed (3)\n");
     EXPECT_EQ(OutputOf(R"(C:\plain.txt)", "d"), "CreateProcess failed (5)\n");
 }
 
-TEST_F(Scripts, StandAroundTheTransformationAndBeforeTheDeletion) {
+TEST_F(Scripts, RunBeforeAndAfterTheTransformation) {
     referenceCache = {};
     drives.Write(R"(C:\src\a.dita)", "<topic/>");
     const std::string trace = drives.Native(R"(C:\trace.txt)").string();
@@ -50,7 +50,7 @@ TEST_F(Scripts, StandAroundTheTransformationAndBeforeTheDeletion) {
 
     host.Request(request);
     EXPECT_EQ(drives.Read(R"(C:\trace.txt)"), "pre\ntransform\npost\npost\n")
-        << "a script alone is a whole request";
+        << "a request may name only a script";
 }
 
 }  // namespace
