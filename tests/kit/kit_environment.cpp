@@ -4,7 +4,7 @@
 
 #include "kit/text/encodings.h"
 
-// Tests provoke allocations that fail; the sanitizer answers them with null, as the heap does.
+// Some tests make allocations fail; the sanitizer then has to return null, as the heap does.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();
 extern "C" const char* __asan_default_options() {
     return "allocator_may_return_null=1";

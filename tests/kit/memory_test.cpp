@@ -27,7 +27,7 @@ TEST(Memory, BlocksAreZeroedResizedAndFreed) {
     EXPECT_EQ(Q_ZeroBytes(nullptr, 8), 1);
 }
 
-TEST(Memory, NothingIsStillABlockWhereTheAllocationMustSucceed) {
+TEST(Memory, SizeOfZeroGivesABlockIfTheAllocationMustSucceed) {
     void* blocks[] = {Q_Alloc(0, kMustSucceed), Q_Calloc(0, 8, kMustSucceed),
                       Q_Realloc(Q_Alloc(8, 0), 0, kMustSucceed)};
     for (void*& block : blocks) {

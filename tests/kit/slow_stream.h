@@ -1,3 +1,4 @@
+// A stream for tests of partial reads and writes.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +10,7 @@
 
 namespace ventrix {
 
-// A stream in memory that moves a few bytes per call, and takes no more than it has room for.
+// A stream in memory that moves at most `step` bytes per call and holds at most `room` bytes.
 class SlowStreamC : public ImplementComC<IStream, ComUltraliteC> {
   public:
     HRESULT Read(void* buffer, ULONG count, ULONG* read) override {

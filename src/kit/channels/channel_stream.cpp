@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "kit/channels/network_files.h"
-#include "kit/paths/path_alias.h"
 #include "kit/paths/rivlet.h"
 #include "kit/text/strings.h"
 #include "platform/wide_text.h"
@@ -13,10 +13,13 @@
 namespace ventrix {
 namespace {
 
-constexpr std::size_t kLongestPath = 4094;
+constexpr std::size_t kLongestPath = 4094;  // in UTF-16 units
 constexpr std::uint32_t kBlockSize = 1024;
 
-// The file to open for the path; nothing for a network file that has no local copy and can't get one.
+std::unordered_map<std::string, std::string> pathAliases;
+
+// The local file to open for the path. Nothing for a network file that cannot be fetched: for writing, the
+// cache's path for it is used even if the server has no such file yet.
 std::optional<std::string> LocalPath(const char* path, int mode) {
     if (Q_IsLocalPath(path)) {
         return path;
@@ -57,6 +60,25 @@ void Store(std::uint32_t value, ULARGE_INTEGER* out) {
 
 }  // namespace
 
+const char* Q_PathAlias(const char* path) {
+    if (path == nullptr || pathAliases.empty()) {
+        return path;
+    }
+    const auto found = pathAliases.find(path);
+    return found == pathAliases.end() ? path : found->second.c_str();
+}
+
+void Q_SetPathAlias(const char* path, const char* alias) {
+    if (path == nullptr) {
+        return;
+    }
+    if (alias == nullptr) {
+        pathAliases.erase(path);
+    } else {
+        pathAliases[path] = alias;
+    }
+}
+
 ChannelStreamC::~ChannelStreamC() {
     platform::CloseFileHandle(file_);
 }
@@ -66,7 +88,7 @@ int ChannelStreamC::OpenFile(const char* path, int mode, bool truncate) {
         return 0;
     }
     const std::optional<std::string> local = LocalPath(Q_PathAlias(path), mode);
-    // A cut path would name another file.
+    // A path that were cut to the limit would name another file.
     if (!local || platform::WideFromUtf8(*local).size() > kLongestPath) {
         return 0;
     }

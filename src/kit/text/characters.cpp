@@ -10,6 +10,7 @@ namespace ventrix {
 namespace {
 
 std::uint32_t CutUtf8(const char* text, std::uint32_t length) {
+    // No character is longer; in malformed text the search has to stop somewhere.
     constexpr std::uint32_t kFarthest = 4;
     std::uint32_t position = length;
     while (position > 0 && length - position < kFarthest && Q_IsContinuation(text[position])) {
