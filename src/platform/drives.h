@@ -39,8 +39,7 @@ std::string FormatDrives(const DriveTable& drives);
 ///   relative.
 /// - An absolute native path without backslashes does not change. In one with backslashes, as it results from
 ///   appending a system path to it, they are read as separators.
-/// - Repeated separators count as one. "." and ".." are resolved without looking at the file system, and
-/// never
+/// - Repeated separators count as one. "." and ".." are resolved without looking at the file system, never
 ///   above the root. A closing separator stays. Empty gives empty.
 std::string ToNative(const DriveTable& drives, std::string_view path);
 

@@ -71,10 +71,6 @@ void Same(const std::string& format, Arguments... arguments) {
 
 #pragma GCC diagnostic pop
 
-std::string Number(std::mt19937& random, std::uint32_t most) {
-    return std::to_string(random() % most);
-}
-
 template <class T>
 T Value(std::mt19937& random) {
     const std::uint64_t bits = std::uint64_t{random()} << 32 | random();
@@ -115,7 +111,7 @@ TEST(Format, AgreesWithTheCLibrary) {
             head += random() % 4 == 0 ? std::string(1, flag) : "";
         }
         head += random() % 2 == 0 ? std::to_string(1 + random() % 300) : "";
-        head += random() % 2 == 0 ? "." + (random() % 4 == 0 ? "" : Number(random, 30)) : "";
+        head += random() % 2 == 0 ? "." + (random() % 4 == 0 ? "" : std::to_string(random() % 30)) : "";
         ASSERT_NO_FATAL_FAILURE(SameByType(random, head));
     }
     for (const int star : {-20, -1, 0, 1, 20}) {

@@ -2,8 +2,6 @@
 
 #include <unicode/putil.h>
 
-#include "kit/text/encodings.h"
-
 // Some tests make allocations fail; the sanitizer then has to return null, as the heap does.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();
 extern "C" const char* __asan_default_options() {
@@ -24,13 +22,5 @@ class KitEnvironment : public testing::Environment {
 [[maybe_unused]] const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new KitEnvironment);
 
 }  // namespace
-
-EncodingScope::EncodingScope(const char* name) {
-    Q_SetEncoding(name);
-}
-
-EncodingScope::~EncodingScope() {
-    Q_SetEncoding("UTF-8");
-}
 
 }  // namespace ventrix

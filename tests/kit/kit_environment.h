@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kit/channels/channels.h"
+#include "kit/text/encodings.h"
 #include "kit/text/strings.h"
 
 namespace ventrix {
@@ -35,8 +36,8 @@ inline Q_Channel* OpenChannel(const std::string& path, const char* mode) {
 /// Makes another encoding current for the length of a scope.
 class EncodingScope {
   public:
-    explicit EncodingScope(const char* name);
-    ~EncodingScope();
+    explicit EncodingScope(const char* name) { Q_SetEncoding(name); }
+    ~EncodingScope() { Q_SetEncoding("UTF-8"); }
     EncodingScope(const EncodingScope&) = delete;
     EncodingScope& operator=(const EncodingScope&) = delete;
 };

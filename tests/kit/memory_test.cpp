@@ -36,11 +36,8 @@ TEST(Memory, SizeOfZeroGivesABlockIfTheAllocationMustSucceed) {
     }
 }
 
-TEST(Memory, RunningOutGivesNullWithoutTheFlag) {
+TEST(MemoryDeathTest, RunningOutGivesNullOrCallsTheHookAndEndsTheProcess) {
     EXPECT_EQ(Q_Calloc(kTooMany, kTooMany, 0), nullptr);
-}
-
-TEST(MemoryDeathTest, RunningOutCallsTheHookAndEndsTheProcess) {
     const auto runOut = [] {
         Q_MemoryHook = [] { std::fputs("memory hook\n", stderr); };
         Q_AssertionHook = [] { std::fputs("assertion hook\n", stderr); };

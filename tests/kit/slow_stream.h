@@ -1,4 +1,4 @@
-// A stream for tests of partial reads and writes.
+// A stream in memory that moves at most `step` bytes per call and holds at most `room` bytes.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,6 @@
 
 namespace ventrix {
 
-// A stream in memory that moves at most `step` bytes per call and holds at most `room` bytes.
 class SlowStreamC : public ImplementComC<IStream, ComUltraliteC> {
   public:
     HRESULT Read(void* buffer, ULONG count, ULONG* read) override {

@@ -97,15 +97,15 @@ int ChannelStreamC::OpenFile(const char* path, int mode, bool truncate) {
 }
 
 HRESULT ChannelStreamC::Read(void* buffer, ULONG count, ULONG* read) {
-    const std::uint32_t came = platform::ReadFromHandle(file_, buffer, count);
-    Store(came, read);
-    return came == count ? S_OK : S_FALSE;
+    const std::uint32_t bytesRead = platform::ReadFromHandle(file_, buffer, count);
+    Store(bytesRead, read);
+    return bytesRead == count ? S_OK : S_FALSE;
 }
 
 HRESULT ChannelStreamC::Write(const void* bytes, ULONG count, ULONG* written) {
-    const std::uint32_t went = platform::WriteToHandle(file_, bytes, count);
-    Store(went, written);
-    return went == count ? S_OK : E_FAIL;
+    const std::uint32_t bytesWritten = platform::WriteToHandle(file_, bytes, count);
+    Store(bytesWritten, written);
+    return bytesWritten == count ? S_OK : E_FAIL;
 }
 
 HRESULT ChannelStreamC::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* newPosition) {
@@ -119,11 +119,11 @@ HRESULT ChannelStreamC::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* n
 
 HRESULT ChannelStreamC::CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* read,
                                ULARGE_INTEGER* written) {
-    std::uint32_t came = 0;
-    std::uint32_t went = 0;
-    const int isDone = Q_StreamCopyBlocks(count.u.LowPart, this, &came, target, &went);
-    Store(came, read);
-    Store(went, written);
+    std::uint32_t bytesRead = 0;
+    std::uint32_t bytesWritten = 0;
+    const int isDone = Q_StreamCopyBlocks(count.u.LowPart, this, &bytesRead, target, &bytesWritten);
+    Store(bytesRead, read);
+    Store(bytesWritten, written);
     return isDone != 0 ? S_OK : E_FAIL;
 }
 
@@ -161,12 +161,12 @@ HRESULT ChannelStreamC::Clone(IStream**) {
 std::uint32_t Q_StreamReadAll(IStream* stream, void* buffer, std::uint32_t count) {
     std::uint32_t done = 0;
     while (done < count) {
-        ULONG came = 0;
-        stream->Read(static_cast<char*>(buffer) + done, count - done, &came);
-        if (came == 0) {
+        ULONG bytesRead = 0;
+        stream->Read(static_cast<char*>(buffer) + done, count - done, &bytesRead);
+        if (bytesRead == 0) {
             break;
         }
-        done += came;
+        done += bytesRead;
     }
     return done;
 }
@@ -174,12 +174,12 @@ std::uint32_t Q_StreamReadAll(IStream* stream, void* buffer, std::uint32_t count
 std::uint32_t Q_StreamWriteAll(IStream* stream, const void* buffer, std::uint32_t count) {
     std::uint32_t done = 0;
     while (done < count) {
-        ULONG went = 0;
-        stream->Write(static_cast<const char*>(buffer) + done, count - done, &went);
-        if (went == 0) {
+        ULONG bytesWritten = 0;
+        stream->Write(static_cast<const char*>(buffer) + done, count - done, &bytesWritten);
+        if (bytesWritten == 0) {
             break;
         }
-        done += went;
+        done += bytesWritten;
     }
     return done;
 }
@@ -190,15 +190,15 @@ int Q_StreamCopyBlocks(std::uint32_t count, IStream* source, std::uint32_t* read
     *readCount = 0;
     *writtenCount = 0;
     while (*readCount < count) {
-        ULONG came = 0;
-        source->Read(block, std::min(kBlockSize, count - *readCount), &came);
-        if (came == 0) {
+        ULONG bytesRead = 0;
+        source->Read(block, std::min(kBlockSize, count - *readCount), &bytesRead);
+        if (bytesRead == 0) {
             break;
         }
-        *readCount += came;
-        const std::uint32_t went = Q_StreamWriteAll(target, block, came);
-        *writtenCount += went;
-        if (went < came) {
+        *readCount += bytesRead;
+        const std::uint32_t bytesWritten = Q_StreamWriteAll(target, block, bytesRead);
+        *writtenCount += bytesWritten;
+        if (bytesWritten < bytesRead) {
             return 0;
         }
     }

@@ -20,12 +20,12 @@ namespace {
 // A channel has one buffer, which serves one direction at a time. After a read (kChannelHasRead) it holds
 // bytes read ahead: `filled` of them, of which those from `position` on are still to be served, so the stream
 // is `filled - position` bytes ahead of what the caller sees. After a write (kChannelWrote) it holds the
-// first `position` bytes that wait to be written, so the stream is that many bytes behind the caller;
-// `filled` is then 0. Every operation first brings the buffer into the direction that it needs: reading,
-// seeking, flushing and closing write out the waiting bytes; writing discards what was read ahead without
-// moving the stream back, which is why a caller has to seek between reading and writing. What the buffer
-// cannot serve or take of a request goes directly between the stream and the caller's memory if it is at
-// least a buffer's size.
+// first `position` bytes that wait to be written, so the stream is that many bytes short of what the caller
+// sees; `filled` is then 0. Every operation first brings the buffer into the direction that it needs:
+// reading, seeking, flushing and closing write out the waiting bytes; writing discards what was read ahead
+// without moving the stream back, which is why a caller has to seek between reading and writing. What the
+// buffer cannot serve or take of a request goes directly between the stream and the caller's memory if it is
+// at least a buffer's size.
 
 constexpr std::uint32_t kWholeSource = 0xFFFFFFFF;
 constexpr std::uint8_t kReadAndWrite = kChannelReadable | kChannelWritable;
@@ -132,8 +132,8 @@ std::uint32_t ReadFromStream(Q_Channel& channel, char* buffer, std::uint32_t cou
     if (count >= kChannelBufferSize) {
         return Q_StreamReadAll(channel.stream, buffer, count);
     }
-    const std::uint32_t came = Q_StreamReadAll(channel.stream, channel.buffer, kChannelBufferSize);
-    channel.filled = static_cast<std::int16_t>(came);
+    const std::uint32_t bytesRead = Q_StreamReadAll(channel.stream, channel.buffer, kChannelBufferSize);
+    channel.filled = static_cast<std::int16_t>(bytesRead);
     return ServeFromBuffer(channel, buffer, count);
 }
 
@@ -212,9 +212,9 @@ int CopyStream(IStream* source, IStream* target) {
     if (answer != E_NOTIMPL) {
         return answer == S_OK ? 0 : 1;
     }
-    std::uint32_t came = 0;
-    std::uint32_t went = 0;
-    return Q_StreamCopyBlocks(kWholeSource, source, &came, target, &went) != 0 ? 0 : 1;
+    std::uint32_t bytesRead = 0;
+    std::uint32_t bytesWritten = 0;
+    return Q_StreamCopyBlocks(kWholeSource, source, &bytesRead, target, &bytesWritten) != 0 ? 0 : 1;
 }
 
 }  // namespace

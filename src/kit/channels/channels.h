@@ -29,9 +29,8 @@ struct Q_Channel {
     char* path;       ///< The path given at opening, owned.
     IStream* stream;  ///< Owned through its reference count.
     char buffer[kChannelBufferSize];
-    std::int16_t
-        position;  ///< After a read: the next byte in the buffer. After a write: the number of waiting bytes.
-    std::int16_t filled;     ///< After a read: the number of valid bytes in the buffer.
+    std::int16_t position;   ///< After a read: next byte in the buffer. After a write: bytes waiting.
+    std::int16_t filled;     ///< After a read: valid bytes in the buffer.
     std::uint8_t direction;  ///< kChannelIdle, kChannelWrote, kChannelHasRead
     std::uint8_t access;     ///< kChannelReadable, kChannelWritable
     std::uint32_t atEnd;     ///< 1 after a read returned fewer bytes than requested; cleared by a seek.

@@ -12,7 +12,7 @@
 namespace ventrix {
 namespace {
 
-constexpr std::uint32_t kBufferRoom = 2147483646;
+constexpr std::uint32_t kBufferCapacity = 2147483646;
 constexpr std::uint32_t kLongestConsolePiece = 255;
 
 struct Output {
@@ -74,15 +74,15 @@ void Format(Output& output, const char* format, FormatArguments& arguments) {
 
 struct BufferContext {
     char* at;
-    std::uint32_t room;
+    std::uint32_t available;
 };
 
 std::uint32_t WriteToBuffer(void* context, const char* text, std::uint32_t count) {
     auto* buffer = static_cast<BufferContext*>(context);
-    const std::uint32_t most = std::min(count, buffer->room);
+    const std::uint32_t most = std::min(count, buffer->available);
     const std::uint32_t taken = Q_StrCopyChars(buffer->at, text, most + 1, Q_CurrentEncoding());
     buffer->at += taken;
-    buffer->room -= taken;
+    buffer->available -= taken;
     return taken;
 }
 
@@ -127,7 +127,7 @@ void Q_FormatText(char* destination, const char* format, ...) {
     if (destination == nullptr) {
         return;
     }
-    BufferContext buffer{destination, kBufferRoom};
+    BufferContext buffer{destination, kBufferCapacity};
     std::va_list arguments;
     va_start(arguments, format);
     Q_FormatCore(WriteToBuffer, &buffer, format, arguments);

@@ -32,10 +32,10 @@ bool AppendStar(FormatArguments& arguments, FormatItem& item, std::uint32_t& len
         --length;
         return true;
     }
-    const std::uint32_t room = kLongestItem - length;
-    const int count = std::snprintf(item.text + length, room, "%d", value);
+    const std::uint32_t available = kLongestItem - length;
+    const int count = std::snprintf(item.text + length, available, "%d", value);
     length += static_cast<std::uint32_t>(count);
-    return static_cast<std::uint32_t>(count) < room;
+    return static_cast<std::uint32_t>(count) < available;
 }
 
 // The letters between the width and the conversion character, such as "ll".

@@ -39,14 +39,14 @@ std::uint32_t CharacterStart(const char* text, std::uint32_t wanted) {
     return before == wanted ? wanted : before + Q_CharacterLength(text + before, Q_CurrentEncoding());
 }
 
-// Inserts a string in at most `room` bytes: its two ends if it is too long as a whole.
-void Insert(TemplateOutput& output, const char* text, std::uint32_t room) {
+// Inserts a string in at most `limit` bytes: its two ends if it is too long as a whole.
+void Insert(TemplateOutput& output, const char* text, std::uint32_t limit) {
     const std::uint32_t length = Q_StrLen(text);
-    if (length <= room || room < kLeastShortened) {
-        output.Append(text, std::min(length, room));
+    if (length <= limit || limit < kLeastShortened) {
+        output.Append(text, std::min(length, limit));
         return;
     }
-    const std::uint32_t kept = room - Q_StrLen(kEllipsis);
+    const std::uint32_t kept = limit - Q_StrLen(kEllipsis);
     const std::uint32_t first = kept / 2;
     output.Append(text, first);
     output.Append(kEllipsis, Q_StrLen(kEllipsis));

@@ -141,26 +141,27 @@ ByteBuffer RunToUnits(const Job& job, const ByteBuffer& run) {
     ucnv_setFallback(converter.Get(), true);
     // Escapes take more units than the bytes they stand for, so a run of many may not fit; it is then
     // dropped.
-    const std::int32_t room = Capacity(std::uint64_t{run.Size()} * 2 + 1);
-    auto* output = reinterpret_cast<UChar*>(units.Extend(static_cast<std::uint64_t>(room) * sizeof(UChar)));
+    const std::int32_t capacity = Capacity(std::uint64_t{run.Size()} * 2 + 1);
+    auto* output =
+        reinterpret_cast<UChar*>(units.Extend(static_cast<std::uint64_t>(capacity) * sizeof(UChar)));
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t count =
-        ucnv_toUChars(converter.Get(), output, room, run.Data(), Capacity(run.Size()), &status);
+        ucnv_toUChars(converter.Get(), output, capacity, run.Data(), Capacity(run.Size()), &status);
     units.Shrink(U_FAILURE(status) != 0 ? 0 : static_cast<std::uint32_t>(count) * sizeof(UChar));
     return units;
 }
 
-// Appends the units in the target encoding, at most `room` bytes; nothing if they cannot be converted.
-void AppendUnits(const Job& job, const ByteBuffer& units, std::int32_t room, ByteBuffer& output) {
+// Appends the units in the target encoding, at most `capacity` bytes; nothing if they cannot be converted.
+void AppendUnits(const Job& job, const ByteBuffer& units, std::int32_t capacity, ByteBuffer& output) {
     const Converter converter(job.target);
     if (converter.Get() == nullptr) {
         return;
     }
     const std::uint32_t before = output.Size();
-    char* place = output.Extend(static_cast<std::uint64_t>(room));
+    char* place = output.Extend(static_cast<std::uint64_t>(capacity));
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t count =
-        ucnv_fromUChars(converter.Get(), place, room, reinterpret_cast<const UChar*>(units.Data()),
+        ucnv_fromUChars(converter.Get(), place, capacity, reinterpret_cast<const UChar*>(units.Data()),
                         Capacity(units.Size() / sizeof(UChar)), &status);
     output.Shrink(before + (U_FAILURE(status) != 0 ? 0 : static_cast<std::uint32_t>(count)));
 }
@@ -171,7 +172,7 @@ void FlushRun(const Job& job, ByteBuffer& run, ByteBuffer& output) {
         return;
     }
     const std::uint64_t length = job.isFromUtf16 ? run.Size() / sizeof(UChar) : run.Size();
-    const std::uint64_t room = job.isFromUtf16 ? length * 4 + 4 : (length * 2 + 1) * 4;
+    const std::uint64_t capacity = job.isFromUtf16 ? length * 4 + 4 : (length * 2 + 1) * 4;
     ByteBuffer converted;
     const ByteBuffer* units = &run;
     if (!job.isFromUtf16) {
@@ -181,7 +182,7 @@ void FlushRun(const Job& job, ByteBuffer& run, ByteBuffer& output) {
     if (job.isToUtf16) {
         output.Append(units->Data(), units->Size());
     } else if (units->Size() > 0) {
-        AppendUnits(job, *units, Capacity(room), output);
+        AppendUnits(job, *units, Capacity(capacity), output);
     }
     run.Shrink(0);
 }

@@ -43,10 +43,10 @@ unsigned char Fold(char byte) {
     return Q_FoldByte(static_cast<unsigned char>(byte));
 }
 
-// Copies count bytes to the place and terminates them.
-void Place(char* place, const char* text, std::uint32_t count) {
-    std::memmove(place, text, count);
-    place[count] = '\0';
+// Copies count bytes to the destination and terminates them.
+void CopyAndTerminate(char* destination, const char* text, std::uint32_t count) {
+    std::memmove(destination, text, count);
+    destination[count] = '\0';
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ char* Q_StrDup(const char* text) {
 
 void Q_StrCopy(char* destination, const char* text) {
     if (destination != nullptr) {
-        Place(destination, OrEmpty(text), Q_StrLen(text));
+        CopyAndTerminate(destination, OrEmpty(text), Q_StrLen(text));
     }
 }
 
@@ -78,7 +78,7 @@ std::uint32_t Q_StrCopyN(char* destination, const char* text, std::uint32_t size
         return 0;
     }
     const std::uint32_t count = size == 0 ? 0 : std::min(Q_StrLen(text), size - 1);
-    Place(destination, OrEmpty(text), count);
+    CopyAndTerminate(destination, OrEmpty(text), count);
     return count;
 }
 
@@ -100,7 +100,7 @@ std::uint32_t Q_StrCatChar(char* destination, char byte, std::uint32_t size) {
     if (destination == nullptr || size == 0 || length >= size - 1) {
         return length;
     }
-    Place(destination + length, &byte, 1);
+    CopyAndTerminate(destination + length, &byte, 1);
     return length + 1;
 }
 

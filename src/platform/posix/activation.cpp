@@ -79,8 +79,8 @@ DWORD QueryAll(IUnknown* object, DWORD count, MULTI_QI* results) {
 }  // namespace
 
 void OfferClass(REFCLSID classId, ClassFactory factory, std::u16string_view server) {
-    std::vector<Offer>
-        withdrawn;  // Destroyed after the lock is released: a factory's destructor may call back.
+    // Destroyed after the lock is released, since the destructor of a factory may call back.
+    std::vector<Offer> withdrawn;
     OfferTable& table = Offers();
     const std::lock_guard guard(table.lock);
     const auto isSame = [&](const Offer& offer) {
