@@ -7,7 +7,7 @@
 #include "bridge/connection.h"
 #include "bridge/contract/host_interfaces.h"
 #include "platform/com.h"
-#include "platform/com_runtime.h"
+#include "platform/server_call.h"
 
 namespace ventrix {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/files.h"
+#include "platform/folders.h"
 
 namespace ventrix {
 
@@ -22,7 +23,7 @@ bool HasOneOf(const std::string& name, const FileList& suffixes) {
                        [&name](const std::string& suffix) { return EndsWith(name, suffix); });
 }
 
-/// The copy of a protected source has to be rewritten later.
+/// The copy of a read-only source has the read-only bit too, but later steps have to rewrite it.
 void MakeWritable(const Path& path) {
     if (const auto attributes = platform::AttributesOf(path)) {
         platform::SetAttributes(path, *attributes & ~platform::kAttributeReadOnly);
@@ -30,8 +31,8 @@ void MakeWritable(const Path& path) {
 }
 
 void ClearSubfolder(const Path& subfolder, bool isLink, bool keepFiles) {
-    // What a link leads to lies outside and is not ours to empty: clearing takes the link alone, pruning
-    // leaves it.
+    // The target of a link is outside of the folder and must not be emptied. Clearing removes the link
+    // itself; pruning keeps it, as it keeps files.
     if (isLink && keepFiles) {
         return;
     }
@@ -54,7 +55,7 @@ bool IsFolder(const Path& path) {
 
 bool EnsureFolder(const Path& folder) {
     const Path parent = ParentFolder(folder);
-    // The climb ends at a drive, a server or a bare name: such a folder is there or can't be made.
+    // A drive, a server or a bare name has no parent: such a folder exists or cannot be created here.
     if (parent.empty()) {
         return IsFolder(folder);
     }
@@ -82,7 +83,7 @@ bool CopyFileInto(const Path& source, const Path& target) {
 
 void MoveFileInto(const Path& source, const Path& target) {
     DeleteFileAt(target);
-    // Without a copy the source is the only one left.
+    // The target is already deleted, so if the copy failed, the source is the only copy left.
     if (CopyFileInto(source, target)) {
         DeleteFileAt(source);
     }
@@ -102,7 +103,7 @@ FileList CollectFiles(const Path& folder, const FileList& suffixes) {
 }
 
 void ClearFolder(const Path& folder, bool keepFiles) {
-    // Without its backslash the text joins with names to files beside the folder.
+    // Without the backslash, appending a name would give the path of a neighbour of the folder.
     if (!EndsWith(folder, R"(\)")) {
         return;
     }

@@ -1,6 +1,6 @@
-// What the pipeline does to files: existence, folder chains, copy and move, recursive collection and
-// clearing. Paths are UTF-8 in the platform's notation. Nothing is kept beyond a call, nothing throws, and a
-// single failure inside a walk does not stop the walk.
+// The pipeline's operations on files and folders: tests for existence, creating folders, copying, moving,
+// collecting and clearing. Paths are UTF-8 in system notation. No operation keeps a file open, throws, or
+// stops a walk because a single file or folder fails.
 #pragma once
 
 #include "fileset/path_classification.h"
@@ -14,30 +14,32 @@ bool FileReadable(const Path& path);
 bool IsFolder(const Path& path);
 
 /// Creates the folder and all missing parents; a trailing backslash makes no difference. True if the folder
-/// exists afterwards. False, without creating anything, where the climb ends at a parent that can't be: a
-/// missing drive, or a relative path whose first component is missing.
+/// exists afterwards. False, without creating anything, on a missing drive and for a relative path whose
+/// first component is missing.
 bool EnsureFolder(const Path& folder);
 
 /// Deletes the file. A failure is ignored.
 void DeleteFileAt(const Path& path);
 
-/// Copies over an existing target, creating the folders above it; the copy is writable also if the source is
-/// not. True if the file was copied; false leaves the source as it was.
+/// Copies a file, replacing an existing target and creating missing folders above it. The copy is writable
+/// even if the source is not. True if the file was copied.
 bool CopyFileInto(const Path& source, const Path& target);
 
-/// Copies over an existing target and deletes the source. A source whose copy failed stays where it is.
+/// Deletes the target, copies the source to it as CopyFileInto does, and deletes the source. If the copy
+/// fails, the source stays.
 void MoveFileInto(const Path& source, const Path& target);
 
-/// All files below the folder whose name ends in one of the suffixes, depth first in the order of the
-/// enumeration. The paths begin with the folder as it was given plus one backslash. An empty suffix matches
-/// every file.
+/// All files in and below the folder whose names end in one of the suffixes, depth first, in the order of
+/// platform::ListFolder. Every path begins with the folder as given and one more backslash. An empty suffix
+/// matches every file; an empty list of suffixes matches none.
 FileList CollectFiles(const Path& folder, const FileList& suffixes);
 
-/// Empties the folder, which must end in a backslash, but does not remove it. With `keepFiles` only folder
-/// trees without any file go. An empty text does nothing.
+/// Empties the folder but does not remove it; links in it are removed without what they lead to. With
+/// `keepFiles`, only subfolders without any file below them are removed. A path that does not end in a
+/// backslash is ignored.
 void ClearFolder(const Path& folder, bool keepFiles);
 
-/// Appends a copy of every source element, in order.
+/// Appends a copy of every element of the source, in order.
 void AppendList(FileList& target, const FileList& source);
 
 }  // namespace ventrix

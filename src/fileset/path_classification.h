@@ -1,7 +1,6 @@
-// Questions that the text of a path answers: what kind of file it names, on which drive or server it lies,
-// which folder holds it. Nothing here touches the file system. All texts are UTF-8 in the platform's
-// notation; the backslash is the only separator, every comparison is by exact bytes, and nothing is
-// normalised.
+// Operations on the text of a path: the kind of file that it names, its drive or server, the folder that
+// contains it. None of them accesses the file system. Paths are UTF-8 in system notation. The backslash is
+// the only separator; comparisons are exact, case included, and nothing is normalised.
 #pragma once
 
 #include <list>
@@ -10,10 +9,10 @@
 
 namespace ventrix {
 
-using Path = std::string;          ///< One path. A folder that an operation here returns ends in a backslash.
-using FileList = std::list<Path>;  ///< Paths in the order in which they were added; duplicates are allowed.
+using Path = std::string;          ///< A path. Folders that these operations return end in a backslash.
+using FileList = std::list<Path>;  ///< Paths in the order in which they were added; may have duplicates.
 
-/// True if the text's tail is the suffix. An empty suffix matches every text.
+/// True if the text ends in the suffix. Every text ends in the empty suffix.
 bool EndsWith(std::string_view text, std::string_view suffix);
 
 /// True for a name ending in ".xml", ".dita" or ".ditamap", in lower case.
@@ -22,37 +21,38 @@ bool IsXmlFile(std::string_view path);
 /// True if the text begins with "http:" or "https:", in lower case.
 bool IsHttpUrl(std::string_view text);
 
-/// The drive ("C:\") or server ("\\server\") with its backslash; the whole path where that backslash is
-/// missing, and the empty text for every path that has neither.
+/// The drive ("C:\") or server ("\\server\") with its backslash, or the whole path if that backslash is
+/// missing. Empty for a path with neither.
 std::string PathRoot(std::string_view path);
 
-/// True if any element lies on another root than the first one. False for lists of no or one element.
+/// True if the roots of the elements are not all the same. False for an empty list.
 bool SpansSeveralRoots(const FileList& list);
 
-/// True if the root of any element differs from the given one. False for an empty list.
+/// True if any element has a root other than the given one. False for an empty list.
 bool AnyOutsideRoot(const FileList& list, std::string_view root);
 
-/// The path with a backslash at its end; the empty text stays empty.
+/// The path, ending in a backslash; empty gives empty.
 Path WithTrailingBackslash(Path path);
 
-/// The folder that holds the last component, with its backslash. A trailing backslash names a folder and is
-/// looked behind: "a\b\" gives "a\". Empty where no folder is left.
+/// The folder that contains the last component, with its backslash. A trailing backslash is ignored: "a\b\"
+/// gives "a\". Empty if there is no such folder.
 Path ParentFolder(std::string_view path);
 
-/// What stands behind the last backslash. Empty for a path that has none, so also for a bare name.
+/// The part after the last backslash. Empty for a path without a backslash, so also for a bare name.
 std::string FileNameOf(std::string_view path);
 
-/// Cuts the path at its last "." - also one in a folder's name - and appends the extension, which brings its
-/// own dot.
+/// Cuts the path at its last ".", even if that belongs to a folder's name, and appends the extension, which
+/// includes its dot.
 void ReplaceExtension(Path& path, std::string_view newExtension);
 
-/// Replaces the first occurrence, if there is one. An empty `oldText` matches at the front.
+/// Replaces the first occurrence, if there is one. An empty `oldText` matches at the start.
 void ReplaceFirst(std::string& text, std::string_view oldText, std::string_view newText);
 
-/// The longest folder that both folders lie in or are; may be empty.
+/// The longest folder that is or contains both folders; may be empty.
 Path CommonFolder(std::string_view folderA, std::string_view folderB);
 
-/// The longest folder common to all files of the list; may be empty. It is a plain prefix of every element.
+/// The longest folder that contains all files of the list; may be empty. It is a prefix of every element's
+/// text.
 Path CommonBaseFolder(const FileList& list);
 
 }  // namespace ventrix

@@ -16,7 +16,7 @@ ULONG ComUltraliteC::Release() {
     if (--referenceCount_ != 0) {
         return referenceCount_;
     }
-    // A reference that the destructor takes and gives back must not start a second destruction.
+    // A destructor may take and release references to the object; that must not delete it a second time.
     constexpr std::uint32_t kWhileDestroyed = 100;
     referenceCount_ = kWhileDestroyed;
     if (CanDestroy() != 0) {

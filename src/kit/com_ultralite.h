@@ -1,5 +1,6 @@
-// The base of every object that the kit shows to the platform's component model: identity, reference count,
-// and interfaces found by a virtual question. Counts are plain integers: an object lives on one thread.
+// Base classes of the objects that the kit hands to the component model: identity, reference count, and
+// interfaces found through a virtual function. Reference counts are plain integers: an object is used on one
+// thread only.
 #pragma once
 
 #include <cstdint>
@@ -8,21 +9,20 @@
 
 namespace ventrix {
 
-/// An object with the one interface IUnknown. Its count is 1 at construction; the creator owns that
+/// An object that has only IUnknown. Its reference count is 1 after construction; the creator owns that
 /// reference.
 class ComUltraliteC : public IUnknown {
   public:
     HRESULT QueryInterface(REFIID id, void** out) override;
     ULONG AddRef() override;
 
-    /// Frees the object with its last reference. The new count.
+    /// Deletes the object with its last reference. Returns the new count.
     ULONG Release() override;
 
-    /// Stores the side of the object that has the id and adds a reference; leaves out alone for an unknown
-    /// id.
+    /// Stores the interface with this id and adds a reference; leaves `out` unchanged for an unknown id.
     virtual void FindInterface(REFIID id, void** out);
 
-    /// Whether the last reference may free the object: 1 in every class here.
+    /// Whether the last Release may delete the object. Always 1 here.
     virtual int CanDestroy();
 
     virtual ~ComUltraliteC() = default;
@@ -37,7 +37,7 @@ class ComUltraliteC : public IUnknown {
     std::uint32_t referenceCount_ = 1;
 };
 
-/// The interface id of an interface that ImplementComC is used with.
+/// The id of an interface that ImplementComC is used with.
 template <class Interface>
 REFIID InterfaceIdOf();
 template <>
@@ -49,7 +49,7 @@ inline REFIID InterfaceIdOf<IMessageFilter>() {
     return IID_IMessageFilter;
 }
 
-/// A base class with one more interface. All sides share the object's one count.
+/// A base class with one more interface. All interfaces share the object's reference count.
 template <class Interface, class Base>
 class ImplementComC : public Base, public Interface {
   public:

@@ -1,5 +1,5 @@
-// The kit's one error value. A failure sets it and a success does not clear it, so it tells the latest
-// failure.
+// The kit's one error value. A failure sets it and a success does not clear it, so it holds the code of the
+// latest failure.
 #pragma once
 
 #include <cstdint>

@@ -22,7 +22,7 @@ void* Checked(void* block, std::uint32_t flags) {
     return block;
 }
 
-// A must-succeed allocation of nothing is still a block: the C runtime may answer it with null.
+// The C runtime may return null for a size of 0, which must not look like a failed allocation.
 std::uint32_t AtLeastOne(std::uint32_t size, std::uint32_t flags) {
     return size == 0 && (flags & kMustSucceed) != 0 ? 1 : size;
 }

@@ -38,7 +38,7 @@ bool Load(std::uint32_t id, char* buffer, std::uint32_t size) {
     return platform::LoadNarrowString(resourceModule, id, buffer, static_cast<int>(size)) >= 1;
 }
 
-// Whether the text is an escape, and the byte that it names.
+// Whether an escape begins at the text; if so, stores the byte that it names.
 bool ReadEscape(const char* text, unsigned char& byte) {
     if (text[0] != '%' || Q_StrChr("BLM", text[1]) == nullptr || Q_StrLen(text) < 4) {
         return false;
@@ -47,8 +47,8 @@ bool ReadEscape(const char* text, unsigned char& byte) {
     return read.ec == std::errc() && read.ptr == text + 4;
 }
 
-// Writes what the escape stands for, and answers its length. No character of the Roman set is longer than the
-// escape.
+// Writes the expansion of an escape and returns its length. It never exceeds the four bytes of the escape, so
+// expanding in place cannot overtake the text that is still to be read.
 std::uint32_t WriteEscaped(char* output, char kind, unsigned char byte) {
     const char raw[] = {static_cast<char>(byte), '\0'};
     if (kind == 'L' || !IsUtf8Current()) {

@@ -1,6 +1,6 @@
-// The names of the component model that this system uses, with the layouts and rules of the platform that it
-// comes from. The method tables are a binary contract: a pure interface has its methods in this order and no
-// virtual destructor.
+// The part of the component model that this system uses, with the names, layouts and rules of the platform
+// that it comes from. The method tables are a binary contract: an interface has exactly these methods in this
+// order, and no virtual destructor. Strings are UTF-16.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ using WPARAM = std::uintptr_t;
 using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
 
-/// The result with this bit pattern.
+/// The result code with this bit pattern.
 constexpr HRESULT MakeResult(std::uint32_t bits) {
     return static_cast<HRESULT>(bits);
 }
@@ -41,7 +41,6 @@ inline constexpr HRESULT E_NOTIMPL = MakeResult(0x80004001);
 inline constexpr HRESULT E_NOINTERFACE = MakeResult(0x80004002);
 inline constexpr HRESULT E_POINTER = MakeResult(0x80004003);
 inline constexpr HRESULT E_FAIL = MakeResult(0x80004005);
-inline constexpr HRESULT E_OUTOFMEMORY = MakeResult(0x8007000E);
 inline constexpr HRESULT E_INVALIDARG = MakeResult(0x80070057);
 inline constexpr HRESULT CLASS_E_NOAGGREGATION = MakeResult(0x80040110);
 inline constexpr HRESULT REGDB_E_CLASSNOTREG = MakeResult(0x80040154);
@@ -157,36 +156,37 @@ class IMessageFilter : public IUnknown {
 };
 
 inline constexpr IID IID_IUnknown = {0x00000000, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-inline constexpr IID IID_ISequentialStream = {
-    0x0C733A30, 0x2A1C, 0x11CE, {0xAD, 0xE5, 0x00, 0xAA, 0x00, 0x44, 0x77, 0x3D}};
 inline constexpr IID IID_IStream = {0x0000000C, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 inline constexpr IID IID_IMessageFilter = {0x00000016, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
-/// The thread's apartment. S_OK on the first entry, S_FALSE on a further one; each needs a CoUninitialize.
+/// Enters this thread's apartment. S_OK for the first entry, S_FALSE for a further one. Every entry needs a
+/// CoUninitialize.
 HRESULT CoInitialize(void* reserved);
 
-/// Leaves the apartment once. The last leaving releases the thread's message filter. Without an entry:
-/// nothing.
+/// Ends one entry. Ending the last one releases the thread's message filter. Without an entry nothing
+/// happens.
 void CoUninitialize();
 
-/// Blocks that pass between host and client, from the heap that both share. A size of 0 gives a block too.
+/// Allocates a block that host and client may pass to each other. A size of 0 gives a block too. Null when
+/// memory runs out. Freeing null is allowed.
 void* CoTaskMemAlloc(std::size_t size);
 void CoTaskMemFree(void* block);
 
-/// Cuts an object's connections to other processes. Always S_OK.
+/// Ends an object's connections to other processes; there are none here. Always S_OK.
 HRESULT CoDisconnectObject(IUnknown* object, DWORD reserved);
 
-/// Sets the thread's message filter, which holds a reference to it; null for none. The former one goes to
-/// `former` with its reference, or is released. CO_E_NOTINITIALIZED outside an apartment, where nothing
-/// changes.
+/// Sets the thread's message filter and adds a reference to it; null removes the filter. The former filter is
+/// stored in `former` with its reference, or released if `former` is null. Outside an apartment nothing
+/// changes: CO_E_NOTINITIALIZED.
 HRESULT CoRegisterMessageFilter(IMessageFilter* filter, IMessageFilter** former);
 
-/// Reads "{539DB5D0-C0C6-11D0-985E-0060970BEC0B}", digits in either case. CO_E_CLASSSTRING for any other
-/// text; null gives the id of zeros and S_OK.
+/// Reads a class id such as "{539DB5D0-C0C6-11D0-985E-0060970BEC0B}", in either case. CO_E_CLASSSTRING for
+/// text of any other form; null gives the id of zeros and S_OK.
 HRESULT CLSIDFromString(const OLECHAR* text, CLSID* id);
 
-/// Gets an object of a class (platform/com_runtime.h registers them). REGDB_E_CLASSNOTREG for an unknown
-/// class, CO_E_NOTINITIALIZED outside an apartment, E_NOINTERFACE. On failure `*object` is null.
+/// Creates an object of a class that OfferClass (com_runtime.h) offers, and stores the interface with a
+/// reference. REGDB_E_CLASSNOTREG for an unknown class, CO_E_NOTINITIALIZED outside an apartment,
+/// CLASS_E_NOAGGREGATION if `outer` is not null, E_NOINTERFACE. On failure `*object` is null.
 HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID interfaceId, void** object);
 
 struct COSERVERINFO {
@@ -202,9 +202,9 @@ struct MULTI_QI {
     HRESULT hr;
 };
 
-/// The type of CoCreateInstanceEx, which is found by name in "ole32.dll" (platform/library.h). It fills each
-/// query record; S_OK when all were met, CO_S_NOTALLINTERFACES, E_NOINTERFACE when none, else the error of
-/// the activation. A server that is not known gives RPC_S_SERVER_UNAVAILABLE_RESULT.
+/// The type of CoCreateInstanceEx, which is looked up by name in "ole32.dll" (library.h). It fills in every
+/// query record. S_OK if the object has all interfaces, CO_S_NOTALLINTERFACES if some, E_NOINTERFACE if none,
+/// else the error of the activation; RPC_S_SERVER_UNAVAILABLE_RESULT for an unknown server.
 using CoCreateInstanceExFunction = HRESULT(REFCLSID classId, IUnknown* outer, DWORD context,
                                            COSERVERINFO* server, DWORD count, MULTI_QI* results);
 
@@ -217,17 +217,17 @@ struct MSG {
     LPARAM lParam;
 };
 
-/// Waits for the next message of this thread's queue. 0 for the quit message, which comes when all others are
-/// served; otherwise 1. The filter arguments are not looked at.
+/// Waits for the next message in this thread's queue. 0 for the quit message, which is delivered after all
+/// others; else 1. The window and the message range are ignored.
 BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last);
 
-/// Makes characters of key messages; there are none here. Always 0.
+/// Translates key messages to characters; there are none here. Always 0.
 BOOL TranslateMessage(const MSG* message);
 
-/// Runs what the message carries. Always 0.
+/// Runs the work that the message carries. Always 0.
 LRESULT DispatchMessageW(const MSG* message);
 
-/// Puts the quit message behind everything in this thread's queue.
+/// Posts the quit message to this thread's queue. It is delivered after everything else.
 void PostQuitMessage(int exitCode);
 
 }  // namespace ventrix

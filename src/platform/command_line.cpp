@@ -1,16 +1,16 @@
-#include <cstddef>
+#include "platform/command_line.h"
 
-#include "platform/process.h"
+#include <cstddef>
 
 namespace ventrix::platform {
 namespace {
 
-bool IsBlank(char c) {
+bool IsSpace(char c) {
     return c == ' ' || c == '\t';
 }
 
-void SkipBlanks(std::string_view text, std::size_t& at) {
-    while (at < text.size() && IsBlank(text[at])) {
+void SkipSpaces(std::string_view text, std::size_t& at) {
+    while (at < text.size() && IsSpace(text[at])) {
         ++at;
     }
 }
@@ -19,14 +19,14 @@ std::string TakeProgram(std::string_view text, std::size_t& at) {
     const bool quoted = text[at] == '"';
     const std::size_t start = quoted ? at + 1 : at;
     std::size_t end = start;
-    while (end < text.size() && (quoted ? text[end] != '"' : !IsBlank(text[end]))) {
+    while (end < text.size() && (quoted ? text[end] != '"' : !IsSpace(text[end]))) {
         ++end;
     }
     at = quoted && end < text.size() ? end + 1 : end;
     return std::string(text.substr(start, end - start));
 }
 
-/// Reads a run of backslashes, and the quote behind it if they make it a plain one.
+/// Reads a run of backslashes, and the quote after it if they make it a literal one.
 void TakeBackslashes(std::string_view text, std::size_t& at, std::string& argument) {
     std::size_t count = 0;
     while (at < text.size() && text[at] == '\\') {
@@ -44,7 +44,7 @@ void TakeBackslashes(std::string_view text, std::size_t& at, std::string& argume
 std::string TakeArgument(std::string_view text, std::size_t& at) {
     std::string argument;
     bool quoted = false;
-    while (at < text.size() && (quoted || !IsBlank(text[at]))) {
+    while (at < text.size() && (quoted || !IsSpace(text[at]))) {
         if (text[at] == '\\') {
             TakeBackslashes(text, at, argument);
         } else if (text[at] == '"' && quoted && text.substr(at, 2) == "\"\"") {
@@ -65,7 +65,7 @@ std::string TakeArgument(std::string_view text, std::size_t& at) {
 std::vector<std::string> SplitCommandLine(std::string_view text) {
     std::vector<std::string> arguments;
     std::size_t at = 0;
-    for (SkipBlanks(text, at); at < text.size(); SkipBlanks(text, at)) {
+    for (SkipSpaces(text, at); at < text.size(); SkipSpaces(text, at)) {
         arguments.push_back(arguments.empty() ? TakeProgram(text, at) : TakeArgument(text, at));
     }
     return arguments;

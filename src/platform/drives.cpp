@@ -36,12 +36,12 @@ bool StartsWithServer(std::string_view path) {
     return path.size() >= 3 && path[0] == '\\' && IsSeparator(path[1]) && !IsSeparator(path[2]);
 }
 
-/// A path cut into its components, "." and ".." resolved. The first component of a path with a drive or
-/// server is `X:` or the server's name, with `server` telling which; a ".." never removes it.
+/// A path split into its components, with "." and ".." resolved. If `kind` is kDrive or kServer, the first
+/// component is `X:` or the server's name, and a ".." never removes it.
 struct Components {
     enum class Kind { kRelative, kRooted, kDrive, kServer } kind = Kind::kRelative;
     std::vector<std::string_view> names;
-    bool closed = false;  ///< A separator stands at the end.
+    bool closed = false;  ///< The path ends in a separator.
 };
 
 void Climb(Components& parts) {
@@ -109,7 +109,7 @@ std::string Join(const std::vector<std::string_view>& names, std::size_t from, c
     return joined;
 }
 
-/// `head` is a root or folder, or empty for a relative path; `rest` the joined components behind it.
+/// Joins `head`, a root or folder or empty for a relative path, and `rest`, the components after it.
 std::string Assemble(std::string head, const std::string& rest, char separator, bool closed) {
     if (head.empty() && rest.empty()) {
         return closed ? std::string(".") + separator : ".";
@@ -124,6 +124,7 @@ std::string Assemble(std::string head, const std::string& rest, char separator, 
     return head;
 }
 
+/// Whether the components of `root` are the first ones of `path`.
 bool LeadsTo(const Components& root, const Components& path, bool ignoreCase) {
     if (root.kind != path.kind || root.names.size() > path.names.size()) {
         return false;
@@ -134,7 +135,7 @@ bool LeadsTo(const Components& root, const Components& path, bool ignoreCase) {
                       });
 }
 
-/// The root in its one form (`C:\`, `\\server\`), or empty if the text is no root.
+/// The root in its canonical form (`C:\`, `\\server\`); empty if the text is not a root.
 std::string CanonicalRoot(std::string_view text) {
     if (text.size() == 1 && IsLetter(text[0])) {
         return std::string(1, UpperAscii(text[0])) + ":\\";
@@ -201,7 +202,7 @@ std::optional<std::string> MapToRoot(const DriveTable& drives, const Components&
         }
         const std::string found =
             Assemble(drive.root, Join(path.names, folder.names.size(), '\\'), '\\', path.closed);
-        // A more specific root may hide this stretch of the folder.
+        // A longer root may map this part of the path elsewhere; only a result that converts back counts.
         if (CutNativePath(ToNative(drives, found)).names != CutNativePath(native).names) {
             continue;
         }

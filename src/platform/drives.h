@@ -1,7 +1,7 @@
 // The two notations of a path. System notation has drive letters, servers and backslashes (`C:\docs\a.xml`);
-// native notation is what the machine's own calls take. A drive table says which folder stands behind which
-// root. Texts are UTF-8. Where the machine's own notation is the system notation, all of this is the
-// identity.
+// native notation is what the operating system takes. A drive table maps roots in system notation to native
+// folders. Strings are UTF-8. On a platform whose native notation is system notation, the conversions return
+// their argument.
 #pragma once
 
 #include <optional>
@@ -12,54 +12,55 @@
 namespace ventrix::platform {
 
 struct Drive {
-    std::string
-        root;  ///< In system notation, with its closing backslash: `C:\`, `\\server\`, `\\server\share\`.
-    std::string folder;  ///< Native, absolute, without a closing slash; the root of the machine is `/`.
+    /// In system notation, with its closing backslash: `C:\`, `\\server\`, `\\server\share\`.
+    std::string root;
+    /// In native notation, absolute, without a closing slash, except for `/` itself.
+    std::string folder;
 
     bool operator==(const Drive&) const = default;
 };
 
 using DriveTable = std::vector<Drive>;
 
-/// Reads `C=/srv/c;D=/srv/d;\\server\=/mnt/server`. A root may be written `C`, `C:` or `C:\`, a letter in
-/// either case; a server with or without its closing backslash. `Z:\` stands for `/` unless the text gives Z
-/// a folder. Of two entries for one root the later counts. An entry without a usable root or an absolute
-/// folder is dropped.
+/// Parses a table such as `C=/srv/c;D=/srv/d;\\server\=/mnt/server`. A drive may be written `C`, `C:` or
+/// `C:\`, in either case, a server with or without its closing backslash. `Z:\` is mapped to `/` unless the
+/// text maps it elsewhere. Of two entries for one root the later one counts. An entry without a valid root or
+/// without an absolute folder is ignored.
 DriveTable ParseDrives(std::string_view text);
 
-/// The text that ParseDrives reads back as the same table.
+/// The text that ParseDrives parses to the same table.
 std::string FormatDrives(const DriveTable& drives);
 
-/// Native notation of a path.
-/// - `X:\...` and `\\server\...`: the folder of the longest root that the table holds, letters and servers
-/// compared
-///   without case. An unknown root gives the empty text, which every call of the machine refuses as missing.
-/// - An absolute native path without a backslash comes back unchanged. One with backslashes behind it, as a
-/// join makes
-///   it, has them read as separators.
-/// - A rooted path without a drive (`\a`) starts at the machine's root; a relative path stays relative; `X:a`
-/// is `X:\a`. Runs of separators act like one, and "." and ".." are resolved in the text, never above the
-/// root. A closing separator stays. Empty gives empty.
+/// Converts a path to native notation:
+/// - `X:\...` and `\\server\...` begin with the folder of the longest matching root in the table; roots are
+///   compared without regard to case. A root that is not in the table gives the empty string, which every
+///   system call rejects as a missing file.
+/// - `X:a` is read as `X:\a`. A rooted path without a drive (`\a`) starts at `/`. A relative path stays
+///   relative.
+/// - An absolute native path without backslashes does not change. In one with backslashes, as it results from
+///   appending a system path to it, they are read as separators.
+/// - Repeated separators count as one. "." and ".." are resolved without looking at the file system, never
+///   above the root. A closing separator stays. Empty gives empty.
 std::string ToNative(const DriveTable& drives, std::string_view path);
 
-/// System notation of a native path: the drive whose folder is the longest that leads to it; a relative path
-/// stays relative. Runs of slashes act like one; a closing slash stays as a backslash. Nothing if the path
-/// cannot be told: a name holds a backslash, no drive reaches it, or a relative path begins like a drive
-/// ("a:b"). Empty gives empty.
+/// Converts a native path to system notation, on the drive whose folder is the longest one that contains it.
+/// A relative path stays relative. Repeated slashes count as one; a closing slash becomes a backslash.
+/// Nothing if the path has no system notation: a name contains a backslash, the path is not on a mapped
+/// drive, or a relative path begins like a drive ("a:b"). Empty gives empty.
 std::optional<std::string> ToSystem(const DriveTable& drives, std::string_view nativePath);
 
-/// True for a text that begins with a drive letter and a colon and separator, or with two backslashes and a
-/// name.
+/// True if the path begins with a drive letter, a colon and a separator, or with two backslashes and a name.
 bool IsAbsoluteSystemPath(std::string_view path);
 
-/// The process's table, as the environment variable VENTRIX_DRIVES has it now. A module that is loaded later,
-/// with a copy of this library of its own, sees the same table.
+/// The table of the process, as the environment variable VENTRIX_DRIVES defines it now. It is kept in the
+/// environment so that a module which is loaded later, with its own copy of this library, sees the same
+/// table. The reference is valid until this thread calls the function again.
 const DriveTable& ProcessDrives();
 
-/// Sets the process's table, by setting VENTRIX_DRIVES for this process and what it starts.
+/// Sets the table of the process by setting VENTRIX_DRIVES, which child processes inherit.
 void SetProcessDrives(const DriveTable& drives);
 
-/// The two conversions with the process's table.
+/// The two conversions with the table of the process.
 std::string ToNative(std::string_view path);
 std::optional<std::string> ToSystem(std::string_view nativePath);
 

@@ -1,4 +1,4 @@
-// Environment variables of the process. Names and values are byte strings, values in the machine's own
+// Environment variables of the process. Names and values are byte strings; paths in values are in native
 // notation.
 #pragma once
 
@@ -7,12 +7,10 @@
 
 namespace ventrix::platform {
 
-/// Nothing if the variable is not set; an empty text if it is set to nothing.
+/// Nothing if the variable is not set; the empty string if it is set to that.
 std::optional<std::string> EnvironmentValue(const std::string& name);
 
-/// Sets a variable for this process and what it starts. An empty name or one with "=" is ignored.
+/// Sets a variable for this process and its child processes. An empty name or one with "=" is ignored.
 void SetEnvironmentValue(const std::string& name, const std::string& value);
-
-void RemoveEnvironmentValue(const std::string& name);
 
 }  // namespace ventrix::platform

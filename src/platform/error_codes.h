@@ -1,6 +1,5 @@
-// The error numbers of the platform's file and process calls, as the system of the backslash paths numbers
-// them. An operation of this room gives 0 for success and one of these for failure; it keeps no last error of
-// its own.
+// The error codes of file and process operations, numbered as in the component model's platform, whatever the
+// operating system. An operation returns kErrorNone or one of the others; there is no separate last error.
 #pragma once
 
 #include <cstdint>

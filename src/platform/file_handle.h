@@ -1,5 +1,5 @@
-// Open files by handle, for the stream object of the kit. A handle fits 32 bits, sign included; 0 is no file.
-// Whoever opens a handle closes it. Files are shared for reading and writing with everybody.
+// Open files by handle, for the kit's stream object. A handle is positive; 0 means no file. Whoever opens a
+// handle closes it. Other processes may read and write an open file.
 #pragma once
 
 #include <cstdint>
@@ -20,24 +20,24 @@ enum class FileDisposition {
 
 enum class SeekOrigin : std::uint32_t { kBegin = 0, kCurrent = 1, kEnd = 2 };
 
-/// Opens a file by its path (UTF-8, system notation), position 0. 0 if that fails, also for a folder or a
-/// device. Shows nothing to the user.
+/// Opens a file by its path (UTF-8, system notation) at position 0. 0 on failure, and for folders and
+/// devices.
 FileHandle OpenFileHandle(std::string_view path, FileAccess access, FileDisposition disposition);
 
-/// Reads up to `count` bytes. Gives the number read, fewer only at the end of the file or after an error; 0
-/// for no file.
+/// Reads up to `count` bytes and returns the number read: fewer only at the end of the file or after an
+/// error, 0 for no file.
 std::uint32_t ReadFromHandle(FileHandle file, void* buffer, std::uint32_t count);
 
-/// Writes `count` bytes. Gives the number written, fewer only after an error; 0 for no file.
+/// Writes `count` bytes and returns the number written: fewer only after an error, 0 for no file.
 std::uint32_t WriteToHandle(FileHandle file, const void* bytes, std::uint32_t count);
 
-/// Moves the position and gives the new one. Nothing for a position before the beginning or for no file.
+/// Moves the position and returns the new one. Nothing for a position before the start and for no file.
 std::optional<std::uint64_t> SeekHandle(FileHandle file, std::int64_t offset, SeekOrigin origin);
 
 /// The file's size in bytes. Nothing for no file.
 std::optional<std::uint64_t> SizeOfHandle(FileHandle file);
 
-/// Closes a file; 0 is passed over.
+/// Closes a file; 0 is ignored.
 void CloseFileHandle(FileHandle file);
 
 }  // namespace ventrix::platform

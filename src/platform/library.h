@@ -1,4 +1,4 @@
-// Libraries that are found while the process runs. A library stays loaded until the process ends.
+// Libraries that are loaded at run time. They stay loaded until the process ends.
 #pragma once
 
 #include <string_view>
@@ -7,23 +7,21 @@ namespace ventrix::platform {
 
 using LibraryHandle = void*;
 
-/// The process as it stands: FindSymbol then looks through the program and everything that it has loaded for
-/// all.
+/// A handle with which FindSymbol searches the program and the libraries whose symbols are global.
 LibraryHandle ProcessLibrary();
 
-/// Loads a library by its name or path (system notation). Null if there is none. For "ole32.dll", in any case
-/// of letters, this room answers itself.
+/// Loads a library by its name or path (system notation). Null if there is none. "ole32.dll", in any case,
+/// gives the platform's own component runtime.
 LibraryHandle OpenLibrary(std::string_view name);
 
-/// Loads the library `name` (no folder, no suffix) from the folder of the process's main program. Null if
-/// there is none.
+/// Loads a library from the folder of the main program; `name` has neither folder nor suffix. Null if there
+/// is none.
 LibraryHandle OpenLibraryBesideProgram(std::string_view name);
 
-/// The address of a function or datum. Null for a null handle, an unknown name or a null name.
+/// The address of a function or object. Null for an unknown name, a null name and a null handle.
 void* FindSymbol(LibraryHandle library, const char* name);
 
-/// The same as a pointer to a function: auto save = FindFunction<int(const char*, int)>(library,
-/// "RivletSave").
+/// The same as a function pointer: FindFunction<int(const char*, int)>(library, "RivletSave").
 template <typename Function>
 Function* FindFunction(LibraryHandle library, const char* name) {
     return reinterpret_cast<Function*>(FindSymbol(library, name));

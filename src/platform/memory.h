@@ -1,4 +1,4 @@
-// Memory in large pieces, of the heap.
+// Large blocks of heap memory.
 #pragma once
 
 #include <cstddef>
@@ -7,14 +7,14 @@
 
 namespace ventrix::platform {
 
-/// Memory that is about to be used from end to end, from its beginning on. From some megabytes on it comes in
-/// large pages, and not 4 KB at a time with a stop for each. Throws std::bad_alloc where there is none.
-/// ReleaseMemory takes it back.
+/// Allocates a block that is going to be used as a whole. From 2 MB on it is backed by large pages, which
+/// saves a page fault for every 4 KB. Throws std::bad_alloc when memory runs out. ReleaseMemory frees the
+/// block.
 void* TakeMemory(std::size_t size);
 void ReleaseMemory(void* memory);
 
-/// Lets a standard container have its memory from TakeMemory. Elements that are given no value, and have none
-/// by themselves, are not set to zero.
+/// An allocator over TakeMemory for standard containers. Elements that are added without a value are
+/// default-initialised, so that a resize does not set bytes to zero that are about to be overwritten.
 template <typename T>
 struct FullUseAllocator {
     using value_type = T;
@@ -34,7 +34,7 @@ struct FullUseAllocator {
     bool operator==(const FullUseAllocator&) const = default;
 };
 
-/// A file's content, or another large text.
+/// The content of a file, or other large data.
 using Bytes = std::vector<char, FullUseAllocator<char>>;
 
 }  // namespace ventrix::platform

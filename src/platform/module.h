@@ -1,7 +1,6 @@
-// What a loaded module (library or program) carries: its file name, version block, string table and named
-// resources. A module handle is what the loader of the library holds, or any address inside the module.
-// Whoever loads a module passes the handle; nothing here owns it. All texts are UTF-8 unless their type says
-// UTF-16.
+// What belongs to a loaded module (a library or the program): its file name, version block, string table and
+// named resources. A module handle is the handle of the dynamic loader, or any address inside the module.
+// Nothing here owns a handle. Strings are UTF-8 unless their type is UTF-16.
 #pragma once
 
 #include <cstddef>
@@ -15,14 +14,11 @@ namespace ventrix::platform {
 
 using ModuleHandle = void*;
 
-/// The process's main program.
+/// The main program of the process.
 ModuleHandle MainModule();
 
-/// The module in whose memory the address lies; null if there is none.
-ModuleHandle ModuleOfAddress(const void* address);
-
-/// The module's file in system notation. A null handle stands for the main program. Empty for a handle that
-/// is no module's, or if system notation cannot tell the path.
+/// The module's file in system notation; with a null handle, that of the main program. Empty if the handle is
+/// not a module, or if the path has no system notation.
 std::string ModuleFileName(ModuleHandle module);
 
 struct StringResource {
@@ -42,36 +38,36 @@ struct NamedResource {
     std::string_view bytes;
 };
 
-/// The resources of one module, compiled into it by ventrix_add_resources (resources/CMakeLists.txt). A
-/// module that links no table has no resources.
+/// The resources of one module. ventrix_add_resources (resources/CMakeLists.txt) compiles them into it; a
+/// module without them has no resources.
 struct ModuleResources {
     std::span<const StringResource> strings;
     std::span<const VersionString> version;
     std::span<const NamedResource> named;
 };
 
-/// Gives a handle resources of its own, whatever it stands for; a null table takes them away again. For tests
-/// and for programs that play a module. The table stays the caller's and must last.
+/// Sets the resources of a handle, which need not be a module's; null removes them again. The table is not
+/// copied and must exist until then.
 void BindResources(ModuleHandle module, const ModuleResources* resources);
 
-/// A text of the version block, by language block and key; the key without regard to case. Nothing if the
-/// module has no version block or no such key. A null handle has none.
+/// A string of the version block by language block and key, both compared without regard to case. Nothing if
+/// there is no such key or no version block; a null handle has none.
 std::optional<std::string> VersionBlockText(ModuleHandle module, std::string_view languageBlock,
                                             std::string_view key);
 
 /// True if the module has a version block.
 bool HasVersionBlock(ModuleHandle module);
 
-/// Copies a string of the string table, cut to `size` units with its terminator. Gives the units copied
-/// without the terminator; 0 for an unknown id, which leaves an empty text. With a size of 0 or less nothing
-/// is written.
+/// Copies a string of the string table, cut to `size` units including the terminator, and returns the units
+/// copied without the terminator. An unknown id gives 0 and the empty string. With a size of 0 or less
+/// nothing is written.
 int LoadWideString(ModuleHandle module, std::uint32_t id, char16_t* buffer, int size);
 
-/// The same in the platform's 8-bit encoding (UTF-8 where it has no other), never cut inside a character.
+/// The same in the platform's 8-bit encoding, UTF-8 where it has no other; never cut inside a character.
 int LoadNarrowString(ModuleHandle module, std::uint32_t id, char* buffer, int size);
 
-/// The bytes of a resource by type and name, without regard to the name's case. They live as long as the
-/// module.
+/// The bytes of a named resource by type and name; names are compared without regard to case. The bytes are
+/// valid as long as the module is loaded.
 std::optional<std::string_view> FindNamedResource(ModuleHandle module, std::uint16_t type,
                                                   std::string_view name);
 

@@ -1,4 +1,4 @@
-// Where temporary files go, and names for them. Paths are UTF-8 in system notation.
+// The folder for temporary files, and new files in it. Paths are UTF-8 in system notation.
 #pragma once
 
 #include <string>
@@ -6,11 +6,11 @@
 
 namespace ventrix::platform {
 
-/// The folder for temporary files with its closing backslash. Empty if system notation cannot tell it.
+/// The folder for temporary files, with its closing backslash. Empty if it has no system notation.
 std::string TempFolder();
 
-/// Creates an empty file with a new name in `folder`: up to three bytes of `prefix`, hexadecimal digits,
-/// ".tmp". Only the owner may read it. The caller deletes it. Empty if that fails.
+/// Creates an empty file in `folder` and returns its path. The name is new: up to three bytes of `prefix`,
+/// hexadecimal digits and ".tmp". Only the owner can read the file. The caller deletes it. Empty on failure.
 std::string MakeTempFile(std::string_view folder, std::string_view prefix);
 
 }  // namespace ventrix::platform

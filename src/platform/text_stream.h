@@ -1,5 +1,5 @@
-// A text file that grows: opened for appending, shared with others, line ends CR LF, every line handed to the
-// system when it is finished. The stream owns the open file; it can be moved, not copied.
+// A text file that is opened for appending and shared with other writers. Lines end in CR LF, and each one is
+// written when it is complete. The stream owns the open file; it can be moved but not copied.
 #pragma once
 
 #include <string>
@@ -9,11 +9,11 @@ namespace ventrix::platform {
 
 class TextStream {
   public:
-    /// A closed stream: what is written to it is dropped.
+    /// A closed stream, which ignores what is written to it.
     TextStream() = default;
 
-    /// Opens `path` (the bytes of a path in system notation) for appending and creates the file if it is
-    /// missing; its folder is not created. An empty or unusable path leaves the stream closed.
+    /// Opens `path` (UTF-8, system notation) for appending and creates the file if it is missing, but not its
+    /// folder. If the file cannot be opened, the stream is closed.
     explicit TextStream(std::string_view path);
 
     ~TextStream();
@@ -24,13 +24,13 @@ class TextStream {
 
     bool IsOpen() const;
 
-    /// Appends text to the line that is being written. A line feed in it ends a line, as EndLine does.
+    /// Appends text to the current line. A line feed in it ends the line, as EndLine does.
     void Write(std::string_view text);
 
-    /// Ends the line and flushes it. A line goes out in one piece, so lines of other writers do not cut it.
+    /// Ends the current line and writes it, in one call, so that lines of several writers do not mix.
     void EndLine();
 
-    /// Flushes an unfinished line and closes the file. The stream is closed from then on.
+    /// Writes an incomplete line as it is and closes the file. The stream is then closed.
     void Close();
 
   private:

@@ -7,11 +7,10 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-/// One decoded character. A malformed beginning gives length 1 and `valid` false.
+/// One decoded character. A malformed sequence gives the replacement character and length 1.
 struct Decoded {
     char32_t character;
     std::size_t length;
-    bool valid;
 };
 
 std::size_t SequenceLength(unsigned char lead) {
@@ -37,7 +36,7 @@ bool InRange(char32_t character, std::size_t length) {
 }
 
 Decoded DecodeAt(std::string_view text, std::size_t at) {
-    const Decoded bad = {kReplacement, 1, false};
+    const Decoded bad = {kReplacement, 1};
     const auto lead = static_cast<unsigned char>(text[at]);
     const std::size_t length = SequenceLength(lead);
     if (length == 0 || at + length > text.size()) {
@@ -51,7 +50,7 @@ Decoded DecodeAt(std::string_view text, std::size_t at) {
         }
         character = (character << 6) | (next & 0x3Fu);
     }
-    return InRange(character, length) ? Decoded{character, length, true} : bad;
+    return InRange(character, length) ? Decoded{character, length} : bad;
 }
 
 void AppendWide(std::u16string& out, char32_t character) {
@@ -117,17 +116,6 @@ std::string Utf8FromWide(std::u16string_view text) {
         }
     }
     return out;
-}
-
-bool IsUtf8(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-        const Decoded decoded = DecodeAt(text, at);
-        if (!decoded.valid) {
-            return false;
-        }
-        at += decoded.length;
-    }
-    return true;
 }
 
 }  // namespace ventrix::platform

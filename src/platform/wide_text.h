@@ -1,4 +1,4 @@
-// UTF-8 to UTF-16 and back, as the platform converts with code page 65001.
+// Conversion between UTF-8 and UTF-16, as code page 65001 defines it.
 #pragma once
 
 #include <string>
@@ -6,13 +6,10 @@
 
 namespace ventrix::platform {
 
-/// Each byte that belongs to no well-formed character becomes U+FFFD. Empty gives empty.
+/// Each byte that is not part of a well-formed character becomes U+FFFD.
 std::u16string WideFromUtf8(std::string_view text);
 
-/// Each unpaired surrogate becomes U+FFFD. Empty gives empty.
+/// Each unpaired surrogate becomes U+FFFD.
 std::string Utf8FromWide(std::u16string_view text);
-
-/// True if the bytes are UTF-8 throughout: shortest forms, no surrogates, nothing above U+10FFFF.
-bool IsUtf8(std::string_view text);
 
 }  // namespace ventrix::platform

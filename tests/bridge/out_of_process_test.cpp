@@ -10,6 +10,8 @@
 #include "kit/last_error.h"
 #include "platform/com_runtime.h"
 #include "platform/environment.h"
+#include "platform/server_call.h"
+#include "support/environment.h"
 
 namespace ventrix::test {
 namespace {
@@ -46,7 +48,7 @@ class OutOfProcessTest : public BridgeTest {
   protected:
     void SetUp() override {
         BridgeTest::SetUp();
-        platform::RemoveEnvironmentValue("QLGUID");
+        test::RemoveVariable("QLGUID");
         Offer(kHostClassId, u"");
     }
 
@@ -55,7 +57,7 @@ class OutOfProcessTest : public BridgeTest {
             platform::OfferClass(classId, nullptr);
             platform::OfferClass(classId, nullptr, u"author-1");
         }
-        platform::RemoveEnvironmentValue("QLGUID");
+        test::RemoveVariable("QLGUID");
         platform::ReplaceCallClock(nullptr);
         Host().DropClient();
         LeaveApartment();
@@ -114,7 +116,7 @@ TEST_F(OutOfProcessTest, FindsTheHostByClassAndServer) {
         SCOPED_TRACE(row.name);
         NoHost();
         Offer(row.offered, row.server == nullptr ? u"" : u"author-1");
-        platform::RemoveEnvironmentValue("QLGUID");
+        test::RemoveVariable("QLGUID");
         if (row.environment != nullptr) {
             platform::SetEnvironmentValue("QLGUID", row.environment);
         }

@@ -7,6 +7,7 @@
 #include "bridge/contract/host_interfaces.h"
 #include "platform/environment.h"
 #include "running_host.h"
+#include "support/environment.h"
 #include "word_counter.h"
 
 namespace ventrix::example {
@@ -25,7 +26,7 @@ std::int32_t RunClient(const char* serverName) {
 class OutOfProcessExample : public ::testing::Test {
   protected:
     void SetUp() override {
-        platform::RemoveEnvironmentValue("QLGUID");
+        test::RemoveVariable("QLGUID");
         settings_.classId = kHostClassId;
         settings_.clientName = "Word counter";
         settings_.commands = {"Count one two three", "Sing", "Count "};

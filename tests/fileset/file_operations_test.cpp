@@ -17,10 +17,10 @@ class FileOperations : public testing::Test {
     test::TestDrives drives;
 };
 
-TEST_F(FileOperations, TellFilesAndFolders) {
+TEST_F(FileOperations, FilesAndFoldersAreDistinguished) {
     drives.Write(R"(C:\a\b.xml)", "x");
     EXPECT_TRUE(FileReadable(R"(C:\a\b.xml)"));
-    EXPECT_FALSE(FileReadable(R"(C:\a\)")) << "a folder is no readable file";
+    EXPECT_FALSE(FileReadable(R"(C:\a\)")) << "a folder is not a readable file";
     EXPECT_FALSE(FileReadable(R"(C:\a\missing.xml)"));
     EXPECT_FALSE(FileReadable(""));
     EXPECT_TRUE(IsFolder(R"(C:\a)"));
@@ -29,7 +29,7 @@ TEST_F(FileOperations, TellFilesAndFolders) {
     EXPECT_FALSE(IsFolder(R"(C:\missing)"));
 }
 
-TEST_F(FileOperations, EnsureFolderMakesTheWholeChain) {
+TEST_F(FileOperations, EnsureFolderCreatesAllMissingParents) {
     drives.Write(R"(C:\file)", "x");
     const struct {
         const char* folder;
@@ -52,7 +52,7 @@ TEST_F(FileOperations, EnsureFolderMakesTheWholeChain) {
     }
 }
 
-TEST_F(FileOperations, CopyMakesFoldersAndAWritableTarget) {
+TEST_F(FileOperations, CopyCreatesFoldersAndAWritableTarget) {
     drives.Write(R"(C:\src\a.xml)", "new");
     drives.Write(R"(C:\out\old.xml)", "old and longer");
     fs::permissions(drives.Native(R"(C:\src\a.xml)"), fs::perms::owner_read);
@@ -93,19 +93,19 @@ TEST_F(FileOperations, CollectWalksDepthFirstInTheOrderOfNames) {
     EXPECT_THAT(CollectFiles(R"(C:\missing)", {""}), IsEmpty());
 }
 
-TEST_F(FileOperations, ClearEmptiesTheFolderButNotItsNeighbours) {
+TEST_F(FileOperations, ClearingEmptiesTheFolderButNotItsNeighbours) {
     for (const char* file : {"out\\a.xml", "out\\b\\c\\d.xml", "out-2\\kept.xml", "outer.xml"}) {
         drives.Write(R"(C:\)" + std::string(file), "");
     }
     ClearFolder(R"(C:\out)", false);
     ClearFolder("", false);
-    EXPECT_TRUE(drives.Exists(R"(C:\out\a.xml)")) << "without its backslash the text is no folder";
+    EXPECT_TRUE(drives.Exists(R"(C:\out\a.xml)")) << "without a closing backslash nothing is cleared";
 
     ClearFolder(R"(C:\out\)", false);
     EXPECT_THAT(drives.Tree(R"(C:\)"), ElementsAre("out-2\\", "out-2\\kept.xml", "out\\", "outer.xml"));
 }
 
-TEST_F(FileOperations, PruneTakesOnlyTreesWithoutAnyFile) {
+TEST_F(FileOperations, PruningRemovesOnlyTreesWithoutAnyFile) {
     drives.Write(R"(C:\out\keep\deep\file.png)", "");
     drives.MakeFolder(R"(C:\out\empty\a\b)");
     drives.MakeFolder(R"(C:\out\keep\beside)");
@@ -113,7 +113,7 @@ TEST_F(FileOperations, PruneTakesOnlyTreesWithoutAnyFile) {
     EXPECT_THAT(drives.Tree(R"(C:\out\)"), ElementsAre("keep\\", "keep\\deep\\", "keep\\deep\\file.png"));
 }
 
-TEST_F(FileOperations, LinksAreClearedWithoutWhatTheyLeadTo) {
+TEST_F(FileOperations, ClearingRemovesLinksButNotTheirTargets) {
     drives.Write(R"(C:\src\a.xml)", "mine");
     drives.MakeFolder(R"(C:\out\)");
     fs::create_directory_symlink(drives.Native(R"(C:\src)"), drives.Native(R"(C:\out\link)"));

@@ -24,7 +24,7 @@ TEST(PathClassification, RootIsTheDriveOrTheServer) {
     ExpectRows(rows, PathRoot);
 }
 
-TEST(PathClassification, ParentFolderLooksBehindATrailingBackslash) {
+TEST(PathClassification, ParentFolderIgnoresTrailingBackslashes) {
     const TextRow rows[] = {
         {"", ""},
         {"name.xml", ""},
@@ -40,12 +40,12 @@ TEST(PathClassification, ParentFolderLooksBehindATrailingBackslash) {
     ExpectRows(rows, ParentFolder);
 }
 
-TEST(PathClassification, FileNameStandsBehindTheLastBackslash) {
+TEST(PathClassification, FileNameFollowsTheLastBackslash) {
     const TextRow rows[] = {{R"(a\b\)", ""}, {"name.xml", ""}, {"", ""}, {R"(C:\a\n.xml)", "n.xml"}};
     ExpectRows(rows, FileNameOf);
 }
 
-TEST(PathClassification, ExtensionIsCutAtTheLastDotOfTheWholePath) {
+TEST(PathClassification, ExtensionBeginsAtTheLastDotOfTheWholePath) {
     const TextRow rows[] = {
         {R"(C:\docs\guide.xml)", R"(C:\docs\guide.html)"},
         {R"(C:\a.b\name)", R"(C:\a.html)"},
@@ -62,7 +62,7 @@ TEST(PathClassification, TrailingBackslashIsAddedOnce) {
     ExpectRows(rows, WithTrailingBackslash);
 }
 
-TEST(PathClassification, KindsOfNamesAreToldInLowerCaseOnly) {
+TEST(PathClassification, KindsOfNamesAreRecognisedInLowerCaseOnly) {
     for (const char* name : {"a.xml", ".xml", "a.dita", "a.ditamap", R"(C:\x\a.b.xml)"}) {
         EXPECT_TRUE(IsXmlFile(name)) << name;
     }

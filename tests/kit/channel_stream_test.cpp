@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-#include "kit/paths/path_alias.h"
+#include "kit/channels/channel_stream.h"
 #include "kit/slow_stream.h"
 #include "support/test_drives.h"
 
@@ -16,7 +16,7 @@ class ChannelStream : public testing::Test {
   protected:
     ~ChannelStream() override { EXPECT_EQ(stream_->Release(), 0u); }
 
-    // Opens the file in a stream of its own, which later steps use.
+    // Replaces the stream by a new one and opens the file with it.
     int Open(const char* path, int mode, bool truncate) {
         stream_->Release();
         stream_ = new ChannelStreamC;
@@ -36,8 +36,8 @@ class ChannelStream : public testing::Test {
     ChannelStreamC* stream_ = new ChannelStreamC;
 };
 
-// How the modes open what is there and what is not, the channels' tests tell.
-TEST_F(ChannelStream, RefusesWhatItCannotOpen) {
+// Channels.ModeDecidesHowAFileIsOpened covers the valid modes.
+TEST_F(ChannelStream, RefusesInvalidModesAndPathsWithoutChangingFiles) {
     drives_.Write("C:\\a", "text");
     for (const int mode : {-1, 3}) {
         EXPECT_EQ(Open("C:\\a", mode, true), 0) << mode;
@@ -50,7 +50,7 @@ TEST_F(ChannelStream, RefusesWhatItCannotOpen) {
     EXPECT_EQ(Open(nullptr, 0, false), 0);
 }
 
-TEST_F(ChannelStream, TakesPathsOfALimitedLength) {
+TEST_F(ChannelStream, PathsHaveALimitedLength) {
     drives_.Write("C:\\aa", "text");
     std::string path = "C:";
     while (path.size() < 4090) {
@@ -60,7 +60,7 @@ TEST_F(ChannelStream, TakesPathsOfALimitedLength) {
     EXPECT_EQ(Open((path + "\\.\\aa").c_str(), 0, false), 0);
 }
 
-TEST_F(ChannelStream, HasOneFileInItsLife) {
+TEST_F(ChannelStream, OpensOneFileOnly) {
     drives_.Write("C:\\a", "a");
     ASSERT_EQ(Open("C:\\a", 0, false), 1);
     EXPECT_EQ(stream_->OpenFile("C:\\a", 0, false), 0);
@@ -96,7 +96,7 @@ TEST_F(ChannelStream, ReadsWritesAndMoves) {
     EXPECT_EQ(moved, 0u);
 }
 
-TEST_F(ChannelStream, AnswersForItsInterfacesWithOneCount) {
+TEST_F(ChannelStream, InterfacesShareOneReferenceCount) {
     void* stream = nullptr;
     EXPECT_EQ(stream_->QueryInterface(IID_IStream, &stream), S_OK);
     EXPECT_EQ(stream, static_cast<IStream*>(stream_));
@@ -112,7 +112,7 @@ TEST_F(ChannelStream, AnswersForItsInterfacesWithOneCount) {
     EXPECT_EQ(filter, nullptr);
 }
 
-TEST_F(ChannelStream, IsOpenedByTheAliasOfItsPath) {
+TEST_F(ChannelStream, OpensTheAliasOfItsPath) {
     drives_.Write("C:\\real.txt", "real");
     Q_SetPathAlias("C:\\name.txt", "C:\\real.txt");
     EXPECT_STREQ(Q_PathAlias("C:\\name.txt"), "C:\\real.txt");
@@ -123,7 +123,7 @@ TEST_F(ChannelStream, IsOpenedByTheAliasOfItsPath) {
     EXPECT_EQ(Q_PathAlias(nullptr), nullptr);
 }
 
-TEST_F(ChannelStream, CopiesToAnyStream) {
+TEST_F(ChannelStream, CopyToReportsWhatTheTargetTook) {
     drives_.Write("C:\\a", std::string(1500, 'a') + "end");
     ASSERT_EQ(Open("C:\\a", 0, false), 1);
     auto* target = new SlowStreamC;
@@ -152,7 +152,7 @@ TEST(StreamLoops, MoveAllInSeveralCalls) {
     EXPECT_EQ(stream->content, text);
     char buffer[200];
     EXPECT_EQ(Q_StreamReadAll(stream, buffer, sizeof buffer), 95u);
-    EXPECT_EQ(stream->asked.size(), 11u);  // ten that bring bytes, one that brings none
+    EXPECT_EQ(stream->asked.size(), 11u);  // ten calls that read bytes and one that reads none
     EXPECT_EQ(Q_StreamReadAll(stream, buffer, 0), 0u);
     EXPECT_EQ(stream->asked.size(), 11u);
     stream->room = 100;
@@ -160,7 +160,7 @@ TEST(StreamLoops, MoveAllInSeveralCalls) {
     stream->Release();
 }
 
-TEST(StreamLoops, CopyInBlocksUpToTheCount) {
+TEST(StreamLoops, CopyBlocksUpToTheCount) {
     auto* source = new SlowStreamC;
     auto* target = new SlowStreamC;
     source->content = std::string(3000, 's');

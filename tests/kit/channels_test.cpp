@@ -22,7 +22,7 @@ class Channels : public testing::Test {
     test::TestDrives drives_;
 };
 
-TEST_F(Channels, OpenByTheirMode) {
+TEST_F(Channels, ModeDecidesHowAFileIsOpened) {
     const struct {
         const char* mode;
         bool exists, opens;
@@ -57,7 +57,7 @@ TEST_F(Channels, OpenByTheirMode) {
     EXPECT_EQ(Q_ChannelOpen(nullptr, "r"), nullptr);
 }
 
-TEST_F(Channels, BufferAsTheyShould) {
+TEST_F(Channels, BufferReadsAndWritesInBlocks) {
     Q_Channel* channel = OpenChannel("C:\\a", "w+");
     const std::string text(600, 't');
     EXPECT_EQ(Q_ChannelWrite(text.data(), 1, 10, channel), 10u);
@@ -81,12 +81,12 @@ TEST_F(Channels, BufferAsTheyShould) {
     EXPECT_EQ(Q_ChannelPeek(channel), 't');
     EXPECT_EQ(Q_ChannelTell(channel), 597u);
     char items[4] = "";
-    EXPECT_EQ(Q_ChannelRead(items, 2, 2, channel), 1u) << "half an item is none";
+    EXPECT_EQ(Q_ChannelRead(items, 2, 2, channel), 1u) << "half an item does not count";
     EXPECT_EQ(Q_ChannelPeek(channel), -1);
     Q_ChannelClose(&channel);
 }
 
-TEST_F(Channels, RefuseWhatTheyMayNot) {
+TEST_F(Channels, RefuseOperationsThatTheirModeExcludes) {
     drives_.Write("C:\\a", "text");
     char byte = 'x';
     Q_Channel* reader = OpenChannel("C:\\a", "r");
@@ -114,7 +114,7 @@ TEST_F(Channels, RefuseWhatTheyMayNot) {
     EXPECT_DEATH(Q_ChannelAtEnd(nullptr), "");
 }
 
-TEST_F(Channels, CopyWhatIsLeft) {
+TEST_F(Channels, CopyFromTheCurrentPositionToTheEnd) {
     const std::string text = "head" + std::string(3000, 'm') + "tail";
     drives_.Write("C:\\a", text);
     Q_Channel* source = OpenChannel("C:\\a", "r");
@@ -129,7 +129,7 @@ TEST_F(Channels, CopyWhatIsLeft) {
     EXPECT_EQ(drives_.Read("C:\\b"), "new " + text.substr(4) + "!");
 }
 
-// A channel on a stream in memory, which is not the caller's.
+// A channel on a stream in memory. The channel owns the reference to the stream.
 Q_Channel* ChannelOn(SlowStreamC* stream) {
     auto* channel = static_cast<Q_Channel*>(Q_Calloc(1, sizeof(Q_Channel), kMustSucceed));
     channel->path = Q_StrDup("memory");
@@ -138,7 +138,7 @@ Q_Channel* ChannelOn(SlowStreamC* stream) {
     return channel;
 }
 
-TEST_F(Channels, TellOfAStreamThatTakesNoMore) {
+TEST_F(Channels, ReportWhenTheStreamIsFull) {
     auto* stream = new SlowStreamC;
     stream->room = 100;
     stream->step = 7;
@@ -148,14 +148,14 @@ TEST_F(Channels, TellOfAStreamThatTakesNoMore) {
     EXPECT_EQ(Q_ChannelFlush(channel), 0);
     EXPECT_EQ(Q_ChannelWrite(text.data(), 1, 2, channel), 2u);
     EXPECT_EQ(Q_ChannelFlush(channel), 1);
-    EXPECT_EQ(Q_ChannelFlush(channel), 0) << "what did not go is lost";
+    EXPECT_EQ(Q_ChannelFlush(channel), 0) << "unwritten bytes are lost";
     EXPECT_EQ(Q_ChannelWrite(text.data(), 1, 600, channel), 600u)
-        << "a full buffer that does not go is not told";
+        << "a failure to write out a full buffer is not reported";
     EXPECT_EQ(Q_ChannelWrite(text.data(), 1, 1200, channel), 0u);
     Q_ChannelClose(&channel);
 }
 
-TEST_F(Channels, CopyFromOneThatHasJustWritten) {
+TEST_F(Channels, CopyWritesOutTheSourceFirst) {
     Q_Channel* source = OpenChannel("C:\\a", "w+");
     Q_Channel* target = OpenChannel("C:\\b", "w");
     EXPECT_EQ(Q_ChannelWrite("abc", 1, 3, source), 3u);
@@ -167,7 +167,7 @@ TEST_F(Channels, CopyFromOneThatHasJustWritten) {
     EXPECT_EQ(drives_.Read("C:\\b"), "");
 }
 
-TEST_F(Channels, CopyFromAStreamThatCannotCopyItself) {
+TEST_F(Channels, CopyInBlocksIfTheStreamHasNoCopyTo) {
     auto* from = new SlowStreamC;
     from->content = std::string(2000, 's');
     auto* to = new SlowStreamC;
@@ -185,7 +185,7 @@ TEST_F(Channels, CopyFromAStreamThatCannotCopyItself) {
     EXPECT_EQ(to->Release(), 0u);
 }
 
-TEST_F(Channels, OpenByAPathInTheCurrentEncoding) {
+TEST_F(Channels, PathsAreInTheCurrentEncoding) {
     drives_.Write("C:\\Übung.txt", "umlaut");
     const EncodingScope scope("QuorlRoman");
     Q_Channel* channel = OpenChannel("C:\\\206bung.txt", "r");
@@ -195,7 +195,7 @@ TEST_F(Channels, OpenByAPathInTheCurrentEncoding) {
     EXPECT_FALSE(drives_.Exists("C:\\Übung.txt"));
 }
 
-TEST_F(Channels, TemporaryOnesAreNewAndGoWhenDeleted) {
+TEST_F(Channels, TemporaryChannelHasANewFileUntilItIsDeleted) {
     Q_Channel* channel = Q_ChannelOpenTemp();
     ASSERT_NE(channel, nullptr);
     const std::string path = channel->path;
@@ -209,13 +209,12 @@ TEST_F(Channels, TemporaryOnesAreNewAndGoWhenDeleted) {
     EXPECT_FALSE(drives_.Exists(path));
 }
 
-// Where channels differ from C streams on purpose.
-TEST_F(Channels, DifferFromCStreams) {
+TEST_F(Channels, DifferFromCStreamsAsDocumented) {
     drives_.Write("C:\\a", "0123456789");
     Q_Channel* channel = OpenChannel("C:\\a", "r+");
     EXPECT_EQ(Read(channel, 2), "01");
-    EXPECT_EQ(Q_ChannelSeek(channel, 0, 1),
-              0);  // within the buffer: the file's own position stays at the end
+    // A seek within the buffer leaves the file's own position at the end.
+    EXPECT_EQ(Q_ChannelSeek(channel, 0, 1), 0);
     EXPECT_EQ(Q_ChannelWrite("x", 1, 1, channel), 1u);
     Q_ChannelClose(&channel);
     EXPECT_EQ(drives_.Read("C:\\a"), "0123456789x");
@@ -232,7 +231,7 @@ TEST_F(Channels, DifferFromCStreams) {
     Q_ChannelClose(&channel);
 }
 
-// A channel and a C stream on files of the same content, to which the same is done.
+// Performs the same random operations on a channel and on a C stream, on two files with the same content.
 class Pair {
   public:
     Pair(test::TestDrives& drives, std::mt19937& random, Q_Channel* channel, const char* mode)
@@ -253,7 +252,7 @@ class Pair {
     }
 
   private:
-    // Both need a seek between reading and writing; the one from the start is good for both.
+    // Both need a seek between reading and writing; channels need one from the start or the end.
     void TurnTo(bool writes) {
         if (writes != writes_) {
             const std::uint32_t position = Q_ChannelTell(channel_);
@@ -326,7 +325,7 @@ class Pair {
     bool writes_ = false;
 };
 
-TEST_F(Channels, DoAsCStreamsDoInRandomSequences) {
+TEST_F(Channels, RandomSequencesMatchStdio) {
     constexpr const char* kModes[] = {"r", "r+", "w", "w+"};
     std::mt19937 random(20);
     for (int sequence = 0; sequence < 3000; ++sequence) {

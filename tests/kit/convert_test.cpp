@@ -12,8 +12,7 @@ std::string ToUtf8(const char* text, std::int32_t source) {
     return Take(Q_ConvertByCode(text, source, kCodeUtf8, false, false));
 }
 
-// One character or more of each encoding, the five of the host by their own converters.
-TEST(Convert, ReadsAndWritesEveryEncoding) {
+TEST(Convert, EveryEncodingConvertsBothWays) {
     const struct {
         std::int32_t code;
         const char *bytes, *utf8;
@@ -33,8 +32,7 @@ TEST(Convert, ReadsAndWritesEveryEncoding) {
         {16, "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
     };
     for (const auto& row : rows) {
-        // The escape bytes of JIS7 are control characters, which pass through unless they are kept in the
-        // text.
+        // The escape sequences of JIS7 begin with a control character, so controls have to be kept.
         EXPECT_EQ(Take(Q_ConvertByCode(row.bytes, row.code, kCodeUtf8, true, false)), row.utf8) << row.code;
         EXPECT_EQ(Take(Q_ConvertByCode(row.utf8, kCodeUtf8, row.code, true, false)), row.bytes) << row.code;
     }
@@ -43,7 +41,7 @@ TEST(Convert, ReadsAndWritesEveryEncoding) {
     EXPECT_EQ(Take(Q_ConvertByCode("~{::WV~}", 11, kCodeUtf8, true, false)), "汉字");
 }
 
-TEST(Convert, UnitsAreReadAndWrittenWithTheirTerminator) {
+TEST(Convert, Utf16EndsInA16BitZero) {
     const char16_t units[] = u"ä\tb\xD83D\xDE00";
     EXPECT_EQ(Take(Q_ConvertByCode(units, kCodeUtf16, kCodeUtf8, false, false)), "ä\tb\xF0\x9F\x98\x80");
     EXPECT_EQ(TakeWide(Q_ConvertByCode("ä\tb\xF0\x9F\x98\x80", kCodeUtf8, kCodeUtf16, false, false)), units);
@@ -52,16 +50,15 @@ TEST(Convert, UnitsAreReadAndWrittenWithTheirTerminator) {
     EXPECT_EQ(TakeWide(Q_ConvertByCode("", kCodeUtf8, kCodeUtf16, false, false)), u"");
 }
 
-TEST(Convert, ControlCharactersPassAndPartTheRuns) {
-    // Each run of an escaped encoding starts anew, so the shift to double bytes stands on both sides of the
-    // tab.
+TEST(Convert, ControlCharactersAreCopiedAndEndARun) {
+    // Each run starts in the initial state, so both sides of the tab have their own shift sequences.
     EXPECT_EQ(Take(Q_ConvertByCode("漢\t漢", kCodeUtf8, 5, false, false)), "\x1B$B4A\x1B(B\t\x1B$B4A\x1B(B");
     EXPECT_EQ(ToUtf8("\t\x8A\r\n\n\x8A\x01", 0), "\tä\r\n\nä\x01");
-    // With the bytes of its escapes passed around the converter, such a text can't be read.
+    // Without keepControls the converter never sees the escape bytes, and the rest is ASCII.
     EXPECT_EQ(ToUtf8("\x1B$B4A\x1B(B", 5), "\x1B$B4A\x1B(B");
 }
 
-TEST(Convert, BadInputGivesItsFixedAnswers) {
+TEST(Convert, InvalidInputHasDefinedResults) {
     EXPECT_EQ(TakeWide(Q_ConvertByCode("a\xFF", kCodeUtf8, kCodeUtf16, false, false)), u"???");
     EXPECT_EQ(Take(Q_ConvertByCode("a\xFF", kCodeUtf8, 1, false, false)), "???");
     EXPECT_EQ(Take(Q_ConvertByCode("a\xFF", kCodeUtf8, kCodeUtf8, false, false)), "a\xFF");
@@ -73,15 +70,15 @@ TEST(Convert, BadInputGivesItsFixedAnswers) {
     EXPECT_DEATH(Q_ConvertByCode("a", 18, kCodeUtf8, false, false), "");
 }
 
-TEST(Convert, UnknownConverterLeavesTheControlCharacters) {
+TEST(Convert, UnknownConverterKeepsControlCharactersOnly) {
     EXPECT_EQ(Take(Q_ConvertText("a\tb\nc", "no-such-converter", "UTF-8", false, false)), "\t\n");
     EXPECT_EQ(Take(Q_ConvertText("a\tb", "UTF-8", "no-such-converter", false, false)), "\t");
     EXPECT_EQ(Take(Q_ConvertText("ab", "UTF-8", "no-such-converter", false, false)), "");
 }
 
-TEST(Convert, EscapeFlagShowsBytesThatCannotBeRead) {
+TEST(Convert, EscapeFlagWritesUndefinedBytesAsEscapes) {
     EXPECT_EQ(Take(Q_ConvertText("ab\xFF", "US-ASCII", "UTF-8", false, true)), "ab%XFF");
-    // The room for one run is twice its bytes and one: a run of escapes only does not fit, and is dropped.
+    // A run may grow to twice its bytes plus one; a run of escapes only is longer and is dropped.
     EXPECT_EQ(Take(Q_ConvertText("\xFF\xFE\tab", "US-ASCII", "UTF-8", false, true)), "\tab");
 }
 
@@ -95,14 +92,14 @@ TEST(Convert, LocaleIsTheDefaultConverterAndKeepsControls) {
     EXPECT_EQ(Take(Q_ConvertText("a\tb", "UTF-8", "locale", false, false)), "a\tb");
 }
 
-TEST(Convert, SymbolSetsAreReadByTheirTables) {
+TEST(Convert, SymbolSetsConvertThroughTheirTables) {
     const struct {
         std::int32_t code;
         const char* text;
         const char16_t* units;
     } rows[] = {
         {13, "!\"$-\xA0\x61\xFE", u"!\u2200\u2203\u2212\u20AC\u03B1\u23AD"},
-        {13, "a\x7F\xFF\x80\360b", u"\u03B1\u03B2"},  // bytes without a character
+        {13, "a\x7F\xFF\x80\360b", u"\u03B1\u03B2"},  // undefined bytes are dropped
         {14, "!%*\xFE\xAC\x7E", u"\u2701\u260E\u261B\u27BE\u2460\u275E"},
         {15, " !\xA0\xA1", u"\uF020\uF021\uF0A7\uF0A1"},
         {15, "\t!", u"\t\uF021"},

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int32_t kShiftJis = 1;
 
-TEST(Encodings, AreSelectedByName) {
+TEST(Encodings, AreSelectedByNameInAnyCase) {
     EncodingScope scope("QuorlRoman");
     EXPECT_TRUE(Q_EncodingsReady());
     EXPECT_EQ(Q_CurrentEncoding(), 0);
@@ -23,7 +23,7 @@ TEST(Encodings, AreSelectedByName) {
     EXPECT_STREQ(Q_EncodingOfConverter("EUC-JP").name, "QuorlRoman");
 }
 
-TEST(Encodings, BytePairsLieInTheirRanges) {
+TEST(Encodings, BytePairsAreRecognisedByTheirRanges) {
     const struct {
         std::int32_t encoding;
         const char* pair;
@@ -40,7 +40,7 @@ TEST(Encodings, BytePairsLieInTheirRanges) {
     }
 }
 
-TEST(Utf8, LengthAndUnitsOfASequence) {
+TEST(Utf8, SequencesHaveLengthValidityAndUnits) {
     const struct {
         const char* text;
         std::uint32_t length;
@@ -59,7 +59,7 @@ TEST(Utf8, LengthAndUnitsOfASequence) {
         {"\xC1", 1, false, u"\x00C1"},
         {"\xF5\x80", 1, false, u"\x00F5"},
         {"\x80", 1, false, u"\x0080"},
-        {"\xE6\xBC", 3, false, u"\x6F00"},  // cut off: read as if zero bits followed
+        {"\xE6\xBC", 3, false, u"\x6F00"},  // cut off: decoded as if zero bits followed
         {"\xC3", 2, false, u"\x00C0"},
         {"\xF1", 4, false, u"\xD8C0\xDC00"},
         {"\xC3(", 2, false, u"\x00E8"},
@@ -77,7 +77,7 @@ TEST(Utf8, LengthAndUnitsOfASequence) {
     EXPECT_TRUE(Q_IsValidUtf8("\xE0\x80\x80"));
 }
 
-TEST(Utf8, StepsOverCharactersButNotOverTheEnd) {
+TEST(Utf8, NextStepsOverCharactersButNotOverTheEnd) {
     const char text[] = "a\xC3\xA4\xE6\xBC";
     const char* at = text;
     for (const int position : {1, 3, 5, 5}) {
@@ -112,7 +112,7 @@ TEST(Characters, CutsKeepCharactersWhole) {
     EXPECT_EQ(Q_CutPoint(nullptr, 3, 5), 3u);
 }
 
-TEST(Characters, CopyAndAppendUpToACut) {
+TEST(Characters, CopyAndAppendWholeCharactersOnly) {
     char text[16] = "zzz";
     EXPECT_EQ(Q_StrCopyChars(text, "äö", 3, 5), 2u);
     EXPECT_STREQ(text, "ä");
@@ -128,7 +128,8 @@ TEST(Characters, CopyAndAppendUpToACut) {
 }
 
 TEST(Characters, LastOccurrenceIsNeverInsideACharacter) {
-    const char* path = "a\\\x8F\x5C";  // a separator, then a Japanese character whose second byte is one
+    const char* path =
+        "a\\\x8F\x5C";  // a backslash, then a Japanese character with that byte in second place
     EXPECT_EQ(Q_StrFindLastChar(path, '\\', kShiftJis), path + 1);
     EXPECT_EQ(Q_StrFindLastChar(path, '\\', 0), path + 3);
     const char* text = "xäx";

@@ -21,7 +21,7 @@ std::string Formatted(const char* format, Arguments... arguments) {
     return text.data();
 }
 
-TEST(Format, TextsOfItsOwnManner) {
+TEST(Format, ConversionsDifferFromTheCLibraryAsDocumented) {
     const char* null = nullptr;
     EXPECT_EQ(Formatted("[%s]", null), "[]");
     EXPECT_EQ(Formatted("[%5s]", null), "[     ]");
@@ -35,14 +35,14 @@ TEST(Format, TextsOfItsOwnManner) {
     EXPECT_EQ(Formatted("[%C|%3C|%-3C]", "äöü", "x", "\xF0\x9F\x98\x80"), "[ä|  x|\xF0\x9F\x98\x80]");
     EXPECT_EQ(Formatted("[%C|%2C]", null, ""), "[|  ]");
     EXPECT_EQ(Formatted("[%c]", 0), "[]");
-    // From a "%" without a conversion on, the format stands as it is.
+    // From a "%" without a valid conversion on, the format is written unchanged.
     EXPECT_EQ(Formatted("%d 100%", 1), "1 100%");
     EXPECT_EQ(Formatted("%d %y %d", 1, 2), "1 %y %d");
     EXPECT_EQ(Formatted(("%" + std::string(200, '0') + "d").c_str(), 1), "%" + std::string(200, '0') + "d");
     Q_FormatText(nullptr, "%d", 1);
 }
 
-TEST(Format, CountsWhatIsWritten) {
+TEST(Format, StoresTheBytesWrittenSoFar) {
     std::int32_t count[2] = {-1, -1};
     EXPECT_EQ(Formatted("abc%n%d%n", &count[0], 12, &count[1]), "abc12");
     EXPECT_EQ(count[0], 3);
@@ -53,7 +53,7 @@ TEST(Format, CountsWhatIsWritten) {
     EXPECT_EQ(narrow[1], -1);
 }
 
-TEST(Format, OneCharacterNeedsUtf8) {
+TEST(Format, CharacterConversionNeedsUtf8) {
     const EncodingScope scope("QuorlRoman");
     EXPECT_EQ(Formatted("[%C]", "a"), "[]");
 }
@@ -70,10 +70,6 @@ void Same(const std::string& format, Arguments... arguments) {
 }
 
 #pragma GCC diagnostic pop
-
-std::string Number(std::mt19937& random, std::uint32_t most) {
-    return std::to_string(random() % most);
-}
 
 template <class T>
 T Value(std::mt19937& random) {
@@ -106,7 +102,7 @@ void SameByType(std::mt19937& random, const std::string& head) {
     kinds[random() % 10]();
 }
 
-// Whatever both can do comes out alike; their differences stand in the tests above.
+// The differences are covered above.
 TEST(Format, AgreesWithTheCLibrary) {
     std::mt19937 random(4);
     for (int round = 0; round < 20000; ++round) {
@@ -115,7 +111,7 @@ TEST(Format, AgreesWithTheCLibrary) {
             head += random() % 4 == 0 ? std::string(1, flag) : "";
         }
         head += random() % 2 == 0 ? std::to_string(1 + random() % 300) : "";
-        head += random() % 2 == 0 ? "." + (random() % 4 == 0 ? "" : Number(random, 30)) : "";
+        head += random() % 2 == 0 ? "." + (random() % 4 == 0 ? "" : std::to_string(random() % 30)) : "";
         ASSERT_NO_FATAL_FAILURE(SameByType(random, head));
     }
     for (const int star : {-20, -1, 0, 1, 20}) {
@@ -132,7 +128,7 @@ TEST(Format, AgreesWithTheCLibrary) {
 
 std::vector<std::string> console;
 
-// The console takes its texts here for the length of a test.
+// Collects the console output of a test.
 class Print : public testing::Test {
   protected:
     Print() {
@@ -161,13 +157,13 @@ TEST_F(Print, SendsRunsToTheConsole) {
     EXPECT_EQ(console, (std::vector<std::string>{"one line\n"}));
 }
 
-TEST_F(Print, CutsLongRunsBetweenCharacters) {
+TEST_F(Print, SplitsLongRunsBetweenCharacters) {
     const std::string umlauts = test::Repeated("ä", 300);
     EXPECT_EQ(Q_Print(nullptr, (umlauts + "%d").c_str(), 1), 601u);
     EXPECT_EQ(Joined(), umlauts + "1");
     EXPECT_EQ(console[0].size(), 254u);
     console.clear();
-    // A whole text goes whole, also one that is longer.
+    // A terminated run is sent whole, however long it is.
     Q_Print(nullptr, "%s", umlauts.c_str());
     EXPECT_EQ(console.front(), umlauts);
     console.clear();
@@ -175,7 +171,7 @@ TEST_F(Print, CutsLongRunsBetweenCharacters) {
     EXPECT_EQ(Joined(), "ab");
 }
 
-TEST_F(Print, IsDroppedWithoutAConsole) {
+TEST_F(Print, OutputIsDroppedWithoutAConsole) {
     Q_ConsoleHook = nullptr;
     EXPECT_EQ(Q_Print(nullptr, "lost %d", 1), 6u);
 }

@@ -2,9 +2,7 @@
 
 #include <unicode/putil.h>
 
-#include "kit/text/encodings.h"
-
-// Tests provoke allocations that fail; the sanitizer answers them with null, as the heap does.
+// Some tests make allocations fail; the sanitizer then has to return null, as the heap does.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();
 extern "C" const char* __asan_default_options() {
     return "allocator_may_return_null=1";
@@ -24,13 +22,5 @@ class KitEnvironment : public testing::Environment {
 [[maybe_unused]] const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new KitEnvironment);
 
 }  // namespace
-
-EncodingScope::EncodingScope(const char* name) {
-    Q_SetEncoding(name);
-}
-
-EncodingScope::~EncodingScope() {
-    Q_SetEncoding("UTF-8");
-}
 
 }  // namespace ventrix

@@ -1,5 +1,5 @@
-// What the kit's tests share: the encoding and the converters as start-up leaves them, and texts that free
-// themselves.
+// What the kit's tests share: the encoding and converters as start-up sets them, and helpers that free kit
+// strings.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,11 +8,12 @@
 #include <vector>
 
 #include "kit/channels/channels.h"
+#include "kit/text/encodings.h"
 #include "kit/text/strings.h"
 
 namespace ventrix {
 
-/// Takes a text of the kit's, and frees it; null reads as "(null)".
+/// The content of a kit string, which is freed; "(null)" for null.
 inline std::string Take(char* text) {
     const Q_String owner(text);
     return text == nullptr ? "(null)" : text;
@@ -24,7 +25,7 @@ inline std::u16string TakeWide(char* text) {
     return text == nullptr ? u"(null)" : reinterpret_cast<const char16_t*>(text);
 }
 
-/// A channel on the file of a path or URL; null where it does not open.
+/// Opens a channel on a path or URL; null if that fails.
 inline Q_Channel* OpenChannel(const std::string& path, const char* mode) {
     FilePath* file = Q_PathToFilePath(path.c_str(), nullptr, kNativePath);
     Q_Channel* channel = Q_ChannelOpen(file, mode);
@@ -35,8 +36,8 @@ inline Q_Channel* OpenChannel(const std::string& path, const char* mode) {
 /// Makes another encoding current for the length of a scope.
 class EncodingScope {
   public:
-    explicit EncodingScope(const char* name);
-    ~EncodingScope();
+    explicit EncodingScope(const char* name) { Q_SetEncoding(name); }
+    ~EncodingScope() { Q_SetEncoding("UTF-8"); }
     EncodingScope(const EncodingScope&) = delete;
     EncodingScope& operator=(const EncodingScope&) = delete;
 };

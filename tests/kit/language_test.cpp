@@ -8,7 +8,7 @@
 namespace ventrix {
 namespace {
 
-TEST(Language, WordsHaveTheirNumbers) {
+TEST(Language, WordsHaveNumbersAndEncodingCodes) {
     const struct {
         const char* word;
         std::int32_t number, code;
@@ -27,7 +27,7 @@ TEST(Language, WordsHaveTheirNumbers) {
     }
 }
 
-// Makes a locale ICU's default for the length of a scope.
+// Sets ICU's default locale for the length of a scope.
 class LocaleScope {
   public:
     explicit LocaleScope(const char* locale) : former_(uloc_getDefault()) { Set(locale); }
@@ -46,9 +46,9 @@ TEST(Collate, FollowsTheLanguageOfTheLocale) {
         const char *locale, *first, *second;
         int full, withoutCase;
     } rows[] = {
-        {"de_DE", "ä", "b", -1, -1},       {"sv_SE", "ä", "z", 1, 1},  // at the alphabet's end in Swedish
+        {"de_DE", "ä", "b", -1, -1},       {"sv_SE", "ä", "z", 1, 1},  // Swedish sorts it after z
         {"de_DE", "a", "A", -1, 0},        {"de_DE", "a", "á", -1, -1}, {"de_DE", "Straße", "Strasse", 1, 1},
-        {"de_DE", "ä", "a\xCC\x88", 0, 0},  // composed or not
+        {"de_DE", "ä", "a\xCC\x88", 0, 0},  // composed and decomposed
         {"es_ES", "ñ", "o", -1, -1},       {"es_ES", "ñ", "nz", 1, 1},  {"cs_CZ", "ch", "h", 1, 1},
         {"en_US", "ch", "h", -1, -1},      {"en_US", "", "a", -1, -1},  {"en_US", nullptr, "", 0, 0},
         {"en_US", "b", "a", 1, 1},

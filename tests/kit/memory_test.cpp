@@ -27,7 +27,7 @@ TEST(Memory, BlocksAreZeroedResizedAndFreed) {
     EXPECT_EQ(Q_ZeroBytes(nullptr, 8), 1);
 }
 
-TEST(Memory, NothingIsStillABlockWhereTheAllocationMustSucceed) {
+TEST(Memory, SizeOfZeroGivesABlockIfTheAllocationMustSucceed) {
     void* blocks[] = {Q_Alloc(0, kMustSucceed), Q_Calloc(0, 8, kMustSucceed),
                       Q_Realloc(Q_Alloc(8, 0), 0, kMustSucceed)};
     for (void*& block : blocks) {
@@ -36,11 +36,8 @@ TEST(Memory, NothingIsStillABlockWhereTheAllocationMustSucceed) {
     }
 }
 
-TEST(Memory, RunningOutGivesNullWithoutTheFlag) {
+TEST(MemoryDeathTest, RunningOutGivesNullOrCallsTheHookAndEndsTheProcess) {
     EXPECT_EQ(Q_Calloc(kTooMany, kTooMany, 0), nullptr);
-}
-
-TEST(MemoryDeathTest, RunningOutCallsTheHookAndEndsTheProcess) {
     const auto runOut = [] {
         Q_MemoryHook = [] { std::fputs("memory hook\n", stderr); };
         Q_AssertionHook = [] { std::fputs("assertion hook\n", stderr); };

@@ -12,7 +12,7 @@
 namespace ventrix {
 namespace {
 
-// The library of rivlet_library.cpp in the place of the host's, with a server and a cache in empty folders.
+// Uses the library of rivlet_library.cpp, with a server and a cache in empty folders.
 class NetworkFiles : public testing::Test {
   protected:
     NetworkFiles() : library_(platform::OpenLibrary(VENTRIX_TEST_RIVLET)) {
@@ -23,7 +23,7 @@ class NetworkFiles : public testing::Test {
     }
     ~NetworkFiles() override {
         EXPECT_EQ(platform::FindFunction<int()>(library_, "RivletOpenTexts")(), 0)
-            << "texts of the library's leak";
+            << "strings of the library leak";
         Q_BindRivlet(nullptr);
     }
 
@@ -50,15 +50,15 @@ class NetworkFiles : public testing::Test {
     platform::LibraryHandle library_;
 };
 
-TEST_F(NetworkFiles, AreReadFromTheServerOrFromTheCache) {
+TEST_F(NetworkFiles, AreReadFromTheServerOrTheCache) {
     drives_.Write("C:\\server\\a.txt", "from the server");
     EXPECT_EQ(ReadAll("net://a.txt"), "from the server");
     Serve(false);
-    EXPECT_EQ(ReadAll("net://a.txt"), "from the server");  // the copy is still there
+    EXPECT_EQ(ReadAll("net://a.txt"), "from the server");  // from the cache
     EXPECT_EQ(ReadAll("net://b.txt"), "(cannot open)");
 }
 
-TEST_F(NetworkFiles, AreSavedBackWhenAWritableChannelCloses) {
+TEST_F(NetworkFiles, AreSentBackWhenAWritableChannelCloses) {
     drives_.Write("C:\\server\\a.txt", "old text");
     Q_Channel* channel = OpenChannel("net://a.txt", "r+");
     ASSERT_NE(channel, nullptr);
@@ -71,11 +71,10 @@ TEST_F(NetworkFiles, AreSavedBackWhenAWritableChannelCloses) {
     channel = OpenChannel("net://a.txt", "r");
     drives_.Write("C:\\server\\a.txt", "changed again");
     Q_ChannelClose(&channel);
-    EXPECT_EQ(drives_.Read("C:\\server\\a.txt"), "changed again")
-        << "a channel that only reads saves nothing";
+    EXPECT_EQ(drives_.Read("C:\\server\\a.txt"), "changed again") << "a read-only channel sends nothing back";
 }
 
-TEST_F(NetworkFiles, ThatAreNewTakeTheirPlaceInTheCache) {
+TEST_F(NetworkFiles, NewFilesAreWrittenThroughTheCache) {
     Q_Channel* channel = OpenChannel("net://new.txt", "w");
     ASSERT_NE(channel, nullptr);
     Q_ChannelWrite("hello", 1, 5, channel);
@@ -85,7 +84,7 @@ TEST_F(NetworkFiles, ThatAreNewTakeTheirPlaceInTheCache) {
     EXPECT_EQ(OpenChannel("net://no/folder.txt", "w"), nullptr);
 }
 
-TEST_F(NetworkFiles, AnswerEveryQuestionOfTheLibrary) {
+TEST_F(NetworkFiles, OperationsReachTheLibrary) {
     drives_.Write("C:\\server\\a.txt", "a");
     drives_.Write("C:\\local.txt", "local");
     drives_.Write("C:\\folder\\b.txt", "b");
@@ -108,17 +107,17 @@ TEST_F(NetworkFiles, AnswerEveryQuestionOfTheLibrary) {
     EXPECT_EQ(Q_UploadNetFolder("net://up", drives_.Native("C:\\folder").c_str(), &error), 0);
     EXPECT_EQ(drives_.Read("C:\\server\\up\\b.txt"), "b");
     EXPECT_EQ(Q_StatNetFile("net://put.txt", kFetchToRead, &error), 0);
-    EXPECT_EQ(error, -1) << "a success stores no error";
+    EXPECT_EQ(error, -1) << "success stores no error";
 }
 
-TEST_F(NetworkFiles, TellTheErrorOfAFailure) {
+TEST_F(NetworkFiles, FailuresStoreTheLibrarysErrorNumber) {
     char* text = nullptr;
     std::int32_t error = -1;
     EXPECT_EQ(Q_FetchNetFile("net://none.txt", kFetchToRead, &text, &error), 5);
     EXPECT_EQ(error, 3);
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(Q_StatNetFile("net://none.txt", kFetchToRead, &error), 5);
-    EXPECT_EQ(error, 21) << "20 is no number of the library's";
+    EXPECT_EQ(error, 21) << "20 is not an error number of the library";
     Serve(false);
     EXPECT_EQ(Q_SaveNetFile("net://none.txt", &error), 5);
     EXPECT_EQ(error, 21);
@@ -126,7 +125,7 @@ TEST_F(NetworkFiles, TellTheErrorOfAFailure) {
     EXPECT_DEATH(Q_CleanUrl("net://a", nullptr), "");
 }
 
-TEST_F(NetworkFiles, AreAllThatTheOperationsTake) {
+TEST_F(NetworkFiles, OperationsRefuseOtherPaths) {
     char* text = nullptr;
     for (const char* url : {static_cast<const char*>(nullptr), "C:\\a.txt", "http://host/a"}) {
         EXPECT_EQ(Q_FetchNetFile(url, kFetchToRead, &text, nullptr), 1);
@@ -144,7 +143,7 @@ TEST_F(NetworkFiles, AreAllThatTheOperationsTake) {
     EXPECT_EQ(Q_UrlOfCachedFile(nullptr, &text), 1);
 }
 
-TEST_F(NetworkFiles, GiveAndTakeRelativePaths) {
+TEST_F(NetworkFiles, AreJoinedAndRelatedAsUrls) {
     EXPECT_EQ(JoinPath("net://host/a", "b\\c.xml"), "net://host/a/b/c.xml");
     EXPECT_EQ(JoinPath("net://host/a", "net://other/b"), "net://other/b");
     EXPECT_EQ(JoinPath("net://host/a", "C:\\b"), "C:\\b");

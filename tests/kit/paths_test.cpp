@@ -49,7 +49,7 @@ TEST(ResolvePath, JoinsAndNormalises) {
         {"a", nullptr, "a"},
         {"\\\\server\\share\\.\\a", "", "\\\\server\\share\\a"},
         {"\\\\\\server\\a", "", "\\\\server\\a"},
-        {"//server/a", "", "/server/a"},  // only backslashes keep two at the start
+        {"//server/a", "", "/server/a"},  // only two backslashes at the start are kept
         {"C:\\a\\\\b\\", "", "C:\\a\\b\\"},
         {"C:/a\\b", "", "C:/a/b"},
         {"a\\b", "C:/out", "C:/out/a/b"},
@@ -63,7 +63,7 @@ TEST(ResolvePath, JoinsAndNormalises) {
         {"\\..\\x", "", "\\x"},
         {"\\a\\..\\x", "", "\\x"},
         {".\\a", "", "a"},
-        {"..\\a", "", "a"},  // a relative path stays one
+        {"..\\a", "", "a"},  // a relative path stays relative
         {"a\\..\\..\\b", "", "b"},
         {"C:\\...\\a.\\..b", "", "C:\\...\\a.\\..b"},
         {"C:\\Übung\\..\\Größe", "", "C:\\Größe"},
@@ -75,7 +75,7 @@ TEST(ResolvePath, JoinsAndNormalises) {
     EXPECT_DEATH(Q_ResolvePath(nullptr, ""), "");
 }
 
-TEST(ResolvePath, LongOutcomesAreCutBetweenCharacters) {
+TEST(ResolvePath, LongResultsAreCutBetweenCharacters) {
     const std::string folder = "C:\\" + std::string(4000, 'f');
     const std::string leaf = Repeated("ä", 60);
     const std::string resolved = Resolved(leaf, folder.c_str());
@@ -86,7 +86,6 @@ TEST(ResolvePath, LongOutcomesAreCutBetweenCharacters) {
 TEST(ResolvePath, ExpandsVariables) {
     platform::SetEnvironmentValue("KIT_PATH", "C:\\kit");
     platform::SetEnvironmentValue("KIT_LONG", std::string(5000, 'k'));
-    platform::RemoveEnvironmentValue("NOSUCHVAR");
     const TextRow rows[] = {
         {"$KIT_PATH\\a", "C:\\kit\\a"},
         {"$KIT_PATH", "C:\\kit"},
@@ -111,7 +110,7 @@ TEST(ResolvePath, ExpandsVariables) {
     EXPECT_EQ(Expanded("~/a"), "/a");
 }
 
-TEST(RelativePath, RelatesToTheFolderOfTheBase) {
+TEST(RelativePath, IsRelativeToTheFolderOfTheBase) {
     const struct {
         const char *path, *base, *relative;
     } rows[] = {
@@ -161,8 +160,8 @@ std::string RandomFolder(std::mt19937& random) {
     return folder;
 }
 
-// Wherever the two lie on one drive, the relative path leads from the base's folder to the path.
-TEST(RelativePath, LeadsBackToThePath) {
+// Joining the relative path to the folder it was made for has to give the path again.
+TEST(RelativePath, JoinedToTheFolderGivesThePathAgain) {
     std::mt19937 random(5);
     for (int round = 0; round < 20000; ++round) {
         const std::string folder = RandomFolder(random);
@@ -176,7 +175,7 @@ TEST(RelativePath, LeadsBackToThePath) {
     }
 }
 
-TEST(RelativePath, OutcomesThatDoNotFitChangeNothing) {
+TEST(RelativePath, ResultsThatDoNotFitChangeNothing) {
     const std::string deep = "C:\\" + Repeated("d\\", 1364);
     EXPECT_EQ(RelativeTo("C:\\", deep), Repeated("..\\", 1364));
     EXPECT_EQ(RelativeTo("C:\\", deep + "d\\"), "C:\\");
@@ -185,13 +184,13 @@ TEST(RelativePath, OutcomesThatDoNotFitChangeNothing) {
     EXPECT_EQ(RelativeTo(std::string(5000, 'x'), "C:\\a\\"), std::string(4094, 'x'));
 }
 
-TEST(RelativePath, AUrlBecomesAPath) {
+TEST(RelativePath, UrlBecomesAPath) {
     EXPECT_EQ(UrlAsPath("../a/b%20c%2fd.xml"), "..\\a\\b c/d.xml");
     EXPECT_EQ(UrlAsPath("%C3%a4%00%G1%4"), "ä%00%G1%4");
     EXPECT_EQ(UrlAsPath("%41%"), "A%");
 }
 
-TEST(PortablePath, RoundTrips) {
+TEST(PortablePath, ConvertsBothWays) {
     const TextRow rows[] = {
         {"C:\\a\\..\\b", "<v>C:<c>a<u><c>b"},
         {"\\a\\b", "<r><c>a<c>b"},
@@ -212,7 +211,7 @@ TEST(PortablePath, RoundTrips) {
     EXPECT_EQ(Q_NativeToPortable(nullptr, nullptr), nullptr);
 }
 
-TEST(PortablePath, ReadsTokensInTheirOrder) {
+TEST(PortablePath, InvalidTokensAreSkippedOrRefused) {
     const TextRow rows[] = {
         {"<h>server<c>share", "\\server\\share"},
         {"<v>C:<r><c>a", "C:\\a"},
@@ -232,7 +231,7 @@ TEST(PortablePath, ReadsTokensInTheirOrder) {
     EXPECT_EQ(Take(Q_PortableToNative(("<c>" + std::string(4096, 'x')).c_str())), "(null)");
 }
 
-TEST(FilePath, HoldsTheResolvedTextInEveryNotation) {
+TEST(FilePath, IsWrittenInEveryNotation) {
     FilePath* folder = Q_PathToFilePath("C:\\out", nullptr, kNativePath);
     FilePath* path = Q_PathToFilePath("a\\.\\b.xml", folder, kSlashPath);
     ASSERT_NE(path, nullptr);
@@ -253,7 +252,7 @@ TEST(FilePath, HoldsTheResolvedTextInEveryNotation) {
     Q_FreeFilePath(portable);
 }
 
-TEST(FilePath, BadInputGivesNull) {
+TEST(FilePath, InvalidInputGivesNull) {
     EXPECT_EQ(Q_PathToFilePath(nullptr, nullptr, 0), nullptr);
     EXPECT_EQ(Q_PathToFilePath("", nullptr, 99), nullptr);
     EXPECT_EQ(Q_PathToFilePath("a", nullptr, 3), nullptr);
@@ -272,7 +271,7 @@ TEST(FilePath, BadInputGivesNull) {
     Q_FreeFilePath(path);
 }
 
-TEST(FilePath, TextsTellTheirKind) {
+TEST(FilePath, KindAndLeafAreFoundInTheText) {
     const struct {
         const char* text;
         bool isAbsolute, isDctm, isLocal;

@@ -14,7 +14,7 @@ constexpr platform::StringResource kStrings[] = {
     {3, u"\xD83D\xDE00 emoji"},
 };
 
-// Gives the kit a module of its own for the length of a test.
+// Loads strings from a table of the test's own.
 class ResourceStrings : public testing::Test {
   protected:
     ResourceStrings() {
@@ -50,11 +50,11 @@ TEST_F(ResourceStrings, AreLoadedAsUtf8AndCutBetweenCharacters) {
     EXPECT_EQ(Load(1, 1023, 1), "");
 }
 
-TEST_F(ResourceStrings, CarryByteEscapes) {
+TEST_F(ResourceStrings, ByteEscapesAreExpanded) {
     EXPECT_EQ(Load(2, 1023, 0), "äA“%M%LZZ");
 }
 
-TEST_F(ResourceStrings, ComeInTheNarrowEncodingOtherwise) {
+TEST_F(ResourceStrings, AreLoadedUnconvertedInOtherEncodings) {
     EncodingScope scope("QuorlRoman");
     EXPECT_EQ(Load(2, 1023, 0), "\212A\xD2%M%LZZ");
     EXPECT_EQ(Load(16, 1023, 1), "");

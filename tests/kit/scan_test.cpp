@@ -18,11 +18,11 @@ TEST(Scan, ReadsIntegers) {
     } rows[] = {
         {"12", "%d", 1, 12},        {"x", "%d", 0, -7},        {"", "%d", -1, -7},
         {"-", "%d", -1, -7},        {"-x", "%d", 0, -7},       {"  \t\n-12x", "%d", 1, -12},
-        {"\r12", "%d", 0, -7},                                // a carriage return is no white space
+        {"\r12", "%d", 0, -7},                                // a carriage return is not white space
         {"+5", "%d", 1, 5},         {"-123", "%3d", 1, -12},  // the width counts the sign
         {"0x1F", "%i", 1, 31},      {"017", "%i", 1, 15},      {"09", "%i", 1, 0},
         {"1f", "%x", 1, 31},        {"0X1f", "%X", 1, 31},     {"0xg", "%x", 1, 0},
-        {"0x12", "%2x", 1, 0},  // the width ends before the first digit behind the prefix
+        {"0x12", "%2x", 1, 0},  // the width ends before the first digit after the prefix
         {"777", "%o", 1, 511},      {"8", "%o", 0, -7},        {"4294967295", "%u", 1, -1},
         {"4294967297", "%d", 1, 1},  // values wrap at 32 bits
         {"a 12", "a %d", 1, 12},    {"b12", "a%d", 0, -7},     {"a", "a%d", -1, -7},
@@ -56,7 +56,7 @@ TEST(Scan, StoresShortAndLongValuesInTheirWidth) {
     EXPECT_EQ(Q_ScanText("abc", "%lf", &wide), 0);
 }
 
-TEST(Scan, ReadsTextsAndSets) {
+TEST(Scan, ReadsStringsAndSets) {
     const struct {
         const char *text, *format;
         int count;
@@ -94,9 +94,8 @@ std::string RandomText(std::mt19937& random, const char* alphabet, std::size_t m
     return text;
 }
 
-// The C library's scanner is the reference for all that both do alike. Left out on purpose: a sign with
-// nothing behind it at the end of the text, and "0x" without a digit, which the C library refuses; carriage
-// returns; "%c" with a width.
+// The C library's scanner is the reference. Left out are the differences: a sign at the end of the text and
+// "0x" without a digit, which the C library refuses, carriage returns, and "%c" with a width.
 TEST(Scan, AgreesWithTheCLibrary) {
     constexpr const char* kFormats[] = {"%d",   "%3d,%d", "%u %u",     "%o%x",        "%i%i",
                                         "%hd",  "%lf%d",  "%s%s",      "%2s%d",       "%[0-9]%s",

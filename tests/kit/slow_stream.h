@@ -1,3 +1,4 @@
+// A stream in memory that moves at most `step` bytes per call and holds at most `room` bytes.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 
 namespace ventrix {
 
-// A stream in memory that moves a few bytes per call, and takes no more than it has room for.
 class SlowStreamC : public ImplementComC<IStream, ComUltraliteC> {
   public:
     HRESULT Read(void* buffer, ULONG count, ULONG* read) override {

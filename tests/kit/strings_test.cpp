@@ -3,13 +3,12 @@
 #include <unicode/uchar.h>
 
 #include "kit/kit_environment.h"
-#include "kit/text/case_table.h"
 #include "kit/text/convert.h"
 
 namespace ventrix {
 namespace {
 
-TEST(Strings, NullReadsAsTheEmptyText) {
+TEST(Strings, NullReadsAsTheEmptyString) {
     EXPECT_EQ(Q_StrLen(nullptr), 0u);
     EXPECT_EQ(Q_StrDup(nullptr), nullptr);
     EXPECT_EQ(Take(Q_StrDup("")), "");
@@ -22,14 +21,14 @@ TEST(Strings, NullReadsAsTheEmptyText) {
     EXPECT_EQ(Q_StrChr(nullptr, 'a'), nullptr);
 }
 
-TEST(Strings, CopyAndAppendStayInTheirRoom) {
+TEST(Strings, CopyAndAppendRespectTheSize) {
     const struct {
         const char *start, *text;
         std::uint32_t size;
         const char *copied, *appended;
     } rows[] = {
         {"ab", "cdef", 5, "cdef", "abcd"}, {"ab", "cdef", 3, "cd", "ab"},
-        {"ab", "cdef", 2, "c", "ab"},  // longer than allowed already: it stays
+        {"ab", "cdef", 2, "c", "ab"},  // already longer than the size: unchanged
         {"ab", "cdef", 1, "", "ab"},       {"ab", "cdef", 0, "", "ab"},
         {"ab", nullptr, 9, "", "ab"},      {"", "x", 9, "x", "x"},
     };
@@ -44,7 +43,7 @@ TEST(Strings, CopyAndAppendStayInTheirRoom) {
     }
 }
 
-TEST(Strings, AppendsOneByteWhereThereIsRoom) {
+TEST(Strings, OneByteIsAppendedIfItFits) {
     char text[8] = "abc";
     EXPECT_EQ(Q_StrCatChar(text, 'd', 4), 3u);
     EXPECT_EQ(Q_StrCatChar(text, 'd', 0), 3u);
@@ -56,7 +55,7 @@ TEST(Strings, AppendsOneByteWhereThereIsRoom) {
     EXPECT_STREQ(text, "axy");
 }
 
-TEST(Strings, ComparesThroughTheCaseTable) {
+TEST(Strings, ComparisonIgnoresCaseByTheTable) {
     const struct {
         const char *first, *second;
         int order;
@@ -84,7 +83,7 @@ char32_t MacRoman(unsigned char byte) {
     return TakeWide(Q_ConvertText(text, "macintosh", "UTF-16", true, false))[0];
 }
 
-// ICU knows the letters of the Mac OS Roman set too: what it can fold within the set is what the table folds.
+// ICU is the reference: what it can fold within the Mac OS Roman set is what the table folds.
 TEST(Strings, CaseTablePairsTheLettersOfMacRoman) {
     for (int value = 1; value < 256; ++value) {
         const auto byte = static_cast<unsigned char>(value);
@@ -97,7 +96,7 @@ TEST(Strings, CaseTablePairsTheLettersOfMacRoman) {
     }
 }
 
-TEST(Strings, FindsTheFirstByteButNotTheTerminator) {
+TEST(Strings, FirstByteIsFoundButNotTheTerminator) {
     const char* text = "abcb";
     EXPECT_EQ(Q_StrChr(text, 'b'), text + 1);
     EXPECT_EQ(Q_StrChr(text, 'z'), nullptr);

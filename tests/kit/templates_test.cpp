@@ -23,7 +23,7 @@ std::string Expanded(const char* text, std::uint32_t size = 100) {
 
 TEST(Templates, InsertTheirArguments) {
     const TextRow rows[] = {
-        {"no place", "no place"},
+        {"no placeholder", "no placeholder"},
         {"%0 has %1 errors", "guide.ditamap has -12 errors"},
         {"%2 %3 %4", "beef BEEF 2.500"},
         {"[%5][%6][%9]", "[][???][???]"},
@@ -47,17 +47,17 @@ TEST(Templates, InsertTheirArguments) {
     EXPECT_EQ(Q_ExpandTemplate("x", output, 0, nullptr), 0);
 }
 
-TEST(Templates, ShortenWhatDoesNotFit) {
+TEST(Templates, InsertedTextIsShortenedInTheMiddle) {
     const struct {
         const char* text;
         std::uint32_t size;
         const char* expanded;
     } rows[] = {
         {"%0!", 15, "guide.ditamap!"},
-        {"%0!", 14, "guid...tamap!"},  // one byte too few: both ends, with dots between them
+        {"%0!", 14, "guid...tamap!"},  // one byte too few: shortened in the middle
         {"<%0>", 10, "<gu...ap>"},
         {"<%0>", 9, "<g...ap>"},
-        {"<%0>", 8, "<guide>"},  // less than six bytes: simply cut
+        {"<%0>", 8, "<guide>"},  // fewer than six bytes: cut off
         {"<%0>", 3, "<>"},
         {"<%0>", 2, "<"},
         {"<%0>", 1, ""},
@@ -71,7 +71,7 @@ TEST(Templates, ShortenWhatDoesNotFit) {
     Q_SetUserName(nullptr);
 }
 
-TEST(Templates, KnowTheHostAndItsUser) {
+TEST(Templates, InsertTheHostAndItsUser) {
     EXPECT_EQ(Q_SetHostVariant("QUORLANE XML author"), 0);
     Q_SetUserName("Ada");
     EXPECT_EQ(Expanded("%p of %u"), "Quorlane XML Author of Ada");

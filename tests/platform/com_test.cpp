@@ -12,6 +12,7 @@
 
 #include "platform/com_runtime.h"
 #include "platform/library.h"
+#include "platform/server_call.h"
 
 using namespace ventrix;
 using namespace ventrix::platform;
@@ -20,7 +21,7 @@ namespace {
 
 constexpr CLSID kClassId = {0x539DB5D0, 0xC0C6, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}};
 
-/// An object that counts its references and never goes away by itself.
+/// An object that counts its references and is not deleted with the last one.
 template <typename Interface>
 class Counted : public Interface {
   public:
@@ -42,6 +43,13 @@ class Counted : public Interface {
 
 using PlainObject = Counted<IUnknown>;
 
+/// A factory for one object, to which it holds a reference until it is destroyed.
+ClassFactory FactoryOf(PlainObject& object) {
+    object.AddRef();
+    const std::shared_ptr<PlainObject> held(&object, [](PlainObject* last) { last->Release(); });
+    return [held](REFIID id, void** out) { return held->QueryInterface(id, out); };
+}
+
 class Filter : public Counted<IMessageFilter> {
   public:
     Filter() : Counted(IID_IMessageFilter) {}
@@ -56,7 +64,7 @@ class Filter : public Counted<IMessageFilter> {
     std::function<DWORD(DWORD elapsed)> answer;
 };
 
-/// In the apartment for the length of a scope.
+/// Enters the apartment for the length of a scope.
 struct InApartment {
     InApartment() { CoInitialize(nullptr); }
     ~InApartment() { CoUninitialize(); }
@@ -75,7 +83,7 @@ int ServeOneMessage() {
 static_assert(sizeof(IUnknown) == sizeof(void*) && sizeof(IStream) == sizeof(void*));
 static_assert(sizeof(LARGE_INTEGER) == 8 && offsetof(STATSTG, grfStateBits) == 72);
 
-TEST(ClassIds, ReadFromText) {
+TEST(ClassIds, AreReadFromTextInEitherCase) {
     CLSID id;
     EXPECT_EQ(CLSIDFromString(u"{539DB5D0-C0C6-11D0-985E-0060970BEC0B}", &id), S_OK);
     EXPECT_EQ(id, kClassId);
@@ -103,7 +111,7 @@ TEST(Apartment, IsCountedPerThread) {
     CoUninitialize();
 }
 
-TEST(Apartment, HoldsTheMessageFilter) {
+TEST(Apartment, OwnsAReferenceToItsMessageFilter) {
     Filter first;
     Filter second;
     EXPECT_EQ(CoRegisterMessageFilter(&first, nullptr), CO_E_NOTINITIALIZED);
@@ -121,7 +129,7 @@ TEST(Apartment, HoldsTheMessageFilter) {
     EXPECT_EQ(second.references, 1u);
 }
 
-TEST(Activation, FindsWhatIsOffered) {
+TEST(Activation, FindsAClassWhileItIsOffered) {
     PlainObject object(IID_IStream);
     void* out = &object;
     const auto create = [&] {
@@ -131,7 +139,7 @@ TEST(Activation, FindsWhatIsOffered) {
     EXPECT_EQ(out, nullptr);
     const InApartment apartment;
     EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
-    OfferClass(kClassId, RunningObject(&object));
+    OfferClass(kClassId, FactoryOf(object));
     EXPECT_EQ(object.references, 2u);
     EXPECT_EQ(create(), S_OK);
     EXPECT_EQ(out, &object);
@@ -145,13 +153,13 @@ TEST(Activation, FindsWhatIsOffered) {
     EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
 }
 
-TEST(Activation, OnAServerByTheFunctionOfOle32) {
+TEST(Activation, ServerIsReachedThroughOle32) {
     EXPECT_EQ(FindSymbol(OpenLibrary("OLE32.DLL"), "CoCreateInstanceFrom"), nullptr);
     auto* create = FindFunction<CoCreateInstanceExFunction>(OpenLibrary("ole32.dll"), "CoCreateInstanceEx");
     ASSERT_NE(create, nullptr);
     const InApartment apartment;
     PlainObject object(IID_IStream);
-    OfferClass(kClassId, RunningObject(&object), u"press");
+    OfferClass(kClassId, FactoryOf(object), u"press");
     char16_t name[] = u"press";
     COSERVERINFO server = {0, name, nullptr, 0};
     MULTI_QI queries[] = {{&IID_IStream, nullptr, E_FAIL}, {&IID_IMessageFilter, &object, E_FAIL}};
@@ -172,7 +180,7 @@ TEST(Activation, OnAServerByTheFunctionOfOle32) {
     EXPECT_EQ(queries[0].hr, RPC_S_SERVER_UNAVAILABLE_RESULT);
 }
 
-TEST(MessageQueue, ServesInOrderAndQuitsLast) {
+TEST(MessageQueue, ServesInOrderAndDeliversQuitLast) {
     std::string order;
     PostQuitMessage(0);
     for (const char letter : {'a', 'b', 'c'}) {
@@ -181,7 +189,7 @@ TEST(MessageQueue, ServesInOrderAndQuitsLast) {
     while (ServeOneMessage() != 0) {
     }
     EXPECT_EQ(order, "abc");
-    // The quit message is gone with its delivery; a message that is never dispatched runs nothing.
+    // The quit message is removed by its delivery, and work whose message is not dispatched does not run.
     PostToThread(CurrentThreadNumber(), [&order] { order += 'd'; });
     MSG message;
     EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
@@ -190,24 +198,24 @@ TEST(MessageQueue, ServesInOrderAndQuitsLast) {
     EXPECT_EQ(order, "abc");
 }
 
-TEST(MessageQueue, CallsFromAnotherThreadWaitForTheirEnd) {
+TEST(MessageQueue, CallOnThreadReturnsAfterTheOtherThreadServedIt) {
     const std::uint32_t client = CurrentThreadNumber();
     std::thread::id servedOn;
-    bool told = false;
+    bool served = false;
     std::thread host([&] {
-        told = CallOnThread(client, [&] { servedOn = std::this_thread::get_id(); });
+        served = CallOnThread(client, [&] { servedOn = std::this_thread::get_id(); });
         PostQuitToThread(client);
     });
     while (ServeOneMessage() != 0) {
     }
     host.join();
-    EXPECT_TRUE(told);
+    EXPECT_TRUE(served);
     EXPECT_EQ(servedOn, std::this_thread::get_id());
     EXPECT_TRUE(CallOnThread(client, [&] { servedOn = {}; }));
     EXPECT_EQ(servedOn, std::thread::id());
 }
 
-TEST(MessageQueue, AThreadThatEndsDropsItsWork) {
+TEST(MessageQueue, EndingThreadDropsItsWorkAndFailsWaitingCalls) {
     std::promise<std::uint32_t> number;
     std::promise<void> mayEnd;
     std::thread client([&] {
@@ -227,7 +235,7 @@ TEST(MessageQueue, AThreadThatEndsDropsItsWork) {
     EXPECT_FALSE(CallOnThread(clientNumber, [] {}));
 }
 
-/// Time that passes by waiting, and by one step for each look at the clock.
+/// A clock that advances by what is waited, and by one step each time it is read.
 struct StepClock {
     std::uint32_t time = 0xFFFFFF00;  // Soon wraps around.
     std::uint32_t step = 0;
@@ -242,7 +250,7 @@ struct StepClock {
     }
 };
 
-TEST(CallServer, AsksTheFilterUntilTheHostAnswers) {
+TEST(CallServer, RetriesAsTheFilterSaysUntilTheHostAccepts) {
     Filter filter;
     const InApartment apartment;
     filter.answer = [](DWORD elapsed) { return elapsed < 100 ? 99u : 150u; };
@@ -264,7 +272,7 @@ TEST(CallServer, AsksTheFilterUntilTheHostAnswers) {
     EXPECT_EQ(time.waits, (std::vector<std::uint32_t>{150, 150, 150}));
 }
 
-TEST(CallServer, GivesUpWithTheHostsAnswer) {
+TEST(CallServer, GivesUpWithTheHostsResult) {
     StepClock time;
     const auto refuse = [](HRESULT with) { return [with] { return with; }; };
     EXPECT_EQ(CallServer(refuse(RPC_E_SERVERCALL_RETRYLATER), time.Clock()), RPC_E_SERVERCALL_RETRYLATER);
@@ -279,7 +287,7 @@ TEST(CallServer, GivesUpWithTheHostsAnswer) {
     EXPECT_EQ(filter.asked.size(), 6u);
 }
 
-TEST(CallServer, ServesTheHostWhileItWaits) {
+TEST(CallServer, ServesCallsOfTheHostWhileItWaits) {
     Filter filter;
     const InApartment apartment;
     filter.answer = [](DWORD) { return 100u; };
@@ -289,7 +297,7 @@ TEST(CallServer, ServesTheHostWhileItWaits) {
     bool messageRan = false;
     PostToThread(client, [&] { messageRan = true; });
     std::thread host([&] {
-        CallOnThread(client, [] {});  // A host that stays busy until its client has answered.
+        CallOnThread(client, [] {});  // The host is busy until its own call to the client returns.
         busy = false;
     });
     EXPECT_EQ(CallServer([&] { return busy ? RPC_E_SERVERCALL_RETRYLATER : S_OK; }), S_OK);

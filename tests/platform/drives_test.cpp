@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/environment.h"
+#include "support/environment.h"
 
 using namespace ventrix::platform;
 
@@ -19,18 +20,18 @@ struct PathRow {
     const char* output;
 };
 
-TEST(Drives, SystemToNative) {
+TEST(Drives, SystemPathsConvertToNative) {
     const PathRow rows[] = {
         {"plain", R"(C:\docs\guide.ditamap)", "/srv/c/docs/guide.ditamap"},
         {"letter without case", R"(c:\Docs\A.xml)", "/srv/c/Docs/A.xml"},
         {"slashes", "C:/docs/a.xml", "/srv/c/docs/a.xml"},
         {"mixed", R"(C:\docs/x\a.xml)", "/srv/c/docs/x/a.xml"},
         {"doubled", R"(C:\docs\\a.xml)", "/srv/c/docs/a.xml"},
-        {"doubled behind the drive", R"(C:\\docs)", "/srv/c/docs"},
+        {"doubled after the drive", R"(C:\\docs)", "/srv/c/docs"},
         {"closing separator", R"(C:\docs\)", "/srv/c/docs/"},
         {"root", R"(C:\)", "/srv/c/"},
         {"drive alone", "C:", "/srv/c"},
-        {"no separator behind the drive", "C:docs", "/srv/c/docs"},
+        {"no separator after the drive", "C:docs", "/srv/c/docs"},
         {"dots", R"(C:\a\.\b\..\c)", "/srv/c/a/c"},
         {"never above the drive", R"(C:\..\..\etc\passwd)", "/srv/c/etc/passwd"},
         {"default drive", R"(Z:\home\u\a.xml)", "/home/u/a.xml"},
@@ -38,7 +39,7 @@ TEST(Drives, SystemToNative) {
         {"unknown drive", R"(Q:\a.xml)", ""},
         {"server without case", R"(\\SERVER\pub\a.xml)", "/mnt/server/pub/a.xml"},
         {"longest root", R"(\\server\Share\a.xml)", "/mnt/share/a.xml"},
-        {"share whose name only begins alike", R"(\\server\shared\a.xml)", "/mnt/server/shared/a.xml"},
+        {"share whose name has the same start", R"(\\server\shared\a.xml)", "/mnt/server/shared/a.xml"},
         {"never above the server", R"(\\server\..\..\x)", "/mnt/server/x"},
         {"unknown server", R"(\\other\a)", ""},
         {"native", "/srv//c/../x y", "/srv//c/../x y"},
@@ -56,15 +57,15 @@ TEST(Drives, SystemToNative) {
     }
 }
 
-TEST(Drives, NativeToSystem) {
+TEST(Drives, NativePathsConvertToSystem) {
     const PathRow rows[] = {
         {"drive", "/srv/c/docs/a.xml", R"(C:\docs\a.xml)"},
         {"most specific drive", "/srv/c/deep/a.xml", R"(E:\a.xml)"},
-        {"folder whose name only begins alike", "/srv/cc/a.xml", R"(Z:\srv\cc\a.xml)"},
+        {"folder whose name has the same start", "/srv/cc/a.xml", R"(Z:\srv\cc\a.xml)"},
         {"the drive's folder", "/srv/c", R"(C:\)"},
         {"closing slash", "/srv/c/docs/", R"(C:\docs\)"},
         {"server", "/mnt/server/pub/a", R"(\\Server\pub\a)"},
-        {"stretch that another root hides", "/mnt/server/share/a", R"(Z:\mnt\server\share\a)"},
+        {"part that another root maps elsewhere", "/mnt/server/share/a", R"(Z:\mnt\server\share\a)"},
         {"root", "/", R"(Z:\)"},
         {"elsewhere", "/home/u/a.xml", R"(Z:\home\u\a.xml)"},
         {"runs and dots", "/srv//c/x/../docs/./a", R"(C:\docs\a)"},
@@ -81,7 +82,7 @@ TEST(Drives, NativeToSystem) {
     EXPECT_EQ(ToSystem(ParseDrives("Z=/only"), "/home"), std::nullopt);
 }
 
-TEST(Drives, WhatSystemNotationTellsReadsBack) {
+TEST(Drives, SystemPathsConvertBack) {
     for (const char* native :
          {"/", "/a", "/a/b/", "/srv/c", "/srv/c/deep/x", "/mnt/share/x", "/mnt/server/share/x", "/srv"}) {
         const std::optional<std::string> system = ToSystem(Table(), native);
@@ -92,7 +93,7 @@ TEST(Drives, WhatSystemNotationTellsReadsBack) {
     }
 }
 
-TEST(Drives, ParsesAndFormats) {
+TEST(Drives, TablesAreParsedAndFormatted) {
     const DriveTable expected = {{"C:\\", "/srv/c"}, {"\\\\srv\\", "/mnt/s"}, {"Z:\\", "/"}};
     EXPECT_EQ(ParseDrives(R"(c:/=/srv/c;\\srv=/mnt/s/)"), expected);
     EXPECT_EQ(ParseDrives(FormatDrives(expected)), expected);
@@ -102,7 +103,7 @@ TEST(Drives, ParsesAndFormats) {
     EXPECT_EQ(ParseDrives(";;C;=/x;C=;C=relative;12=/x;\\\\=/x"), (DriveTable{{"Z:\\", "/"}}));
 }
 
-TEST(Drives, AbsoluteSystemPath) {
+TEST(Drives, AbsoluteSystemPathsAreRecognised) {
     for (const char* path : {R"(C:\a)", "c:/a", R"(\\server\a)", R"(\\server)"}) {
         EXPECT_TRUE(IsAbsoluteSystemPath(path)) << path;
     }
@@ -117,7 +118,7 @@ TEST(Drives, ProcessTableIsSeenByACopyOfTheLibrary) {
     EXPECT_EQ(ToNative(R"(C:\a)"), "/srv/c/a");
     SetEnvironmentValue("VENTRIX_DRIVES", "C=/elsewhere");
     EXPECT_EQ(ToNative(R"(C:\a)"), "/elsewhere/a");
-    RemoveEnvironmentValue("VENTRIX_DRIVES");
+    ventrix::test::RemoveVariable("VENTRIX_DRIVES");
     EXPECT_EQ(ToNative(R"(C:\a)"), "");
     EXPECT_EQ(ToSystem("/a"), R"(Z:\a)");
 }

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "platform/folders.h"
 #include "support/test_folder.h"
 
 using namespace ventrix::platform;
@@ -27,7 +28,7 @@ unsigned ModeOf(const fs::path& file) {
     return static_cast<unsigned>(fs::status(file).permissions());
 }
 
-/// Makes every file of this process full at `bytes`, for as long as it lives.
+/// Limits the size of files that this process writes, as a full disk would, while the object exists.
 class FullDisk {
   public:
     explicit FullDisk(rlim_t bytes) {
@@ -42,10 +43,10 @@ class FullDisk {
     rlimit before_ = {};
 };
 
-TEST(ListFolder, OrdersAsNtfs) {
+TEST(ListFolder, OrdersEntriesAsNtfs) {
     const TestFolder tree;
-    // The underscore stands between capital and small letters, which tells upper-casing from lower-casing.
-    // The micro sign stays where it is, since its capital is that of another letter.
+    // The underscore sorts between upper-case and lower-case letters, so its place shows which of the two is
+    // compared. The micro sign does not move, since its upper-case form belongs to another letter.
     for (const char* name : {"b", "A", "a_", "aB", "Z", "z1", "10", "9", "\xC3\xA4", "\xC3\x9F", "_",
                              "\xC2\xB5", "\xF0\x9F\x98\x80", "\xEF\xBC\xA1"}) {
         tree.Write(name, "");
@@ -55,7 +56,7 @@ TEST(ListFolder, OrdersAsNtfs) {
                                         "\xC3\xA4", "\xC3\x9F", "\xF0\x9F\x98\x80", "\xEF\xBC\xA1"}));
 }
 
-TEST(ListFolder, TellsWhatEachEntryIs) {
+TEST(ListFolder, ReportsTheAttributesOfEachEntry) {
     const TestFolder tree;
     tree.Write("a.txt", "x");
     tree.Write("b.txt", "x");
@@ -82,7 +83,7 @@ TEST(ListFolder, TellsWhatEachEntryIs) {
     EXPECT_TRUE(ListFolder("").empty());
 }
 
-TEST(Attributes, ReadAndWriteTheReadOnlyBit) {
+TEST(Attributes, ReadOnlyBitIsReadAndWritten) {
     const TestFolder tree;
     tree.Write("a", "");
     fs::permissions(tree.Native("a"), fs::perms(0664));
@@ -98,7 +99,7 @@ TEST(Attributes, ReadAndWriteTheReadOnlyBit) {
     EXPECT_EQ(SetAttributes(tree.System("none"), 0), kErrorFileNotFound);
 }
 
-TEST(Folders, CreateAndRemove) {
+TEST(Folders, AreCreatedAndRemoved) {
     const TestFolder tree;
     tree.Write("file", "x");
     EXPECT_EQ(MakeFolder(tree.System("a")), kErrorNone);
@@ -118,7 +119,7 @@ TEST(Folders, CreateAndRemove) {
     EXPECT_FALSE(tree.Exists("link"));
 }
 
-TEST(RemoveFile, RefusesWhatThePlatformRefuses) {
+TEST(RemoveFile, RefusesFoldersAndReadOnlyFiles) {
     const TestFolder tree;
     tree.Write("plain", "x");
     tree.Write("locked", "x");
@@ -158,7 +159,7 @@ TEST(CopyFileOver, ReplacesAndKeepsPermissions) {
     EXPECT_EQ(AttributesOf(tree.System("locked copy")), kAttributeReadOnly);
 }
 
-TEST(CopyFileOver, RefusesWithoutHarm) {
+TEST(CopyFileOver, RefusalsLeaveBothFilesUnchanged) {
     const TestFolder tree;
     tree.Write("a", "content");
     tree.Write("locked", "kept");
@@ -184,7 +185,7 @@ TEST(CopyFileOver, RefusesWithoutHarm) {
     EXPECT_EQ(tree.Count(), 4);
 }
 
-TEST(WholeFiles, AFullDiskLeavesTheOldContent) {
+TEST(WholeFiles, FullDiskLeavesTheOldContent) {
     const TestFolder tree;
     const std::string big(100000, 'n');
     tree.Write("big", big);
@@ -199,7 +200,7 @@ TEST(WholeFiles, AFullDiskLeavesTheOldContent) {
     EXPECT_EQ(tree.Count(), 2);
 }
 
-TEST(WholeFiles, WriteAndRead) {
+TEST(WholeFiles, AreWrittenAndReadBack) {
     const TestFolder tree;
     const std::string bytes("a\0b\r\n\xFF", 6);
     std::string read = "kept";
@@ -220,7 +221,7 @@ TEST(WholeFiles, WriteAndRead) {
     EXPECT_EQ(tree.Count(), 1);
 }
 
-TEST(WholeFiles, ComeInPiecesOrStayAsTheyWere) {
+TEST(WholeFiles, IncompletePiecesLeaveTheOldContent) {
     const TestFolder tree;
     tree.Write("file", "old");
     for (const bool complete : {false, true}) {
@@ -239,7 +240,7 @@ TEST(WholeFiles, ComeInPiecesOrStayAsTheyWere) {
     EXPECT_EQ(tree.Read("file"), "new");
 }
 
-TEST(WholeFiles, LargeOnesTakeNoMoreRoomThanTheyNeed) {
+TEST(WholeFiles, LargeFilesReleasePreallocatedSpace) {
     const TestFolder tree;
     const std::string piece(700001, 'p');
     std::string whole;
@@ -259,12 +260,12 @@ TEST(WholeFiles, LargeOnesTakeNoMoreRoomThanTheyNeed) {
     EXPECT_EQ(std::string_view(read.data(), read.size()), whole);
     struct stat found = {};
     ASSERT_EQ(::stat(tree.Native("file").c_str(), &found), 0);
-    constexpr std::size_t kBlockSize = 512;  // Of this count, whatever the file system's own is.
+    constexpr std::size_t kBlockSize = 512;  // The unit of st_blocks on every file system.
     constexpr std::size_t kSlack = 1000000;
     EXPECT_LT(static_cast<std::size_t>(found.st_blocks) * kBlockSize, whole.size() + kSlack);
 }
 
-TEST(OpensForReading, OnlyFiles) {
+TEST(OpensForReading, IsTrueForRegularFilesOnly) {
     const TestFolder tree;
     tree.Write("file", "");
     ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
@@ -274,7 +275,7 @@ TEST(OpensForReading, OnlyFiles) {
     }
 }
 
-TEST(LongNames, ReachTheMachinesLimitsAndNoFurther) {
+TEST(LongNames, WorkUpToTheLimitsOfTheSystem) {
     const TestFolder tree;
     const std::string name(250, 'n');
     std::string folder = tree.System("");
@@ -290,14 +291,13 @@ TEST(LongNames, ReachTheMachinesLimitsAndNoFurther) {
     EXPECT_EQ(MakeFolder(folder + "\\" + std::string(5000, 'x')), kErrorNameTooLong);
 }
 
-TEST(Paths, LongFormAndAbsoluteForm) {
+TEST(Paths, HaveALongAndAnAbsoluteForm) {
     const TestFolder tree;
     tree.Write("a.dtd", "");
     EXPECT_EQ(LongPath(tree.System("a.dtd")), tree.System("a.dtd"));
     EXPECT_EQ(LongPath(tree.System("none.dtd")), "");
     const fs::path before = fs::current_path();
     fs::current_path(tree.Native(""));
-    EXPECT_EQ(CurrentFolder(), tree.System(""));
     EXPECT_EQ(AbsolutePath("sub\\..\\a.dtd"), tree.System("a.dtd"));
     fs::current_path(before);
     EXPECT_EQ(AbsolutePath("/x/y"), "Z:\\x\\y");

@@ -14,7 +14,7 @@ using ventrix::test::TestFolder;
 
 namespace {
 
-/// An address in this program, which is how a module names itself.
+/// An address in this program, which is a handle of it.
 int inThisProgram;
 
 std::string Narrow(ModuleHandle module, std::uint32_t id, int size) {
@@ -24,12 +24,11 @@ std::string Narrow(ModuleHandle module, std::uint32_t id, int size) {
     return buffer.substr(0, static_cast<std::size_t>(length));
 }
 
-TEST(ModuleFileName, OfHandlesAndAddresses) {
+TEST(ModuleFileName, IsFoundByHandleAndByAddress) {
     const std::string program = ToSystem(std::filesystem::read_symlink("/proc/self/exe").string()).value();
     EXPECT_EQ(ModuleFileName(nullptr), program);
     EXPECT_EQ(ModuleFileName(MainModule()), program);
     EXPECT_EQ(ModuleFileName(&inThisProgram), program);
-    EXPECT_EQ(ModuleOfAddress(&inThisProgram), MainModule());
 
     void* library = ::dlopen("libdl.so.2", RTLD_NOW);
     ASSERT_NE(library, nullptr);
@@ -39,10 +38,9 @@ TEST(ModuleFileName, OfHandlesAndAddresses) {
     int local = 0;
     EXPECT_EQ(ModuleFileName(&local), "");
     EXPECT_EQ(ModuleFileName(reinterpret_cast<void*>(0x10)), "");
-    EXPECT_EQ(ModuleOfAddress(&local), nullptr);
 }
 
-TEST(ModuleResources, OfTheModuleThatLinksThem) {
+TEST(ModuleResources, BelongToTheModuleThatLinksThem) {
     EXPECT_EQ(Narrow(&inThisProgram, 0, 1023), "Logarithmus:");
     EXPECT_EQ(Narrow(MainModule(), 1, 1023), "Liste der g\xC3\xBCltigen Dateien");
     EXPECT_EQ(Narrow(MainModule(), 7, 1023), std::string(62, '*'));
@@ -56,8 +54,8 @@ TEST(ModuleResources, OfTheModuleThatLinksThem) {
     EXPECT_EQ(VersionBlockText(MainModule(), "040704b0", "ClientName"), std::nullopt);
 }
 
-TEST(ModuleResources, NoneForOthers) {
-    void* const runtime = ModuleOfAddress(FindSymbol(ProcessLibrary(), "getpid"));
+TEST(ModuleResources, OtherModulesHaveNone) {
+    void* const runtime = FindSymbol(ProcessLibrary(), "getpid");
     ASSERT_NE(runtime, nullptr);
     int local = 0;
     for (void* module : {runtime, static_cast<void*>(nullptr), static_cast<void*>(&local)}) {
@@ -94,7 +92,7 @@ std::string TextOf(const std::string& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-TEST(ResourceScript, HoldsTheModulesTexts) {
+TEST(ResourceScript, HasTheModulesStringsAndVersion) {
     const std::string script = TextOf(VENTRIX_RESOURCE_SCRIPT);
     for (const char* line :
          {"#pragma code_page(65001)\n", "\n    4 L\"Liste der beschädigten Links\"\n",
@@ -126,7 +124,7 @@ TEST(ResourceGenerator, KeepsEveryCharacter) {
     EXPECT_NE(generate("bad.txt"), 0);
 }
 
-TEST(Libraries, AreFoundOrNull) {
+TEST(Libraries, AreFoundByNameOrBesideTheProgram) {
     EXPECT_NE(FindSymbol(ProcessLibrary(), "malloc"), nullptr);
     EXPECT_EQ(FindSymbol(ProcessLibrary(), "RivletIsNetFile"), nullptr);
     EXPECT_EQ(FindSymbol(ProcessLibrary(), nullptr), nullptr);
@@ -135,7 +133,7 @@ TEST(Libraries, AreFoundOrNull) {
     EXPECT_EQ(OpenLibrary("no-such-library.dll"), nullptr);
     EXPECT_EQ(OpenLibraryBesideProgram("no-such-library"), nullptr);
 
-    // A library of the machine, put beside this program under a name of its own.
+    // Any library, copied to the folder of this program under a new name.
     const std::filesystem::path beside =
         std::filesystem::path(ToNative(ModuleFileName(nullptr))).replace_filename("ventrix-test-library.so");
     std::filesystem::copy_file(ToNative(ModuleFileName(OpenLibrary("libdl.so.2"))), beside,

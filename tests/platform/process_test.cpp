@@ -6,7 +6,9 @@
 
 #include <csignal>
 
+#include "platform/command_line.h"
 #include "platform/environment.h"
+#include "support/environment.h"
 #include "support/test_folder.h"
 
 using namespace ventrix::platform;
@@ -17,7 +19,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-TEST(CommandLine, IsCutAsThePlatformDoes) {
+TEST(CommandLine, IsSplitByThePlatformsRules) {
     const struct {
         const char *name, *text;
         Texts arguments;
@@ -27,19 +29,19 @@ TEST(CommandLine, IsCutAsThePlatformDoes) {
          {R"(C:\my scripts\pre.sh)", R"(C:\out\a b.xml)"}},
         {"unquoted", "  run\ta  b ", {"run", "a", "b"}},
         {"nothing is escaped in the program", R"("C:\bin\" x)", {R"(C:\bin\)", "x"}},
-        {"text right behind the program", R"("a"b c)", {"a", "b", "c"}},
+        {"text directly after the program", R"("a"b c)", {"a", "b", "c"}},
         {"program without its closing quote", R"("a b)", {"a b"}},
         {"empty program", R"("" x)", {"", "x"}},
         {"empty argument", R"(p "" x)", {"p", "", "x"}},
         {"quote in the middle", R"(p a" b "c)", {"p", "a b c"}},
         {"backslashes before a letter", R"(p a\\b)", {"p", R"(a\\b)"}},
         {"backslashes before a quote", R"(p "a\\" b)", {"p", R"(a\)", "b"}},
-        {"plain quote", R"(p a\"b c)", {"p", R"(a"b)", "c"}},
+        {"escaped quote", R"(p a\"b c)", {"p", R"(a"b)", "c"}},
         {"odd run before a quote", R"(p "a\\\"b" c)", {"p", R"(a\"b)", "c"}},
-        {"folder in quotes runs on", R"(p "C:\a\" b)", {"p", R"(C:\a" b)"}},
+        {"closing backslash escapes the quote", R"(p "C:\a\" b)", {"p", R"(C:\a" b)"}},
         {"two quotes in quotes", R"(p "a""b c")", {"p", R"(a"b c)"}},
         {"backslash at the end", R"(p a\)", {"p", R"(a\)"}},
-        {"blank", " \t ", {}},
+        {"whitespace", " \t ", {}},
         {"empty", "", {}},
     };
     for (const auto& row : rows) {
@@ -58,8 +60,7 @@ TEST(CommandLine, PathsReachTheProgramInNativeNotation) {
     EXPECT_EQ(NativeArguments(drives, {}), Texts{});
 }
 
-/// Starts the program of a tree with one argument and gives its exit code, or the negative number of the
-/// error.
+/// Starts a program of the tree with one argument. Returns its exit code, or the negative error code.
 int ExitOf(const TestFolder& tree, const std::string& name, const std::string& argument = "x") {
     ProcessHandle process;
     const ErrorCode error = StartProcess("\"" + tree.System(name) + "\" \"" + argument + "\"", process);
@@ -67,7 +68,7 @@ int ExitOf(const TestFolder& tree, const std::string& name, const std::string& a
     return error != kErrorNone ? -static_cast<int>(error) : WaitForProcess(process);
 }
 
-TEST(StartProcess, ScriptsGetTheDocumentInNativeNotation) {
+TEST(StartProcess, ScriptsReceiveTheDocumentInNativeNotation) {
     const TestFolder tree;
     const std::string body = "printf '%s|%s' \"$#\" \"$1\" >\"$(dirname \"$0\")/out\"\nexit 7\n";
     tree.WriteProgram("with line/a b.sh", "#!/bin/sh\n" + body);
@@ -79,7 +80,7 @@ TEST(StartProcess, ScriptsGetTheDocumentInNativeNotation) {
     EXPECT_EQ(tree.Read("out"), "1|" + tree.Native("doc ument.xml"));
 }
 
-TEST(StartProcess, InheritsEnvironmentAndFolderButNoInputAndNoFiles) {
+TEST(StartProcess, ProgramInheritsEnvironmentAndFolderButNoOpenFiles) {
     const TestFolder tree;
     tree.WriteProgram(
         "true", "#!/bin/sh\ncat\npwd >\"$1\"\necho \"$VENTRIX_PROBE\" >>\"$1\"\n[ ! -e /proc/self/fd/77 ]\n");
@@ -93,12 +94,12 @@ TEST(StartProcess, InheritsEnvironmentAndFolderButNoInputAndNoFiles) {
     EXPECT_EQ(WaitForProcess(process), 0);
     fs::current_path(before);
     ::close(open);
-    RemoveEnvironmentValue("VENTRIX_PROBE");
+    ventrix::test::RemoveVariable("VENTRIX_PROBE");
     EXPECT_EQ(tree.Read("out"), tree.Native("") + "\nfrom the host\n");
     EXPECT_EQ(WaitForProcess(process), -1);
 }
 
-TEST(StartProcess, FailuresHaveThePlatformsNumbers) {
+TEST(StartProcess, FailuresGiveThePlatformsErrorCodes) {
     const TestFolder tree;
     tree.Write("not executable", "#!/bin/sh\n");
     tree.WriteProgram("binary", std::string("\x7F"
@@ -106,7 +107,7 @@ TEST(StartProcess, FailuresHaveThePlatformsNumbers) {
                                             15));
     tree.WriteProgram("empty", "");
     tree.WriteProgram("lost interpreter", "#!/no/such/interpreter\n");
-    // A signal that the host ignores ends a script all the same.
+    // A signal that the host ignores still ends a script.
     std::signal(SIGPIPE, SIG_IGN);
     tree.WriteProgram("reader gone", "#!/bin/sh\nkill -PIPE $$\n");
     tree.WriteProgram("killed", "#!/bin/sh\nkill -TERM $$\n");

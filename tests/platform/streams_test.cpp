@@ -5,8 +5,10 @@
 #include "platform/environment.h"
 #include "platform/file_handle.h"
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/temp_files.h"
 #include "platform/text_stream.h"
+#include "support/environment.h"
 #include "support/test_folder.h"
 
 using namespace ventrix::platform;
@@ -38,7 +40,7 @@ TEST(TextStream, AppendsLinesThatEndInCrLf) {
     EXPECT_EQ(RemoveFile(tree.System("log")), kErrorNone);
 }
 
-TEST(TextStream, AnUnusablePathLeavesItClosed) {
+TEST(TextStream, StaysClosedIfThePathCannotBeOpened) {
     const TestFolder tree;
     ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
     for (const std::string& path :
@@ -51,7 +53,7 @@ TEST(TextStream, AnUnusablePathLeavesItClosed) {
     EXPECT_EQ(tree.Count(), 1);
 }
 
-TEST(FileHandle, OpenModes) {
+TEST(FileHandle, DispositionDecidesAboutMissingAndExistingFiles) {
     const TestFolder tree;
     const struct {
         FileAccess access;
@@ -109,7 +111,7 @@ TEST(TempFiles, AreNewAndEmpty) {
     EXPECT_EQ(TempFolder(), tree.System("") + "\\");
     const std::string a = MakeTempFile(TempFolder(), "QLTX");
     const std::string b = MakeTempFile(TempFolder(), "QLT");
-    RemoveEnvironmentValue("TMPDIR");
+    ventrix::test::RemoveVariable("TMPDIR");
     EXPECT_NE(a, b);
     EXPECT_EQ(AttributesOf(a), 0u);
     EXPECT_EQ(a.substr(a.rfind('\\') + 1, 3), "QLT");

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "kit/channels/network_files.h"
-#include "kit/paths/path_alias.h"
 #include "kit/paths/rivlet.h"
 #include "kit/text/strings.h"
 #include "platform/wide_text.h"
@@ -13,10 +13,13 @@
 namespace ventrix {
 namespace {
 
-constexpr std::size_t kLongestPath = 4094;
+constexpr std::size_t kLongestPath = 4094;  // in UTF-16 units
 constexpr std::uint32_t kBlockSize = 1024;
 
-// The file to open for the path; nothing for a network file that has no local copy and can't get one.
+std::unordered_map<std::string, std::string> pathAliases;
+
+// The local file to open for the path. Nothing for a network file that cannot be fetched: for writing, the
+// cache's path for it is used even if the server has no such file yet.
 std::optional<std::string> LocalPath(const char* path, int mode) {
     if (Q_IsLocalPath(path)) {
         return path;
@@ -57,6 +60,25 @@ void Store(std::uint32_t value, ULARGE_INTEGER* out) {
 
 }  // namespace
 
+const char* Q_PathAlias(const char* path) {
+    if (path == nullptr || pathAliases.empty()) {
+        return path;
+    }
+    const auto found = pathAliases.find(path);
+    return found == pathAliases.end() ? path : found->second.c_str();
+}
+
+void Q_SetPathAlias(const char* path, const char* alias) {
+    if (path == nullptr) {
+        return;
+    }
+    if (alias == nullptr) {
+        pathAliases.erase(path);
+    } else {
+        pathAliases[path] = alias;
+    }
+}
+
 ChannelStreamC::~ChannelStreamC() {
     platform::CloseFileHandle(file_);
 }
@@ -66,7 +88,7 @@ int ChannelStreamC::OpenFile(const char* path, int mode, bool truncate) {
         return 0;
     }
     const std::optional<std::string> local = LocalPath(Q_PathAlias(path), mode);
-    // A cut path would name another file.
+    // A path that were cut to the limit would name another file.
     if (!local || platform::WideFromUtf8(*local).size() > kLongestPath) {
         return 0;
     }
@@ -75,15 +97,15 @@ int ChannelStreamC::OpenFile(const char* path, int mode, bool truncate) {
 }
 
 HRESULT ChannelStreamC::Read(void* buffer, ULONG count, ULONG* read) {
-    const std::uint32_t came = platform::ReadFromHandle(file_, buffer, count);
-    Store(came, read);
-    return came == count ? S_OK : S_FALSE;
+    const std::uint32_t bytesRead = platform::ReadFromHandle(file_, buffer, count);
+    Store(bytesRead, read);
+    return bytesRead == count ? S_OK : S_FALSE;
 }
 
 HRESULT ChannelStreamC::Write(const void* bytes, ULONG count, ULONG* written) {
-    const std::uint32_t went = platform::WriteToHandle(file_, bytes, count);
-    Store(went, written);
-    return went == count ? S_OK : E_FAIL;
+    const std::uint32_t bytesWritten = platform::WriteToHandle(file_, bytes, count);
+    Store(bytesWritten, written);
+    return bytesWritten == count ? S_OK : E_FAIL;
 }
 
 HRESULT ChannelStreamC::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* newPosition) {
@@ -97,11 +119,11 @@ HRESULT ChannelStreamC::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* n
 
 HRESULT ChannelStreamC::CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* read,
                                ULARGE_INTEGER* written) {
-    std::uint32_t came = 0;
-    std::uint32_t went = 0;
-    const int isDone = Q_StreamCopyBlocks(count.u.LowPart, this, &came, target, &went);
-    Store(came, read);
-    Store(went, written);
+    std::uint32_t bytesRead = 0;
+    std::uint32_t bytesWritten = 0;
+    const int isDone = Q_StreamCopyBlocks(count.u.LowPart, this, &bytesRead, target, &bytesWritten);
+    Store(bytesRead, read);
+    Store(bytesWritten, written);
     return isDone != 0 ? S_OK : E_FAIL;
 }
 
@@ -139,12 +161,12 @@ HRESULT ChannelStreamC::Clone(IStream**) {
 std::uint32_t Q_StreamReadAll(IStream* stream, void* buffer, std::uint32_t count) {
     std::uint32_t done = 0;
     while (done < count) {
-        ULONG came = 0;
-        stream->Read(static_cast<char*>(buffer) + done, count - done, &came);
-        if (came == 0) {
+        ULONG bytesRead = 0;
+        stream->Read(static_cast<char*>(buffer) + done, count - done, &bytesRead);
+        if (bytesRead == 0) {
             break;
         }
-        done += came;
+        done += bytesRead;
     }
     return done;
 }
@@ -152,12 +174,12 @@ std::uint32_t Q_StreamReadAll(IStream* stream, void* buffer, std::uint32_t count
 std::uint32_t Q_StreamWriteAll(IStream* stream, const void* buffer, std::uint32_t count) {
     std::uint32_t done = 0;
     while (done < count) {
-        ULONG went = 0;
-        stream->Write(static_cast<const char*>(buffer) + done, count - done, &went);
-        if (went == 0) {
+        ULONG bytesWritten = 0;
+        stream->Write(static_cast<const char*>(buffer) + done, count - done, &bytesWritten);
+        if (bytesWritten == 0) {
             break;
         }
-        done += went;
+        done += bytesWritten;
     }
     return done;
 }
@@ -168,15 +190,15 @@ int Q_StreamCopyBlocks(std::uint32_t count, IStream* source, std::uint32_t* read
     *readCount = 0;
     *writtenCount = 0;
     while (*readCount < count) {
-        ULONG came = 0;
-        source->Read(block, std::min(kBlockSize, count - *readCount), &came);
-        if (came == 0) {
+        ULONG bytesRead = 0;
+        source->Read(block, std::min(kBlockSize, count - *readCount), &bytesRead);
+        if (bytesRead == 0) {
             break;
         }
-        *readCount += came;
-        const std::uint32_t went = Q_StreamWriteAll(target, block, came);
-        *writtenCount += went;
-        if (went < came) {
+        *readCount += bytesRead;
+        const std::uint32_t bytesWritten = Q_StreamWriteAll(target, block, bytesRead);
+        *writtenCount += bytesWritten;
+        if (bytesWritten < bytesRead) {
             return 0;
         }
     }

@@ -17,7 +17,7 @@ std::int32_t LastError() {
     return error >= 0 && error <= kLastKnownError ? error : kOtherNetError;
 }
 
-// Passes an answer on, and stores the error number where it is a failure.
+// Returns the answer, and stores the error number if it is a failure.
 std::int32_t Reported(std::int32_t answer, std::int32_t* error) {
     if (answer != 0 && error != nullptr) {
         *error = LastError();
@@ -25,16 +25,16 @@ std::int32_t Reported(std::int32_t answer, std::int32_t* error) {
     return answer;
 }
 
-// Runs a transfer, if the text names a network file and the library has the operation.
+// Runs a transfer if the URL names a network file and the library has the operation.
 template <class Operation, class Argument>
 std::int32_t Transfer(Operation* operation, const char* url, Argument argument, std::int32_t* error) {
     const bool isAllowed = operation != nullptr && Q_IsNetFile(url);
     return Reported(isAllowed ? operation(url, argument) : kRefused, error);
 }
 
-// Runs an operation that stores a text.
+// Runs an operation that stores a string, and stores a copy in kit memory in its place.
 template <class Operation>
-std::int32_t AskForText(Operation operation, bool isAllowed, char** text) {
+std::int32_t AskForString(Operation operation, bool isAllowed, char** text) {
     if (text == nullptr) {
         Q_Fatal();
     }
@@ -54,12 +54,12 @@ using TextOperation = std::int32_t(const char* text, char** result);
 
 std::int32_t Query(TextOperation* operation, bool isAllowed, const char* text, char** result) {
     const auto ask = [&](char** stored) { return operation(text, stored); };
-    return AskForText(ask, operation != nullptr && isAllowed, result);
+    return AskForString(ask, operation != nullptr && isAllowed, result);
 }
 
 std::int32_t Open(const char* url, std::int32_t flags, char** path) {
     const auto open = [&](char** stored) { return Q_Rivlet().open(url, flags, stored); };
-    return AskForText(open, Q_Rivlet().open != nullptr && Q_IsNetFile(url), path);
+    return AskForString(open, Q_Rivlet().open != nullptr && Q_IsNetFile(url), path);
 }
 
 }  // namespace

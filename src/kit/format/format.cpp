@@ -12,7 +12,7 @@
 namespace ventrix {
 namespace {
 
-constexpr std::uint32_t kBufferRoom = 2147483646;
+constexpr std::uint32_t kBufferCapacity = 2147483646;
 constexpr std::uint32_t kLongestConsolePiece = 255;
 
 struct Output {
@@ -23,7 +23,7 @@ struct Output {
     void Write(const char* text, std::uint32_t count) { written += sink(context, text, count); }
 };
 
-// Stores how much was written through the next pointer argument; "h" asks for 16 bits.
+// Stores the count of bytes written so far through the next pointer argument; "h" selects 16 bits.
 void StoreWritten(const FormatItem& item, std::uint32_t written, FormatArguments& arguments) {
     void* target = va_arg(arguments.list, void*);
     if (target == nullptr) {
@@ -37,7 +37,7 @@ void StoreWritten(const FormatItem& item, std::uint32_t written, FormatArguments
     }
 }
 
-// Writes the item. False where memory runs out.
+// Writes the item. False when memory runs out.
 bool WriteItem(const FormatItem& item, FormatArguments& arguments, FormatBuffer& buffer, Output& output) {
     if (item.letter == 'n') {
         StoreWritten(item, output.written, arguments);
@@ -74,19 +74,20 @@ void Format(Output& output, const char* format, FormatArguments& arguments) {
 
 struct BufferContext {
     char* at;
-    std::uint32_t room;
+    std::uint32_t available;
 };
 
 std::uint32_t WriteToBuffer(void* context, const char* text, std::uint32_t count) {
     auto* buffer = static_cast<BufferContext*>(context);
-    const std::uint32_t most = std::min(count, buffer->room);
+    const std::uint32_t most = std::min(count, buffer->available);
     const std::uint32_t taken = Q_StrCopyChars(buffer->at, text, most + 1, Q_CurrentEncoding());
     buffer->at += taken;
-    buffer->room -= taken;
+    buffer->available -= taken;
     return taken;
 }
 
-// The hook takes terminated text only.
+// The hook needs terminated text, and a run is terminated only if it is the last one or a formatted item. Any
+// other run is copied in pieces.
 std::uint32_t WriteToConsole(void*, const char* text, std::uint32_t count) {
     if (Q_ConsoleHook == nullptr) {
         return count;
@@ -102,7 +103,7 @@ std::uint32_t WriteToConsole(void*, const char* text, std::uint32_t count) {
         if (taken > 0) {
             Q_ConsoleHook(piece);
         }
-        done += std::max(taken, 1U);  // a zero byte is passed over
+        done += std::max(taken, 1U);  // skips a zero byte, which ends what Q_StrCopyChars copies
     }
     return count;
 }
@@ -126,7 +127,7 @@ void Q_FormatText(char* destination, const char* format, ...) {
     if (destination == nullptr) {
         return;
     }
-    BufferContext buffer{destination, kBufferRoom};
+    BufferContext buffer{destination, kBufferCapacity};
     std::va_list arguments;
     va_start(arguments, format);
     Q_FormatCore(WriteToBuffer, &buffer, format, arguments);

@@ -12,25 +12,33 @@
 namespace ventrix {
 namespace {
 
+// Each item is printed by the C library's snprintf, with the item's own flags, width and precision. What has
+// to be done here is to make the argument and the format agree. The format is known only at run time, so the
+// argument is read from the va_list with the type that the item's size prefix and letter name, widened to one
+// type of each kind (intmax_t, uintmax_t, double, long double, int, const char*), and the item is rewritten
+// with the prefix of that type. PrintValue is then safe although the compiler cannot check its format.
+// Letters of the C library that would take other arguments (such as "a" or "S") are refused when the item is
+// read.
+
 constexpr char kConversions[] = "dioxXucsfeEgGp%nC";
 constexpr char kSizePrefixes[] = "hljztL";
-constexpr char kOthers[] = " +-#0123456789.hljztL";                  // what may stand before a conversion
-constexpr std::uint32_t kLongestItem = sizeof FormatItem::text - 2;  // a rewritten item is a byte longer
+constexpr char kFlagsAndSizes[] = " +-#0123456789.hljztL";           // allowed before the conversion
+constexpr std::uint32_t kLongestItem = sizeof FormatItem::text - 2;  // rewriting may add the prefix "j"
 
-// Appends the next integer argument in decimal. A negative precision stands for none, and takes its "." away.
+// Appends the next integer argument in decimal. A negative precision means none, so its "." is removed.
 bool AppendStar(FormatArguments& arguments, FormatItem& item, std::uint32_t& length) {
     const int value = va_arg(arguments.list, int);
     if (value < 0 && item.text[length - 1] == '.') {
         --length;
         return true;
     }
-    const std::uint32_t room = kLongestItem - length;
-    const int count = std::snprintf(item.text + length, room, "%d", value);
+    const std::uint32_t available = kLongestItem - length;
+    const int count = std::snprintf(item.text + length, available, "%d", value);
     length += static_cast<std::uint32_t>(count);
-    return static_cast<std::uint32_t>(count) < room;
+    return static_cast<std::uint32_t>(count) < available;
 }
 
-// The item's size prefix: the letters between the width and the conversion, such as "ll".
+// The letters between the width and the conversion character, such as "ll".
 std::string_view SizePrefix(const FormatItem& item) {
     std::string_view text = item.text;
     text.remove_suffix(1);
@@ -38,7 +46,7 @@ std::string_view SizePrefix(const FormatItem& item) {
     return text;
 }
 
-// The item with another size prefix and conversion letter.
+// The item with another size prefix and conversion character.
 FormatItem WithPrefix(const FormatItem& item, const char* prefix, char letter) {
     FormatItem changed = item;
     Q_StrTrunc(changed.text, Q_StrLen(item.text) - 1 - static_cast<std::uint32_t>(SizePrefix(item).size()));
@@ -67,7 +75,7 @@ std::intmax_t NextInteger(std::string_view prefix, FormatArguments& arguments) {
     return prefix == "h" ? static_cast<short>(value) : value;
 }
 
-// The bits of a signed reading, as wide as the argument was.
+// The value's bits as an unsigned number of the argument's own width.
 std::uintmax_t AsUnsigned(std::string_view prefix, std::intmax_t value) {
     if (prefix == "hh") {
         return static_cast<unsigned char>(value);
@@ -104,8 +112,7 @@ bool ReadFormatItem(const char* format, FormatArguments& arguments, FormatItem& 
             item.end = at + 1;
             return true;
         }
-        // The C library knows further letters, whose arguments are not the ones taken here.
-        if (std::strchr(kOthers, format[at]) == nullptr) {
+        if (std::strchr(kFlagsAndSizes, format[at]) == nullptr) {
             return false;
         }
     }
@@ -129,7 +136,7 @@ bool FormatBuffer::Grow(std::uint32_t size) {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 
-// The item was read and rewritten above, and the value has the type that it names.
+// The item was rewritten so that it names the type of the value.
 template <class Value>
 int FormatBuffer::PrintValue(const FormatItem& item, Value value) {
     const int length = std::snprintf(Buffer(), size_, item.text, value);
@@ -158,7 +165,7 @@ int FormatBuffer::PrintFloating(const FormatItem& item, FormatArguments& argumen
     return PrintValue(WithPrefix(item, "", item.letter), va_arg(arguments.list, double));
 }
 
-// Prints the whole sequence at the pointer. Only UTF-8 tells how long it is.
+// Prints the UTF-8 sequence at the pointer. In other encodings "C" prints nothing.
 int FormatBuffer::PrintCharacter(const FormatItem& item, const char* character) {
     char sequence[5] = "";
     if (character != nullptr && Q_CurrentEncoding() == kUtf8Encoding) {

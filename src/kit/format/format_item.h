@@ -1,4 +1,4 @@
-// One "%" item of a format: read from the format, and printed with its argument into memory of its own.
+// One conversion ("%" item) of a format: reading it from the format, and printing it with its argument.
 #pragma once
 
 #include <cstdarg>
@@ -6,23 +6,24 @@
 
 namespace ventrix {
 
-/// A copied va_list in a record, so that it passes by reference on every platform.
+/// A copied va_list. A va_list may be an array type, so only a record around it can be passed by reference on
+/// every platform.
 struct FormatArguments {
     std::va_list list;
 };
 
-/// The item's text, terminated, with the "*" fields filled in.
+/// One conversion of a format.
 struct FormatItem {
-    char text[128];
-    char letter;        ///< The conversion, the text's last byte.
-    std::uint32_t end;  ///< Bytes of the format that the item takes.
+    char text[128];  ///< The conversion as printf takes it, terminated; each "*" is replaced by its number.
+    char letter;     ///< The conversion character, which is the last byte of the text.
+    std::uint32_t end;  ///< The number of bytes that the conversion occupies in the format.
 };
 
-/// Reads the item at a "%". False, with all that is left of the format as its end, if no conversion follows
-/// or the item is longer than it can be.
+/// Reads the item at a "%". False if it is not a valid conversion or too long; its end is then the end of the
+/// format.
 bool ReadFormatItem(const char* format, FormatArguments& arguments, FormatItem& item);
 
-/// Memory for printed items: on the stack, and on the heap from the first that needs more.
+/// Holds one printed item at a time, in the object itself or, after the first long item, on the heap.
 class FormatBuffer {
   public:
     FormatBuffer() = default;
@@ -30,7 +31,7 @@ class FormatBuffer {
     FormatBuffer(const FormatBuffer&) = delete;
     FormatBuffer& operator=(const FormatBuffer&) = delete;
 
-    /// Prints the item. The bytes without the terminator, or -1 if memory runs out.
+    /// Prints the item in place of the previous one. Returns its length, or -1 when memory runs out.
     int Print(const FormatItem& item, FormatArguments& arguments);
 
     const char* Text() const { return heap_ != nullptr ? heap_ : stack_; }

@@ -14,11 +14,19 @@
 namespace ventrix {
 namespace {
 
+// The format is processed in steps: a run of white space, a literal byte, or a conversion. Each step has one
+// of four outcomes, and the loop in Scan turns them into the result: a stored item counts, a match without a
+// store (white space, a literal, a suppressed item, "n") does not, a mismatch ends the scan with the count so
+// far, and so does the end of the input, which gives -1 if nothing was stored. The functions advance the text
+// pointer as they consume input. Where they differ from the C library's scanner: a carriage return is not
+// white space, a sign at the end of the input counts as the end of the input, and a "0x" without a digit
+// reads as 0.
+
 constexpr std::uint32_t kNoWidth = std::numeric_limits<std::uint32_t>::max();
 
-// One "%" item of a format.
+// One conversion ("%" item) of the format.
 struct Conversion {
-    char letter = '\0';  // '\0': the format ends before the conversion's letter
+    char letter = '\0';  // '\0': the format ends before the conversion character
     char size = '\0';    // 'h', 'l' or none
     bool isSuppressed = false;
     std::uint32_t width = kNoWidth;
@@ -27,7 +35,7 @@ struct Conversion {
 
 enum class Outcome { kStored, kMatched, kMismatch, kInputEnd };
 
-// va_list is an array on some platforms; in a record it passes by reference everywhere.
+// A va_list may be an array type, so only a record around it can be passed by reference on every platform.
 struct Arguments {
     va_list list;
 
@@ -55,7 +63,7 @@ unsigned Byte(char byte) {
     return static_cast<unsigned char>(byte);
 }
 
-// A byte's value as a digit; 99 for what is none in any base.
+// The byte's value as a digit; 99, which is above every base, if it is not one.
 unsigned DigitValue(char byte) {
     if (IsDecimal(byte)) {
         return Byte(byte) - '0';
@@ -64,7 +72,8 @@ unsigned DigitValue(char byte) {
     return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : 99;
 }
 
-// Reads a set from behind its "[" to behind its "]", or to the format's end where that is missing.
+// Reads a set from after its "[" to after its "]", or to the end of the format if that is missing. A "]" at
+// the start of the set is a member.
 std::bitset<256> ReadSet(const char*& format) {
     const bool isNegated = *format == '^';
     if (isNegated) {
@@ -98,8 +107,8 @@ std::uint32_t ReadWidth(const char*& format) {
     return width == 0 ? kNoWidth : width;
 }
 
-// Reads an item from behind its "%". What stands before the letter and is no flag, width or size is passed
-// over.
+// Reads a conversion from after its "%". Characters that have no meaning before the conversion character are
+// skipped.
 Conversion ReadConversion(const char*& format) {
     Conversion item;
     while (*format != '\0' && Q_StrChr("dioxXucsfegn[%", *format) == nullptr) {
@@ -150,7 +159,7 @@ unsigned BaseOf(char letter) {
     }
 }
 
-// Steps over "0x" where the base allows it and a digit follows, and settles the base that "i" leaves open.
+// Skips "0x" if the base allows it and a digit follows, and determines the base for "i" (0).
 unsigned ReadPrefix(const char*& text, const char* end, unsigned base) {
     const bool isHexadecimal =
         end - text > 2 && text[0] == '0' && (text[1] | 0x20) == 'x' && DigitValue(text[2]) < 16;
@@ -164,7 +173,7 @@ unsigned ReadPrefix(const char*& text, const char* end, unsigned base) {
     return *text == '0' ? 8 : 10;
 }
 
-// The end of what an item may read: its width, or the end of the text.
+// The position up to which an item may read: its width, or the end of the text.
 const char* LimitOf(const char* text, const Conversion& item) {
     return text + std::min(Q_StrLen(text), item.width);
 }
@@ -197,12 +206,12 @@ Outcome ScanInteger(const char*& text, const Conversion& item, Arguments& argume
 }
 
 Outcome ScanFloating(const char*& text, const Conversion& item, Arguments& arguments) {
-    const char* behindSign = text;
-    ReadSign(behindSign);
-    if (*behindSign == '\0') {
+    const char* afterSign = text;
+    ReadSign(afterSign);
+    if (*afterSign == '\0') {
         return Outcome::kInputEnd;
     }
-    // strtod would skip further kinds of white space, such as a carriage return.
+    // strtod itself would skip these, which are not white space here.
     if (std::strchr("\r\v\f", *text) != nullptr) {
         return Outcome::kMismatch;
     }
@@ -217,7 +226,7 @@ Outcome ScanFloating(const char*& text, const Conversion& item, Arguments& argum
                             : Store(static_cast<float>(value), item, arguments);
 }
 
-// Reads the bytes that a "s" or "[" item accepts into the caller's buffer, and terminates it.
+// Reads the bytes that an "s" or "[" item accepts into the caller's buffer and terminates it.
 template <class Accepts>
 Outcome ScanBytes(const char*& text, const Conversion& item, Arguments& arguments, Accepts accepts) {
     if (*text == '\0') {
@@ -285,7 +294,7 @@ Outcome ScanItem(const char* start, const char*& text, const Conversion& item, A
     }
 }
 
-// Reads what one step of the format asks for: a run of spaces, a literal byte or an item.
+// Processes one step of the format: a run of white space, a literal byte or a conversion.
 Outcome ScanStep(const char* start, const char*& text, const char*& format, Arguments& arguments) {
     if (IsSpace(*format)) {
         SkipSpaces(format);

@@ -1,14 +1,14 @@
-// A reader of formatted text in the manner of the C library's sscanf, with the kit's own rules for ends and
-// spaces.
+// Formatted input in the manner of the C library's sscanf, with the kit's own rules for the end of the input
+// and for white space.
 #pragma once
 
 namespace ventrix {
 
-/// Reads the text by the format into the variables that the pointers name. The conversions are "d", "i", "o",
-/// "x", "X", "u", "c", "s", "f", "e", "g", "n", "[" and "%", with a width, a "*" that suppresses the store,
-/// "h" for 16-bit integers and "l" for doubles; integers are 32 bits wide otherwise. White space is space,
-/// tab and line feed. The number of items stored, or -1 where the text ends before the first; -1 for a null
-/// or empty text.
+/// Reads the text according to the format and stores values through the pointers. The conversions are "d",
+/// "i", "o", "x", "X", "u", "c", "s", "f", "e", "g", "n", "[" and "%". They take a width and a "*" that
+/// suppresses the store. Integers are 32 bits wide, with "h" 16 bits; a floating value is a float, with "l" a
+/// double. White space is space, tab and line feed. Returns the number of items stored ("n" does not count),
+/// or -1 if the text ends before the first item; -1 for a null or empty text.
 int Q_ScanText(const char* text, const char* format, ...);
 
 }  // namespace ventrix

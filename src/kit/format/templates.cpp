@@ -33,20 +33,20 @@ struct TemplateOutput {
     }
 };
 
-// The first position at or behind the wanted one at which a character begins.
+// The first position from the wanted one on at which a character begins.
 std::uint32_t CharacterStart(const char* text, std::uint32_t wanted) {
     const std::uint32_t before = Q_CutPoint(text, wanted, Q_CurrentEncoding());
     return before == wanted ? wanted : before + Q_CharacterLength(text + before, Q_CurrentEncoding());
 }
 
-// Inserts a text that may take this many bytes: its two ends, where the whole is too long.
-void Insert(TemplateOutput& output, const char* text, std::uint32_t room) {
+// Inserts a string in at most `limit` bytes: its two ends if it is too long as a whole.
+void Insert(TemplateOutput& output, const char* text, std::uint32_t limit) {
     const std::uint32_t length = Q_StrLen(text);
-    if (length <= room || room < kLeastShortened) {
-        output.Append(text, std::min(length, room));
+    if (length <= limit || limit < kLeastShortened) {
+        output.Append(text, std::min(length, limit));
         return;
     }
-    const std::uint32_t kept = room - Q_StrLen(kEllipsis);
+    const std::uint32_t kept = limit - Q_StrLen(kEllipsis);
     const std::uint32_t first = kept / 2;
     output.Append(text, first);
     output.Append(kEllipsis, Q_StrLen(kEllipsis));
@@ -67,7 +67,7 @@ std::string Formatted(const char* format, ...) {
     return result;
 }
 
-// The text of a string id, expanded without arguments; empty if there is none.
+// The resource string with this id, expanded without arguments; empty if there is none.
 std::string ResourceText(std::uint32_t id) {
     char text[kFixedTextSize] = "";
     Q_LoadResourceTemplate(id, text, sizeof text, "");
@@ -95,7 +95,7 @@ std::string ArgumentText(const Q_TemplateArgument& argument) {
     }
 }
 
-// What a letter stands for; the other text for a letter that is none.
+// The string that a letter inserts; `otherwise` for a letter without a meaning.
 std::string TextFor(char letter, const Q_TemplateArguments& arguments, const char* otherwise) {
     if (letter >= '0' && letter <= '9') {
         return ArgumentText(arguments.slots[letter - '0']);
@@ -112,8 +112,8 @@ std::string TextFor(char letter, const Q_TemplateArguments& arguments, const cha
     }
 }
 
-// Reads what stands behind a "%", and steps over it.
-std::string ReadPlace(const char*& text, const Q_TemplateArguments& arguments) {
+// Reads a placeholder from after its "%", moves past it and returns the string to insert.
+std::string ReadPlaceholder(const char*& text, const Q_TemplateArguments& arguments) {
     if (*text != '{') {
         const char letter = *text;
         text += letter == '\0' ? 0 : 1;
@@ -129,22 +129,22 @@ std::string ReadPlace(const char*& text, const Q_TemplateArguments& arguments) {
 
 void Expand(const char* text, const Q_TemplateArguments& arguments, TemplateOutput& output) {
     while (*text != '\0') {
-        const char* place = Q_StrChr(text, '%');
+        const char* percent = Q_StrChr(text, '%');
         const std::uint32_t run =
-            place == nullptr ? Q_StrLen(text) : static_cast<std::uint32_t>(place - text);
+            percent == nullptr ? Q_StrLen(text) : static_cast<std::uint32_t>(percent - text);
         output.Append(text, run);
         text += run;
-        if (place == nullptr) {
+        if (percent == nullptr) {
             return;
         }
         ++text;
-        const std::string inserted = ReadPlace(text, arguments);
+        const std::string inserted = ReadPlaceholder(text, arguments);
         const std::uint32_t needed = Q_StrLen(text) + 1;
         Insert(output, inserted.c_str(), output.Left() > needed ? output.Left() - needed : 0);
     }
 }
 
-// Takes the arguments that the type string tells.
+// Takes the arguments that the type string describes.
 Q_TemplateArguments ReadArguments(const char* types, std::va_list list) {
     Q_TemplateArguments arguments{};
     for (int index = 0; index < kTemplateSlots && Q_StrChr("dxXrfps", types[index]) != nullptr; ++index) {

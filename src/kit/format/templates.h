@@ -1,6 +1,6 @@
-// Message templates: texts with places for arguments. "%0" to "%9" insert an argument, "%p" the host's name,
-// "%u" the user's name, "%%" a percent sign; "%{0 any words}" is a long form of "%0". All texts are in the
-// current encoding.
+// Message templates: strings with placeholders. "%0" to "%9" insert an argument, "%p" the host's name, "%u"
+// the user's name, and "%%" a percent sign. "%{0 any words}" is a long form of "%0". All strings are in the
+// kit's current encoding.
 #pragma once
 
 #include <cstdint>
@@ -9,10 +9,11 @@ namespace ventrix {
 
 constexpr int kTemplateSlots = 10;
 
-/// One argument: a type letter, or 0 for none, and the value that goes with it.
+/// One argument: a type letter, or 0 for no argument, and its value.
 struct Q_TemplateArgument {
-    char type;  ///< "d", "x", "X" and "r" (a string id) have an integer, "f" a number, "s" a text, "p" a
-                ///< pointer.
+    /// "d", "x", "X" and "r" (the id of a resource string) use `integer`, "f" `number`, "s" `text`, "p"
+    /// `pointer`.
+    char type;
     union {
         std::int32_t integer;
         double number;
@@ -25,21 +26,22 @@ struct Q_TemplateArguments {
     Q_TemplateArgument slots[kTemplateSlots];
 };
 
-/// Expands the template into the output, which has size bytes with the terminator. An inserted text that is
-/// too long for what the rest of the template leaves is shortened in its middle. A missing argument gives
-/// "???". Null arguments are none. Always 0.
+/// Expands the template into the output, whose size in bytes includes the terminator. An inserted string that
+/// does not fit, with the rest of the template after it, is shortened in the middle, or cut off if fewer than
+/// six bytes are left for it. A missing argument gives "???"; null `arguments` means that all are missing.
+/// Always 0.
 int Q_ExpandTemplate(const char* text, char* output, std::uint32_t size,
                      const Q_TemplateArguments* arguments);
 
-/// Expands the resource string with the arguments that the type string tells: one letter for each, at most
-/// ten, up to the first that is none. 0, or -1 and the empty text if there is no such string.
+/// Expands a resource string. `types` has one type letter for each argument, at most ten; a character that is
+/// not a type letter ends the list. 0, or -1 and the empty string if there is no such resource.
 int Q_LoadResourceTemplate(std::uint32_t id, char* output, std::uint32_t size, const char* types, ...);
 
-/// "Quorlane Xml Author", in any case, makes "%p" "Quorlane XML Author"; any other name makes it "Quorlane".
-/// Always 0.
+/// Sets what "%p" inserts: for the name "Quorlane Xml Author", in any case, "Quorlane XML Author"; for any
+/// other name "Quorlane". Always 0.
 int Q_SetHostVariant(const char* name);
 
-/// The name for "%u", copied. Null or empty, as at load: nothing is inserted.
+/// Sets the name that "%u" inserts; it is copied. Null, or the empty string as initially, inserts nothing.
 void Q_SetUserName(const char* name);
 
 }  // namespace ventrix

@@ -31,7 +31,7 @@ FilePath* NewFilePath(const char* text) {
     return path;
 }
 
-// A text that the buffer can't hold gives no path: cut, it would name another file.
+// A text that the buffer cannot hold gives null: cut, it would name another file.
 FilePath* Resolve(const char* text, const FilePath* anchor) {
     char path[kPathBufferSize];
     if (Q_StrCopyN(path, text, sizeof path) != Q_StrLen(text)) {

@@ -21,7 +21,7 @@ struct Token {
     std::string text;
 };
 
-// Reads the text of a token, up to the next "<", and takes the escapes out.
+// Reads the text of a token, up to the next "<", and resolves its escapes.
 std::string ReadTokenText(std::string_view& portable) {
     std::string text;
     while (!portable.empty() && portable[0] != '<') {
@@ -34,8 +34,8 @@ std::string ReadTokenText(std::string_view& portable) {
     return text;
 }
 
-// Reads the next token. What stands before the first one, or has no ">", comes back as a token without a
-// name.
+// Reads the next token. Text before the first token gives a token without a name, and a name without its ">"
+// extends to the end; neither is a known token.
 Token ReadToken(std::string_view& portable) {
     Token token;
     const std::size_t end = portable.find('>');
@@ -48,7 +48,8 @@ Token ReadToken(std::string_view& portable) {
     return token;
 }
 
-// Appends what the token stands for. False for a token that can't stand behind the previous one.
+// Appends the native form of the token. Unknown tokens are skipped. False for a token that must not follow
+// the previous one.
 bool AppendToken(const Token& token, std::string_view previous, std::string& native) {
     const bool isFirst = native.empty();
     if (token.name == "<r>") {
@@ -87,11 +88,11 @@ std::optional<std::string> ToNative(std::string_view portable) {
     if (native.size() < 2) {
         return std::nullopt;
     }
-    native.pop_back();
+    native.pop_back();  // every token ends in a separator
     return native;
 }
 
-// A component as a token. A "<" in it would begin the next one.
+// The token of a component. A "<" in the component is escaped, since it would begin the next token.
 std::string ComponentToken(std::string_view component) {
     if (component == ".") {
         return "";
@@ -106,7 +107,7 @@ std::string ComponentToken(std::string_view component) {
     return token;
 }
 
-// Takes the root off the text, and answers its token.
+// Removes the root from the path and returns its token.
 std::string TakeRoot(std::string_view& native) {
     std::string token;
     if (native.size() > 1 && native[1] == ':') {
@@ -125,7 +126,7 @@ std::optional<std::string> ToPortable(std::string_view native) {
     std::string portable = TakeRoot(native);
     while (!native.empty()) {
         const std::size_t end = std::min(native.find('\\'), native.size());
-        // A shortened component would name another file.
+        // A component that were cut to the limit would name another file.
         if (end > kLongestComponent) {
             return std::nullopt;
         }

@@ -8,11 +8,17 @@
 
 #include "kit/paths/file_path.h"
 #include "kit/paths/rivlet.h"
-#include "kit/text/case_table.h"
 #include "kit/text/strings.h"
 
 namespace ventrix {
 namespace {
+
+// The path and the folder of the base are compared byte by byte through the case table, up to the first
+// difference. They count as related if at least one component (a drive, a server or a name) ends within the
+// matched part; otherwise the path stays absolute. If the whole folder matched and the path goes on with a
+// separator, the result is the rest of the path. If not, the result climbs from the folder to the last common
+// separator, one "..\" for each separator left in the folder, and descends from there to the path. The
+// matched length may end inside a component ("ab" and "ac"), so both sides first step back to its start.
 
 constexpr std::string_view kUp = "..\\";
 constexpr std::size_t kMostUpBytes = 4092;
@@ -21,7 +27,7 @@ bool IsDrive(std::string_view text) {
     return text.size() == 2 && text[1] == ':';
 }
 
-// Takes one separator off the end.
+// The text without one trailing separator.
 std::string_view Trimmed(std::string_view text) {
     if (!text.empty() && Q_IsSeparator(text.back())) {
         text.remove_suffix(1);
@@ -50,29 +56,29 @@ std::size_t MatchLength(std::string_view path, std::string_view folder) {
     return static_cast<std::size_t>(differs.first - path.begin());
 }
 
-// Whether a component ends inside the stretch. Separators at its start end none.
-bool HoldsComponent(std::string_view stretch) {
-    const std::size_t start = stretch.find_first_not_of("\\/:");
-    return start != std::string_view::npos && stretch.find_first_of("\\/:", start) != std::string_view::npos;
+// Whether a component ends within the text. Separators at its start do not end one.
+bool HoldsComponent(std::string_view text) {
+    const std::size_t start = text.find_first_not_of("\\/:");
+    return start != std::string_view::npos && text.find_first_of("\\/:", start) != std::string_view::npos;
 }
 
-// The rest of a path on the drive that the folder is the root of.
-std::string_view BehindDrive(std::string_view path) {
+// The path without its drive and the separator after it.
+std::string_view WithoutDrive(std::string_view path) {
     path.remove_prefix(2);
     return !path.empty() && Q_IsSeparator(path[0]) ? path.substr(1) : path;
 }
 
-// The way up from the folder and down to the path, which part in the component at the matched length.
+// The relative path from the folder up to the last common separator and down to the path.
 std::string UpAndDown(std::string_view path, std::string_view folder, std::size_t matched) {
     std::size_t start = std::min(matched, path.size());
     while (start > 0 && !Q_IsSeparator(path[start - 1])) {
         --start;
     }
-    // Two that share no separator, as those of a drive in both styles of separators, have no common folder.
+    // Without a common separator there is no common folder: "C:/a" and "C:\b" share only the drive's letters.
     if (start == 0) {
         return std::string(path);
     }
-    const std::string_view left = folder.substr(start - 1);
+    const std::string_view left = folder.substr(start - 1);  // from the common separator on
     const auto levels = static_cast<std::size_t>(std::count_if(left.begin(), left.end(), Q_IsSeparator));
     if (levels * kUp.size() > kMostUpBytes) {
         return std::string(path);
@@ -94,7 +100,7 @@ std::string Relative(std::string_view path, std::string_view folder) {
         return std::string(path.substr(matched + 1));
     }
     if (IsDrive(folder) && IsDrive(path.substr(0, 2)) && path[0] == folder[0]) {
-        return std::string(BehindDrive(path));
+        return std::string(WithoutDrive(path));
     }
     return UpAndDown(path, folder, matched);
 }
@@ -112,7 +118,7 @@ void MakeUrlRelative(char* path, const char* base) {
     }
 }
 
-// The byte behind a "%", or 0 if there is none to be read.
+// The byte that two hexadecimal digits after a "%" give; 0 if they are malformed.
 char EscapedByte(const char* digits) {
     unsigned char value = 0;
     const char* end = digits + std::min<std::uint32_t>(Q_StrLen(digits), 2);

@@ -15,7 +15,7 @@
 namespace ventrix {
 namespace {
 
-// Nothing in this system sets a home folder; without one a leading "~" stands for nothing.
+// Empty unless a client sets one; a leading "~" is then removed.
 std::string homeFolder;
 
 void Append(std::string& text, std::string_view more) {
@@ -34,7 +34,8 @@ std::size_t EndOfSeparators(std::string_view text, std::size_t start) {
     return std::min(text.find_first_not_of("\\/", start), text.size());
 }
 
-// The value of the variable whose "$" stands at the position, and in end where its name ends.
+// The value of the variable whose "$" is at the position, if it is set; stores where its name ends. A "$."
+// that does not begin the path is not a variable.
 std::optional<std::string> VariableAt(std::string_view path, std::size_t position, std::size_t& end) {
     if (position > 0 && path.substr(position + 1, 1) == ".") {
         return std::nullopt;
@@ -63,7 +64,15 @@ std::string ExpandVariables(std::string_view path) {
     return expanded;
 }
 
-// The path rewritten without ".", ".." and doubled separators.
+// Rewrites a path without ".", ".." and repeated separators, reading it once from start to end.
+//
+// The input is a sequence of components and runs of separators. A run is written as one separator, always the
+// byte of the first separator met, so that mixed styles become one; only two leading backslashes stay two,
+// because they introduce a server. "." is dropped with the separators after it. ".." removes the last
+// component from the output together with the separator before it, so that the separator after ".." takes its
+// place. What cannot be removed is the root, which is a leading separator or a drive with its separator:
+// there ".." is dropped like ".". A ".." beyond the start of a relative path is dropped too, since the result
+// has to stay relative and must not begin with a separator.
 class Normalizer {
   public:
     explicit Normalizer(std::string_view text) : text_(text) {}
@@ -102,7 +111,7 @@ class Normalizer {
         }
     }
 
-    // At a component the output is empty or ends in a separator.
+    // When a component is read, the output is empty or ends in a separator.
     void ClimbUp() {
         if (IsAtRoot()) {
             SkipSeparators();
@@ -117,13 +126,13 @@ class Normalizer {
             --cut;
         }
         output_.resize(cut);
-        // A relative path that climbs out of itself stays a relative path.
+        // With nothing left in front, a separator would make the path absolute.
         if (!hasParent) {
             SkipSeparators();
         }
     }
 
-    // The separator behind a drive, or the one that the path begins with.
+    // Whether the output is only a root: a drive and its separator, or the leading separator.
     bool IsAtRoot() const {
         return output_.size() >= 2 ? output_[output_.size() - 2] == ':' : output_.size() == 1;
     }
@@ -133,7 +142,7 @@ class Normalizer {
     std::string_view text_;
     std::size_t position_ = 0;
     std::string output_;
-    char separator_ = '\0';  // the first one met, which stands for all
+    char separator_ = '\0';  // the first one met, which replaces all others
 };
 
 void ResolveUrl(char* path, const char* base) {
@@ -141,11 +150,11 @@ void ResolveUrl(char* path, const char* base) {
     char* url = nullptr;
     const bool isDone = Q_AbsoluteUrl((std::string(base) + "/").c_str(), path, &url) == 0;
     const Q_String owner(url);
-    // A cut URL would name another file.
+    // A URL that were cut to the limit would name another file.
     Q_StrCopy(path, isDone && Q_StrLen(url) < kPathBufferSize ? url : nullptr);
 }
 
-// The base, if the path is relative, with the path behind it.
+// The path appended to the base, or alone if it is absolute.
 std::string Join(const char* path, const char* base) {
     char joined[kPathBufferSize] = "";
     if (!Q_IsAbsolutePath(path)) {

@@ -1,19 +1,21 @@
-// Joining a path to a base and normalising the outcome, in place. Both "\" and "/" separate components. A
-// null buffer is fatal.
+// Joining a path to a base and normalising the result, in place. Strings are in the kit's current encoding;
+// both "\" and "/" separate components. A null buffer is fatal.
 #pragma once
 
 namespace ventrix {
 
-/// Joins the path to the base if it is relative, expands its variables and takes out ".", ".." and doubled
-/// separators. The buffer has kPathBufferSize bytes. A network file stays as it is. An outcome that could
-/// not be formed is empty.
+/// Expands the variables of the path, joins it to the base if it is relative, and removes ".", ".." and
+/// repeated separators. The buffer has kPathBufferSize bytes; a longer result is cut between two characters.
+/// A network file does not change. A relative path with a network file as base becomes a URL, or empty if the
+/// library cannot form one. A null base is an empty one.
 void Q_ResolvePath(char* path, const char* base);
 
-/// Replaces "$NAME" components by the environment's value and a leading "~" by the kit's home folder. The
-/// buffer has kPathBufferSize bytes, and longer outcomes are cut between two characters.
+/// Replaces "$NAME", which extends to the next separator, with the environment variable of that name if there
+/// is one, and a leading "~" with the kit's home folder. The buffer has kPathBufferSize bytes; a longer
+/// result is cut between two characters.
 void Q_ExpandPathVariables(char* path);
 
-/// The folder for a leading "~", copied. Null or empty, as at load: "~" stands for nothing.
+/// Sets the folder that replaces a leading "~"; it is copied. With null, or initially, "~" is just removed.
 void Q_SetHomeFolder(const char* folder);
 
 }  // namespace ventrix

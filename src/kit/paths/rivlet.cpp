@@ -13,7 +13,7 @@ namespace {
 
 std::optional<RivletLibrary> bound;
 
-// Protocols that move files.
+// Schemes of the protocols that transfer files.
 constexpr const char* kNetworkSchemes[] = {"http", "https", "ftp",    "ftps",   "sftp",
                                            "dav",  "davs",  "webdav", "webdavs"};
 
@@ -45,7 +45,7 @@ RivletLibrary LookUp() {
     return loaded.isNetFile != nullptr ? loaded : Load(platform::OpenLibraryBesideProgram("Rivlet"));
 }
 
-// Whether the text is the scheme with "://" behind it, letters in either case.
+// Whether the text begins with the scheme, in any case, followed by "://".
 bool HasScheme(const char* text, const char* scheme) {
     const std::uint32_t length = Q_StrLen(scheme);
     if (!Q_StrPrefix(text + std::min(length, Q_StrLen(text)), "://")) {
@@ -61,7 +61,7 @@ bool HasNetworkScheme(const char* text) {
 
 using UrlOperation = std::int32_t(const char* base, const char* path, char** url);
 
-// Runs an operation that stores a text of the library's, and stores a copy of that in kit memory.
+// Runs an operation that stores a string, and stores a copy in kit memory in its place.
 std::int32_t AskForUrl(UrlOperation* operation, bool isAllowed, const char* base, const char* path,
                        char** result) {
     if (result == nullptr) {

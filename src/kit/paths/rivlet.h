@@ -1,7 +1,7 @@
-// The host's network-file library, looked up when it is first asked: in the process, then beside the program.
-// Where it is absent, a text with the scheme of a network protocol is a network file, and every transfer
-// fails. Results are in kit memory, and the caller frees them with Q_Free; on failure they are null. A null
-// out-pointer is fatal.
+// The host's network-file library, looked up at the first call: in the process, then in the folder of the
+// program. Without it, a string with the scheme of a network protocol counts as a network file, and every
+// transfer fails. Results are in kit memory, owned by the caller; on failure they are null. A null pointer to
+// a result is fatal.
 #pragma once
 
 #include <cstdint>
@@ -10,10 +10,10 @@
 
 namespace ventrix {
 
-/// The library's operations by their names in it; null where it is absent or lacks one. Answers of type int32
-/// are 0 on success. Texts that it stores are its own and go back through free.
+/// The library's operations; null for those that it lacks, and for all if it is absent. Results of type int32
+/// are 0 on success. The library owns the strings that it stores; they are freed with `free`.
 struct RivletLibrary {
-    std::int32_t (*isNetFile)(const char* text);  ///< 0 for a network file.
+    std::int32_t (*isNetFile)(const char* text);  ///< 0 if the string names a network file.
     std::int32_t (*getAbsoluteUrl)(const char* base, const char* path, char** url);
     std::int32_t (*getRelativeUrl)(const char* base, const char* path, char** url);
     void (*free)(void* text);
@@ -32,24 +32,24 @@ struct RivletLibrary {
 /// The library's operations, looked up at the first call.
 const RivletLibrary& Q_Rivlet();
 
-/// Takes the library from this handle instead; null stands for its absence. Tests put their own in its place.
+/// Uses the library of this handle from now on; null means that there is none.
 void Q_BindRivlet(platform::LibraryHandle library);
 
-/// A copy in kit memory of a text that the library stored, which goes back to it. Null for null.
+/// Copies a string that the library stored into kit memory and frees the original. Null for null.
 char* Q_TakeRivletText(char* text);
 
-/// Whether the text names a network file. False for null.
+/// Whether the string names a network file. False for null.
 bool Q_IsNetFile(const char* text);
 
-/// True for what is no network file, and for null.
+/// The opposite of Q_IsNetFile; true for null.
 bool Q_IsLocalPath(const char* text);
 
-/// Stores the absolute URL of a path seen from a base. 0 on success, else 1 or the library's answer; 1 unless
-/// the base is a network file.
+/// Stores the absolute URL of a path relative to a base. 0 on success, else 1 or the library's result; 1 if
+/// the base is not a network file.
 std::int32_t Q_AbsoluteUrl(const char* base, const char* path, char** result);
 
-/// Stores the URL of the path relative to the base. 0 on success, else 1 or the library's answer; 1 unless
-/// both are network files.
+/// Stores the URL of the path relative to the base. 0 on success, else 1 or the library's result; 1 if one of
+/// them is not a network file.
 std::int32_t Q_RelativeUrl(const char* base, const char* path, char** result);
 
 }  // namespace ventrix

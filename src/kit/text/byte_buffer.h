@@ -1,5 +1,5 @@
-// Bytes that grow in kit memory. It owns its block until the text is taken. An allocation that fails is
-// fatal.
+// A growing sequence of bytes in kit memory. The buffer owns its block until TakeText hands it over. An
+// allocation that fails is fatal.
 #pragma once
 
 #include <cstdint>
@@ -17,19 +17,19 @@ class ByteBuffer {
         return *this;
     }
 
-    /// Makes the buffer longer and answers where the new bytes lie. Their content is undefined. Earlier
-    /// addresses no longer hold.
+    /// Adds count bytes with undefined content and returns their address. Invalidates earlier addresses.
     char* Extend(std::uint64_t count);
 
     void Append(const void* bytes, std::uint32_t count);
 
-    /// Cuts the buffer to a size that it has or exceeds.
+    /// Shortens the buffer to `size`, which must not exceed its current size.
     void Shrink(std::uint32_t size) { size_ = size; }
 
     std::uint32_t Size() const { return size_; }
     const char* Data() const { return bytes_; }
 
-    /// The bytes with two zero bytes behind them, in a block of exactly that size, which is the caller's.
+    /// Hands the bytes to the caller, followed by two zero bytes, in a block of exactly that size. The buffer
+    /// is empty afterwards.
     char* TakeText();
 
   private:

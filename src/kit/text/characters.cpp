@@ -10,6 +10,7 @@ namespace ventrix {
 namespace {
 
 std::uint32_t CutUtf8(const char* text, std::uint32_t length) {
+    // No character is longer; in malformed text the search has to stop somewhere.
     constexpr std::uint32_t kFarthest = 4;
     std::uint32_t position = length;
     while (position > 0 && length - position < kFarthest && Q_IsContinuation(text[position])) {
@@ -48,8 +49,8 @@ std::uint32_t Q_CutPoint(const char* text, std::uint32_t length, std::int32_t en
 }
 
 std::uint32_t Q_StrCopyChars(char* destination, const char* text, std::uint32_t size, std::int32_t encoding) {
-    const std::uint32_t room = size == 0 ? 0 : size - 1;
-    return Q_StrCopyN(destination, text, Q_CutPoint(text, room, encoding) + 1);
+    const std::uint32_t limit = size == 0 ? 0 : size - 1;
+    return Q_StrCopyN(destination, text, Q_CutPoint(text, limit, encoding) + 1);
 }
 
 std::uint32_t Q_StrCatChars(char* destination, const char* text, std::uint32_t size, std::int32_t encoding) {

@@ -16,7 +16,7 @@ struct CollatorCloser {
 };
 using Collator = std::unique_ptr<UCollator, CollatorCloser>;
 
-// A collator of the default locale; null where ICU has none.
+// A collator of the default locale; null if ICU has none.
 Collator OpenCollator(UCollationStrength strength) {
     UErrorCode status = U_ZERO_ERROR;
     Collator collator(ucol_open(nullptr, &status));
@@ -41,7 +41,7 @@ const UChar* Units(const Q_String& text) {
     return reinterpret_cast<const UChar*>(text.get());
 }
 
-// The first character's units; none for null and the empty text.
+// Decodes the first character and returns the number of its units; 0 for null and the empty string.
 int FirstCharacter(const char* text, char16_t (&units)[2]) {
     return Q_StrLen(text) == 0 ? 0 : Q_Utf8ToUnits(text, units);
 }
@@ -59,7 +59,7 @@ int Q_CollateUtf8(const char* first, const char* second, int strength) {
 }
 
 int Q_CollateChars(const char* first, const char* second) {
-    // Opening a collator reads its rules; one serves to the end of the process.
+    // Opening a collator loads its rules, so one is kept until the process ends.
     static const UCollator* const collator = OpenCollator(UCOL_SECONDARY).release();
     if (collator == nullptr) {
         return 0;

@@ -41,7 +41,7 @@ char16_t UnitAt(const void* text, std::size_t index) {
     return unit;
 }
 
-// The text's length in bytes without its terminator.
+// The length in bytes, without the terminator.
 std::uint32_t ByteLength(const void* text, bool isUtf16) {
     if (!isUtf16) {
         return Q_StrLen(static_cast<const char*>(text));
@@ -65,12 +65,12 @@ char* QuestionMarks(bool isUtf16) {
     return marks.TakeText();
 }
 
-// An open ICU converter; null inside where ICU could not open it.
+// Owns an ICU converter; Get is null if ICU could not open it.
 class Converter {
   public:
     explicit Converter(const char* name) {
         UErrorCode status = U_ZERO_ERROR;
-        // ICU's default converter is asked for by null.
+        // A null name selects ICU's default converter.
         converter_ = ucnv_open(Is(name, kLocaleName) ? nullptr : name, &status);
         if (U_FAILURE(status) != 0) {
             converter_ = nullptr;
@@ -86,7 +86,15 @@ class Converter {
     UConverter* converter_ = nullptr;
 };
 
-// One conversion from a named converter to another.
+// A conversion walks the source text one character at a time and collects runs: everything between two
+// control characters. A run goes through ICU as a whole, first from the source encoding to UTF-16, then from
+// UTF-16 to the target encoding; if one side is UTF-16 already, that step is left out. A control character
+// ends the run and is appended unconverted, because some converters (JIS7, HZ) use control bytes for
+// themselves and others have none of them. Each run opens its own converters, so an encoding with shift
+// states starts every run in its initial state. A run that fails contributes nothing, and the next one
+// starts afresh.
+//
+// The job holds the parameters of one conversion, which do not change during it.
 struct Job {
     const char* source;
     const char* target;
@@ -120,7 +128,7 @@ void InstallEscape(UConverter* converter) {
     ucnv_setToUCallBack(converter, UCNV_TO_U_CALLBACK_ESCAPE, nullptr, nullptr, nullptr, &status);
 }
 
-// The run as UTF-16; empty where it could not be read.
+// The run in UTF-16; empty if it cannot be converted.
 ByteBuffer RunToUnits(const Job& job, const ByteBuffer& run) {
     ByteBuffer units;
     const Converter converter(job.source);
@@ -131,37 +139,40 @@ ByteBuffer RunToUnits(const Job& job, const ByteBuffer& run) {
         InstallEscape(converter.Get());
     }
     ucnv_setFallback(converter.Get(), true);
-    const std::int32_t room = Capacity(std::uint64_t{run.Size()} * 2 + 1);
-    auto* output = reinterpret_cast<UChar*>(units.Extend(static_cast<std::uint64_t>(room) * sizeof(UChar)));
+    // Escapes take more units than the bytes they stand for, so a run of many may not fit; it is then
+    // dropped.
+    const std::int32_t capacity = Capacity(std::uint64_t{run.Size()} * 2 + 1);
+    auto* output =
+        reinterpret_cast<UChar*>(units.Extend(static_cast<std::uint64_t>(capacity) * sizeof(UChar)));
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t count =
-        ucnv_toUChars(converter.Get(), output, room, run.Data(), Capacity(run.Size()), &status);
+        ucnv_toUChars(converter.Get(), output, capacity, run.Data(), Capacity(run.Size()), &status);
     units.Shrink(U_FAILURE(status) != 0 ? 0 : static_cast<std::uint32_t>(count) * sizeof(UChar));
     return units;
 }
 
-// Appends the units in the target's encoding; nothing where they could not be written.
-void AppendUnits(const Job& job, const ByteBuffer& units, std::int32_t room, ByteBuffer& output) {
+// Appends the units in the target encoding, at most `capacity` bytes; nothing if they cannot be converted.
+void AppendUnits(const Job& job, const ByteBuffer& units, std::int32_t capacity, ByteBuffer& output) {
     const Converter converter(job.target);
     if (converter.Get() == nullptr) {
         return;
     }
     const std::uint32_t before = output.Size();
-    char* place = output.Extend(static_cast<std::uint64_t>(room));
+    char* place = output.Extend(static_cast<std::uint64_t>(capacity));
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t count =
-        ucnv_fromUChars(converter.Get(), place, room, reinterpret_cast<const UChar*>(units.Data()),
+        ucnv_fromUChars(converter.Get(), place, capacity, reinterpret_cast<const UChar*>(units.Data()),
                         Capacity(units.Size() / sizeof(UChar)), &status);
     output.Shrink(before + (U_FAILURE(status) != 0 ? 0 : static_cast<std::uint32_t>(count)));
 }
 
-// Converts the run to the end of the output, and empties it.
+// Appends the converted run to the output and empties the run.
 void FlushRun(const Job& job, ByteBuffer& run, ByteBuffer& output) {
     if (run.Size() == 0) {
         return;
     }
     const std::uint64_t length = job.isFromUtf16 ? run.Size() / sizeof(UChar) : run.Size();
-    const std::uint64_t room = job.isFromUtf16 ? length * 4 + 4 : (length * 2 + 1) * 4;
+    const std::uint64_t capacity = job.isFromUtf16 ? length * 4 + 4 : (length * 2 + 1) * 4;
     ByteBuffer converted;
     const ByteBuffer* units = &run;
     if (!job.isFromUtf16) {
@@ -171,12 +182,12 @@ void FlushRun(const Job& job, ByteBuffer& run, ByteBuffer& output) {
     if (job.isToUtf16) {
         output.Append(units->Data(), units->Size());
     } else if (units->Size() > 0) {
-        AppendUnits(job, *units, Capacity(room), output);
+        AppendUnits(job, *units, Capacity(capacity), output);
     }
     run.Shrink(0);
 }
 
-// Bytes of the character at the text. Its value lies below 0x20 only if that is its first byte or unit.
+// The length in bytes of the character at the text.
 std::uint32_t CharacterBytes(const Job& job, const Q_Encoding& encoding, const char* text) {
     if (job.isFromUtf16) {
         return sizeof(UChar);
@@ -199,12 +210,13 @@ void AppendControl(const Job& job, char16_t control, ByteBuffer& output) {
     }
 }
 
-char* Run(const Job& job, const char* text) {
+char* RunJob(const Job& job, const char* text) {
     const Q_Encoding& encoding = Q_EncodingOfConverter(job.source);
     const char* end = text + ByteLength(text, job.isFromUtf16);
     ByteBuffer run;
     ByteBuffer output;
     while (text < end) {
+        // The first byte or unit is enough: no longer character begins with a value below 0x20.
         const char16_t value = job.isFromUtf16 ? UnitAt(text, 0) : static_cast<unsigned char>(*text);
         const std::uint32_t length = CharacterBytes(job, encoding, text);
         if (value < 0x20 && !job.keepControls) {
@@ -219,7 +231,7 @@ char* Run(const Job& job, const char* text) {
     return output.TakeText();
 }
 
-// The text of a symbol set as UTF-16. A character without a unit in the set is dropped.
+// Text of a symbol set in UTF-16. Characters that the set does not define are dropped.
 ByteBuffer SymbolsToUnits(const char* text, std::int32_t code, bool keepControls, bool isUtf8) {
     ByteBuffer units;
     while (*text != '\0') {
@@ -282,7 +294,7 @@ char* Q_ConvertText(const void* text, const char* source, const char* target, bo
     if (Is(source, target)) {
         return CopyOf(text, isUtf16);
     }
-    return Run(MakeJob(source, target, keepControls, escape), static_cast<const char*>(text));
+    return RunJob(MakeJob(source, target, keepControls, escape), static_cast<const char*>(text));
 }
 
 char* Q_CurrentToUtf8(const char* text) {

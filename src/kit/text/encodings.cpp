@@ -39,7 +39,8 @@ std::array<Q_Encoding, kEncodingCount> BuildRegistry() {
     }};
 }
 
-// Lookups work before an encoding is selected too; only Q_SetEncoding makes the registry count as built.
+// Lookups build the registry too, but only Q_SetEncoding makes Q_EncodingsReady true: start-up relies on it
+// to select a first encoding.
 const std::array<Q_Encoding, kEncodingCount>& Registry() {
     if (registry[0].name == nullptr) {
         registry = BuildRegistry();

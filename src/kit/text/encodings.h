@@ -1,5 +1,5 @@
-// The registry of the host's six encodings, and the one that the kit's strings are in.
-// Process-wide and unguarded; written at start-up only.
+// The registry of the host's six encodings, and which of them the kit's strings are in. Process-wide state
+// without a lock, written only at start-up.
 #pragma once
 
 #include <bitset>
@@ -7,8 +7,7 @@
 
 namespace ventrix {
 
-/// One host encoding. Two bytes are one character if the first is in firstBytes and the second in
-/// secondBytes.
+/// A host encoding. Two bytes form one character if firstBytes holds the first and secondBytes the second.
 struct Q_Encoding {
     const char* name;
     const char* converterName;
@@ -17,29 +16,30 @@ struct Q_Encoding {
 };
 
 constexpr std::int32_t kEncodingCount = 6;
-constexpr std::int32_t kUtf8Encoding =
-    5;  ///< The index of UTF-8, which has rules of its own and no pair tables.
 
-/// Makes the named encoding current, names compared through the case table. An unknown name changes nothing.
-/// The current index. Builds the registry if it is not there.
+/// The index of UTF-8, which has no byte pairs; code that steps through text treats it separately.
+constexpr std::int32_t kUtf8Encoding = 5;
+
+/// Makes the named encoding current; names are compared with Q_StrIEqual. An unknown name changes nothing.
+/// Returns the current index.
 std::int32_t Q_SetEncoding(const char* name);
 
-/// Whether an encoding was ever selected.
+/// Whether Q_SetEncoding was ever called.
 bool Q_EncodingsReady();
 
-/// The index of the current encoding: 0 at load.
+/// The index of the current encoding; initially 0.
 std::int32_t Q_CurrentEncoding();
 
 /// The index of the named encoding; 0 for an unknown or null name.
 std::int32_t Q_EncodingIndex(const char* name);
 
-/// The entry with this index; the entry 0 for any other number.
+/// The entry with this index; entry 0 for an index out of range.
 const Q_Encoding& Q_EncodingAt(std::int32_t index);
 
-/// The entry whose converter has this name; the entry 0 if there is none.
+/// The entry whose converter has this name; entry 0 if there is none.
 const Q_Encoding& Q_EncodingOfConverter(const char* converterName);
 
-/// Whether two bytes are one double-byte character of the encoding.
+/// Whether the two bytes form one double-byte character of the encoding.
 bool Q_IsBytePair(const Q_Encoding& encoding, char first, char second);
 
 }  // namespace ventrix

@@ -8,7 +8,7 @@ namespace {
 
 std::int32_t systemEncodingCode = kCodeRoman;
 
-// A word's number is its place in the list, counted from 1.
+// A word's number is its position in this list, counted from 1.
 constexpr const char* kLanguages[] = {
     "usenglish",
     "ukenglish",

@@ -1,12 +1,39 @@
 #include "kit/text/strings.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstring>
-
-#include "kit/text/case_table.h"
 
 namespace ventrix {
 namespace {
+
+struct CasePair {
+    unsigned char upper;
+    unsigned char lower;
+};
+
+constexpr CasePair kAccentedPairs[] = {
+    {0x80, 0x8A}, {0x81, 0x8C}, {0x82, 0x8D}, {0x83, 0x8E}, {0x84, 0x96}, {0x85, 0x9A},
+    {0x86, 0x9F}, {0xAE, 0xBE}, {0xAF, 0xBF}, {0xCB, 0x88}, {0xCC, 0x8B}, {0xCD, 0x9B},
+    {0xCE, 0xCF}, {0xD9, 0xD8}, {0xE5, 0x89}, {0xE6, 0x90}, {0xE7, 0x87}, {0xE8, 0x91},
+    {0xE9, 0x8F}, {0xEA, 0x92}, {0xEB, 0x94}, {0xEC, 0x95}, {0xED, 0x93}, {0xEE, 0x97},
+    {0xEF, 0x99}, {0xF1, 0x98}, {0xF2, 0x9C}, {0xF3, 0x9E}, {0xF4, 0x9D},
+};
+
+constexpr std::array<unsigned char, 256> BuildCaseTable() {
+    std::array<unsigned char, 256> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        const bool isCapital = byte >= 'A' && byte <= 'Z';
+        table[byte] = static_cast<unsigned char>(isCapital ? byte + ('a' - 'A') : byte);
+    }
+    for (const CasePair& pair : kAccentedPairs) {
+        table[pair.upper] = pair.lower;
+    }
+    return table;
+}
+
+constexpr std::array<unsigned char, 256> kCaseTable = BuildCaseTable();
 
 const char* OrEmpty(const char* text) {
     return text == nullptr ? "" : text;
@@ -16,10 +43,10 @@ unsigned char Fold(char byte) {
     return Q_FoldByte(static_cast<unsigned char>(byte));
 }
 
-// Copies count bytes to the place and terminates behind them.
-void Place(char* place, const char* text, std::uint32_t count) {
-    std::memmove(place, text, count);
-    place[count] = '\0';
+// Copies count bytes to the destination and terminates them.
+void CopyAndTerminate(char* destination, const char* text, std::uint32_t count) {
+    std::memmove(destination, text, count);
+    destination[count] = '\0';
 }
 
 }  // namespace
@@ -42,7 +69,7 @@ char* Q_StrDup(const char* text) {
 
 void Q_StrCopy(char* destination, const char* text) {
     if (destination != nullptr) {
-        Place(destination, OrEmpty(text), Q_StrLen(text));
+        CopyAndTerminate(destination, OrEmpty(text), Q_StrLen(text));
     }
 }
 
@@ -51,7 +78,7 @@ std::uint32_t Q_StrCopyN(char* destination, const char* text, std::uint32_t size
         return 0;
     }
     const std::uint32_t count = size == 0 ? 0 : std::min(Q_StrLen(text), size - 1);
-    Place(destination, OrEmpty(text), count);
+    CopyAndTerminate(destination, OrEmpty(text), count);
     return count;
 }
 
@@ -73,7 +100,7 @@ std::uint32_t Q_StrCatChar(char* destination, char byte, std::uint32_t size) {
     if (destination == nullptr || size == 0 || length >= size - 1) {
         return length;
     }
-    Place(destination + length, &byte, 1);
+    CopyAndTerminate(destination + length, &byte, 1);
     return length + 1;
 }
 
@@ -108,6 +135,10 @@ bool Q_StrPrefix(const char* text, const char* prefix) {
 const char* Q_StrChr(const char* text, int character) {
     const char byte = static_cast<char>(character);
     return byte == '\0' ? nullptr : std::strchr(OrEmpty(text), byte);
+}
+
+unsigned char Q_FoldByte(unsigned char byte) {
+    return kCaseTable[byte];
 }
 
 }  // namespace ventrix

@@ -13,7 +13,7 @@ using SymbolTable = std::array<char16_t, 256>;
 
 constexpr char16_t kNone = kNoSymbol;
 
-// The set of the typeface Symbol; unnamed bytes have no character.
+// The mathematical and Greek set. The comment at the end of each line is the byte of its first unit.
 constexpr char16_t kSymbolLow[] = {
     u' ',   u'!',   0x2200, u'#',   0x2203, u'%',   u'&',   0x220B, u'(',   u')',   0x2217, u'+',    // 0x20
     u',',   0x2212, u'.',   u'/',   u'0',   u'1',   u'2',   u'3',   u'4',   u'5',   u'6',   u'7',    // 0x2C
@@ -59,7 +59,7 @@ constexpr SymbolTable SymbolSet() {
     return table;
 }
 
-// Most dingbats lie in Unicode as in the typeface; some were there already under another number.
+// Unicode has most dingbats in the order of the set; the exceptions were encoded elsewhere before.
 constexpr SymbolTable DingbatSet() {
     SymbolTable table = Empty();
     table[0x20] = u' ';

@@ -13,7 +13,7 @@ bool CanLead(char byte) {
     return Value(byte) >= 0xC2 && Value(byte) <= 0xF4;
 }
 
-// Payload bits of a lead byte, by the length of its sequence.
+// The payload bits of the lead byte of a sequence of this length.
 unsigned LeadBits(char lead, std::uint32_t length) {
     constexpr unsigned kMasks[] = {0xFF, 0x1F, 0x0F, 0x07};
     return Value(lead) & kMasks[length - 1];

@@ -1,25 +1,26 @@
-// Reading UTF-8 one sequence at a time.
+// Reading UTF-8 one sequence at a time. Text is zero-terminated.
 #pragma once
 
 #include <cstdint>
 
 namespace ventrix {
 
-/// Whether every sequence has a lead byte in 0xC2 to 0xF4 and its continuation bytes. Overlong forms and
-/// surrogates pass. False for null, true for the empty text.
+/// Whether every sequence has a lead byte from 0xC2 to 0xF4 and all its continuation bytes. Overlong forms
+/// and surrogates are accepted. False for null, true for the empty string.
 bool Q_IsValidUtf8(const char* text);
 
-/// Bytes of the sequence that the lead byte opens: 1 to 4; 1 for a byte that can't lead.
+/// The length in bytes, 1 to 4, of the sequence that the lead byte begins; 1 for an invalid lead byte.
 std::uint32_t Q_Utf8Length(char lead);
 
-/// Steps the pointer over one character. It never steps over the terminator.
+/// Moves the pointer past one character, but never past the terminator.
 void Q_Utf8Next(const char** text);
 
-/// Decodes the sequence at the text to 1 or 2 UTF-16 units, and answers how many. Surrogates and values above
-/// 0x10FFFF give U+FFFD. A sequence that the text cuts off is decoded as if zero bits followed.
+/// Decodes the sequence at the text into UTF-16 and returns the number of units, 1 or 2. Surrogates and
+/// values above 0x10FFFF give U+FFFD. A sequence cut off by the terminator is decoded as if zero bits
+/// followed.
 int Q_Utf8ToUnits(const char* text, char16_t (&units)[2]);
 
-/// Whether the byte continues a sequence (0x80 to 0xBF).
+/// Whether the byte is a continuation byte (0x80 to 0xBF).
 bool Q_IsContinuation(char byte);
 
 }  // namespace ventrix

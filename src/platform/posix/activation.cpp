@@ -1,7 +1,7 @@
 #include "platform/posix/activation.h"
 
 #include <algorithm>
-#include <memory>
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -24,7 +24,8 @@ struct OfferTable {
     std::vector<Offer> offers;
 };
 
-/// Never destroyed: an object that is still offered at the end of the process is not released into its ruins.
+/// Never destroyed: the destructor would release objects that are still offered when the process ends, after
+/// what they depend on may be gone.
 OfferTable& Offers() {
     static auto& table = *new OfferTable;
     return table;
@@ -63,7 +64,7 @@ HRESULT Activate(REFCLSID classId, IUnknown* outer, std::u16string_view server, 
     return factory ? factory(interfaceId, object) : REGDB_E_CLASSNOTREG;
 }
 
-/// Asks the object for every interface of the records. How many it has.
+/// Queries the object for the interface of each record. Returns how many it has.
 DWORD QueryAll(IUnknown* object, DWORD count, MULTI_QI* results) {
     DWORD met = 0;
     for (MULTI_QI* query = results; query != results + count; ++query) {
@@ -78,7 +79,8 @@ DWORD QueryAll(IUnknown* object, DWORD count, MULTI_QI* results) {
 }  // namespace
 
 void OfferClass(REFCLSID classId, ClassFactory factory, std::u16string_view server) {
-    std::vector<Offer> withdrawn;  // Destroyed after the lock is open, since a release may call back.
+    // Destroyed after the lock is released, since the destructor of a factory may call back.
+    std::vector<Offer> withdrawn;
     OfferTable& table = Offers();
     const std::lock_guard guard(table.lock);
     const auto isSame = [&](const Offer& offer) {
@@ -90,12 +92,6 @@ void OfferClass(REFCLSID classId, ClassFactory factory, std::u16string_view serv
     if (factory) {
         table.offers.push_back({classId, std::u16string(server), std::move(factory)});
     }
-}
-
-ClassFactory RunningObject(IUnknown* object) {
-    object->AddRef();
-    const std::shared_ptr<IUnknown> held(object, [](IUnknown* last) { last->Release(); });
-    return [held](REFIID interfaceId, void** out) { return held->QueryInterface(interfaceId, out); };
 }
 
 HRESULT CreateInstanceOnServer(REFCLSID classId, IUnknown* outer, DWORD /*context*/, COSERVERINFO* server,
@@ -123,6 +119,64 @@ HRESULT CreateInstanceOnServer(REFCLSID classId, IUnknown* outer, DWORD /*contex
 }  // namespace ventrix::platform
 
 namespace ventrix {
+namespace {
+
+constexpr std::u16string_view kClassIdShape = u"{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}";
+
+int DigitValue(char16_t c) {
+    if (c >= u'0' && c <= u'9') {
+        return c - u'0';
+    }
+    if (c >= u'A' && c <= u'F') {
+        return c - u'A' + 10;
+    }
+    return c >= u'a' && c <= u'f' ? c - u'a' + 10 : -1;
+}
+
+bool HasShape(std::u16string_view text) {
+    if (text.size() != kClassIdShape.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (kClassIdShape[i] == u'X' ? DigitValue(text[i]) < 0 : text[i] != kClassIdShape[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The value of `count` digits from `at` on.
+std::uint32_t Number(std::u16string_view text, std::size_t at, std::size_t count) {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        value = value * 16 + static_cast<std::uint32_t>(DigitValue(text[at + i]));
+    }
+    return value;
+}
+
+}  // namespace
+
+HRESULT CLSIDFromString(const OLECHAR* text, CLSID* id) {
+    if (id == nullptr) {
+        return E_INVALIDARG;
+    }
+    *id = {};
+    if (text == nullptr) {
+        return S_OK;
+    }
+    const std::u16string_view digits = text;
+    if (!HasShape(digits)) {
+        return CO_E_CLASSSTRING;
+    }
+    constexpr std::size_t kBytesAt[8] = {20, 22, 25, 27, 29, 31, 33, 35};
+    id->Data1 = Number(digits, 1, 8);
+    id->Data2 = static_cast<std::uint16_t>(Number(digits, 10, 4));
+    id->Data3 = static_cast<std::uint16_t>(Number(digits, 15, 4));
+    for (std::size_t i = 0; i < 8; ++i) {
+        id->Data4[i] = static_cast<std::uint8_t>(Number(digits, kBytesAt[i], 2));
+    }
+    return S_OK;
+}
 
 HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD /*context*/, REFIID interfaceId,
                          void** object) {

@@ -1,4 +1,4 @@
-// Activation by class id; platform/library.h finds this one by name.
+// CoCreateInstanceEx (com.h), for the library lookup that finds it by name.
 #pragma once
 
 #include "platform/com.h"

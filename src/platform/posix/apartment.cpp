@@ -37,7 +37,7 @@ void CoUninitialize() {
     }
 }
 
-// Both sides of the contract use the C heap, which hands out a block for a size of 0 as well.
+// Host and client share the C heap.
 void* CoTaskMemAlloc(std::size_t size) {
     return std::malloc(size == 0 ? 1 : size);
 }

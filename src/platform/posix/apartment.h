@@ -1,4 +1,4 @@
-// What the component runtime knows of one thread.
+// The state of the component runtime for one thread.
 #pragma once
 
 #include "platform/com.h"
@@ -6,8 +6,8 @@
 namespace ventrix::platform {
 
 struct Apartment {
-    unsigned entries = 0;              ///< Entries by CoInitialize that were not left yet.
-    IMessageFilter* filter = nullptr;  ///< Held with a reference; null for none.
+    unsigned entries = 0;              ///< CoInitialize calls without their CoUninitialize.
+    IMessageFilter* filter = nullptr;  ///< Owns a reference; null for none.
 
     Apartment() = default;
     ~Apartment();
@@ -15,7 +15,7 @@ struct Apartment {
     Apartment& operator=(const Apartment&) = delete;
 };
 
-/// This thread's.
+/// The state of this thread.
 Apartment& CurrentApartment();
 
 }  // namespace ventrix::platform

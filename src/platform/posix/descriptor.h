@@ -1,4 +1,4 @@
-// An open file that closes itself.
+// Owns a file descriptor.
 #pragma once
 
 #include <unistd.h>
@@ -22,10 +22,10 @@ class Descriptor {
     bool IsOpen() const { return number_ >= 0; }
     int Number() const { return number_; }
 
-    /// Gives the number away; whoever takes it closes it.
+    /// Releases the descriptor to the caller, who closes it.
     int Detach() { return std::exchange(number_, -1); }
 
-    /// False if the system reports an error that a write left behind.
+    /// Closes the descriptor now. False if the system reports an error of an earlier write.
     bool Close() {
         const int number = std::exchange(number_, -1);
         return number < 0 || ::close(number) == 0;

@@ -1,4 +1,4 @@
-// errno becomes an error number of the platform here and nowhere else.
+// The one conversion from errno to the error codes of error_codes.h.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@
 
 namespace ventrix::platform {
 
-/// 0 gives errorNone; an unknown errno gives errorInvalidFunction.
+/// 0 gives kErrorNone; an unknown errno gives kErrorInvalidFunction.
 ErrorCode ErrorFromErrno(int error);
 
-/// The same for a call on a path (native notation): a missing file whose folder is missing too is
-/// errorPathNotFound.
+/// The same for a call on a path (native notation): a file that is missing together with its folder gives
+/// kErrorPathNotFound.
 ErrorCode ErrorFromErrno(int error, const std::string& nativePath);
 
 }  // namespace ventrix::platform

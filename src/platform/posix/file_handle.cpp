@@ -13,7 +13,7 @@
 namespace ventrix::platform {
 namespace {
 
-// A handle is the descriptor's number plus one, since 0 is a descriptor too.
+// A handle is the descriptor plus one, since 0 is a valid descriptor.
 FileHandle HandleOf(int descriptor) {
     return descriptor + 1;
 }
@@ -22,6 +22,8 @@ int DescriptorOf(FileHandle file) {
 }
 
 int OpenFlags(FileAccess access, FileDisposition disposition) {
+    // O_NONBLOCK keeps the open of a pipe without a peer from waiting; only regular files are used
+    // afterwards.
     int flags = O_CLOEXEC | O_NONBLOCK;
     flags |= access == FileAccess::kRead ? O_RDONLY : access == FileAccess::kWrite ? O_WRONLY : O_RDWR;
     if (disposition != FileDisposition::kOpenExisting) {
@@ -35,7 +37,7 @@ bool IsRegularFile(int descriptor) {
     return ::fstat(descriptor, &found) == 0 && S_ISREG(found.st_mode);
 }
 
-/// Moves bytes with `move` until all `count` went or a call moved none.
+/// Reads or writes with `move` until `count` bytes are moved or a call moves none.
 template <typename Move>
 std::uint32_t MoveAll(std::uint32_t count, const Move& move) {
     std::uint32_t done = 0;

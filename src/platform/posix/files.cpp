@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "platform/drives.h"
+#include "platform/folders.h"
 #include "platform/memory.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/errno_codes.h"
@@ -21,7 +22,7 @@ namespace {
 
 constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
 
-/// Opens a file for reading without ever waiting, as a pipe without a writer would make it.
+/// Opens a regular file for reading. O_NONBLOCK keeps the open of a pipe without a writer from waiting.
 ErrorCode OpenFileToRead(const std::string& native, Descriptor& file, struct stat& found) {
     file = Descriptor(::open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.IsOpen() || ::fstat(file.Number(), &found) != 0) {
@@ -30,7 +31,7 @@ ErrorCode OpenFileToRead(const std::string& native, Descriptor& file, struct sta
     return S_ISREG(found.st_mode) ? kErrorNone : kErrorAccessDenied;
 }
 
-/// Hands each block of an open file to `take`, which gives 0 or an errno. The result is the same.
+/// Passes each block of an open file to `take`, which returns 0 or an errno. Returns 0 or the first errno.
 template <typename Take>
 int ReadBlocks(int descriptor, const Take& take) {
     const std::unique_ptr<char[]> block(new char[kBlockSize]);
@@ -52,10 +53,10 @@ int ReadBlocks(int descriptor, const Take& take) {
     }
 }
 
-/// Reads up to the end of an open file, whose size may have changed since. 0 or an errno.
+/// Reads an open file to its end; its size may have changed since it was determined. 0 or an errno.
 int ReadAll(int descriptor, std::size_t expectedSize, Bytes& bytes) {
     std::size_t filled = 0;
-    bytes.resize(expectedSize + 1);  // The last byte stays free, unless the file has grown.
+    bytes.resize(expectedSize + 1);  // One byte more, so that the end is found without growing.
     for (;;) {
         const ssize_t count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
         if (count < 0 && errno == EINTR) {
@@ -75,20 +76,6 @@ int ReadAll(int descriptor, std::size_t expectedSize, Bytes& bytes) {
     }
 }
 
-bool IsLinkToFolder(const std::string& native) {
-    struct stat itself = {};
-    struct stat reached = {};
-    return ::lstat(native.c_str(), &itself) == 0 && S_ISLNK(itself.st_mode) &&
-           ::stat(native.c_str(), &reached) == 0 && S_ISDIR(reached.st_mode);
-}
-
-std::string WithoutClosingSlashes(std::string native) {
-    while (native.size() > 1 && native.back() == '/') {
-        native.pop_back();
-    }
-    return native;
-}
-
 bool IsSameFile(const struct stat& source, const std::string& native) {
     struct stat other = {};
     return ::stat(native.c_str(), &other) == 0 && other.st_dev == source.st_dev &&
@@ -97,34 +84,16 @@ bool IsSameFile(const struct stat& source, const std::string& native) {
 
 }  // namespace
 
-ErrorCode MakeFolder(std::string_view path) {
-    const std::string native = ToNative(path);
-    if (::mkdir(native.c_str(), 0777) == 0) {
-        return kErrorNone;
-    }
-    return errno == ENOENT ? kErrorPathNotFound : ErrorFromErrno(errno);
-}
-
-ErrorCode RemoveEmptyFolder(std::string_view path) {
-    const std::string native = WithoutClosingSlashes(ToNative(path));
-    const int result = IsLinkToFolder(native) ? ::unlink(native.c_str()) : ::rmdir(native.c_str());
-    if (result == 0) {
-        return kErrorNone;
-    }
-    if (errno == ENOTDIR) {
-        return kErrorNotADirectory;
-    }
-    return errno == EEXIST ? kErrorDirNotEmpty : ErrorFromErrno(errno, native);
-}
-
 ErrorCode RemoveFile(std::string_view path) {
     const std::string native = ToNative(path);
     struct stat itself = {};
     if (::lstat(native.c_str(), &itself) != 0) {
         return ErrorFromErrno(errno, native);
     }
+    struct stat reached = {};
+    const bool leadsToFolder = ::stat(native.c_str(), &reached) == 0 && S_ISDIR(reached.st_mode);
     const bool readOnly = S_ISREG(itself.st_mode) && (itself.st_mode & S_IWUSR) == 0;
-    if (readOnly || S_ISDIR(itself.st_mode) || IsLinkToFolder(native)) {
+    if (readOnly || leadsToFolder) {
         return kErrorAccessDenied;
     }
     if (IsHeld(itself)) {
@@ -214,11 +183,6 @@ ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const P
 
 std::string LongPath(std::string_view path) {
     return AttributesOf(path) ? std::string(path) : std::string();
-}
-
-std::string CurrentFolder() {
-    const std::unique_ptr<char, decltype(&std::free)> native(::getcwd(nullptr, 0), &std::free);
-    return native == nullptr ? std::string() : ToSystem(native.get()).value_or("");
 }
 
 std::string AbsolutePath(std::string_view path) {

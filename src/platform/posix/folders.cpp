@@ -1,6 +1,9 @@
+#include "platform/folders.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <wctype.h>
 
 #include <algorithm>
@@ -9,15 +12,35 @@
 #include <memory>
 
 #include "platform/drives.h"
-#include "platform/files.h"
-#include "platform/posix/file_attributes.h"
+#include "platform/posix/errno_codes.h"
 #include "platform/wide_text.h"
 
 namespace ventrix::platform {
 namespace {
 
-/// The letter's capital as NTFS pairs letters: one to one, so a letter whose capital belongs to another
-/// stays.
+std::uint32_t BitsOfMode(mode_t mode) {
+    if (S_ISDIR(mode)) {
+        return kAttributeDirectory;
+    }
+    return S_ISREG(mode) && (mode & S_IWUSR) == 0 ? kAttributeReadOnly : 0;
+}
+
+/// The attributes of an entry of an open folder; kAttributeLink alone for a link that leads nowhere.
+std::uint32_t EntryAttributes(int folder, const std::string& name) {
+    struct stat itself = {};
+    if (::fstatat(folder, name.c_str(), &itself, AT_SYMLINK_NOFOLLOW) != 0) {
+        return 0;
+    }
+    if (!S_ISLNK(itself.st_mode)) {
+        return BitsOfMode(itself.st_mode);
+    }
+    struct stat reached = {};
+    const bool leadsSomewhere = ::fstatat(folder, name.c_str(), &reached, 0) == 0;
+    return kAttributeLink | (leadsSomewhere ? BitsOfMode(reached.st_mode) : 0);
+}
+
+/// The upper-case form that NTFS sorts by. It pairs letters one to one: a letter whose upper-case form has
+/// another lower-case form stays as it is.
 char16_t Capital(char16_t unit) {
     static const locale_t unicode = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     if (unit < 0x80 || unicode == nullptr) {
@@ -28,7 +51,6 @@ char16_t Capital(char16_t unit) {
     return paired ? static_cast<char16_t>(upper) : unit;
 }
 
-/// What an entry is sorted by.
 struct SortKey {
     std::u16string capitals;
     std::u16string units;
@@ -58,6 +80,20 @@ bool IsListed(const std::string& name) {
     return name != "." && name != ".." && name.find('\\') == std::string::npos;
 }
 
+bool IsLinkToFolder(const std::string& native) {
+    struct stat itself = {};
+    struct stat reached = {};
+    return ::lstat(native.c_str(), &itself) == 0 && S_ISLNK(itself.st_mode) &&
+           ::stat(native.c_str(), &reached) == 0 && S_ISDIR(reached.st_mode);
+}
+
+std::string WithoutClosingSlashes(std::string native) {
+    while (native.size() > 1 && native.back() == '/') {
+        native.pop_back();
+    }
+    return native;
+}
+
 }  // namespace
 
 std::vector<FolderEntry> ListFolder(std::string_view folder) {
@@ -80,6 +116,55 @@ std::vector<FolderEntry> ListFolder(std::string_view folder) {
         entries.push_back(std::move(item.entry));
     }
     return entries;
+}
+
+std::optional<std::uint32_t> AttributesOf(std::string_view path) {
+    const std::string native = ToNative(path);
+    struct stat reached = {};
+    if (::stat(native.c_str(), &reached) != 0) {
+        return std::nullopt;
+    }
+    struct stat itself = {};
+    const bool link = ::lstat(native.c_str(), &itself) == 0 && S_ISLNK(itself.st_mode);
+    return BitsOfMode(reached.st_mode) | (link ? kAttributeLink : 0);
+}
+
+ErrorCode SetAttributes(std::string_view path, std::uint32_t attributes) {
+    const std::string native = ToNative(path);
+    struct stat found = {};
+    if (::stat(native.c_str(), &found) != 0) {
+        return ErrorFromErrno(errno, native);
+    }
+    if (S_ISDIR(found.st_mode)) {
+        return kErrorNone;
+    }
+    constexpr mode_t kWriters = S_IWUSR | S_IWGRP | S_IWOTH;
+    const mode_t before = found.st_mode & 07777;
+    const mode_t after = (attributes & kAttributeReadOnly) != 0 ? before & ~kWriters : before | S_IWUSR;
+    if (after != before && ::chmod(native.c_str(), after) != 0) {
+        return ErrorFromErrno(errno, native);
+    }
+    return kErrorNone;
+}
+
+ErrorCode MakeFolder(std::string_view path) {
+    const std::string native = ToNative(path);
+    if (::mkdir(native.c_str(), 0777) == 0) {
+        return kErrorNone;
+    }
+    return errno == ENOENT ? kErrorPathNotFound : ErrorFromErrno(errno);
+}
+
+ErrorCode RemoveEmptyFolder(std::string_view path) {
+    const std::string native = WithoutClosingSlashes(ToNative(path));
+    const int result = IsLinkToFolder(native) ? ::unlink(native.c_str()) : ::rmdir(native.c_str());
+    if (result == 0) {
+        return kErrorNone;
+    }
+    if (errno == ENOTDIR) {
+        return kErrorNotADirectory;
+    }
+    return errno == EEXIST ? kErrorDirNotEmpty : ErrorFromErrno(errno, native);
 }
 
 }  // namespace ventrix::platform

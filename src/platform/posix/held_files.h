@@ -1,4 +1,4 @@
-// Files that streams of this process hold open. As on NTFS, such a file can't be deleted meanwhile.
+// The files that text streams of this process have open. As on NTFS, such a file cannot be deleted.
 #pragma once
 
 struct stat;
@@ -6,7 +6,7 @@ struct stat;
 namespace ventrix::platform {
 
 void HoldFile(int descriptor);
-void ReleaseFile(int descriptor);  ///< Before the descriptor is closed.
+void ReleaseFile(int descriptor);  ///< To be called before the descriptor is closed.
 bool IsHeld(const struct stat& file);
 
 }  // namespace ventrix::platform

@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kComponentLibrary[] = "ole32.dll";
 
-/// Stands for the library of the component runtime; only its address counts.
+/// Its address is the handle of the component runtime, which is part of this program.
 char componentLibraryMark;
 
 bool IsComponentLibrary(std::string_view name) {

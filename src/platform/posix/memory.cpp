@@ -8,7 +8,7 @@ namespace ventrix::platform {
 
 void* TakeMemory(std::size_t size) {
     constexpr std::size_t kLargePage = std::size_t{2} * 1024 * 1024;
-    // A piece that does not begin and end with a large page has small ones there.
+    // Only whole, aligned large pages count; the rest of a block would be backed by small ones.
     const std::size_t whole = (size + kLargePage - 1) / kLargePage * kLargePage;
     void* memory = size < kLargePage ? std::malloc(size) : std::aligned_alloc(kLargePage, whole);
     if (memory == nullptr) {

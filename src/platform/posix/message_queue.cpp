@@ -12,24 +12,31 @@
 namespace ventrix::platform {
 namespace {
 
-constexpr UINT kWorkMessage = 0x0400;  // The first number that the platform leaves to programs.
+constexpr UINT kWorkMessage = 0x0400;  // The first message number that is free for programs.
 
-/// The queues of all threads that have one, by thread number.
+/// Every thread that asks for its number or for a message gets a queue, which lives in a thread-local entry
+/// and is listed in one process-wide table by the thread's number. Posting looks the queue up and appends the
+/// work. A std::function cannot travel in a MSG, so GetMessageW moves the work into the entry's `taken` map
+/// and passes only a ticket; DispatchMessageW runs the work of that ticket. A call from another thread is
+/// work of the kind kCall, which the owning thread also serves while it waits for a server, so that the two
+/// cannot wait for each other. When a thread ends, its queue goes with it, and every call still waiting in it
+/// fails.
 struct QueueTable {
     std::mutex lock;
     std::map<std::uint32_t, std::shared_ptr<MessageQueue>> queues;
 };
 
+/// Never destroyed: threads may outlive the static objects.
 QueueTable& Queues() {
     static auto& table = *new QueueTable;
     return table;
 }
 
-/// A thread's entry in the table, for as long as the thread lives.
+/// A thread's own state; it is in the table as long as the thread lives.
 struct ThreadQueue {
     std::uint32_t number;
     std::shared_ptr<MessageQueue> queue = std::make_shared<MessageQueue>();
-    std::map<WPARAM, MessageQueue::Work> taken;  ///< What GetMessageW took out and DispatchMessageW will run.
+    std::map<WPARAM, MessageQueue::Work> taken;  ///< Work of messages that are not dispatched yet.
     WPARAM lastTicket = 0;
 
     ThreadQueue() {
@@ -60,8 +67,8 @@ std::shared_ptr<MessageQueue> FindQueue(std::uint32_t threadNumber) {
     return found == table.queues.end() ? nullptr : found->second;
 }
 
-/// False if the work was dropped.
-bool WaitsToTheEnd(std::future<void>& outcome) {
+/// Waits until the work has run. False if the queue dropped it.
+bool WaitForOutcome(std::future<void>& outcome) {
     try {
         outcome.get();
         return true;
@@ -165,10 +172,11 @@ bool CallOnThread(std::uint32_t threadNumber, const std::function<void()>& work)
             done->set_value();
         },
         MessageQueue::Kind::kCall);
-    // Only the queue holds the promise now: a thread that ends drops it, and the wait is over.
+    // From here on only the queue owns the promise. If the thread ends, the promise is destroyed with the
+    // queue, and the wait ends.
     done.reset();
     queue.reset();
-    return WaitsToTheEnd(outcome);
+    return WaitForOutcome(outcome);
 }
 
 }  // namespace ventrix::platform

@@ -1,4 +1,4 @@
-// The message queue of one thread. Any thread may put work in; only the owning thread takes it out.
+// The message queue of one thread. Any thread may add work; only the owning thread takes it out.
 #pragma once
 
 #include <chrono>
@@ -17,19 +17,19 @@ class MessageQueue {
     using Time = std::chrono::steady_clock::time_point;
 
     enum class Kind {
-        kMessage,  ///< Waits for the message loop.
-        kCall,     ///< A call from outside, which is served while the thread waits as well.
+        kMessage,  ///< Served by the message loop only.
+        kCall,     ///< A call from another thread, also served by ServeCallsUntil.
     };
 
     void Put(Work work, Kind kind);
 
-    /// Puts the quit message behind everything that is or comes in.
+    /// Adds the quit message, which is taken only when there is nothing else.
     void PutQuit();
 
-    /// Waits for the next piece of work. Nothing is the quit message, which is then taken out.
+    /// Waits for the next work and takes it. Nothing means the quit message, which is then removed.
     std::optional<Work> Take();
 
-    /// Serves calls from outside until the time has come; messages stay where they are.
+    /// Serves calls from other threads until `end`; messages stay in the queue.
     void ServeCallsUntil(Time end);
 
   private:
@@ -38,6 +38,7 @@ class MessageQueue {
         Kind kind;
     };
 
+    /// Waits for the next call and takes it. Nothing when `end` is reached.
     std::optional<Work> TakeCall(std::unique_lock<std::mutex>& guard, Time end);
 
     std::mutex lock_;
@@ -46,7 +47,7 @@ class MessageQueue {
     bool quit_ = false;
 };
 
-/// This thread's queue. It exists from the first call on and drops what is in it when the thread ends.
+/// This thread's queue. It is created by the first call, and destroyed with its content when the thread ends.
 MessageQueue& CurrentQueue();
 
 }  // namespace ventrix::platform

@@ -1,15 +1,15 @@
-// Small readings of native paths.
+// Operations on native paths.
 #pragma once
 
 #include <string>
 
 namespace ventrix::platform {
 
-/// The folder of a native path, without a closing slash: "." for a bare name, "/" at the root. Closing
-/// slashes of the path do not count. Empty gives empty.
+/// The folder of a native path, without a closing slash: "." for a bare name, "/" at the root. Slashes at the
+/// end of the path are ignored. Empty gives empty.
 std::string NativeParent(const std::string& nativePath);
 
-/// The file of the main program, absolute. Empty if the system does not tell.
+/// The absolute path of the main program's file. Empty if the system does not provide it.
 std::string ProgramFile();
 
 }  // namespace ventrix::platform

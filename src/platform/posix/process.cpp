@@ -9,8 +9,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "platform/command_line.h"
 #include "platform/environment.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/errno_codes.h"
@@ -21,7 +24,7 @@ namespace {
 constexpr char kShell[] = "/bin/sh";
 constexpr int kSignalExitBase = 128;
 
-/// What a started program gets and what it does not.
+/// What a started program inherits.
 class SpawnSettings {
   public:
     SpawnSettings() {
@@ -29,7 +32,7 @@ class SpawnSettings {
         ::posix_spawn_file_actions_addopen(&files_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         ::posix_spawn_file_actions_addclosefrom_np(&files_, STDERR_FILENO + 1);
         ::posix_spawnattr_init(&attributes_);
-        // Blocked and ignored signals would be inherited: a script whose reader is gone has to end.
+        // Blocked and ignored signals would be inherited; a script that writes to a closed pipe has to end.
         sigset_t none;
         sigset_t pipe;
         ::sigemptyset(&none);
@@ -71,7 +74,7 @@ std::string LocateProgram(const std::string& program) {
     return found.empty() ? program : found;
 }
 
-/// True unless the first line holds a zero byte, which no script does.
+/// True if the file is not empty and its first line has no zero byte, as a binary's would.
 bool LooksLikeScript(const std::string& path) {
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     char start[128];

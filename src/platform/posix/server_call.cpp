@@ -1,6 +1,7 @@
+#include "platform/server_call.h"
+
 #include <chrono>
 
-#include "platform/com_runtime.h"
 #include "platform/posix/apartment.h"
 #include "platform/posix/message_queue.h"
 
@@ -10,7 +11,7 @@ namespace {
 using Steady = std::chrono::steady_clock;
 
 constexpr DWORD kCancelCall = 0xFFFFFFFF;
-constexpr DWORD kLeastWait = 100;  // The platform takes less as a retry at once.
+constexpr DWORD kLeastWait = 100;  // Less means to retry at once.
 
 bool IsRefusal(HRESULT answer) {
     return answer == RPC_E_CALL_REJECTED || answer == RPC_E_SERVERCALL_RETRYLATER;

@@ -12,7 +12,7 @@
 namespace ventrix::platform {
 
 TextStream::TextStream(std::string_view path) {
-    // Without O_NONBLOCK the opening of a pipe that nobody reads would wait.
+    // Without O_NONBLOCK, opening a pipe that nobody reads would wait.
     file_ = ::open(ToNative(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
     if (file_ >= 0) {
         ::fcntl(file_, F_SETFL, O_APPEND);
@@ -68,7 +68,7 @@ void TextStream::Close() {
 }
 
 void TextStream::Flush() {
-    // A line that the disk has no room for is lost; the report goes on with the next one.
+    // A line that cannot be written, for example on a full disk, is lost; later lines are still tried.
     WriteAll(file_, line_.data(), line_.size());
     line_.clear();
 }

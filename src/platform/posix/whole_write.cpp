@@ -19,15 +19,15 @@ namespace {
 
 constexpr int kNameAttempts = 1000;
 constexpr off_t kLargeFile = off_t{1} * 1024 * 1024;
-constexpr off_t kRoomAhead = off_t{8} * 1024 * 1024;
+constexpr off_t kPreallocatedAhead = off_t{8} * 1024 * 1024;
 
 std::string Resolved(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
     return resolved == nullptr ? path : resolved.get();
 }
 
-/// Creates a new file beside `path`, whose name holds nothing of the target's, which may be as long as a name
-/// gets.
+/// Creates a new file in the folder of `path`. Its name does not contain the target's, which may already have
+/// the maximum length.
 Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& created) {
     const std::string folder = NativeParent(path);
     for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
@@ -107,17 +107,17 @@ int WriteAll(int descriptor, const char* bytes, std::size_t count) {
 
 int GrowingFile::Append(std::string_view piece) {
     written_ += static_cast<off_t>(piece.size());
-    if (canSetAside_ && written_ > setAside_ && written_ >= kLargeFile) {
-        // Not every file system can do it, and a full one can't: then writing goes on without.
-        setAside_ = written_ + kRoomAhead;
-        canSetAside_ = ::fallocate(descriptor_, FALLOC_FL_KEEP_SIZE, 0, setAside_) == 0;
+    if (canPreallocate_ && written_ > preallocated_ && written_ >= kLargeFile) {
+        // Some file systems cannot preallocate, and a full one fails; the file is then written without it.
+        preallocated_ = written_ + kPreallocatedAhead;
+        canPreallocate_ = ::fallocate(descriptor_, FALLOC_FL_KEEP_SIZE, 0, preallocated_) == 0;
     }
     return WriteAll(descriptor_, piece.data(), piece.size());
 }
 
-// A file system that ran full may have set a part aside.
+// Even a preallocation that failed on a full file system may have reserved a part.
 int GrowingFile::Finish() {
-    return setAside_ > 0 && ::ftruncate(descriptor_, written_) != 0 ? errno : 0;
+    return preallocated_ > 0 && ::ftruncate(descriptor_, written_) != 0 ? errno : 0;
 }
 
 }  // namespace ventrix::platform

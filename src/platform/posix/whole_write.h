@@ -1,5 +1,5 @@
-// Files that change as a whole: the new content goes to a file beside the target, which then takes the
-// target's name.
+// Files that change as a whole: the new content is written to a new file in the same folder, which is then
+// renamed to the target. Paths are in native notation.
 #pragma once
 
 #include <sys/types.h>
@@ -12,26 +12,26 @@
 
 namespace ventrix::platform {
 
-/// Where writing to a native path ends up.
+/// The file that a write to a path replaces.
 struct WriteTarget {
-    std::string path;     ///< The path, with a link at its end followed.
-    bool exists = false;  ///< A file has the name already.
-    mode_t mode = 0;      ///< Permissions of that file.
+    std::string path;  ///< The path with links resolved, if the file exists.
+    bool exists = false;
+    mode_t mode = 0;  ///< Permissions of the existing file.
 };
 
-/// errorAccessDenied for a folder, a device or a read-only file; the errors of a missing folder.
+/// Finds the target of a write. kErrorAccessDenied for a folder, a device and a read-only file.
 ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target);
 
-/// Fills a new file beside the target by `fill` (an open descriptor; 0 or an errno) and gives it the target's
-/// name. `mode` are its permissions; for a file that did not exist the process's mask takes from them. On
-/// failure the target is as it was and nothing is left beside it.
+/// Writes a new file in the target's folder with `fill`, which gets its descriptor and returns 0 or an errno,
+/// and renames it to the target. `mode` is its permissions, reduced by the process's mask if the target did
+/// not exist. On failure the target does not change and the new file is removed.
 ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::function<int(int)>& fill);
 
 /// Writes all bytes. 0 or an errno.
 int WriteAll(int descriptor, const char* bytes, std::size_t count);
 
-/// Writes a new file from its beginning, piece by piece. A large one has room set aside ahead of what is
-/// written: the file system then finds it in one step and not page by page.
+/// Writes a new file piece by piece. For a large file, disk space is preallocated ahead of the written part,
+/// so that the file system allocates it in large extents and not page by page.
 class GrowingFile {
   public:
     explicit GrowingFile(int descriptor) : descriptor_(descriptor) {}
@@ -39,14 +39,14 @@ class GrowingFile {
     /// 0 or an errno.
     int Append(std::string_view piece);
 
-    /// Gives back the room that was not needed. 0 or an errno.
+    /// Releases the preallocated space that was not used. 0 or an errno.
     int Finish();
 
   private:
     int descriptor_;
     off_t written_ = 0;
-    off_t setAside_ = 0;  ///< Up to where it was tried.
-    bool canSetAside_ = true;
+    off_t preallocated_ = 0;  ///< The end of the space that was requested.
+    bool canPreallocate_ = true;
 };
 
 }  // namespace ventrix::platform

@@ -1,5 +1,5 @@
-// A network-file library for the tests: "net://NAME" is a file of the folder that RivletServe names, and its
-// cache is a folder beside it. RivletServe with null takes the server away. Built as a library of its own.
+// A network-file library for the tests, built as a separate library. "net://NAME" is a file in the server
+// folder that RivletServe sets together with the cache folder. A null server means that it cannot be reached.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
