@@ -59,9 +59,6 @@ void BindResources(ModuleHandle module, const ModuleResources* resources);
 std::optional<std::string> VersionBlockText(ModuleHandle module, std::string_view languageBlock,
                                             std::string_view key);
 
-/// True if the module has a version block.
-bool HasVersionBlock(ModuleHandle module);
-
 /// Copies a string of the string table, cut to `size` units with its terminator. Gives the units copied
 /// without the terminator; 0 for an unknown id, which leaves an empty text. With a size of 0 or less nothing
 /// is written.

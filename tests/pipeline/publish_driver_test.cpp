@@ -2,7 +2,7 @@
 #include "pipeline/publish_driver.h"
 
 #include "bridge/open_script.h"
-#include "bridge/properties.h"
+#include "bridge/host/properties.h"
 #include "support/module_test.h"
 
 namespace ventrix::test {
