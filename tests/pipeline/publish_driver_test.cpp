@@ -1,8 +1,8 @@
 // Publish requests against a scripted host: what the module asks of it, replies, logs and leaves on disk.
 #include "pipeline/publish_driver.h"
 
-#include "bridge/open_script.h"
 #include "bridge/host/properties.h"
+#include "bridge/open_script.h"
 #include "support/module_test.h"
 
 namespace ventrix::test {
