@@ -1,8 +1,11 @@
 #include "desk/host/desk_host.h"
 
 #include <fstream>
+#include <map>
+#include <set>
 #include <utility>
 
+#include "bridge/contract/host_interfaces.h"
 #include "bridge/contract/notification_interfaces.h"
 #include "bridge/contract/request.h"
 #include "desk/host/host_interfaces.h"
@@ -12,14 +15,19 @@
 namespace ventrix::desk {
 namespace {
 
-/// Statuses of this host's own; a client sees only that they are not 0.
+/// This host's own statuses. A client only distinguishes them from 0.
 constexpr std::int32_t kUnknownClient = 1;
 constexpr std::int32_t kUnknownDocument = 2;
 
 struct OpenDocument {
     SystemPath path;
-    std::optional<DocumentFiles> files;  ///< Read when they are first asked for.
+    std::optional<DocumentFiles> files;  ///< Read when the client first asks for them.
 };
+
+template <class Method>
+void Offer(HostMethodTables& tables, typename Method::Type* function) {
+    tables[Method::kInterfaceNumber].template Set<Method>(function);
+}
 
 bool CanRead(const SystemPath& path) {
     return std::ifstream(ToFilesystem(ToNative(path)), std::ios::binary).good();
@@ -29,10 +37,8 @@ bool CanRead(const SystemPath& path) {
 
 class DeskHost::Impl {
   public:
-    Impl(HostSettings hostSettings, HostScript hostScript)
-        : settings(std::move(hostSettings)),
-          script(std::move(hostScript)),
-          sides(MethodTables(), this, script.missingInterfaces) {}
+    explicit Impl(HostSettings hostSettings)
+        : settings(std::move(hostSettings)), interfaces(MethodTables(), this) {}
     ~Impl() { Release(); }
 
     std::string Load(const NativePath& module);
@@ -61,30 +67,26 @@ class DeskHost::Impl {
     static HRESULT TakeModuleHandle(void* self, void* handle);
 
     HostSettings settings;
-    HostScript script;
     std::map<std::string, Client> clients;
     std::map<std::uint32_t, OpenDocument> documents;
     std::set<NativePath> unsaved;
-    std::vector<std::string> calls;
     std::string registeredName;
     std::optional<std::vector<AnswerValue>> reply;
     IQuorlaneNotifications0* notifications = nullptr;
-    HostSides sides;
+    HostInterfaces interfaces;
 
   private:
-    using Tables = std::array<HostMethodTable, kHostInterfaceCount + 1>;
-    static const Tables& MethodTables();
-    static Impl& Of(void* self) { return *static_cast<Impl*>(HostSides::ContextOf(self)); }
+    static const HostMethodTables& MethodTables();
+    static Impl& Of(void* self) { return *static_cast<Impl*>(HostInterfaces::HostOf(self)); }
 
-    /// Notes the call. False if the script has the method fail; `result` and `status` then hold how.
-    template <class Method>
-    bool Enter(const std::string& line, HRESULT& result, std::int32_t* status = nullptr);
+    /// Traces a call. S_OK, or the result with which a busy host rejects it.
+    HRESULT Arrive(const std::string& call) const;
 
     ClientAnswer CallClient(const std::string& name, const std::string& command);
     HostServices Services();
     std::vector<std::vector<AnswerValue>> FileRows(OpenDocument& document) const;
 
-    /// Frees a list later where the host owns its results; otherwise the client does.
+    /// Keeps a result until FreeHandedOut if the host owns its results; otherwise the client frees it.
     void HandOut(const Q_ValueList& list);
     void HandOut(char* text);
 
@@ -92,22 +94,22 @@ class DeskHost::Impl {
     std::vector<char*> ownTexts_;
 };
 
-const DeskHost::Impl::Tables& DeskHost::Impl::MethodTables() {
-    static const Tables tables = [] {
-        Tables made;
-        made[4].Set<RegisterClientMethod>(&Impl::Register);
-        made[4].Set<WatchNotificationMethod>(&Impl::Watch);
-        made[4].Set<InvokeClientMethod>(&Impl::InvokeClient);
-        made[4].Set<WriteConsoleMethod>(&Impl::WriteConsole);
-        made[4].Set<OpenDocumentMethod>(&Impl::Open);
-        made[4].Set<CloseDocumentMethod>(&Impl::Close);
-        made[4].Set<ReadStringPropMethod>(&Impl::ReadStringProp);
-        made[1].Set<ListDocumentFilesMethod>(&Impl::ListFiles);
-        made[9].Set<SetTextModeMethod>(&Impl::SetTextMode);
-        made[12].Set<InvokeClientForValuesMethod>(&Impl::InvokeClientForValues);
-        made[12].Set<SendCallReplyMethod>(&Impl::SendReply);
-        made[16].Set<HostOwnsResultsMethod>(&Impl::OwnsResults);
-        made[17].Set<TakeModuleHandleMethod>(&Impl::TakeModuleHandle);
+const HostMethodTables& DeskHost::Impl::MethodTables() {
+    static const HostMethodTables tables = [] {
+        HostMethodTables made = HostInterfaces::NewTables();
+        Offer<RegisterClientMethod>(made, &Impl::Register);
+        Offer<WatchNotificationMethod>(made, &Impl::Watch);
+        Offer<InvokeClientMethod>(made, &Impl::InvokeClient);
+        Offer<WriteConsoleMethod>(made, &Impl::WriteConsole);
+        Offer<OpenDocumentMethod>(made, &Impl::Open);
+        Offer<CloseDocumentMethod>(made, &Impl::Close);
+        Offer<ReadStringPropMethod>(made, &Impl::ReadStringProp);
+        Offer<ListDocumentFilesMethod>(made, &Impl::ListFiles);
+        Offer<SetTextModeMethod>(made, &Impl::SetTextMode);
+        Offer<InvokeClientForValuesMethod>(made, &Impl::InvokeClientForValues);
+        Offer<SendCallReplyMethod>(made, &Impl::SendReply);
+        Offer<HostOwnsResultsMethod>(made, &Impl::OwnsResults);
+        Offer<TakeModuleHandleMethod>(made, &Impl::TakeModuleHandle);
         return made;
     }();
     return tables;
@@ -118,7 +120,7 @@ std::string DeskHost::Impl::Load(const NativePath& module) {
     if (library.entry == nullptr) {
         return library.problem;
     }
-    if (library.entry(library.handle, sides.Root(), nullptr, nullptr) != 0 || notifications == nullptr) {
+    if (library.entry(library.handle, interfaces.Root(), nullptr, nullptr) != 0 || notifications == nullptr) {
         Release();
         return "the module does not connect to this host: " + module.utf8;
     }
@@ -135,7 +137,8 @@ void DeskHost::Impl::Release() {
 }
 
 std::uint32_t DeskHost::Impl::Add(const SystemPath& path, std::optional<DocumentFiles> files) {
-    // A module stays loaded when a host goes, and remembers documents by their ids.
+    // A module outlives the host and caches the references of a document under its id, so that ids must not
+    // repeat within a process.
     static std::uint32_t lastId = 0;
     documents[++lastId] = {path, std::move(files)};
     return lastId;
@@ -164,44 +167,32 @@ void DeskHost::Impl::FreeHandedOut() {
     ownTexts_.clear();
 }
 
-template <class Method>
-bool DeskHost::Impl::Enter(const std::string& line, HRESULT& result, std::int32_t* status) {
-    calls.push_back(line);
-    const HostScript::Method method{Method::kInterfaceNumber, Method::kIndex};
-    const auto failure = script.failures.find(method);
-    const HRESULT usual = script.busy && script.busy() ? RPC_E_SERVERCALL_RETRYLATER : S_OK;
-    result = failure == script.failures.end() ? usual : failure->second;
-    if (status != nullptr) {
-        const auto scripted = script.statuses.find(method);
-        *status = scripted == script.statuses.end() ? 0 : scripted->second;
+HRESULT DeskHost::Impl::Arrive(const std::string& call) const {
+    if (settings.trace) {
+        settings.trace(call);
     }
-    return result == S_OK && (status == nullptr || *status == 0);
+    return settings.busy && settings.busy() ? RPC_E_SERVERCALL_RETRYLATER : S_OK;
 }
 
 HRESULT DeskHost::Impl::Register(void* self, IUnknown* object, std::uint32_t word,
                                  const Q_PropList* description) {
     Impl& host = Of(self);
-    HRESULT result;
     const std::string name = ReadTextProperty(description, kClientNameProperty);
-    if (!host.Enter<RegisterClientMethod>("Register " + name, result)) {
+    const HRESULT result = host.Arrive("Register " + name);
+    if (result != S_OK) {
         return result;
     }
     host.registeredName = name;
-    if (host.script.dropsNotifications) {
-        return S_OK;
-    }
-    void* side = nullptr;
-    if (SUCCEEDED(object->QueryInterface(kNotifications0Id, &side))) {
-        host.notifications = static_cast<IQuorlaneNotifications0*>(side);
+    void* notifications = nullptr;
+    if (SUCCEEDED(object->QueryInterface(kNotifications0Id, &notifications))) {
+        host.notifications = static_cast<IQuorlaneNotifications0*>(notifications);
     }
     return S_OK;
 }
 
 HRESULT DeskHost::Impl::Watch(void* self, std::int32_t number, std::int32_t state, std::int32_t* status) {
-    HRESULT result;
-    Of(self).Enter<WatchNotificationMethod>("Watch " + std::to_string(number) + " " + std::to_string(state),
-                                            result, status);
-    return result;
+    *status = 0;
+    return Of(self).Arrive("Watch " + std::to_string(number) + " " + std::to_string(state));
 }
 
 HostServices DeskHost::Impl::Services() {
@@ -218,9 +209,6 @@ HostServices DeskHost::Impl::Services() {
 
 ClientAnswer DeskHost::Impl::CallClient(const std::string& name, const std::string& command) {
     const auto found = clients.find(name);
-    if (script.beforeClientCall) {
-        script.beforeClientCall();
-    }
     if (settings.clientCalled) {
         settings.clientCalled(name);
     }
@@ -230,10 +218,10 @@ ClientAnswer DeskHost::Impl::CallClient(const std::string& name, const std::stri
 HRESULT DeskHost::Impl::InvokeClient(void* self, const char* name, const char* command, std::int32_t* status,
                                      std::int32_t* answer) {
     Impl& host = Of(self);
-    HRESULT result;
+    *status = 0;
     *answer = 0;
-    if (host.Enter<InvokeClientMethod>(std::string("InvokeClient ") + name + ": " + command, result,
-                                       status)) {
+    const HRESULT result = host.Arrive(std::string("InvokeClient ") + name + ": " + command);
+    if (result == S_OK) {
         const ClientAnswer given = host.CallClient(name, command);
         *status = given.status;
         *answer = given.number;
@@ -244,10 +232,10 @@ HRESULT DeskHost::Impl::InvokeClient(void* self, const char* name, const char* c
 HRESULT DeskHost::Impl::InvokeClientForValues(void* self, const char* name, const char* command,
                                               std::int32_t* status, Q_ValueList* answer) {
     Impl& host = Of(self);
-    HRESULT result;
+    *status = 0;
     *answer = {0, nullptr};
-    if (host.Enter<InvokeClientForValuesMethod>(std::string("InvokeClientForValues ") + name + ": " + command,
-                                                result, status)) {
+    const HRESULT result = host.Arrive(std::string("InvokeClientForValues ") + name + ": " + command);
+    if (result == S_OK) {
         const ClientAnswer given = host.CallClient(name, command);
         *status = given.status;
         *answer = TaskList(given.values);
@@ -258,9 +246,9 @@ HRESULT DeskHost::Impl::InvokeClientForValues(void* self, const char* name, cons
 
 HRESULT DeskHost::Impl::WriteConsole(void* self, const char* text, std::int32_t* status) {
     Impl& host = Of(self);
-    HRESULT result;
-    if (host.Enter<WriteConsoleMethod>(std::string("WriteConsole ") + text, result, status) &&
-        host.settings.console) {
+    *status = 0;
+    const HRESULT result = host.Arrive(std::string("WriteConsole ") + text);
+    if (result == S_OK && host.settings.console) {
         host.settings.console(text);
     }
     return result;
@@ -269,26 +257,25 @@ HRESULT DeskHost::Impl::WriteConsole(void* self, const char* text, std::int32_t*
 HRESULT DeskHost::Impl::Open(void* self, const char* path, const Q_PropList* openScript, std::int32_t* status,
                              std::uint32_t* id, Q_PropList* results) {
     Impl& host = Of(self);
-    HRESULT result;
+    *status = 0;
     *id = 0;
     *results = {0, nullptr};
-    if (host.Enter<OpenDocumentMethod>(std::string("Open ") + path, result, status)) {
-        const SystemPath document{path};
-        if (CanRead(document)) {
-            *id = host.Add(document, std::nullopt);
-        } else {
-            *status = kUnknownDocument;
-        }
+    const HRESULT result = host.Arrive(std::string("Open ") + path);
+    const SystemPath document{path};
+    if (result == S_OK && CanRead(document)) {
+        *id = host.Add(document, std::nullopt);
+    } else if (result == S_OK) {
+        *status = kUnknownDocument;
     }
     return result;
 }
 
 HRESULT DeskHost::Impl::Close(void* self, std::uint32_t id, std::int32_t flags, std::int32_t* status) {
     Impl& host = Of(self);
-    HRESULT result;
-    if (host.Enter<CloseDocumentMethod>("Close " + std::to_string(id) + " " + std::to_string(flags), result,
-                                        status)) {
-        *status = host.documents.erase(id) == 1 ? 0 : kUnknownDocument;
+    *status = 0;
+    const HRESULT result = host.Arrive("Close " + std::to_string(id) + " " + std::to_string(flags));
+    if (result == S_OK && host.documents.erase(id) == 0) {
+        *status = kUnknownDocument;
     }
     return result;
 }
@@ -296,11 +283,11 @@ HRESULT DeskHost::Impl::Close(void* self, std::uint32_t id, std::int32_t flags, 
 HRESULT DeskHost::Impl::ReadStringProp(void* self, std::uint32_t owner, std::uint32_t object,
                                        const Q_PropIdent* property, std::int32_t* status, char** text) {
     Impl& host = Of(self);
-    HRESULT result;
+    *status = 0;
     *text = nullptr;
-    const std::string line =
-        "ReadStringProp " + std::to_string(object) + " " + std::to_string(property->number);
-    if (!host.Enter<ReadStringPropMethod>(line, result, status)) {
+    const HRESULT result =
+        host.Arrive("ReadStringProp " + std::to_string(object) + " " + std::to_string(property->number));
+    if (result != S_OK) {
         return result;
     }
     const auto document = host.documents.find(object);
@@ -310,7 +297,7 @@ HRESULT DeskHost::Impl::ReadStringProp(void* self, std::uint32_t owner, std::uin
         *text = TaskText(document->second.path.utf8);
     }
     host.HandOut(*text);
-    return result;
+    return S_OK;
 }
 
 std::vector<std::vector<AnswerValue>> DeskHost::Impl::FileRows(OpenDocument& document) const {
@@ -330,12 +317,11 @@ std::vector<std::vector<AnswerValue>> DeskHost::Impl::FileRows(OpenDocument& doc
 HRESULT DeskHost::Impl::ListFiles(void* self, std::uint32_t id, std::int32_t selector, std::int32_t third,
                                   Q_ValueList* files) {
     Impl& host = Of(self);
-    HRESULT result;
     *files = {0, nullptr};
+    const HRESULT result = host.Arrive("ListFiles " + std::to_string(id) + " " + std::to_string(selector) +
+                                       " " + std::to_string(third));
     const auto document = host.documents.find(id);
-    const std::string line =
-        "ListFiles " + std::to_string(id) + " " + std::to_string(selector) + " " + std::to_string(third);
-    if (host.Enter<ListDocumentFilesMethod>(line, result) && document != host.documents.end()) {
+    if (result == S_OK && document != host.documents.end()) {
         *files = TaskTable(host.FileRows(document->second));
         host.HandOut(*files);
     }
@@ -343,16 +329,15 @@ HRESULT DeskHost::Impl::ListFiles(void* self, std::uint32_t id, std::int32_t sel
 }
 
 HRESULT DeskHost::Impl::SetTextMode(void* self, std::int32_t mode, std::int32_t* status) {
-    HRESULT result;
-    Of(self).Enter<SetTextModeMethod>("SetTextMode " + std::to_string(mode), result, status);
-    return result;
+    *status = 0;
+    return Of(self).Arrive("SetTextMode " + std::to_string(mode));
 }
 
 HRESULT DeskHost::Impl::SendReply(void* self, const Q_ValueList* reply, Q_ValueList* back) {
     Impl& host = Of(self);
-    HRESULT result;
     *back = {0, nullptr};
-    if (host.Enter<SendCallReplyMethod>("SendReply", result)) {
+    const HRESULT result = host.Arrive("SendReply");
+    if (result == S_OK) {
         host.reply = ReadList(reply);
     }
     return result;
@@ -366,8 +351,7 @@ HRESULT DeskHost::Impl::TakeModuleHandle(void* self, void* handle) {
     return S_OK;
 }
 
-DeskHost::DeskHost(HostSettings settings, HostScript script)
-    : impl_(std::make_unique<Impl>(std::move(settings), std::move(script))) {}
+DeskHost::DeskHost(HostSettings settings) : impl_(std::make_unique<Impl>(std::move(settings))) {}
 
 DeskHost::~DeskHost() = default;
 
@@ -393,19 +377,15 @@ void DeskHost::FlagUnsaved(const NativePath& path) {
 
 std::optional<std::vector<AnswerValue>> DeskHost::CallModule(const std::string& request) {
     impl_->reply.reset();
-    Notify(kRequestNotification, 0, request.c_str(), 0);
+    if (impl_->notifications != nullptr) {
+        impl_->notifications->Notify(kRequestNotification, 0, request.c_str(), 0);
+    }
     impl_->FreeHandedOut();
     return std::exchange(impl_->reply, std::nullopt);
 }
 
-void DeskHost::Notify(std::int32_t number, std::uint32_t objectId, const char* text, std::int32_t integer) {
-    if (impl_->notifications != nullptr) {
-        impl_->notifications->Notify(number, objectId, text, integer);
-    }
-}
-
 IUnknown* DeskHost::Root() {
-    return impl_->sides.Root();
+    return impl_->interfaces.Root();
 }
 
 void DeskHost::InitializeClient() {
@@ -418,12 +398,8 @@ const std::string& DeskHost::RegisteredName() const {
     return impl_->registeredName;
 }
 
-const std::vector<std::string>& DeskHost::Calls() const {
-    return impl_->calls;
-}
-
 int DeskHost::HeldReferences() const {
-    return impl_->sides.References();
+    return impl_->interfaces.References();
 }
 
 }  // namespace ventrix::desk

@@ -1,46 +1,39 @@
 #include "desk/host/host_interfaces.h"
 
-#include <utility>
-
 namespace ventrix::desk {
-namespace {
 
-HostSides& OwnerOf(void* self) {
-    return *static_cast<HostSide*>(self)->owner;
+HostMethodTables HostInterfaces::NewTables() {
+    HostMethodTables tables;
+    for (HostMethodTable& table : tables) {
+        table.Set<QueryInterfaceMethod>(&QueryInterface);
+        table.Set<AddRefMethod>(&AddRef);
+        table.Set<ReleaseMethod>(&Release);
+    }
+    return tables;
 }
 
-}  // namespace
-
-HostMethodTable::HostMethodTable() {
-    Set<QueryInterfaceMethod>(&HostSides::QueryInterface);
-    Set<AddRefMethod>(&HostSides::AddRef);
-    Set<ReleaseMethod>(&HostSides::Release);
-}
-
-HostSides::HostSides(const std::array<HostMethodTable, kHostInterfaceCount + 1>& tables, void* host,
-                     std::set<unsigned> missing)
-    : missing_(std::move(missing)), host_(host) {
-    for (unsigned number = 0; number < sides_.size(); ++number) {
-        sides_[number] = {tables[number].Slots(), this, number};
+HostInterfaces::HostInterfaces(const HostMethodTables& tables, void* host) : host_(host) {
+    for (std::size_t number = 0; number < sides_.size(); ++number) {
+        sides_[number] = {tables[number].Slots(), this};
     }
 }
 
-IUnknown* HostSides::Root() {
-    return reinterpret_cast<IUnknown*>(&sides_[0]);
+HostInterfaces& HostInterfaces::Of(void* self) {
+    return *static_cast<HostInterfaces*>(static_cast<HostSide*>(self)->object);
 }
 
-void* HostSides::ContextOf(void* self) {
-    return OwnerOf(self).host_;
+void* HostInterfaces::HostOf(void* self) {
+    return Of(self).host_;
 }
 
-HRESULT HostSides::QueryInterface(void* self, REFIID id, void** object) {
-    HostSides& owner = OwnerOf(self);
+HRESULT HostInterfaces::QueryInterface(void* self, REFIID id, void** object) {
+    HostInterfaces& owner = Of(self);
     *object = nullptr;
     if (id == IID_IUnknown) {
         *object = &owner.sides_[0];
     }
     for (unsigned number = 1; number <= kHostInterfaceCount; ++number) {
-        if (id == kHostInterfaceIds[number - 1] && !owner.missing_.contains(number)) {
+        if (id == kHostInterfaceIds[number - 1]) {
             *object = &owner.sides_[number];
         }
     }
@@ -51,12 +44,12 @@ HRESULT HostSides::QueryInterface(void* self, REFIID id, void** object) {
     return S_OK;
 }
 
-ULONG HostSides::AddRef(void* self) {
-    return static_cast<ULONG>(++OwnerOf(self).references_);
+ULONG HostInterfaces::AddRef(void* self) {
+    return static_cast<ULONG>(++Of(self).references_);
 }
 
-ULONG HostSides::Release(void* self) {
-    return static_cast<ULONG>(--OwnerOf(self).references_);
+ULONG HostInterfaces::Release(void* self) {
+    return static_cast<ULONG>(--Of(self).references_);
 }
 
 }  // namespace ventrix::desk

@@ -1,11 +1,8 @@
-// The desk host's component side: a root object that answers for the 18 interfaces. Their method tables are
-// plain arrays, in which every slot that no client calls answers E_NOTIMPL.
+// The desk host as the component model sees it: a root object and its 18 interfaces, which all belong to one
+// object and share one reference count.
 #pragma once
 
 #include <array>
-#include <cstdint>
-#include <functional>
-#include <set>
 
 #include "bridge/contract/host_interfaces.h"
 #include "bridge/contract/method_table.h"
@@ -13,40 +10,34 @@
 
 namespace ventrix::desk {
 
-class HostSides;
+/// The root object's method table at 0, that of interface n at n.
+using HostMethodTables = std::array<HostMethodTable, kHostInterfaceCount + 1>;
 
-/// What a client holds as an interface pointer. Side 0 is the root object, side n interface number n.
-struct HostSide {
-    void* const* methods;
-    HostSides* owner;
-    unsigned number;
-};
-
-/// The method table of one interface, with IUnknown's three methods set.
-struct HostMethodTable : ventrix::HostMethodTable {
-    HostMethodTable();
-};
-
-/// The 19 sides of one host. The host outlives every reference to them.
-class HostSides {
+/// The interfaces of one host. The host must outlive every reference to them.
+class HostInterfaces {
   public:
-    /// The tables stand at index interface number; `host` is what ContextOf gives back.
-    HostSides(const std::array<HostMethodTable, kHostInterfaceCount + 1>& tables, void* host,
-              std::set<unsigned> missing);
+    /// Tables in which only IUnknown's methods are set.
+    static HostMethodTables NewTables();
 
-    IUnknown* Root();
+    /// The tables must outlive this object. HostOf returns `host`.
+    HostInterfaces(const HostMethodTables& tables, void* host);
+
+    /// The root object. The reference stays this object's.
+    IUnknown* Root() { return sides_[0].AsUnknown(); }
+
+    /// References that clients hold now.
     int References() const { return references_; }
 
-    /// The host behind the self argument of a method.
-    static void* ContextOf(void* self);
+    /// The host to which the `self` argument of a method belongs.
+    static void* HostOf(void* self);
 
+  private:
+    static HostInterfaces& Of(void* self);
     static HRESULT QueryInterface(void* self, REFIID id, void** object);
     static ULONG AddRef(void* self);
     static ULONG Release(void* self);
 
-  private:
     std::array<HostSide, kHostInterfaceCount + 1> sides_{};
-    std::set<unsigned> missing_;
     void* host_;
     int references_ = 0;
 };

@@ -1,4 +1,4 @@
-// Finds the one entry of a client module's library.
+// Loads the library of a client module and finds its entry point.
 #pragma once
 
 #include <string>
@@ -9,12 +9,12 @@
 namespace ventrix::desk {
 
 struct ModuleLibrary {
-    void* handle = nullptr;            ///< What the entry gets as its module handle; never closed.
-    ClientInitEntry* entry = nullptr;  ///< Null if the library could not be used.
-    std::string problem;               ///< One line that says why; empty on success.
+    void* handle = nullptr;  ///< The module handle for the entry point. The library is never unloaded.
+    ClientInitEntry* entry = nullptr;  ///< Null if the library cannot be used.
+    std::string problem;               ///< One line that says why it cannot be used; empty on success.
 };
 
-/// Loads the library and looks up its entry.
+/// Loads the library and looks up its entry point.
 ModuleLibrary LoadModuleLibrary(const NativePath& path);
 
 }  // namespace ventrix::desk

@@ -1,5 +1,5 @@
-// Values that cross from the host to a client, in task memory, and what comes back read into records of the
-// desk host. Whoever makes a task text or list owns it until it is handed out. Texts are UTF-8.
+// Conversion between the desk host's values and those of the contract. What the host hands out is created in
+// task memory; the caller owns it until it is handed out. Strings are UTF-8.
 #pragma once
 
 #include <string>
@@ -14,19 +14,20 @@ namespace ventrix::desk {
 /// A terminated copy in task memory.
 char* TaskText(const std::string& text);
 
-/// One value of tag 1 or 3 for each element.
+/// A list with a value of tag 1 or 3 for each element.
 Q_ValueList TaskList(const std::vector<AnswerValue>& values);
 
-/// A list whose values have tag 20, one for each row.
+/// A list with a value of tag 20 for each row.
 Q_ValueList TaskTable(const std::vector<std::vector<AnswerValue>>& rows);
 
-/// Frees what TaskList and TaskTable made, level by level.
+/// Frees a list of TaskList or TaskTable with everything in it, and empties it.
 void FreeTaskList(Q_ValueList& list);
 
-/// The numbers and texts of a client's list; a null text reads as empty, values of other tags are left out.
+/// The numbers and strings of a client's list. A null string counts as empty; values of other tags are
+/// skipped. The list may be null.
 std::vector<AnswerValue> ReadList(const Q_ValueList* list);
 
-/// The text of a numbered property; empty if the list has none.
+/// The string of the property with this number; empty if the list, which may be null, has none.
 std::string ReadTextProperty(const Q_PropList* list, std::int32_t number);
 
 }  // namespace ventrix::desk

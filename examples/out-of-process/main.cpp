@@ -1,4 +1,4 @@
-// Starts a host, lets the word counter find it as a running one, and prints what came of it.
+// Starts a host, lets the word counter connect to it, and prints the answers and the console output.
 //   word_counter [--server NAME] [--busy MILLISECONDS] TEXT...
 #include <chrono>
 #include <cstdio>
@@ -51,7 +51,7 @@ ventrix::example::RunningHostSettings HostSettings(const Options& options) {
     return settings;
 }
 
-// The client has a thread of its own, as it would have a process.
+// The client has its own thread here, as it would have its own process.
 std::int32_t RunClient(const std::string& server) {
     std::int32_t result = 1;
     std::thread client(
@@ -75,7 +75,9 @@ int main(int count, char** arguments) {
     }
     ventrix::example::RunningHost host(HostSettings(options));
     if (RunClient(options.server) != 0) {
-        std::fputs("word_counter: no running host was found; is QLGUID set to another class?\n", stderr);
+        std::fputs(
+            "word_counter: no running host was found; if the environment variable QLGUID is set, unset it\n",
+            stderr);
         return 1;
     }
     std::printf("connected as: %s\n", host.Host().RegisteredName().c_str());

@@ -9,15 +9,16 @@
 namespace ventrix::example {
 namespace {
 
-// Waits until the client serves its messages: before that it has not registered, though it may serve calls
-// while it waits for a busy host. False if the client's thread ends without.
+// Waits until the client's message loop runs, since only then the client is registered for certain: it also
+// serves calls while it waits for a busy host during start-up. False if the client's thread ends before.
 bool WaitForMessageLoop(std::uint32_t clientThread) {
     auto promise = std::make_shared<std::promise<void>>();
     std::future<void> served = promise->get_future();
     if (!platform::PostToThread(clientThread, [promise] { promise->set_value(); })) {
         return false;
     }
-    // Only the queue holds the promise now; it breaks with the queue.
+    // Now only the message queue owns the promise. If the thread ends, the queue is deleted, and get()
+    // throws.
     promise.reset();
     try {
         served.get();
@@ -30,7 +31,7 @@ bool WaitForMessageLoop(std::uint32_t clientThread) {
 }  // namespace
 
 RunningHost::RunningHost(RunningHostSettings settings)
-    : settings_(std::move(settings)), host_(DeskSettings(), Script()) {
+    : settings_(std::move(settings)), host_(DeskSettings()) {
     platform::OfferClass(
         settings_.classId, [this](REFIID id, void** object) { return Activate(id, object); },
         settings_.server);
@@ -47,16 +48,11 @@ desk::HostSettings RunningHost::DeskSettings() {
     desk::HostSettings desk;
     desk.installationFolder = {"C:\\Quorlane"};
     desk.console = [this](const std::string& text) { console_ += text; };
+    desk.busy = settings_.busy;
     return desk;
 }
 
-desk::HostScript RunningHost::Script() const {
-    desk::HostScript script;
-    script.busy = settings_.busy;
-    return script;
-}
-
-// Runs on the client's thread, as all of the client's calls do.
+// Runs on the client's thread, as all calls of the client do.
 HRESULT RunningHost::Activate(REFIID interfaceId, void** object) {
     const HRESULT result = host_.Root()->QueryInterface(interfaceId, object);
     if (SUCCEEDED(result) && !thread_.joinable()) {

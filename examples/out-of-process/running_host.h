@@ -1,7 +1,6 @@
-// The desk host in the role of a host that is already running: it can be found by its class id, and, once a
-// client has asked for it, calls that client from a thread of its own. The calls arrive in the client's
-// message loop. Host and client take turns: while the host's thread waits for a call, the client's thread has
-// the host.
+// The desk host as a host that is already running. Clients find it by its class id. When a client has asked
+// for it, it calls that client from a thread of its own, and the calls arrive in the client's message loop.
+// The desk host has no lock and needs none: its own thread waits while a call runs on the client's thread.
 #pragma once
 
 #include <functional>
@@ -18,8 +17,8 @@ namespace ventrix::example {
 struct RunningHostSettings {
     CLSID classId;
     std::u16string server;       ///< Empty: this machine.
-    std::function<bool()> busy;  ///< While it says so, the host turns every call away; may be empty.
-    std::string clientName;      ///< The client that is called.
+    std::function<bool()> busy;  ///< While it returns true, the host rejects every call; may be empty.
+    std::string clientName;      ///< The client to call.
     std::vector<std::string> commands;
 };
 
@@ -29,24 +28,22 @@ class RunningHost {
   public:
     explicit RunningHost(RunningHostSettings settings);
 
-    /// Waits for the last call, then lets the client go. The client's thread is another one, or its loop has
-    /// ended.
+    /// Waits for the last call to finish. Must not run on the client's thread while the client's loop runs.
     ~RunningHost();
     RunningHost(const RunningHost&) = delete;
     RunningHost& operator=(const RunningHost&) = delete;
 
-    /// What the client answered, by command; nothing for a call that no client of that name took. Complete
-    /// when the client's loop has ended.
+    /// The answers by command; nothing for a call that no client of that name received. Complete when the
+    /// client's loop has ended.
     const std::vector<Answer>& Answers() const { return answers_; }
 
-    /// What clients wrote to the console.
+    /// The console output of clients.
     const std::string& Console() const { return console_; }
 
     const desk::DeskHost& Host() const { return host_; }
 
   private:
     desk::HostSettings DeskSettings();
-    desk::HostScript Script() const;
     HRESULT Activate(REFIID interfaceId, void** object);
     void ServeClient(std::uint32_t clientThread);
     Answer CallByName(const std::string& clientName, const std::string& command);

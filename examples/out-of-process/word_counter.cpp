@@ -4,10 +4,11 @@
 #include <string>
 
 #include "bridge/callbacks.h"
-#include "bridge/connection.h"
+#include "bridge/contract/request.h"
 #include "bridge/host/operations.h"
+#include "bridge/host/values.h"
 #include "bridge/out_of_process.h"
-#include "bridge/values.h"
+#include "bridge/runtime_setup.h"
 #include "kit/format/format.h"
 #include "kit/text/encodings.h"
 #include "kit/text/strings.h"
@@ -15,8 +16,6 @@
 namespace ventrix {
 namespace {
 
-constexpr std::int32_t kClientCall = 13;
-constexpr std::int32_t kUnknownCommand = -43;
 constexpr char kCountCommand[] = "Count ";
 
 int CountWords(const char* text) {
@@ -43,28 +42,28 @@ void Answer(std::int32_t status, const std::string& sentence) {
 
 void HandleCommand(const char* command) {
     if (!Q_StrPrefix(command, kCountCommand)) {
-        Answer(kUnknownCommand, "");
+        Answer(kRequestRefused, "");
         return;
     }
     const int words = CountWords(command + sizeof kCountCommand - 1);
-    // No channel: the text goes to the host's console. A busy host is called again until it has time.
+    // Without a channel the output goes to the host's console. If the host is busy, the call is repeated.
     Q_Print(nullptr, "Word counter: %d words\n", words);
     Answer(0, std::to_string(words) + " words");
 }
 
 }  // namespace
 
-// The client's own callbacks. The others are the kit's.
+// The callbacks that this client defines. The kit has defaults for the others.
 
 void Initialize(std::int32_t) {
     Q_ApiRuntimeSetup();
     Q_ApiSetTextMode(1);
     Q_SetEncoding("UTF-8");
-    Q_ApiWatchNotification(kClientCall, 1);
+    Q_ApiWatchNotification(kRequestNotification, 1);
 }
 
 void Notify(std::int32_t number, std::uint32_t, const char* text, std::int32_t) {
-    if (number == kClientCall) {
+    if (number == kRequestNotification) {
         HandleCommand(text);
     }
 }
@@ -72,7 +71,7 @@ void Notify(std::int32_t number, std::uint32_t, const char* text, std::int32_t) 
 namespace example {
 
 std::int32_t RunWordCounter(const char* serverName) {
-    // The loop connects by itself where it has to; a server can be named only here.
+    // Q_ApiRunClient can connect by itself, but only to a host on this machine.
     return Q_ApiConnectHost(nullptr, serverName, nullptr) == 0 ? Q_ApiRunClient() : 1;
 }
 

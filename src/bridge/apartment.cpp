@@ -9,7 +9,7 @@ namespace ventrix {
 
 namespace {
 
-void ForgetFilter() {
+void ReleaseFilter() {
     IMessageFilter* filter = std::exchange(connection.messageFilter, nullptr);
     if (filter != nullptr) {
         filter->Release();
@@ -22,20 +22,21 @@ void EnterApartment() {
     const HRESULT entered = CoInitialize(nullptr);
     if (entered == S_OK) {
         connection.apartmentOwned = true;
-        ForgetFilter();
+        ReleaseFilter();
         connection.messageFilter = new DefaultClientMessageFilterC;
         CoRegisterMessageFilter(connection.messageFilter, nullptr);
     } else if (SUCCEEDED(entered)) {
-        // The apartment is somebody else's, or an earlier attempt of ours left it: one entry is enough.
+        // The thread was in an apartment already: that of other code, or the one that an earlier attempt to
+        // connect entered and kept. This second entry is not needed.
         CoUninitialize();
     }
 }
 
 void LeaveApartment() {
     if (connection.messageFilter != nullptr) {
-        // While the apartment is still there: outside it the platform would keep the filter.
+        // Before the apartment is left: after that the platform would keep the filter.
         CoRegisterMessageFilter(nullptr, nullptr);
-        ForgetFilter();
+        ReleaseFilter();
     }
     if (std::exchange(connection.apartmentOwned, false)) {
         CoUninitialize();

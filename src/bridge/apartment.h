@@ -1,13 +1,14 @@
-// The apartment and the message filter of an out-of-process client, as part of the connection's state.
+// The component model's apartment and the message filter of a client in a process of its own. Both are part
+// of the connection's state.
 #pragma once
 
 namespace ventrix {
 
-/// Enters the thread's apartment and registers a message filter, unless that was done before or somebody else
-/// is in the apartment.
+/// Enters the thread's apartment and registers a message filter. Does nothing if the thread is already in an
+/// apartment, entered by this function or by other code.
 void EnterApartment();
 
-/// Ends the filter and leaves the apartment, if EnterApartment entered it.
+/// Revokes the filter, and leaves the apartment if EnterApartment entered it.
 void LeaveApartment();
 
 }  // namespace ventrix

@@ -3,13 +3,14 @@
 #include <utility>
 
 #include "bridge/apartment.h"
-#include "bridge/client_description.h"
 #include "bridge/host/operations.h"
+#include "bridge/host/properties.h"
 #include "bridge/host_call.h"
 #include "bridge/notifications.h"
-#include "bridge/properties.h"
+#include "bridge/runtime_setup.h"
 #include "kit/console.h"
 #include "kit/resource_strings.h"
+#include "platform/module.h"
 
 namespace ventrix {
 
@@ -17,8 +18,28 @@ ClientConnection connection = {};
 
 namespace {
 
-constexpr unsigned kOwnershipInterface = HostOwnsResultsMethod::kInterfaceNumber;
 constexpr unsigned kFirstOptionalInterface = 16;
+
+constexpr char kLanguageBlock[] = "040904b0";
+
+/// A property of the client description and the key of the version block that holds it.
+struct DescriptionKey {
+    std::int32_t number;
+    const char* key;
+};
+
+constexpr DescriptionKey kDescriptionKeys[] = {
+    {kClientNameProperty, "ClientName"},
+    {3, "ClientType"},
+    {4, "FileDescription"},
+    {5, "ClientProducts"},
+    {6, "ClientFacet"},
+    {7, "ClientFormatId"},
+    {8, "ClientVendor"},
+    {9, "ClientSuffix"},
+    {10, "ClientInFormat"},
+    {11, "ClientOutFormat"},
+};
 
 void ReleaseAndClear(IUnknown** reference) {
     IUnknown* held = std::exchange(*reference, nullptr);
@@ -27,7 +48,8 @@ void ReleaseAndClear(IUnknown** reference) {
     }
 }
 
-// A refused interface leaves its entry null. What an earlier attempt left there goes back.
+// A refused interface leaves its entry null. A failed attempt to connect keeps its references in the table,
+// so the former entry is released.
 void QueryHostInterfaces(IUnknown* root, unsigned first, unsigned last) {
     for (unsigned number = first; number <= last; ++number) {
         void* found = nullptr;
@@ -39,8 +61,8 @@ void QueryHostInterfaces(IUnknown* root, unsigned first, unsigned last) {
 }
 
 void AskWhoOwnsResults() {
-    IUnknown* side = HostInterface(kOwnershipInterface);
-    if (side != nullptr && CallMethod<HostOwnsResultsMethod>(side, 1) == S_OK) {
+    IUnknown* ownership = HostInterface(HostOwnsResultsMethod::kInterfaceNumber);
+    if (ownership != nullptr && CallMethod<HostOwnsResultsMethod>(ownership, 1) == S_OK) {
         connection.hostOwnsResults = true;
     }
 }
@@ -49,9 +71,19 @@ void RegisterWithHost(const Q_PropList* description) {
     IUnknown* notifications = static_cast<ComUltraliteC*>(connection.notifications);
     CallMethod<RegisterClientMethod>(HostInterface(kMainHostInterface), notifications, kRegistrationWord,
                                      description);
-    IUnknown* side = HostInterface(TakeModuleHandleMethod::kInterfaceNumber);
-    if (side != nullptr) {
-        CallMethod<TakeModuleHandleMethod>(side, connection.module);
+    IUnknown* handleTaker = HostInterface(TakeModuleHandleMethod::kInterfaceNumber);
+    if (handleTaker != nullptr) {
+        CallMethod<TakeModuleHandleMethod>(handleTaker, connection.module);
+    }
+}
+
+/// Adds a property for each client key of the module's version block.
+void ReadClientDescription(void* module, Q_PropList* description) {
+    for (const DescriptionKey& key : kDescriptionKeys) {
+        const auto text = platform::VersionBlockText(module, kLanguageBlock, key.key);
+        if (text) {
+            Q_ApiSetPropString(description, key.number, text->c_str());
+        }
     }
 }
 
@@ -101,7 +133,8 @@ std::int32_t Q_ApiClientInit(void* module, IUnknown* root, IUnknown* keepAlive,
     connection.loopEnded = false;
     Q_SetResourceModule(module);
     HoldKeepAlive(keepAlive);
-    // From here on only the host's references hold the object. Without any, the connection ends with it.
+    // Now only the host's references keep the object alive. If there are none, its destructor runs here and
+    // ends the connection.
     notifications->Release();
     Q_ConsoleHook = Q_ApiWriteConsole;
     return Q_ApiIsConnected() ? 0 : -1;
@@ -112,7 +145,8 @@ void Q_ApiDisconnect() {
     for (IUnknown*& held : connection.hostInterfaces) {
         ReleaseAndClear(&held);
     }
-    // A release may have ended the notification object, and with it came the rest.
+    // Releasing the interfaces may have made the host release the notification object. Its destructor has
+    // then run this function to its end already.
     if (hadNotifications && connection.notifications != nullptr) {
         CoDisconnectObject(static_cast<IQuorlaneNotifications0*>(connection.notifications), 0);
         LeaveApartment();

@@ -1,5 +1,5 @@
-// The one connection of a client to the host: the host's interfaces, the notification object and the kit's
-// runtime. Process-wide and unguarded; all of it runs on the host's thread.
+// A client's one connection to the host: the host's interfaces and the notification object. The state is
+// process-wide and has no lock, since everything runs on the host's thread.
 #pragma once
 
 #include <cstdint>
@@ -10,33 +10,30 @@ namespace ventrix {
 
 class QuorlaneNotificationsC;
 
-/// All zero at load.
+/// All fields are zero when the module is loaded.
 struct ClientConnection {
-    IUnknown*
-        hostInterfaces[kHostInterfaceCount];  ///< Number n at index n - 1; null: not offered. References.
-    void* module;                             ///< First argument of Q_ApiClientInit.
-    QuorlaneNotificationsC* notifications;    ///< The object that the host calls; it belongs to the host.
-    IUnknown* keepAlive;                      ///< A reference, or null.
-    bool hostOwnsResults;                     ///< Who frees what the host hands out.
-    bool loopEnded;                           ///< Ends the message loop of an out-of-process client.
-    bool kitReady;                            ///< Cleared when the host says Quit.
-    bool apartmentOwned;                      ///< Q_ApiConnectHost entered the apartment itself.
-    IMessageFilter* messageFilter;            ///< The registered filter, or null.
+    /// Counted references. Interface n is at index n - 1; null if the host does not offer it.
+    IUnknown* hostInterfaces[kHostInterfaceCount];
+    void* module;                           ///< First argument of Q_ApiClientInit.
+    QuorlaneNotificationsC* notifications;  ///< The object that the host calls. The host's references own it.
+    IUnknown* keepAlive;                    ///< A counted reference, or null.
+    bool hostOwnsResults;                   ///< Whether the host frees what its methods hand out.
+    bool loopEnded;                         ///< Ends the message loop of an out-of-process client.
+    bool kitReady;                          ///< Cleared when the host calls Quit.
+    bool apartmentOwned;                    ///< EnterApartment entered the apartment.
+    IMessageFilter* messageFilter;          ///< A counted reference to the registered filter, or null.
 };
 
 extern ClientConnection connection;
 
-/// The interface with a number of 1 to 18, or null. Not a new reference.
+/// The interface with this number, 1 to 18, or null. The reference stays the connection's.
 IUnknown* HostInterface(unsigned number);
 
-/// Settles encodings and the folder of ICU's data. 0, or 1 when the host could not name its folder.
-std::int32_t Q_ApiRuntimeSetup();
-
-/// Releases the host's interfaces; ends what Q_ApiConnectHost set up if the host still holds the notification
-/// object.
+/// Releases the host's interfaces. If the host still holds the notification object, also undoes what
+/// Q_ApiConnectHost set up.
 void Q_ApiDisconnect();
 
-/// Whether the main interface is held.
+/// Whether the connection holds the main interface.
 bool Q_ApiIsConnected();
 
 /// The module's one export; see ClientInitEntry.

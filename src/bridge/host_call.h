@@ -1,5 +1,5 @@
-// One call on a host interface, by the contract's method record: the missing interface, the failed call and
-// the reported status become the kit's error value here and nowhere else.
+// A call on a host interface, described by a method record of the contract. Only this component turns a
+// missing interface, a failed call or a status into the kit's error value.
 #pragma once
 
 #include <cstdint>
@@ -11,28 +11,28 @@
 
 namespace ventrix {
 
-/// False for a negative result code: sets Q_ApiLastError to -88 for a busy host, else to -1.
+/// True unless the result code is negative. Then sets Q_ApiLastError: -88 for a busy host, else -1.
 bool AcceptHostResult(HRESULT result);
 
-/// False for a status that is not 0, which goes to Q_ApiLastError.
+/// True for status 0. Otherwise sets Q_ApiLastError to the status.
 bool AcceptHostStatus(std::int32_t status);
 
-/// Calls the method of an interface that is held; again while the host is busy and the thread's message
-/// filter says so. The platform's result of the last attempt.
+/// Calls the method of an interface that is not null. While the host is busy, repeats the call for as long as
+/// the thread's message filter asks for it. Returns the result of the last attempt.
 template <class Method, class... Arguments>
-HRESULT CallMethod(IUnknown* side, Arguments... arguments) {
-    void* const* methods = *reinterpret_cast<void* const* const*>(side);
+HRESULT CallMethod(IUnknown* target, Arguments... arguments) {
+    void* const* methods = *reinterpret_cast<void* const* const*>(target);
     auto* function = reinterpret_cast<typename Method::Type*>(methods[Method::kIndex]);
-    return platform::CallServer([&] { return function(side, arguments...); });
+    return platform::CallServer([&] { return function(target, arguments...); });
 }
 
-/// Whether the call reached the host and came back. On false Q_ApiLastError is set and out-arguments may hold
-/// anything that the host wrote.
+/// Whether the host executed the call. If not, Q_ApiLastError is set, and out-arguments may hold whatever the
+/// host wrote to them.
 template <class Method, class... Arguments>
 bool CallHost(Arguments... arguments) {
-    IUnknown* side = HostInterface(Method::kInterfaceNumber);
-    // The code of a missing interface: any failure but that of a busy host.
-    return AcceptHostResult(side == nullptr ? E_NOINTERFACE : CallMethod<Method>(side, arguments...));
+    IUnknown* target = HostInterface(Method::kInterfaceNumber);
+    // A missing interface counts as a failed call; any code but that of a busy host gives -1.
+    return AcceptHostResult(target == nullptr ? E_NOINTERFACE : CallMethod<Method>(target, arguments...));
 }
 
 }  // namespace ventrix

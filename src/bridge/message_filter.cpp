@@ -4,8 +4,8 @@ namespace ventrix {
 namespace {
 
 constexpr DWORD kCancelCall = 0xFFFFFFFF;
-constexpr DWORD kRetryLimit = 20 * 60 * 1000;
-constexpr DWORD kRetryAtOnce = 200;
+constexpr DWORD kRetryLimit = 20 * 60 * 1000;  // milliseconds
+constexpr DWORD kRetryAtOnce = 200;            // milliseconds
 
 }  // namespace
 

@@ -1,8 +1,9 @@
+#include "bridge/notice_fields.h"
+
 #include <algorithm>
 #include <iterator>
 #include <string_view>
 
-#include "bridge/notifications.h"
 #include "kit/memory.h"
 
 namespace ventrix {
@@ -10,31 +11,31 @@ namespace {
 
 constexpr char kRecordSeparator = 0x1E;
 
-char* NewPiece(std::string_view piece) {
-    auto* copy = static_cast<char*>(Q_Calloc(static_cast<std::uint32_t>(piece.size()) + 1, 1, kMustSucceed));
-    piece.copy(copy, piece.size());
+char* CopyField(std::string_view field) {
+    auto* copy = static_cast<char*>(Q_Calloc(static_cast<std::uint32_t>(field.size()) + 1, 1, kMustSucceed));
+    field.copy(copy, field.size());
     return copy;
 }
 
-// Takes the next piece off the text.
-std::string_view NextPiece(std::string_view* text) {
-    const std::string_view piece = text->substr(0, text->find(kRecordSeparator));
-    text->remove_prefix(std::min(piece.size() + 1, text->size()));
-    return piece;
+// Removes the next field and its separator from the text.
+std::string_view TakeField(std::string_view* text) {
+    const std::string_view field = text->substr(0, text->find(kRecordSeparator));
+    text->remove_prefix(std::min(field.size() + 1, text->size()));
+    return field;
 }
 
 }  // namespace
 
 Q_NoticeFieldsRecord ParseNoticeFields(const char* text) {
     std::string_view rest = text == nullptr ? "" : text;
-    const auto pieces = static_cast<std::size_t>(std::count(rest.begin(), rest.end(), kRecordSeparator)) + 1;
+    const auto total = static_cast<std::size_t>(std::count(rest.begin(), rest.end(), kRecordSeparator)) + 1;
     Q_NoticeFieldsRecord record = {};
-    const std::size_t fieldCount = std::min(pieces, std::size(record.fields));
-    std::generate_n(record.fields, fieldCount, [&rest] { return NewPiece(NextPiece(&rest)); });
-    if (pieces > fieldCount) {
-        record.furtherCount = static_cast<std::uint32_t>(pieces - fieldCount);
+    const std::size_t fieldCount = std::min(total, std::size(record.fields));
+    std::generate_n(record.fields, fieldCount, [&rest] { return CopyField(TakeField(&rest)); });
+    if (total > fieldCount) {
+        record.furtherCount = static_cast<std::uint32_t>(total - fieldCount);
         record.further = static_cast<char**>(Q_Calloc(record.furtherCount, sizeof(char*), kMustSucceed));
-        std::generate_n(record.further, record.furtherCount, [&rest] { return NewPiece(NextPiece(&rest)); });
+        std::generate_n(record.further, record.furtherCount, [&rest] { return CopyField(TakeField(&rest)); });
     }
     return record;
 }

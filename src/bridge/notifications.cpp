@@ -5,6 +5,7 @@
 #include <string>
 
 #include "bridge/connection.h"
+#include "bridge/notice_fields.h"
 #include "kit/console.h"
 #include "kit/memory.h"
 #include "kit/text/strings.h"
@@ -13,27 +14,27 @@
 namespace ventrix {
 namespace {
 
-void TellConsole(const char* reason) {
+void ReportOnConsole(const char* reason) {
     if (Q_ConsoleHook != nullptr) {
         Q_ConsoleHook(("A call from the host ended early: " + std::string(reason) + "\n").c_str());
     }
 }
 
-// Runs a callback. The host knows no exceptions, and a callback has no way to tell it of a failure; so one
-// that comes this far is told on the console.
+// Runs a callback. An exception must not cross the binary interface to the host, and the host expects S_OK
+// from these methods whatever the callback did, so an exception is reported on the console.
 template <class Callback>
 HRESULT Deliver(Callback callback) {
     try {
         callback();
     } catch (const std::exception& error) {
-        TellConsole(error.what());
+        ReportOnConsole(error.what());
     } catch (...) {
-        TellConsole("unknown reason");
+        ReportOnConsole("unknown reason");
     }
     return S_OK;
 }
 
-// The module's file with its terminator must fit the buffer that the contract allots to it.
+// Size in bytes of the longest path that the contract allows, with its terminator.
 constexpr std::size_t kModulePathSize = 260;
 
 HRESULT HandOutBytes(const void* bytes, std::size_t size, Q_ResourceRecord* record) {
@@ -61,7 +62,8 @@ HRESULT HandOutResource(std::uint32_t type, const char* name, Q_ResourceRecord* 
     return data == nullptr ? E_FAIL : HandOutBytes(data, size, record);
 }
 
-// The callback keeps its text and its array; the host gets copies in kit memory.
+// The callback keeps its string and its array; the host gets copies in kit memory. The array is a block also
+// if it is empty.
 void CopyCmsResult(const Q_CmsRecord& from, Q_CmsRecord* record) {
     *record = from;
     record->text = Q_StrDup(from.text);
@@ -74,13 +76,13 @@ void CopyCmsResult(const Q_CmsRecord& from, Q_CmsRecord* record) {
     }
 }
 
-template <class Side>
-bool StoreSide(QuorlaneNotificationsC* object, REFIID asked, REFIID offered, void** out) {
+template <class Interface>
+bool StoreInterface(QuorlaneNotificationsC* object, REFIID asked, REFIID offered, void** out) {
     if (asked != offered) {
         return false;
     }
     object->AddRef();
-    *out = static_cast<Side*>(object);
+    *out = static_cast<Interface*>(object);
     return true;
 }
 
@@ -135,9 +137,9 @@ HRESULT QlApiInterfacesC::CMSCommand(std::int32_t command, const char* text, std
 }
 
 void QuorlaneNotificationsC::FindInterface(REFIID id, void** out) {
-    if (StoreSide<IQuorlaneCMSNotifications0>(this, id, kCmsNotifications0Id, out) ||
-        StoreSide<IQuorlaneNotifications0>(this, id, kNotifications0Id, out) ||
-        StoreSide<IQuorlaneNotifications1>(this, id, kNotifications1Id, out)) {
+    if (StoreInterface<IQuorlaneCMSNotifications0>(this, id, kCmsNotifications0Id, out) ||
+        StoreInterface<IQuorlaneNotifications0>(this, id, kNotifications0Id, out) ||
+        StoreInterface<IQuorlaneNotifications1>(this, id, kNotifications1Id, out)) {
         return;
     }
     ComUltraliteC::FindInterface(id, out);

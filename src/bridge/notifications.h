@@ -1,6 +1,9 @@
-// The object at which everything arrives that the host says to the client. Q_ApiClientInit creates it, the
-// host's references keep it alive, and its end is the end of the connection. Each host call lands in a
-// callback of bridge/callbacks.h.
+// The object on which the host calls the client. Each call ends in a function of bridge/callbacks.h.
+//
+// The object is also the lifetime of the connection. Q_ApiClientInit creates it with one reference, the host
+// adds its own at registration, and Q_ApiClientInit gives the first one up. When the host releases its last
+// reference, the destructor releases the host's interfaces and the keep-alive object. The host may use the
+// object during that; the reference count is then set so high that it cannot reach zero a second time.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +14,7 @@
 
 namespace ventrix {
 
-/// The bodies of all that a host calls. No exception leaves them.
+/// Implements the methods of the three notification interfaces. No exception leaves them.
 class QlApiInterfacesC : public ComUltraliteC,
                          public IQuorlaneCMSNotifications0,
                          public IQuorlaneNotifications0,
@@ -36,16 +39,11 @@ class QlApiInterfacesC : public ComUltraliteC,
     HRESULT HtmlDialogEventEx(std::int32_t event, std::intptr_t first, std::intptr_t second) override;
 };
 
-/// The notification object. It is made with new and frees itself.
+/// The notification object. It is created with new and deletes itself.
 class QuorlaneNotificationsC final : public QlApiInterfacesC {
   public:
     void FindInterface(REFIID id, void** out) override;
     ~QuorlaneNotificationsC() override;
 };
-
-/// The text of notification 75, cut at each record separator byte (0x1E) and at its end. There is always a
-/// first piece. Null counts as the empty text. Free with FreeNoticeFields.
-Q_NoticeFieldsRecord ParseNoticeFields(const char* text);
-void FreeNoticeFields(Q_NoticeFieldsRecord* record);
 
 }  // namespace ventrix

@@ -1,14 +1,19 @@
 #include "bridge/open_script.h"
 
-#include "bridge/properties.h"
-#include "kit/format/format.h"
+#include <iterator>
+
 #include "kit/memory.h"
-#include "platform/exception.h"
 
 namespace ventrix {
 namespace {
 
-// The order is the order in the list.
+struct OpenScriptRow {
+    std::int32_t number;
+    std::int32_t value;
+    std::uint32_t tag = kIntegerTag;
+};
+
+// In list order, which is not the order of the numbers. A row of tag 3 starts with a null string.
 constexpr OpenScriptRow kDefaultRows[] = {
     {1, 0},
     {5, 1},
@@ -66,38 +71,24 @@ constexpr OpenScriptRow kDefaultRows[] = {
     {54, 0},
 };
 
-void WriteRow(Q_Prop* row, const OpenScriptRow& from) {
-    row->ident.number = from.number;
-    row->value.tag = from.tag;
-    // A text starts as null; the row came zeroed.
-    if (from.tag == kIntegerTag) {
-        row->value.number = from.value;
-    }
-}
-
-[[noreturn]] void EndForWrongTable() {
-    Q_Print(nullptr, "Error: Default params list has an incorrect number of items.\n");
-    platform::RaisePlatformException(1);
-}
+static_assert(std::size(kDefaultRows) == 54, "the numbers 1 to 54, each once");
 
 }  // namespace
 
-Q_PropList Q_OpenScriptOfRows(std::span<const OpenScriptRow> rows) {
-    auto* items = static_cast<Q_Prop*>(Q_Calloc(kOpenScriptRowCount, sizeof(Q_Prop), 0));
+Q_PropList Q_ApiDefaultOpenScript() {
+    constexpr std::uint32_t kRowCount = std::size(kDefaultRows);
+    auto* items = static_cast<Q_Prop*>(Q_Calloc(kRowCount, sizeof(Q_Prop), 0));
     if (items == nullptr) {
         return {};
     }
-    if (rows.size() != kOpenScriptRowCount) {
-        EndForWrongTable();
+    for (std::uint32_t i = 0; i < kRowCount; ++i) {
+        items[i].ident.number = kDefaultRows[i].number;
+        items[i].value.tag = kDefaultRows[i].tag;
+        if (kDefaultRows[i].tag == kIntegerTag) {
+            items[i].value.number = kDefaultRows[i].value;
+        }
     }
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        WriteRow(&items[i], rows[i]);
-    }
-    return {kOpenScriptRowCount, items};
-}
-
-Q_PropList Q_ApiDefaultOpenScript() {
-    return Q_OpenScriptOfRows(kDefaultRows);
+    return {kRowCount, items};
 }
 
 }  // namespace ventrix

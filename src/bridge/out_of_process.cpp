@@ -27,14 +27,14 @@ CLSID HostClass() {
     return given ? classId : kHostClassId;
 }
 
-// Null without a host; otherwise a reference.
+// A new reference, or null if no host is running.
 IUnknown* FindHost(REFCLSID classId) {
     void* host = nullptr;
     CoCreateInstance(classId, nullptr, kAnyServer, kMainInterfaceId, &host);
     return static_cast<IUnknown*>(host);
 }
 
-// The same on another machine. The function is looked up, since not every platform has it.
+// The same on another machine. Not every platform has the function, so it is looked up at run time.
 IUnknown* FindHostOn(const char* serverName, REFCLSID classId) {
     auto* createInstance = platform::FindFunction<CoCreateInstanceExFunction>(
         platform::OpenLibrary("ole32.dll"), "CoCreateInstanceEx");
@@ -48,12 +48,12 @@ IUnknown* FindHostOn(const char* serverName, REFCLSID classId) {
     return query.pItf;
 }
 
-std::int32_t IntroduceToHost(IUnknown* host, const Q_PropList* description) {
+std::int32_t ConnectTo(IUnknown* host, const Q_PropList* description) {
     if (host == nullptr) {
         return kNoHost;
     }
     const std::int32_t result = Q_ApiClientInit(platform::MainModule(), host, nullptr, description);
-    // The connection has references of its own.
+    // The connection holds its own references.
     host->Release();
     return result;
 }
@@ -73,7 +73,7 @@ std::int32_t Q_ApiConnectHost(const Q_PropList* description, const char* serverN
     EnterApartment();
     const CLSID hostClass = classId == nullptr ? HostClass() : *classId;
     IUnknown* host = serverName == nullptr ? FindHost(hostClass) : FindHostOn(serverName, hostClass);
-    const std::int32_t result = IntroduceToHost(host, description);
+    const std::int32_t result = ConnectTo(host, description);
     if (result != 0) {
         Q_ApiLastError = result;
     }

@@ -1,3 +1,5 @@
+#include "bridge/runtime_setup.h"
+
 #include <unicode/putil.h>
 
 #include <string>
@@ -15,14 +17,16 @@ namespace {
 
 constexpr std::size_t kFolderSize = 1024;
 
-// Empty when the host can't name it, and when it is too long: a cut text would name another folder.
+// Empty if the host cannot name it, or if it is too long: a truncated path would name another folder. An
+// error of an earlier operation counts as well, since success does not clear the error value.
 std::string HostInstallationFolder() {
     const Q_String text(Q_ApiReadStringPropNum(0, 0, kInstallationFolderProperty));
     const std::string folder = text == nullptr ? "" : text.get();
     return Q_ApiLastError != 0 || folder.size() >= kFolderSize ? "" : folder;
 }
 
-// ICU opens files by the machine's own notation. A folder on no known drive is told as it stands.
+// ICU opens files itself, so it needs a native path. A folder that is not on a mapped drive is passed on
+// unchanged.
 void SetDataFolder(const std::string& folder) {
     const std::string native = platform::ToNative(folder);
     u_setDataDirectory(native.empty() ? folder.c_str() : native.c_str());

@@ -3,7 +3,7 @@
 #include "bridge/contract/host_interfaces.h"
 #include "bridge/contract/request.h"
 #include "bridge/host/operations.h"
-#include "bridge/values.h"
+#include "bridge/host/values.h"
 #include "fileset/file_operations.h"
 #include "kit/memory.h"
 #include "markers/xslt_run.h"

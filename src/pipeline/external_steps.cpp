@@ -6,8 +6,8 @@
 
 #include "bridge/contract/request.h"
 #include "bridge/host/operations.h"
+#include "bridge/host/properties.h"
 #include "bridge/open_script.h"
-#include "bridge/properties.h"
 #include "pipeline/report_log.h"
 #include "platform/process.h"
 

@@ -1,7 +1,7 @@
 #include "pipeline/reference_scan.h"
 
 #include "bridge/host/operations.h"
-#include "bridge/values.h"
+#include "bridge/host/values.h"
 #include "fileset/file_operations.h"
 
 namespace ventrix {

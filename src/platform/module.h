@@ -55,9 +55,6 @@ void BindResources(ModuleHandle module, const ModuleResources* resources);
 std::optional<std::string> VersionBlockText(ModuleHandle module, std::string_view languageBlock,
                                             std::string_view key);
 
-/// True if the module has a version block.
-bool HasVersionBlock(ModuleHandle module);
-
 /// Copies a string of the string table, cut to `size` units including the terminator, and returns the units
 /// copied without the terminator. An unknown id gives 0 and the empty string. With a size of 0 or less
 /// nothing is written.

@@ -1,9 +1,10 @@
-// What this module does when the host calls: it sets up its texts and watches for requests, and answers each.
+// The module's callbacks: Initialize selects the text mode and asks for notifications, Notify handles
+// requests.
 #include "bridge/callbacks.h"
 
-#include "bridge/connection.h"
 #include "bridge/contract/request.h"
 #include "bridge/host/operations.h"
+#include "bridge/runtime_setup.h"
 #include "kit/text/encodings.h"
 #include "request/request_handler.h"
 
@@ -13,7 +14,7 @@ void Initialize(std::int32_t code) {
     Q_ApiRuntimeSetup();
     Q_ApiSetTextMode(1);
     Q_SetEncoding("UTF-8");
-    // The host expects a client of this kind to watch 53 and 97 as well; their deliveries are let pass.
+    // The host expects a client of this kind to watch 53 and 97 as well. Notify ignores them.
     Q_ApiWatchNotification(53, 1);
     Q_ApiWatchNotification(97, 1);
     Q_ApiWatchNotification(kRequestNotification, 1);

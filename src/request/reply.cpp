@@ -1,7 +1,7 @@
 #include "request/reply.h"
 
 #include "bridge/host/operations.h"
-#include "bridge/values.h"
+#include "bridge/host/values.h"
 #include "kit/memory.h"
 
 namespace ventrix {

@@ -71,8 +71,8 @@ RequestCommand CommandNamed(const char* name) {
     return Q_StrIEqual(name, kValidateCommand) ? RequestCommand::kValidate : RequestCommand::kNone;
 }
 
-/// Reads one option with its value. The buffer holds the last token read, which ends the request if it is
-/// empty.
+/// Reads an option and its value. Leaves the last token in the buffer; if it is empty, the request ends
+/// there.
 const char* ReadOption(const char* cursor, char* buffer, PublishRequest& request) {
     cursor = ReadToken(cursor, buffer, kTokenCapacity);
     const RequestOption* option = FindOption(buffer);

@@ -1,6 +1,5 @@
-// Cuts a request into tokens and reads its options into one record. The parser is tolerant: it skips what it
-// does not know and checks no value. Texts are UTF-8 bytes, and only the space separates tokens: "Publish
-// -docId 7 -useDITAOT".
+// The parser of requests such as "Publish -docId 7 -useDITAOT". It is tolerant: it skips unknown tokens and
+// does not check values. Strings are UTF-8. Only a space separates tokens; a tab is an ordinary character.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +15,8 @@ namespace ventrix {
 
 enum class RequestCommand { kNone, kValidate, kPublish };
 
-/// One request as it was given. A text is null where its option is absent; an option given twice has its
-/// later value.
+/// A parsed request. The string of an absent option is null. If an option occurs twice, the later
+/// value replaces the earlier one, except that lists append.
 struct PublishRequest {
     RequestCommand command = RequestCommand::kNone;
     std::int32_t documentId = 0;
@@ -32,16 +31,16 @@ struct PublishRequest {
     PublishParams params;
 };
 
-/// Copies the next token, without its quotes, into the buffer, cut to capacity - 1 bytes and terminated.
-/// Returns the cursor behind the whole token. At the end of the text the token is empty.
+/// Copies the next token, without its quotes, into the buffer, truncated to capacity - 1 bytes and
+/// terminated. Returns the position after the whole token. At the end of the request the token is empty.
 const char* ReadToken(const char* cursor, char* buffer, std::size_t capacity);
 
-/// Appends the pieces between the separators to the list, untrimmed; a trailing separator leaves an empty
-/// last piece, and an empty text gives no piece.
+/// Appends the parts between the separators to the list, untrimmed. A separator at the end gives an empty
+/// last part; an empty string gives no part.
 void ParseCommaList(std::string_view text, std::list<std::string>& list, char separator);
 
-/// Reads a whole request. Without a command that is known, nothing behind it is read. Command and option
-/// names match in any case; an empty token, also as a value, ends the request.
+/// Parses a request. If the command is unknown, the options are not read. Commands and option names are
+/// compared without regard to case. An empty token, also as a value, ends the request.
 PublishRequest ParseRequest(const char* text);
 
 }  // namespace ventrix

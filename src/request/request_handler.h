@@ -1,10 +1,10 @@
-// The road of one request: parse, check, run the driver, reply.
+// Processing of a request: parse it, check it, run the driver, send the reply.
 #pragma once
 
 namespace ventrix {
 
-/// Handles one request text and sends exactly one reply before it returns. A null text counts as the empty
-/// text, which is no command and is refused.
+/// Handles a request and sends exactly one reply before it returns. Null counts as the empty string, which is
+/// refused as it has no command.
 void HandleRequest(const char* text);
 
 }  // namespace ventrix

@@ -18,10 +18,10 @@ void* Note(std::set<void*>& pool, void* block) {
     return block;
 }
 
-// Whether the block may go back to its pool.
+// Whether the block may be freed in this pool.
 bool Forget(std::set<void*>& pool, void* block, const char* poolName) {
     if (block != nullptr && pool.erase(block) == 0) {
-        misuses.push_back(std::string("a block that is not live there went back to ") + poolName);
+        misuses.push_back(std::string("a block that is not live in it was freed in ") + poolName);
         return false;
     }
     return true;
@@ -33,7 +33,7 @@ bool FailsNow() {
 
 }  // namespace
 
-// The names are the linker's: __real_ for the original and __wrap_ for what stands in front of it.
+// The linker fixes these names: __real_ is the original function, __wrap_ its replacement.
 extern "C" {
 void* __real__ZN7ventrix7Q_AllocEjj(std::uint32_t size, std::uint32_t flags);
 void* __real__ZN7ventrix8Q_CallocEjjj(std::uint32_t count, std::uint32_t size, std::uint32_t flags);

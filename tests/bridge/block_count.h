@@ -1,6 +1,5 @@
-// Counts the blocks of the two memory pools, the kit's and the platform's task memory, by standing in front
-// of their allocators (the linker puts it there; see tests/CMakeLists.txt). A block that goes back to the
-// wrong pool or goes back twice is noted as a misuse.
+// Counts the live blocks of kit memory and of task memory. The linker wraps both allocators for this (see
+// tests/CMakeLists.txt). Freeing a block in the wrong pool, or twice, is recorded as a misuse.
 #pragma once
 
 #include <cstddef>
@@ -16,10 +15,10 @@ struct BlockCounts {
 
 BlockCounts LiveBlocks();
 
-/// What was noted since the last call.
+/// The misuses since the last call.
 std::vector<std::string> TakeBlockMisuses();
 
-/// Lets the n-th kit allocation from now on fail, counted from 1; 0 for none.
+/// Makes the n-th kit allocation from now on fail, counted from 1; 0 for none.
 void FailKitAllocation(int n);
 
 }  // namespace ventrix::test

@@ -2,7 +2,7 @@
 
 #include "bridge/callbacks.h"
 #include "bridge/connection.h"
-#include "bridge/values.h"
+#include "bridge/host/values.h"
 #include "kit/console.h"
 #include "kit/last_error.h"
 
@@ -51,7 +51,7 @@ void HtmlDialogEventEx(std::int32_t event, std::intptr_t first, std::intptr_t se
     callbackLog.push_back("HtmlDialogEventEx " + Line(event, first, second));
 }
 
-// Command 1 answers with a text and two numbers, any other with nothing.
+// Command 1 gives a string and two numbers, any other an empty record.
 void CMSCommand(std::int32_t command, const char* text, std::int32_t integer, std::intptr_t value,
                 Q_CmsRecord* record) {
     static char answer[] = "checked in";
@@ -81,7 +81,7 @@ void BridgeTest::TearDown() {
     Q_ApiDisconnect();
     EXPECT_EQ(host_->references, 0);
     host_.reset();
-    EXPECT_EQ(LiveBlocks().kit, blocksBefore_.kit) << "blocks of the kit";
+    EXPECT_EQ(LiveBlocks().kit, blocksBefore_.kit) << "blocks of kit memory";
     EXPECT_EQ(LiveBlocks().task, blocksBefore_.task) << "blocks of task memory";
     EXPECT_EQ(TakeBlockMisuses(), Lines());
     EXPECT_EQ(connection.notifications, nullptr);

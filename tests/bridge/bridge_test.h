@@ -1,5 +1,5 @@
-// The common ground of the bridge's tests: a scripted host, callbacks that keep a log, and a balance of
-// references and blocks at the end of each test.
+// The fixture of the bridge's tests: a scripted host and callbacks that write a log. At the end of each test
+// it checks that no reference and no block is left.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,11 +12,11 @@
 
 namespace ventrix::test {
 
-/// What the test's own callbacks were called with, one line each: Initialize, Notify, Message, CMSCommand and
-/// HtmlDialogEventEx. Command, DialogEvent and GetResource are the kit's defaults.
+/// The calls of the callbacks that the tests define, one line each: Initialize, Notify, Message, CMSCommand
+/// and HtmlDialogEventEx. Command, DialogEvent and GetResource are the kit's defaults.
 extern Lines callbackLog;
 
-/// Runs inside Notify, when set.
+/// Runs inside Notify, if set.
 extern std::function<void()> whileNotified;
 
 class BridgeTest : public ::testing::Test {
@@ -26,7 +26,7 @@ class BridgeTest : public ::testing::Test {
 
     TestHost& Host() { return *host_; }
 
-    /// Connects with an empty description, so that no version block is asked.
+    /// Connects with an empty description, so that no version block is read.
     std::int32_t Connect();
 
     int moduleMark_ = 0;  ///< Its address serves as a module handle.

@@ -4,7 +4,8 @@
 
 #include "bridge/bridge_test.h"
 #include "bridge/host/operations.h"
-#include "bridge/properties.h"
+#include "bridge/host/properties.h"
+#include "bridge/runtime_setup.h"
 #include "kit/console.h"
 #include "kit/last_error.h"
 #include "kit/resource_strings.h"
@@ -20,7 +21,7 @@ constexpr platform::VersionString kVersionStrings[] = {
     {"040904b0", "ClientType", "QCK"},
     {"040904b0", "ClientOutFormat", ""},
     {"040904b0", "FileDescription", "Tests the bridge"},
-    {"040904b0", "ProductName", "none of the client's keys"},
+    {"040904b0", "ProductName", "not a client key"},
     {"040704b0", "ClientFacet", "another language"},
 };
 constexpr platform::StringResource kStrings[] = {{3, u"Fehler:"}};
@@ -47,7 +48,7 @@ Lines Queries(unsigned first, unsigned last) {
     return lines;
 }
 
-TEST_F(ConnectionTest, RunsTheSequence) {
+TEST_F(ConnectionTest, ConnectingCallsTheHostInTheOrderOfTheContract) {
     Host().installationFolder = "C:\\Quorlane";
     EXPECT_EQ(Connect(), 0);
     Lines expected = Queries(1, 18);
@@ -58,7 +59,7 @@ TEST_F(ConnectionTest, RunsTheSequence) {
     EXPECT_TRUE(Q_ApiIsConnected());
     EXPECT_FALSE(connection.loopEnded);
     EXPECT_TRUE(connection.kitReady);
-    EXPECT_EQ(callbackLog, Lines()) << "it is the host that calls Initialize";
+    EXPECT_EQ(callbackLog, Lines()) << "the host calls Initialize, not the kit";
 
     Host().DropClient();
     EXPECT_FALSE(Q_ApiIsConnected());
@@ -66,21 +67,21 @@ TEST_F(ConnectionTest, RunsTheSequence) {
     EXPECT_TRUE(connection.loopEnded);
 }
 
-TEST_F(ConnectionTest, RefusesWithoutRootAndWithoutTheMainInterface) {
+TEST_F(ConnectionTest, ConnectingFailsWithoutRootObjectOrMainInterface) {
     EXPECT_EQ(Q_ApiClientInit(&moduleMark_, nullptr, nullptr, nullptr), -1);
     EXPECT_EQ(connection.module, &moduleMark_);
 
     Host().missingInterfaces = {4};
     EXPECT_EQ(Connect(), -1);
-    EXPECT_EQ(Host().log, Queries(1, 15)) << "nothing is asked for behind the refusal";
+    EXPECT_EQ(Host().log, Queries(1, 15)) << "no further interface is asked for";
     EXPECT_EQ(Host().references, 14);
-    // A second attempt gives back what the first one left.
+    // A second attempt releases what the first one obtained.
     Host().missingInterfaces.clear();
     EXPECT_EQ(Connect(), 0);
     EXPECT_EQ(Host().references, 18);
 }
 
-TEST_F(ConnectionTest, ConnectsToAHostThatOffersOnlyTheMainInterface) {
+TEST_F(ConnectionTest, MainInterfaceAloneIsEnoughToConnect) {
     for (unsigned number = 1; number <= 18; ++number) {
         Host().missingInterfaces.insert(number);
     }
@@ -91,21 +92,21 @@ TEST_F(ConnectionTest, ConnectsToAHostThatOffersOnlyTheMainInterface) {
     EXPECT_EQ(Host().references, 1);
 }
 
-TEST_F(ConnectionTest, LearnsWhoOwnsResults) {
+TEST_F(ConnectionTest, HostOwnsResultsOnlyIfItAnswersZero) {
     for (const auto& [answer, owns] : {std::pair(S_FALSE, false), {E_FAIL, false}, {S_OK, true}}) {
         Host().ownershipAnswer = answer;
         EXPECT_EQ(Connect(), 0);
         EXPECT_EQ(connection.hostOwnsResults, owns);
         Host().DropClient();
     }
-    // Any other answer than 0 leaves the flag as it was.
+    // Any other answer leaves the flag as it is.
     Host().ownershipAnswer = S_FALSE;
     EXPECT_EQ(Connect(), 0);
     EXPECT_TRUE(connection.hostOwnsResults);
     connection.hostOwnsResults = false;
 }
 
-TEST_F(ConnectionTest, DescribesItselfByTheVersionBlock) {
+TEST_F(ConnectionTest, ClientDescriptionIsReadFromTheVersionBlock) {
     platform::BindResources(&moduleMark_, &kResources);
     EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), nullptr, nullptr), 0);
     EXPECT_EQ(Host().description,
@@ -114,7 +115,7 @@ TEST_F(ConnectionTest, DescribesItselfByTheVersionBlock) {
     EXPECT_EQ(Q_LoadResourceString(3, text, sizeof text), 0) << "the resource strings know the module";
 }
 
-TEST_F(ConnectionTest, DescribesItselfByWhatTheCallerGives) {
+TEST_F(ConnectionTest, GivenDescriptionReplacesTheVersionBlock) {
     platform::BindResources(&moduleMark_, &kResources);
     Q_PropList description = {};
     Q_ApiSetPropString(&description, 2, "Given");
@@ -124,7 +125,7 @@ TEST_F(ConnectionTest, DescribesItselfByWhatTheCallerGives) {
     Q_ApiFreePropList(&description);
 }
 
-TEST_F(ConnectionTest, RegistersWithAnEmptyDescriptionWithoutAVersionBlock) {
+TEST_F(ConnectionTest, DescriptionIsEmptyWithoutAVersionBlock) {
     EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), nullptr, nullptr), 0);
     EXPECT_TRUE(Host().description.empty());
     Host().DropClient();
@@ -132,7 +133,7 @@ TEST_F(ConnectionTest, RegistersWithAnEmptyDescriptionWithoutAVersionBlock) {
     EXPECT_TRUE(Host().description.empty());
 }
 
-TEST_F(ConnectionTest, EndsWithAHostThatDoesNotKeepTheClient) {
+TEST_F(ConnectionTest, ConnectionEndsIfTheHostTakesNoReference) {
     Host().keepsClient = false;
     TestHost other;
     const Q_PropList none = {};
@@ -142,7 +143,7 @@ TEST_F(ConnectionTest, EndsWithAHostThatDoesNotKeepTheClient) {
     EXPECT_FALSE(Q_ApiIsConnected());
 }
 
-TEST_F(ConnectionTest, HoldsTheKeepAliveObjectUntilTheEnd) {
+TEST_F(ConnectionTest, KeepAliveObjectIsHeldUntilTheConnectionEnds) {
     TestHost other;
     const Q_PropList none = {};
     EXPECT_EQ(Q_ApiClientInit(&moduleMark_, Host().Root(), other.Root(), &none), 0);
@@ -151,36 +152,36 @@ TEST_F(ConnectionTest, HoldsTheKeepAliveObjectUntilTheEnd) {
     EXPECT_EQ(other.references, 0);
 }
 
-TEST_F(ConnectionTest, DisconnectsWhileTheHostHoldsTheClient) {
+TEST_F(ConnectionTest, HostMayCallAfterTheClientDisconnects) {
     EXPECT_EQ(Connect(), 0);
     Q_ApiDisconnect();
     EXPECT_EQ(Host().references, 0);
     EXPECT_FALSE(Q_ApiIsConnected());
     EXPECT_TRUE(connection.loopEnded);
-    // The object is still the host's, and its calls still land.
+    // The host still holds the notification object.
     EXPECT_EQ(Host().Notifications()->Notify(13, 1, "late", 0), S_OK);
     EXPECT_EQ(callbackLog, Lines({"Notify 13 1 [late] 0"}));
 }
 
-TEST_F(ConnectionTest, SettlesTheIcuFolderOnce) {
+TEST_F(ConnectionTest, IcuFolderIsSetOnce) {
     Host().installationFolder = "Z:\\opt\\quorlane";
     const std::string expected = platform::ToNative("Z:\\opt\\quorlane\\icu_data");
     EXPECT_EQ(Connect(), 0);
-    EXPECT_EQ(u_getDataDirectory(), expected) << "ICU opens files by itself";
+    EXPECT_EQ(u_getDataDirectory(), expected) << "in native notation, since ICU opens the files";
     Host().installationFolder = "Z:\\elsewhere";
     EXPECT_EQ(Q_ApiRuntimeSetup(), 0);
     EXPECT_EQ(u_getDataDirectory(), expected);
     EXPECT_TRUE(Q_EncodingsReady());
 }
 
-TEST_F(ConnectionTest, LeavesTheIcuFolderWhereTheHostCannotNameOne) {
+TEST_F(ConnectionTest, IcuFolderStaysUnsetIfTheHostCannotNameIt) {
     EXPECT_EQ(Connect(), 0);
     const struct {
         const char* name;
         std::optional<std::string> folder;
         std::int32_t lastError, result;
     } rows[] = {
-        {"no text", std::nullopt, 0, 1},
+        {"no string", std::nullopt, 0, 1},
         {"empty", "", 0, 1},
         {"an earlier error", "Z:\\opt", -1, 1},
         {"longer than its buffer", "Z:\\" + std::string(1021, 'x'), 0, 1},
@@ -195,13 +196,13 @@ TEST_F(ConnectionTest, LeavesTheIcuFolderWhereTheHostCannotNameOne) {
     }
 }
 
-TEST_F(ConnectionTest, KeepsTheSelectedEncoding) {
+TEST_F(ConnectionTest, EncodingThatIsAlreadySelectedStays) {
     Q_SetEncoding("UTF-8");
     EXPECT_EQ(Connect(), 0);
     EXPECT_EQ(Q_CurrentEncoding(), kUtf8Encoding);
 }
 
-TEST_F(ConnectionTest, PointsTheConsoleHookAtTheHost) {
+TEST_F(ConnectionTest, KitOutputGoesToTheConsoleOfTheHost) {
     EXPECT_EQ(Connect(), 0);
     ASSERT_NE(Q_ConsoleHook, nullptr);
     Host().log.clear();

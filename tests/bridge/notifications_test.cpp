@@ -23,53 +23,53 @@ class NotificationsTest : public BridgeTest {
     IQuorlaneNotifications0* object_ = nullptr;
 };
 
-// The side with an id; the test gives its reference back.
-template <class Side>
-Side* Ask(IUnknown* object, const GUID& id) {
-    void* side = nullptr;
-    EXPECT_EQ(object->QueryInterface(id, &side), S_OK);
-    return static_cast<Side*>(side);
+// The interface with this id; the test releases it.
+template <class Interface>
+Interface* Query(IUnknown* object, const GUID& id) {
+    void* found = nullptr;
+    EXPECT_EQ(object->QueryInterface(id, &found), S_OK);
+    return static_cast<Interface*>(found);
 }
 
-TEST_F(NotificationsTest, EverySideLeadsToEveryOther) {
-    auto* primary = Ask<IUnknown>(object_, IID_IUnknown);
+TEST_F(NotificationsTest, EachInterfaceLeadsToAllOthers) {
+    auto* primary = Query<IUnknown>(object_, IID_IUnknown);
     for (const GUID& id : {kCmsNotifications0Id, kNotifications0Id, kNotifications1Id, IID_IUnknown}) {
-        auto* side = Ask<IUnknown>(primary, id);
-        EXPECT_EQ(side->AddRef(), 4U) << "all sides count together";
+        auto* other = Query<IUnknown>(primary, id);
+        EXPECT_EQ(other->AddRef(), 4U) << "one count for all interfaces";
         EXPECT_EQ(primary->Release(), 3U);
-        auto* back = Ask<IUnknown>(side, IID_IUnknown);
+        auto* back = Query<IUnknown>(other, IID_IUnknown);
         EXPECT_EQ(back, primary);
         back->Release();
-        side->Release();
+        other->Release();
     }
     EXPECT_EQ(primary->Release(), 1U);
 }
 
-TEST_F(NotificationsTest, RefusesUnknownInterfaces) {
-    void* side = this;
-    EXPECT_EQ(object_->QueryInterface(IID_IStream, &side), E_NOINTERFACE);
-    EXPECT_EQ(side, nullptr);
+TEST_F(NotificationsTest, UnknownInterfaceIsRefused) {
+    void* found = this;
+    EXPECT_EQ(object_->QueryInterface(IID_IStream, &found), E_NOINTERFACE);
+    EXPECT_EQ(found, nullptr);
     EXPECT_EQ(object_->AddRef(), 2U);
     EXPECT_EQ(object_->Release(), 1U);
 }
 
-// The host's contract is the method table: each slot by its index, called as a host would call it.
+// Calls a method by its index in the method table, as a host does.
 template <class Result, class... Arguments>
-Result CallSlot(IUnknown* side, unsigned index, Arguments... arguments) {
-    void* const* methods = *reinterpret_cast<void* const* const*>(side);
-    return reinterpret_cast<Result (*)(void*, Arguments...)>(methods[index])(side, arguments...);
+Result CallSlot(IUnknown* object, unsigned index, Arguments... arguments) {
+    void* const* methods = *reinterpret_cast<void* const* const*>(object);
+    return reinterpret_cast<Result (*)(void*, Arguments...)>(methods[index])(object, arguments...);
 }
 
-TEST_F(NotificationsTest, MethodsStandAtTheirIndices) {
+TEST_F(NotificationsTest, MethodsAreAtTheIndicesOfTheContract) {
     EXPECT_EQ(CallSlot<HRESULT>(object_, 3, 7), S_OK);
     EXPECT_EQ(CallSlot<HRESULT>(object_, 5, 1), S_OK);
     EXPECT_EQ(CallSlot<HRESULT>(object_, 6, std::intptr_t{-5}, 6, 7), S_OK);
     EXPECT_EQ(CallSlot<HRESULT>(object_, 7, 1, 2, 3), S_OK);
     EXPECT_EQ(CallSlot<HRESULT>(object_, 8, 13, 4000000000U, static_cast<const char*>("Foo"), -2), S_OK);
-    auto* first = Ask<IUnknown>(object_, kNotifications1Id);
+    auto* first = Query<IUnknown>(object_, kNotifications1Id);
     EXPECT_EQ(CallSlot<HRESULT>(first, 3, 1, std::intptr_t{2}, std::intptr_t{3}), S_OK);
     first->Release();
-    auto* cms = Ask<IUnknown>(object_, kCmsNotifications0Id);
+    auto* cms = Query<IUnknown>(object_, kCmsNotifications0Id);
     Q_CmsRecord record = {};
     EXPECT_EQ(CallSlot<HRESULT>(cms, 3, 2, static_cast<const char*>("in"), 5, std::intptr_t{6}, &record),
               S_OK);
@@ -78,12 +78,12 @@ TEST_F(NotificationsTest, MethodsStandAtTheirIndices) {
     EXPECT_EQ(callbackLog, Lines({"Initialize 7", "Message -5 6 7", "Notify 13 4000000000 [Foo] -2",
                                   "HtmlDialogEventEx 1 2 3", "CMSCommand 2 [in] 5 6"}));
     EXPECT_EQ(CallSlot<HRESULT>(object_, 4), S_OK);
-    EXPECT_FALSE(connection.kitReady) << "Quit clears a flag and calls nobody";
+    EXPECT_FALSE(connection.kitReady) << "Quit clears a flag and calls no callback";
     EXPECT_EQ(callbackLog.size(), 5U);
     EXPECT_TRUE(Q_ApiIsConnected());
 }
 
-TEST_F(NotificationsTest, CutsTheTextOfNotification75) {
+TEST_F(NotificationsTest, StringOfNotification75ArrivesAsFields) {
     const struct {
         const char *text, *record;
     } rows[] = {
@@ -102,10 +102,10 @@ TEST_F(NotificationsTest, CutsTheTextOfNotification75) {
     }
     callbackLog.clear();
     object_->Notify(76, 9, "a\036b", 1);
-    EXPECT_EQ(callbackLog, Lines({"Notify 76 9 [a\036b] 1"})) << "no other number is cut";
+    EXPECT_EQ(callbackLog, Lines({"Notify 76 9 [a\036b] 1"})) << "other numbers keep their string";
 }
 
-TEST_F(NotificationsTest, HandsOutTheModulesResources) {
+TEST_F(NotificationsTest, ResourcesOfTheModuleAreHandedOut) {
     constexpr platform::NamedResource kNamed[] = {{10, "PAGE", {"<p/>\0x", 6}}, {11, "NONE", {"", 0}}};
     const platform::ModuleResources resources = {{}, {}, kNamed};
     platform::BindResources(&moduleMark_, &resources);
@@ -124,7 +124,7 @@ TEST_F(NotificationsTest, HandsOutTheModulesResources) {
     platform::BindResources(&moduleMark_, nullptr);
 }
 
-TEST_F(NotificationsTest, HandsOutTheModulesPath) {
+TEST_F(NotificationsTest, ResourceTypeZeroIsThePathOfTheModule) {
     connection.module = platform::MainModule();
     const std::string path = platform::ModuleFileName(connection.module);
     Q_ResourceRecord record = {};
@@ -135,11 +135,11 @@ TEST_F(NotificationsTest, HandsOutTheModulesPath) {
     CoTaskMemFree(record.data);
 
     connection.module = &moduleMark_;
-    EXPECT_EQ(object_->GetResource(0, nullptr, &record), E_FAIL) << "no module's handle";
+    EXPECT_EQ(object_->GetResource(0, nullptr, &record), E_FAIL) << "not a module handle";
 }
 
-TEST_F(NotificationsTest, CopiesWhatCmsCommandAnswers) {
-    auto* cms = Ask<IQuorlaneCMSNotifications0>(object_, kCmsNotifications0Id);
+TEST_F(NotificationsTest, CmsCommandHandsOutCopies) {
+    auto* cms = Query<IQuorlaneCMSNotifications0>(object_, kCmsNotifications0Id);
     Q_CmsRecord record = {};
     EXPECT_EQ(cms->CMSCommand(1, "in", 5, 6, &record), S_OK);
     EXPECT_EQ(record.head[7], 8);
@@ -153,24 +153,23 @@ TEST_F(NotificationsTest, CopiesWhatCmsCommandAnswers) {
     EXPECT_EQ(cms->CMSCommand(2, "in", 5, 6, &record), S_OK);
     EXPECT_EQ(record.text, nullptr);
     EXPECT_EQ(record.count, 0U);
-    EXPECT_NE(record.numbers, nullptr) << "an array of none is a block too";
+    EXPECT_NE(record.numbers, nullptr) << "an empty array is a block too";
     Q_Free(record.numbers);
     cms->Release();
 }
 
-// The host knows no exceptions; what a callback throws is told on its console.
-TEST_F(NotificationsTest, StopsExceptionsAtTheBoundary) {
+TEST_F(NotificationsTest, ExceptionOfACallbackGoesToTheConsole) {
     Host().log.clear();
-    whileNotified = [] { throw std::runtime_error("no room"); };
+    whileNotified = [] { throw std::runtime_error("no memory"); };
     EXPECT_EQ(object_->Notify(13, 0, "Foo", 0), S_OK);
     whileNotified = [] { throw 5; };
     EXPECT_EQ(object_->Notify(75, 0, "a", 0), S_OK);
-    EXPECT_EQ(Host().log, Lines({"WriteConsole A call from the host ended early: no room\n",
+    EXPECT_EQ(Host().log, Lines({"WriteConsole A call from the host ended early: no memory\n",
                                  "WriteConsole A call from the host ended early: unknown reason\n"}));
 }
 
-// A host may take and give back a reference while the object goes; it must go once.
-TEST_F(NotificationsTest, GoesOnceWhenItIsUsedDuringItsEnd) {
+// The host may add and release a reference while the destructor runs.
+TEST_F(NotificationsTest, ObjectThatIsUsedInItsDestructorIsDestroyedOnce) {
     struct Prober final : ComUltraliteC {
         IUnknown* object = nullptr;
         int released = 0;

@@ -1,21 +1,21 @@
-// What every operation does with the host's answers: the failures in a table over all operations, the
-// ownership of results with the host owning them and not.
+// The host operations. Failures are tested in a table over all operations, and every test runs with a host
+// that owns its results and with one that does not.
 #include "bridge/host/operations.h"
 
 #include <optional>
 
 #include "bridge/bridge_test.h"
 #include "bridge/connection.h"
-#include "bridge/properties.h"
-#include "bridge/values.h"
+#include "bridge/host/properties.h"
+#include "bridge/host/values.h"
 #include "kit/last_error.h"
 #include "kit/memory.h"
 
 namespace ventrix::test {
 namespace {
 
-// Whether a list is the empty one; it is freed.
-bool TookEmpty(Q_ValueList list) {
+// Frees the list. Whether it was empty.
+bool WasEmpty(Q_ValueList list) {
     const bool empty = list.count == 0 && list.items == nullptr;
     Q_ApiFreeValueList(&list);
     return empty;
@@ -24,7 +24,7 @@ bool TookEmpty(Q_ValueList list) {
 const Q_PropList kNoRows = {};
 const Q_ValueList kNoValues = {};
 
-// Each operation, with a call that tells whether it gave its failure result.
+// Each operation, with a call that returns whether it gave its failure result.
 struct Operation {
     const char* name;
     const char* arguments;  ///< As the host logs them.
@@ -39,13 +39,13 @@ const Operation kOperations[] = {
     {"WriteConsole", "hello", 4, true, [] { return Q_ApiWriteConsole("hello") != 0; }},
     {"InvokeClient", "Dita OT: Save", 4, true, [] { return Q_ApiInvokeClient("Dita OT", "Save") == 0; }},
     {"InvokeClientForValues", "QlDispatcher: Choose", 12, true,
-     [] { return TookEmpty(Q_ApiInvokeClientForValues("QlDispatcher", "Choose")); }},
-    {"SendCallReply", "", 12, false, [] { return TookEmpty(Q_ApiSendCallReply(&kNoValues)); }},
+     [] { return WasEmpty(Q_ApiInvokeClientForValues("QlDispatcher", "Choose")); }},
+    {"SendCallReply", "", 12, false, [] { return WasEmpty(Q_ApiSendCallReply(&kNoValues)); }},
     {"OpenDocument", "C:\\a.xml", 4, true,
      [] { return Q_ApiOpenDocument("C:\\a.xml", &kNoRows, nullptr) == 0; }},
     {"CloseDocument", "4711 1", 4, true, [] { return Q_ApiCloseDocument(4711, 1) != 0; }},
     {"ListDocumentFiles", "4711 16 0", 1, false,
-     [] { return TookEmpty(Q_ApiListDocumentFiles(4711, 16, 0)); }},
+     [] { return WasEmpty(Q_ApiListDocumentFiles(4711, 16, 0)); }},
     {"ReadStringProp", "0 4711 20", 4, true,
      [] {
          char* text = Q_ApiReadStringPropNum(0, 4711, 20);
@@ -55,7 +55,6 @@ const Operation kOperations[] = {
      }},
 };
 
-// The flag is a property of the connection, so each test runs on both kinds.
 class OperationsTest : public BridgeTest, public ::testing::WithParamInterface<bool> {
   protected:
     void SetUp() override {
@@ -73,7 +72,7 @@ class OperationsTest : public BridgeTest, public ::testing::WithParamInterface<b
     }
 
     void TearDown() override {
-        // The list of open results belongs to the bridge and outlasts a connection.
+        // The list of open results outlives the connection.
         Q_PropList* results = nullptr;
         if (connection.hostInterfaces[kMainHostInterface - 1] != nullptr) {
             Host().failures.erase("OpenDocument");
@@ -86,7 +85,7 @@ class OperationsTest : public BridgeTest, public ::testing::WithParamInterface<b
 
 INSTANTIATE_TEST_SUITE_P(HostOwnsResults, OperationsTest, ::testing::Bool());
 
-TEST_P(OperationsTest, FailsWithoutConnection) {
+TEST_P(OperationsTest, EachFailsWithoutAConnection) {
     for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
         Q_ApiLastError = 0;
@@ -98,7 +97,7 @@ TEST_P(OperationsTest, FailsWithoutConnection) {
     EXPECT_EQ(Q_ApiCloseDocument(1, 1), -1);
 }
 
-TEST_P(OperationsTest, FailsWhereOnlyItsInterfaceIsMissing) {
+TEST_P(OperationsTest, EachFailsIfItsInterfaceIsMissing) {
     Host().missingInterfaces = {1, 9, 12};
     Start();
     for (const Operation& operation : kOperations) {
@@ -110,7 +109,7 @@ TEST_P(OperationsTest, FailsWhereOnlyItsInterfaceIsMissing) {
     }
 }
 
-TEST_P(OperationsTest, ReachesTheHostOnceWithItsArguments) {
+TEST_P(OperationsTest, EachCallsTheHostOnceWithItsArguments) {
     Start();
     for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
@@ -121,7 +120,7 @@ TEST_P(OperationsTest, ReachesTheHostOnceWithItsArguments) {
     }
 }
 
-TEST_P(OperationsTest, TurnsFailedCallsIntoTheErrorValue) {
+TEST_P(OperationsTest, FailedCallSetsTheErrorValue) {
     Start();
     for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
@@ -134,11 +133,11 @@ TEST_P(OperationsTest, TurnsFailedCallsIntoTheErrorValue) {
         }
         Host().failures.erase(operation.name);
         operation.gaveFailure();
-        EXPECT_EQ(Q_ApiLastError, -1) << "success leaves the error value alone";
+        EXPECT_EQ(Q_ApiLastError, -1) << "success does not change the error value";
     }
 }
 
-TEST_P(OperationsTest, PassesTheHostsStatusOn) {
+TEST_P(OperationsTest, StatusOfTheHostBecomesTheErrorValue) {
     Start();
     for (const Operation& operation : kOperations) {
         SCOPED_TRACE(operation.name);
@@ -151,7 +150,7 @@ TEST_P(OperationsTest, PassesTheHostsStatusOn) {
     EXPECT_EQ(Q_ApiInvokeClient("Dita OT", "Save"), 0);
 }
 
-TEST_P(OperationsTest, ReturnsDeepCopies) {
+TEST_P(OperationsTest, ListsAreDeepCopies) {
     Start();
     for (Q_ValueList list :
          {Q_ApiListDocumentFiles(4711, 16, 0), Q_ApiInvokeClientForValues("Other", "Ask")}) {
@@ -161,22 +160,22 @@ TEST_P(OperationsTest, ReturnsDeepCopies) {
     EXPECT_EQ(Q_ApiInvokeClient("Dita OT", "Save"), 12);
 }
 
-TEST_P(OperationsTest, GivesNullForANullText) {
+TEST_P(OperationsTest, NullStringOfTheHostIsNotAFailure) {
     Start();
     EXPECT_EQ(Q_ApiReadStringPropNum(0, 0, 89), nullptr);
     EXPECT_EQ(Q_ApiLastError, 0);
 }
 
-TEST_P(OperationsTest, HandsTheReplyOver) {
+TEST_P(OperationsTest, ReplyReachesTheHostAndStaysTheCallers) {
     Start();
     Q_Value reply = InKit(Fields({Number(-43), Text(""), Text("log")}));
-    TookEmpty(Q_ApiSendCallReply(reply.list));
+    WasEmpty(Q_ApiSendCallReply(reply.list));
     EXPECT_EQ(Host().log.back(), R"(SendCallReply -43 "" "log")");
-    EXPECT_EQ(Print(reply), R"([-43 "" "log"])") << "the argument stays the caller's";
+    EXPECT_EQ(Print(reply), R"([-43 "" "log"])");
     Q_ApiFreeValue(&reply);
 }
 
-TEST_P(OperationsTest, KeepsOneListOfOpenResults) {
+TEST_P(OperationsTest, OpenResultsShareOneList) {
     Host().openResults.push_back({0, "title", Text("Guide")});
     Start();
     Q_PropList* results = nullptr;
@@ -184,7 +183,7 @@ TEST_P(OperationsTest, KeepsOneListOfOpenResults) {
     ASSERT_NE(results, nullptr);
     EXPECT_EQ(Print(*results), Lines({R"(9="opened")", R"(title="Guide")"}));
 
-    // The rows of the first list go, also those of a caller's own list; then the same list is filled anew.
+    // The next open frees the rows of the list that it gets, here a list of the caller, and refills its own.
     Q_PropList* const first = results;
     Q_PropList own = {};
     Q_ApiSetPropString(&own, 1, "own row");
@@ -199,7 +198,7 @@ TEST_P(OperationsTest, KeepsOneListOfOpenResults) {
     EXPECT_EQ(first->items, nullptr);
 }
 
-TEST_P(OperationsTest, LeavesTheResultsPointerOnAFailedOpenOnly) {
+TEST_P(OperationsTest, OpenThatReachedTheHostSetsTheResultsPointer) {
     Start();
     Q_PropList* results = nullptr;
     Host().failures["OpenDocument"] = E_FAIL;
@@ -209,18 +208,17 @@ TEST_P(OperationsTest, LeavesTheResultsPointerOnAFailedOpenOnly) {
     Host().failures.clear();
     Host().statuses["OpenDocument"] = 5;
     EXPECT_EQ(Q_ApiOpenDocument("C:\\a.xml", &kNoRows, &results), 0U);
-    ASSERT_NE(results, nullptr) << "a call that reached the host hands its list over, whatever the status";
+    ASSERT_NE(results, nullptr) << "whatever the status";
     EXPECT_EQ(results->count, 1U);
     EXPECT_EQ(Q_ApiLastError, 5);
 }
 
-// A delivery during a call runs on top of it, on the same thread.
-TEST_P(OperationsTest, ServesANotificationInsideACall) {
+TEST_P(OperationsTest, NotificationDuringACallIsServedInsideIt) {
     Start();
     Host().onClient = [this](const std::string&) { Host().Notifications()->Notify(13, 0, "Validate", 0); };
     whileNotified = [] {
         Q_Value reply = InKit(Fields({Number(0)}));
-        TookEmpty(Q_ApiSendCallReply(reply.list));
+        WasEmpty(Q_ApiSendCallReply(reply.list));
         Q_ApiFreeValue(&reply);
     };
     EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 12);

@@ -1,5 +1,5 @@
-// A client in a process of its own, with the scripted host as the running host: finding it, the loop, the
-// end, and the patience with a busy host, for which time passes as the test says.
+// A client in a process of its own, with the scripted host as the running host. The clock of the calls is the
+// test's, so that waiting for a busy host takes no time.
 #include "bridge/out_of_process.h"
 
 #include "bridge/apartment.h"
@@ -18,7 +18,7 @@ namespace {
 
 constexpr CLSID kOtherClass = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 
-TEST(MessageFilterTest, WaitsLongerAndLongerAndGivesUp) {
+TEST(MessageFilterTest, RetryDelayGrowsWithTheElapsedTime) {
     const struct {
         DWORD rejectType, elapsed, answer;
     } rows[] = {
@@ -37,9 +37,9 @@ TEST(MessageFilterTest, WaitsLongerAndLongerAndGivesUp) {
     }
     EXPECT_EQ(filter->HandleInComingCall(1, nullptr, 0, nullptr), 0U);
     EXPECT_EQ(filter->MessagePending(nullptr, 0, 1), 2U);
-    void* side = nullptr;
-    EXPECT_EQ(filter->QueryInterface(IID_IMessageFilter, &side), S_OK);
-    EXPECT_EQ(side, static_cast<IMessageFilter*>(filter));
+    void* found = nullptr;
+    EXPECT_EQ(filter->QueryInterface(IID_IMessageFilter, &found), S_OK);
+    EXPECT_EQ(found, static_cast<IMessageFilter*>(filter));
     EXPECT_EQ(filter->Release(), 1U);
     EXPECT_EQ(filter->Release(), 0U);
 }
@@ -66,7 +66,7 @@ class OutOfProcessTest : public BridgeTest {
         CoUninitialize();
     }
 
-    // The host's root object as a running object of a class.
+    // Offers the host's root object as the running object of a class.
     void Offer(const CLSID& classId, std::u16string_view server) {
         platform::OfferClass(
             classId,
@@ -80,11 +80,11 @@ class OutOfProcessTest : public BridgeTest {
     void NoHost() { platform::OfferClass(kHostClassId, nullptr); }
 };
 
-TEST_F(OutOfProcessTest, ConnectsOnceAndLeavesEverythingAtTheEnd) {
+TEST_F(OutOfProcessTest, ConnectingTwiceCallsTheHostOnce) {
     EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
     EXPECT_TRUE(connection.apartmentOwned);
     EXPECT_NE(connection.messageFilter, nullptr);
-    EXPECT_EQ(Host().references, 18) << "the reference of the activation went back";
+    EXPECT_EQ(Host().references, 18) << "the reference of the activation is released";
     const std::size_t logged = Host().log.size();
     EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(Q_ApiConnectOnce(), nullptr);
@@ -96,7 +96,7 @@ TEST_F(OutOfProcessTest, ConnectsOnceAndLeavesEverythingAtTheEnd) {
     CoUninitialize();
 }
 
-TEST_F(OutOfProcessTest, FindsTheHostByClassAndServer) {
+TEST_F(OutOfProcessTest, HostIsFoundByClassAndServer) {
     const struct {
         const char *name, *environment;
         const CLSID* argument;
@@ -128,22 +128,22 @@ TEST_F(OutOfProcessTest, FindsTheHostByClassAndServer) {
     }
 }
 
-TEST_F(OutOfProcessTest, TellsThatThereIsNoHost) {
+TEST_F(OutOfProcessTest, MissingHostIsReported) {
     NoHost();
     EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), -20);
     EXPECT_EQ(Q_ApiLastError, -20);
     EXPECT_EQ(Q_ApiConnectHost(nullptr, "nowhere", nullptr), -20);
     EXPECT_STREQ(Q_ApiConnectOnce(), "Can't connect to Quorlane server");
     EXPECT_EQ(Q_ApiRunClient(), 1);
-    EXPECT_EQ(Q_ApiLastError, -1) << "there was no console to write to";
-    // A later attempt goes on with the apartment and the filter of the first.
+    EXPECT_EQ(Q_ApiLastError, -1) << "without a connection there is no console";
+    // A later attempt uses the apartment and the filter of the first.
     Offer(kHostClassId, u"");
     EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
     EXPECT_TRUE(connection.apartmentOwned);
     Q_ApiDisconnect();
 }
 
-TEST_F(OutOfProcessTest, LeavesAnApartmentOfSomebodyElseAlone) {
+TEST_F(OutOfProcessTest, ApartmentOfOtherCodeIsNotLeft) {
     CoInitialize(nullptr);
     EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
     EXPECT_FALSE(connection.apartmentOwned);
@@ -154,7 +154,7 @@ TEST_F(OutOfProcessTest, LeavesAnApartmentOfSomebodyElseAlone) {
     CoUninitialize();
 }
 
-TEST_F(OutOfProcessTest, TakesItsFilterAlongWhenOthersStayInTheApartment) {
+TEST_F(OutOfProcessTest, FilterIsRevokedInAnApartmentThatOthersKeep) {
     EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
     CoInitialize(nullptr);
     Q_ApiDisconnect();
@@ -164,7 +164,7 @@ TEST_F(OutOfProcessTest, TakesItsFilterAlongWhenOthersStayInTheApartment) {
     CoUninitialize();
 }
 
-TEST_F(OutOfProcessTest, ServesTheHostsCallsUntilTheQuitMessage) {
+TEST_F(OutOfProcessTest, CallsOfTheHostAreServedUntilTheQuitMessage) {
     const std::uint32_t thread = platform::CurrentThreadNumber();
     for (const char* text : {"first", "second"}) {
         platform::PostToThread(thread, [this, text] { Host().Notifications()->Notify(13, 0, text, 0); });
@@ -176,13 +176,13 @@ TEST_F(OutOfProcessTest, ServesTheHostsCallsUntilTheQuitMessage) {
     EXPECT_FALSE(connection.apartmentOwned);
 }
 
-TEST_F(OutOfProcessTest, StopsTheLoopFromWithinAMessage) {
+TEST_F(OutOfProcessTest, LoopStopsAfterTheMessageThatStopsIt) {
     const std::uint32_t thread = platform::CurrentThreadNumber();
     bool late = false;
     platform::PostToThread(thread, Q_ApiStopLoop);
     platform::PostToThread(thread, [&late] { late = true; });
     EXPECT_EQ(Q_ApiRunClient(), 0);
-    EXPECT_FALSE(late) << "what lies behind is not served by this loop";
+    EXPECT_FALSE(late) << "later messages stay in the queue";
     std::int32_t integer = 5;
     EXPECT_EQ(Q_ApiPumpOneMessage(&integer), 0);
     EXPECT_EQ(integer, 0);
@@ -193,7 +193,7 @@ TEST_F(OutOfProcessTest, StopsTheLoopFromWithinAMessage) {
     EXPECT_TRUE(connection.loopEnded);
 }
 
-// Time passes only while a call waits, and by a little in each attempt, as it would.
+// A clock that advances only when a call waits or the test says so.
 struct TestTime {
     std::uint32_t now = 0;
     std::vector<std::uint32_t> waits;
@@ -204,7 +204,7 @@ struct TestTime {
                                  }};
 };
 
-TEST_F(OutOfProcessTest, KeepsTryingABusyHost) {
+TEST_F(OutOfProcessTest, CallToABusyHostIsRepeated) {
     TestTime time;
     ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
     platform::ReplaceCallClock(&time.clock);
@@ -217,7 +217,7 @@ TEST_F(OutOfProcessTest, KeepsTryingABusyHost) {
     EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 12);
     EXPECT_EQ(Q_ApiLastError, 0);
     EXPECT_EQ(attempts, 45);
-    // At once for 200 ms and while a quarter of the time is below 100 ms, then a quarter of the time.
+    // No wait as long as a quarter of the elapsed time is below 100 ms, then a quarter of the elapsed time.
     EXPECT_EQ(time.waits, std::vector<std::uint32_t>({100, 127, 161, 204, 258}));
 }
 

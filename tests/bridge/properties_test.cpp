@@ -1,10 +1,9 @@
-#include "bridge/properties.h"
+#include "bridge/host/properties.h"
 
 #include <iterator>
 
 #include "bridge/bridge_test.h"
 #include "bridge/open_script.h"
-#include "kit/console.h"
 #include "kit/memory.h"
 
 namespace ventrix::test {
@@ -17,7 +16,7 @@ void SetNumber(Q_PropList* list, std::int32_t number, std::int32_t to) {
     Q_ApiSetProp(list, number, &value);
 }
 
-TEST_F(PropertiesTest, FindsTheFirstRowWithANumber) {
+TEST_F(PropertiesTest, FirstRowWithANumberIsFound) {
     EXPECT_EQ(Q_ApiFindProp(nullptr, 1), -4);
     Q_PropList list = {};
     EXPECT_EQ(Q_ApiFindProp(&list, 1), -4);
@@ -32,7 +31,7 @@ TEST_F(PropertiesTest, FindsTheFirstRowWithANumber) {
     Q_ApiFreePropList(&list);
 }
 
-TEST_F(PropertiesTest, ReplacesInPlaceAndFreesWhatStoodThere) {
+TEST_F(PropertiesTest, SettingReplacesInPlaceAndFreesTheFormerValue) {
     Q_PropList list = {};
     Q_ApiSetPropString(&list, 2, "old");
     SetNumber(&list, 3, 30);
@@ -42,7 +41,7 @@ TEST_F(PropertiesTest, ReplacesInPlaceAndFreesWhatStoodThere) {
     Q_ApiSetPropString(&list, 2, nullptr);
     EXPECT_STREQ(list.items[0].value.text, "");
 
-    // A value that stands in the list itself.
+    // A value of the list itself.
     Q_ApiSetPropString(&list, 2, "again");
     Q_ApiSetProp(&list, 2, &list.items[0].value);
     EXPECT_STREQ(list.items[0].value.text, "again");
@@ -58,7 +57,7 @@ TEST_F(PropertiesTest, ReplacesInPlaceAndFreesWhatStoodThere) {
     Q_ApiFreePropList(nullptr);
 }
 
-TEST_F(PropertiesTest, GrowsByDoublingAndKeepsTheOrder) {
+TEST_F(PropertiesTest, GrowingListKeepsItsOrder) {
     Q_PropList list = {};
     for (std::int32_t number = 1; number <= 40; ++number) {
         SetNumber(&list, number, -number);
@@ -70,11 +69,11 @@ TEST_F(PropertiesTest, GrowsByDoublingAndKeepsTheOrder) {
     }
     FailKitAllocation(1);
     SetNumber(&list, 41, 0);
-    EXPECT_EQ(list.count, 40U) << "without memory the list stays";
+    EXPECT_EQ(list.count, 40U) << "unchanged if memory runs out";
     Q_ApiFreePropList(&list);
 }
 
-TEST_F(PropertiesTest, CopiesNamesOnlyOfRowsWithoutNumber) {
+TEST_F(PropertiesTest, OnlyNamesOfRowsWithoutNumberAreCopied) {
     char name[] = "name";
     Q_Prop rows[] = {{{0, name}, InKit(Number(1))}, {{5, name}, InKit(Text("five"))}};
     const Q_PropList list = {2, rows};
@@ -88,7 +87,7 @@ TEST_F(PropertiesTest, CopiesNamesOnlyOfRowsWithoutNumber) {
     Q_ApiFreeValue(&rows[1].value);
 }
 
-TEST_F(PropertiesTest, DefaultOpenScript) {
+TEST_F(PropertiesTest, DefaultOpenScriptHasTheRowsOfTheContract) {
     Q_PropList script = Q_ApiDefaultOpenScript();
     EXPECT_EQ(script.count, 54U);
     std::string rows;
@@ -106,15 +105,6 @@ TEST_F(PropertiesTest, DefaultOpenScript) {
     script = Q_ApiDefaultOpenScript();
     EXPECT_EQ(script.count, 0U);
     EXPECT_EQ(Q_ApiFindProp(&script, 5), -4);
-}
-
-TEST_F(PropertiesTest, AWrongTableEndsTheProcess) {
-    Q_ConsoleHook = [](const char* text) -> std::int32_t { return std::fputs(text, stderr); };
-    const OpenScriptRow rows[kOpenScriptRowCount + 1] = {};
-    for (const std::size_t size : {kOpenScriptRowCount - 1, kOpenScriptRowCount + 1}) {
-        EXPECT_DEATH(Q_OpenScriptOfRows({rows, size}),
-                     "Error: Default params list has an incorrect number of items\\.\n");
-    }
 }
 
 }  // namespace

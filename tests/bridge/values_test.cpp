@@ -1,4 +1,4 @@
-#include "bridge/values.h"
+#include "bridge/host/values.h"
 
 #include <algorithm>
 #include <cstring>
@@ -13,7 +13,7 @@ class ValuesTest : public BridgeTest {};
 
 constexpr std::uint32_t kStringsTag = 6, kRecordTag = 19;
 
-// The fields of an element of each array: t is a text, s a list of strings, a digit so many bytes.
+// The fields of an element by tag of the array: t is a string, s a string list, a digit that many bytes.
 const std::map<std::uint32_t, std::string> kElementFields = {
     {5, "4"},  {7, "8"},        {8, "8t8"},  {12, "8"},    {13, "4"}, {14, "1"},
     {15, "4"}, {17, "t88sstt"}, {18, "ts8"}, {21, "tss8"}, {22, "8s"}};
@@ -26,7 +26,7 @@ Element* NewArray(std::uint32_t count) {
     return static_cast<Element*>(Q_Calloc(count, sizeof(Element), kMustSucceed));
 }
 
-// Texts and bytes that are all different; every third text is null.
+// Strings and bytes that all differ; every third string is null.
 int filled = 0;
 
 char* NextText() {
@@ -66,7 +66,8 @@ void PutFields(const std::string& fields, unsigned char*& at) {
     }
 }
 
-// A value of any tag in kit memory, with a rich payload; arrays have two elements.
+// A value with this tag in kit memory. Its payload has all parts that the tag allows; arrays have two
+// elements.
 Q_Value Rich(std::uint32_t tag) {
     Q_Value value = {};
     std::memset(value.bytes, 0x5A, sizeof value.bytes);
@@ -125,7 +126,7 @@ std::string DumpFields(const std::string& fields, const unsigned char*& at) {
     return line;
 }
 
-// All that a value holds, with pointers followed.
+// Everything that a value holds, pointers followed.
 std::string Dump(const Q_Value& value) {
     std::string line = std::to_string(value.tag) + ":";
     if (value.tag == kTextTag) {
@@ -161,7 +162,7 @@ bool IsUndefined(std::uint32_t tag) {
     return tag == 0 || tag == 11 || tag == 16 || tag > 22;
 }
 
-TEST_F(ValuesTest, KitCopiesAreEqualButForNullTexts) {
+TEST_F(ValuesTest, KitCopyEqualsItsSourceExceptForNullStrings) {
     for (const std::uint32_t tag : kAllTags) {
         Q_Value value = Rich(tag);
         Q_Value copy = Q_ApiCopyValue(&value);
@@ -173,7 +174,7 @@ TEST_F(ValuesTest, KitCopiesAreEqualButForNullTexts) {
     }
 }
 
-TEST_F(ValuesTest, BoundaryCopiesAreExactAndTakeTheirBlocksFromTheFunction) {
+TEST_F(ValuesTest, BoundaryCopyIsExactAndUsesTheGivenAllocator) {
     for (const std::uint32_t tag : kAllTags) {
         SCOPED_TRACE(tag);
         const std::size_t before = LiveBlocks().kit;
@@ -190,7 +191,7 @@ TEST_F(ValuesTest, BoundaryCopiesAreExactAndTakeTheirBlocksFromTheFunction) {
     }
 }
 
-TEST_F(ValuesTest, FreeingClearsWhatWasOwnedAndNothingElse) {
+TEST_F(ValuesTest, FreeingClearsOnlyWhatTheValueOwns) {
     for (const std::uint32_t tag : kAllTags) {
         SCOPED_TRACE(tag);
         const std::size_t before = LiveBlocks().kit;
@@ -209,7 +210,7 @@ TEST_F(ValuesTest, FreeingClearsWhatWasOwnedAndNothingElse) {
     }
 }
 
-TEST_F(ValuesTest, NullTextsListsAndRecords) {
+TEST_F(ValuesTest, NullStringIsEmptyWithinTheKitOnly) {
     Q_Value text = {};
     text.tag = kTextTag;
     Q_Value copy = {};
@@ -229,9 +230,8 @@ TEST_F(ValuesTest, NullTextsListsAndRecords) {
     Q_ApiFreeStringList(nullptr);
 }
 
-// A count without an array stands for zeroed elements within the kit; across the boundary it is an empty
-// list.
-TEST_F(ValuesTest, CountWithoutArray) {
+// Within the kit it means zeroed elements.
+TEST_F(ValuesTest, CountWithoutArrayIsAnEmptyListAtTheBoundary) {
     Q_Value value = {};
     value.tag = 18;
     value.array = {2, nullptr};
@@ -246,11 +246,11 @@ TEST_F(ValuesTest, CountWithoutArray) {
     Q_ValueList list = {};
     Q_CopyValueListWith(&list, &broken, CoTaskMemAlloc);
     EXPECT_EQ(list.count, 0U);
-    EXPECT_NE(list.items, nullptr) << "a list of none still has its block";
+    EXPECT_NE(list.items, nullptr) << "an empty list is a block too";
     Q_ReleaseValueListWith(&list, CoTaskMemFree);
 }
 
-TEST_F(ValuesTest, ListsClearTheirHeads) {
+TEST_F(ValuesTest, FreedListsHaveNoArray) {
     Q_ValueList list = MakeList({Text("a"), Fields({Text("b")})}, Q_KitAlloc);
     Q_ApiFreeValueList(&list);
     EXPECT_EQ(list.items, nullptr);
@@ -267,8 +267,8 @@ TEST_F(ValuesTest, ListsClearTheirHeads) {
     EXPECT_EQ(strings.count, 0U);
 }
 
-// Each allocation of a deep copy fails once; what was copied up to there must still be whole enough to free.
-TEST_F(ValuesTest, SurvivesEveryFailedAllocation) {
+// Makes each allocation of a deep copy fail in turn. The partial copy must still be one that can be freed.
+TEST_F(ValuesTest, CopyThatRunsOutOfMemoryCanBeFreed) {
     Q_Value value = Rich(kListTag);
     for (int n = 1; n <= 40; ++n) {
         SCOPED_TRACE(n);
@@ -290,7 +290,7 @@ TEST_F(ValuesTest, SurvivesEveryFailedAllocation) {
     FailKitAllocation(1);
     Q_Value unread = {};
     Q_CopyValueWith(&unread, &numbers, Q_KitAlloc);
-    EXPECT_EQ(unread.array.count, 0U) << "a reader across the boundary must not go astray";
+    EXPECT_EQ(unread.array.count, 0U) << "the other side must not read past it";
     Q_ApiFreeValue(&numbers);
 }
 

@@ -1,5 +1,5 @@
-// The out-of-process example from end to end, with the desk host as the running host. How a client finds a
-// host and waits for it is the bridge's to test.
+// The out-of-process example from end to end, with the desk host as the running host. The tests of the bridge
+// cover how a client finds a host and waits for it.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -15,7 +15,7 @@ namespace {
 
 using Values = std::vector<desk::AnswerValue>;
 
-// The client has a thread of its own, as it would have a process.
+// The client has its own thread here, as it would have its own process.
 std::int32_t RunClient(const char* serverName) {
     std::int32_t result = -1;
     std::thread client([&] { result = RunWordCounter(serverName); });
@@ -35,7 +35,7 @@ class OutOfProcessExample : public ::testing::Test {
     RunningHostSettings settings_;
 };
 
-TEST_F(OutOfProcessExample, AnswersTheHostsCalls) {
+TEST_F(OutOfProcessExample, CallsOfTheHostAreAnswered) {
     RunningHost host(settings_);
     EXPECT_EQ(RunClient(nullptr), 0);
     const std::vector<Answer> expected = {Values{0, "3 words"}, Values{-43, ""}, Values{0, "0 words"}};
@@ -45,7 +45,7 @@ TEST_F(OutOfProcessExample, AnswersTheHostsCalls) {
     EXPECT_EQ(host.Host().HeldReferences(), 0);
 }
 
-TEST_F(OutOfProcessExample, IsCalledByItsOwnNameOnly) {
+TEST_F(OutOfProcessExample, ClientIsCalledOnlyByItsOwnName) {
     settings_.clientName = "Letter counter";
     RunningHost host(settings_);
     EXPECT_EQ(RunClient(nullptr), 0);

@@ -1,8 +1,8 @@
 // Publish requests with a scripted host: the calls to the host, the reply, the log and the files on disk.
 #include "pipeline/publish_driver.h"
 
+#include "bridge/host/properties.h"
 #include "bridge/open_script.h"
-#include "bridge/properties.h"
 #include "support/module_test.h"
 
 namespace ventrix::test {

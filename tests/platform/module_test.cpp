@@ -60,7 +60,6 @@ TEST(ModuleResources, OtherModulesHaveNone) {
     int local = 0;
     for (void* module : {runtime, static_cast<void*>(nullptr), static_cast<void*>(&local)}) {
         EXPECT_EQ(Narrow(module, 0, 100), "");
-        EXPECT_FALSE(HasVersionBlock(module));
         EXPECT_EQ(FindNamedResource(module, 10, "ICON"), std::nullopt);
     }
 }
@@ -80,7 +79,6 @@ TEST(ModuleResources, StringsAreCutToTheBuffer) {
     EXPECT_EQ(std::u16string_view(wide, 4), std::u16string_view(u"a\u00FC\0\t", 4));
     EXPECT_EQ(LoadWideString(&module, 3, wide, 0), 0);
     EXPECT_EQ(LoadNarrowString(&module, 3, nullptr, 0), 0);
-    EXPECT_FALSE(HasVersionBlock(&module));
     EXPECT_EQ(FindNamedResource(&module, 10, "ICON"), std::string_view("\0x", 2));
     EXPECT_EQ(FindNamedResource(&module, 11, "Icon"), std::nullopt);
     BindResources(&module, nullptr);

@@ -12,7 +12,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Texts = std::vector<std::string>;
 
-/// All tokens up to the first empty one, which is where a request ends.
+/// The tokens before the first empty one, which ends a request.
 Texts Tokens(const std::string& text, std::size_t capacity = 1024) {
     std::vector<char> buffer(capacity);
     Texts tokens;
@@ -24,7 +24,7 @@ Texts Tokens(const std::string& text, std::size_t capacity = 1024) {
     return tokens;
 }
 
-TEST(RequestGrammar, TokensAreCutAtSpacesAndQuotes) {
+TEST(RequestGrammar, SpacesAndQuotesSeparateTokens) {
     const struct {
         const char* text;
         Texts tokens;
@@ -50,14 +50,14 @@ TEST(RequestGrammar, TokensAreCutAtSpacesAndQuotes) {
     }
 }
 
-TEST(RequestGrammar, CursorStandsOnTheSpaceOrBehindTheQuote) {
+TEST(RequestGrammar, CursorStopsAtTheSpaceOrAfterTheQuote) {
     char buffer[8];
     EXPECT_STREQ(ReadToken(" a b", buffer, sizeof buffer), " b");
     EXPECT_STREQ(ReadToken("'a' b", buffer, sizeof buffer), " b");
     EXPECT_STREQ(ReadToken("'a b", buffer, sizeof buffer), "");
 }
 
-TEST(RequestGrammar, OverlongTokenIsCutAndTheNextOneReadWhole) {
+TEST(RequestGrammar, OverlongTokenIsTruncatedAndTheNextOneIsNot) {
     const std::string longText(2000, 'x');
     const std::string kept(1023, 'x');
     EXPECT_EQ(Tokens(longText + " b"), (Texts{kept, "b"}));
@@ -67,7 +67,7 @@ TEST(RequestGrammar, OverlongTokenIsCutAndTheNextOneReadWhole) {
     EXPECT_EQ(Tokens("abc d", 3), (Texts{"ab", "d"}));
 }
 
-TEST(RequestGrammar, CommaListKeepsEveryPiece) {
+TEST(RequestGrammar, CommaListKeepsEmptyParts) {
     const struct {
         const char* text;
         Texts pieces;
@@ -89,7 +89,7 @@ TEST(RequestGrammar, CommaListKeepsEveryPiece) {
     }
 }
 
-TEST(RequestGrammar, EveryOptionReachesItsPlace) {
+TEST(RequestGrammar, EachOptionSetsItsField) {
     const PublishRequest request = ParseRequest(
         R"(PUBLISH -DOCID 12abc -outputfolder "C:\my out\" -outFilePath o -showProgressBar -attributes a,b -targetAttr t )"
         R"(-elements e,f -ditaval d -useDITAOT -useXSLT s -usePreScript pre -usePostScript post -logFile l )"
@@ -134,7 +134,7 @@ TEST(RequestGrammar, AbsentOptionsKeepTheirDefaults) {
     EXPECT_EQ(ParseRequest("").command, RequestCommand::kNone);
 }
 
-TEST(RequestGrammar, LaterTextsWinAndListsAddUp) {
+TEST(RequestGrammar, LaterStringReplacesAndLaterListAppends) {
     const PublishRequest request = ParseRequest(
         "Publish -attributes a,b -logFile one -docId 3 -attributes c -logFile two -docId 4 -docId abc");
     EXPECT_THAT(request.params.attributes, ElementsAre("a", "b", "c"));
@@ -142,11 +142,11 @@ TEST(RequestGrammar, LaterTextsWinAndListsAddUp) {
     EXPECT_EQ(request.documentId, 4);
 }
 
-TEST(RequestGrammar, ValuesAreTakenAsTheyCome) {
+TEST(RequestGrammar, ValuesAreNotChecked) {
     const PublishRequest swallowed = ParseRequest("Publish -logFile -docId 5 -useDITAOT");
     EXPECT_STREQ(swallowed.logFile.get(), "-docId");
     EXPECT_EQ(swallowed.documentId, 0);
-    EXPECT_TRUE(swallowed.useDitaOt) << "a token that is no option is skipped";
+    EXPECT_TRUE(swallowed.useDitaOt) << "an unknown token is skipped";
 
     const PublishRequest unknown = ParseRequest("Publish -foo bar -docId 5");
     EXPECT_EQ(unknown.documentId, 5);

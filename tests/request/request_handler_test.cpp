@@ -15,7 +15,7 @@ class Requests : public ModuleTest {
     }
 };
 
-TEST_F(Requests, EachHasOneReplyOfThreeValues) {
+TEST_F(Requests, EachGetsOneReplyOfThreeValues) {
     const std::string refused = R"(-43 "" "")";
     const struct {
         const char* text;
@@ -47,17 +47,17 @@ TEST_F(Requests, EachHasOneReplyOfThreeValues) {
         EXPECT_EQ(host.Request(row.text), row.reply) << row.text;
     }
     host.Notifications()->Notify(13, 0, nullptr, 0);
-    EXPECT_EQ(host.log.back(), "SendCallReply " + refused) << "a null text counts as the empty one";
+    EXPECT_EQ(host.log.back(), "SendCallReply " + refused) << "null counts as the empty string";
 }
 
-TEST_F(Requests, RefusedOnesTouchNothing) {
+TEST_F(Requests, RefusedRequestChangesNoFile) {
     host.log.clear();
     host.Request(R"(Publish -docId 7 -outputFolder C:\src\ -logFile C:\l.txt)");
     EXPECT_THAT(host.log, ElementsAre(R"(SendCallReply -43 "" "")"));
     EXPECT_THAT(drives.Tree(R"(C:\)"), ElementsAre("src\\", "src\\a.dita"));
 }
 
-TEST_F(Requests, OnlyNumber13IsOne) {
+TEST_F(Requests, OnlyNotification13IsARequest) {
     host.log.clear();
     for (const int number : {0, 12, 14, 53, 97}) {
         host.Notifications()->Notify(number, 0, R"(Validate -docId 7 -logFile C:\l.txt)", 0);
@@ -67,16 +67,16 @@ TEST_F(Requests, OnlyNumber13IsOne) {
     EXPECT_THAT(host.log, IsEmpty());
 }
 
-TEST_F(Requests, InitializeSetsTextsUpAndWatches) {
+TEST_F(Requests, InitializeSetsTheTextModeAndAsksForNotifications) {
     const auto sequence = ElementsAre("ReadStringProp 0 0 89", "SetTextMode 1", "WatchNotification 53 1",
                                       "WatchNotification 97 1", "WatchNotification 13 1");
     EXPECT_THAT(host.log, sequence);
     host.log.clear();
     host.Notifications()->Initialize(99);
-    EXPECT_THAT(host.log, sequence) << "a second one runs whole again";
+    EXPECT_THAT(host.log, sequence) << "a second call repeats all of it";
 }
 
-TEST_F(Requests, OneThatArrivesDuringAClientCallRunsOnTop) {
+TEST_F(Requests, RequestDuringAClientCallRunsInsideIt) {
     host.documents[7].files.pop_back();
     host.documents[9] = {R"(C:\other\c.dita)", {Document(R"(C:\other\c.dita)")}};
     drives.Write(R"(C:\other\c.dita)", "<topic/>");
@@ -87,10 +87,10 @@ TEST_F(Requests, OneThatArrivesDuringAClientCallRunsOnTop) {
     EXPECT_EQ(host.Request(R"(Publish -docId 7 -outputFolder C:\out\ -useXSLT C:\x.xsl -logFile C:\l7.txt)"),
               "2 replies");
     EXPECT_EQ(host.log.back(), R"(SendCallReply 0 "C:\out\" "")");
-    EXPECT_EQ(referenceCache.documentId, 7u) << "the outer run asked again for its own document";
+    EXPECT_EQ(referenceCache.documentId, 7u) << "the outer run scanned its own document again";
 }
 
-TEST_F(Requests, NullTextsOfAReplyAreSentAsEmptyOnes) {
+TEST_F(Requests, NullStringOfAReplyIsSentAsEmptyString) {
     SendReply(5, nullptr, "x");
     EXPECT_EQ(host.log.back(), R"(SendCallReply 5 "" "x")");
 }

@@ -1,4 +1,4 @@
-// The lines of a report log as a reader sees them, and the text of a whole log.
+// The lines of a report log, written out independently of the module.
 #pragma once
 
 #include <string>
@@ -20,7 +20,7 @@ inline const std::string kRootsText =
 inline const std::string kEncodeHeading = "Es wird versucht, XML-Dateien zu codieren...";
 inline const std::string kDecodeHeading = "Es wird versucht, Ausgabedateien zu decodieren...";
 
-/// A section of a log: blank line, title, and the paths between two rules.
+/// A section of a log: an empty line, the title, and the paths between two rules.
 inline Lines Section(const std::string& title, const Lines& paths) {
     Lines lines = {"", title, kRuleLine};
     lines.insert(lines.end(), paths.begin(), paths.end());
@@ -38,8 +38,7 @@ inline Lines operator+(Lines lines, const Lines& more) {
     return lines;
 }
 
-/// Cuts a log's bytes at CR LF. A line that ends otherwise keeps what it ends with, and the last piece is no
-/// line.
+/// Splits a log at CR LF. Other line ends stay in their line. A last line without an end is marked.
 inline Lines LinesOf(const std::string& bytes) {
     Lines lines;
     std::size_t start = 0;

@@ -1,5 +1,5 @@
-// The ground of the tests that run the linked module: drives of the test's own, a connected host, and no
-// references of an earlier document.
+// The fixture of tests that run the linked module: drives of its own, a connected host, and an empty
+// reference cache.
 #pragma once
 
 #include <gmock/gmock.h>

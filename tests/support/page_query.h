@@ -1,4 +1,4 @@
-// Asks a page with XPath.
+// XPath queries on a page.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@ namespace ventrix::test {
 
 using Texts = std::vector<std::string>;
 
-/// The string value of each node that an XPath finds in a page, or its one value if it gives none. A page
-/// that is not well-formed fails the test.
+/// The string value of each node that the XPath finds, or the one value of an XPath that does not give nodes.
+/// A page that is not well-formed fails the test.
 inline Texts Found(const std::string& page, const std::string& xpath) {
     const desk::XmlDocument document(
         xmlReadMemory(page.data(), static_cast<int>(page.size()), "page", nullptr, XML_PARSE_NONET));

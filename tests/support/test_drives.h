@@ -1,5 +1,5 @@
-// Drives of a test's own: C:\, D:\ and \\server\ stand on an empty temporary folder, so that a test writes
-// and reads the paths that the module sees. The folder and the drives go with the object.
+// Maps C:\, D:\ and \\server\ to an empty temporary folder, so that a test writes and reads the paths that
+// the module sees. The destructor removes the folder and restores the former drives.
 #pragma once
 
 #include <algorithm>
@@ -40,12 +40,12 @@ class TestDrives {
 
     bool Exists(const std::string& path) const { return std::filesystem::exists(Native(path)); }
 
-    /// The content of the file; "(missing)" if there is none.
+    /// The content of the file, or "(missing)".
     std::string Read(const std::string& path) const {
         return Exists(path) ? root_.Read(Native(path)) : "(missing)";
     }
 
-    /// Everything below the folder, sorted, relative to it; folders with their backslash.
+    /// Everything below the folder, sorted and relative to it; folders end in a backslash.
     std::vector<std::string> Tree(const std::string& folder) const {
         std::vector<std::string> tree;
         if (!Exists(folder)) {

@@ -1,4 +1,4 @@
-// A folder of a test's own below the machine's temporary folder, gone at the end. Names are relative to it.
+// A temporary folder, which the destructor removes. Names are relative to it.
 #pragma once
 
 #include <unistd.h>
@@ -32,7 +32,7 @@ class TestFolder {
         return platform::ToSystem(Native(name)).value();
     }
 
-    /// Writes a file and the folders that lead to it; gives its native path.
+    /// Writes a file and creates its folders. The file's native path.
     std::string Write(const std::string& name, const std::string& content) const {
         std::filesystem::create_directories((path_ / name).parent_path());
         std::ofstream(path_ / name, std::ios::binary) << content;
@@ -47,18 +47,18 @@ class TestFolder {
         std::filesystem::permissions(path_ / name, std::filesystem::perms(0444));
     }
 
-    /// The content of a file; nothing if there is none.
+    /// The content of a file; empty if there is none.
     std::string Read(const std::string& name) const {
         std::ifstream file(path_ / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    /// Whether there is an entry, also a link that leads nowhere.
+    /// Whether there is an entry; a dangling link counts.
     bool Exists(const std::string& name) const {
         return std::filesystem::exists(std::filesystem::symlink_status(path_ / name));
     }
 
-    /// How many entries the folder itself has.
+    /// The number of entries of the folder itself.
     long Count() const { return std::distance(std::filesystem::directory_iterator(path_), {}); }
 
   private:

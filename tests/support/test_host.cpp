@@ -163,16 +163,15 @@ struct TestHost::Methods {
         return Host(self).Arrive("CloseDocument", Line(objectId, flags), status);
     }
 
-    // Property 20 of a document is its path, property 89 of the host its folder.
     static HRESULT ReadStringProp(void* self, std::uint32_t ownerId, std::uint32_t objectId,
                                   const Q_PropIdent* property, std::int32_t* status, char** text) {
         TestHost& host = Host(self);
         const HRESULT result =
             host.Arrive("ReadStringProp", Line(ownerId, objectId, property->number), status);
         std::optional<std::string> answer;
-        if (property->number == 89) {
+        if (property->number == kInstallationFolderProperty) {
             answer = host.installationFolder;
-        } else if (property->number == 20 && host.documents.contains(objectId)) {
+        } else if (property->number == kDocumentPathProperty && host.documents.contains(objectId)) {
             answer = host.documents[objectId].path;
         }
         *text = nullptr;
@@ -222,7 +221,7 @@ struct TestHost::Methods {
         tables[Method::kInterfaceNumber].template Set<Method>(function);
     }
 
-    // One table for each interface, and at 0 the root object's.
+    // The root object's table at 0, that of interface n at n.
     static const HostMethodTable* Tables() {
         static HostMethodTable tables[kHostInterfaceCount + 1];
         for (HostMethodTable& table : tables) {

@@ -1,7 +1,6 @@
-// The host of all tests: a test says what it answers, and it keeps a log of every call that the client makes,
-// one line each, methods by their contract names without "Method" ("WatchNotification 13 1"). It answers for
-// all 18 interfaces. What it hands out lies in task memory; when it owns results it takes that back itself
-// when it goes. One host at a time.
+// A scripted host with all 18 interfaces. A test sets what it answers. It logs each call of the client as one
+// line that begins with the method's name in the contract, without "Method": "WatchNotification 13 1". What
+// it hands out is in task memory; if it owns results, its destructor frees them.
 #pragma once
 
 #include <functional>
@@ -19,7 +18,7 @@ namespace ventrix::test {
 
 using Lines = std::vector<std::string>;
 
-/// Numbers with blanks between them.
+/// The numbers with spaces between them.
 template <class... Numbers>
 std::string Line(Numbers... numbers) {
     std::string line;
@@ -27,7 +26,7 @@ std::string Line(Numbers... numbers) {
     return line;
 }
 
-/// A value of the contract in a test's own memory: a number, a text or a list of values, by tag.
+/// A value of the contract as a test writes it: a number, a string or a list, by tag.
 struct HostValue {
     std::uint32_t tag = 0;
     std::string text;
@@ -39,23 +38,23 @@ HostValue Text(std::string text);
 HostValue Number(std::int32_t number);
 HostValue Fields(std::vector<HostValue> fields);
 
-/// The entries of a document's file list.
+/// Entries of a document's file list.
 HostValue Document(std::string path, std::int32_t unsaved = 0);
 HostValue Graphic(std::string path);
 
-/// The same in blocks of an allocator.
+/// Values of the contract, in blocks of an allocator.
 using Allocator = std::function<void*(std::size_t)>;
 Q_Value MakeValue(const HostValue& value, const Allocator& allocate);
 Q_ValueList MakeList(const std::vector<HostValue>& values, const Allocator& allocate);
 
-/// A row of a property list: by number, or by name where the number is 0.
+/// A row of a property list. The name counts only if the number is 0.
 struct HostProp {
     std::int32_t number;
     std::string name;
     HostValue value;
 };
 
-/// Numbers as they are, texts in quotes, lists in brackets; null texts as null.
+/// Strings are quoted, lists are in brackets; a null string is null.
 std::string Print(const Q_Value& value);
 std::string Print(const Q_ValueList& list);
 
@@ -74,7 +73,7 @@ class TestHost {
     TestHost(const TestHost&) = delete;
     TestHost& operator=(const TestHost&) = delete;
 
-    // How it behaves. Failures and statuses go by method.
+    // Behavior. Failures and statuses are by method.
     std::set<unsigned> missingInterfaces;
     std::map<std::string, HRESULT> failures;
     std::map<std::string, std::int32_t> statuses;
@@ -82,29 +81,29 @@ class TestHost {
     bool keepsClient = true;
     std::function<void(const std::string& command)> onClient;  ///< Runs inside a call of another client.
 
-    // What it answers.
+    // Answers.
     std::int32_t integerAnswer = 0;  ///< Of InvokeClient.
     std::vector<HostValue> values;   ///< Of InvokeClientForValues and SendCallReply.
     std::optional<std::string> installationFolder;
     std::map<std::uint32_t, HostDocument> documents;  ///< By id.
-    std::uint32_t openedId = 4711;                    ///< 0: the open is refused.
+    std::uint32_t openedId = 4711;                    ///< 0 refuses the open.
     std::vector<HostProp> openResults = {{9, "", Text("opened")}};
 
-    // What arrived.
+    // What the client did.
     Lines log;
     Lines description;   ///< At registration.
     Lines openScript;    ///< Of the last open.
-    int references = 0;  ///< Held by the client, over all sides.
+    int references = 0;  ///< Held by the client, for all interfaces together.
 
     IUnknown* Root() { return sides_[0].AsUnknown(); }
 
-    /// The client's notification object; null without a client. Not a new reference.
+    /// The client's notification object, or null. The reference stays the host's.
     IQuorlaneNotifications0* Notifications() { return notifications_; }
 
-    /// Gives the client's object back, which ends the connection.
+    /// Releases the client's notification object, which ends the connection.
     void DropClient();
 
-    /// Hands the client one request, and gives the values of its reply; "3 replies" if that is not one.
+    /// Sends the client a request. The values of its reply; "3 replies" if it sent that many.
     std::string Request(const std::string& text);
 
   private:
@@ -121,7 +120,7 @@ class TestHost {
     };
 };
 
-/// A host with the module that is linked into the test program: connected, with the log of its Initialize.
+/// A host that is connected to the module in the test program. Its log begins with Initialize.
 class LinkedHost : public TestHost {
   public:
     LinkedHost();

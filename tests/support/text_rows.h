@@ -1,4 +1,4 @@
-// Tables of a text and what becomes of it, and long texts.
+// Tables of a string and what it is turned into, and long strings.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,9 +1,11 @@
-// The host's side of the contract: the one entry of a client module, the 18 interfaces that the host's root
-// object answers for, and the methods that a client calls on them. Interfaces have no names; they go by their
-// numbers, 1 to 18. A method is known by interface number and index in the method table (0 to 2 are
-// IUnknown's). Arguments stay the caller's. A host that is busy answers RPC_E_SERVERCALL_RETRYLATER. What a
-// method hands out lies in task memory (CoTaskMemAlloc), level by level, and is the client's to free unless
-// the host owns results.
+// The host's side of the contract: the entry point of a client module, the 18 interfaces of the host's root
+// object, and the methods that a client calls on them.
+//
+// Interfaces have no names, only numbers from 1 to 18. A method is identified by the number of its interface
+// and its index in the method table (0 to 2 are IUnknown's). Strings are null-terminated, in the connection's
+// text mode. Arguments stay the caller's. What a method hands out is in task memory (CoTaskMemAlloc), each
+// string and array in a block of its own; the client frees it unless the host owns results. A busy host
+// returns RPC_E_SERVERCALL_RETRYLATER.
 #pragma once
 
 #include <cstdint>
@@ -14,17 +16,16 @@
 
 namespace ventrix {
 
-/// A client module's only export: module handle, the host's root object, an object that is held until the
-/// connection ends (or null), and the client description (or null: the module's version block is read).
-/// 0 connected, -1 not connected.
+/// A client module's only export. `keepAlive`, unless null, is held until the connection ends. If
+/// `description` is null, the module reads its own from its version block. 0 if connected, else -1.
 using ClientInitEntry = std::int32_t(void* module, IUnknown* root, IUnknown* keepAlive,
                                      const Q_PropList* description);
 constexpr char kClientInitEntryName[] = "Q_ApiClientInit";
 
 constexpr unsigned kHostInterfaceCount = 18;
 
-/// The interface ids in the order in which a client asks for them; number n stands at index n - 1. Without
-/// number 4 there is no connection; 16 to 18 are asked for only when 4 was given.
+/// The interface ids, in the order in which a client asks for them. Interface n is at index n - 1. Without
+/// interface 4 there is no connection, and a client does not ask for 16 to 18.
 inline constexpr GUID kHostInterfaceIds[kHostInterfaceCount] = {
     {0x9EB9EBDE, 0xEF45, 0x4FAA, {0xBA, 0x83, 0x80, 0xC3, 0x7E, 0x74, 0x6D, 0xD7}},
     {0xF9EDAC1F, 0x75C2, 0x4544, {0xA6, 0x5E, 0x36, 0xE3, 0xC5, 0xA4, 0xDB, 0xA1}},
@@ -48,44 +49,45 @@ inline constexpr GUID kHostInterfaceIds[kHostInterfaceCount] = {
 
 constexpr unsigned kMainHostInterface = 4;
 
-/// The slots that a method table of any of the 18 interfaces needs for the methods below.
+/// Number of slots that a method table needs for any of the methods below.
 constexpr unsigned kHostMethodSlots = 98;
 
 /// Default class id of a running host, for a client in a process of its own.
 inline constexpr GUID kHostClassId = {
     0x539DB5D0, 0xC0C6, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}};
 
-/// The kit's word at registration.
+/// The word that the kit passes at registration.
 constexpr std::uint32_t kRegistrationWord = 0x18000000;
 
-/// Registers a client: its notification object, RegistrationWord, its description. The host takes a reference
-/// to the object if the client is to stay.
+/// Registers a client with its notification object, kRegistrationWord and its description. The connection
+/// lasts as long as the host holds a reference to the object.
 struct RegisterClientMethod {
     static constexpr unsigned kInterfaceNumber = 4, kIndex = 3;
     using Type = HRESULT(void* self, IUnknown* notifications, std::uint32_t word,
                          const Q_PropList* description);
 };
 
-/// Has a notification number delivered to the client's Notify (state 1), or no longer.
+/// Starts (state 1) or stops the delivery of a notification number to the client's Notify.
 struct WatchNotificationMethod {
     static constexpr unsigned kInterfaceNumber = 4, kIndex = 8;
     using Type = HRESULT(void* self, std::int32_t number, std::int32_t state, std::int32_t* status);
 };
 
-/// Calls another client by name with one command text; returns when that client has finished.
+/// Calls another client by name with one command; returns when that client has finished.
 struct InvokeClientMethod {
     static constexpr unsigned kInterfaceNumber = 4, kIndex = 9;
     using Type = HRESULT(void* self, const char* clientName, const char* command, std::int32_t* status,
                          std::int32_t* answer);
 };
 
-/// Writes a text to the host's console.
+/// Writes a string to the host's console.
 struct WriteConsoleMethod {
     static constexpr unsigned kInterfaceNumber = 4, kIndex = 24;
     using Type = HRESULT(void* self, const char* text, std::int32_t* status);
 };
 
-/// Opens a document under a script; hands out its id (0 for none) and the list of open results.
+/// Opens a document under an open script. Hands out its id, 0 if it did not open, and the list of open
+/// results.
 struct OpenDocumentMethod {
     static constexpr unsigned kInterfaceNumber = 4, kIndex = 32;
     using Type = HRESULT(void* self, const char* path, const Q_PropList* script, std::int32_t* status,
@@ -104,48 +106,48 @@ constexpr std::int32_t kDocumentPathProperty = 20;
 /// Number of the client's name in its description.
 constexpr std::int32_t kClientNameProperty = 2;
 
-/// Reads one string property of an object. Owner 0 and object 0 are the host application itself.
+/// Reads a string property of an object. Owner 0 with object 0 is the host application.
 struct ReadStringPropMethod {
     static constexpr unsigned kInterfaceNumber = 4, kIndex = 97;
     using Type = HRESULT(void* self, std::uint32_t ownerId, std::uint32_t objectId,
                          const Q_PropIdent* property, std::int32_t* status, char** text);
 };
 
-/// Lists the files that a document refers to: one value of tag 20 for each, with key, path and a number that
-/// is not 0 where the file has unsaved changes.
+/// Lists the files that a document refers to: for each a value of tag 20 with a key, a path, and a number
+/// that is not 0 if the file has unsaved changes.
 struct ListDocumentFilesMethod {
     static constexpr unsigned kInterfaceNumber = 1, kIndex = 18;
     using Type = HRESULT(void* self, std::uint32_t objectId, std::int32_t selector, std::int32_t third,
                          Q_ValueList* files);
 };
 
-/// Says how texts cross the boundary; 1 goes with UTF-8.
+/// Sets the encoding of strings in both directions; 1 is UTF-8.
 struct SetTextModeMethod {
     static constexpr unsigned kInterfaceNumber = 9, kIndex = 3;
     using Type = HRESULT(void* self, std::int32_t mode, std::int32_t* status);
 };
 
-/// As InvokeClientMethod, for a client that answers with a value list.
+/// As InvokeClientMethod, for a client that replies with a value list.
 struct InvokeClientForValuesMethod {
     static constexpr unsigned kInterfaceNumber = 12, kIndex = 23;
     using Type = HRESULT(void* self, const char* clientName, const char* command, std::int32_t* status,
                          Q_ValueList* answer);
 };
 
-/// Called while Notify handles a client call: the list that the calling client receives.
+/// Called while Notify handles a client call: passes on the list that the calling client receives.
 struct SendCallReplyMethod {
     static constexpr unsigned kInterfaceNumber = 12, kIndex = 24;
     using Type = HRESULT(void* self, const Q_ValueList* reply, Q_ValueList* back);
 };
 
-/// Asked once with the argument 1. The result 0 says that the host frees what it hands out, any other that
-/// the client does.
+/// Called once, with the argument 1. The result 0 means that the host frees what it hands out, any other
+/// result that the client does.
 struct HostOwnsResultsMethod {
     static constexpr unsigned kInterfaceNumber = 16, kIndex = 3;
     using Type = HRESULT(void* self, std::int32_t argument);
 };
 
-/// Tells the host the client's module handle.
+/// Gives the host the client's module handle.
 struct TakeModuleHandleMethod {
     static constexpr unsigned kInterfaceNumber = 17, kIndex = 3;
     using Type = HRESULT(void* self, void* module);

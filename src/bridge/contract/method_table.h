@@ -1,6 +1,7 @@
-// Method tables for host objects: plain arrays of functions, since the interfaces of the host have no names
-// and few of their methods are ever called. Every slot that is not set answers 0x80004001. A host writes one
-// table per interface number, sets IUnknown's three slots and the methods that it has, and hands out sides.
+// Method tables for host objects. They are plain arrays of functions and not classes, since the host's
+// interfaces have no names and clients call few of their methods. A slot that is not set returns E_NOTIMPL. A
+// host makes one table for each interface, sets IUnknown's three methods and the methods that it offers, and
+// hands out a HostSide as interface pointer.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +26,7 @@ struct ReleaseMethod {
     using Type = ULONG(void* self);
 };
 
-/// One method table. It lives as long as any side that points at its slots.
+/// The method table of one interface. It must outlive each HostSide that refers to it.
 class HostMethodTable {
   public:
     HostMethodTable() {
@@ -45,18 +46,18 @@ class HostMethodTable {
   private:
     static HRESULT NotOffered(void*) { return E_NOTIMPL; }
 
-    // What stands before a table that the compiler makes: offset to the whole object, and its type. Checked
-    // builds look at both.
+    // A table that the compiler generates is preceded by the offset to the complete object and the object's
+    // type. Sanitizers read both.
     std::intptr_t offsetToWhole_ = 0;
     const std::type_info* type_ = &typeid(IUnknown);
     void* slots_[kHostMethodSlots];
 };
 
-/// One interface side of a host object, which a client sees as an IUnknown. self of a method is the address
-/// of its side.
+/// One interface of a host object. A client uses its address as an interface pointer, and each method
+/// receives that address as `self`.
 struct HostSide {
-    void* const* methods;  ///< A table's slots.
-    void* object;          ///< The object that the side belongs to.
+    void* const* methods;  ///< HostMethodTable::Slots of the interface.
+    void* object;          ///< The object that implements the interface.
 
     IUnknown* AsUnknown() { return reinterpret_cast<IUnknown*>(this); }
 };

@@ -1,6 +1,6 @@
 // The client's side of the contract: the three interfaces of the notification object that a client hands to
-// the host. The host takes the one that it needs with QueryInterface. Integers have 32 bits; texts are
-// zero-terminated bytes in the connection's text mode and stay the host's.
+// the host. The host queries for those that it needs. Integers have 32 bits. Strings are null-terminated, in
+// the connection's text mode, and stay the host's.
 #pragma once
 
 #include <cstddef>
@@ -10,13 +10,14 @@
 
 namespace ventrix {
 
-/// A resource that GetResource hands out: size in bytes and the data in task memory, the host's to free.
+/// A resource that GetResource hands out: its size in bytes and its data in task memory, which the host
+/// frees.
 struct Q_ResourceRecord {
     std::uint32_t size;
     void* data;
 };
 
-/// What CMSCommand hands out. Text and array lie in the client's memory.
+/// What CMSCommand hands out. String and array are in the client's memory.
 struct Q_CmsRecord {
     std::uint8_t head[8];
     char* text;
@@ -36,8 +37,8 @@ inline constexpr GUID kNotifications0Id = {
 inline constexpr GUID kNotifications1Id = {
     0xA4B8972D, 0x5B3A, 0x4B57, {0x93, 0xC5, 0x3E, 0xB3, 0xD6, 0x2A, 0x4F, 0x1D}};
 
-/// Every method gives 0 whatever the client did, but for GetResource, which gives 0x80004005 where there is
-/// no such resource.
+/// Every method returns S_OK, whatever the client did, except that GetResource returns E_FAIL if there is no
+/// such resource.
 class IQuorlaneNotifications0 : public IUnknown {
   public:
     virtual HRESULT Initialize(std::int32_t code) = 0;

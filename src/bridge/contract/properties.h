@@ -1,5 +1,5 @@
-// Properties and property lists, in the binary form in which host and clients exchange them.
-// A row owns its value, and its name where its number is 0; a list owns its array.
+// Properties and property lists, in the binary form in which host and clients exchange them. A property in a
+// list owns its value, and its name if its number is 0. A list owns its array. Names are null-terminated.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace ventrix {
 
-/// Names a property: by number, or by name where the number is 0.
+/// Identifies a property by number, or by name if the number is 0.
 struct Q_PropIdent {
     std::int32_t number;
     char* name;

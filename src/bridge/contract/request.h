@@ -1,5 +1,5 @@
-// The requests that the module serves: their words, their replies, the clients that a request needs, and the
-// wording of the report log. Constants only; strings are UTF-8.
+// The requests that the module serves: commands and options, statuses of the reply, the clients that a
+// request needs, and the strings of the report log. Strings are UTF-8.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 namespace ventrix {
 
-/// The notification that carries a request, as its string.
+/// The number of the notification whose string is a request.
 constexpr std::int32_t kRequestNotification = 13;
 
 constexpr char kValidateCommand[] = "Validate";
@@ -36,10 +36,12 @@ constexpr char kSourcePathAttrOption[] = "-sourcePathAttr";
 constexpr char kPreserveXPathListOption[] = "-preserveXPathList";
 constexpr char kPreserveXPathAttrOption[] = "-preserveXPathAttr";
 
-/// The longest command, option or value that a request can hold, in bytes. What exceeds it is cut off.
+/// Length in bytes of the longest command, option or value that a request can hold. Longer ones are
+/// truncated.
 constexpr std::size_t kLongestRequestToken = 1023;
 
-/// Status of a reply to a request that no driver ran: no command, no document, or a required option missing.
+/// Status of the reply to a request that was refused: it has no command or no document, or lacks a required
+/// option.
 constexpr std::int32_t kRequestRefused = -43;
 
 /// Bits of the status that Validate replies. None is set for a document that can be published as it is.

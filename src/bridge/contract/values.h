@@ -1,6 +1,6 @@
 // Tagged values and counted arrays, in the binary form in which host and clients exchange them.
-// A value owns its payload and a list owns its array and all that its elements own. Texts are zero-terminated
-// bytes in the connection's text mode. Tags that no client here reads are known by their shape alone.
+// A value owns its payload; a list owns its array and everything that its elements own. Strings are
+// null-terminated, in the connection's text mode. Of most tags only the layout is known, not the meaning.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@ namespace ventrix {
 
 struct Q_Value;
 
-/// The head of every counted array. Empty: count 0 and a null pointer.
+/// The layout that all counted arrays share. Empty: count 0 and a null pointer.
 struct Q_CountedArray {
     std::uint32_t count;
     void* items;
@@ -26,7 +26,7 @@ struct Q_ValueList {
     Q_Value* items;
 };
 
-/// The tags whose payload is read by meaning. The others stand in Q_Value's union by their shape.
+/// The tags whose payload has a known meaning. The union of Q_Value gives the layout of the others.
 constexpr std::uint32_t kIntegerTag = 1;  ///< Payload: number.
 constexpr std::uint32_t kTextTag = 3;     ///< Payload: text.
 constexpr std::uint32_t kListTag = 20;    ///< Payload: list.
@@ -38,7 +38,7 @@ struct Q_Value {
         char* text;              ///< 3
         Q_CountedArray array;    ///< 5, 7, 8, 12 to 15, 17, 18, 21, 22
         Q_StringList strings;    ///< 6
-        void* pointer;           ///< 9; copied by value, owns nothing
+        void* pointer;           ///< 9; copied as it is, owns nothing
         std::uint8_t bytes[16];  ///< 10
         void* record;            ///< 19: one block of kRecordSize bytes without pointers
         Q_ValueList* list;       ///< 20

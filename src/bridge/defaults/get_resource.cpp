@@ -3,7 +3,7 @@
 
 namespace ventrix {
 
-// A resource of the client's own module, by name; types have 16 bits there.
+// Resource types of a module have 16 bits.
 std::uint32_t GetResource(void* module, std::uint32_t type, const char* name, const void** data) {
     const auto bytes =
         platform::FindNamedResource(module, static_cast<std::uint16_t>(type), name == nullptr ? "" : name);

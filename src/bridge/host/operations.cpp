@@ -1,19 +1,20 @@
 #include "bridge/host/operations.h"
 
 #include "bridge/connection.h"
+#include "bridge/host/properties.h"
+#include "bridge/host/values.h"
 #include "bridge/host_call.h"
-#include "bridge/properties.h"
-#include "bridge/values.h"
 
 namespace ventrix {
 namespace {
 
 constexpr std::int32_t kNoStatus = -1;
 
-// The results of the latest open. A caller holds its address, not a copy.
+// The results of the latest open. Callers get its address, not a copy.
 Q_PropList openResults = {};
 
-// What the host handed out goes back level by level, unless the host does that itself.
+// Copies a list of the host into kit memory. The host's own is freed level by level, unless the host does
+// that itself.
 Q_ValueList TakeHostList(Q_ValueList* hostList) {
     Q_ValueList copy = {};
     Q_CopyValueListWith(&copy, hostList, Q_KitAlloc);

@@ -134,10 +134,6 @@ std::optional<std::string> VersionBlockText(ModuleHandle module, std::string_vie
     return std::nullopt;
 }
 
-bool HasVersionBlock(ModuleHandle module) {
-    return !ResourcesOf(module).version.empty();
-}
-
 int LoadWideString(ModuleHandle module, std::uint32_t id, char16_t* buffer, int size) {
     return size <= 0 ? 0 : CopyCut(FindString(module, id), buffer, size);
 }

@@ -1,17 +1,21 @@
-#include "bridge/values.h"
+#include "bridge/host/values.h"
 
 #include <cstring>
 
-#include "bridge/value_shapes.h"
+#include "bridge/host/value_shapes.h"
 #include "kit/memory.h"
 #include "kit/text/strings.h"
 
 namespace ventrix {
 namespace {
 
-// The two ways of copying. Within the kit, memory comes zeroed, a null text becomes an empty one, and an
-// array keeps its count whatever became of it. Across the boundary bytes are copied as they are, and a count
-// without an array becomes 0, since a reader would go astray on it.
+// Two ways of copying share the code below, since they differ only in details. A value is copied in three
+// steps: its plain bytes, then the block that its tag owns, then each string and string list within that
+// block. Which those are, the table in value_shapes.cpp says.
+//
+// Within the kit, memory is zeroed, a null string becomes the empty string, and an array keeps its count even
+// if it could not be copied. Across the boundary bytes are copied as they are, and the count of an array that
+// is missing becomes 0: the other side would read past it.
 struct CopyRules {
     Q_AllocFunction allocate;
     bool boundary;
@@ -27,7 +31,8 @@ char* CopyText(const char* text, const CopyRules& rules) {
     return copy == nullptr ? nullptr : static_cast<char*>(std::memcpy(copy, source, size));
 }
 
-// A block for an array's elements, with the source's bytes in it.
+// A new array with the bytes of the source's elements. What an element owns is still the source's until the
+// caller replaces it.
 void* CopyArrayBytes(const void* source, std::uint32_t* count, std::size_t elementSize,
                      const CopyRules& rules) {
     if (rules.boundary && source == nullptr) {
@@ -55,7 +60,7 @@ void CopyStrings(Q_StringList* out, const Q_StringList& source, const CopyRules&
     }
 }
 
-// What an element owns is reached by offset.
+// A string or string list that an array element owns.
 template <class Owned>
 Owned* OwnedAt(const Q_CountedArray& array, std::uint32_t index, const ElementShape& shape,
                std::uint32_t offset) {
@@ -116,7 +121,7 @@ void* CopyRecord(const void* source, const CopyRules& rules) {
     return copy == nullptr ? nullptr : std::memcpy(copy, source, kRecordSize);
 }
 
-// The parts of a value that own nothing.
+// The parts of a value that own nothing. Across the boundary that is the whole value.
 Q_Value CopyPlain(const Q_Value& source, PayloadKind kind, const CopyRules& rules) {
     if (rules.boundary || kind == PayloadKind::kBytes) {
         return source;

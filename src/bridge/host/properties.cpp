@@ -1,4 +1,4 @@
-#include "bridge/properties.h"
+#include "bridge/host/properties.h"
 
 #include "kit/memory.h"
 
@@ -27,7 +27,7 @@ std::uint32_t CapacityFor(std::uint32_t count) {
     return capacity;
 }
 
-// The row behind the last, or null when memory runs out; the list is then as before.
+// A new last row, or null if memory runs out; the list is then unchanged.
 Q_Prop* AppendRow(Q_PropList* list) {
     if (list->items == nullptr) {
         list->count = 0;
@@ -67,7 +67,7 @@ std::int32_t Q_ApiFindProp(const Q_PropList* list, std::int32_t number) {
 }
 
 void Q_ApiSetProp(Q_PropList* list, std::int32_t number, const Q_Value* value) {
-    // Copied first: the value may stand in the row that is written.
+    // Copied first, since the value may belong to the row that is overwritten.
     Q_Value copy = Q_ApiCopyValue(value);
     Q_Prop* row = RowToWrite(list, number);
     if (row == nullptr) {
@@ -80,7 +80,7 @@ void Q_ApiSetProp(Q_PropList* list, std::int32_t number, const Q_Value* value) {
 void Q_ApiSetPropString(Q_PropList* list, std::int32_t number, const char* text) {
     Q_Value value = {};
     value.tag = kTextTag;
-    // Only read: the list gets a copy.
+    // The value is only read; the list gets a copy.
     value.text = const_cast<char*>(text);
     Q_ApiSetProp(list, number, &value);
 }

@@ -1,4 +1,4 @@
-#include "bridge/value_shapes.h"
+#include "bridge/host/value_shapes.h"
 
 #include <cstddef>
 #include <iterator>
@@ -16,6 +16,7 @@ constexpr PayloadShape PlainArray(std::uint32_t elementSize) {
     return {PayloadKind::kArray, {elementSize, 0, {}, 0, {}}};
 }
 
+// Indexed by tag.
 constexpr PayloadShape kShapes[] = {
     kUndefinedPayload,
     kNumber,

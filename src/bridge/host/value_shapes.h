@@ -1,4 +1,5 @@
-// What each tag's payload is made of, as data: copy and release walk the same table.
+// The layout of each tag's payload, as a table. Copy and release both follow it, so neither can treat a tag
+// in its own way.
 #pragma once
 
 #include <cstdint>
@@ -6,9 +7,9 @@
 namespace ventrix {
 
 enum class PayloadKind : std::uint8_t {
-    kUndefined,  ///< No payload that anyone owns.
+    kUndefined,  ///< Not defined, owns nothing.
     kNumber,
-    kBytes,  ///< The payload's own bytes.
+    kBytes,  ///< The 16 bytes themselves, owns nothing.
     kText,
     kArray,
     kStrings,
@@ -16,7 +17,7 @@ enum class PayloadKind : std::uint8_t {
     kList,
 };
 
-/// One array element: its size and the offsets of what it owns.
+/// An array element: its size and the offsets of the strings and string lists that it owns, in bytes.
 struct ElementShape {
     std::uint32_t size;
     std::uint32_t textCount;
@@ -27,10 +28,10 @@ struct ElementShape {
 
 struct PayloadShape {
     PayloadKind kind;
-    ElementShape element;  ///< Of kind Array only.
+    ElementShape element;  ///< Only for kArray.
 };
 
-/// The shape of a tag's payload; Undefined for a tag outside the table.
+/// The layout of a tag's payload; kUndefined for a tag outside the table.
 const PayloadShape& PayloadShapeOf(std::uint32_t tag);
 
 }  // namespace ventrix
