@@ -50,8 +50,7 @@ void AddAttribute(xml::Document& document, xml::Node element, std::string_view n
 void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::string_view name,
                           std::string_view value, bool withBlank);
 
-/// An empty document for a piece of XML whose nodes go into `main`; null where the system has no document
-/// model.
+/// An empty document for a piece of XML whose nodes will be inserted into `main`.
 std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main);
 
 /// The root element of the XML, ready to be inserted into `main`; no node if it does not parse.

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "markers/escaping.h"
+#include "markers/xml/escaping.h"
 
 namespace ventrix {
 namespace {
@@ -34,7 +34,7 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 void EscapeMarkup(std::string& text) {
     // One pass for all five gives what one after the other would, the ampersand first.
     std::string escaped;
-    AppendEscaped(escaped, text, kMarkupEscapes);
+    xml::AppendEscaped(escaped, text, xml::kMarkupEscapes);
     text = std::move(escaped);
 }
 
@@ -44,9 +44,10 @@ void UnescapeMarkup(std::string& text) {
     for (std::size_t mark = 0; (mark = rest.find('&')) != std::string_view::npos;) {
         unescaped += rest.substr(0, mark);
         rest.remove_prefix(mark);
-        const auto pair = std::ranges::find_if(
-            kMarkupCharacters, [&](const auto& candidate) { return rest.starts_with(candidate.second); });
-        const bool isEscape = pair != kMarkupCharacters.end();
+        const auto pair = std::ranges::find_if(xml::kMarkupCharacters, [&](const auto& candidate) {
+            return rest.starts_with(candidate.second);
+        });
+        const bool isEscape = pair != xml::kMarkupCharacters.end();
         unescaped += isEscape ? pair->first : '&';
         rest.remove_prefix(isEscape ? pair->second.size() : 1);
     }

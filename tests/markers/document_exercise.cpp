@@ -1,6 +1,6 @@
 #include "markers/document_exercise.h"
 
-#include "markers/xml/dom.h"
+#include "markers/dom_helpers.h"
 #include "platform/files.h"
 
 namespace ventrix::test {
@@ -22,7 +22,7 @@ std::string Describe(xml::Node root) {
     std::string description;
     for (xml::Node node = root; node; node = NextNode(node, root)) {
         description.append(std::to_string(static_cast<int>(node.get_nodeType()))).append(node.get_nodeName());
-        description.append("[").append(node.get_text()).append("]");
+        description.append("[").append(NodeText(node)).append("]");
     }
     return description;
 }
@@ -31,9 +31,9 @@ void RewriteAll(xml::Node root) {
     for (xml::Node node = root; node; node = NextNode(node, root)) {
         const xml::NamedNodeMap attributes = node.get_attributes();
         for (std::size_t i = 0; i < attributes.get_length(); ++i) {
-            attributes.get_item(i).put_text(attributes.get_item(i).get_text());
+            attributes.get_item(i).put_text(NodeText(attributes.get_item(i)));
         }
-        const std::string text = node.get_text();
+        const std::string text = NodeText(node);
         node.put_text("other");
         node.put_text(text);
     }

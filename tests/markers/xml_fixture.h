@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "markers/xml/dom.h"
+#include "markers/dom_helpers.h"
 #include "support/test_drives.h"
 
 namespace ventrix::test {
@@ -25,7 +25,7 @@ inline std::string Outline(xml::Node node) {
                 outline.append(child.get_nodeName()).append("(").append(Outline(child)).append(")");
                 break;
             case xml::NODE_TEXT:
-                outline.append("'").append(child.get_text()).append("'");
+                outline.append("'").append(NodeText(child)).append("'");
                 break;
             default:
                 outline += std::to_string(static_cast<int>(child.get_nodeType()));
@@ -41,7 +41,7 @@ inline std::string AttributesOf(xml::Node element) {
     for (std::size_t i = 0; i < attributes.get_length(); ++i) {
         const xml::Node attribute = attributes.get_item(i);
         list += i == 0 ? "" : " ";
-        list.append(attribute.get_nodeName()).append("=").append(attribute.get_text());
+        list.append(attribute.get_nodeName()).append("=").append(NodeText(attribute));
     }
     return list;
 }

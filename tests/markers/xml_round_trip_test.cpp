@@ -114,7 +114,7 @@ TEST_F(XmlRoundTrip, KeepsTheEncoding) {
         ASSERT_TRUE(document) << reason;
         EXPECT_EQ(Saved(*document), bytes);
         xml::Node root = document->get_documentElement();
-        EXPECT_EQ(root.get_firstChild().get_text(), "\xC3\xA4\xC3\xB6\xE2\x82\xAC");
+        EXPECT_EQ(NodeText(root.get_firstChild()), "\xC3\xA4\xC3\xB6\xE2\x82\xAC");
         EXPECT_EQ(AttributesOf(root), "b=\xC3\xA9");
         root.insertBefore(document->createTextNode("\xC3\xA4!"), root.get_firstChild());
         const std::string changed =

@@ -17,9 +17,9 @@ std::string Selected(xml::Document& document, std::string_view query) {
         const xml::Node node = list->get_item(i);
         line += i == 0 ? "" : " ";
         if (node.get_nodeType() == xml::NODE_ELEMENT) {
-            line.append(node.get_nodeName()).append(":").append(node.get_firstChild().get_text());
+            line.append(node.get_nodeName()).append(":").append(NodeText(node.get_firstChild()));
         } else if (node.get_nodeType() == xml::NODE_TEXT || node.get_nodeType() == xml::NODE_ATTRIBUTE) {
-            line.append(node.get_nodeName()).append("'").append(node.get_text()).append("'");
+            line.append(node.get_nodeName()).append("'").append(NodeText(node)).append("'");
         } else {
             line += std::to_string(static_cast<int>(node.get_nodeType()));
         }

@@ -123,7 +123,7 @@ TEST_F(XmlTree, ANullNodeAnswersNothing) {
     EXPECT_FALSE(none.get_firstChild() || none.get_nextSibling() || none.get_previousSibling() ||
                  none.get_parentNode());
     EXPECT_EQ(none.get_nodeType(), xml::NODE_INVALID);
-    EXPECT_EQ(none.get_text() + none.get_xml() + std::string(none.get_nodeName()), "");
+    EXPECT_EQ(NodeText(none) + none.get_xml() + std::string(none.get_nodeName()), "");
     none.get_attributes().setNamedItem(none);
     EXPECT_FALSE(none.get_attributes().get_item(0));
     EXPECT_FALSE(xml::CreateDocument()->get_documentElement());
@@ -154,7 +154,7 @@ const Change kChanges[] = {
     {"<a>1</a>", [](auto&, xml::Node a) { SetFirstText(a, "\x01\xFF\xEF\xBF\xBE\xED\xA0\x80\t"); },
      "<a>\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\t</"
      "a>"},
-    {"<a>\r\n1\r\n</a>", [](auto&, xml::Node a) { SetFirstText(a, a.get_firstChild().get_text() + "2\n"); },
+    {"<a>\r\n1\r\n</a>", [](auto&, xml::Node a) { SetFirstText(a, NodeText(a.get_firstChild()) + "2\n"); },
      "<a>\r\n1\r\n2\r\n</a>"},
     {"<a>&#65;\r\n&gt;'</a>",
      [](auto&, xml::Node a) {
@@ -333,7 +333,7 @@ TEST_F(XmlTree, QuotesAnElementAsATextOfItsXmlWouldBe) {
         const std::string content = "S\n" + escaped + "<E";
         const xml::Node text =
             quoted ? document->createQuotedXml("S\n", element, "<E") : document->createTextNode(content);
-        EXPECT_EQ(text.get_text(), content);
+        EXPECT_EQ(NodeText(text), content);
         EXPECT_TRUE(text.IsFilledText() && text.StartsWith("S\n") && !text.StartsWith("E"));
         root.insertBefore(text, element);
         root.removeChild(element);
@@ -368,8 +368,8 @@ TEST_F(XmlTree, ATextThatIsReplacedLeavesNoMemoryBehind) {
     const std::string piece(1000, 'x');
     const std::size_t before = __sanitizer_get_current_allocated_bytes();
     for (int i = 0; i < 1000; ++i) {
-        attribute.put_text(attribute.get_text() + piece);
-        text.put_text(text.get_text() + piece);
+        attribute.put_text(NodeText(attribute) + piece);
+        text.put_text(NodeText(text) + piece);
         prefixed.prepend_text(piece);
     }
     EXPECT_LT(__sanitizer_get_current_allocated_bytes() - before, 20 * piece.size() * 1000);

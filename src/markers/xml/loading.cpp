@@ -1,12 +1,12 @@
-#include "markers/xml/lossless/loading.h"
+#include "markers/xml/loading.h"
 
 #include <algorithm>
 
-#include "markers/xml/lossless/characters.h"
-#include "markers/xml/lossless/prolog.h"
-#include "markers/xml/lossless/source_encoding.h"
-#include "markers/xml/lossless/tree_builder.h"
-#include "markers/xml/lossless/well_formed.h"
+#include "markers/xml/characters.h"
+#include "markers/xml/prolog.h"
+#include "markers/xml/source_encoding.h"
+#include "markers/xml/tree_builder.h"
+#include "markers/xml/well_formed.h"
 #include "platform/drives.h"
 
 namespace ventrix::xml {

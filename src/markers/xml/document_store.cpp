@@ -1,11 +1,11 @@
-#include "markers/xml/lossless/document_store.h"
+#include "markers/xml/document_store.h"
 
 #include <algorithm>
 
-#include "markers/escaping.h"
-#include "markers/xml/lossless/attributes.h"
-#include "markers/xml/lossless/characters.h"
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/attributes.h"
+#include "markers/xml/characters.h"
+#include "markers/xml/escaping.h"
+#include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {
@@ -158,6 +158,10 @@ bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view front) {
 void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
     NoteChange(index);
     NodeRecord& record = At(index);
+    if (record.type == NODE_ATTRIBUTE) {
+        record.flags &= static_cast<std::uint8_t>(~kFromDtd);
+        ChangeAttributes(record.parent);
+    }
     PutOwnText(record, text);
     record.flags = static_cast<std::uint8_t>((record.flags & ~(kPrefixed | kQuoted | kFilled)) | kOwnText);
     NoteFilled(record);

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "markers/xml/lossless/document_store.h"
+#include "markers/xml/document_store.h"
 
 namespace ventrix::xml {
 

@@ -1,8 +1,8 @@
-#include "markers/escaping.h"
+#include "markers/xml/escaping.h"
 
 #include <cstring>
 
-namespace ventrix {
+namespace ventrix::xml {
 
 // The texts are short and full of markup: a branch for each byte would be guessed wrong too often, and an
 // append for each run between two escapes costs more than the run. So each byte has its entry written whole,
@@ -24,4 +24,4 @@ void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& t
     }
 }
 
-}  // namespace ventrix
+}  // namespace ventrix::xml

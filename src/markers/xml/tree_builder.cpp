@@ -1,11 +1,11 @@
-#include "markers/xml/lossless/tree_builder.h"
+#include "markers/xml/tree_builder.h"
 
 #include <algorithm>
 #include <array>
 
-#include "markers/xml/lossless/characters.h"
-#include "markers/xml/lossless/prolog.h"
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/characters.h"
+#include "markers/xml/prolog.h"
+#include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {

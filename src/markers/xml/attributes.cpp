@@ -1,11 +1,11 @@
-#include "markers/xml/lossless/attributes.h"
+#include "markers/xml/attributes.h"
 
 #include <libxml/valid.h>
 
 #include <algorithm>
 
-#include "markers/xml/lossless/characters.h"
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/characters.h"
+#include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {

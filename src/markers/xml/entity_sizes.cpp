@@ -1,10 +1,10 @@
-#include "markers/xml/lossless/entity_sizes.h"
+#include "markers/xml/entity_sizes.h"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {

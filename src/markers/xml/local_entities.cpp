@@ -1,4 +1,4 @@
-#include "markers/xml/lossless/local_entities.h"
+#include "markers/xml/local_entities.h"
 
 #include <libxml/parserInternals.h>
 #include <libxml/uri.h>

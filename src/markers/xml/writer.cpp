@@ -1,11 +1,11 @@
-#include "markers/xml/lossless/writer.h"
+#include "markers/xml/writer.h"
 
 #include <algorithm>
 #include <array>
 
-#include "markers/xml/lossless/characters.h"
-#include "markers/xml/lossless/namespaces.h"
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/characters.h"
+#include "markers/xml/namespaces.h"
+#include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {

@@ -1,4 +1,4 @@
-#include "markers/xml/lossless/source_encoding.h"
+#include "markers/xml/source_encoding.h"
 
 #include <libxml/encoding.h>
 #include <libxml/tree.h>
@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "markers/xml/lossless/quiet_errors.h"
+#include "markers/xml/quiet_errors.h"
 
 namespace ventrix::xml {
 namespace {

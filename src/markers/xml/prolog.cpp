@@ -1,8 +1,8 @@
-#include "markers/xml/lossless/prolog.h"
+#include "markers/xml/prolog.h"
 
 #include <algorithm>
 
-#include "markers/xml/lossless/characters.h"
+#include "markers/xml/characters.h"
 
 namespace ventrix::xml {
 namespace {

@@ -2,97 +2,85 @@
 
 #include <algorithm>
 
+#include "markers/xml/document_store.h"
 #include "markers/xml/dom.h"
-#include "markers/xml/lossless/document_store.h"
-#include "markers/xml/lossless/loading.h"
-#include "markers/xml/lossless/query.h"
-#include "markers/xml/lossless/source_encoding.h"
-#include "markers/xml/lossless/writer.h"
+#include "markers/xml/loading.h"
+#include "markers/xml/query.h"
+#include "markers/xml/source_encoding.h"
+#include "markers/xml/writer.h"
 #include "platform/files.h"
 
 namespace ventrix::xml {
 namespace {
 
-/// A node without children cannot hold anything, so that most insertions need no look upwards.
-bool Holds(DocumentStore& store, NodeIndex holder, NodeIndex held) {
-    if (store.FirstChild(holder) == 0 && holder != held) {
+/// True if `node` is `ancestor` or lies below it. Most nodes that are inserted have no children, and need no
+/// walk up the tree.
+bool Contains(DocumentStore& store, NodeIndex ancestor, NodeIndex node) {
+    if (store.FirstChild(ancestor) == 0 && ancestor != node) {
         return false;
     }
-    while (held != 0 && held != holder) {
-        held = store.At(held).parent;
+    while (node != 0 && node != ancestor) {
+        node = store.At(node).parent;
     }
-    return held == holder;
+    return node == ancestor;
 }
 
 }  // namespace
 
-NodeType Node::TypeOf(Node node) {
-    return node ? static_cast<NodeType>(node.store_->At(node.index_).type) : NODE_INVALID;
+bool Node::HasSiblings() const {
+    return store_ != nullptr && store_->At(index_).type != NODE_ATTRIBUTE;
 }
 
-std::string_view Node::NameOf(Node node) {
-    return node ? node.store_->NameOf(node.index_) : std::string_view();
+NodeType Node::get_nodeType() const {
+    return store_ == nullptr ? NODE_INVALID : static_cast<NodeType>(store_->At(index_).type);
 }
 
-Node Node::ParentOf(Node node) {
-    return !node || TypeOf(node) == NODE_ATTRIBUTE ? Node()
-                                                   : Node(node.store_, node.store_->At(node.index_).parent);
+std::string_view Node::get_nodeName() const {
+    return store_ == nullptr ? std::string_view() : store_->NameOf(index_);
 }
 
-Node Node::FirstChildOf(Node node) {
-    return node ? Node(node.store_, node.store_->FirstChild(node.index_)) : Node();
+Node Node::get_parentNode() const {
+    return HasSiblings() ? Node(store_, store_->At(index_).parent) : Node();
 }
 
-Node Node::NextOf(Node node) {
-    return !node || TypeOf(node) == NODE_ATTRIBUTE ? Node()
-                                                   : Node(node.store_, node.store_->At(node.index_).next);
+Node Node::get_firstChild() const {
+    return store_ == nullptr ? Node() : Node(store_, store_->FirstChild(index_));
 }
 
-Node Node::PreviousOf(Node node) {
-    return !node || TypeOf(node) == NODE_ATTRIBUTE ? Node()
-                                                   : Node(node.store_, node.store_->Previous(node.index_));
+Node Node::get_nextSibling() const {
+    return HasSiblings() ? Node(store_, store_->At(index_).next) : Node();
+}
+
+Node Node::get_previousSibling() const {
+    return HasSiblings() ? Node(store_, store_->Previous(index_)) : Node();
 }
 
 NamedNodeMap Node::get_attributes() const {
     return NamedNodeMap(get_nodeType() == NODE_ELEMENT ? *this : Node());
 }
 
-std::string Node::get_text() const {
-    std::string buffer;
-    return std::string(get_text(buffer));
+std::string_view Node::get_text(std::string& buffer) const {
+    return store_ == nullptr ? std::string_view() : store_->ContentOf(index_, buffer);
 }
 
-std::string_view Node::TextOf(Node node, std::string& buffer) {
-    return node ? node.store_->ContentOf(node.index_, buffer) : std::string_view();
+bool Node::IsFilledText() const {
+    return store_ != nullptr && store_->IsFilledText(index_);
 }
 
-void Node::SetText(Node node, std::string_view text) {
-    const NodeType type = TypeOf(node);
-    if (type == NODE_ATTRIBUTE) {
-        NodeRecord& record = node.store_->At(node.index_);
-        record.flags &= static_cast<std::uint8_t>(~kFromDtd);
-        node.store_->ChangeAttributes(record.parent);
-    }
+bool Node::StartsWith(std::string_view prefix) const {
+    return get_nodeType() == NODE_TEXT && store_->TextStartsWith(index_, prefix);
+}
+
+void Node::put_text(std::string_view text) {
+    const NodeType type = get_nodeType();
     if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
-        node.store_->SetContent(node.index_, text);
+        store_->SetContent(index_, text);
     }
 }
 
-bool Node::TextStartsWith(Node node, std::string_view front) {
-    return TypeOf(node) == NODE_TEXT && node.store_->TextStartsWith(node.index_, front);
-}
-
-bool Node::HasFilledText(Node node) {
-    if (!node) {
-        return false;
-    }
-    const NodeRecord& record = node.store_->At(node.index_);
-    return record.type == NODE_TEXT && (record.flags & kFilled) != 0;
-}
-
-void Node::PrependText(Node node, std::string_view front) {
-    if (TypeOf(node) == NODE_TEXT) {
-        node.store_->PrependContent(node.index_, front);
+void Node::prepend_text(std::string_view prefix) {
+    if (get_nodeType() == NODE_TEXT) {
+        store_->PrependContent(index_, prefix);
     }
 }
 
@@ -100,24 +88,23 @@ std::string Node::get_xml() const {
     return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_) : std::string();
 }
 
-void Node::Insert(Node parent, Node child, Node reference) {
-    DocumentStore* store = parent.store_;
-    const NodeType type = TypeOf(child);
-    const bool fits = TypeOf(parent) == NODE_ELEMENT && child.store_ == store && type != NODE_ATTRIBUTE &&
+void Node::insertBefore(Node child, Node reference) {
+    const NodeType type = child.get_nodeType();
+    const bool fits = get_nodeType() == NODE_ELEMENT && child.store_ == store_ && type != NODE_ATTRIBUTE &&
                       type != NODE_DOCUMENT && child != reference;
-    if (!fits || Holds(*store, child.index_, parent.index_) ||
-        (reference && (reference.store_ != store || ParentOf(reference) != parent))) {
+    if (!fits || Contains(*store_, child.index_, index_) ||
+        (reference && (reference.store_ != store_ || reference.get_parentNode() != *this))) {
         return;
     }
-    store->Unlink(child.index_);
-    store->InsertBefore(parent.index_, child.index_, reference.index_);
-    ++store->shape;
+    store_->Unlink(child.index_);
+    store_->InsertBefore(index_, child.index_, reference.index_);
+    ++store_->shape;
 }
 
-void Node::Remove(Node parent, Node child) {
-    if (child && ParentOf(child) == parent) {
-        parent.store_->Unlink(child.index_);
-        ++parent.store_->shape;
+void Node::removeChild(Node child) {
+    if (child && child.get_parentNode() == *this) {
+        store_->Unlink(child.index_);
+        ++store_->shape;
     }
 }
 
@@ -192,14 +179,14 @@ bool Document::load(std::string_view path) {
         store_->Clear(index_);
         return false;
     }
-    return Build(path, std::move(bytes), true);
+    return Parse(path, std::move(bytes), true);
 }
 
 bool Document::loadXML(std::string_view text) {
-    return Build({}, platform::Bytes(text.begin(), text.end()), false);
+    return Parse({}, platform::Bytes(text.begin(), text.end()), false);
 }
 
-bool Document::Build(std::string_view path, platform::Bytes bytes, bool isFile) {
+bool Document::Parse(std::string_view path, platform::Bytes bytes, bool isFile) {
     store_->Clear(index_);
     ++store_->shape;
     reason_ = LoadSource(*store_, index_, std::move(bytes), {path, isFile, resolveExternals_});
@@ -217,13 +204,13 @@ Node Document::createTextNode(std::string_view text) {
     return {store_.get(), index};
 }
 
-Node Document::createQuotedXml(std::string_view before, Node element, std::string_view behind) {
+Node Document::createQuotedXml(std::string_view before, Node element, std::string_view after) {
     if (element.store_ != store_.get() || element.get_nodeType() != NODE_ELEMENT ||
         !StandsAlone(*store_, element.index_)) {
         return {};
     }
     const NodeRecord& record = store_->At(element.index_);
-    return store_->Handle(store_->AddQuoted(before, record.begin, store_->EndOf(record), behind));
+    return store_->Handle(store_->AddQuoted(before, record.begin, store_->EndOf(record), after));
 }
 
 Node Document::createAttribute(std::string_view name) {
@@ -276,7 +263,7 @@ std::optional<NodeList> Document::selectNodes(std::string_view query) {
     std::vector<Node> nodes;
     std::ranges::transform(*found, std::back_inserter(nodes),
                            [&](NodeIndex index) { return store_->Handle(index); });
-    return DocumentStore::ListOf(std::move(nodes));
+    return NodeList(std::move(nodes));
 }
 
 std::unique_ptr<Document> CreateDocument() {

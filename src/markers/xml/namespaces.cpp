@@ -1,9 +1,9 @@
-#include "markers/xml/lossless/namespaces.h"
+#include "markers/xml/namespaces.h"
 
 #include <map>
 #include <set>
 
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {

@@ -1,4 +1,4 @@
-#include "markers/xml/lossless/well_formed.h"
+#include "markers/xml/well_formed.h"
 
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
@@ -7,9 +7,9 @@
 
 #include <memory>
 
-#include "markers/xml/lossless/entity_sizes.h"
-#include "markers/xml/lossless/local_entities.h"
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/entity_sizes.h"
+#include "markers/xml/local_entities.h"
+#include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {

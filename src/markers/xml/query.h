@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "markers/xml/lossless/document_store.h"
+#include "markers/xml/document_store.h"
 
 namespace ventrix::xml {
 

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "markers/xml/dom.h"
-#include "markers/xml/lossless/node_table.h"
-#include "markers/xml/lossless/text_arena.h"
+#include "markers/xml/node_table.h"
+#include "markers/xml/text_arena.h"
 #include "platform/memory.h"
 
 namespace ventrix::xml {
@@ -109,6 +109,10 @@ class DocumentStore {
     /// The content of a text, CDATA section or attribute; `buffer` is filled where the source does not hold
     /// it as it is.
     std::string_view ContentOf(NodeIndex index, std::string& buffer);
+    bool IsFilledText(NodeIndex index) {
+        const NodeRecord& record = At(index);
+        return record.type == NODE_TEXT && (record.flags & kFilled) != 0;
+    }
     bool TextStartsWith(NodeIndex text, std::string_view front);
     void SetContent(NodeIndex index, std::string_view text);
     /// A text whose content is the source from `begin` to `end`, escaped, between two texts.
@@ -142,11 +146,6 @@ class DocumentStore {
     bool listChanges = false;
 
     Node Handle(NodeIndex index) { return {this, index}; }
-    static NodeList ListOf(std::vector<Node> nodes) {
-        NodeList list;
-        list.nodes_ = std::move(nodes);
-        return list;
-    }
 
   private:
     SourceText& LaterSourceOf(std::uint32_t offset);

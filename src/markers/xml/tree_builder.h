@@ -3,7 +3,7 @@
 // well-formed, as far as that can be told at a glance; a full parser is then spared.
 #pragma once
 
-#include "markers/xml/lossless/document_store.h"
+#include "markers/xml/document_store.h"
 
 namespace ventrix::xml {
 

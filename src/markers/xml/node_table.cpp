@@ -1,4 +1,4 @@
-#include "markers/xml/lossless/node_table.h"
+#include "markers/xml/node_table.h"
 
 #include <algorithm>
 

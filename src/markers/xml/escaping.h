@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-namespace ventrix {
+namespace ventrix::xml {
 
 /// What stands for a byte: an escape, or the byte itself.
 struct Escape {
@@ -64,4 +64,4 @@ inline constexpr EscapeTable kMarkupEscapes = MakeEscapeTable(kMarkupCharacters)
 
 void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& table);
 
-}  // namespace ventrix
+}  // namespace ventrix::xml

@@ -1,4 +1,4 @@
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/references.h"
 
 #include <libxml/entities.h>
 
@@ -7,8 +7,8 @@
 #include <optional>
 #include <utility>
 
-#include "markers/escaping.h"
-#include "markers/xml/lossless/characters.h"
+#include "markers/xml/characters.h"
+#include "markers/xml/escaping.h"
 
 namespace ventrix::xml {
 namespace {

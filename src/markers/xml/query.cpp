@@ -1,14 +1,14 @@
-#include "markers/xml/lossless/query.h"
+#include "markers/xml/query.h"
 
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
 #include <algorithm>
 
-#include "markers/xml/lossless/characters.h"
-#include "markers/xml/lossless/namespaces.h"
-#include "markers/xml/lossless/quiet_errors.h"
-#include "markers/xml/lossless/references.h"
+#include "markers/xml/characters.h"
+#include "markers/xml/namespaces.h"
+#include "markers/xml/quiet_errors.h"
+#include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {

@@ -1,4 +1,4 @@
-#include "markers/xml/lossless/characters.h"
+#include "markers/xml/characters.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "markers/xml/lossless/document_store.h"
+#include "markers/xml/document_store.h"
 
 namespace ventrix::xml {
 
