@@ -5,27 +5,20 @@
 #include <algorithm>
 
 #include "markers/xml/characters.h"
+#include "markers/xml/libxml.h"
 #include "markers/xml/references.h"
 
 namespace ventrix::xml {
 namespace {
 
-std::string_view View(const xmlChar* text) {
-    return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));
-}
-
-const xmlChar* Chars(const std::string& text) {
-    return reinterpret_cast<const xmlChar*>(text.c_str());
-}
-
-/// The declarations of an element in one subset; the internal one goes first.
+/// The attribute declarations of an element in one subset of the DTD. The internal subset takes precedence.
 const xmlAttribute* DeclaredIn(xmlDtd* subset, const std::string& element) {
     const xmlElement* declaration =
         subset == nullptr ? nullptr : xmlGetDtdElementDesc(subset, Chars(element));
     return declaration == nullptr ? nullptr : declaration->attributes;
 }
 
-/// A qualified name as the DTD holds it: prefix and local part apart.
+/// Compares a qualified name with a declaration, which has prefix and local part apart.
 bool HasName(const xmlAttribute& declaration, std::string_view name) {
     const std::string_view prefix = View(declaration.prefix);
     if (prefix.empty()) {
@@ -55,7 +48,7 @@ NodeIndex FindAttribute(DocumentStore& store, NodeIndex element, std::string_vie
     return attribute;
 }
 
-/// Links attributes one behind the other, in the order in which they are added.
+/// Appends attribute nodes to an element's list.
 class AttributeChain {
   public:
     AttributeChain(DocumentStore& store, NodeIndex element) : store_(store), element_(element) {}
@@ -77,22 +70,23 @@ class AttributeChain {
     NodeIndex last_ = 0;
 };
 
-/// The first fitting byte at or behind `at`; a position beyond the end without one.
-template <typename Fits>
-std::size_t Find(std::string_view text, std::size_t at, Fits fits) {
-    while (at < text.size() && !fits(text[at])) {
+/// The position of the first matching byte at or after `at`; at least the text's size without one.
+template <typename Matches>
+std::size_t Find(std::string_view text, std::size_t at, Matches matches) {
+    while (at < text.size() && !matches(text[at])) {
         ++at;
     }
     return at;
 }
 
+/// The tag is well-formed, so that finding the next delimiter is enough to parse it.
 void AddFromTag(DocumentStore& store, NodeIndex element, AttributeChain& chain) {
     const NodeRecord record = store.At(element);
-    const std::string_view tag = store.Slice(record.begin, record.end);
+    const std::string_view tag = store.Slice(record.begin, record.End());
     std::size_t at = 1U + record.nameLength;
     while (true) {
-        at = Find(tag, at, [](char c) { return !IsBlank(c); });
-        const std::size_t nameEnd = Find(tag, at, [](char c) { return c == '=' || IsBlank(c); });
+        at = Find(tag, at, [](char c) { return !IsWhitespace(c); });
+        const std::size_t nameEnd = Find(tag, at, [](char c) { return c == '=' || IsWhitespace(c); });
         const std::size_t open = Find(tag, nameEnd, [](char c) { return c == '"' || c == '\''; });
         const std::size_t closing = Find(tag, open + 1, [&](char c) { return c == tag[open]; });
         if (closing >= tag.size()) {
@@ -101,8 +95,8 @@ void AddFromTag(DocumentStore& store, NodeIndex element, AttributeChain& chain) 
         NodeRecord& attribute = store.At(chain.Add());
         attribute.begin = record.begin + static_cast<std::uint32_t>(at);
         attribute.nameLength = static_cast<std::uint16_t>(nameEnd - at);
-        attribute.close = record.begin + static_cast<std::uint32_t>(open + 1);
-        attribute.end = record.begin + static_cast<std::uint32_t>(closing + 1);
+        attribute.SetValueBegin(record.begin + static_cast<std::uint32_t>(open + 1));
+        attribute.SetEnd(record.begin + static_cast<std::uint32_t>(closing + 1));
         at = closing + 1;
     }
 }
@@ -119,12 +113,13 @@ void AddFromDtd(DocumentStore& store, NodeIndex element, xmlDoc& dtd, AttributeC
                 continue;
             }
             const NodeIndex attribute = chain.Add();
-            const std::uint32_t ownName = store.ShareText(attributeName);
-            const std::uint32_t ownValue =
-                store.AddText(DecodeAttributeValue(View(declared->defaultValue), &dtd));
-            store.At(attribute).close = ownName;
-            store.At(attribute).child = ownValue;
-            store.At(attribute).flags = kCreated | kOwnText | kFromDtd;
+            const StringIndex ownName = store.strings.Intern(attributeName);
+            const StringIndex ownValue =
+                store.strings.Add(DecodeAttributeValue(View(declared->defaultValue), &dtd));
+            NodeRecord& record = store.At(attribute);
+            record.Set(kCreated | kOwnContent | kFromDtd);
+            record.SetNameString(ownName);
+            record.SetOwnString(ownValue);
         }
     }
 }
@@ -143,12 +138,12 @@ void ReadSourceAttributes(DocumentStore& store, NodeIndex element) {
 std::string_view SourceValue(DocumentStore& store, NodeIndex attribute, std::string& buffer) {
     const NodeRecord& record = store.At(attribute);
     const SourceText& source = store.SourceOf(record.begin);
-    const std::string_view raw = store.Slice(record.close, record.end - 1);
+    const std::string_view raw = store.Slice(record.ValueBegin(), record.End() - 1);
     const bool tokenized =
         source.tokenizes &&
         IsTokenized(*source.dtd, std::string(store.NameOf(record.parent)), store.NameOf(attribute));
-    const auto standsForItself = [](char c) { return c == ' ' || (c != '&' && !IsBlank(c)); };
-    if (!tokenized && std::ranges::all_of(raw, standsForItself)) {
+    const auto isVerbatim = [](char c) { return c == ' ' || (c != '&' && !IsWhitespace(c)); };
+    if (!tokenized && std::ranges::all_of(raw, isVerbatim)) {
         return raw;
     }
     buffer = DecodeAttributeValue(raw, source.dtd.get());

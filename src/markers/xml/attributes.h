@@ -1,4 +1,4 @@
-// Reads attributes out of a start tag, and those that the DTD supplies.
+// Makes nodes of the attributes in a start tag and of those that the DTD supplies.
 #pragma once
 
 #include <string>
@@ -7,10 +7,11 @@
 
 namespace ventrix::xml {
 
-/// Makes nodes of an element's attributes, in the order of the tag; those of the DTD behind.
+/// Makes nodes of an element's attributes: those of its start tag in their order, then those of the DTD.
 void ReadSourceAttributes(DocumentStore& store, NodeIndex element);
 
-/// An attribute's value as its start tag has it, read as its declared type asks.
+/// The value of an attribute in a source, normalised as its declared type requires. `buffer` is filled where
+/// that differs from the source bytes.
 std::string_view SourceValue(DocumentStore& store, NodeIndex attribute, std::string& buffer);
 
 }  // namespace ventrix::xml

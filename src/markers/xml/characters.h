@@ -1,4 +1,4 @@
-// What XML says of single characters and bytes. Texts are UTF-8.
+// The classes of bytes and characters that XML distinguishes, and scans of UTF-8 text for them.
 #pragma once
 
 #include <array>
@@ -9,21 +9,21 @@
 
 namespace ventrix::xml {
 
-/// The bytes of the character at the front of a text: 0 if they are no character that XML can hold.
+/// The length in bytes of the first character; 0 if it is not a character that XML allows, or not UTF-8.
 std::size_t CharacterLength(std::string_view text);
 
-/// True for a text of ASCII without markup and control characters.
+/// True if the text is ASCII without markup and control characters.
 bool IsPlain(std::string_view text);
 
-/// True for a text without bytes that XML cannot hold.
+/// True if the text consists of characters that XML allows.
 bool HoldsOnlyCharacters(std::string_view text);
 
 enum ByteClass : std::uint8_t {
-    kNameByte = 1,    ///< May stand in a name. Of ASCII only; a name may hold other characters too.
-    kNameStart = 2,   ///< May begin one.
-    kSolid = 4,       ///< No white space.
-    kTextStop = 8,    ///< What a scan for the end of a text has to look at.
-    kValueStop = 16,  ///< The same for an attribute's value.
+    kNameByte = 1,    ///< ASCII that may occur in a name. A name may have characters beyond ASCII, too.
+    kNameStart = 2,   ///< ASCII that may begin a name.
+    kWhitespace = 4,  ///< Space, tab, line feed, carriage return.
+    kTextStop = 8,    ///< Where a scan for the end of a text node has to stop and look.
+    kValueStop = 16,  ///< The same for an attribute value.
 };
 
 namespace detail {
@@ -33,14 +33,14 @@ constexpr bool IsLetter(unsigned c) {
 }
 
 constexpr std::uint8_t ClassOf(unsigned c) {
-    const bool blank = c == ' ' || c == '\t' || c == '\n' || c == '\r';
+    const bool whitespace = c == ' ' || c == '\t' || c == '\n' || c == '\r';
     const bool start = IsLetter(c) || c == '_' || c == ':';
     const bool name = start || (c >= '0' && c <= '9') || c == '-' || c == '.';
-    const bool odd = c >= 0x80 || (c < 0x20 && !blank);
+    const bool odd = c >= 0x80 || (c < 0x20 && !whitespace);
     const bool text = odd || c == '<' || c == '&' || c == ']' || c == '\r';
     const bool value = odd || c == '<' || c == '&' || c == '"' || c == '\'';
     return static_cast<std::uint8_t>((name ? kNameByte : 0) | (start ? kNameStart : 0) |
-                                     (blank ? 0 : kSolid) | (text ? kTextStop : 0) |
+                                     (whitespace ? kWhitespace : 0) | (text ? kTextStop : 0) |
                                      (value ? kValueStop : 0));
 }
 
@@ -67,8 +67,8 @@ constexpr std::uint64_t Each(unsigned char byte) {
     return std::uint64_t{0x0101010101010101} * byte;
 }
 
-/// In a word of ASCII, the lowest byte that equals `byte` has its high bit set. So may bytes above it, but
-/// none below.
+/// In a word of ASCII, sets the high bit of the lowest byte that equals `byte`. Bytes above it may have
+/// theirs set as well, but none below.
 constexpr std::uint64_t Matches(std::uint64_t word, unsigned char byte) {
     return (word ^ Each(byte)) - Each(1);
 }
@@ -80,8 +80,8 @@ constexpr std::uint64_t MatchesControl(std::uint64_t word) {
 
 }  // namespace detail
 
-/// The first byte at or behind `at` that a scan of a text may have to look at: no letter, digit, space or
-/// usual sign. Eight bytes at a time.
+/// The first position at or after `at` where a scan of a text node may have to stop: anything but letters,
+/// digits, spaces and most punctuation. Looks at eight bytes at a time and leaves up to seven at the end.
 inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
     using detail::Each;
     using detail::Matches;
@@ -100,9 +100,14 @@ inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
     return at;
 }
 
-/// True for white space.
-inline bool IsBlank(char byte) {
-    return (ClassOf(byte) & kSolid) == 0;
+inline bool IsWhitespace(char byte) {
+    return (ClassOf(byte) & kWhitespace) != 0;
+}
+
+/// The position past the first `delimiter` at or after `from`; npos without one.
+inline std::size_t FindEnd(std::string_view text, std::string_view delimiter, std::size_t from) {
+    const std::size_t found = text.find(delimiter, from);
+    return found == std::string_view::npos ? found : found + delimiter.size();
 }
 
 }  // namespace ventrix::xml

@@ -10,27 +10,43 @@
 namespace ventrix::xml {
 namespace {
 
-std::string_view UpToNul(std::string_view text) {
-    return text.substr(0, text.find('\0'));
+/// A string of the node's own that is filled makes the text node filled.
+void NoteFilled(NodeRecord& text, std::string_view ownString) {
+    if (IsFilled(ownString, TextForm::kContent)) {
+        text.Set(kFilled);
+    }
 }
 
 }  // namespace
 
+void DocumentStore::Reserve(std::size_t nodes) {
+    nodes_.Reserve(nodes);
+    strings.ExpectStrings((nodes_.Size() + nodes) / 4);  // One text node or attribute in a few gets a string.
+}
+
+// The children form a list whose previous links are closed to a ring: the first child's leads to the last. So
+// inserting after the last child sets the same links as inserting before the first, except that the first
+// stays first.
 void DocumentStore::InsertBefore(NodeIndex parent, NodeIndex child, NodeIndex reference) {
-    Touch(parent);
+    NoteModified(parent);
     NodeRecord& above = At(parent);
     NodeRecord& record = At(child);
+    const NodeIndex first = above.FirstChild();
     record.parent = parent;
     record.next = reference;
-    if (above.child == 0) {
-        above.child = record.previous = child;
+    if (first == 0) {
+        above.SetFirstChild(child);
+        record.SetPreviousOrLast(child);
         return;
     }
-    // Behind the last child is in front of the first one, except that the first one stays that.
-    NodeRecord& behind = At(reference == 0 ? above.child : reference);
-    record.previous = behind.previous;
-    (reference == above.child ? above.child : At(behind.previous).next) = child;
-    behind.previous = child;
+    NodeRecord& after = At(reference == 0 ? first : reference);
+    record.SetPreviousOrLast(after.PreviousOrLast());
+    if (reference == first) {
+        above.SetFirstChild(child);
+    } else {
+        At(after.PreviousOrLast()).next = child;
+    }
+    after.SetPreviousOrLast(child);
 }
 
 void DocumentStore::Unlink(NodeIndex child) {
@@ -38,11 +54,16 @@ void DocumentStore::Unlink(NodeIndex child) {
     if (record.parent == 0) {
         return;
     }
-    Touch(record.parent);
+    NoteModified(record.parent);
     NodeRecord& above = At(record.parent);
-    At(record.next == 0 ? above.child : record.next).previous = record.previous;
-    (above.child == child ? above.child : At(record.previous).next) = record.next;
-    record.parent = record.next = record.previous = 0;
+    At(record.next == 0 ? above.FirstChild() : record.next).SetPreviousOrLast(record.PreviousOrLast());
+    if (above.FirstChild() == child) {
+        above.SetFirstChild(record.next);
+    } else {
+        At(record.PreviousOrLast()).next = record.next;
+    }
+    record.parent = record.next = 0;
+    record.SetPreviousOrLast(0);
 }
 
 SourceText* DocumentStore::AddSource(platform::Bytes text) {
@@ -53,7 +74,7 @@ SourceText* DocumentStore::AddSource(platform::Bytes text) {
     }
     SourceText& source = sources_.emplace_back();
     source.base = static_cast<std::uint32_t>(base);
-    arena_.Expect(text.size());
+    strings.ExpectBytes(text.size());
     source.bytes = std::move(text);
     source.bytes.push_back('\0');
     source.text = {source.bytes.data(), source.bytes.size() - 1};
@@ -69,198 +90,171 @@ SourceText& DocumentStore::LaterSourceOf(std::uint32_t offset) {
 }
 
 SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
-    // A document that was loaded more than once has its latest source behind the others.
+    // A document that was loaded more than once has several; the latest is the last.
     const auto found = std::find_if(sources_.rbegin(), sources_.rend(),
                                     [&](const SourceText& source) { return source.document == document; });
     return found == sources_.rend() ? nullptr : &*found;
 }
 
-std::uint32_t DocumentStore::AddText(std::string_view text) {
-    if (texts_.size() == texts_.capacity()) {
-        // Texts come in some proportion to nodes; growth in many steps would copy them again and again.
-        texts_.reserve(std::max(2 * texts_.size(), nodes_.Size() / 4));
-    }
-    texts_.push_back(arena_.Keep(UpToNul(text)));
-    return static_cast<std::uint32_t>(texts_.size() - 1);
-}
-
-std::uint32_t DocumentStore::ShareText(std::string_view text) {
-    const auto known =
-        std::ranges::find_if(shared_, [&](std::uint32_t number) { return texts_[number] == text; });
-    if (known != shared_.end()) {
-        return *known;
-    }
-    const std::uint32_t number = AddText(text);
-    shared_[nextShared_++ % shared_.size()] = number;
-    return number;
-}
-
 std::string_view DocumentStore::AttributeNameOf(const NodeRecord& record) {
-    if (record.type != NODE_ATTRIBUTE) {
+    if (record.Type() != NODE_ATTRIBUTE) {
         return {};
     }
-    return (record.flags & kCreated) != 0 ? texts_[record.close]
-                                          : Slice(record.begin, record.begin + record.nameLength);
+    return record.Has(kCreated) ? strings.At(record.NameString())
+                                : Slice(record.begin, record.begin + record.nameLength);
 }
 
 std::string_view DocumentStore::ContentOf(NodeIndex index, std::string& buffer) {
     const NodeRecord& record = At(index);
-    if ((record.flags & kOwnText) != 0) {
-        return OwnTextOf(record);
-    }
-    switch (record.type) {
+    switch (record.Type()) {
         case NODE_TEXT:
-            return TextOf(record, buffer);
+            return TextNodeContent(record, buffer);
         case NODE_CDATA_SECTION: {
             constexpr std::uint32_t kOpening = sizeof "<![CDATA[" - 1;
             constexpr std::uint32_t kClosing = sizeof "]]>" - 1;
-            return buffer = NormalizeLineEnds(Slice(record.begin + kOpening, record.end - kClosing));
+            return buffer = NormalizeLineEnds(Slice(record.begin + kOpening, record.End() - kClosing));
         }
         case NODE_ATTRIBUTE:
-            return SourceValue(*this, index, buffer);
+            return record.Has(kOwnContent) ? OwnStringOf(record) : SourceValue(*this, index, buffer);
         default:
             return {};
     }
 }
 
-std::string_view DocumentStore::TextOf(const NodeRecord& text, std::string& buffer) {
-    const std::string_view raw = Slice(text.begin, text.end);
-    const bool isSurrounded = (text.flags & (kPrefixed | kQuoted)) != 0;
-    if (!isSurrounded && (text.flags & kVerbatim) != 0) {
+std::string_view DocumentStore::TextNodeContent(const NodeRecord& text, std::string& buffer) {
+    if (text.Has(kOwnContent)) {
+        return OwnStringOf(text);
+    }
+    const std::string_view raw = Slice(text.begin, text.End());
+    const bool hasOwnString = text.Has(kPrefixed | kQuoted);
+    if (!hasOwnString && text.Has(kVerbatim)) {
         return raw;
     }
-    buffer = isSurrounded ? OwnTextOf(text) : std::string_view();
-    if ((text.flags & kQuoted) != 0) {
+    buffer = hasOwnString ? OwnStringOf(text) : std::string_view();
+    if (text.Has(kQuoted)) {
         AppendEscaped(buffer, raw, kMarkupEscapes);
-        buffer += texts_[text.close];
+        buffer += strings.At(text.StringAfterQuote());
     } else {
         AppendDecodedText(buffer, raw);
     }
     return buffer;
 }
 
-bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view front) {
+bool DocumentStore::TextStartsWith(NodeIndex text, std::string_view prefix) {
     const NodeRecord& record = At(text);
-    if (front.empty()) {
+    if (prefix.empty()) {
         return true;
     }
-    if ((record.flags & (kOwnText | kPrefixed | kQuoted)) == 0) {
-        // A reference or a line end, which may read as something else, is the only other beginning.
-        const std::string_view raw = Slice(record.begin, record.end);
-        if (raw[0] != front[0] && raw[0] != '&' && raw[0] != '\r') {
+    if (!record.Has(kOwnContent | kPrefixed | kQuoted)) {
+        // Only a reference and a line end can decode to a different first byte.
+        const char first = Slice(record.begin, record.End())[0];
+        if (first != prefix[0] && first != '&' && first != '\r') {
             return false;
         }
     }
     std::string buffer;
-    return ContentOf(text, buffer).starts_with(front);
+    return ContentOf(text, buffer).starts_with(prefix);
 }
 
-void DocumentStore::SetContent(NodeIndex index, std::string_view text) {
-    NoteChange(index);
+void DocumentStore::SetContent(NodeIndex index, std::string_view content) {
+    NoteContentChange(index);
     NodeRecord& record = At(index);
-    if (record.type == NODE_ATTRIBUTE) {
-        record.flags &= static_cast<std::uint8_t>(~kFromDtd);
-        ChangeAttributes(record.parent);
+    SetOwnString(record, content);
+    record.Set(kOwnContent);
+    if (record.Type() == NODE_ATTRIBUTE) {
+        record.Clear(kFromDtd);
+        NoteAttributeChange(record.parent);
+    } else {
+        record.Clear(kPrefixed | kQuoted | kFilled);
+        NoteFilled(record, OwnStringOf(record));
     }
-    PutOwnText(record, text);
-    record.flags = static_cast<std::uint8_t>((record.flags & ~(kPrefixed | kQuoted | kFilled)) | kOwnText);
-    NoteFilled(record);
 }
 
 NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin, std::uint32_t end,
-                                   std::string_view behind) {
+                                   std::string_view after) {
     const NodeIndex text = Add(NODE_TEXT);
     NodeRecord& record = At(text);
-    record.flags = kCreated | kQuoted | kFilled;
+    record.Set(kCreated | kQuoted | kFilled);
     record.begin = begin;
-    record.end = end;
-    record.child = ShareText(before);
-    record.close = ShareText(behind);
+    record.SetEnd(end);
+    record.SetOwnString(strings.Intern(before));
+    record.SetStringAfterQuote(strings.Intern(after));
     return text;
 }
 
-void DocumentStore::PrependContent(NodeIndex text, std::string_view front) {
+void DocumentStore::PrependContent(NodeIndex text, std::string_view prefix) {
     NodeRecord& record = At(text);
     std::string buffer;
-    if ((record.flags & (kOwnText | kQuoted)) != 0) {
-        SetContent(text, std::string(UpToNul(front)).append(ContentOf(text, buffer)));
+    if (record.Has(kOwnContent | kQuoted)) {
+        SetContent(text, std::string(UpToNul(prefix)).append(ContentOf(text, buffer)));
         return;
     }
-    NoteChange(text);
-    if ((record.flags & kPrefixed) == 0) {
-        record.child = ShareText(front);
-        record.flags |= kPrefixed;
+    NoteContentChange(text);
+    if (!record.Has(kPrefixed)) {
+        record.SetOwnString(strings.Intern(prefix));
+        record.Set(kPrefixed);
     } else {
-        PutOwnText(record, std::string(UpToNul(front)).append(OwnTextOf(record)));
+        SetOwnString(record, std::string(UpToNul(prefix)).append(OwnStringOf(record)));
     }
-    NoteFilled(record);
+    NoteFilled(record, OwnStringOf(record));
 }
 
-// A node whose text is replaced once may have it replaced a thousand times, a little longer each time. So
-// from then on the new one takes the old one's place.
-void DocumentStore::PutOwnText(NodeRecord& record, std::string_view text) {
-    if ((record.flags & kRewritten) != 0) {
-        strings_[record.child] = UpToNul(text);
-    } else if ((record.flags & (kOwnText | kPrefixed)) != 0 && record.child != 0) {
-        strings_.emplace_back(UpToNul(text));
-        record.child = static_cast<std::uint32_t>(strings_.size() - 1);
-        record.flags |= kRewritten;
+// A node whose string is replaced once may have it replaced a thousand times, a little longer each time. From
+// the second string on it is a replaceable one, so that the old strings do not pile up.
+void DocumentStore::SetOwnString(NodeRecord& record, std::string_view text) {
+    if (record.Has(kReplaceable)) {
+        strings.Replace(record.OwnString(), text);
+    } else if (record.Has(kOwnContent | kPrefixed) && record.OwnString() != 0) {
+        record.SetOwnString(strings.AddReplaceable(text));
+        record.Set(kReplaceable);
     } else {
-        record.child = AddText(text);
+        record.SetOwnString(strings.Add(text));
     }
 }
 
-/// A text that has one of the store's is filled if that is.
-void DocumentStore::NoteFilled(NodeRecord& text) {
-    if (!std::ranges::all_of(OwnTextOf(text), IsBlank)) {
-        text.flags |= kFilled;
+std::uint32_t DocumentStore::ElementEnd(const NodeRecord& element) {
+    const std::uint32_t endTag = element.EndTag();
+    if (endTag == 0) {
+        return StartTagEnd(element);
     }
+    const SourceText& source = SourceOf(endTag);
+    return source.base + static_cast<std::uint32_t>(FindEnd(source.text, ">", endTag - source.base));
 }
 
-std::uint32_t DocumentStore::EndOf(const NodeRecord& element) {
-    if (element.close == 0) {
-        return TagEnd(element);
-    }
-    const SourceText& source = SourceOf(element.close);
-    const std::size_t end = source.text.find('>', element.close - source.base);
-    return source.base + static_cast<std::uint32_t>(end + 1);
-}
-
-// Above an element that is touched, all are.
-void DocumentStore::Touch(NodeIndex element) {
-    while (element != 0 && (At(element).flags & kTouched) == 0) {
-        At(element).flags |= kTouched;
+// The ancestors of a modified element are all modified, so the walk up ends at the first one that is.
+void DocumentStore::NoteModified(NodeIndex element) {
+    while (element != 0 && !At(element).Has(kModified)) {
+        At(element).Set(kModified);
         element = At(element).parent;
     }
 }
 
-void DocumentStore::NoteChange(NodeIndex index) {
-    Touch(At(index).parent);
+void DocumentStore::NoteContentChange(NodeIndex index) {
+    NoteModified(At(index).parent);
     if (listChanges) {
         changedNodes.push_back(index);
     }
 }
 
-void DocumentStore::ChangeAttributes(NodeIndex element) {
+void DocumentStore::NoteAttributeChange(NodeIndex element) {
     if (element != 0) {
-        At(element).flags |= kAttributesChanged;
-        Touch(element);
+        At(element).Set(kAttributesChanged);
+        NoteModified(element);
     }
 }
 
 void DocumentStore::SetFirstAttribute(NodeIndex element, NodeIndex attribute) {
     NodeRecord& record = At(element);
-    At(attribute).previous = TagEnd(record);
-    record.end = attribute;
-    record.flags |= kHasAttributes;
+    At(attribute).SetOwnersTagEnd(StartTagEnd(record));
+    record.SetFirstAttribute(attribute);
 }
 
 void DocumentStore::ReadAttributes(NodeIndex element) {
     NodeRecord& record = At(element);
-    if (record.type != NODE_ELEMENT || (record.flags & kAttributesRead) != 0) {
+    if (record.Type() != NODE_ELEMENT || record.Has(kAttributesRead)) {
         return;
     }
-    record.flags |= kAttributesRead;
+    record.Set(kAttributesRead);
     ReadSourceAttributes(*this, element);
 }
 

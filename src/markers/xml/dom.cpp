@@ -1,9 +1,11 @@
+#include "markers/xml/dom.h"
+
 #include <libxml/tree.h>
 
 #include <algorithm>
 
 #include "markers/xml/document_store.h"
-#include "markers/xml/dom.h"
+#include "markers/xml/libxml.h"
 #include "markers/xml/loading.h"
 #include "markers/xml/query.h"
 #include "markers/xml/source_encoding.h"
@@ -28,11 +30,11 @@ bool Contains(DocumentStore& store, NodeIndex ancestor, NodeIndex node) {
 }  // namespace
 
 bool Node::HasSiblings() const {
-    return store_ != nullptr && store_->At(index_).type != NODE_ATTRIBUTE;
+    return store_ != nullptr && store_->At(index_).Type() != NODE_ATTRIBUTE;
 }
 
 NodeType Node::get_nodeType() const {
-    return store_ == nullptr ? NODE_INVALID : static_cast<NodeType>(store_->At(index_).type);
+    return store_ == nullptr ? NODE_INVALID : store_->At(index_).Type();
 }
 
 std::string_view Node::get_nodeName() const {
@@ -161,7 +163,7 @@ void NamedNodeMap::setNamedItem(Node attribute) {
     }
     length_ += same == 0 ? 1 : 0;
     last_ = Node();
-    store.ChangeAttributes(element_.index_);
+    store.NoteAttributeChange(element_.index_);
     ++store.shape;
 }
 
@@ -176,7 +178,7 @@ bool Document::load(std::string_view path) {
         error != platform::kErrorNone) {
         bytes.clear();
         reason_ = "The file '" + std::string(path) + "' cannot be read (error " + std::to_string(error) + ")";
-        store_->Clear(index_);
+        store_->RemoveRoot(index_);
         return false;
     }
     return Parse(path, std::move(bytes), true);
@@ -187,7 +189,7 @@ bool Document::loadXML(std::string_view text) {
 }
 
 bool Document::Parse(std::string_view path, platform::Bytes bytes, bool isFile) {
-    store_->Clear(index_);
+    store_->RemoveRoot(index_);
     ++store_->shape;
     reason_ = LoadSource(*store_, index_, std::move(bytes), {path, isFile, resolveExternals_});
     return reason_.empty();
@@ -199,7 +201,7 @@ Node Document::get_documentElement() const {
 
 Node Document::createTextNode(std::string_view text) {
     const NodeIndex index = store_->Add(NODE_TEXT);
-    store_->At(index).flags = kCreated;
+    store_->At(index).Set(kCreated);
     store_->SetContent(index, text);
     return {store_.get(), index};
 }
@@ -210,18 +212,18 @@ Node Document::createQuotedXml(std::string_view before, Node element, std::strin
         return {};
     }
     const NodeRecord& record = store_->At(element.index_);
-    return store_->Handle(store_->AddQuoted(before, record.begin, store_->EndOf(record), after));
+    return store_->Handle(store_->AddQuoted(before, record.begin, store_->ElementEnd(record), after));
 }
 
 Node Document::createAttribute(std::string_view name) {
     const std::string terminated(name);
-    if (xmlValidateQName(reinterpret_cast<const xmlChar*>(terminated.c_str()), 0) != 0) {
+    if (xmlValidateQName(Chars(terminated), 0) != 0) {
         return {};
     }
     const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
-    const std::uint32_t ownName = store_->ShareText(terminated);
-    store_->At(index).flags = kCreated | kOwnText;
-    store_->At(index).close = ownName;
+    NodeRecord& record = store_->At(index);
+    record.Set(kCreated | kOwnContent);
+    record.SetNameString(store_->strings.Intern(terminated));
     return {store_.get(), index};
 }
 
@@ -251,7 +253,7 @@ std::optional<NodeList> Document::selectNodes(std::string_view query) {
     if (source == nullptr || store_->FirstChild(index_) == 0) {
         return std::nullopt;
     }
-    if (store_->queries == nullptr || store_->queriedDocument != index_ || !store_->queries->Holds()) {
+    if (store_->queries == nullptr || store_->queriedDocument != index_ || !store_->queries->IsUsable()) {
         store_->queries.reset();
         store_->queries = std::make_shared<QueryTree>(*store_, index_);
         store_->queriedDocument = index_;

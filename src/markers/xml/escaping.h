@@ -1,4 +1,4 @@
-// Writes texts with escapes in the place of some of their bytes.
+// Escapes bytes of a string by a table. A table is made at compile time.
 #pragma once
 
 #include <array>
@@ -9,7 +9,7 @@
 
 namespace ventrix::xml {
 
-/// What stands for a byte: an escape, or the byte itself.
+/// What replaces a byte: its escape, or the byte itself.
 struct Escape {
     std::array<char, 15> text;
     std::uint8_t length;
@@ -21,10 +21,10 @@ struct Escape {
     }
 };
 
-/// By byte.
+/// Indexed by byte.
 using EscapeTable = std::array<Escape, 256>;
 
-/// A table of these escapes, which have 15 bytes at most.
+/// The table of these escapes, each of at most 15 bytes.
 template <std::size_t Count>
 constexpr EscapeTable MakeEscapeTable(const std::array<std::pair<char, std::string_view>, Count>& escapes) {
     EscapeTable table{};
@@ -40,7 +40,7 @@ constexpr EscapeTable MakeEscapeTable(const std::array<std::pair<char, std::stri
     return table;
 }
 
-/// The table for a text that is escaped twice.
+/// The table that escapes with `first` and the result with `second`.
 constexpr EscapeTable Combine(const EscapeTable& first, const EscapeTable& second) {
     EscapeTable table{};
     for (std::size_t byte = 0; byte < table.size(); ++byte) {
@@ -52,7 +52,7 @@ constexpr EscapeTable Combine(const EscapeTable& first, const EscapeTable& secon
     return table;
 }
 
-/// The five characters that XML reserves.
+/// The five characters that XML reserves, with their predefined entities.
 inline constexpr std::array<std::pair<char, std::string_view>, 5> kMarkupCharacters = {{
     {'&', "&amp;"},
     {'<', "&lt;"},

@@ -12,7 +12,7 @@
 namespace ventrix::xml {
 namespace {
 
-constexpr std::size_t kLargestText = INT32_MAX;  ///< The parser counts in int.
+constexpr std::size_t kLargestText = INT32_MAX;  ///< libxml2 counts bytes in int.
 
 void NoteDeclarations(const xmlDtd* subset, SourceText& source) {
     for (const xmlNode* node = subset == nullptr ? nullptr : subset->children; node != nullptr;
@@ -26,27 +26,28 @@ void NoteDeclarations(const xmlDtd* subset, SourceText& source) {
     }
 }
 
-/// The text with an empty element in place of its root.
+/// The text with an empty element in place of its root element.
 std::string WithoutContent(const SourceText& source, std::size_t rootBegin) {
-    const std::string_view behind = source.text.substr(source.rootEnd - source.base);
-    return std::string(source.text.substr(0, rootBegin)).append("<root/>").append(behind);
+    const std::string_view epilog = source.text.substr(source.rootEnd - source.base);
+    return std::string(source.text.substr(0, rootBegin)).append("<root/>").append(epilog);
 }
 
-Judgement Parse(std::string_view text, const LoadSettings& settings) {
-    return JudgeDocument(text, platform::ToNative(settings.path), settings.resolveExternals);
+ParseResult Parse(std::string_view text, const LoadSettings& settings) {
+    return ParseWithLibxml(text, platform::ToNative(settings.path), settings.resolveExternals);
 }
 
-/// Has the parser judge what the tree builder could not. A text that fails is parsed whole, so that the
-/// reason tells where.
-Judgement Judge(const SourceText& source, Form form, const LoadSettings& settings) {
-    if (form == Form::kWellFormed) {
+/// Parses what the tree builder could not verify: nothing of a plain document, otherwise what surrounds a
+/// well-formed root element, otherwise everything. Where the surroundings fail, everything is parsed after
+/// all, so that the reason has the right line and column.
+ParseResult ParseUnverified(const SourceText& source, BuildResult built, const LoadSettings& settings) {
+    if (built == BuildResult::kWellFormed) {
         const std::string_view text = source.text;
         const std::size_t rootBegin = RootBegin(text);
         if (IsPlainProlog(text.substr(0, rootBegin)) &&
-            std::ranges::all_of(text.substr(source.rootEnd - source.base), IsBlank)) {
+            std::ranges::all_of(text.substr(source.rootEnd - source.base), IsWhitespace)) {
             return {};
         }
-        Judgement around = Parse(WithoutContent(source, rootBegin), settings);
+        ParseResult around = Parse(WithoutContent(source, rootBegin), settings);
         if (around.reason.empty()) {
             return around;
         }
@@ -55,16 +56,16 @@ Judgement Judge(const SourceText& source, Form form, const LoadSettings& setting
 }
 
 std::string ReadSource(DocumentStore& store, SourceText& source, const LoadSettings& settings) {
-    const Form form = BuildTree(store, source);
-    Judgement judgement = Judge(source, form, settings);
-    if (judgement.reason.empty() && form == Form::kBroken) {
-        judgement.reason = "The document cannot be read as a tree";
+    const BuildResult built = BuildTree(store, source);
+    ParseResult parsed = ParseUnverified(source, built, settings);
+    if (parsed.reason.empty() && built == BuildResult::kNoTree) {
+        parsed.reason = "The document cannot be read as a tree";
     }
-    if (!judgement.reason.empty()) {
-        store.Clear(source.document);
-        return judgement.reason;
+    if (!parsed.reason.empty()) {
+        store.RemoveRoot(source.document);
+        return parsed.reason;
     }
-    source.dtd = std::move(judgement.dtd);
+    source.dtd = std::move(parsed.dtd);
     if (source.dtd) {
         NoteDeclarations(source.dtd->intSubset, source);
         NoteDeclarations(source.dtd->extSubset, source);

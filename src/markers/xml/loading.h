@@ -1,4 +1,4 @@
-// Takes a file's bytes or a text into a store, as the tree below a document node.
+// Loads a file's bytes or a string into a store, as the tree below a document node.
 #pragma once
 
 #include <string>
@@ -9,12 +9,13 @@
 namespace ventrix::xml {
 
 struct LoadSettings {
-    std::string_view path;  ///< System notation; where relative system ids start from. May be empty.
-    bool isFile = true;     ///< A text is UTF-8 whatever it declares.
+    std::string_view path;  ///< System notation; relative system ids refer to its folder. May be empty.
+    bool isFile = true;     ///< False for a string, which is UTF-8 whatever it declares.
     bool resolveExternals = false;
 };
 
-/// Empty on success, else the reason in one line; the document node then has no children.
+/// Returns an empty string on success, otherwise the reason in one line; the document node then has no
+/// children.
 std::string LoadSource(DocumentStore& store, NodeIndex document, platform::Bytes bytes,
                        const LoadSettings& settings);
 

@@ -3,6 +3,9 @@
 #include <libxml/parserInternals.h>
 #include <libxml/uri.h>
 
+#include <string>
+#include <string_view>
+
 #include "platform/drives.h"
 
 namespace ventrix::xml {
@@ -23,8 +26,27 @@ std::string FileUrlPath(std::string_view url) {
         url.remove_prefix(std::string_view("//localhost").size());
     }
     std::string path = Unescaped(url);
-    // "/C:/folder" is a drive's path with the URL's own slash in front.
+    // "/C:/folder" is a path on a drive after the slash of the URL.
     return path.size() > 2 && path[2] == ':' ? platform::ToNative(path.substr(1)) : path;
+}
+
+/// The native path that a system id means; empty for a network address. `folder` is where relative ones
+/// start.
+std::string LocalFileOf(std::string_view systemId, std::string_view folder) {
+    if (systemId.starts_with("file:")) {
+        return FileUrlPath(systemId);
+    }
+    if (platform::IsAbsoluteSystemPath(systemId)) {
+        return platform::ToNative(systemId);
+    }
+    if (systemId.find("://") != std::string_view::npos) {
+        return {};
+    }
+    std::string path(systemId);
+    for (char& c : path) {
+        c = c == '\\' ? '/' : c;
+    }
+    return path.starts_with('/') || folder.empty() ? path : std::string(folder) + '/' + path;
 }
 
 bool Exists(const std::string& nativePath) {
@@ -49,35 +71,18 @@ xmlParserInput* LoadLocal(const char* url, const char* id, xmlParserCtxt* contex
 
 }  // namespace
 
-std::string LocalFileOf(std::string_view systemId, std::string_view folder) {
-    if (systemId.starts_with("file:")) {
-        return FileUrlPath(systemId);
-    }
-    if (platform::IsAbsoluteSystemPath(systemId)) {
-        return platform::ToNative(systemId);
-    }
-    if (systemId.find("://") != std::string_view::npos) {
-        return {};
-    }
-    std::string path(systemId);
-    for (char& c : path) {
-        c = c == '\\' ? '/' : c;
-    }
-    return path.starts_with('/') || folder.empty() ? path : std::string(folder) + '/' + path;
-}
-
 xmlParserInput* OpenExternalSubset(void* context, const xmlChar* publicId, const xmlChar* systemId) {
     return systemId == nullptr
                ? nullptr
                : OpenLocal(reinterpret_cast<const char*>(systemId), static_cast<xmlParserCtxt*>(context));
 }
 
-LocalEntitiesOnly::LocalEntitiesOnly() : before_(xmlGetExternalEntityLoader()) {
+LocalEntitiesOnly::LocalEntitiesOnly() : previous_(xmlGetExternalEntityLoader()) {
     xmlSetExternalEntityLoader(LoadLocal);
 }
 
 LocalEntitiesOnly::~LocalEntitiesOnly() {
-    xmlSetExternalEntityLoader(before_);
+    xmlSetExternalEntityLoader(previous_);
 }
 
 }  // namespace ventrix::xml

@@ -1,22 +1,15 @@
-// Where external DTDs and entities come from: local files, whichever way a system id names them, and nothing
-// else.
+// Lets libxml2 read external DTDs and entities from local files only.
 #pragma once
 
 #include <libxml/parser.h>
 
-#include <string>
-#include <string_view>
-
 namespace ventrix::xml {
 
-/// The native path that a system id leads to: native or system notation, a file URL, or relative to a folder.
-/// Empty for a network address.
-std::string LocalFileOf(std::string_view systemId, std::string_view folder);
-
-/// For the resolveEntity slot of a SAX handler.
+/// Opens a local file for a SAX handler's resolveEntity; null for anything else. `systemId` may be a path in
+/// native or system notation, a file URL, or relative to the document's folder.
 xmlParserInput* OpenExternalSubset(void* context, const xmlChar* publicId, const xmlChar* systemId);
 
-/// While it lives, libxml2 reads external entities from local files only.
+/// While an object of this class exists, libxml2 opens other external entities by the same rule.
 class LocalEntitiesOnly {
   public:
     LocalEntitiesOnly();
@@ -25,7 +18,7 @@ class LocalEntitiesOnly {
     LocalEntitiesOnly& operator=(const LocalEntitiesOnly&) = delete;
 
   private:
-    xmlExternalEntityLoader before_;
+    xmlExternalEntityLoader previous_;
 };
 
 }  // namespace ventrix::xml

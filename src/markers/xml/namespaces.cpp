@@ -12,7 +12,7 @@ constexpr std::string_view kDeclares = "xmlns";
 
 using Prefixes = std::set<std::string, std::less<>>;
 
-/// What the element itself declares: prefix to address.
+/// The declarations on the element itself, from prefix to namespace name.
 std::map<std::string, std::string> Declarations(DocumentStore& store, NodeIndex element) {
     std::map<std::string, std::string> found;
     std::string buffer;
@@ -37,12 +37,13 @@ void NotePrefixes(DocumentStore& store, NodeIndex element, Prefixes& used) {
     }
 }
 
-/// A prefix that some descendant declares for itself may be declared around it as well: that does no harm.
+/// The prefixes that the subtree uses. Those that only descendants use which declare them are included: an
+/// additional outer declaration does no harm.
 Prefixes UsedPrefixes(DocumentStore& store, NodeIndex top) {
     Prefixes used;
     NodeIndex index = top;
     while (true) {
-        if (store.At(index).type == NODE_ELEMENT) {
+        if (store.At(index).Type() == NODE_ELEMENT) {
             NotePrefixes(store, index, used);
         }
         if (store.FirstChild(index) != 0) {
@@ -87,16 +88,16 @@ std::string MissingNamespaces(DocumentStore& store, NodeIndex element) {
     if (!store.SourceOf(store.At(element).begin).hasDefaultNamespace) {
         missing.erase("");
     }
-    for (const auto& [prefix, address] : Declarations(store, element)) {
+    for (const auto& [prefix, name] : Declarations(store, element)) {
         missing.erase(prefix);
     }
     for (NodeIndex above = store.At(element).parent; above != 0 && !missing.empty();
          above = store.At(above).parent) {
-        for (const auto& [prefix, address] : Declarations(store, above)) {
-            // A default namespace that was switched off around the element needs no declaration.
-            if (missing.erase(prefix) == 1 && !(prefix.empty() && address.empty())) {
+        for (const auto& [prefix, name] : Declarations(store, above)) {
+            // xmlns="" around the element means no default namespace, which needs no declaration.
+            if (missing.erase(prefix) == 1 && !(prefix.empty() && name.empty())) {
                 declarations += prefix.empty() ? " xmlns=\"" : " xmlns:" + prefix + "=\"";
-                AppendEscapedValue(declarations, address, '"');
+                AppendEscapedValue(declarations, name, '"');
                 declarations += '"';
             }
         }

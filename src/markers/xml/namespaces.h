@@ -1,4 +1,4 @@
-// Namespace declarations that a piece of a document needs from around it.
+// Namespace declarations, and those that an element taken out of its document has to bring along.
 #pragma once
 
 #include <string>
@@ -8,14 +8,15 @@
 
 namespace ventrix::xml {
 
-/// The prefix that an attribute name declares: "" for "xmlns", "a" for "xmlns:a"; null for any other name.
+/// The prefix that an attribute of this name declares: "" for "xmlns", "a" for "xmlns:a"; a view without data
+/// for any other name.
 std::string_view DeclaredPrefix(std::string_view attributeName);
 
-/// The part in front of the colon; empty without one.
+/// The part before the colon; empty without a colon.
 std::string_view PrefixOf(std::string_view qualifiedName);
 
-/// Declarations, each with a blank in front, of the prefixes that the element's subtree uses and does not
-/// declare itself.
+/// Declarations, each with a space before it, of the prefixes that the element's subtree uses and the element
+/// does not declare.
 std::string MissingNamespaces(DocumentStore& store, NodeIndex element);
 
 }  // namespace ventrix::xml

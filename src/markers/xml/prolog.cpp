@@ -11,9 +11,9 @@ using namespace std::string_view_literals;
 
 constexpr std::size_t kNotFound = std::string_view::npos;
 
-/// Behind the "]" that closes an internal subset which begins at `at`. Literals, comments and instructions
-/// may hold one.
-std::size_t BehindInternalSubset(std::string_view text, std::size_t at) {
+/// The position past the "]" of an internal subset that begins at `at`. Literals, comments and processing
+/// instructions may contain a "]".
+std::size_t InternalSubsetEnd(std::string_view text, std::size_t at) {
     while (at < text.size() && text[at] != ']') {
         if (text.compare(at, 4, "<!--") == 0) {
             at = text.find("-->", at + 4);
@@ -30,12 +30,13 @@ std::size_t BehindInternalSubset(std::string_view text, std::size_t at) {
     return at < text.size() ? at + 1 : kNotFound;
 }
 
-std::size_t BehindDoctype(std::string_view text, std::size_t at) {
+/// The position past the ">" of a DOCTYPE, from a position after its "<!".
+std::size_t DoctypeEnd(std::string_view text, std::size_t at) {
     while (at < text.size() && text[at] != '>') {
         if (text[at] == '"' || text[at] == '\'') {
             at = text.find(text[at], at + 1);
         } else if (text[at] == '[') {
-            at = BehindInternalSubset(text, at + 1);
+            at = InternalSubsetEnd(text, at + 1);
             continue;
         }
         if (at == kNotFound) {
@@ -46,22 +47,17 @@ std::size_t BehindDoctype(std::string_view text, std::size_t at) {
     return at < text.size() ? at + 1 : kNotFound;
 }
 
-std::size_t Behind(std::string_view text, std::string_view closing, std::size_t at) {
-    const std::size_t found = text.find(closing, at);
-    return found == kNotFound ? kNotFound : found + closing.size();
+/// Removes `prefix` from the start of the text; false if the text does not start with it.
+bool Consume(std::string_view& text, std::string_view prefix) {
+    const bool found = text.starts_with(prefix);
+    text.remove_prefix(found ? prefix.size() : 0);
+    return found;
 }
 
-/// Takes the words off the text's front; false if others stand there.
-bool Take(std::string_view& text, std::string_view words) {
-    const bool taken = text.starts_with(words);
-    text.remove_prefix(taken ? words.size() : 0);
-    return taken;
-}
-
-/// Takes ` name="value"`, with a value of name characters; false if something else stands there.
-bool TakePseudoAttribute(std::string_view& text, std::string_view opening) {
+/// Removes ` name="value"`, given as ` name="`, if the value is a name; else false.
+bool ConsumePseudoAttribute(std::string_view& text, std::string_view opening) {
     std::string_view rest = text;
-    if (!Take(rest, opening)) {
+    if (!Consume(rest, opening)) {
         return false;
     }
     const std::size_t end = rest.find('"');
@@ -79,28 +75,28 @@ bool TakePseudoAttribute(std::string_view& text, std::string_view opening) {
 std::size_t RootBegin(std::string_view text) {
     std::size_t at = text.find('<');
     while (at != kNotFound && at + 1 < text.size() && (text[at + 1] == '?' || text[at + 1] == '!')) {
-        std::size_t behind = 0;
+        std::size_t end = 0;
         if (text[at + 1] == '?') {
-            behind = Behind(text, "?>", at);
+            end = FindEnd(text, "?>", at);
         } else if (text.compare(at, 4, "<!--") == 0) {
-            behind = Behind(text, "-->", at + 4);
+            end = FindEnd(text, "-->", at + 4);
         } else {
-            behind = BehindDoctype(text, at + 2);
+            end = DoctypeEnd(text, at + 2);
         }
-        at = behind == kNotFound ? kNotFound : text.find('<', behind);
+        at = end == kNotFound ? kNotFound : text.find('<', end);
     }
     return at;
 }
 
 bool IsPlainProlog(std::string_view prolog) {
-    Take(prolog, "\xEF\xBB\xBF"sv);
-    if (Take(prolog, "<?xml version=\"1.0\"")) {
-        TakePseudoAttribute(prolog, " encoding=\"");
-        if (!Take(prolog, "?>")) {
+    Consume(prolog, "\xEF\xBB\xBF"sv);
+    if (Consume(prolog, "<?xml version=\"1.0\"")) {
+        ConsumePseudoAttribute(prolog, " encoding=\"");
+        if (!Consume(prolog, "?>")) {
             return false;
         }
     }
-    return std::ranges::all_of(prolog, IsBlank);
+    return std::ranges::all_of(prolog, IsWhitespace);
 }
 
 }  // namespace ventrix::xml

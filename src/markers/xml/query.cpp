@@ -6,8 +6,8 @@
 #include <algorithm>
 
 #include "markers/xml/characters.h"
+#include "markers/xml/libxml.h"
 #include "markers/xml/namespaces.h"
-#include "markers/xml/quiet_errors.h"
 #include "markers/xml/references.h"
 
 namespace ventrix::xml {
@@ -20,23 +20,19 @@ struct FreeXPathObject {
     void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
 };
 
-const xmlChar* Chars(const std::string& text) {
-    return reinterpret_cast<const xmlChar*>(text.c_str());
-}
-
-/// The text between the tags.
-std::string TextOfXml(std::string_view xml) {
+/// The text of a piece of XML without its tags.
+std::string WithoutTags(std::string_view xml) {
     std::string text;
     while (!xml.empty()) {
         const std::size_t tag = std::min(xml.find('<'), xml.size());
         AppendDecodedText(text, xml.substr(0, tag));
-        const std::size_t behind = xml.find('>', tag);
-        xml = behind == std::string_view::npos ? std::string_view() : xml.substr(behind + 1);
+        const std::size_t end = FindEnd(xml, ">", tag);
+        xml = end == std::string_view::npos ? std::string_view() : xml.substr(end);
     }
     return text;
 }
 
-/// No prefix is bound, but libxml2 takes this one for bound whatever it is told.
+/// No prefix is bound, but libxml2 always treats this one as bound.
 bool UsesXmlPrefix(std::string_view query) {
     constexpr std::string_view kPrefix = "xml:";
     for (std::size_t at = 0; at < query.size(); ++at) {
@@ -52,6 +48,15 @@ bool UsesXmlPrefix(std::string_view query) {
 
 }  // namespace
 
+/// A libxml2 document that has, for each node of the tree, a node of the same kind, name and content.
+/// `_private` of each copied node holds the index of its original, which turns a result back into handles;
+/// `copies` leads the other way, so that a changed text or attribute value can be carried over without
+/// copying the tree again.
+///
+/// The copy is made node by node instead of by parsing the saved document: adjacent text nodes stay apart,
+/// and undeclared prefixes do no harm. Names are kept in libxml2's dictionary, once each. While the copy is
+/// made, `scope` holds the namespace declarations in force, as a stack: `scopeMarks` has its height before
+/// each open element.
 struct QueryTree::Copy {
     explicit Copy(DocumentStore& treeStore) : store(treeStore), shape(treeStore.shape) {
         document->dict = xmlDictCreate();
@@ -60,9 +65,9 @@ struct QueryTree::Copy {
     DocumentStore& store;
     std::uint64_t shape;
     XmlDocument document{xmlNewDoc(Chars("1.0"))};
-    std::vector<xmlNode*> places;  ///< Of texts and attributes, which may change, by index.
+    std::vector<xmlNode*> copies;  ///< Of text nodes and attributes, by index of the original; else null.
 
-    /// The namespaces in force, innermost last; a null one for a default that is switched off.
+    /// Prefix and namespace, innermost last; null for xmlns="".
     std::vector<std::pair<std::string, xmlNs*>> scope;
     std::vector<std::size_t> scopeMarks;
 
@@ -86,22 +91,22 @@ struct QueryTree::Copy {
 
     xmlNode* CopyText(NodeIndex index) {
         xmlNode* text = xmlNewDocText(document.get(), Chars(Content(index)));
-        Place(index, text);
+        NoteCopy(index, text);
         return text;
     }
 
-    /// Elements inside an entity are out of a query's reach; its text counts.
+    /// An entity counts with its text. Elements inside it cannot be selected.
     xmlNode* CopyReference(const NodeRecord& reference) {
-        const std::string xml = ExpandEntity(store.Slice(reference.begin + 1, reference.end - 1),
+        const std::string xml = ExpandEntity(store.Slice(reference.begin + 1, reference.End() - 1),
                                              store.SourceOf(reference.begin).dtd.get());
-        return xmlNewDocText(document.get(), Chars(TextOfXml(xml)));
+        return xmlNewDocText(document.get(), Chars(WithoutTags(xml)));
     }
 
-    void Place(NodeIndex index, xmlNode* node) {
-        if (places.size() <= index) {
-            places.resize(std::max<std::size_t>(index + 1U, 2 * places.size()));
+    void NoteCopy(NodeIndex index, xmlNode* node) {
+        if (copies.size() <= index) {
+            copies.resize(std::max<std::size_t>(index + 1U, 2 * copies.size()));
         }
-        places[index] = node;
+        copies[index] = node;
     }
 
     const xmlChar* Name(std::string_view name) {
@@ -115,12 +120,11 @@ struct QueryTree::Copy {
             if (prefix.data() == nullptr) {
                 continue;
             }
-            const std::string address = Content(index);
-            const std::string owned(prefix);
-            xmlNs* declared = address.empty()
-                                  ? nullptr
-                                  : xmlNewNs(node, Chars(address), owned.empty() ? nullptr : Chars(owned));
-            scope.emplace_back(owned, declared);
+            const std::string uri = Content(index);
+            const std::string terminated(prefix);
+            const xmlChar* declaredPrefix = prefix.empty() ? nullptr : Chars(terminated);
+            xmlNs* declared = uri.empty() ? nullptr : xmlNewNs(node, Chars(uri), declaredPrefix);
+            scope.emplace_back(prefix, declared);
         }
     }
 
@@ -135,10 +139,12 @@ struct QueryTree::Copy {
             xmlAttr* attribute =
                 xmlNewNsPropEatName(node, space, const_cast<xmlChar*>(Name(local)), Chars(Content(index)));
             Mark(reinterpret_cast<xmlNode*>(attribute), index);
-            Place(index, reinterpret_cast<xmlNode*>(attribute));
+            NoteCopy(index, reinterpret_cast<xmlNode*>(attribute));
         }
     }
 
+    /// The name comes last: only the element's own declarations tell the namespace of its prefix. An
+    /// undeclared prefix stays part of the name.
     xmlNode* CopyElement(NodeIndex index) {
         store.ReadAttributes(index);
         xmlNode* node =
@@ -156,7 +162,7 @@ struct QueryTree::Copy {
 
     xmlNode* CopyNode(NodeIndex index) {
         const NodeRecord& record = store.At(index);
-        switch (record.type) {
+        switch (record.Type()) {
             case NODE_ELEMENT:
                 return CopyElement(index);
             case NODE_TEXT:
@@ -164,12 +170,13 @@ struct QueryTree::Copy {
                 return CopyText(index);
             case NODE_COMMENT:
                 return xmlNewDocComment(document.get(),
-                                        Chars(std::string(store.Slice(record.begin + 4, record.end - 3))));
+                                        Chars(std::string(store.Slice(record.begin + 4, record.End() - 3))));
             case NODE_PROCESSING_INSTRUCTION: {
-                const std::string_view body = store.Slice(record.begin + 2, record.end - 2);
-                const std::size_t blank = std::min(body.find_first_of(" \t\r\n"), body.size());
-                const std::size_t content = std::min(body.find_first_not_of(" \t\r\n", blank), body.size());
-                return xmlNewDocPI(document.get(), Chars(std::string(body.substr(0, blank))),
+                const std::string_view body = store.Slice(record.begin + 2, record.End() - 2);
+                const std::size_t targetEnd = std::min(body.find_first_of(" \t\r\n"), body.size());
+                const std::size_t content =
+                    std::min(body.find_first_not_of(" \t\r\n", targetEnd), body.size());
+                return xmlNewDocPI(document.get(), Chars(std::string(body.substr(0, targetEnd))),
                                    Chars(std::string(body.substr(content))));
             }
             case NODE_ENTITY_REFERENCE:
@@ -179,14 +186,15 @@ struct QueryTree::Copy {
         }
     }
 
+    /// Visits the tree by the links of its nodes, without recursion.
     void CopyTree(NodeIndex root) {
         NodeIndex index = root;
         auto* parent = reinterpret_cast<xmlNode*>(document.get());
         while (true) {
             xmlNode* node = CopyNode(index);
-            Mark(node, store.At(index).type == NODE_ENTITY_REFERENCE ? 0 : index);
+            Mark(node, store.At(index).Type() == NODE_ENTITY_REFERENCE ? 0 : index);
             Link(parent, node);
-            if (store.At(index).type == NODE_ELEMENT) {
+            if (store.At(index).Type() == NODE_ELEMENT) {
                 if (store.FirstChild(index) != 0) {
                     parent = node;
                     index = store.FirstChild(index);
@@ -211,7 +219,7 @@ struct QueryTree::Copy {
         scopeMarks.pop_back();
     }
 
-    /// Texts that stand side by side must not be merged, as xmlAddChild would.
+    /// Unlike xmlAddChild, does not merge adjacent text nodes.
     static void Link(xmlNode* parent, xmlNode* node) {
         node->parent = parent;
         node->prev = parent->last;
@@ -219,17 +227,19 @@ struct QueryTree::Copy {
         parent->last = node;
     }
 
+    /// Carries over the changes of content since the last query.
     void Update() {
         for (const NodeIndex index : store.changedNodes) {
-            xmlNode* place = index < places.size() ? places[index] : nullptr;
-            if (place == nullptr) {
+            xmlNode* copy = index < copies.size() ? copies[index] : nullptr;
+            if (copy == nullptr) {
                 continue;
             }
-            if (place->type == XML_ATTRIBUTE_NODE) {
-                xmlNodeSetContent(place, nullptr);
-                Link(place, xmlNewDocText(document.get(), Chars(Content(index))));
+            if (copy->type == XML_ATTRIBUTE_NODE) {
+                // Removes the old value; the new one is added as a text node, which needs no escapes.
+                xmlNodeSetContent(copy, nullptr);
+                Link(copy, xmlNewDocText(document.get(), Chars(Content(index))));
             } else {
-                xmlNodeSetContent(place, Chars(Content(index)));
+                xmlNodeSetContent(copy, Chars(Content(index)));
             }
         }
         store.changedNodes.clear();
@@ -249,7 +259,7 @@ QueryTree::~QueryTree() {
     copy_->store.changedNodes.clear();
 }
 
-bool QueryTree::Holds() const {
+bool QueryTree::IsUsable() const {
     return copy_->shape == copy_->store.shape;
 }
 

@@ -9,6 +9,7 @@
 
 #include "markers/xml/characters.h"
 #include "markers/xml/escaping.h"
+#include "markers/xml/libxml.h"
 
 namespace ventrix::xml {
 namespace {
@@ -33,7 +34,7 @@ void AppendUtf8(std::string& out, std::uint32_t code) {
     }
 }
 
-/// Decodes "#65" or "#x41"; nothing if it is no character reference.
+/// The code of a character reference's name, as in "#65" or "#x41"; nothing for another name.
 std::optional<std::uint32_t> CharacterCode(std::string_view name) {
     if (!name.starts_with('#')) {
         return std::nullopt;
@@ -62,21 +63,21 @@ bool IsCharacter(std::uint32_t code) {
     return code <= 0x10FFFF && CharacterLength(utf8) == utf8.size();
 }
 
-/// What a character reference of this name, as in "#65", refers to.
-Reference CharacterKind(std::string_view name) {
+/// The kind of a character reference of this name, as in "#65".
+ReferenceKind CharacterKind(std::string_view name) {
     const bool hex = name.starts_with("#x");
     const std::string_view digits = name.substr(hex ? 2 : 1);
     std::uint32_t code = 0;
     const auto [end, error] =
         std::from_chars(digits.data(), digits.data() + digits.size(), code, hex ? 16 : 10);
     if (error != std::errc() || end != digits.data() + digits.size() || !IsCharacter(code)) {
-        return Reference::kOther;
+        return ReferenceKind::kOther;
     }
-    return code == ' ' || code == '\t' || code == '\n' || code == '\r' ? Reference::kBlank
-                                                                       : Reference::kSolid;
+    const bool whitespace = code == ' ' || code == '\t' || code == '\n' || code == '\r';
+    return whitespace ? ReferenceKind::kWhitespace : ReferenceKind::kCharacter;
 }
 
-/// The name between "&" at `at` and ";". Empty if there is no ";".
+/// The name between the "&" at `at` and the next ";"; empty if there is none.
 std::string_view NameAt(std::string_view raw, std::size_t at) {
     const std::size_t end = raw.find(';', at);
     return end == std::string_view::npos ? std::string_view() : raw.substr(at + 1, end - at - 1);
@@ -84,14 +85,13 @@ std::string_view NameAt(std::string_view raw, std::size_t at) {
 
 std::string_view Replacement(std::string_view name, xmlDoc* dtd) {
     const std::string terminated(name);
-    const xmlEntity* entity =
-        dtd == nullptr ? nullptr : xmlGetDocEntity(dtd, reinterpret_cast<const xmlChar*>(terminated.c_str()));
+    const xmlEntity* entity = dtd == nullptr ? nullptr : xmlGetDocEntity(dtd, Chars(terminated));
     const bool internal =
         entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY && entity->content != nullptr;
-    return internal ? std::string_view(reinterpret_cast<const char*>(entity->content)) : std::string_view();
+    return internal ? View(entity->content) : std::string_view();
 }
 
-/// Appends what a character reference or a predefined entity stands for. False for another name.
+/// Appends the character of a character reference or predefined entity; false for another name.
 bool AppendReferred(std::string& out, std::string_view name) {
     if (const auto code = CharacterCode(name)) {
         AppendUtf8(out, *code);
@@ -159,7 +159,7 @@ constexpr EscapeTable ValueEscapes(Escapes quote) {
 constexpr EscapeTable kValueEscapes = ValueEscapes({'"', "&quot;"});
 constexpr EscapeTable kValueEscapesInApostrophes = ValueEscapes({'\'', "&#39;"});
 
-/// The text with U+FFFD in the place of what XML cannot hold.
+/// The text with U+FFFD in place of what XML does not allow.
 std::string Repaired(std::string_view text) {
     std::string repaired;
     while (!text.empty()) {
@@ -180,23 +180,40 @@ void AppendXml(std::string& xml, std::string_view text, const EscapeTable& table
 
 }  // namespace
 
-ReferenceRead ReadReference(std::string_view text) {
+Reference ReadReference(std::string_view text) {
     const auto end = static_cast<std::size_t>(
         std::ranges::find_if(text.substr(1), [](char c) { return c == ';' || c == '<' || c == '&'; }) -
         text.begin());
     if (end == text.size() || text[end] != ';') {
-        return {Reference::kOther, 1};
+        return {ReferenceKind::kOther, 1};
     }
     const std::string_view name = text.substr(1, end - 1);
     if (name.starts_with('#')) {
         return {CharacterKind(name), end + 1};
     }
-    return {Predefined(name) ? Reference::kSolid : Reference::kOther, end + 1};
+    return {Predefined(name) ? ReferenceKind::kCharacter : ReferenceKind::kOther, end + 1};
+}
+
+bool IsFilled(std::string_view text, TextForm form) {
+    std::size_t at = 0;
+    while (true) {
+        while (at < text.size() && IsWhitespace(text[at])) {
+            ++at;
+        }
+        if (at == text.size() || text[at] != '&' || form == TextForm::kContent) {
+            return at < text.size();
+        }
+        const Reference reference = ReadReference(text.substr(at));
+        if (reference.kind != ReferenceKind::kWhitespace) {
+            return true;
+        }
+        at += reference.length;
+    }
 }
 
 void AppendDecodedText(std::string& out, std::string_view raw) {
     if (raw.find('\r') != std::string_view::npos) {
-        // A reference to a carriage return is none that the line end rules see.
+        // Line ends come first: the carriage return of a character reference is not part of one.
         AppendDecodedText(out, NormalizeLineEnds(raw));
         return;
     }

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "markers/xml/quiet_errors.h"
+#include "markers/xml/libxml.h"
 
 namespace ventrix::xml {
 namespace {
@@ -32,8 +32,8 @@ bool IsEncodingNameByte(char c) {
            c == '_' || c == '.';
 }
 
-/// The encoding that the XML declaration names; empty without one, and for what can be no name, which the
-/// parser refuses.
+/// The encoding that the XML declaration names; empty without one, and for a malformed name, which the parser
+/// rejects later.
 std::string DeclaredEncoding(std::string_view bytes) {
     const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
     const std::size_t word =
@@ -66,6 +66,7 @@ std::string EncodingOf(std::string_view bytes) {
 
 using Convert = int(xmlCharEncodingHandler*, xmlBuffer*, xmlBuffer*);
 
+/// The converters take as much as fits at a time and may stop early; no progress is a failure.
 template <typename Target>
 bool ConvertAll(Convert* convert, const std::string& encoding, std::string_view from, Target& to) {
     const QuietErrors quiet;
@@ -80,9 +81,7 @@ bool ConvertAll(Convert* convert, const std::string& encoding, std::string_view 
     xmlBufferAdd(in.get(), reinterpret_cast<const xmlChar*>(from.data()), static_cast<int>(from.size()));
     while (xmlBufferLength(in.get()) > 0) {
         const int before = xmlBufferLength(in.get());
-        if (convert(handler.get(), out.get(), in.get()) < 0 && xmlBufferLength(in.get()) == before) {
-            return false;
-        }
+        convert(handler.get(), out.get(), in.get());
         if (xmlBufferLength(in.get()) == before) {
             return false;
         }

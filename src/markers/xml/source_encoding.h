@@ -1,4 +1,4 @@
-// Brings a file's bytes into UTF-8 and back into the encoding that the file had.
+// Converts a file's bytes to UTF-8, and back to the encoding of the file.
 #pragma once
 
 #include <string>
@@ -9,16 +9,16 @@
 namespace ventrix::xml {
 
 struct DecodedSource {
-    platform::Bytes text;  ///< UTF-8; a byte-order mark stays in front.
+    platform::Bytes text;  ///< UTF-8; a byte-order mark is kept.
     std::string encoding;  ///< The file's encoding; empty if it is UTF-8.
-    std::string problem;   ///< One line if the bytes cannot be read in their encoding; else empty.
+    std::string problem;   ///< One line if the bytes cannot be converted; else empty.
 };
 
-/// Decides by the byte-order mark, the first bytes and the XML declaration, in this order.
+/// The byte-order mark, the first bytes and the XML declaration decide on the encoding, in this order.
 DecodedSource DecodeSource(platform::Bytes bytes);
 
-/// UTF-8 in the named encoding; characters that it lacks become character references. False if it is not
-/// known.
+/// Converts UTF-8 to the named encoding; characters that it lacks become character references. False if the
+/// encoding is unknown or the conversion fails.
 bool EncodeSource(const std::string& text, const std::string& encoding, std::string& bytes);
 
 }  // namespace ventrix::xml

@@ -14,15 +14,10 @@ constexpr std::size_t kNotFound = std::string_view::npos;
 constexpr std::size_t kLongestName = UINT16_MAX;
 
 bool EndsName(char c) {
-    return IsBlank(c) || c == '>' || c == '/' || c == '=';
+    return IsWhitespace(c) || c == '>' || c == '/' || c == '=';
 }
 
-std::size_t Behind(std::string_view text, std::string_view closing, std::size_t at) {
-    const std::size_t found = text.find(closing, at);
-    return found == kNotFound ? kNotFound : found + closing.size();
-}
-
-/// ASCII names with one colon at most, and a name on either side of it.
+/// True for a name of ASCII with at most one colon, which has a name on either side.
 bool IsPlainName(std::string_view name) {
     const std::size_t colon = name.find(':');
     const auto isLocal = [](std::string_view part) {
@@ -33,12 +28,12 @@ bool IsPlainName(std::string_view name) {
     return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & kNameByte) != 0; });
 }
 
-/// The names of one start tag, to see a name that comes twice. A tag with many is left to the parser.
+/// The attribute names of one start tag, to find duplicates. A tag with more than fit is left to the parser.
 class TagNames {
   public:
     void Clear() { count_ = 0; }
 
-    /// False if the name is there already or there is no room for it.
+    /// False for a duplicate or if there is no room.
     bool Add(std::string_view name) {
         const auto end = names_.begin() + static_cast<std::ptrdiff_t>(count_);
         if (count_ == names_.size() || std::find(names_.begin(), end, name) != end) {
@@ -53,8 +48,8 @@ class TagNames {
     std::size_t count_ = 0;
 };
 
-/// As many as there would be if the whole text were like its beginning, and some more. Bounded, since it may
-/// be like that in its beginning only.
+/// An estimate with some reserve: two nodes for each tag in the first part of the text, extrapolated to all
+/// of it. Bounded, since the rest may have fewer tags.
 std::size_t ExpectedNodes(std::string_view text) {
     constexpr std::size_t kSampleSize = std::size_t{64} * 1024;
     const std::string_view sample = text.substr(0, kSampleSize);
@@ -63,7 +58,18 @@ std::size_t ExpectedNodes(std::string_view text) {
     return std::min(expected + expected / 4, text.size() / 4) + 2;
 }
 
-/// The text ends in a NUL, which is no character of any class, so that scans by class need no other end.
+/// One pass over the text, with a position `at_` and the open element `parent_`. Each turn of the loop in
+/// Build reads one piece of markup and the text that follows it; start tags open an element, end tags close
+/// it. There is no recursion, so that no depth of nesting can exhaust the stack.
+///
+/// The pass finds structure, not errors. But most documents are plain enough to be recognised as well-formed
+/// on the way, and need no second pass by a parser. Whatever is not certainly well-formed (a name beyond
+/// ASCII, a reference to an entity that is not predefined, a tag with many attributes, a real error) fails a
+/// Require, which leaves the decision to the parser. After that the tree only has to be right if the parser
+/// accepts the document.
+///
+/// A NUL follows the text. It is neither a name byte nor whitespace, and stops the scans of text and values,
+/// so that these scans need no check for the end.
 class TreeBuilder {
   public:
     TreeBuilder(DocumentStore& store, SourceText& source)
@@ -73,119 +79,125 @@ class TreeBuilder {
           data_(source.text.data()),
           parent_(source.document) {}
 
-    Form Build() {
+    BuildResult Build() {
         at_ = RootBegin(text_);
         if (at_ == kNotFound) {
-            return Form::kBroken;
+            return BuildResult::kNoTree;
         }
         hasDoctype_ = text_.substr(0, at_).find("<!DOCTYPE") != kNotFound;
         store_.Reserve(ExpectedNodes(text_));
         do {
-            if (at_ >= text_.size() || !TakeMarkup()) {
-                return Form::kBroken;
+            if (at_ >= text_.size() || !ReadMarkup()) {
+                return BuildResult::kNoTree;
             }
             if (parent_ != source_.document) {
-                TakeText();
+                ReadText();
             }
         } while (parent_ != source_.document);
-        TieChildren();
+        LinkLastChild();
         source_.rootEnd = Offset(at_);
         if (hasLongName_) {
-            return Form::kBroken;
+            return BuildResult::kNoTree;
         }
-        return doubtful_ ? Form::kDoubtful : Form::kWellFormed;
+        return verified_ ? BuildResult::kWellFormed : BuildResult::kUnverified;
     }
 
   private:
     std::uint32_t Offset(std::size_t at) const { return source_.base + static_cast<std::uint32_t>(at); }
 
-    void Expect(bool condition) { doubtful_ = doubtful_ || !condition; }
+    /// The text is certainly well-formed only if the condition holds.
+    void Require(bool condition) { verified_ = verified_ && condition; }
 
-    /// Adds a child of the element that is open. Inlined, for building is mostly this.
+    /// Appends a child to the open element. Inlined, since this is most of the work.
     [[gnu::always_inline]] void AddNode(NodeType type, std::size_t begin, std::size_t end,
-                                        std::uint8_t flags = 0) {
+                                        unsigned flags = 0) {
         const NodeIndex index = store_.Add(type);
         NodeRecord& record = store_.At(index);
-        record.flags = flags;
+        record.Set(flags);
         record.parent = parent_;
-        record.previous = last_;
+        record.SetPreviousOrLast(last_);
         record.begin = Offset(begin);
-        record.end = Offset(end);
-        (last_ == 0 ? store_.At(parent_).child : store_.At(last_).next) = index;
+        record.SetEnd(Offset(end));
+        if (last_ == 0) {
+            store_.At(parent_).SetFirstChild(index);
+        } else {
+            store_.At(last_).next = index;
+        }
         last_ = index;
     }
 
-    void EnterLast() {
+    void OpenLast() {
         parent_ = last_;
         last_ = 0;
     }
 
-    /// A first child knows the last one.
-    void TieChildren() {
+    /// Makes the first child lead to the last one.
+    void LinkLastChild() {
         if (last_ != 0) {
-            store_.At(store_.At(parent_).child).previous = last_;
+            store_.At(store_.FirstChild(parent_)).SetPreviousOrLast(last_);
         }
     }
 
-    void LeaveParent() {
-        TieChildren();
+    void CloseParent() {
+        LinkLastChild();
         last_ = parent_;
         parent_ = store_.At(last_).parent;
     }
 
-    /// One tag, comment, CDATA section or instruction.
-    bool TakeMarkup() {
+    /// Reads one tag, comment, CDATA section or processing instruction; false if it has no end.
+    bool ReadMarkup() {
         switch (data_[at_ + 1]) {
             case '/':
-                return TakeEndTag();
+                return ReadEndTag();
             case '!':
-                return text_.compare(at_, 4, "<!--") == 0 ? TakeComment() : TakeCdata();
+                return text_.compare(at_, 4, "<!--") == 0 ? ReadComment() : ReadCdata();
             case '?':
-                return TakeInstruction();
+                return ReadInstruction();
             default:
-                return TakeStartTag();
+                return ReadStartTag();
         }
     }
 
-    bool TakeComment() {
+    bool ReadComment() {
         const std::size_t from = at_ + sizeof "<!--" - 1;
-        const std::size_t end = Behind(text_, "-->", from);
-        return TakeSpecial(NODE_COMMENT, end, [&] {
-            const std::string_view content = text_.substr(from, end - from - 2);  // With one of the dashes.
+        const std::size_t end = FindEnd(text_, "-->", from);
+        return ReadUpTo(NODE_COMMENT, end, [&] {
+            const std::string_view content =
+                text_.substr(from, end - from - 2);  // With the first dash of the end.
             return content.find("--") == kNotFound;
         });
     }
 
-    bool TakeCdata() {
-        const std::size_t end = Behind(text_, "]]>", at_);
-        return TakeSpecial(NODE_CDATA_SECTION, end,
-                           [&] { return text_.compare(at_, sizeof "<![CDATA[" - 1, "<![CDATA[") == 0; });
+    bool ReadCdata() {
+        const std::size_t end = FindEnd(text_, "]]>", at_);
+        return ReadUpTo(NODE_CDATA_SECTION, end,
+                        [&] { return text_.compare(at_, sizeof "<![CDATA[" - 1, "<![CDATA[") == 0; });
     }
 
-    bool TakeInstruction() {
+    bool ReadInstruction() {
         const std::size_t from = at_ + sizeof "<?" - 1;
-        const std::size_t end = Behind(text_, "?>", from);
-        return TakeSpecial(NODE_PROCESSING_INSTRUCTION, end, [&] {
+        const std::size_t end = FindEnd(text_, "?>", from);
+        return ReadUpTo(NODE_PROCESSING_INSTRUCTION, end, [&] {
             const std::string_view content = text_.substr(from, end - from - 2);
-            const auto blank = std::ranges::find_if(content, IsBlank);
-            const std::string_view target(content.begin(), blank);
-            constexpr std::size_t kReserved = sizeof "xml" - 1;  // In any case.
+            const auto targetEnd = std::ranges::find_if(content, IsWhitespace);
+            const std::string_view target(content.begin(), targetEnd);
+            constexpr std::size_t kReserved = sizeof "xml" - 1;  // Reserved in any letter case.
             return target.size() != kReserved && IsPlainName(target);
         });
     }
 
     template <typename IsPlain>
-    bool TakeSpecial(NodeType type, std::size_t end, IsPlain isPlain) {
+    bool ReadUpTo(NodeType type, std::size_t end, IsPlain isPlain) {
         if (end == kNotFound) {
             return false;
         }
-        Expect(isPlain() && HoldsOnlyCharacters(text_.substr(at_, end - at_)));
+        Require(isPlain() && HoldsOnlyCharacters(text_.substr(at_, end - at_)));
         AddNode(type, at_, end);
         at_ = end;
         return true;
     }
 
-    bool TakeEndTag() {
+    bool ReadEndTag() {
         if (parent_ == source_.document) {
             return false;
         }
@@ -197,29 +209,30 @@ class TreeBuilder {
             ++close;
             ++opened;
         }
-        Expect(close == name + element.nameLength);
-        while (IsBlank(data_[close])) {
+        Require(close == name + element.nameLength);
+        while (IsWhitespace(data_[close])) {
             ++close;
         }
         if (data_[close] != '>') {
-            doubtful_ = true;
+            verified_ = false;
             close = text_.find('>', name);
             if (close == kNotFound) {
                 return false;
             }
         }
-        element.close = Offset(at_);
-        LeaveParent();
+        element.SetEndTag(Offset(at_));
+        CloseParent();
         at_ = close + 1;
         return true;
     }
 
-    bool TakeStartTag() {
+    bool ReadStartTag() {
         const std::size_t nameEnd = NameEnd(at_ + 1);
         const std::size_t close = data_[nameEnd] == '>' ? nameEnd : AttributesEnd(nameEnd);
         if (close >= text_.size() || nameEnd - at_ - 1 > kLongestName) {
             return false;
         }
+        // A DOCTYPE may supply attributes that the tag does not have.
         const bool hasNoAttributes = close == nameEnd && !hasDoctype_;
         AddNode(NODE_ELEMENT, at_, close + 1, hasNoAttributes ? kAttributesRead : 0);
         store_.At(last_).nameLength = static_cast<std::uint16_t>(nameEnd - at_ - 1);
@@ -227,13 +240,13 @@ class TreeBuilder {
             source_.root = last_;
         }
         if (text_[close - 1] != '/') {
-            EnterLast();
+            OpenLast();
         }
         at_ = close + 1;
         return true;
     }
 
-    /// Behind the name that begins there.
+    /// The position past the name that begins there.
     std::size_t NameEnd(std::size_t begin) {
         std::size_t at = begin;
         if ((ClassOf(data_[at]) & kNameStart) != 0) {
@@ -245,17 +258,17 @@ class TreeBuilder {
             while (at < text_.size() && !EndsName(data_[at])) {
                 ++at;
             }
-            Expect(IsPlainName(text_.substr(begin, at - begin)));
+            Require(IsPlainName(text_.substr(begin, at - begin)));
         }
         return at;
     }
 
-    /// The ">" of a start tag.
+    /// The position of the ">" of a start tag, from the end of its name.
     std::size_t AttributesEnd(std::size_t at) {
         names_.Clear();
         while (true) {
             std::size_t next = at;
-            while (IsBlank(data_[next])) {
+            while (IsWhitespace(data_[next])) {
                 ++next;
             }
             if (data_[next] == '>') {
@@ -264,30 +277,30 @@ class TreeBuilder {
             if (data_[next] == '/' && data_[next + 1] == '>') {
                 return next + 1;
             }
-            const std::size_t behind = next > at ? AttributeEnd(next) : kNotFound;
-            if (behind == kNotFound) {
-                doubtful_ = true;
-                return TagClose(next);
+            const std::size_t end = next > at ? AttributeEnd(next) : kNotFound;
+            if (end == kNotFound) {
+                verified_ = false;
+                return FindTagClose(next);
             }
-            at = behind;
+            at = end;
         }
     }
 
-    /// Behind the closing quote; npos if no attribute stands there.
+    /// The position past the closing quote; npos if there is no attribute.
     std::size_t AttributeEnd(std::size_t begin) {
         std::size_t at = NameEnd(begin);
         const std::string_view name = text_.substr(begin, at - begin);
-        Expect(names_.Add(name));
+        Require(names_.Add(name));
         hasLongName_ = hasLongName_ || name.size() > kLongestName;
         NoteNamespace(name);
-        while (IsBlank(data_[at])) {
+        while (IsWhitespace(data_[at])) {
             ++at;
         }
         if (data_[at] != '=') {
             return kNotFound;
         }
         ++at;
-        while (IsBlank(data_[at])) {
+        while (IsWhitespace(data_[at])) {
             ++at;
         }
         const char quote = data_[at];
@@ -301,6 +314,7 @@ class TreeBuilder {
         }
     }
 
+    /// The position past the closing quote of a value; npos without one.
     std::size_t ValueEnd(std::size_t at, char quote) {
         while (true) {
             while ((ClassOf(data_[at]) & kValueStop) == 0) {
@@ -313,12 +327,12 @@ class TreeBuilder {
             if (at >= text_.size()) {
                 return kNotFound;
             }
-            at = c == '"' || c == '\'' ? at + 1 : BehindSpecial(at);
+            at = c == '"' || c == '\'' ? at + 1 : SpecialEnd(at);
         }
     }
 
-    /// The ">" of a start tag of whatever form; values may hold one.
-    std::size_t TagClose(std::size_t at) const {
+    /// The position of the ">" of a malformed start tag; a ">" in quotes does not count.
+    std::size_t FindTagClose(std::size_t at) const {
         while (at < text_.size() && text_[at] != '>') {
             if (text_[at] == '"' || text_[at] == '\'') {
                 at = std::min(text_.find(text_[at], at + 1), text_.size() - 1);
@@ -328,35 +342,29 @@ class TreeBuilder {
         return at;
     }
 
-    /// Behind a reference or a character that is not of ASCII, or a byte that fits nowhere.
-    std::size_t BehindSpecial(std::size_t at) {
+    /// The position past a reference, a character beyond ASCII, or a byte that is not allowed.
+    std::size_t SpecialEnd(std::size_t at) {
         if (text_[at] == '&') {
-            const ReferenceRead reference = ReadReference(text_.substr(at));
-            Expect(reference.kind != Reference::kOther);
+            const Reference reference = ReadReference(text_.substr(at));
+            Require(reference.kind != ReferenceKind::kOther);
             return at + reference.length;
         }
         const std::size_t length = text_[at] == '<' ? 0 : CharacterLength(text_.substr(at, 4));
-        Expect(length != 0);
+        Require(length != 0);
         return at + std::max<std::size_t>(length, 1);
     }
 
-    /// The text up to the next "<", cut at references to entities that stay in the tree.
-    void TakeText() {
-        begin_ = at_;
-        StartText();
+    /// Reads the text up to the next "<". A reference to an entity that is not predefined becomes a node of
+    /// its own, with text nodes before and after it.
+    void ReadText() {
+        StartTextNode();
         while (true) {
-            if (!solid_) {
-                while (data_[at_] == ' ' || data_[at_] == '\n' || data_[at_] == '\t') {
-                    ++at_;
-                }
-                solid_ = (ClassOf(data_[at_]) & kTextStop) == 0;
-            }
             at_ = TextStopFrom(at_);
             if (at_ >= text_.size() || text_[at_] == '<') {
-                EndText(at_);
+                EndTextNode();
                 return;
             }
-            TakeSpecialInText();
+            ReadSpecialInText();
         }
     }
 
@@ -370,80 +378,77 @@ class TreeBuilder {
         }
     }
 
-    void TakeSpecialInText() {
+    void ReadSpecialInText() {
         switch (text_[at_]) {
             case '&':
-                TakeReference();
+                ReadReferenceInText();
                 return;
             case '\r':
                 verbatim_ = false;
                 ++at_;
                 return;
             case ']':
-                Expect(text_.compare(at_, 3, "]]>") != 0);
-                solid_ = true;
+                Require(text_.compare(at_, 3, "]]>") != 0);
                 ++at_;
                 return;
             default:
-                solid_ = true;
-                at_ = BehindSpecial(at_);
+                at_ = SpecialEnd(at_);
         }
     }
 
-    void TakeReference() {
-        const ReferenceRead reference = ReadReference(text_.substr(at_));
-        const std::size_t behind = at_ + reference.length;
-        if (reference.kind == Reference::kOther) {
-            doubtful_ = true;
-            EndText(at_);
-            AddNode(NODE_ENTITY_REFERENCE, at_, behind);
-            begin_ = behind;
-            StartText();
+    void ReadReferenceInText() {
+        const Reference reference = ReadReference(text_.substr(at_));
+        const std::size_t end = at_ + reference.length;
+        if (reference.kind == ReferenceKind::kOther) {
+            verified_ = false;
+            EndTextNode();
+            AddNode(NODE_ENTITY_REFERENCE, at_, end);
+            at_ = end;
+            StartTextNode();
         } else {
             verbatim_ = false;
-            solid_ = solid_ || reference.kind == Reference::kSolid;
+            at_ = end;
         }
-        at_ = behind;
     }
 
-    void StartText() {
+    void StartTextNode() {
+        textBegin_ = at_;
         verbatim_ = true;
-        solid_ = false;
     }
 
-    void EndText(std::size_t end) {
-        if (begin_ < end) {
-            AddNode(NODE_TEXT, begin_, end,
-                    static_cast<std::uint8_t>((verbatim_ ? kVerbatim : 0) | (solid_ ? kFilled : 0)));
+    void EndTextNode() {
+        if (textBegin_ == at_) {
+            return;
         }
+        const bool filled = IsFilled(text_.substr(textBegin_, at_ - textBegin_), TextForm::kSource);
+        AddNode(NODE_TEXT, textBegin_, at_, (verbatim_ ? kVerbatim : 0) | (filled ? kFilled : 0));
     }
 
     DocumentStore& store_;
     SourceText& source_;
     std::string_view text_;
-    const char* data_;  ///< The same text; the NUL at its end may be read too.
-    NodeIndex parent_;
-    NodeIndex last_ = 0;  ///< The last child of the parent so far.
+    const char* data_;    ///< The same text, with the NUL after it.
+    NodeIndex parent_;    ///< The open element.
+    NodeIndex last_ = 0;  ///< The last child of the open element so far.
     std::size_t at_ = 0;
-    bool hasDoctype_ = false;  ///< Attributes may come from it.
-    bool doubtful_ = false;
-    bool hasLongName_ = false;  ///< Longer than a node can tell.
+    bool hasDoctype_ = false;   ///< It may supply attributes.
+    bool verified_ = true;      ///< All that was read is certainly well-formed.
+    bool hasLongName_ = false;  ///< Longer than a node can record.
     TagNames names_;
 
-    std::size_t begin_ = 0;  ///< Of the text that is being taken.
-    bool verbatim_ = true;   ///< It stands for itself as far as it was taken.
-    bool solid_ = false;     ///< It is not all white space.
+    std::size_t textBegin_ = 0;  ///< Of the text node that is being read.
+    bool verbatim_ = true;       ///< Its bytes so far are its content.
 };
 
 }  // namespace
 
-Form BuildTree(DocumentStore& store, SourceText& source) {
-    const Form form = TreeBuilder(store, source).Build();
-    if (form == Form::kBroken) {
+BuildResult BuildTree(DocumentStore& store, SourceText& source) {
+    const BuildResult result = TreeBuilder(store, source).Build();
+    if (result == BuildResult::kNoTree) {
         source.root = 0;
-        store.Clear(source.document);
+        store.RemoveRoot(source.document);
     }
-    return form;
+    return result;
 }
 
 }  // namespace ventrix::xml

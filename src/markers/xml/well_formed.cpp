@@ -5,9 +5,10 @@
 #include <libxml/parserInternals.h>
 #include <libxml/xmlerror.h>
 
+#include <algorithm>
 #include <memory>
+#include <unordered_map>
 
-#include "markers/xml/entity_sizes.h"
 #include "markers/xml/local_entities.h"
 #include "markers/xml/references.h"
 
@@ -19,26 +20,71 @@ struct FreeContext {
 };
 using Context = std::unique_ptr<xmlParserCtxt, FreeContext>;
 
+/// Calls `visit` with the name of each entity that the text refers to.
+template <typename Visit>
+void ForEachReference(std::string_view text, Visit visit) {
+    for (std::size_t at = 0; (at = text.find('&', at)) != std::string_view::npos; ++at) {
+        const std::size_t end = text.find(';', at);
+        if (end != std::string_view::npos && text[at + 1] != '#') {
+            visit(std::string(text.substr(at + 1, end - at - 1)));
+        }
+    }
+}
+
+/// The sizes of entities, computed without expanding them: a few hundred bytes of declarations may expand to
+/// more than any memory holds.
+class EntitySizes {
+  public:
+    /// The bytes of the replacement text with all nested entities expanded. An entity that is nested too deep
+    /// or within itself counts as more than kExpansionLimit.
+    std::size_t SizeOf(const xmlEntity& entity) { return SizeOf(entity, 0); }
+
+  private:
+    std::size_t SizeOf(const xmlEntity& entity, int depth) {
+        if (entity.content == nullptr || entity.etype != XML_INTERNAL_GENERAL_ENTITY) {
+            return 0;
+        }
+        if (depth > kDeepestEntity) {
+            return kExpansionLimit + 1;
+        }
+        if (const auto known = known_.find(&entity); known != known_.end()) {
+            return known->second;
+        }
+        const std::string_view content = View(entity.content);
+        std::size_t size = content.size();
+        ForEachReference(content, [&](const std::string& name) {
+            const xmlEntity* nested = xmlGetDocEntity(entity.doc, Chars(name));
+            const std::size_t nestedSize = nested == nullptr ? 0 : SizeOf(*nested, depth + 1);
+            size = std::min(size + nestedSize, kExpansionLimit + 1);
+        });
+        known_[&entity] = size;
+        return size;
+    }
+
+    std::unordered_map<const xmlEntity*, std::size_t> known_;
+};
+
 /// What the handlers of one parse share, as the context's private data.
 struct Parse {
     Parse() {
-        nothing.name = reinterpret_cast<const xmlChar*>("nothing");
-        nothing.content = nothing.orig = &noText;
-        nothing.etype = XML_INTERNAL_GENERAL_ENTITY;
-        nothing.checked = 2;
+        emptyEntity.name = reinterpret_cast<const xmlChar*>("empty");
+        emptyEntity.content = emptyEntity.orig = &noText;
+        emptyEntity.etype = XML_INTERNAL_GENERAL_ENTITY;
+        emptyEntity.checked = 2;
     }
 
     xmlParserCtxt* document = nullptr;  ///< The context of the document itself; entities get their own.
     std::string reason;
     EntitySizes sizes;
     std::size_t expanded = 0;  ///< Bytes of replacement text so far.
-    bool refused = false;      ///< By this layer, whatever the parser says; no entity is expanded any more.
-    xmlEntity nothing = {};    ///< What the parser gets for one then: a null it would look up for itself.
+    bool refused = false;      ///< By the handlers, whatever the parser finds. No more entities are expanded.
+    /// Replaces each entity once refused: on null the parser would look the entity up by itself.
+    xmlEntity emptyEntity = {};
     xmlChar noText = 0;
 };
 
-std::string OneLine(const char* message) {
-    std::string line = message == nullptr ? "unknown error" : message;
+std::string OneLine(std::string_view message) {
+    std::string line(message.empty() ? "unknown error" : message);
     for (char& c : line) {
         c = c == '\n' || c == '\r' ? ' ' : c;
     }
@@ -57,7 +103,8 @@ Parse& ParseOf(void* context) {
 void NoteError(void* context, xmlError* error) {
     Parse& parse = ParseOf(context);
     if (parse.reason.empty() && error->level == XML_ERR_FATAL) {
-        parse.reason = OneLine(error->message) + Place(error->line, error->int2);
+        parse.reason =
+            OneLine(error->message == nullptr ? "" : error->message) + Place(error->line, error->int2);
     }
 }
 
@@ -67,27 +114,27 @@ void Refuse(Parse& parse, const std::string& reason) {
     parse.refused = true;
 }
 
-/// Counts what a reference adds, so that the sum stays within bounds: the parser's own guards are off.
+/// Counts the bytes of a reference against kExpansionLimit: with XML_PARSE_HUGE the parser has no limit of
+/// its own.
 bool Admit(const xmlEntity& entity, std::size_t size, Parse& parse) {
     parse.expanded += size;
     if (parse.expanded > kExpansionLimit && !parse.refused) {
-        Refuse(parse, "The entity '" + OneLine(reinterpret_cast<const char*>(entity.name)) +
-                          "' expands to more than " + std::to_string(kExpansionLimit) +
-                          " bytes or without end");
+        Refuse(parse, "The entity '" + OneLine(View(entity.name)) + "' expands to more than " +
+                          std::to_string(kExpansionLimit) + " bytes or without end");
     }
     return !parse.refused;
 }
 
-/// With a DTD that was not read, the parser alone would only warn of an entity that nothing declares.
+/// Refuses an undeclared entity: if there is a DTD that was not read, the parser itself would only warn.
 xmlEntity* FindEntity(void* data, const xmlChar* name) {
     auto* context = static_cast<xmlParserCtxt*>(data);
     Parse& parse = ParseOf(context);
     xmlEntity* entity = parse.refused ? nullptr : xmlSAX2GetEntity(context, name);
     if (entity == nullptr && !parse.refused) {
-        Refuse(parse, "Reference to undefined entity '" + OneLine(reinterpret_cast<const char*>(name)) + "'");
+        Refuse(parse, "Reference to undefined entity '" + OneLine(View(name)) + "'");
     }
-    // An entity in content is parsed once, to see whether it is well-formed. One that seems to have content
-    // of its own is not parsed again for each further reference, as handlers might want it.
+    // The parser parses an entity at its first reference, to check it, and again at each further one for the
+    // benefit of handlers, unless it has child nodes already.
     static xmlNode content = {};
     if (entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY && entity->children == nullptr) {
         entity->children = &content;
@@ -95,7 +142,7 @@ xmlEntity* FindEntity(void* data, const xmlChar* name) {
     const bool nested = context != parse.document || context->depth > 0;
     const bool admitted =
         entity != nullptr && Admit(*entity, nested ? 0 : parse.sizes.SizeOf(*entity), parse);
-    return admitted ? entity : &parse.nothing;
+    return admitted ? entity : &parse.emptyEntity;
 }
 
 xmlEntity* FindParameterEntity(void* data, const xmlChar* name) {
@@ -107,14 +154,13 @@ xmlEntity* FindParameterEntity(void* data, const xmlChar* name) {
     return admitted ? entity : nullptr;
 }
 
-/// The document's own XML declaration stands behind the parser here, and its encoding did not count. That of
-/// other files does.
+/// Called past the document's own XML declaration, whose encoding is ignored. That of external files is not.
 void StartDocument(void* data) {
     static_cast<xmlParserCtxt*>(data)->options &= ~XML_PARSE_IGNORE_ENC;
     xmlSAX2StartDocument(data);
 }
 
-/// Only the DTD is of interest; content is what this layer's own tree is for.
+/// No tree of the content is built: only the DTD is of interest.
 void SetHandlers(xmlSAXHandler& handler) {
     handler.startElementNs = nullptr;
     handler.endElementNs = nullptr;
@@ -133,7 +179,7 @@ void SetHandlers(xmlSAXHandler& handler) {
     handler.serror = NoteError;
 }
 
-/// Has the parser read the text where it lies. False if memory runs out.
+/// Makes the parser read the text in place, without a copy. False if memory runs out.
 bool PushText(xmlParserCtxt& context, std::string_view text, const std::string& nativePath) {
     xmlParserInput* input = xmlNewInputStream(&context);
     if (input == nullptr) {
@@ -147,7 +193,7 @@ bool PushText(xmlParserCtxt& context, std::string_view text, const std::string& 
 
 }  // namespace
 
-Judgement JudgeDocument(std::string_view text, const std::string& nativePath, bool resolveExternals) {
+ParseResult ParseWithLibxml(std::string_view text, const std::string& nativePath, bool resolveExternals) {
     if (const std::size_t nul = text.find('\0'); nul != std::string::npos) {
         return {"The document holds a NUL character at byte " + std::to_string(nul), nullptr};
     }

@@ -1,22 +1,22 @@
-// Has libxml2 judge a text: whether it is a document, and what its DTD declares.
+// Has libxml2 parse a text, to find out whether it is well-formed and what its DTD declares.
 #pragma once
 
 #include <string>
+#include <string_view>
 
-#include "markers/xml/document_store.h"
+#include "markers/xml/libxml.h"
 
 namespace ventrix::xml {
 
-struct Judgement {
+struct ParseResult {
     std::string reason;  ///< One line; empty for a well-formed document.
-    XmlDocument dtd;     ///< The declarations, without content; null if there are none or the document is not
-                         ///< well-formed.
+    XmlDocument dtd;     ///< The declarations, without content; null if there are none or the parse failed.
 };
 
-/// `text` is UTF-8, whatever its XML declaration says, with a NUL behind it. `nativePath` is where relative
-/// system ids start from; it may be empty. The external DTD is read only with `resolveExternals`, and only
-/// from local files. A reference to an entity that nothing declares gives a reason with the words "undefined
+/// `text` is UTF-8, whatever its XML declaration says, and a NUL follows it. Relative system ids refer to the
+/// folder of `nativePath`, which may be empty. The external DTD is read only with `resolveExternals`, and
+/// only from local files. For a reference to an undeclared entity the reason contains the words "undefined
 /// entity".
-Judgement JudgeDocument(std::string_view text, const std::string& nativePath, bool resolveExternals);
+ParseResult ParseWithLibxml(std::string_view text, const std::string& nativePath, bool resolveExternals);
 
 }  // namespace ventrix::xml

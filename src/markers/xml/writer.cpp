@@ -12,7 +12,7 @@ namespace {
 
 enum class Output { kDocument, kStandalone };
 
-/// The line end of a text that is written into this source: that of its first line.
+/// The line end for new text in this source: that of its first line.
 LineEnd LineEndOf(const SourceText& source) {
     const std::size_t first = source.text.find('\n');
     const bool hasReturn = first != 0 && first != std::string::npos && source.text[first - 1] == '\r';
@@ -21,22 +21,27 @@ LineEnd LineEndOf(const SourceText& source) {
 
 constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
 
+/// Walks a tree in document order. What still is in a source is not written at once, but becomes the pending
+/// slice, which grows as long as the next slice continues it: an unchanged subtree, and any run of unchanged
+/// nodes, is copied as one piece. Anything else is appended to `out_` after a Flush of the pending slice.
+/// With a receiver, `out_` is passed on whenever it exceeds kPieceSize, and a long slice goes to the receiver
+/// without a copy.
 class Writer {
   public:
-    /// Without a receiver of pieces, all is kept for Finish.
+    /// Without a receiver of pieces, everything is kept for Finish.
     Writer(DocumentStore& store, Output output, LineEnd lineEnd, const platform::PutPiece* put = nullptr)
         : store_(store), output_(output), lineEnd_(lineEnd), put_(put) {}
 
-    /// Tells that so many bytes may come.
+    /// Announces about how many bytes will be written.
     void Expect(std::size_t size) { out_.reserve(std::min(size, 2 * kPieceSize)); }
 
-    /// Goes through the subtree in document order without a stack of its own: a document may be deeper than
-    /// any stack.
+    /// Visits the subtree by the links of its nodes, without recursion: a document may be deeper than any
+    /// stack.
     void WriteSubtree(NodeIndex top) {
         NodeIndex index = top;
         while (true) {
-            if (IsAsRead(index)) {
-                Source(store_.At(index).begin, store_.EndOf(store_.At(index)));
+            if (IsUnchanged(index)) {
+                AddSlice(store_.At(index).begin, store_.ElementEnd(store_.At(index)));
             } else {
                 Open(index);
                 if (const NodeIndex child = store_.FirstChild(index); child != 0) {
@@ -56,8 +61,8 @@ class Writer {
         }
     }
 
-    /// Puts source bytes out; neighbours in the source go out in one piece.
-    void Source(std::uint32_t begin, std::uint32_t end) {
+    /// Writes source bytes.
+    void AddSlice(std::uint32_t begin, std::uint32_t end) {
         if (begin != pendingEnd_) {
             Flush();
             pendingBegin_ = begin;
@@ -72,13 +77,13 @@ class Writer {
 
     bool FinishPieces() {
         Flush();
-        HandOver(out_.size());
-        return taken_;
+        PassOn(out_.size());
+        return accepted_;
     }
 
   private:
-    struct EscapedText {
-        std::uint32_t number = 0;  ///< 0 is no text.
+    struct EscapedString {
+        StringIndex index = 0;  ///< 0 for none.
         std::string text;
     };
 
@@ -86,69 +91,69 @@ class Writer {
         const std::string_view piece =
             pendingBegin_ == pendingEnd_ ? std::string_view() : store_.Slice(pendingBegin_, pendingEnd_);
         if (put_ != nullptr && piece.size() >= kPieceSize) {
-            HandOver(out_.size());
-            taken_ = taken_ && (*put_)(piece);
+            PassOn(out_.size());
+            accepted_ = accepted_ && (*put_)(piece);
         } else {
             out_.append(piece);
         }
         pendingBegin_ = pendingEnd_ = 0;
     }
 
-    void HandOver(std::size_t size) {
-        taken_ = taken_ && (*put_)(std::string_view(out_).substr(0, size));
+    void PassOn(std::size_t size) {
+        accepted_ = accepted_ && (*put_)(std::string_view(out_).substr(0, size));
         out_.erase(0, size);
     }
 
-    /// An element that goes out with all that is below it as one piece of its source.
-    bool IsAsRead(NodeIndex index) {
+    /// True for an element whose source bytes represent all of its subtree.
+    bool IsUnchanged(NodeIndex index) {
         const NodeRecord& record = store_.At(index);
-        return output_ == Output::kDocument && record.type == NODE_ELEMENT && (record.flags & kTouched) == 0;
+        return output_ == Output::kDocument && record.Type() == NODE_ELEMENT && !record.Has(kModified);
     }
 
     void Open(NodeIndex index) {
         if (put_ != nullptr && out_.size() >= kPieceSize) {
-            // Whole pieces only: the system takes in what begins and ends with its pages in larger steps.
-            HandOver(out_.size() / kPieceSize * kPieceSize);
+            // Multiples of the piece size only: the system copies whole pages faster.
+            PassOn(out_.size() / kPieceSize * kPieceSize);
         }
         const NodeRecord& record = store_.At(index);
-        if (record.type == NODE_ELEMENT) {
+        if (record.Type() == NODE_ELEMENT) {
             OpenElement(index);
-        } else if ((record.flags & kOwnText) != 0) {
+        } else if (record.Has(kOwnContent)) {
             Flush();
-            AppendEscapedText(out_, store_.OwnTextOf(record), lineEnd_);
-        } else if ((record.flags & kQuoted) != 0) {
+            AppendEscapedText(out_, store_.OwnStringOf(record), lineEnd_);
+        } else if (record.Has(kQuoted)) {
             Flush();
-            AppendShared(record.child);
-            AppendQuotedText(out_, store_.Slice(record.begin, record.end), lineEnd_);
-            AppendShared(record.close);
-        } else if ((record.flags & kPrefixed) != 0) {
+            AppendInterned(record.OwnString());
+            AppendQuotedText(out_, store_.Slice(record.begin, record.End()), lineEnd_);
+            AppendInterned(record.StringAfterQuote());
+        } else if (record.Has(kPrefixed)) {
             Flush();
-            AppendFront(record);
-            Source(record.begin, record.end);
-        } else if (output_ == Output::kStandalone && record.type == NODE_ENTITY_REFERENCE) {
+            AppendPrefix(record);
+            AddSlice(record.begin, record.End());
+        } else if (output_ == Output::kStandalone && record.Type() == NODE_ENTITY_REFERENCE) {
             Flush();
-            out_ += ExpandEntity(store_.Slice(record.begin + 1, record.end - 1),
+            out_ += ExpandEntity(store_.Slice(record.begin + 1, record.End() - 1),
                                  store_.SourceOf(record.begin).dtd.get());
         } else {
-            Source(record.begin, record.end);
+            AddSlice(record.begin, record.End());
         }
     }
 
-    void AppendFront(const NodeRecord& text) {
-        if ((text.flags & kRewritten) != 0) {
-            AppendEscapedText(out_, store_.OwnTextOf(text), lineEnd_);
+    void AppendPrefix(const NodeRecord& text) {
+        if (text.Has(kReplaceable)) {
+            AppendEscapedText(out_, store_.OwnStringOf(text), lineEnd_);
         } else {
-            AppendShared(text.child);
+            AppendInterned(text.OwnString());
         }
     }
 
-    /// What texts near each other share is escaped once.
-    void AppendShared(std::uint32_t number) {
-        EscapedText& escaped = escaped_[number % escaped_.size()];
-        if (escaped.number != number) {
-            escaped.number = number;
+    /// A string that text nodes near each other share is escaped once.
+    void AppendInterned(StringIndex index) {
+        EscapedString& escaped = escaped_[index % escaped_.size()];
+        if (escaped.index != index) {
+            escaped.index = index;
             escaped.text.clear();
-            AppendEscapedText(escaped.text, store_.TextAt(number), lineEnd_);
+            AppendEscapedText(escaped.text, store_.strings.At(index), lineEnd_);
         }
         out_ += escaped.text;
     }
@@ -156,13 +161,13 @@ class Writer {
     void OpenElement(NodeIndex index) {
         const bool rewrites = MustRewrite(index);
         const NodeRecord& record = store_.At(index);
-        // An empty-element tag that got content loses its slash.
-        const bool gainedContent = record.close == 0 && record.child != 0;
-        const std::uint32_t end = store_.TagEnd(record) - (gainedContent ? 2 : 0);
+        // An empty-element tag whose element has got children loses its slash.
+        const bool gainedContent = record.EndTag() == 0 && record.FirstChild() != 0;
+        const std::uint32_t end = store_.StartTagEnd(record) - (gainedContent ? 2 : 0);
         if (rewrites) {
             RewriteTag(index, end);
         } else {
-            Source(record.begin, end);
+            AddSlice(record.begin, end);
         }
         if (gainedContent) {
             Flush();
@@ -170,8 +175,10 @@ class Writer {
         }
     }
 
+    /// In a piece of XML that has to stand alone, references to declared entities in attribute values are
+    /// expanded too.
     bool MustRewrite(NodeIndex index) {
-        if ((store_.At(index).flags & kAttributesChanged) != 0) {
+        if (store_.At(index).Has(kAttributesChanged)) {
             return true;
         }
         if (output_ == Output::kDocument || !store_.SourceOf(store_.At(index).begin).hasDeclarations) {
@@ -181,49 +188,49 @@ class Writer {
         return store_.FirstAttribute(index) != 0;
     }
 
-    /// Writes a start tag up to `end` with its attributes as they are now. The bytes between the attributes
-    /// stay.
+    /// Writes a start tag up to `end` with the current attributes. The bytes between the attributes are
+    /// preserved.
     void RewriteTag(NodeIndex element, std::uint32_t end) {
         const std::uint32_t begin = store_.At(element).begin;
-        Source(begin, begin + 1U + store_.At(element).nameLength);
+        AddSlice(begin, begin + 1U + store_.At(element).nameLength);
         for (NodeIndex index = store_.FirstAttribute(element); index != 0; index = store_.At(index).next) {
             WriteAttribute(index);
         }
         const std::string_view tag = store_.Slice(begin, end);
         std::size_t tail = tag.size() - (tag.ends_with("/>") ? 2 : tag.ends_with('>') ? 1 : 0);
-        while (IsBlank(tag[tail - 1])) {
+        while (IsWhitespace(tag[tail - 1])) {
             --tail;
         }
-        Source(begin + static_cast<std::uint32_t>(tail), end);
+        AddSlice(begin + static_cast<std::uint32_t>(tail), end);
     }
 
     void WriteAttribute(NodeIndex index) {
         const NodeRecord& record = store_.At(index);
-        if ((record.flags & kFromDtd) != 0 &&
+        if (record.Has(kFromDtd) &&
             (output_ == Output::kDocument || DeclaredPrefix(store_.NameOf(index)).data() == nullptr)) {
             return;
         }
-        if ((record.flags & kCreated) != 0) {
+        if (record.Has(kCreated)) {
             Flush();
             out_.append(" ").append(store_.NameOf(index)).append("=");
             WriteValue(index, '"');
             return;
         }
         std::uint32_t begin = record.begin;
-        while (IsBlank(store_.Slice(begin - 1, begin)[0])) {
+        while (IsWhitespace(store_.Slice(begin - 1, begin)[0])) {
             --begin;
         }
-        if ((record.flags & kOwnText) == 0 && (output_ == Output::kDocument || !HasReference(record))) {
-            Source(begin, record.end);
+        if (!record.Has(kOwnContent) && (output_ == Output::kDocument || !HasReference(record))) {
+            AddSlice(begin, record.End());
             return;
         }
-        Source(begin, record.close - 1);
+        AddSlice(begin, record.ValueBegin() - 1);
         Flush();
-        WriteValue(index, store_.Slice(record.end - 1, record.end)[0]);
+        WriteValue(index, store_.Slice(record.End() - 1, record.End())[0]);
     }
 
     bool HasReference(const NodeRecord& attribute) {
-        return store_.Slice(attribute.close, attribute.end).find('&') != std::string_view::npos;
+        return store_.Slice(attribute.ValueBegin(), attribute.End()).find('&') != std::string_view::npos;
     }
 
     void WriteValue(NodeIndex attribute, char quote) {
@@ -234,12 +241,12 @@ class Writer {
 
     void Close(NodeIndex index) {
         const NodeRecord& record = store_.At(index);
-        if (record.type != NODE_ELEMENT) {
+        if (record.Type() != NODE_ELEMENT) {
             return;
         }
-        if (record.close != 0) {
-            Source(record.close, store_.EndOf(record));
-        } else if (record.child != 0) {
+        if (record.EndTag() != 0) {
+            AddSlice(record.EndTag(), store_.ElementEnd(record));
+        } else if (record.FirstChild() != 0) {
             Flush();
             out_ += "</";
             out_ += store_.NameOf(index);
@@ -251,11 +258,11 @@ class Writer {
     Output output_;
     LineEnd lineEnd_;
     const platform::PutPiece* put_;
-    bool taken_ = true;  ///< All pieces so far.
+    bool accepted_ = true;  ///< The receiver accepted all pieces so far.
     std::string out_;
     std::string buffer_;
-    std::array<EscapedText, 16> escaped_;
-    std::uint32_t pendingBegin_ = 0, pendingEnd_ = 0;
+    std::array<EscapedString, 16> escaped_;
+    std::uint32_t pendingBegin_ = 0, pendingEnd_ = 0;  ///< The pending slice.
 };
 
 }  // namespace
@@ -265,18 +272,18 @@ bool WriteDocument(DocumentStore& store, const SourceText& source, const platfor
     writer.Expect(2 * source.text.size());
     const NodeIndex root = store.FirstChild(source.document);
     const std::uint32_t prologEnd = store.At(source.root).begin;
-    writer.Source(source.base, prologEnd);
+    writer.AddSlice(source.base, prologEnd);
     if (root != 0) {
         writer.WriteSubtree(root);
     }
-    writer.Source(source.rootEnd, source.base + static_cast<std::uint32_t>(source.text.size()));
+    writer.AddSlice(source.rootEnd, source.base + static_cast<std::uint32_t>(source.text.size()));
     return writer.FinishPieces();
 }
 
 bool StandsAlone(DocumentStore& store, NodeIndex element) {
     const NodeRecord& record = store.At(element);
     const SourceText& source = store.SourceOf(record.begin);
-    return (record.flags & kTouched) == 0 && !source.hasNamespaces && !source.hasDeclarations;
+    return !record.Has(kModified) && !source.hasNamespaces && !source.hasDeclarations;
 }
 
 std::string WriteElement(DocumentStore& store, NodeIndex element) {

@@ -1,4 +1,4 @@
-// Writes trees as XML: what nobody changed as the bytes that it came from, the rest anew.
+// Writes trees as XML: what nobody changed as the bytes of its source, the rest anew.
 #pragma once
 
 #include <string>
@@ -8,14 +8,15 @@
 
 namespace ventrix::xml {
 
-/// Writes the whole document of a source, in UTF-8, and hands it over in pieces. False once `put` gave that.
+/// Writes the whole document of a source, in UTF-8, and passes it on in pieces. False as soon as `put`
+/// returns false.
 bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put);
 
-/// True for an element that parses on its own just as its source has it.
+/// True for an element whose source bytes can be parsed on their own and are up to date.
 bool StandsAlone(DocumentStore& store, NodeIndex element);
 
-/// One element with its subtree, such that it parses on its own: declared entities expanded, and the
-/// namespaces that it uses declared.
+/// Writes one element with its subtree so that it can be parsed on its own: declared entities are expanded,
+/// and the namespaces that it uses declared.
 std::string WriteElement(DocumentStore& store, NodeIndex element);
 
 }  // namespace ventrix::xml
