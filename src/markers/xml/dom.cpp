@@ -29,60 +29,60 @@ bool Contains(DocumentStore& store, NodeIndex ancestor, NodeIndex node) {
 
 }  // namespace
 
-bool Node::HasSiblings() const {
-    return store_ != nullptr && store_->At(index_).Type() != NODE_ATTRIBUTE;
+bool Node::HasSiblings(Node node) {
+    return node && node.store_->At(node.index_).Type() != NODE_ATTRIBUTE;
 }
 
-NodeType Node::get_nodeType() const {
-    return store_ == nullptr ? NODE_INVALID : store_->At(index_).Type();
+NodeType Node::TypeOf(Node node) {
+    return node ? node.store_->At(node.index_).Type() : NODE_INVALID;
 }
 
-std::string_view Node::get_nodeName() const {
-    return store_ == nullptr ? std::string_view() : store_->NameOf(index_);
+std::string_view Node::NameOf(Node node) {
+    return node ? node.store_->NameOf(node.index_) : std::string_view();
 }
 
-Node Node::get_parentNode() const {
-    return HasSiblings() ? Node(store_, store_->At(index_).parent) : Node();
+Node Node::ParentOf(Node node) {
+    return HasSiblings(node) ? Node(node.store_, node.store_->At(node.index_).parent) : Node();
 }
 
-Node Node::get_firstChild() const {
-    return store_ == nullptr ? Node() : Node(store_, store_->FirstChild(index_));
+Node Node::FirstChildOf(Node node) {
+    return node ? Node(node.store_, node.store_->FirstChild(node.index_)) : Node();
 }
 
-Node Node::get_nextSibling() const {
-    return HasSiblings() ? Node(store_, store_->At(index_).next) : Node();
+Node Node::NextSiblingOf(Node node) {
+    return HasSiblings(node) ? Node(node.store_, node.store_->At(node.index_).next) : Node();
 }
 
-Node Node::get_previousSibling() const {
-    return HasSiblings() ? Node(store_, store_->Previous(index_)) : Node();
+Node Node::PreviousSiblingOf(Node node) {
+    return HasSiblings(node) ? Node(node.store_, node.store_->Previous(node.index_)) : Node();
 }
 
 NamedNodeMap Node::get_attributes() const {
     return NamedNodeMap(get_nodeType() == NODE_ELEMENT ? *this : Node());
 }
 
-std::string_view Node::get_text(std::string& buffer) const {
-    return store_ == nullptr ? std::string_view() : store_->ContentOf(index_, buffer);
+std::string_view Node::ReadText(Node node, std::string& buffer) {
+    return node ? node.store_->ContentOf(node.index_, buffer) : std::string_view();
 }
 
-bool Node::IsFilledText() const {
-    return store_ != nullptr && store_->IsFilledText(index_);
+bool Node::HasFilledText(Node node) {
+    return node && node.store_->IsFilledText(node.index_);
 }
 
-bool Node::StartsWith(std::string_view prefix) const {
-    return get_nodeType() == NODE_TEXT && store_->TextStartsWith(index_, prefix);
+bool Node::TextStartsWith(Node node, std::string_view prefix) {
+    return TypeOf(node) == NODE_TEXT && node.store_->TextStartsWith(node.index_, prefix);
 }
 
-void Node::put_text(std::string_view text) {
-    const NodeType type = get_nodeType();
+void Node::SetText(Node node, std::string_view text) {
+    const NodeType type = TypeOf(node);
     if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
-        store_->SetContent(index_, text);
+        node.store_->SetContent(node.index_, text);
     }
 }
 
-void Node::prepend_text(std::string_view prefix) {
-    if (get_nodeType() == NODE_TEXT) {
-        store_->PrependContent(index_, prefix);
+void Node::PrependText(Node node, std::string_view prefix) {
+    if (TypeOf(node) == NODE_TEXT) {
+        node.store_->PrependContent(node.index_, prefix);
     }
 }
 
@@ -90,23 +90,24 @@ std::string Node::get_xml() const {
     return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_) : std::string();
 }
 
-void Node::insertBefore(Node child, Node reference) {
-    const NodeType type = child.get_nodeType();
-    const bool fits = get_nodeType() == NODE_ELEMENT && child.store_ == store_ && type != NODE_ATTRIBUTE &&
+void Node::Insert(Node parent, Node child, Node reference) {
+    DocumentStore* store = parent.store_;
+    const NodeType type = TypeOf(child);
+    const bool fits = TypeOf(parent) == NODE_ELEMENT && child.store_ == store && type != NODE_ATTRIBUTE &&
                       type != NODE_DOCUMENT && child != reference;
-    if (!fits || Contains(*store_, child.index_, index_) ||
-        (reference && (reference.store_ != store_ || reference.get_parentNode() != *this))) {
+    if (!fits || Contains(*store, child.index_, parent.index_) ||
+        (reference && (reference.store_ != store || ParentOf(reference) != parent))) {
         return;
     }
-    store_->Unlink(child.index_);
-    store_->InsertBefore(index_, child.index_, reference.index_);
-    ++store_->shape;
+    store->Unlink(child.index_);
+    store->InsertBefore(parent.index_, child.index_, reference.index_);
+    ++store->shape;
 }
 
-void Node::removeChild(Node child) {
-    if (child && child.get_parentNode() == *this) {
-        store_->Unlink(child.index_);
-        ++store_->shape;
+void Node::Remove(Node parent, Node child) {
+    if (child && ParentOf(child) == parent) {
+        parent.store_->Unlink(child.index_);
+        ++parent.store_->shape;
     }
 }
 

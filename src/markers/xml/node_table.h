@@ -69,7 +69,10 @@ class NodeRecord {
     }
 
     /// Of an element, as far as its attributes have been made into nodes; 0 without any.
-    NodeIndex FirstAttribute() const { return type_ == NODE_ELEMENT && Has(kHasAttributes) ? end_ : 0; }
+    NodeIndex FirstAttribute() const {
+        assert(HoldsChildren());
+        return Has(kHasAttributes) ? end_ : 0;
+    }
     void SetFirstAttribute(NodeIndex attribute) {
         assert(type_ == NODE_ELEMENT);
         end_ = attribute;
@@ -89,7 +92,7 @@ class NodeRecord {
 
     /// Past the node's source bytes; for an element without attribute nodes, past its start tag.
     std::uint32_t End() const {
-        assert(FirstAttribute() == 0);
+        assert(type_ != NODE_ELEMENT || !Has(kHasAttributes));
         return end_;
     }
     void SetEnd(std::uint32_t offset) { end_ = offset; }

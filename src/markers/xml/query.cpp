@@ -48,10 +48,10 @@ bool UsesXmlPrefix(std::string_view query) {
 
 }  // namespace
 
-/// A libxml2 document that has, for each node of the tree, a node of the same kind, name and content.
-/// `_private` of each copied node holds the index of its original, which turns a result back into handles;
-/// `copies` leads the other way, so that a changed text or attribute value can be carried over without
-/// copying the tree again.
+/// A libxml2 document that has a node of the same kind, name and content for each node of the tree; only CDATA
+/// sections and entity references become text nodes. `_private` of a copied node holds the index of its
+/// original, which turns a result back into handles. `copies` leads the other way, so that a changed text or
+/// attribute value can be carried over without copying the tree again.
 ///
 /// The copy is made node by node instead of by parsing the saved document: adjacent text nodes stay apart,
 /// and undeclared prefixes do no harm. Names are kept in libxml2's dictionary, once each. While the copy is

@@ -194,23 +194,6 @@ Reference ReadReference(std::string_view text) {
     return {Predefined(name) ? ReferenceKind::kCharacter : ReferenceKind::kOther, end + 1};
 }
 
-bool IsFilled(std::string_view text, TextForm form) {
-    std::size_t at = 0;
-    while (true) {
-        while (at < text.size() && IsWhitespace(text[at])) {
-            ++at;
-        }
-        if (at == text.size() || text[at] != '&' || form == TextForm::kContent) {
-            return at < text.size();
-        }
-        const Reference reference = ReadReference(text.substr(at));
-        if (reference.kind != ReferenceKind::kWhitespace) {
-            return true;
-        }
-        at += reference.length;
-    }
-}
-
 void AppendDecodedText(std::string& out, std::string_view raw) {
     if (raw.find('\r') != std::string_view::npos) {
         // Line ends come first: the carriage return of a character reference is not part of one.

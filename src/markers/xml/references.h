@@ -13,6 +13,8 @@
 #include <string>
 #include <string_view>
 
+#include "markers/xml/characters.h"
+
 namespace ventrix::xml {
 
 /// The bytes of replacement text that a document may use and the depth to which entities may be nested. A
@@ -38,7 +40,22 @@ Reference ReadReference(std::string_view text);
 enum class TextForm { kSource, kContent };
 
 /// True if a text node of this text is filled: it holds more than whitespace.
-bool IsFilled(std::string_view text, TextForm form);
+inline bool IsFilled(std::string_view text, TextForm form) {
+    std::size_t at = 0;
+    while (true) {
+        while (at < text.size() && IsWhitespace(text[at])) {
+            ++at;
+        }
+        if (at == text.size() || text[at] != '&' || form == TextForm::kContent) {
+            return at < text.size();
+        }
+        const Reference reference = ReadReference(text.substr(at));
+        if (reference.kind != ReferenceKind::kWhitespace) {
+            return true;
+        }
+        at += reference.length;
+    }
+}
 
 /// How lines end in the text that is written.
 enum class LineEnd { kLineFeed, kReturnAndLineFeed };

@@ -411,16 +411,21 @@ class TreeBuilder {
         }
     }
 
+    /// Indentation is skipped here, since TextStopFrom is slow for line feeds.
     void StartTextNode() {
         textBegin_ = at_;
         verbatim_ = true;
+        while (data_[at_] == ' ' || data_[at_] == '\n' || data_[at_] == '\t') {
+            ++at_;
+        }
+        visibleBegin_ = at_;
     }
 
     void EndTextNode() {
         if (textBegin_ == at_) {
             return;
         }
-        const bool filled = IsFilled(text_.substr(textBegin_, at_ - textBegin_), TextForm::kSource);
+        const bool filled = IsFilled(text_.substr(visibleBegin_, at_ - visibleBegin_), TextForm::kSource);
         AddNode(NODE_TEXT, textBegin_, at_, (verbatim_ ? kVerbatim : 0) | (filled ? kFilled : 0));
     }
 
@@ -436,8 +441,9 @@ class TreeBuilder {
     bool hasLongName_ = false;  ///< Longer than a node can record.
     TagNames names_;
 
-    std::size_t textBegin_ = 0;  ///< Of the text node that is being read.
-    bool verbatim_ = true;       ///< Its bytes so far are its content.
+    std::size_t textBegin_ = 0;     ///< Of the text node that is being read.
+    std::size_t visibleBegin_ = 0;  ///< Past its leading whitespace.
+    bool verbatim_ = true;          ///< Its bytes so far are its content.
 };
 
 }  // namespace
