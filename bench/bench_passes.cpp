@@ -1,5 +1,5 @@
-// Times the document passes beside the bare load and save of two other parsers, on the same files in the same
-// run, and prints the ratios. The exit status is 1 if one is above its mark.
+// Times the document passes next to a bare load and save by two other parsers, on the same files in the same
+// run, and prints the ratios. The exit status is 1 if one exceeds its mark.
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr char kEncodedSuffix[] = ".encoded";
 
-/// The folder of the run's files; it goes with the program.
+/// The folder of the run's files, removed at the end.
 class WorkFolder {
   public:
     WorkFolder() : path_(fs::temp_directory_path() / ("ventrix-bench-" + std::to_string(std::clock()))) {
@@ -80,32 +80,32 @@ void LoadAndSave(const std::string& from, const std::string& to) {
 }
 
 PublishParams Attributes() {
-    PublishParams record;
-    record.attributes = {"audience", "product", "platform", "props"};
-    record.elements = {"uicontrol"};
-    record.skipElements = {"mathml"};
-    return record;
+    PublishParams params;
+    params.attributes = {"audience", "product", "platform", "props"};
+    params.elements = {"uicontrol"};
+    params.skipElements = {"mathml"};
+    return params;
 }
 
 PublishParams AttributesAndXPaths() {
-    PublishParams record = Attributes();
-    record.addXpath = true;
-    return record;
+    PublishParams params = Attributes();
+    params.addXpath = true;
+    return params;
 }
 
 PublishParams Queries() {
-    PublishParams record = Attributes();
-    record.preserveXPathList = {"//section[@id]", "//p[@audience='expert']"};
-    return record;
+    PublishParams params = Attributes();
+    params.preserveXPathList = {"//section[@id]", "//p[@audience='expert']"};
+    return params;
 }
 
-void Pass(const std::string& file, bool decode, PublishParams record) {
+void Pass(const std::string& file, bool decode, PublishParams params) {
     std::string errorText;
-    record.packageBase = SystemPath(file);
-    Require(ProcessXmlFile(SystemPath(file), decode, record, errorText), errorText);
+    params.packageBase = SystemPath(file);
+    Require(ProcessXmlFile(SystemPath(file), decode, params, errorText), errorText);
 }
 
-/// The encoded file of a document, made when it is first needed.
+/// Makes the encoded file of a document when it is first needed.
 void Provide(const std::string& file) {
     const std::string source = file.substr(0, file.size() - std::string(kEncodedSuffix).size());
     if (!fs::exists(file)) {
@@ -114,15 +114,15 @@ void Provide(const std::string& file) {
     }
 }
 
-/// Times `operation` on a fresh copy of the file: what the processor worked, since other programs may run
-/// beside it.
+/// Measures the processor time of `operation` on a fresh copy of the file. Elapsed time would include other
+/// programs.
 template <typename Operation>
 void Measure(benchmark::State& state, const WorkFolder& folder, const std::string& file,
              Operation operation) {
     Provide(file);
     for (auto unused : state) {
         fs::copy_file(file, folder.Output(), fs::copy_options::overwrite_existing);
-        ::malloc_trim(0);  // What one operation freed is not tidied up at the cost of the next.
+        ::malloc_trim(0);  // Else the next operation pays for the memory that this one freed.
         const std::clock_t start = std::clock();
         operation(folder.Output());
         state.SetIterationTime(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
@@ -138,7 +138,7 @@ void Add(const std::string& name, const WorkFolder& folder, const std::string& f
         ->Unit(benchmark::kMillisecond);
 }
 
-/// All operations on one document; names are OPERATION/SHAPE.
+/// Adds all operations on one document, named OPERATION/SHAPE.
 void AddShape(const std::string& shape, const WorkFolder& folder, const std::string& content) {
     const std::string file = folder.Put(shape + ".xml", content);
     Add("libxml2/" + shape, folder, file, [](const std::string& copy) { LibxmlLoadAndSave(copy, copy); });
@@ -177,8 +177,8 @@ std::vector<Ratio> Ratios() {
     std::vector<Ratio> ratios = {
         {"encode: attributes and elements, over libxml2 load and save", "encode/topic", "libxml2/topic", 0.4},
         {"encode: attributes and elements, over pugixml load and save", "encode/topic", "pugixml/topic", 1.0},
-        {"encode: an XPath on every text, over libxml2 load and save", "encode_xpath/topic", "libxml2/topic",
-         0.6},
+        {"encode: an XPath on every text node, over libxml2 load and save", "encode_xpath/topic",
+         "libxml2/topic", 0.6},
         {"encode: two queries, over libxml2 load and save", "encode_queries/topic", "libxml2/topic", {}},
         {"decode, over libxml2 load and save of the source", "decode/topic", "libxml2/topic", {}},
         {"load and save, over libxml2", "load_save/topic", "libxml2/topic", {}},
@@ -191,8 +191,8 @@ std::vector<Ratio> Ratios() {
         for (const std::string operation :
              {"load_save", "encode", "decode", "encode_xpath", "encode_queries"}) {
             const std::string name = operation + '/' + shape;
-            // How a query grows is the query's own affair, and a path on every text of a deep document is as
-            // long as the document is deep.
+            // A query may well be worse than linear, and in a deep document so is the total length of the
+            // XPaths.
             const bool isOurs = operation != "encode_queries" && name != "encode_xpath/deep";
             ratios.push_back({name + ": ten times the document", name, name + "_tenth",
                               isOurs ? std::optional(kGrowth) : std::nullopt});
@@ -202,7 +202,8 @@ std::vector<Ratio> Ratios() {
 }
 
 int Run(int argc, char** argv) {
-    // Repetitions in random order meet the same disturbances; what the caller gives stands behind and counts.
+    // In random order, disturbances affect all benchmarks alike. The caller's arguments come last and take
+    // precedence.
     std::string interleave = "--benchmark_enable_random_interleaving=true";
     std::string repetitions = "--benchmark_repetitions=5";
     std::string minimum = "--benchmark_min_time=0.1";

@@ -1,4 +1,4 @@
-// Shows the times of a run as usual, keeps them, and at the end sets pairs of them against each other.
+// Prints the times of a run as usual, and at its end the ratios of pairs of them.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -10,12 +10,13 @@
 
 namespace ventrix::bench {
 
-/// The time of one benchmark over that of another, both of the same run, and what it may be at most.
+/// The time of one benchmark divided by that of another in the same run.
 struct Ratio {
     std::string name;
     std::string measured;
     std::string base;
-    std::optional<double> limit;  ///< Nothing for a ratio that is only shown.
+    std::optional<double>
+        limit;  ///< The highest value that passes; nothing for a ratio that is only printed.
 };
 
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -24,11 +25,11 @@ class RatioReporter : public benchmark::ConsoleReporter {
 
     void ReportRuns(const std::vector<Run>& runs) override;
 
-    /// Prints the ratios whose two benchmarks ran. False if one of them is above its limit.
+    /// Prints the ratios of which both benchmarks ran. False if one exceeds its limit.
     bool PrintRatios(const std::vector<Ratio>& ratios) const;
 
   private:
-    std::map<std::string, double> shortest_;  ///< Seconds by benchmark: the shortest of its repetitions.
+    std::map<std::string, double> shortest_;  ///< Seconds of the shortest repetition, by benchmark.
 };
 
 }  // namespace ventrix::bench

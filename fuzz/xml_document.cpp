@@ -1,4 +1,5 @@
-// The fuzzer's entry: any bytes as a document. Build with clang's -fsanitize=fuzzer.
+// The fuzzer's entry point: exercises any bytes as a document. Built with clang's -fsanitize=fuzzer
+// (CMakeLists.txt).
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>

@@ -89,10 +89,6 @@ std::unique_ptr<xml::Document> ApplyMarkerPass(std::string path, bool decode, co
 std::unique_ptr<xml::Document> LoadXmlDocument(const std::string& path, std::string& errorText,
                                                bool resolveExternals, bool repaired) {
     std::unique_ptr<xml::Document> document = xml::CreateDocument();
-    if (!document) {
-        errorText = "The system has no XML document model.";
-        return nullptr;
-    }
     ConfigureDocument(*document);
     if (resolveExternals) {
         document->put_resolveExternals(true);

@@ -24,7 +24,8 @@ std::string_view NodeName(xml::Node node) {
 }
 
 std::string NodeText(xml::Node node) {
-    return node.get_text();
+    std::string buffer;
+    return std::string(node.get_text(buffer));
 }
 
 xml::Node NewTextNode(xml::Document& document, std::string_view text) {
@@ -100,17 +101,12 @@ void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::strin
 
 std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main) {
     std::unique_ptr<xml::Document> document = xml::CreateScratchDocument(main);
-    if (document) {
-        ConfigureDocument(*document);
-    }
+    ConfigureDocument(*document);
     return document;
 }
 
 xml::Node ParseElementXml(xml::Document& main, std::string_view xmlText) {
     const std::unique_ptr<xml::Document> scratch = NewScratchDocument(main);
-    if (!scratch) {
-        return {};
-    }
     scratch->setProperty("ProhibitDTD", false);
     scratch->loadXML(xmlText);
     return scratch->get_documentElement();

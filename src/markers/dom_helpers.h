@@ -49,8 +49,7 @@ void AddAttribute(xml::Document& document, xml::Node element, std::string_view n
 void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::string_view name,
                           std::string_view value, bool withBlank);
 
-/// An empty document for a piece of XML whose nodes will be inserted into `main`. Null if no document can be
-/// created.
+/// An empty document for a piece of XML whose nodes will be inserted into `main`.
 std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main);
 
 /// The root element of the XML, ready to be inserted into `main`; null if the XML does not parse.

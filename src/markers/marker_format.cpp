@@ -4,8 +4,8 @@
 #include <iterator>
 #include <utility>
 
-#include "markers/escaping.h"
-#include "markers/xml/lossless/characters.h"
+#include "markers/xml/escaping.h"
+#include "markers/xml/characters.h"
 
 namespace ventrix {
 namespace {
@@ -237,7 +237,7 @@ std::string RemoveMarkerWords(std::string_view text) {
 void EscapeMarkup(std::string& text) {
     // One pass over all five characters gives the same as five passes that begin with the ampersand.
     std::string escaped;
-    AppendEscaped(escaped, text, kMarkupEscapes);
+    xml::AppendEscaped(escaped, text, xml::kMarkupEscapes);
     text = std::move(escaped);
 }
 
@@ -248,8 +248,8 @@ void UnescapeMarkup(std::string& text) {
         unescaped += rest.substr(0, mark);
         rest.remove_prefix(mark);
         const auto pair = std::ranges::find_if(
-            kMarkupCharacters, [&](const auto& candidate) { return rest.starts_with(candidate.second); });
-        const bool isEscape = pair != kMarkupCharacters.end();
+            xml::kMarkupCharacters, [&](const auto& candidate) { return rest.starts_with(candidate.second); });
+        const bool isEscape = pair != xml::kMarkupCharacters.end();
         unescaped += isEscape ? pair->first : '&';
         rest.remove_prefix(isEscape ? pair->second.size() : 1);
     }

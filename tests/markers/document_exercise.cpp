@@ -1,12 +1,12 @@
 #include "markers/document_exercise.h"
 
-#include "markers/xml/dom.h"
+#include "markers/dom_helpers.h"
 #include "platform/files.h"
 
 namespace ventrix::test {
 namespace {
 
-/// The node that follows in document order below `top`; null at the end.
+/// The next node in document order within `top`; null at the end.
 xml::Node NextNode(xml::Node node, xml::Node top) {
     if (xml::Node child = node.get_firstChild()) {
         return child;
@@ -17,12 +17,12 @@ xml::Node NextNode(xml::Node node, xml::Node top) {
     return node == top ? xml::Node() : node.get_nextSibling();
 }
 
-/// Kinds, names and texts in document order.
+/// Kinds, names and text of the nodes in document order.
 std::string Describe(xml::Node root) {
     std::string description;
     for (xml::Node node = root; node; node = NextNode(node, root)) {
         description.append(std::to_string(static_cast<int>(node.get_nodeType()))).append(node.get_nodeName());
-        description.append("[").append(node.get_text()).append("]");
+        description.append("[").append(NodeText(node)).append("]");
     }
     return description;
 }
@@ -31,9 +31,9 @@ void RewriteAll(xml::Node root) {
     for (xml::Node node = root; node; node = NextNode(node, root)) {
         const xml::NamedNodeMap attributes = node.get_attributes();
         for (std::size_t i = 0; i < attributes.get_length(); ++i) {
-            attributes.get_item(i).put_text(attributes.get_item(i).get_text());
+            attributes.get_item(i).put_text(NodeText(attributes.get_item(i)));
         }
-        const std::string text = node.get_text();
+        const std::string text = NodeText(node);
         node.put_text("other");
         node.put_text(text);
     }
@@ -42,7 +42,7 @@ void RewriteAll(xml::Node root) {
 std::string CheckReason(const xml::Document& document) {
     const std::string reason = document.get_parseError().get_reason();
     return reason.empty() || reason.find_first_of("\r\n") != std::string::npos
-               ? "no reason of one line: " + reason
+               ? "the reason is not one line: " + reason
                : "";
 }
 
@@ -50,26 +50,26 @@ std::string CheckLoaded(xml::Document& document, std::string_view path, std::str
     std::string saved;
     if (!document.save(path) || platform::ReadWholeFile(path, saved) != platform::kErrorNone ||
         saved != bytes) {
-        return "saved untouched, but not the same: " + saved;
+        return "saved unchanged, but the bytes differ: " + saved;
     }
     const xml::Node root = document.get_documentElement();
     if (!xml::CreateScratchDocument(document)->loadXML(root.get_xml())) {
-        return "does not parse on its own: " + root.get_xml();
+        return "the XML of the root does not parse on its own: " + root.get_xml();
     }
     if (!document.selectNodes("//node() | //@*")) {
-        return "no list";
+        return "the query yields no list";
     }
     const std::string before = Describe(root);
     RewriteAll(root);
     if (Describe(root) != before) {
-        return "rewritten, but not the same: " + Describe(root);
+        return "rewritten, but the tree differs: " + Describe(root);
     }
     const auto again = xml::CreateDocument();
     if (!document.save(path) || !again->load(path)) {
-        return "rewritten, but does not load: " + again->get_parseError().get_reason();
+        return "rewritten, but the file does not load: " + again->get_parseError().get_reason();
     }
     const std::string after = Describe(again->get_documentElement());
-    return after == before ? "" : "rewritten and loaded, but not the same: " + after;
+    return after == before ? "" : "rewritten and loaded, but the tree differs: " + after;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Takes a document of any bytes through everything that a pass may do to it, and tells what did not hold.
+// Takes arbitrary bytes through everything that a pass may do to a document, and reports what failed.
 #pragma once
 
 #include <string>
@@ -6,9 +6,10 @@
 
 namespace ventrix::test {
 
-/// Writes the bytes to the file `path` (system notation), loads it, saves it untouched, rewrites every text
-/// and attribute value as it reads, saves and loads again. Empty if all held: a reason of one line where it
-/// does not load; the same bytes where nothing changed; the same tree where everything was rewritten.
+/// Writes the bytes to the file `path` (system notation), loads and saves it unchanged, then replaces every
+/// text and attribute value by itself, saves and loads again. Returns an empty string if a failed load has a
+/// reason of one line, the unchanged file has the same bytes, and the rewritten one the same tree; otherwise
+/// what failed.
 std::string ExerciseDocument(std::string_view path, std::string_view bytes);
 
 }  // namespace ventrix::test

@@ -1,4 +1,4 @@
-// Documents as files on drives of the test's own, loaded and saved as the passes do it.
+// A fixture that loads and saves documents as files on temporary drives, as the passes do.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,14 +8,15 @@
 #include <string_view>
 #include <vector>
 
-#include "markers/xml/dom.h"
+#include "markers/dom_helpers.h"
 #include "support/test_drives.h"
 
 namespace ventrix::test {
 
 inline constexpr char kDocumentPath[] = R"(C:\docs\topic.xml)";
 
-/// The tree below a node in one line: elements as name(...), texts as 'text', other kinds as their number.
+/// The tree below a node in one line: elements as name(...), text nodes as 'text', other kinds as their
+/// number.
 inline std::string Outline(xml::Node node) {
     std::string outline;
     for (xml::Node child = node.get_firstChild(); child; child = child.get_nextSibling()) {
@@ -25,7 +26,7 @@ inline std::string Outline(xml::Node node) {
                 outline.append(child.get_nodeName()).append("(").append(Outline(child)).append(")");
                 break;
             case xml::NODE_TEXT:
-                outline.append("'").append(child.get_text()).append("'");
+                outline.append("'").append(NodeText(child)).append("'");
                 break;
             default:
                 outline += std::to_string(static_cast<int>(child.get_nodeType()));
@@ -41,12 +42,12 @@ inline std::string AttributesOf(xml::Node element) {
     for (std::size_t i = 0; i < attributes.get_length(); ++i) {
         const xml::Node attribute = attributes.get_item(i);
         list += i == 0 ? "" : " ";
-        list.append(attribute.get_nodeName()).append("=").append(attribute.get_text());
+        list.append(attribute.get_nodeName()).append("=").append(NodeText(attribute));
     }
     return list;
 }
 
-/// The first node below `top`, in document order, that is an element of this name; null if there is none.
+/// The first element of this name below `top`, in document order; null without one.
 inline xml::Node FindElement(xml::Node top, std::string_view name) {
     for (xml::Node child = top.get_firstChild(); child; child = child.get_nextSibling()) {
         if (child.get_nodeName() == name) {
@@ -63,7 +64,7 @@ class XmlTest : public ::testing::Test {
   protected:
     XmlTest() { drives.MakeFolder(R"(C:\docs)"); }
 
-    /// The document of these bytes; null if they do not load, with the reason in `reason`.
+    /// The document of these bytes; on failure null, with the reason in `reason`.
     std::unique_ptr<xml::Document> Load(const std::string& bytes, bool resolveExternals = false) {
         drives.Write(kDocumentPath, bytes);
         auto document = xml::CreateDocument();
@@ -81,7 +82,7 @@ class XmlTest : public ::testing::Test {
         return drives.Read(kDocumentPath);
     }
 
-    /// What a load and a save make of the bytes; the reason where they do not load.
+    /// The bytes after a load and a save; the reason if they do not load.
     std::string RoundTrip(const std::string& bytes) {
         const auto document = Load(bytes);
         return document ? Saved(*document) : reason;

@@ -1,5 +1,4 @@
-// Documents that must not load, with the reason that they give; what the external part of a DTD adds; and how
-// big and how deep a document may be.
+// Loads that must fail and their reasons, the external DTD subset, and the limits on size and depth.
 #include <chrono>
 
 #include "markers/xml_fixture.h"
@@ -9,7 +8,7 @@ namespace {
 
 using XmlLoad = XmlTest;
 
-TEST_F(XmlLoad, AnEntityThatNothingDeclaresFailsTheLoad) {
+TEST_F(XmlLoad, UndeclaredEntityFailsTheLoad) {
     const std::string doctypes[] = {
         "",
         "<!DOCTYPE a>",
@@ -40,7 +39,7 @@ TEST_F(XmlLoad, AnEntityThatNothingDeclaresFailsTheLoad) {
     EXPECT_TRUE(Load("<!DOCTYPE a SYSTEM 'm.dtd' [<!ENTITY e 'x&nbsp;'>]><a>unused</a>")) << reason;
 }
 
-TEST_F(XmlLoad, WhatIsNotWellFormedGivesAReason) {
+TEST_F(XmlLoad, MalformedDocumentFailsWithAReason) {
     const char* const documents[] = {
         "",
         " ",
@@ -74,10 +73,10 @@ TEST_F(XmlLoad, WhatIsNotWellFormedGivesAReason) {
         EXPECT_EQ(reason.find("undefined entity"), std::string::npos) << document << reason;
     }
     Load("<a>\n  <b>\n</a>");
-    EXPECT_NE(reason.find('3'), std::string::npos) << "tells the line: " << reason;
+    EXPECT_NE(reason.find('3'), std::string::npos) << "does not name the line: " << reason;
 }
 
-TEST_F(XmlLoad, AFileThatCannotBeReadGivesAReason) {
+TEST_F(XmlLoad, UnreadableFileFailsWithItsPath) {
     drives.MakeFolder(R"(C:\folder)");
     for (const char* path : {R"(C:\missing.xml)", R"(C:\folder)", R"(Q:\no\such\drive.xml)", ""}) {
         const auto document = xml::CreateDocument();
@@ -87,7 +86,7 @@ TEST_F(XmlLoad, AFileThatCannotBeReadGivesAReason) {
     }
 }
 
-TEST_F(XmlLoad, ALaterLoadTakesThePlaceOfAnEarlierOne) {
+TEST_F(XmlLoad, LaterLoadReplacesAnEarlierOne) {
     const auto document = xml::CreateDocument();
     EXPECT_TRUE(document->loadXML("<a>1</a>"));
     EXPECT_TRUE(document->loadXML("<b>2</b>"));
@@ -96,7 +95,7 @@ TEST_F(XmlLoad, ALaterLoadTakesThePlaceOfAnEarlierOne) {
     EXPECT_FALSE(document->get_documentElement());
 }
 
-/// A system id, and whether the DTD at C:\dtd\x.dtd is read through it.
+/// A system id, and whether it leads to a DTD that is read.
 struct SystemId {
     std::string id;
     bool read;
@@ -142,7 +141,7 @@ TEST_F(XmlLoad, ReadsTheExternalDtdFromALocalFileOnly) {
     }
 }
 
-TEST_F(XmlLoad, LeavesExternalEntitiesAlone) {
+TEST_F(XmlLoad, DoesNotReadExternalEntities) {
     drives.Write(R"(C:\docs\secret.txt)", "secret");
     const std::string document = "<!DOCTYPE a [<!ENTITY e SYSTEM 'secret.txt'>]><a>&e;</a>";
     for (const bool resolveExternals : {false, true}) {
@@ -170,7 +169,7 @@ std::string Bomb(const std::string& use) {
     return document + "]>" + use;
 }
 
-TEST_F(XmlLoad, AnEntityBombGivesAReasonSoon) {
+TEST_F(XmlLoad, EntityBombFailsQuickly) {
     const auto start = std::chrono::steady_clock::now();
     for (const char* use : {"<a>&e12;</a>", "<a b='&e12;'/>"}) {
         EXPECT_FALSE(Load(Bomb(use))) << use;
@@ -184,14 +183,14 @@ TEST_F(XmlLoad, AnEntityBombGivesAReasonSoon) {
         << reason;
 }
 
-TEST_F(XmlLoad, ANameThatIsTooLongForANodeGivesAReason) {
+TEST_F(XmlLoad, NameOf65536BytesFails) {
     const std::string name(65536, 'x');
     EXPECT_FALSE(Load("<a id" + name + "='1'/>"));
     EXPECT_FALSE(Load("<a" + name + "/>"));
     EXPECT_TRUE(Load("<a " + name.substr(1) + "='1'/>")) << reason;
 }
 
-TEST_F(XmlLoad, AnyDepthLoadsAndSaves) {
+TEST_F(XmlLoad, DeepDocumentLoadsAndSaves) {
     constexpr std::size_t kLevels = 200000;
     const std::string document = Repeated("<a>", kLevels) + "x" + Repeated("</a>", kLevels);
     const auto loaded = Load(document);
@@ -205,7 +204,7 @@ TEST_F(XmlLoad, AnyDepthLoadsAndSaves) {
     EXPECT_FALSE(Load(Repeated("<a>", kLevels)));
 }
 
-TEST_F(XmlLoad, ASaveThatFailsLeavesTheFile) {
+TEST_F(XmlLoad, SaveToAnInvalidPathFails) {
     const auto document = Load("<a/>");
     drives.MakeFolder(R"(C:\folder)");
     EXPECT_FALSE(document->save(R"(C:\folder)"));

@@ -1,4 +1,4 @@
-// What nobody changed is saved byte for byte, in every encoding.
+// Unchanged content is saved byte for byte, in every encoding.
 #include <iconv.h>
 
 #include "markers/xml_fixture.h"
@@ -19,7 +19,7 @@ const char* const kDocuments[] = {
     "<?xml version=\"1.0\"?>\r\n<a>\r\n  <b/>\r\r\n</a>\r\n",
     R"(<a>&#x41;&#65;&amp;&lt;&gt;&quot;&apos;]]&gt;</a>)",
     R"(<a>x<![CDATA[<b>&amp;]]]]><![CDATA[>]]>y<![CDATA[]]></a>)",
-    R"(<!-- before --><?go <now>?><a><!-- <b> & -->x<?p?><?p  a>b ?></a><!-- behind -->)",
+    R"(<!-- before --><?go <now>?><a><!-- <b> & -->x<?p?><?p  a>b ?></a><!-- after -->)",
     R"(<!DOCTYPE a><a/>)",
     R"(<!DOCTYPE a SYSTEM 'missing.dtd'><a/>)",
     R"(<!DOCTYPE html PUBLIC "-//W3C//DTD XHTML 1.0 Transitional//EN" "http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd">
@@ -32,13 +32,13 @@ const char* const kDocuments[] = {
     "<a>\n\n<b>\t</b> <b> </b></a>",
 };
 
-TEST_F(XmlRoundTrip, KeepsEveryByte) {
+TEST_F(XmlRoundTrip, PreservesEveryByte) {
     for (const std::string document : kDocuments) {
         EXPECT_EQ(RoundTrip(document), document);
     }
 }
 
-TEST_F(XmlRoundTrip, KeepsEveryByteAroundAChange) {
+TEST_F(XmlRoundTrip, PreservesEveryByteAroundAChange) {
     for (const std::string document : kDocuments) {
         const auto loaded = Load(document);
         ASSERT_TRUE(loaded) << document << reason;
@@ -78,11 +78,11 @@ std::string Declared(const char* encoding) {
 struct Encoding {
     const char* declared;
     const char* converter;
-    std::string mark;  ///< The byte-order mark in front.
+    std::string mark;  ///< The byte-order mark.
 };
 
 TEST_F(XmlRoundTrip, WritesALargeDocumentInPieces) {
-    // The beginning does not tell how many nodes there will be.
+    // The number of nodes cannot be estimated from the beginning.
     std::string bytes = "<a>" + std::string(100000, '-');
     std::string expected = bytes;
     for (int i = 0; i < 20000; ++i) {
@@ -94,12 +94,12 @@ TEST_F(XmlRoundTrip, WritesALargeDocumentInPieces) {
     ASSERT_TRUE(document) << reason;
     for (xml::Node node = document->get_documentElement().get_firstChild(); node;
          node = node.get_nextSibling()) {
-        node.get_firstChild().prepend_text("new ");  // Nothing for the text, which has no child.
+        node.get_firstChild().prepend_text("new ");  // Ignored for the line feeds, which have no child.
     }
     EXPECT_TRUE(Saved(*document) == expected + "</a>");
 }
 
-TEST_F(XmlRoundTrip, KeepsTheEncoding) {
+TEST_F(XmlRoundTrip, SavesInTheOriginalEncoding) {
     const Encoding encodings[] = {
         {"UTF-16", "UTF-16LE", "\xFF\xFE"}, {"UTF-16", "UTF-16BE", "\xFE\xFF"},
         {"utf-16", "UTF-16LE", ""},         {"ISO-8859-1", "ISO-8859-1", ""},
@@ -114,7 +114,7 @@ TEST_F(XmlRoundTrip, KeepsTheEncoding) {
         ASSERT_TRUE(document) << reason;
         EXPECT_EQ(Saved(*document), bytes);
         xml::Node root = document->get_documentElement();
-        EXPECT_EQ(root.get_firstChild().get_text(), "\xC3\xA4\xC3\xB6\xE2\x82\xAC");
+        EXPECT_EQ(NodeText(root.get_firstChild()), "\xC3\xA4\xC3\xB6\xE2\x82\xAC");
         EXPECT_EQ(AttributesOf(root), "b=\xC3\xA9");
         root.insertBefore(document->createTextNode("\xC3\xA4!"), root.get_firstChild());
         const std::string changed =
@@ -126,7 +126,7 @@ TEST_F(XmlRoundTrip, KeepsTheEncoding) {
     }
 }
 
-TEST_F(XmlRoundTrip, WritesWhatTheEncodingLacksAsReferences) {
+TEST_F(XmlRoundTrip, WritesCharactersThatTheEncodingLacksAsReferences) {
     const auto document = Load("<?xml version='1.0' encoding='ISO-8859-1'?><a b=''>\xE4</a>");
     ASSERT_TRUE(document) << reason;
     xml::Node root = document->get_documentElement();
@@ -136,7 +136,7 @@ TEST_F(XmlRoundTrip, WritesWhatTheEncodingLacksAsReferences) {
               "<?xml version='1.0' encoding='ISO-8859-1'?><a b='&#945;'>\xE4 &#8364; &#128512;</a>");
 }
 
-TEST_F(XmlRoundTrip, RefusesBytesThatAreNotInTheEncoding) {
+TEST_F(XmlRoundTrip, BytesInvalidInTheEncodingFailTheLoad) {
     const std::string refused[] = {
         "<a>\xE4</a>",
         "<?xml version='1.0' encoding='UTF-8'?><a>\xE4</a>",

@@ -1,4 +1,4 @@
-// What queries select, over the document as it is now.
+// What queries select in the current document.
 #include "markers/xml_fixture.h"
 
 namespace ventrix::test {
@@ -6,7 +6,8 @@ namespace {
 
 using XmlSelectNodes = XmlTest;
 
-/// The selected nodes in one line: elements by name and first text, texts in quotes, other kinds by number.
+/// The selected nodes in one line: elements by name and text of the first child, text nodes and attributes in
+/// quotes, other kinds by number.
 std::string Selected(xml::Document& document, std::string_view query) {
     const auto list = document.selectNodes(query);
     if (!list) {
@@ -17,9 +18,9 @@ std::string Selected(xml::Document& document, std::string_view query) {
         const xml::Node node = list->get_item(i);
         line += i == 0 ? "" : " ";
         if (node.get_nodeType() == xml::NODE_ELEMENT) {
-            line.append(node.get_nodeName()).append(":").append(node.get_firstChild().get_text());
+            line.append(node.get_nodeName()).append(":").append(NodeText(node.get_firstChild()));
         } else if (node.get_nodeType() == xml::NODE_TEXT || node.get_nodeType() == xml::NODE_ATTRIBUTE) {
-            line.append(node.get_nodeName()).append("'").append(node.get_text()).append("'");
+            line.append(node.get_nodeName()).append("'").append(NodeText(node)).append("'");
         } else {
             line += std::to_string(static_cast<int>(node.get_nodeType()));
         }
@@ -65,7 +66,7 @@ TEST_F(XmlSelectNodes, SelectsInDocumentOrder) {
     }
 }
 
-TEST_F(XmlSelectNodes, SeesWhatWasChanged) {
+TEST_F(XmlSelectNodes, SeesEarlierChanges) {
     const auto document = Load("<a x='1'>one<b/>two</a>");
     ASSERT_TRUE(document) << reason;
     xml::Node root = document->get_documentElement();
@@ -89,7 +90,7 @@ TEST_F(XmlSelectNodes, SeesWhatWasChanged) {
     EXPECT_EQ(Selected(*scratch, "//ui"), "no list");
 }
 
-TEST_F(XmlSelectNodes, AnExpressionOfAnyShapeComesBack) {
+TEST_F(XmlSelectNodes, ExtremelyNestedExpressionYieldsNoList) {
     const auto document = Load("<a>x</a>");
     std::string nested = "/a";
     for (int i = 0; i < 100000; ++i) {

@@ -1,10 +1,10 @@
-// What the tree shows of a document, and what changes of it write.
+// The tree of a document, and what is saved after changes.
 #include <random>
 
 #include "markers/marker_format.h"
 #include "markers/xml_fixture.h"
 
-/// Of the address checks, which every test has: what is allocated now.
+/// The bytes allocated now; part of the address sanitizer, which all tests are built with.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace ventrix::test {
@@ -59,7 +59,7 @@ TEST_F(XmlTree, ExpandsAndNormalisesAttributeValues) {
     }
 }
 
-TEST_F(XmlTree, LinksNeighboursBothWays) {
+TEST_F(XmlTree, LinksSiblingsBothWays) {
     const auto document = Load("<!-- c --><a>x<b/><!-- c --><d>y</d></a><?p?>");
     ASSERT_TRUE(document) << reason;
     const xml::Node root = document->get_documentElement();
@@ -74,7 +74,7 @@ TEST_F(XmlTree, LinksNeighboursBothWays) {
     EXPECT_FALSE(root.get_parentNode().get_parentNode());
 }
 
-/// Every child, from the first one by the next ones and from the last one by the previous ones.
+/// Checks the children both from the first one by next siblings and from the last one by previous siblings.
 void ExpectChildren(xml::Node parent, const std::vector<xml::Node>& expected) {
     std::vector<xml::Node> forwards;
     for (xml::Node node = parent.get_firstChild(); node; node = node.get_nextSibling()) {
@@ -90,7 +90,7 @@ void ExpectChildren(xml::Node parent, const std::vector<xml::Node>& expected) {
     EXPECT_EQ(backwards, expected);
 }
 
-TEST_F(XmlTree, LinksNeighboursBothWaysWhateverMoves) {
+TEST_F(XmlTree, LinksStayConsistentUnderRandomChanges) {
     const auto document = Load("<a>x<b/><c/><!-- c --></a>");
     ASSERT_TRUE(document) << reason;
     xml::Node root = document->get_documentElement();
@@ -115,7 +115,7 @@ TEST_F(XmlTree, LinksNeighboursBothWaysWhateverMoves) {
     }
 }
 
-TEST_F(XmlTree, ANullNodeAnswersNothing) {
+TEST_F(XmlTree, NullNodeAnswersNothingAndIgnoresChanges) {
     xml::Node none;
     none.put_text("x");
     none.insertBefore(none, none);
@@ -123,13 +123,13 @@ TEST_F(XmlTree, ANullNodeAnswersNothing) {
     EXPECT_FALSE(none.get_firstChild() || none.get_nextSibling() || none.get_previousSibling() ||
                  none.get_parentNode());
     EXPECT_EQ(none.get_nodeType(), xml::NODE_INVALID);
-    EXPECT_EQ(none.get_text() + none.get_xml() + std::string(none.get_nodeName()), "");
+    EXPECT_EQ(NodeText(none) + none.get_xml() + std::string(none.get_nodeName()), "");
     none.get_attributes().setNamedItem(none);
     EXPECT_FALSE(none.get_attributes().get_item(0));
     EXPECT_FALSE(xml::CreateDocument()->get_documentElement());
 }
 
-/// A document, what `change` does to it, and how it is saved then.
+/// A document, a change to it, and the bytes that are saved then.
 struct Change {
     const char* document;
     void (*change)(xml::Document& document, xml::Node root);
@@ -154,7 +154,7 @@ const Change kChanges[] = {
     {"<a>1</a>", [](auto&, xml::Node a) { SetFirstText(a, "\x01\xFF\xEF\xBF\xBE\xED\xA0\x80\t"); },
      "<a>\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\t</"
      "a>"},
-    {"<a>\r\n1\r\n</a>", [](auto&, xml::Node a) { SetFirstText(a, a.get_firstChild().get_text() + "2\n"); },
+    {"<a>\r\n1\r\n</a>", [](auto&, xml::Node a) { SetFirstText(a, NodeText(a.get_firstChild()) + "2\n"); },
      "<a>\r\n1\r\n2\r\n</a>"},
     {"<a>&#65;\r\n&gt;'</a>",
      [](auto&, xml::Node a) {
@@ -223,7 +223,7 @@ TEST_F(XmlTree, SavesChangesAndNothingElse) {
     }
 }
 
-TEST_F(XmlTree, KeepsAdjacentTextsApart) {
+TEST_F(XmlTree, KeepsAdjacentTextNodesApart) {
     const auto document = Load("<a>1<b/>2</a>");
     ASSERT_TRUE(document) << reason;
     xml::Node root = document->get_documentElement();
@@ -237,7 +237,7 @@ TEST_F(XmlTree, KeepsAdjacentTextsApart) {
     EXPECT_FALSE(element.get_parentNode() || element.get_nextSibling());
 }
 
-TEST_F(XmlTree, RefusesNamesThatAreNone) {
+TEST_F(XmlTree, InvalidAttributeNameYieldsNoNode) {
     const auto document = xml::CreateDocument();
     for (const char* name : {"", "1a", "a b", "a=", "<", "a:", ":a", "a:b:c", "\xFF"}) {
         EXPECT_FALSE(document->createAttribute(name)) << name;
@@ -265,7 +265,7 @@ TEST_F(XmlTree, InsertsFromAReleasedScratchDocument) {
               "<ui x='&lt;'>OK &amp; <b/>\n</ui>1</p></html>");
 }
 
-TEST_F(XmlTree, AScratchTextThatDoesNotParseGivesNoElement) {
+TEST_F(XmlTree, MalformedScratchXmlYieldsNoElement) {
     const auto document = Load("<html/>");
     for (const char* text : {"", "x", "<a>", "<a/><b/>", "<a>&nbsp;</a>"}) {
         const auto scratch = xml::CreateScratchDocument(*document);
@@ -277,7 +277,7 @@ TEST_F(XmlTree, AScratchTextThatDoesNotParseGivesNoElement) {
         xml::CreateScratchDocument(*document)->loadXML("<?xml version='1.0' encoding='UTF-16'?><a/>"));
 }
 
-TEST_F(XmlTree, GivesAnElementAsXmlThatParsesOnItsOwn) {
+TEST_F(XmlTree, ElementXmlParsesOnItsOwn) {
     const Row rows[] = {
         {"<a><b x='1'>2<c/></b>3</a>", "<b x='1'>2<c/></b>"},
         {"<a><b>&amp;<![CDATA[<]]><!-- c --></b></a>", "<b>&amp;<![CDATA[<]]><!-- c --></b>"},
@@ -307,10 +307,10 @@ TEST_F(XmlTree, GivesAnElementAsXmlThatParsesOnItsOwn) {
     EXPECT_EQ(element.get_xml(), "<b x='1'>&lt;<c/></b>");
 }
 
-/// What happens to a text that holds an element, and to the element, once the text is there.
+/// A change to a text node that quotes an element, or to the element, once the text node is in the tree.
 using Afterwards = void(xml::Node text, xml::Node element);
 
-TEST_F(XmlTree, QuotesAnElementAsATextOfItsXmlWouldBe) {
+TEST_F(XmlTree, QuotedElementEqualsATextNodeOfItsEscapedXml) {
     const std::pair<const char*, bool> documents[] = {
         {"<a>1<b x=\"&lt;\">'2' &amp;<c/>\r\n</b>3\r\n</a>", true},
         {"<a>1<b/></a>", true},
@@ -333,7 +333,7 @@ TEST_F(XmlTree, QuotesAnElementAsATextOfItsXmlWouldBe) {
         const std::string content = "S\n" + escaped + "<E";
         const xml::Node text =
             quoted ? document->createQuotedXml("S\n", element, "<E") : document->createTextNode(content);
-        EXPECT_EQ(text.get_text(), content);
+        EXPECT_EQ(NodeText(text), content);
         EXPECT_TRUE(text.IsFilledText() && text.StartsWith("S\n") && !text.StartsWith("E"));
         root.insertBefore(text, element);
         root.removeChild(element);
@@ -354,11 +354,11 @@ TEST_F(XmlTree, QuotesAnElementAsATextOfItsXmlWouldBe) {
     const auto changed = Load("<a><b>1</b></a>");
     const xml::Node element = FindElement(changed->get_documentElement(), "b");
     element.get_firstChild().put_text("2");
-    EXPECT_FALSE(changed->createQuotedXml("S", element, "E")) << "it is no longer what the source has";
+    EXPECT_FALSE(changed->createQuotedXml("S", element, "E")) << "the element differs from its source";
     EXPECT_FALSE(changed->createQuotedXml("S", element.get_firstChild(), "E"));
 }
 
-TEST_F(XmlTree, ATextThatIsReplacedLeavesNoMemoryBehind) {
+TEST_F(XmlTree, ReplacedTextReleasesItsMemory) {
     const auto document = Load("<a x='1'>1<b/>2</a>");
     ASSERT_TRUE(document) << reason;
     const xml::Node root = document->get_documentElement();
@@ -368,8 +368,8 @@ TEST_F(XmlTree, ATextThatIsReplacedLeavesNoMemoryBehind) {
     const std::string piece(1000, 'x');
     const std::size_t before = __sanitizer_get_current_allocated_bytes();
     for (int i = 0; i < 1000; ++i) {
-        attribute.put_text(attribute.get_text() + piece);
-        text.put_text(text.get_text() + piece);
+        attribute.put_text(NodeText(attribute) + piece);
+        text.put_text(NodeText(text) + piece);
         prefixed.prepend_text(piece);
     }
     EXPECT_LT(__sanitizer_get_current_allocated_bytes() - before, 20 * piece.size() * 1000);
@@ -377,7 +377,7 @@ TEST_F(XmlTree, ATextThatIsReplacedLeavesNoMemoryBehind) {
     EXPECT_TRUE(Saved(*document) == "<a x='1" + whole + "'>1" + whole + "<b/>" + whole + "2</a>");
 }
 
-TEST_F(XmlTree, ATextIsFilledByMoreThanBlanks) {
+TEST_F(XmlTree, TextNodeIsFilledByMoreThanWhitespace) {
     const std::pair<const char*, bool> rows[] = {
         {" \t\r\n", false}, {"&#32;&#x9;&#10;&#13;", false}, {" x", true},
         {"\n]", true},      {" \xC2\xA0\n", true},           {" &#160;", true},

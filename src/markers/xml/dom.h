@@ -1,11 +1,13 @@
-// The XML document object model, as far as the document passes use it, under its own method names.
-// A Document owns everything of it; Node, NamedNodeMap and NodeList are handles that own nothing and hold as
-// long as that document does, also for nodes that were taken out of the tree. A null node answers every
-// question with "nothing" and ignores every change. Texts are UTF-8 and end at the first NUL; paths are in
-// system notation.
+// The XML document object model, as far as the document passes use it, under the DOM's own method names.
+// There is one implementation for all platforms; docs/xml-document.md describes it.
 //
-// Saving keeps every byte of what was not changed: quotes, line ends, `<a></a>`, character references, the
-// DOCTYPE.
+// A Document owns its nodes. Node, NamedNodeMap and NodeList are handles that own nothing; they stay valid as
+// long as that document, even for nodes that were removed from the tree. A null node answers every question
+// with "nothing" and ignores every change. Strings are UTF-8 and end at the first NUL; paths are in system
+// notation.
+//
+// Saving preserves every byte of what was not changed: quotes, line ends, `<a></a>`, character references,
+// the DOCTYPE.
 #pragma once
 
 #include <cstddef>
@@ -44,54 +46,52 @@ class Node {
 
     NodeType get_nodeType() const { return TypeOf(*this); }
 
-    /// The qualified name as written of an element or an attribute, prefix included; empty for other kinds.
-    /// The text lives as long as the document.
+    /// The qualified name of an element or attribute as written, prefix included; empty for other kinds. The
+    /// view is valid as long as the document.
     std::string_view get_nodeName() const { return NameOf(*this); }
 
-    /// An attribute has no parent here; the root's parent is the document node, which has none.
+    /// Null for an attribute. The root's parent is the document node, which has none.
     Node get_parentNode() const { return ParentOf(*this); }
     Node get_firstChild() const { return FirstChildOf(*this); }
-    Node get_nextSibling() const { return NextOf(*this); }
-    Node get_previousSibling() const { return PreviousOf(*this); }
+    Node get_nextSibling() const { return NextSiblingOf(*this); }
+    Node get_previousSibling() const { return PreviousSiblingOf(*this); }
 
-    /// An element's attributes in the document's order; those that the DTD supplies stand behind. Empty for
-    /// other kinds.
+    /// An element's attributes in document order, followed by those that the DTD supplies. Empty for other
+    /// kinds.
     NamedNodeMap get_attributes() const;
 
-    /// Text, CDATA section: its content, line ends read as line feeds. Attribute: its value, references
-    /// expanded and white space normalised. Empty for other kinds.
-    std::string get_text() const;
+    /// Text node, CDATA section: its content, with line ends as line feeds. Attribute: its value, with
+    /// references expanded and whitespace normalised. Empty for other kinds. The view points into the
+    /// document where it holds the string in this form, otherwise into `buffer`, which is overwritten; it is
+    /// valid until the buffer or this node changes.
+    std::string_view get_text(std::string& buffer) const { return ReadText(*this, buffer); }
 
-    /// The same without a copy where the document holds the text as it stands; otherwise `buffer` is filled.
-    /// The view holds until the buffer or this node is changed.
-    std::string_view get_text(std::string& buffer) const { return TextOf(*this, buffer); }
-
-    /// True for a text node that holds more than spaces, tabs, line feeds and carriage returns. Costs no look
-    /// at the text.
+    /// True for a text node that holds more than spaces, tabs, line feeds and carriage returns. O(1).
     bool IsFilledText() const { return HasFilledText(*this); }
 
-    /// Puts something in front of a text node's content, whose bytes stay as the file has them.
-    void prepend_text(std::string_view text) { PrependText(*this, text); }
+    /// True if this is a text node whose content starts with `prefix`. Rarely looks at more than the first
+    /// byte.
+    bool StartsWith(std::string_view prefix) const { return TextStartsWith(*this, prefix); }
 
-    /// Replaces the content of a text node or the value of an attribute. What XML cannot hold, a control
-    /// character or a byte that is no UTF-8, is saved as U+FFFD.
+    /// Replaces the content of a text node or the value of an attribute; ignored for other kinds. What XML
+    /// cannot represent, a control character or a byte that is not UTF-8, is saved as U+FFFD.
     void put_text(std::string_view text) { SetText(*this, text); }
-    void put_value(std::string_view value) { SetText(*this, value); }
+    void put_value(std::string_view value) { put_text(value); }
 
-    /// An element with its subtree as XML that parses on its own: it carries the namespace declarations that
-    /// it needs from around it, and declared entities stand expanded. Empty for other kinds.
+    /// Inserts `prefix` before the content of a text node, whose own bytes stay as the file has them.
+    void prepend_text(std::string_view prefix) { PrependText(*this, prefix); }
+
+    /// An element and its subtree as XML that can be parsed on its own: declarations of the namespaces that
+    /// it uses are added, and declared entities expanded. Empty for other kinds.
     std::string get_xml() const;
 
-    /// True if the content of a text begins so. Mostly costs no look at more than the front of it.
-    bool StartsWith(std::string_view front) const { return TextStartsWith(*this, front); }
-
-    /// Puts `child` in front of `reference`, a child of this element, or behind the last child for a null
-    /// reference. The child is taken from where it stood. It may come from a scratch document of this
-    /// document. What would not give a tree is ignored: a child that holds this element, a reference that is
-    /// no child, an attribute.
+    /// Inserts `child` before `reference`, a child of this element, or after the last child if that is null.
+    /// The child is first removed from its old place. It may come from a scratch document of this document.
+    /// Ignored where the result would not be a tree (a child that contains this element), and for a reference
+    /// that is not a child of this element, an attribute or a document node.
     void insertBefore(Node child, Node reference) { Insert(*this, child, reference); }
 
-    /// Takes a child of this element out of the tree.
+    /// Removes a child of this element from the tree.
     void removeChild(Node child) { Remove(*this, child); }
 
   private:
@@ -100,21 +100,24 @@ class Node {
     friend class NamedNodeMap;
     friend class NodeList;
 
-    // What the methods do. They take the node by value: a handle whose address nobody needs stays in
-    // registers, and a walk asks many questions of each node.
+    // The methods above forward to functions that take the node by value. A call with `this` would force each
+    // handle of a walk out of its registers into memory, and made an encoding pass a sixth slower; link-time
+    // optimisation does not make up for it.
     static NodeType TypeOf(Node node);
     static std::string_view NameOf(Node node);
     static Node ParentOf(Node node);
     static Node FirstChildOf(Node node);
-    static Node NextOf(Node node);
-    static Node PreviousOf(Node node);
-    static std::string_view TextOf(Node node, std::string& buffer);
-    static bool TextStartsWith(Node node, std::string_view front);
+    static Node NextSiblingOf(Node node);
+    static Node PreviousSiblingOf(Node node);
+    static std::string_view ReadText(Node node, std::string& buffer);
     static bool HasFilledText(Node node);
-    static void PrependText(Node node, std::string_view front);
+    static bool TextStartsWith(Node node, std::string_view prefix);
     static void SetText(Node node, std::string_view text);
+    static void PrependText(Node node, std::string_view prefix);
     static void Insert(Node parent, Node child, Node reference);
     static void Remove(Node parent, Node child);
+
+    static bool HasSiblings(Node node);  ///< False for an attribute and a null node.
 
     Node(DocumentStore* store, std::uint32_t index) : store_(index == 0 ? nullptr : store), index_(index) {}
 
@@ -122,15 +125,15 @@ class Node {
     std::uint32_t index_ = 0;
 };
 
-/// The attributes of one element. Going through the positions in order is linear.
+/// The attributes of one element. Visiting the positions in ascending order is linear.
 class NamedNodeMap {
   public:
     std::size_t get_length() const { return length_; }
 
-    /// By position from 0; a null node beyond the end.
+    /// By position from 0; a null node past the end.
     Node get_item(std::size_t position) const;
 
-    /// Adds an attribute from createAttribute of the same document; it takes the place of one of that name.
+    /// Adds an attribute from createAttribute of the same document; it replaces one of the same name.
     void setNamedItem(Node attribute);
 
   private:
@@ -139,21 +142,23 @@ class NamedNodeMap {
 
     Node element_;
     std::size_t length_ = 0;
-    mutable Node last_;  ///< The item asked for last, and its position.
+    mutable Node last_;  ///< The item that was requested last, and its position.
     mutable std::size_t lastPosition_ = 0;
 };
 
-/// What a query selected, in document order.
+/// The nodes that a query selected, in document order.
 class NodeList {
   public:
     std::size_t get_length() const { return nodes_.size(); }
 
-    /// By position from 0; a null node beyond the end. Null too for a selected node that has no handle: an
-    /// attribute that declares a namespace, and what stands inside an entity.
+    /// By position from 0; a null node past the end, and for a selected node that has no handle: a namespace
+    /// declaration or what lies inside an entity.
     Node get_item(std::size_t position) const { return position < nodes_.size() ? nodes_[position] : Node(); }
 
   private:
-    friend class DocumentStore;
+    friend class Document;
+    explicit NodeList(std::vector<Node> nodes) : nodes_(std::move(nodes)) {}
+
     std::vector<Node> nodes_;
 };
 
@@ -161,8 +166,8 @@ class ParseError {
   public:
     explicit ParseError(std::string reason) : reason_(std::move(reason)) {}
 
-    /// One line of text without a line break at its end; empty if nothing went wrong. A reference to an
-    /// entity that nothing declares gives a reason with the words "undefined entity".
+    /// One line without a line break; empty if there was no error. For a reference to an undeclared entity it
+    /// contains the words "undefined entity".
     const std::string& get_reason() const { return reason_; }
 
   private:
@@ -175,27 +180,24 @@ class Document {
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
-    /// Loading always finishes before it returns, never validates and keeps all white space: the other values
-    /// of these three are ignored.
-    void put_async(bool) {}
-    void put_validateOnParse(bool) {}
-    void put_preserveWhiteSpace(bool) {}
-
-    /// On: the external part of the DTD is read, from a local file only, whichever way its system id names
-    /// it. Off, as at first: entities that it would declare are undefined, and a reference to one fails the
+    /// On: the external DTD subset is read, from local files only, whether its system id is a path or a file
+    /// URL. Off (the default): entities that it would declare are undefined, and a reference to one fails the
     /// load.
     void put_resolveExternals(bool resolve) { resolveExternals_ = resolve; }
 
-    /// "ProhibitDTD", "NormalizeAttributeValues", "SelectionLanguage": a DOCTYPE is always allowed, values
-    /// are always normalised, queries are always XPath.
+    /// These settings are fixed and the values are ignored: loading is synchronous, never validates, keeps
+    /// all whitespace and allows a DOCTYPE; attribute values are normalised; queries are XPath.
+    void put_async(bool) {}
+    void put_validateOnParse(bool) {}
+    void put_preserveWhiteSpace(bool) {}
     void setProperty(std::string_view, bool) {}
     void setProperty(std::string_view, const char*) {}
 
-    /// Parses a file, in any encoding that it declares, in place of what the document held. False leaves no
-    /// root element and a reason.
+    /// Parses a file, in the encoding that it declares, and replaces what the document held. On failure
+    /// (false) the document has no root element and get_parseError has the reason.
     bool load(std::string_view path);
 
-    /// Parses a text, which is UTF-8 whatever it declares. False as for `load`.
+    /// Parses a string, which is UTF-8 whatever it declares. Failure is reported as for `load`.
     bool loadXML(std::string_view text);
 
     ParseError get_parseError() const { return ParseError(reason_); }
@@ -206,21 +208,21 @@ class Document {
     /// A new text node, not yet in the tree.
     Node createTextNode(std::string_view text);
 
-    /// The same, of `before`, the element's XML with its five markup characters escaped, and `behind`,
-    /// without a copy of the XML: later changes of the element change nothing. A null node where the document
-    /// does not hold the element as get_xml would give it.
-    Node createQuotedXml(std::string_view before, Node element, std::string_view behind);
+    /// A new text node that consists of `before`, the element's XML with its markup characters escaped, and
+    /// `after`. The XML is not copied; later changes of the element do not affect the text node. Null if the
+    /// document does not hold the element in the form that get_xml returns.
+    Node createQuotedXml(std::string_view before, Node element, std::string_view after);
 
-    /// A new attribute without a value, not yet on an element; a null node for a text that is no XML name.
+    /// A new attribute without a value, not yet on an element; null if `name` is not an XML name.
     Node createAttribute(std::string_view name);
 
-    /// Writes the document in the encoding in which it was loaded; characters that it lacks become character
-    /// references. The file changes as a whole, or on failure (false) not at all.
+    /// Writes the document in the encoding from which it was loaded; characters that it lacks become
+    /// character references. On failure (false) the file keeps its old content.
     bool save(std::string_view path);
 
-    /// The nodes that an XPath expression selects; texts that were inserted or changed count as they are now.
-    /// No list for an expression that is none, has a prefix, or does not select nodes. Queries between which
-    /// only texts and attribute values change share their preparation.
+    /// The nodes that an XPath expression selects in the document as it is now. Nothing for an expression
+    /// that is invalid, uses a prefix, or does not yield nodes. Consecutive queries share their preparation
+    /// if only text and attribute values change in between.
     std::optional<NodeList> selectNodes(std::string_view query);
 
   private:
@@ -228,7 +230,7 @@ class Document {
     friend std::unique_ptr<Document> CreateScratchDocument(Document& main);
     explicit Document(std::shared_ptr<DocumentStore> store);
 
-    bool Build(std::string_view path, platform::Bytes bytes, bool isFile);
+    bool Parse(std::string_view path, platform::Bytes bytes, bool isFile);
 
     std::shared_ptr<DocumentStore> store_;
     std::uint32_t index_ = 0;  ///< The document node.
@@ -236,11 +238,11 @@ class Document {
     bool resolveExternals_ = false;
 };
 
-/// An empty document; null where the system has no document model. Released by whoever holds the pointer.
+/// An empty document.
 std::unique_ptr<Document> CreateDocument();
 
-/// An empty document for a piece of XML. Its nodes may be inserted into `main`, and live on as long as main
-/// does, also when the scratch document was released long ago.
+/// An empty document for a piece of XML. Its nodes may be inserted into `main`; they live as long as `main`,
+/// even after the scratch document was released.
 std::unique_ptr<Document> CreateScratchDocument(Document& main);
 
 }  // namespace ventrix::xml

@@ -1,0 +1,280 @@
+#include "markers/xml/dom.h"
+
+#include <libxml/tree.h>
+
+#include <algorithm>
+
+#include "markers/xml/document_store.h"
+#include "markers/xml/libxml.h"
+#include "markers/xml/loading.h"
+#include "markers/xml/query.h"
+#include "markers/xml/source_encoding.h"
+#include "markers/xml/writer.h"
+#include "platform/files.h"
+
+namespace ventrix::xml {
+namespace {
+
+/// True if `node` is `ancestor` or lies below it. Most nodes that are inserted have no children, and need no
+/// walk up the tree.
+bool Contains(DocumentStore& store, NodeIndex ancestor, NodeIndex node) {
+    if (store.FirstChild(ancestor) == 0 && ancestor != node) {
+        return false;
+    }
+    while (node != 0 && node != ancestor) {
+        node = store.At(node).parent;
+    }
+    return node == ancestor;
+}
+
+}  // namespace
+
+bool Node::HasSiblings(Node node) {
+    return node && node.store_->At(node.index_).Type() != NODE_ATTRIBUTE;
+}
+
+NodeType Node::TypeOf(Node node) {
+    return node ? node.store_->At(node.index_).Type() : NODE_INVALID;
+}
+
+std::string_view Node::NameOf(Node node) {
+    return node ? node.store_->NameOf(node.index_) : std::string_view();
+}
+
+Node Node::ParentOf(Node node) {
+    return HasSiblings(node) ? Node(node.store_, node.store_->At(node.index_).parent) : Node();
+}
+
+Node Node::FirstChildOf(Node node) {
+    return node ? Node(node.store_, node.store_->FirstChild(node.index_)) : Node();
+}
+
+Node Node::NextSiblingOf(Node node) {
+    return HasSiblings(node) ? Node(node.store_, node.store_->At(node.index_).next) : Node();
+}
+
+Node Node::PreviousSiblingOf(Node node) {
+    return HasSiblings(node) ? Node(node.store_, node.store_->Previous(node.index_)) : Node();
+}
+
+NamedNodeMap Node::get_attributes() const {
+    return NamedNodeMap(get_nodeType() == NODE_ELEMENT ? *this : Node());
+}
+
+std::string_view Node::ReadText(Node node, std::string& buffer) {
+    return node ? node.store_->ContentOf(node.index_, buffer) : std::string_view();
+}
+
+bool Node::HasFilledText(Node node) {
+    return node && node.store_->IsFilledText(node.index_);
+}
+
+bool Node::TextStartsWith(Node node, std::string_view prefix) {
+    return TypeOf(node) == NODE_TEXT && node.store_->TextStartsWith(node.index_, prefix);
+}
+
+void Node::SetText(Node node, std::string_view text) {
+    const NodeType type = TypeOf(node);
+    if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
+        node.store_->SetContent(node.index_, text);
+    }
+}
+
+void Node::PrependText(Node node, std::string_view prefix) {
+    if (TypeOf(node) == NODE_TEXT) {
+        node.store_->PrependContent(node.index_, prefix);
+    }
+}
+
+std::string Node::get_xml() const {
+    return get_nodeType() == NODE_ELEMENT ? WriteElement(*store_, index_) : std::string();
+}
+
+void Node::Insert(Node parent, Node child, Node reference) {
+    DocumentStore* store = parent.store_;
+    const NodeType type = TypeOf(child);
+    const bool fits = TypeOf(parent) == NODE_ELEMENT && child.store_ == store && type != NODE_ATTRIBUTE &&
+                      type != NODE_DOCUMENT && child != reference;
+    if (!fits || Contains(*store, child.index_, parent.index_) ||
+        (reference && (reference.store_ != store || ParentOf(reference) != parent))) {
+        return;
+    }
+    store->Unlink(child.index_);
+    store->InsertBefore(parent.index_, child.index_, reference.index_);
+    ++store->shape;
+}
+
+void Node::Remove(Node parent, Node child) {
+    if (child && ParentOf(child) == parent) {
+        parent.store_->Unlink(child.index_);
+        ++parent.store_->shape;
+    }
+}
+
+NamedNodeMap::NamedNodeMap(Node element) : element_(element) {
+    if (!element_) {
+        return;
+    }
+    DocumentStore& store = *element_.store_;
+    store.ReadAttributes(element_.index_);
+    for (NodeIndex index = store.FirstAttribute(element_.index_); index != 0; index = store.At(index).next) {
+        ++length_;
+    }
+}
+
+Node NamedNodeMap::get_item(std::size_t position) const {
+    if (position >= length_) {
+        return {};
+    }
+    DocumentStore& store = *element_.store_;
+    if (!last_ || position < lastPosition_) {
+        last_ = Node(&store, store.FirstAttribute(element_.index_));
+        lastPosition_ = 0;
+    }
+    for (; lastPosition_ < position; ++lastPosition_) {
+        last_ = Node(&store, store.At(last_.index_).next);
+    }
+    return last_;
+}
+
+void NamedNodeMap::setNamedItem(Node attribute) {
+    if (!element_ || attribute.store_ != element_.store_ || attribute.get_nodeType() != NODE_ATTRIBUTE) {
+        return;
+    }
+    DocumentStore& store = *element_.store_;
+    if (store.At(attribute.index_).parent != 0) {
+        return;
+    }
+    NodeIndex last = 0;
+    NodeIndex same = store.FirstAttribute(element_.index_);
+    while (same != 0 && store.NameOf(same) != attribute.get_nodeName()) {
+        last = same;
+        same = store.At(same).next;
+    }
+    NodeRecord& record = store.At(attribute.index_);
+    record.parent = element_.index_;
+    record.next = same == 0 ? 0 : store.At(same).next;
+    if (last == 0) {
+        store.SetFirstAttribute(element_.index_, attribute.index_);
+    } else {
+        store.At(last).next = attribute.index_;
+    }
+    if (same != 0) {
+        store.At(same).parent = store.At(same).next = 0;
+    }
+    length_ += same == 0 ? 1 : 0;
+    last_ = Node();
+    store.NoteAttributeChange(element_.index_);
+    ++store.shape;
+}
+
+Document::Document(std::shared_ptr<DocumentStore> store)
+    : store_(std::move(store)), index_(store_->Add(NODE_DOCUMENT)) {}
+
+Document::~Document() = default;
+
+bool Document::load(std::string_view path) {
+    platform::Bytes bytes;
+    if (const platform::ErrorCode error = platform::ReadWholeFile(path, bytes);
+        error != platform::kErrorNone) {
+        bytes.clear();
+        reason_ = "The file '" + std::string(path) + "' cannot be read (error " + std::to_string(error) + ")";
+        store_->RemoveRoot(index_);
+        return false;
+    }
+    return Parse(path, std::move(bytes), true);
+}
+
+bool Document::loadXML(std::string_view text) {
+    return Parse({}, platform::Bytes(text.begin(), text.end()), false);
+}
+
+bool Document::Parse(std::string_view path, platform::Bytes bytes, bool isFile) {
+    store_->RemoveRoot(index_);
+    ++store_->shape;
+    reason_ = LoadSource(*store_, index_, std::move(bytes), {path, isFile, resolveExternals_});
+    return reason_.empty();
+}
+
+Node Document::get_documentElement() const {
+    return {store_.get(), store_->FirstChild(index_)};
+}
+
+Node Document::createTextNode(std::string_view text) {
+    const NodeIndex index = store_->Add(NODE_TEXT);
+    store_->At(index).Set(kCreated);
+    store_->SetContent(index, text);
+    return {store_.get(), index};
+}
+
+Node Document::createQuotedXml(std::string_view before, Node element, std::string_view after) {
+    if (element.store_ != store_.get() || element.get_nodeType() != NODE_ELEMENT ||
+        !StandsAlone(*store_, element.index_)) {
+        return {};
+    }
+    const NodeRecord& record = store_->At(element.index_);
+    return store_->Handle(store_->AddQuoted(before, record.begin, store_->ElementEnd(record), after));
+}
+
+Node Document::createAttribute(std::string_view name) {
+    const std::string terminated(name);
+    if (xmlValidateQName(Chars(terminated), 0) != 0) {
+        return {};
+    }
+    const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
+    NodeRecord& record = store_->At(index);
+    record.Set(kCreated | kOwnContent);
+    record.SetNameString(store_->strings.Intern(terminated));
+    return {store_.get(), index};
+}
+
+bool Document::save(std::string_view path) {
+    const SourceText* source = store_->SourceOfDocument(index_);
+    if (source == nullptr || store_->FirstChild(index_) == 0) {
+        return false;
+    }
+    const auto inUtf8 = [&](const platform::PutPiece& put) { return WriteDocument(*store_, *source, put); };
+    const auto inOwnEncoding = [&](const platform::PutPiece& put) {
+        std::string text;
+        std::string bytes;
+        inUtf8([&](std::string_view piece) {
+            text += piece;
+            return true;
+        });
+        return EncodeSource(text, source->encoding, bytes) && put(bytes);
+    };
+    const platform::ErrorCode error = source->encoding.empty()
+                                          ? platform::WriteWholeFile(path, inUtf8)
+                                          : platform::WriteWholeFile(path, inOwnEncoding);
+    return error == platform::kErrorNone;
+}
+
+std::optional<NodeList> Document::selectNodes(std::string_view query) {
+    const SourceText* source = store_->SourceOfDocument(index_);
+    if (source == nullptr || store_->FirstChild(index_) == 0) {
+        return std::nullopt;
+    }
+    if (store_->queries == nullptr || store_->queriedDocument != index_ || !store_->queries->IsUsable()) {
+        store_->queries.reset();
+        store_->queries = std::make_shared<QueryTree>(*store_, index_);
+        store_->queriedDocument = index_;
+    }
+    const auto found = store_->queries->Select(std::string(query));
+    if (!found) {
+        return std::nullopt;
+    }
+    std::vector<Node> nodes;
+    std::ranges::transform(*found, std::back_inserter(nodes),
+                           [&](NodeIndex index) { return store_->Handle(index); });
+    return NodeList(std::move(nodes));
+}
+
+std::unique_ptr<Document> CreateDocument() {
+    return std::unique_ptr<Document>(new Document(std::make_shared<DocumentStore>()));
+}
+
+std::unique_ptr<Document> CreateScratchDocument(Document& main) {
+    return std::unique_ptr<Document>(new Document(main.store_));
+}
+
+}  // namespace ventrix::xml

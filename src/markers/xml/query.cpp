@@ -1,0 +1,291 @@
+#include "markers/xml/query.h"
+
+#include <libxml/xpath.h>
+#include <libxml/xpathInternals.h>
+
+#include <algorithm>
+
+#include "markers/xml/characters.h"
+#include "markers/xml/libxml.h"
+#include "markers/xml/namespaces.h"
+#include "markers/xml/references.h"
+
+namespace ventrix::xml {
+namespace {
+
+struct FreeXPathContext {
+    void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
+};
+struct FreeXPathObject {
+    void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
+};
+
+/// The text of a piece of XML without its tags.
+std::string WithoutTags(std::string_view xml) {
+    std::string text;
+    while (!xml.empty()) {
+        const std::size_t tag = std::min(xml.find('<'), xml.size());
+        AppendDecodedText(text, xml.substr(0, tag));
+        const std::size_t end = FindEnd(xml, ">", tag);
+        xml = end == std::string_view::npos ? std::string_view() : xml.substr(end);
+    }
+    return text;
+}
+
+/// No prefix is bound, but libxml2 always treats this one as bound.
+bool UsesXmlPrefix(std::string_view query) {
+    constexpr std::string_view kPrefix = "xml:";
+    for (std::size_t at = 0; at < query.size(); ++at) {
+        if (query[at] == '"' || query[at] == '\'') {
+            at = std::min(query.find(query[at], at + 1), query.size());
+        } else if (query.substr(at).starts_with(kPrefix) &&
+                   (at == 0 || (ClassOf(query[at - 1]) & kNameByte) == 0)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+/// A libxml2 document that has a node of the same kind, name and content for each node of the tree; only CDATA
+/// sections and entity references become text nodes. `_private` of a copied node holds the index of its
+/// original, which turns a result back into handles. `copies` leads the other way, so that a changed text or
+/// attribute value can be carried over without copying the tree again.
+///
+/// The copy is made node by node instead of by parsing the saved document: adjacent text nodes stay apart,
+/// and undeclared prefixes do no harm. Names are kept in libxml2's dictionary, once each. While the copy is
+/// made, `scope` holds the namespace declarations in force, as a stack: `scopeMarks` has its height before
+/// each open element.
+struct QueryTree::Copy {
+    explicit Copy(DocumentStore& treeStore) : store(treeStore), shape(treeStore.shape) {
+        document->dict = xmlDictCreate();
+    }
+
+    DocumentStore& store;
+    std::uint64_t shape;
+    XmlDocument document{xmlNewDoc(Chars("1.0"))};
+    std::vector<xmlNode*> copies;  ///< Of text nodes and attributes, by index of the original; else null.
+
+    /// Prefix and namespace, innermost last; null for xmlns="".
+    std::vector<std::pair<std::string, xmlNs*>> scope;
+    std::vector<std::size_t> scopeMarks;
+
+    std::string Content(NodeIndex index) {
+        std::string buffer;
+        return std::string(store.ContentOf(index, buffer));
+    }
+
+    xmlNs* Find(std::string_view prefix) const {
+        for (auto entry = scope.rbegin(); entry != scope.rend(); ++entry) {
+            if (entry->first == prefix) {
+                return entry->second;
+            }
+        }
+        return nullptr;
+    }
+
+    void Mark(xmlNode* node, NodeIndex index) {
+        node->_private = reinterpret_cast<void*>(std::uintptr_t{index});
+    }
+
+    xmlNode* CopyText(NodeIndex index) {
+        xmlNode* text = xmlNewDocText(document.get(), Chars(Content(index)));
+        NoteCopy(index, text);
+        return text;
+    }
+
+    /// An entity counts with its text. Elements inside it cannot be selected.
+    xmlNode* CopyReference(const NodeRecord& reference) {
+        const std::string xml = ExpandEntity(store.Slice(reference.begin + 1, reference.End() - 1),
+                                             store.SourceOf(reference.begin).dtd.get());
+        return xmlNewDocText(document.get(), Chars(WithoutTags(xml)));
+    }
+
+    void NoteCopy(NodeIndex index, xmlNode* node) {
+        if (copies.size() <= index) {
+            copies.resize(std::max<std::size_t>(index + 1U, 2 * copies.size()));
+        }
+        copies[index] = node;
+    }
+
+    const xmlChar* Name(std::string_view name) {
+        return xmlDictLookup(document->dict, reinterpret_cast<const xmlChar*>(name.data()),
+                             static_cast<int>(name.size()));
+    }
+
+    void DeclareNamespaces(NodeIndex element, xmlNode* node) {
+        for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.At(index).next) {
+            const std::string_view prefix = DeclaredPrefix(store.NameOf(index));
+            if (prefix.data() == nullptr) {
+                continue;
+            }
+            const std::string uri = Content(index);
+            const std::string terminated(prefix);
+            const xmlChar* declaredPrefix = prefix.empty() ? nullptr : Chars(terminated);
+            xmlNs* declared = uri.empty() ? nullptr : xmlNewNs(node, Chars(uri), declaredPrefix);
+            scope.emplace_back(prefix, declared);
+        }
+    }
+
+    void CopyAttributes(NodeIndex element, xmlNode* node) {
+        for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.At(index).next) {
+            const std::string_view name = store.NameOf(index);
+            if (DeclaredPrefix(name).data() != nullptr) {
+                continue;
+            }
+            xmlNs* space = PrefixOf(name).empty() ? nullptr : Find(PrefixOf(name));
+            const std::string_view local = space == nullptr ? name : name.substr(PrefixOf(name).size() + 1);
+            xmlAttr* attribute =
+                xmlNewNsPropEatName(node, space, const_cast<xmlChar*>(Name(local)), Chars(Content(index)));
+            Mark(reinterpret_cast<xmlNode*>(attribute), index);
+            NoteCopy(index, reinterpret_cast<xmlNode*>(attribute));
+        }
+    }
+
+    /// The name comes last: only the element's own declarations tell the namespace of its prefix. An
+    /// undeclared prefix stays part of the name.
+    xmlNode* CopyElement(NodeIndex index) {
+        store.ReadAttributes(index);
+        xmlNode* node =
+            xmlNewDocNodeEatName(document.get(), nullptr, const_cast<xmlChar*>(Name("x")), nullptr);
+        scopeMarks.push_back(scope.size());
+        DeclareNamespaces(index, node);
+        const std::string_view name = store.NameOf(index);
+        xmlNs* space = Find(PrefixOf(name));
+        const bool literal = space == nullptr || PrefixOf(name).empty();
+        node->name = Name(literal ? name : name.substr(PrefixOf(name).size() + 1));
+        xmlSetNs(node, space);
+        CopyAttributes(index, node);
+        return node;
+    }
+
+    xmlNode* CopyNode(NodeIndex index) {
+        const NodeRecord& record = store.At(index);
+        switch (record.Type()) {
+            case NODE_ELEMENT:
+                return CopyElement(index);
+            case NODE_TEXT:
+            case NODE_CDATA_SECTION:
+                return CopyText(index);
+            case NODE_COMMENT:
+                return xmlNewDocComment(document.get(),
+                                        Chars(std::string(store.Slice(record.begin + 4, record.End() - 3))));
+            case NODE_PROCESSING_INSTRUCTION: {
+                const std::string_view body = store.Slice(record.begin + 2, record.End() - 2);
+                const std::size_t targetEnd = std::min(body.find_first_of(" \t\r\n"), body.size());
+                const std::size_t content =
+                    std::min(body.find_first_not_of(" \t\r\n", targetEnd), body.size());
+                return xmlNewDocPI(document.get(), Chars(std::string(body.substr(0, targetEnd))),
+                                   Chars(std::string(body.substr(content))));
+            }
+            case NODE_ENTITY_REFERENCE:
+                return CopyReference(record);
+            default:
+                return nullptr;
+        }
+    }
+
+    /// Visits the tree by the links of its nodes, without recursion.
+    void CopyTree(NodeIndex root) {
+        NodeIndex index = root;
+        auto* parent = reinterpret_cast<xmlNode*>(document.get());
+        while (true) {
+            xmlNode* node = CopyNode(index);
+            Mark(node, store.At(index).Type() == NODE_ENTITY_REFERENCE ? 0 : index);
+            Link(parent, node);
+            if (store.At(index).Type() == NODE_ELEMENT) {
+                if (store.FirstChild(index) != 0) {
+                    parent = node;
+                    index = store.FirstChild(index);
+                    continue;
+                }
+                LeaveElement();
+            }
+            while (index != root && store.At(index).next == 0) {
+                index = store.At(index).parent;
+                parent = parent->parent;
+                LeaveElement();
+            }
+            if (index == root) {
+                return;
+            }
+            index = store.At(index).next;
+        }
+    }
+
+    void LeaveElement() {
+        scope.resize(scopeMarks.back());
+        scopeMarks.pop_back();
+    }
+
+    /// Unlike xmlAddChild, does not merge adjacent text nodes.
+    static void Link(xmlNode* parent, xmlNode* node) {
+        node->parent = parent;
+        node->prev = parent->last;
+        (parent->last == nullptr ? parent->children : parent->last->next) = node;
+        parent->last = node;
+    }
+
+    /// Carries over the changes of content since the last query.
+    void Update() {
+        for (const NodeIndex index : store.changedNodes) {
+            xmlNode* copy = index < copies.size() ? copies[index] : nullptr;
+            if (copy == nullptr) {
+                continue;
+            }
+            if (copy->type == XML_ATTRIBUTE_NODE) {
+                // Removes the old value; the new one is added as a text node, which needs no escapes.
+                xmlNodeSetContent(copy, nullptr);
+                Link(copy, xmlNewDocText(document.get(), Chars(Content(index))));
+            } else {
+                xmlNodeSetContent(copy, Chars(Content(index)));
+            }
+        }
+        store.changedNodes.clear();
+    }
+};
+
+QueryTree::QueryTree(DocumentStore& store, NodeIndex document) : copy_(std::make_unique<Copy>(store)) {
+    copy_->Mark(reinterpret_cast<xmlNode*>(copy_->document.get()), document);
+    copy_->CopyTree(store.FirstChild(document));
+    xmlXPathOrderDocElems(copy_->document.get());
+    store.changedNodes.clear();
+    store.listChanges = true;
+}
+
+QueryTree::~QueryTree() {
+    copy_->store.listChanges = false;
+    copy_->store.changedNodes.clear();
+}
+
+bool QueryTree::IsUsable() const {
+    return copy_->shape == copy_->store.shape;
+}
+
+std::optional<std::vector<NodeIndex>> QueryTree::Select(const std::string& query) {
+    if (UsesXmlPrefix(query)) {
+        return std::nullopt;
+    }
+    copy_->Update();
+    const QuietErrors quiet;
+    const std::unique_ptr<xmlXPathContext, FreeXPathContext> context(
+        xmlXPathNewContext(copy_->document.get()));
+    const std::unique_ptr<xmlXPathObject, FreeXPathObject> found(
+        xmlXPathEvalExpression(Chars(query), context.get()));
+    if (!found || found->type != XPATH_NODESET) {
+        return std::nullopt;
+    }
+    std::vector<NodeIndex> nodes;
+    xmlNodeSet* set = found->nodesetval;
+    xmlXPathNodeSetSort(set);
+    for (int i = 0; set != nullptr && i < set->nodeNr; ++i) {
+        const xmlNode* node = set->nodeTab[i];
+        const bool marked = node->type != XML_NAMESPACE_DECL;
+        nodes.push_back(marked ? static_cast<NodeIndex>(reinterpret_cast<std::uintptr_t>(node->_private))
+                               : 0);
+    }
+    return nodes;
+}
+
+}  // namespace ventrix::xml

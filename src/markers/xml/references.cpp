@@ -1,0 +1,270 @@
+#include "markers/xml/references.h"
+
+#include <libxml/entities.h>
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <utility>
+
+#include "markers/xml/characters.h"
+#include "markers/xml/escaping.h"
+#include "markers/xml/libxml.h"
+
+namespace ventrix::xml {
+namespace {
+
+constexpr char kReplacementCharacter[] = "\xEF\xBF\xBD";
+
+void AppendUtf8(std::string& out, std::uint32_t code) {
+    if (code < 0x80) {
+        out += static_cast<char>(code);
+    } else if (code < 0x800) {
+        out += static_cast<char>(0xC0 | code >> 6);
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        out += static_cast<char>(0xE0 | code >> 12);
+        out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | code >> 18);
+        out += static_cast<char>(0x80 | (code >> 12 & 0x3F));
+        out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    }
+}
+
+/// The code of a character reference's name, as in "#65" or "#x41"; nothing for another name.
+std::optional<std::uint32_t> CharacterCode(std::string_view name) {
+    if (!name.starts_with('#')) {
+        return std::nullopt;
+    }
+    const bool hex = name.size() > 1 && name[1] == 'x';
+    name.remove_prefix(hex ? 2 : 1);
+    std::uint32_t code = 0;
+    std::from_chars(name.data(), name.data() + name.size(), code, hex ? 16 : 10);
+    return code;
+}
+
+std::optional<char> Predefined(std::string_view name) {
+    constexpr std::pair<std::string_view, char> kEntities[] = {
+        {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+    for (const auto& [entity, character] : kEntities) {
+        if (name == entity) {
+            return character;
+        }
+    }
+    return std::nullopt;
+}
+
+bool IsCharacter(std::uint32_t code) {
+    std::string utf8;
+    AppendUtf8(utf8, code);
+    return code <= 0x10FFFF && CharacterLength(utf8) == utf8.size();
+}
+
+/// The kind of a character reference of this name, as in "#65".
+ReferenceKind CharacterKind(std::string_view name) {
+    const bool hex = name.starts_with("#x");
+    const std::string_view digits = name.substr(hex ? 2 : 1);
+    std::uint32_t code = 0;
+    const auto [end, error] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), code, hex ? 16 : 10);
+    if (error != std::errc() || end != digits.data() + digits.size() || !IsCharacter(code)) {
+        return ReferenceKind::kOther;
+    }
+    const bool whitespace = code == ' ' || code == '\t' || code == '\n' || code == '\r';
+    return whitespace ? ReferenceKind::kWhitespace : ReferenceKind::kCharacter;
+}
+
+/// The name between the "&" at `at` and the next ";"; empty if there is none.
+std::string_view NameAt(std::string_view raw, std::size_t at) {
+    const std::size_t end = raw.find(';', at);
+    return end == std::string_view::npos ? std::string_view() : raw.substr(at + 1, end - at - 1);
+}
+
+std::string_view Replacement(std::string_view name, xmlDoc* dtd) {
+    const std::string terminated(name);
+    const xmlEntity* entity = dtd == nullptr ? nullptr : xmlGetDocEntity(dtd, Chars(terminated));
+    const bool internal =
+        entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY && entity->content != nullptr;
+    return internal ? View(entity->content) : std::string_view();
+}
+
+/// Appends the character of a character reference or predefined entity; false for another name.
+bool AppendReferred(std::string& out, std::string_view name) {
+    if (const auto code = CharacterCode(name)) {
+        AppendUtf8(out, *code);
+        return true;
+    }
+    if (const auto character = Predefined(name)) {
+        out += *character;
+        return true;
+    }
+    return false;
+}
+
+void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth) {
+    for (std::size_t at = 0; at < raw.size() && out.size() < kExpansionLimit; ++at) {
+        const char c = raw[at];
+        if (c == '&') {
+            const std::string_view name = NameAt(raw, at);
+            if (!AppendReferred(out, name) && depth < kDeepestEntity) {
+                AppendValue(out, Replacement(name, dtd), dtd, depth + 1);
+            }
+            at += name.size() + 1;
+        } else if (c == '\r' && at + 1 < raw.size() && raw[at + 1] == '\n') {
+            continue;
+        } else {
+            out += c == '\t' || c == '\n' || c == '\r' ? ' ' : c;
+        }
+    }
+}
+
+void AppendExpanded(std::string& out, std::string_view content, xmlDoc* dtd, int depth) {
+    for (std::size_t at = 0; at < content.size() && out.size() < kExpansionLimit; ++at) {
+        const std::string_view name = content[at] == '&' ? NameAt(content, at) : std::string_view();
+        if (name.empty() || name[0] == '#' || Predefined(name)) {
+            out += content[at];
+        } else {
+            if (depth < kDeepestEntity) {
+                AppendExpanded(out, Replacement(name, dtd), dtd, depth + 1);
+            }
+            at += name.size() + 1;
+        }
+    }
+}
+
+using Escapes = std::pair<char, std::string_view>;
+
+constexpr EscapeTable kTextEscapes =
+    MakeEscapeTable(std::array<Escapes, 4>{{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}}});
+
+constexpr EscapeTable kTextEscapesWithReturns = MakeEscapeTable(
+    std::array<Escapes, 5>{{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}, {'\n', "\r\n"}}});
+
+constexpr EscapeTable kQuotedEscapes = Combine(kMarkupEscapes, kTextEscapes);
+constexpr EscapeTable kQuotedEscapesWithReturns = Combine(kMarkupEscapes, kTextEscapesWithReturns);
+
+constexpr EscapeTable ValueEscapes(Escapes quote) {
+    return MakeEscapeTable(std::array<Escapes, 7>{{{'&', "&amp;"},
+                                                   {'<', "&lt;"},
+                                                   {'>', "&gt;"},
+                                                   {'\t', "&#9;"},
+                                                   {'\n', "&#10;"},
+                                                   {'\r', "&#13;"},
+                                                   std::move(quote)}});
+}
+
+constexpr EscapeTable kValueEscapes = ValueEscapes({'"', "&quot;"});
+constexpr EscapeTable kValueEscapesInApostrophes = ValueEscapes({'\'', "&#39;"});
+
+/// The text with U+FFFD in place of what XML does not allow.
+std::string Repaired(std::string_view text) {
+    std::string repaired;
+    while (!text.empty()) {
+        const std::size_t length = CharacterLength(text.substr(0, 4));
+        repaired.append(length == 0 ? std::string_view(kReplacementCharacter) : text.substr(0, length));
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return repaired;
+}
+
+void AppendXml(std::string& xml, std::string_view text, const EscapeTable& table) {
+    if (HoldsOnlyCharacters(text)) {
+        AppendEscaped(xml, text, table);
+    } else {
+        AppendEscaped(xml, Repaired(text), table);
+    }
+}
+
+}  // namespace
+
+Reference ReadReference(std::string_view text) {
+    const auto end = static_cast<std::size_t>(
+        std::ranges::find_if(text.substr(1), [](char c) { return c == ';' || c == '<' || c == '&'; }) -
+        text.begin());
+    if (end == text.size() || text[end] != ';') {
+        return {ReferenceKind::kOther, 1};
+    }
+    const std::string_view name = text.substr(1, end - 1);
+    if (name.starts_with('#')) {
+        return {CharacterKind(name), end + 1};
+    }
+    return {Predefined(name) ? ReferenceKind::kCharacter : ReferenceKind::kOther, end + 1};
+}
+
+void AppendDecodedText(std::string& out, std::string_view raw) {
+    if (raw.find('\r') != std::string_view::npos) {
+        // Line ends come first: the carriage return of a character reference is not part of one.
+        AppendDecodedText(out, NormalizeLineEnds(raw));
+        return;
+    }
+    for (std::size_t at = 0; at < raw.size();) {
+        const std::size_t mark = std::min(raw.find('&', at), raw.size());
+        out.append(raw, at, mark - at);
+        if (mark == raw.size()) {
+            return;
+        }
+        const std::string_view name = NameAt(raw, mark);
+        AppendReferred(out, name);
+        at = mark + name.size() + 2;
+    }
+}
+
+std::string NormalizeLineEnds(std::string_view raw) {
+    std::string out;
+    out.reserve(raw.size());
+    for (std::size_t at = 0; at < raw.size(); ++at) {
+        if (raw[at] != '\r') {
+            out += raw[at];
+        } else if (at + 1 == raw.size() || raw[at + 1] != '\n') {
+            out += '\n';
+        }
+    }
+    return out;
+}
+
+std::string DecodeAttributeValue(std::string_view raw, xmlDoc* dtd) {
+    std::string out;
+    out.reserve(raw.size());
+    AppendValue(out, raw, dtd, 0);
+    return out;
+}
+
+std::string CollapseSpaces(std::string_view value) {
+    std::string out;
+    for (const char c : value) {
+        if (c != ' ' || (!out.empty() && out.back() != ' ')) {
+            out += c;
+        }
+    }
+    if (out.ends_with(' ')) {
+        out.pop_back();
+    }
+    return out;
+}
+
+void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd) {
+    if (IsPlain(text)) {
+        xml += text;
+    } else {
+        AppendXml(xml, text, lineEnd == LineEnd::kLineFeed ? kTextEscapes : kTextEscapesWithReturns);
+    }
+}
+
+void AppendQuotedText(std::string& xml, std::string_view markup, LineEnd lineEnd) {
+    AppendEscaped(xml, markup, lineEnd == LineEnd::kLineFeed ? kQuotedEscapes : kQuotedEscapesWithReturns);
+}
+
+void AppendEscapedValue(std::string& xml, std::string_view value, char quote) {
+    AppendXml(xml, value, quote == '"' ? kValueEscapes : kValueEscapesInApostrophes);
+}
+
+std::string ExpandEntity(std::string_view name, xmlDoc* dtd) {
+    std::string out;
+    AppendExpanded(out, Replacement(name, dtd), dtd, 0);
+    return out;
+}
+
+}  // namespace ventrix::xml
