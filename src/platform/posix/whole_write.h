@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/error_codes.h"
+#include "platform/posix/descriptor.h"
 
 namespace ventrix::platform {
 
@@ -21,6 +22,10 @@ struct WriteTarget {
 
 /// errorAccessDenied for a folder, a device or a read-only file; the errors of a missing folder.
 ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target);
+
+/// Creates a new file for writing beside `path` (native) and reports its path. Its name holds nothing of the
+/// target's, which may be as long as a name gets. On failure the descriptor is not open and errno is set.
+Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& created);
 
 /// Fills a new file beside the target by `fill` (an open descriptor; 0 or an errno) and gives it the target's
 /// name. `mode` are its permissions; for a file that did not exist the process's mask takes from them. On
