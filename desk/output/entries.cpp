@@ -68,8 +68,13 @@ std::string NumberedName(const std::string& name, const std::string& suffix, int
 
 fs::path MoveToFreeName(const fs::path& from, const fs::path& folder, const std::string& name,
                         const std::string& suffix, std::error_code& error) {
+    error = std::make_error_code(std::errc::file_exists);
     for (int number = 1; number < kNumberLimit; ++number) {
-        fs::path to = folder / NumberedName(name, suffix, number);
+        const std::string free = NumberedName(name, suffix, number);
+        if (Exists(from.parent_path() / free)) {
+            continue;
+        }
+        fs::path to = folder / free;
         error = platform::RenameToFree(from, to);
         if (!error) {
             return to;

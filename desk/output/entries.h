@@ -1,5 +1,5 @@
-// The entries of a folder: listed, opened for writing, moved to a free name. Paths are native; links are never
-// followed.
+// The entries of a folder: listed, opened for writing, moved to a free name. Paths are native; links are
+// never followed.
 #pragma once
 
 #include <filesystem>
@@ -25,8 +25,9 @@ void SetMode(const std::filesystem::path& folder, std::filesystem::perms mode);
 /// Lets the owner list and change the folder, as far as this process may decide that.
 void MakeWritable(const std::filesystem::path& folder);
 
-/// Moves a file or folder into `folder` as `name` with `suffix`, and a number from 2 where that is taken. A name
-/// that would become too long is shortened. Reports the new path; empty with an error if it stays where it is.
+/// Moves a file or folder into `folder` as `name` with `suffix`, and a number from 2 where that is taken,
+/// there or beside `from`, whose neighbours may come after it. A name that would become too long is
+/// shortened. Reports the new path; empty with an error if it stays where it is.
 std::filesystem::path MoveToFreeName(const std::filesystem::path& from, const std::filesystem::path& folder,
                                      const std::string& name, const std::string& suffix,
                                      std::error_code& error);

@@ -29,8 +29,8 @@ std::optional<fs::path> FirstForeignBelow(const fs::path& folder, const fs::path
     return std::nullopt;
 }
 
-/// A folder of the earlier result on the way down, and the folder that its foreign entries go to. That is made
-/// when the first entry needs it.
+/// A folder of the earlier result on the way down, and the folder that its foreign entries go to. That is
+/// made when the first entry needs it.
 struct Level {
     const Level* above = nullptr;
     fs::path source;
@@ -112,9 +112,12 @@ bool HoldsForeign(const Restoration& restoration, const fs::path& folder) {
 /// The result has a file of the folder's name: what is foreign in the folder goes to a folder beside it.
 void GiveOtherTarget(const Restoration& restoration, Level& level) {
     const fs::path wanted = level.target;
-    for (int number = 1; Exists(level.target); ++number) {
-        level.target = wanted.parent_path() / NumberedName(wanted.filename().string(), ".kept", number);
+    const fs::path neighbours = level.source.parent_path();
+    std::string name = wanted.filename().string();
+    for (int number = 1; Exists(wanted.parent_path() / name) || Exists(neighbours / name); ++number) {
+        name = NumberedName(wanted.filename().string(), ".kept", number);
     }
+    level.target = wanted.parent_path() / name;
     restoration.report.kept.push_back({wanted, level.target, false});
 }
 

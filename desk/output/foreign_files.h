@@ -1,5 +1,5 @@
-// Foreign files: what lies in a result's folder without being listed in its manifest, and what is listed but has
-// been edited. They belong to the user. Paths are native; links are never followed.
+// Foreign files: what lies in a result's folder without being listed in its manifest, and what is listed but
+// has been edited. They belong to the user. Paths are native; links are never followed.
 #pragma once
 
 #include <filesystem>
@@ -31,15 +31,16 @@ struct OutputReport {
 std::optional<std::filesystem::path> FirstForeign(const std::filesystem::path& folder,
                                                   const Manifest& manifest);
 
-/// Moves the foreign entries of `earlier` to the same place in `result`, which exists on the same file system.
-/// Nothing is replaced: an entry whose name is taken becomes `NAME.kept`, an edited page `NAME.edited`, each
-/// with a number where that is taken too. What cannot be moved stays, and a finding names it. May be called
-/// again on what is left.
+/// Moves the foreign entries of `earlier` to the same place in `result`, which exists on the same file
+/// system. Nothing is replaced: an entry whose name is taken becomes `NAME.kept`, an edited page
+/// `NAME.edited`, each with a number where that is taken too. What cannot be moved stays, and a finding names
+/// it. May be called again on what is left.
 void RestoreForeign(const std::filesystem::path& earlier, const std::filesystem::path& result,
                     const Manifest& manifest, OutputReport& report);
 
-/// Deletes the listed, unmodified files of a folder, listed folders that are empty then, and, if nothing stayed
-/// but foreign entries, the manifest. What could not be deleted is named in the findings. May be called again.
+/// Deletes the listed, unmodified files of a folder, listed folders that are empty then, and, if nothing
+/// stayed but foreign entries, the manifest. What could not be deleted is named in the findings. May be
+/// called again.
 void DeleteOwn(const std::filesystem::path& folder, const Manifest& manifest,
                std::vector<std::string>& findings);
 

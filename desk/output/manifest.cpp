@@ -114,8 +114,9 @@ Manifest ReadManifest(const fs::path& folder, const std::string& mark) {
 }
 
 std::error_code WriteManifest(const fs::path& folder, const Manifest& manifest) {
-    return platform::WriteDurably(folder / manifest.mark,
-                                  AsJson(manifest).dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
+    return platform::WriteDurably(
+        folder / manifest.mark,
+        AsJson(manifest).dump(1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
 void ListFiles(const fs::path& folder, Manifest& manifest, std::vector<std::string>& findings) {

@@ -32,9 +32,9 @@ struct Manifest {
     std::set<std::string> folders;
 };
 
-/// Reads the manifest `mark` in a folder. Where there is none, or the file is damaged, of an unknown schema or
-/// not a regular file, the manifest lists nothing and is not `readable`: nothing in the folder is a run's then.
-/// The list holds the manifest's own file, also an empty one, which loses nobody anything.
+/// Reads the manifest `mark` in a folder. Where there is none, or the file is damaged, of an unknown schema
+/// or not a regular file, the manifest lists nothing and is not `readable`: nothing in the folder is a run's
+/// then. The list holds the manifest's own file, also an empty one, which loses nobody anything.
 Manifest ReadManifest(const std::filesystem::path& folder, const std::string& mark);
 
 /// Writes the manifest durably into the folder. On failure an earlier one is as it was.

@@ -58,7 +58,8 @@ std::string WhyNeverAllowed(const fs::path& output, const std::vector<fs::path>&
     }
     for (const fs::path& input : inputs) {
         if (!input.empty() && platform::LiesIn(input, output)) {
-            return "holds " + input.string() + ", which the run reads; name a folder of its own for the result";
+            return "holds " + input.string() +
+                   ", which the run reads; name a folder of its own for the result";
         }
     }
     if (const std::vector<fs::path> mounts = platform::MountPointsBelow(output); !mounts.empty()) {
@@ -77,9 +78,10 @@ std::string WhyNotOurs(const fs::path& output, const Manifest& manifest, bool fo
         return "lies at the root of the machine and holds " + foreign->string() +
                ", which no run made; name another folder for the result";
     }
-    return force ? std::string()
-                 : "is not empty and was not made by an earlier run; --force publishes into it and keeps what "
-                   "it holds";
+    return force
+               ? std::string()
+               : "is not empty and was not made by an earlier run; --force publishes into it and keeps what "
+                 "it holds";
 }
 
 std::string WhyNotMovable(const fs::path& output) {

@@ -35,7 +35,8 @@ std::vector<std::string> NotesOf(const fs::path& output, const Settlement& settl
                         " but not put all other files back; they are back now");
     }
     if (settlement.undone) {
-        notes.push_back(output.string() + " was put back as it was before an earlier run that did not finish" +
+        notes.push_back(output.string() +
+                        " was put back as it was before an earlier run that did not finish" +
                         (settlement.report.failedFolder.empty()
                              ? ""
                              : "; what that run made is in " + settlement.report.failedFolder.string()));
@@ -300,8 +301,8 @@ OutputReport OutputKeeper::EndInPlace(bool succeeded) {
     return report;
 }
 
-/// Removes what was made beside the output folder, and the folders above it that were made for it and are empty,
-/// and ends the lock.
+/// Removes what was made beside the output folder, and the folders above it that were made for it and are
+/// empty, and ends the lock.
 void OutputKeeper::Leave() {
     if (lock_) {
         RemoveRunFolder(places_);

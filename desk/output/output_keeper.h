@@ -1,13 +1,14 @@
 // Keeps the output folder of one run: takes an earlier result and foreign files aside before the run, and
-// afterwards puts the foreign files back into the new result or everything back as it was. A run that is killed
-// is settled by the next one (run_journal.h). Paths are native.
+// afterwards puts the foreign files back into the new result or everything back as it was. A run that is
+// killed is settled by the next one (run_journal.h). Paths are native.
 //
 //     std::string refusal;
 //     const auto keeper = TakeOutput(order, refusal);  // null: nothing has changed, `refusal` says why
 //     ... the run writes into keeper->Folder(), which is empty ...
 //     const OutputReport report = succeeded ? keeper->Commit() : keeper->RollBack();
 //
-// What only the machine's crash could lose is not protected: the pages of a new result are not forced to the disk.
+// What only the machine's crash could lose is not protected: the pages of a new result are not forced to the
+// disk.
 #pragma once
 
 #include <filesystem>
@@ -44,8 +45,9 @@ class OutputKeeper {
     /// cannot be moved aside loses its earlier result if this run fails.
     const std::vector<std::string>& Notes() const { return notes_; }
 
-    /// For a run with exit status 0 or 1: what the folder holds now is the result, and foreign files come back.
-    /// With an `error` the result could not be recorded, and the run is rolled back. Findings do not undo it.
+    /// For a run with exit status 0 or 1: what the folder holds now is the result, and foreign files come
+    /// back. With an `error` the result could not be recorded, and the run is rolled back. Findings do not
+    /// undo it.
     OutputReport Commit();
 
     /// For any other outcome: everything is as it was before; what the run made is at `failedFolder`. With an
@@ -78,9 +80,9 @@ class OutputKeeper {
     bool open_ = false;  ///< Begun, and neither committed nor rolled back.
 };
 
-/// Checks, locks and empties the output folder, which exists afterwards. Null if it is refused, which leaves it
-/// as it is; `refusal` is then the rest of a sentence that begins with the folder's name. An unfinished earlier
-/// run is settled in both cases.
+/// Checks, locks and empties the output folder, which exists afterwards. Null if it is refused, which leaves
+/// it as it is; `refusal` is then the rest of a sentence that begins with the folder's name. An unfinished
+/// earlier run is settled in both cases.
 std::unique_ptr<OutputKeeper> TakeOutput(const OutputOrder& order, std::string& refusal);
 
 }  // namespace ventrix::desk

@@ -53,7 +53,8 @@ bool IsFolderWithFile(const fs::path& folder, std::uint64_t file) {
 }
 
 bool HoldsInput(const fs::path& folder, const std::vector<fs::path>& inputs) {
-    return std::ranges::any_of(inputs, [&](const fs::path& input) { return platform::LiesIn(input, folder); });
+    return std::ranges::any_of(inputs,
+                               [&](const fs::path& input) { return platform::LiesIn(input, folder); });
 }
 
 /// Frees the name if an earlier failed run made all that is there. False if something of the user's would go.
@@ -111,9 +112,8 @@ std::error_code SetFailedAside(const RunPlaces& places, const Journal& journal,
 std::string WhyNotUndone(const RunPlaces& places, const std::error_code& error) {
     const bool isTaken = error == std::errc::file_exists;
     return "cannot be put back as it was before a run that did not finish: " +
-           (isTaken ? "something else has its name now" : error.message()) +
-           "; what it held is in " + places.earlier.string() + ": move that where you want it, then delete " +
-           places.folder.string();
+           (isTaken ? "something else has its name now" : error.message()) + "; what it held is in " +
+           places.earlier.string() + ": move that where you want it, then delete " + places.folder.string();
 }
 
 /// Moves the earlier output folder back. The place is free.
@@ -163,9 +163,10 @@ Settlement FinishCommit(const RunPlaces& places, const Journal& journal) {
     std::error_code error;
     fs::remove(places.earlier, error);
     if (error) {
-        settlement.refusal = "still has parts of an earlier result in " + places.earlier.string() +
-                             ", which could be neither put back nor deleted: move or delete them, then delete " +
-                             places.folder.string();
+        settlement.refusal =
+            "still has parts of an earlier result in " + places.earlier.string() +
+            ", which could be neither put back nor deleted: move or delete them, then delete " +
+            places.folder.string();
         return settlement;
     }
     if (journal.existed) {

@@ -1,31 +1,33 @@
-// The run folder: while a run writes into an output folder OUT, the folder `.OUT.ventrix-run` beside it holds the
-// lock, the journal, and what OUT held before. From the journal and from what exists, the state of a run can be
-// told at any moment, and the next run settles it after this one was killed. Paths are native.
+// The run folder: while a run writes into an output folder OUT, the folder `.OUT.ventrix-run` beside it holds
+// the lock, the journal, and what OUT held before. From the journal and from what exists, the state of a run
+// can be told at any moment, and the next run settles it after this one was killed. Paths are native.
 //
 //   journal     earlier  OUT                 what happened                     what settling does
-//   ----------  -------  ------------------  --------------------------------  ---------------------------------
-//   none        no       any                 nothing was moved                 nothing
-//   none        yes      any                 not made by a run                 refuses, names the run folder
-//   prepared    no       any                 nothing was moved                 gives OUT its permissions back
-//   prepared    yes      none                OUT was moved aside               moves earlier back
-//   running     yes      none                the new OUT was not there yet,    moves earlier back
+//   ----------  -------  ------------------  --------------------------------
+//   --------------------------------- none        no       any                 nothing was moved nothing none
+//   yes      any                 not made by a run                 refuses, names the run folder prepared no
+//   any                 nothing was moved                 gives OUT its permissions back prepared    yes none
+//   OUT was moved aside               moves earlier back running     yes      none                the new OUT
+//   was not there yet,    moves earlier back
 //                                            or OUT is at OUT.failed already
-//   running     any      the one made        the run went on                   moves OUT to OUT.failed, or deletes
-//                                                                              it if it holds no file; then moves
-//                                                                              earlier back
+//   running     any      the one made        the run went on                   moves OUT to OUT.failed, or
+//   deletes
+//                                                                              it if it holds no file; then
+//                                                                              moves earlier back
 //   running     no       another or none     everything was moved back, or     nothing
 //                                            there was no OUT before
 //   any but     yes      another, empty      the user made a folder meanwhile  deletes it, moves earlier back
 //   committed
 //   any but     yes      another, with       the user made a folder meanwhile  refuses, names the run folder
 //   committed            entries
-//   committed   yes      any folder          foreign files were being put back goes on with that, then deletes
+//   committed   yes      any folder          foreign files were being put back goes on with that, then
+//   deletes
 //                                                                              what the manifest lists
 //   committed   yes      none                the user deleted the result       moves earlier back
 //   committed   no       any                 everything was put back           nothing
 //
-// Each step moves or deletes one entry, so that a killed settling is settled by the same table. The journal goes
-// last, then the lock and the run folder.
+// Each step moves or deletes one entry, so that a killed settling is settled by the same table. The journal
+// goes last, then the lock and the run folder.
 #pragma once
 
 #include <cstdint>
@@ -55,7 +57,7 @@ enum class RunState { kPrepared, kRunning, kCommitted };
 
 struct Journal {
     RunState state = RunState::kPrepared;
-    bool existed = false;                                       ///< There was an output folder before.
+    bool existed = false;                                        ///< There was an output folder before.
     std::filesystem::perms mode = std::filesystem::perms::none;  ///< Of that folder.
     std::uint64_t earlierFile = 0;                               ///< Its FileIdentity::file.
     std::uint64_t madeFile = 0;  ///< That of the new output folder, from `kRunning` on.
@@ -72,8 +74,8 @@ std::error_code WriteJournal(const RunPlaces& places, const Journal& journal);
 
 /// What settling an unfinished run came to.
 struct Settlement {
-    std::string refusal;  ///< Why it could not be settled, for a message; nothing may be written then.
-    bool undone = false;  ///< The output folder is as it was before the run.
+    std::string refusal;    ///< Why it could not be settled, for a message; nothing may be written then.
+    bool undone = false;    ///< The output folder is as it was before the run.
     bool finished = false;  ///< The run's result stays; the foreign files are back in it.
     int madeParents = 0;    ///< Folders that the run made above the output folder; the caller removes them.
     OutputReport report;

@@ -1,5 +1,5 @@
-// Files and folders compared by what the file system says they are, not by their names: links, bind mounts and
-// file systems that ignore case give one thing several names. Paths are native.
+// Files and folders compared by what the file system says they are, not by their names: links, bind mounts
+// and file systems that ignore case give one thing several names. Paths are native.
 #pragma once
 
 #include <cstdint>

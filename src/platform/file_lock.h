@@ -29,9 +29,9 @@ struct LockAttempt {
     std::error_code error;  ///< Why it cannot be locked at all; none if it is locked or busy.
 };
 
-/// Locks a file without waiting and creates it if it is missing; its folder must exist. The lock counts for the
-/// file that has this name now: one that its owner deleted meanwhile is not taken for it. A link is an error.
-/// The file stays when the lock ends; its owner may delete it before.
+/// Locks a file without waiting and creates it if it is missing; its folder must exist. The lock counts for
+/// the file that has this name now: one that its owner deleted meanwhile is not taken for it. A link is an
+/// error. The file stays when the lock ends; its owner may delete it before.
 LockAttempt LockFile(const std::filesystem::path& file);
 
 /// The same for an existing folder. Some network file systems can't lock folders, which is an error.

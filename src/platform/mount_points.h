@@ -6,8 +6,8 @@
 
 namespace ventrix::platform {
 
-/// Whether something is mounted at the folder itself; links are followed. Bind mounts count, also those of the
-/// same device. False if the folder does not exist.
+/// Whether something is mounted at the folder itself; links are followed. Bind mounts count, also those of
+/// the same device. False if the folder does not exist.
 bool IsMountPoint(const std::filesystem::path& folder);
 
 /// The mount points below the folder, files included, in no certain order; the folder itself is left out.

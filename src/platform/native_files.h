@@ -17,7 +17,8 @@ struct EntryStatus {
     std::int64_t modified = 0;  ///< Nanoseconds since 1970, UTC.
 };
 
-/// Of the entry itself. Nothing with an error if it cannot be examined, without one if there is no such entry.
+/// Of the entry itself. Nothing with an error if it cannot be examined, without one if there is no such
+/// entry.
 std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path, std::error_code& error);
 std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path);
 
@@ -25,8 +26,8 @@ std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path);
 /// errc::file_exists if the new name is taken, also by an empty folder. On failure nothing has changed.
 std::error_code RenameToFree(const std::filesystem::path& from, const std::filesystem::path& to);
 
-/// Writes a small file whole, replacing one that has the name. The content survives a crash of the machine once
-/// this has returned; on failure the file is as it was and nothing is left beside it.
+/// Writes a small file whole, replacing one that has the name. The content survives a crash of the machine
+/// once this has returned; on failure the file is as it was and nothing is left beside it.
 std::error_code WriteDurably(const std::filesystem::path& file, std::string_view content);
 
 /// Whether this process may create and delete entries in the folder.

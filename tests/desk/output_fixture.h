@@ -8,8 +8,8 @@
 
 namespace ventrix::desk {
 
-/// What a folder holds: a path below it and the file's content, "/" for a folder, "@" for a link. Manifests and
-/// marks have the content "mark".
+/// What a folder holds: a path below it and the file's content, "/" for a folder, "@" for a link. Manifests
+/// and marks have the content "mark".
 using Tree = std::map<std::string, std::string>;
 
 class OutputFixture : public FolderFixture {
@@ -20,7 +20,8 @@ class OutputFixture : public FolderFixture {
         for (const auto& entry : fs::recursive_directory_iterator(Native(folder))) {
             const std::string name = entry.path().lexically_relative(Native(folder)).string();
             const std::string whole = entry.path().lexically_relative(Native()).string();
-            const bool isMark = entry.path().filename() == kResultMark || entry.path().filename() == kFailedMark;
+            const bool isMark =
+                entry.path().filename() == kResultMark || entry.path().filename() == kFailedMark;
             tree[name] = entry.is_symlink()     ? "@"
                          : entry.is_directory() ? "/"
                          : isMark               ? "mark"

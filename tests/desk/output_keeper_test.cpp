@@ -12,7 +12,7 @@
 
 #include "desk/output/entries.h"
 #include "output_fixture.h"
-#include "support/bind_mount.h"
+#include "support/mount.h"
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
@@ -24,7 +24,11 @@ namespace {
 using Keeper = OutputFixture;
 
 TEST_F(Keeper, SuccessKeepsForeignFilesAndNamesWhatIsRenamed) {
-    Publish({{"index.html", "1"}, {"edited.html", "1"}, {"stale.html", "1"}, {"sub/a.html", "1"}, {"old/b.html", "1"}});
+    Publish({{"index.html", "1"},
+             {"edited.html", "1"},
+             {"stale.html", "1"},
+             {"sub/a.html", "1"},
+             {"old/b.html", "1"}});
     WriteAll("out", {{".git/config", "mine"},
                      {"CNAME", "mine"},
                      {"edited.html", "mine"},
@@ -40,7 +44,11 @@ TEST_F(Keeper, SuccessKeepsForeignFilesAndNamesWhatIsRenamed) {
     const auto keeper = Take();
     ASSERT_TRUE(keeper) << refusal;
     EXPECT_EQ(TreeOf("out"), Tree());
-    WriteAll("out", {{"index.html", "2"}, {"edited.html", "2"}, {"sub/a.html", "2"}, {"taken/y.html", "2"}, {"folder", "2"}});
+    WriteAll("out", {{"index.html", "2"},
+                     {"edited.html", "2"},
+                     {"sub/a.html", "2"},
+                     {"taken/y.html", "2"},
+                     {"folder", "2"}});
     const OutputReport report = keeper->Commit();
 
     EXPECT_EQ(TreeOf("out"), (Tree{{".git", "/"},
@@ -195,7 +203,7 @@ TEST_F(Keeper, MountedThingsInTheFolderAreRefused) {
     Write("source/guide.dita", "source");
     Publish({{"index.html", "1"}});
     fs::create_directory(Native("out/mnt"));
-    const test::BindMount mount(Native("source"), Native("out/mnt"));
+    const auto mount = test::Mount::Bind(Native("source"), Native("out/mnt"));
     if (!mount.IsMounted()) {
         GTEST_SKIP() << "this process may not mount";
     }
@@ -212,7 +220,7 @@ TEST_F(Keeper, MountedThingsInTheFolderAreRefused) {
 TEST_F(Keeper, MountPointHoldsResultsButNoForeignFiles) {
     fs::create_directory(Native("volume"));
     fs::create_directories(Native("out"));
-    const test::BindMount mount(Native("volume"), Native("out"));
+    const auto mount = test::Mount::Bind(Native("volume"), Native("out"));
     if (!mount.IsMounted()) {
         GTEST_SKIP() << "this process may not mount";
     }
@@ -222,7 +230,8 @@ TEST_F(Keeper, MountPointHoldsResultsButNoForeignFiles) {
         const auto keeper = Take();
         ASSERT_TRUE(keeper) << refusal;
         ASSERT_EQ(keeper->Notes().size(), 1U);
-        EXPECT_THAT(keeper->Notes()[0], HasSubstr("is a mount point, so the earlier result cannot be set aside"));
+        EXPECT_THAT(keeper->Notes()[0],
+                    HasSubstr("is a mount point, so the earlier result cannot be set aside"));
         EXPECT_FALSE(Take());
         EXPECT_THAT(refusal, HasSubstr("another run"));
         EXPECT_EQ(TreeOf("out"), (Tree{{"lost+found", "/"}}));
@@ -321,6 +330,64 @@ TEST_F(Keeper, FolderWhoseParentIsReadOnlyIsUsedInPlace) {
     fs::permissions(Native("site"), fs::perms(0777));
 }
 
+TEST_F(Keeper, EntryThatCannotBePutBackIsAFindingUntilItCan) {
+    const passwd* nobody = ::getpwnam("nobody");
+    if (::geteuid() != 0 || nobody == nullptr) {
+        GTEST_SKIP() << "this process can't give files to another user";
+    }
+    fs::permissions(Native(), fs::perms::all);
+    ASSERT_TRUE(SucceedsAsOrdinaryUser([&] {
+        Publish({{"index.html", "1"}});
+        return true;
+    }));
+    Write("out/locked/theirs.txt", "theirs");
+    EXPECT_TRUE(SucceedsAsOrdinaryUser([&] {
+        auto keeper = Take();
+        Write("out/index.html", "2");
+        const OutputReport report = keeper->Commit();
+        keeper.reset();
+        const bool isNamed = !report.findings.empty() &&
+                             report.findings[0].find("earlier/locked/theirs.txt") != std::string::npos;
+        return isNamed && !Take() && refusal.starts_with("still has parts of an earlier result");
+    }));
+    EXPECT_EQ(Read("out/index.html"), "2");
+    EXPECT_EQ(Read(".out.ventrix-run/earlier/locked/theirs.txt"), "theirs");
+    ASSERT_EQ(::chown(Native(".out.ventrix-run/earlier/locked").c_str(), nobody->pw_uid, nobody->pw_gid), 0);
+    EXPECT_TRUE(SucceedsAsOrdinaryUser([&] {
+        const auto keeper = Take();
+        return keeper && keeper->Notes().size() == 1;
+    }));
+    EXPECT_EQ(
+        TreeOf("out"),
+        (Tree{{"index.html", "2"}, {kResultMark, "mark"}, {"locked", "/"}, {"locked/theirs.txt", "theirs"}}));
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_F(Keeper, FullDiskLosesNothing) {
+    fs::create_directory(Native("disk"));
+    const auto disk = test::Mount::Disk(Native("disk"), 256 * 1024);
+    if (!disk.IsMounted()) {
+        GTEST_SKIP() << "this process may not mount";
+    }
+    OutputOrder order = Order();
+    order.folder = Native("disk/out");
+    auto keeper = Take(order);
+    Write("disk/out/index.html", "1");
+    ASSERT_EQ(keeper->Commit().error, "");
+    Write("disk/out/notes.txt", "mine");
+    const Tree before = TreeOf("disk/out");
+
+    keeper = Take(order);
+    Write("disk/out/index.html", std::string(1'000'000, '2'));
+    EXPECT_THAT(keeper->Commit().error, HasSubstr("No space left"));
+    EXPECT_EQ(TreeOf("disk/out"), before);
+    EXPECT_TRUE(IsFolder(Native("disk/out.failed")));
+    EXPECT_FALSE(Take(order));
+    EXPECT_THAT(refusal, HasSubstr("No space left"));
+    EXPECT_EQ(TreeOf("disk/out"), before);
+    EXPECT_FALSE(Exists("disk/.out.ventrix-run"));
+}
+
 constexpr int kPages = 40;
 
 /// One run that may be killed at any moment; every page holds the run's number.
@@ -344,7 +411,8 @@ class KilledRuns : public OutputFixture {
             RunOnce(Order(), *this, 0);
         }
         ::waitpid(child, nullptr, 0);
-        return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+        return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() -
+                                                                     start);
     }
 
     /// Starts a run, kills it after the time, and gives whether it had ended by itself.
@@ -394,7 +462,8 @@ TEST_F(KilledRuns, LeaveTheEarlierOrTheNewResultAndAllForeignFiles) {
         const int now = NumberOfResult();
         ASSERT_TRUE(now == last || now == number) << "after run " << number << ": " << now;
         last = now;
-        ASSERT_EQ(Read("out/notes.txt") + Read("out/sub1/notes.txt") + Read("out/own/deep/x.txt"), "mineminemine")
+        ASSERT_EQ(Read("out/notes.txt") + Read("out/sub1/notes.txt") + Read("out/own/deep/x.txt"),
+                  "mineminemine")
             << "after run " << number;
         ASSERT_FALSE(Exists(".out.ventrix-run"));
     }

@@ -83,11 +83,11 @@ Tree Joined(Tree one, const Tree& other) {
     return one;
 }
 
-const Tree kEarlierTree = {{"page.html", "old"}, {"gone", "/"},       {"gone/stale.html", "old"}, {kResultMark, "mark"},
-                           {"own.txt", "mine"},  {"git", "/"}, {"git/config", "mine"}};
+const Tree kEarlierTree = {{"page.html", "old"},  {"gone", "/"},       {"gone/stale.html", "old"},
+                           {kResultMark, "mark"}, {"own.txt", "mine"}, {"git", "/"},
+                           {"git/config", "mine"}};
 const Tree kEarlier = Below("out", kEarlierTree);
-const Tree kFailed =
-    Below("out.failed", {{"page.html", "new"}, {"own.txt", "new"}, {kFailedMark, "mark"}});
+const Tree kFailed = Below("out.failed", {{"page.html", "new"}, {"own.txt", "new"}, {kFailedMark, "mark"}});
 const Tree kMerged = Below("out", {{"page.html", "new"},
                                    {"own.txt", "new"},
                                    {"own.txt.kept", "mine"},
@@ -117,24 +117,24 @@ constexpr auto kCommitted = RunState::kCommitted;
 
 INSTANTIATE_TEST_SUITE_P(
     Table, Settling,
-    testing::Values(
-        State{"NothingBegun", {}, true, false, Output::kOtherFull, false, kOther},
-        State{"NoJournalButEarlier", {}, true, true, Output::kNone, true, {}},
-        State{"PreparedOnly", kPrepared, true, false, Output::kEarlier, false, kEarlier},
-        State{"MovedAside", kPrepared, true, true, Output::kNone, false, kEarlier},
-        State{"NewFolderNotThere", kRunning, true, true, Output::kNone, false, kEarlier},
-        State{"RunWentOn", kRunning, true, true, Output::kMade, false, Joined(kEarlier, kFailed)},
-        State{"RunMadeNoFile", kRunning, true, true, Output::kMadeWithoutFiles, false, kEarlier},
-        State{"RunIntoNewFolder", kRunning, false, false, Output::kMade, false, kFailed},
-        State{"NewFolderWithoutFile", kRunning, false, false, Output::kMadeWithoutFiles, false, {}},
-        State{"PutBack", kRunning, true, false, Output::kEarlier, false, kEarlier},
-        State{"NewFolderAgainGone", kRunning, false, false, Output::kNone, false, {}},
-        State{"UserMadeFolder", kRunning, false, false, Output::kOtherFull, false, kOther},
-        State{"UserMadeEmptyFolder", kRunning, true, true, Output::kOtherEmpty, false, kEarlier},
-        State{"UserFilledFolder", kRunning, true, true, Output::kOtherFull, true, {}},
-        State{"Committed", kCommitted, true, true, Output::kMade, false, kMerged},
-        State{"CommittedResultDeleted", kCommitted, true, true, Output::kNone, false, kEarlier},
-        State{"CommittedAndMerged", kCommitted, true, false, Output::kOtherFull, false, kOther}),
+    testing::Values(State{"NothingBegun", {}, true, false, Output::kOtherFull, false, kOther},
+                    State{"NoJournalButEarlier", {}, true, true, Output::kNone, true, {}},
+                    State{"PreparedOnly", kPrepared, true, false, Output::kEarlier, false, kEarlier},
+                    State{"MovedAside", kPrepared, true, true, Output::kNone, false, kEarlier},
+                    State{"NewFolderNotThere", kRunning, true, true, Output::kNone, false, kEarlier},
+                    State{"RunWentOn", kRunning, true, true, Output::kMade, false, Joined(kEarlier, kFailed)},
+                    State{"RunMadeNoFile", kRunning, true, true, Output::kMadeWithoutFiles, false, kEarlier},
+                    State{"RunIntoNewFolder", kRunning, false, false, Output::kMade, false, kFailed},
+                    State{
+                        "NewFolderWithoutFile", kRunning, false, false, Output::kMadeWithoutFiles, false, {}},
+                    State{"PutBack", kRunning, true, false, Output::kEarlier, false, kEarlier},
+                    State{"NewFolderAgainGone", kRunning, false, false, Output::kNone, false, {}},
+                    State{"UserMadeFolder", kRunning, false, false, Output::kOtherFull, false, kOther},
+                    State{"UserMadeEmptyFolder", kRunning, true, true, Output::kOtherEmpty, false, kEarlier},
+                    State{"UserFilledFolder", kRunning, true, true, Output::kOtherFull, true, {}},
+                    State{"Committed", kCommitted, true, true, Output::kMade, false, kMerged},
+                    State{"CommittedResultDeleted", kCommitted, true, true, Output::kNone, false, kEarlier},
+                    State{"CommittedAndMerged", kCommitted, true, false, Output::kOtherFull, false, kOther}),
     [](const testing::TestParamInfo<State>& row) { return row.param.name; });
 
 TEST_F(Settling, FailedFolderIsReplacedOnlyIfNothingOfTheUserIsInIt) {

@@ -11,7 +11,7 @@
 #include "platform/file_lock.h"
 #include "platform/mount_points.h"
 #include "platform/posix/mount_table.h"
-#include "support/bind_mount.h"
+#include "support/mount.h"
 #include "support/test_folder.h"
 
 namespace fs = std::filesystem;
@@ -31,27 +31,23 @@ TEST_F(NativeFiles, FolderContainsWhatLinksAndSpellingsLeadTo) {
         const char* folder;
         bool liesIn;
     } cases[] = {
-        {"real/sub/a.txt", "real", true},
-        {"real", "real", true},
-        {"view/sub/a.txt", "real", true},
-        {"real/sub/a.txt", "view", true},
-        {"real/link.txt", "real", true},
-        {"real/link.txt", "realm", true},
-        {"realm/b.txt", "real", false},
-        {"real/../realm/b.txt", "real", false},
-        {"real", "real/sub", false},
-        {"real/missing.txt", "real", false},
+        {"real/sub/a.txt", "real", true},     {"real", "real", true},
+        {"view/sub/a.txt", "real", true},     {"real/sub/a.txt", "view", true},
+        {"real/link.txt", "real", true},      {"real/link.txt", "realm", true},
+        {"realm/b.txt", "real", false},       {"real/../realm/b.txt", "real", false},
+        {"real", "real/sub", false},          {"real/missing.txt", "real", false},
         {"real/sub/a.txt", "missing", false},
     };
     for (const auto& row : cases) {
-        EXPECT_EQ(LiesIn(Native(row.path), Native(row.folder)), row.liesIn) << row.path << " in " << row.folder;
+        EXPECT_EQ(LiesIn(Native(row.path), Native(row.folder)), row.liesIn)
+            << row.path << " in " << row.folder;
     }
 }
 
 TEST_F(NativeFiles, BindMountsAreFoundAndCountAsTheSameFolder) {
     Write("source/a.txt", "a");
     fs::create_directories(Native("out/with space"));
-    const test::BindMount mount(Native("source"), Native("out/with space"));
+    const auto mount = test::Mount::Bind(Native("source"), Native("out/with space"));
     if (!mount.IsMounted()) {
         GTEST_SKIP() << "this process may not mount";
     }

@@ -19,7 +19,8 @@ bool IsOctal(char digit) {
 std::string WithoutEscapes(const std::string& field) {
     std::string text;
     for (std::size_t at = 0; at < field.size(); ++at) {
-        if (field[at] == '\\' && at + 3 < field.size() && std::all_of(&field[at + 1], &field[at + 4], IsOctal)) {
+        if (field[at] == '\\' && at + 3 < field.size() &&
+            std::all_of(&field[at + 1], &field[at + 4], IsOctal)) {
             text += static_cast<char>(std::stoi(field.substr(at + 1, 3), nullptr, 8));
             at += 3;
         } else {

@@ -7,8 +7,8 @@
 
 namespace ventrix::platform {
 
-/// The mount points of the table in its order: the fifth field of each line, its octal escapes resolved. A line
-/// with fewer fields is skipped.
+/// The mount points of the table in its order: the fifth field of each line, its octal escapes resolved. A
+/// line with fewer fields is skipped.
 std::vector<std::filesystem::path> ReadMountTable(std::istream& table);
 
 }  // namespace ventrix::platform
