@@ -26,20 +26,6 @@ std::string Resolved(const std::string& path) {
     return resolved == nullptr ? path : resolved.get();
 }
 
-/// Creates a new file in the folder of `path`. Its name does not contain the target's, which may already have
-/// the maximum length.
-Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& created) {
-    const std::string folder = NativeParent(path);
-    for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
-        created = folder + "/.ventrix-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
-        const int number = ::open(created.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        if (number >= 0 || errno != EEXIST) {
-            return Descriptor(number);
-        }
-    }
-    return Descriptor();
-}
-
 int FillAndClose(Descriptor& file, const WriteTarget& target, mode_t mode,
                  const std::function<int(int)>& fill) {
     const int error = fill(file.Number());
@@ -53,6 +39,18 @@ int FillAndClose(Descriptor& file, const WriteTarget& target, mode_t mode,
 }
 
 }  // namespace
+
+Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& created) {
+    const std::string folder = NativeParent(path);
+    for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
+        created = folder + "/.ventrix-" + std::to_string(::getpid()) + "-" + std::to_string(attempt);
+        const int number = ::open(created.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        if (number >= 0 || errno != EEXIST) {
+            return Descriptor(number);
+        }
+    }
+    return Descriptor();
+}
 
 ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target) {
     target = {};

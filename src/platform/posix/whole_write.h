@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/error_codes.h"
+#include "platform/posix/descriptor.h"
 
 namespace ventrix::platform {
 
@@ -21,6 +22,11 @@ struct WriteTarget {
 
 /// Finds the target of a write. kErrorAccessDenied for a folder, a device and a read-only file.
 ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target);
+
+/// Creates a new file in the folder of `path` (native) for writing, and reports its path. Its name does not
+/// contain the target's, which may already have the maximum length. On failure the descriptor is not open and
+/// errno is set.
+Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& created);
 
 /// Writes a new file in the target's folder with `fill`, which gets its descriptor and returns 0 or an errno,
 /// and renames it to the target. `mode` is its permissions, reduced by the process's mask if the target did

@@ -1,0 +1,40 @@
+// An exclusive lock on a file or folder that ends with the process at the latest, however it ends.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+namespace ventrix::platform {
+
+/// Held by whoever has this object. Programs that the process starts do not inherit it.
+class FileLock {
+  public:
+    ~FileLock();
+    FileLock(FileLock&& other) noexcept;
+    FileLock& operator=(FileLock&& other) noexcept;
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+  private:
+    friend struct LockAttempt LockFile(const std::filesystem::path& file);
+    friend struct LockAttempt LockFolder(const std::filesystem::path& folder);
+    explicit FileLock(int descriptor) : descriptor_(descriptor) {}
+
+    int descriptor_;
+};
+
+struct LockAttempt {
+    std::optional<FileLock> lock;
+    bool busy = false;      ///< Somebody else holds it.
+    std::error_code error;  ///< Why it cannot be locked at all; none if it is locked or busy.
+};
+
+/// Locks a file without waiting and creates it if it is missing; its folder must exist. The lock counts for
+/// the file that has this name now: one that its owner deleted meanwhile is not taken for it. A link is an
+/// error. The file stays when the lock ends; its owner may delete it before.
+LockAttempt LockFile(const std::filesystem::path& file);
+
+/// The same for an existing folder. Some network file systems can't lock folders, which is an error.
+LockAttempt LockFolder(const std::filesystem::path& folder);
+
+}  // namespace ventrix::platform

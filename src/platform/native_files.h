@@ -1,0 +1,39 @@
+// What the standard library's file operations lack. Paths are native; links at their end are not followed.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+namespace ventrix::platform {
+
+enum class EntryKind { kFile, kFolder, kOther };  ///< Links, pipes and devices are kOther.
+
+struct EntryStatus {
+    EntryKind kind = EntryKind::kOther;
+    std::uint64_t size = 0;     ///< Bytes; of a link, of the path in it.
+    std::int64_t modified = 0;  ///< Nanoseconds since 1970, UTC.
+};
+
+/// Of the entry itself. Nothing with an error if it cannot be examined, without one if there is no such
+/// entry.
+std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path, std::error_code& error);
+std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path);
+
+/// Gives a file or folder another name on the same file system, in one step. Never replaces anything:
+/// errc::file_exists if the new name is taken, also by an empty folder. On failure nothing has changed.
+std::error_code RenameToFree(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Writes a small file whole, replacing one that has the name. The content survives a crash of the machine
+/// once this has returned; on failure the file is as it was and nothing is left beside it.
+std::error_code WriteDurably(const std::filesystem::path& file, std::string_view content);
+
+/// Whether this process may create and delete entries in the folder.
+bool IsWritableFolder(const std::filesystem::path& folder);
+
+/// Gives `to` the owner and the group of `from`, as far as this process may.
+void CopyOwner(const std::filesystem::path& from, const std::filesystem::path& to);
+
+}  // namespace ventrix::platform
