@@ -1,4 +1,5 @@
-// The exit statuses of `ventrix`. Scripts rely on them: they never change their meaning.
+// The exit statuses of `ventrix`. Scripts rely on them: they never change their meaning. A run that is
+// interrupted ends with 128 and the signal's number (platform/interruption.h).
 #pragma once
 
 #include <string>
@@ -14,7 +15,6 @@ enum ExitStatus : int {
     kExitOutputRefused = 5,   ///< The output folder must not be emptied or cannot be written.
     kExitTransformation = 6,  ///< The transformation failed or wrote nothing.
     kExitNoModule = 7,        ///< The host or the module could not start.
-    kExitInterrupted = 130,   ///< Ctrl-C.
 };
 
 /// Thrown to end the command with this exit status and message.

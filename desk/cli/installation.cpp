@@ -11,9 +11,11 @@ Installation FindInstallation() {
     const fs::path bin = fs::read_symlink("/proc/self/exe", error).parent_path();
     const fs::path share = bin.parent_path() / "share" / "ventrix";
     if (fs::is_directory(share, error)) {
-        return {(bin.parent_path() / "lib" / "ventrix" / "Ventrix.so").string(), share.string()};
+        const fs::path library = bin.parent_path() / "lib" / "ventrix";
+        return {(library / "Ventrix.so").string(), (library / "ventrix-script").string(), share.string()};
     }
-    return {(bin.parent_path() / "src" / "Ventrix.so").string(), (bin / "installation").string()};
+    return {(bin.parent_path() / "src" / "Ventrix.so").string(), (bin / "ventrix-script").string(),
+            (bin / "installation").string()};
 }
 
 }  // namespace ventrix::desk

@@ -6,8 +6,9 @@
 namespace ventrix::desk {
 
 struct Installation {
-    std::string module;  ///< Ventrix.so.
-    std::string folder;  ///< Holds Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
+    std::string module;    ///< Ventrix.so.
+    std::string recorder;  ///< ventrix-script, which runs a script and writes down how it ends.
+    std::string folder;    ///< Holds Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
 };
 
 /// Found from where this program lies: `../lib/ventrix` and `../share/ventrix` where it is installed, else

@@ -6,10 +6,11 @@
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
-#include "desk/cli/interruption.h"
 #include "desk/cli/json_output.h"
 #include "desk/cli/options.h"
 #include "desk/cli/session.h"
+#include "platform/child_process.h"
+#include "platform/interruption.h"
 
 namespace {
 
@@ -70,6 +71,9 @@ int Finish(int status) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, NoteReaderGone);
-    WatchInterruptions();
-    return Finish(Run(argc, argv));
+    ventrix::platform::HandleInterruptions();
+    const int status = Run(argc, argv);
+    // A script may have left something running that would still write.
+    ventrix::platform::EndStartedPrograms();
+    return Finish(status);
 }

@@ -15,8 +15,7 @@ std::string OutputRefusal(const std::string& folder, const std::vector<std::stri
 /// Creates the folder where it is missing. Empty on success, else why not.
 std::string PrepareOutput(const std::string& folder);
 
-/// Notes in the folder that a run made it. Safe to call from a signal handler with the name from
-/// OutputMarkName.
+/// Notes in the folder that a run made it. The name is that from OutputMarkName.
 void MarkOutput(const char* markName);
 
 std::string OutputMarkName(const std::string& folder);

@@ -5,7 +5,6 @@
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
-#include "desk/cli/interruption.h"
 #include "desk/cli/json_output.h"
 #include "desk/cli/output_folder.h"
 #include "desk/cli/paths.h"
@@ -15,6 +14,7 @@
 #include "desk/cli/session.h"
 #include "platform/drives.h"
 #include "platform/files.h"
+#include "platform/interruption.h"
 
 namespace ventrix::desk {
 namespace {
@@ -138,7 +138,8 @@ Outcome Run(const Options& options, Session& session, const Screen& screen) {
 
     const std::uint64_t before = LogSize(outcome.logName);
     {
-        const InterruptionMark mark(OutputMarkName(outcome.output));
+        const platform::InterruptionCleanUp mark(
+            [&outcome] { MarkOutput(OutputMarkName(outcome.output).c_str()); });
         Progress progress(screen, outcome.logName, DocumentCount(session.files));
         session.clientCalled = [&](const std::string& client) {
             progress.Transforming(client != "QlDispatcher");

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "desk/toolkit/run_program.h"
+#include "platform/temp_folder.h"
 
 namespace ventrix::desk {
 namespace {
@@ -18,26 +19,6 @@ struct Toolkit {
     std::string ant;      ///< The `ant` command.
     std::string folder;   ///< Of the build file.
     std::string reason;
-};
-
-/// A folder of its own for the toolkit's work, gone at the end.
-class WorkFolder {
-  public:
-    WorkFolder() {
-        std::string pattern = (fs::temp_directory_path() / "ventrix-dita-XXXXXX").string();
-        path_ = mkdtemp(pattern.data()) == nullptr ? std::string() : pattern;
-    }
-    ~WorkFolder() {
-        std::error_code error;
-        fs::remove_all(path_, error);
-    }
-    WorkFolder(const WorkFolder&) = delete;
-    WorkFolder& operator=(const WorkFolder&) = delete;
-    std::string operator/(const char* name) const { return path_ + "/" + name; }
-    bool Exists() const { return !path_.empty(); }
-
-  private:
-    std::string path_;
 };
 
 Toolkit AntToolkit(const std::string& folder) {
@@ -103,22 +84,22 @@ void AppendLibraries(std::vector<std::string>& arguments, const std::string& fol
     }
 }
 
-std::vector<std::string> AntArguments(const Toolkit& toolkit, const DitaRun& run, const WorkFolder& work) {
-    WriteEncodings(work / "classes");
-    std::vector<std::string> arguments{toolkit.ant, "-lib", work / "classes"};
+std::vector<std::string> AntArguments(const Toolkit& toolkit, const DitaRun& run, const std::string& work) {
+    WriteEncodings(work + "/classes");
+    std::vector<std::string> arguments{toolkit.ant, "-lib", work + "/classes"};
     AppendLibraries(arguments, toolkit.folder);
     arguments.insert(arguments.end(), {"-f", toolkit.folder + "/build.xml", "-Dargs.input=" + run.document,
-                                       "-Dtranstype=xhtml", "-Doutput.dir=" + (work / "out"),
-                                       "-Ddita.temp.dir=" + (work / "temp")});
+                                       "-Dtranstype=xhtml", "-Doutput.dir=" + work + "/out",
+                                       "-Ddita.temp.dir=" + work + "/temp"});
     if (!run.ditaval.empty()) {
         arguments.push_back("-Ddita.input.valfile=" + run.ditaval);
     }
     return arguments;
 }
 
-std::vector<std::string> DitaArguments(const Toolkit& toolkit, const DitaRun& run, const WorkFolder& work) {
+std::vector<std::string> DitaArguments(const Toolkit& toolkit, const DitaRun& run, const std::string& work) {
     std::vector<std::string> arguments{toolkit.command, "--input=" + run.document, "--format=xhtml",
-                                       "--output=" + (work / "out"), "--temp=" + (work / "temp")};
+                                       "--output=" + work + "/out", "--temp=" + work + "/temp"};
     if (!run.ditaval.empty()) {
         arguments.push_back("--filter=" + run.ditaval);
     }
@@ -159,14 +140,16 @@ std::string FaultIn(const std::string& logFile) {
     return fault.substr(std::min(fault.find_first_not_of(' '), fault.size()));
 }
 
-std::string Outcome(std::optional<int> status, int pages, const std::string& program,
-                    const std::string& logFile) {
-    if (!status.has_value()) {
-        return program + " cannot be started";
+std::string Outcome(const platform::ProgramEnd& end, int pages, const std::string& logFile) {
+    if (!end.notStarted.empty()) {
+        return end.notStarted;
     }
     const std::string fault = FaultIn(logFile);
-    if (*status != 0) {
-        return "the DITA Open Toolkit failed with exit status " + std::to_string(*status) +
+    if (end.signal != 0) {
+        return "the DITA Open Toolkit was ended by signal " + std::to_string(end.signal);
+    }
+    if (end.exitCode != 0) {
+        return "the DITA Open Toolkit failed with exit status " + std::to_string(end.exitCode) +
                (fault.empty() ? "" : ": " + fault);
     }
     return pages == 0 ? "the DITA Open Toolkit wrote no page" + (fault.empty() ? "" : ": " + fault)
@@ -181,20 +164,21 @@ std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitNa
     if (!toolkit.reason.empty()) {
         return toolkit.reason;
     }
-    const WorkFolder work;
-    if (!work.Exists()) {
-        return "no folder for the toolkit's work can be made in " + fs::temp_directory_path().string();
+    const platform::TemporaryFolder folder("ventrix-dita");
+    if (folder.Path().empty()) {
+        return folder.Problem();
     }
+    const std::string& work = folder.Path();
     const bool ant = toolkit.command.empty();
     std::vector<std::string> arguments =
         ant ? AntArguments(toolkit, run, work) : DitaArguments(toolkit, run, work);
     // Topics beside or above the map's folder then stay inside of the output, in the folders that they have.
     arguments.insert(arguments.end(), {"-Dgenerate.copy.outer=3", "-Douter.control=quiet"});
     run.log("toolkit " + (ant ? toolkit.folder : toolkit.command));
-    const std::optional<int> status = RunProgram(arguments, logFile);
+    const platform::ProgramEnd end = RunProgram(arguments, logFile);
     std::string unwritten;
-    const int pages = MoveOutput(work / "out", run.pages, unwritten);
-    const std::string reason = Outcome(status, pages, arguments.front(), logFile);
+    const int pages = MoveOutput(work + "/out", run.pages, unwritten);
+    const std::string reason = Outcome(end, pages, logFile);
     return reason.empty() ? unwritten : reason;
 }
 

@@ -1,9 +1,10 @@
 // Starts a program with its output in a file and waits for it. Arguments and paths are native.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/child_process.h"
 
 namespace ventrix::desk {
 
@@ -12,8 +13,7 @@ namespace ventrix::desk {
 std::string FindProgram(const std::string& name);
 
 /// Appends the program's standard output and error to the file; its standard input is empty, and its locale
-/// is UTF-8, so that Java reads file names as they are. Gives the exit status, 128 and the number after a
-/// signal, or nothing if it could not be started.
-std::optional<int> RunProgram(const std::vector<std::string>& arguments, const std::string& outputFile);
+/// is UTF-8, so that Java reads file names as they are.
+platform::ProgramEnd RunProgram(const std::vector<std::string>& arguments, const std::string& outputFile);
 
 }  // namespace ventrix::desk
