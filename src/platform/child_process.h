@@ -12,12 +12,14 @@
 namespace ventrix::platform {
 
 struct ProgramStart {
-    std::vector<std::string> arguments = {};  ///< The program's path first. It is not looked up in PATH.
-    std::vector<std::pair<std::string, std::string>>
-        environment;  ///< Set on top of this process's variables.
-    std::string outputFile =
-        {};                  ///< Standard output and error are appended to it; empty: those of this process.
-    std::int64_t owner = 0;  ///< The process with whose end the tree ends; 0 is this process.
+    /// The program's path first. It is not looked up in PATH.
+    std::vector<std::string> arguments = {};
+    /// Set on top of this process's variables.
+    std::vector<std::pair<std::string, std::string>> environment = {};
+    /// Standard output and error are appended to it; empty: those of this process.
+    std::string outputFile = {};
+    /// The process with whose end the tree ends; 0 is this process.
+    std::int64_t owner = 0;
 };
 
 struct StartedProgram {
@@ -47,7 +49,7 @@ std::optional<ProgramEnd> WaitForProgram(StartedProgram& program, std::chrono::m
 /// that detach themselves, so that EndStartedPrograms finds them.
 void OwnStartedPrograms();
 
-/// Ends every running program that this process is the ancestor of: asks each to end, and after a second ends
+/// Ends every running program that this process is the ancestor of or answers for: asks each to end, and after a second ends
 /// by force what is left. No other thread may be waiting for a child process.
 void EndStartedPrograms();
 

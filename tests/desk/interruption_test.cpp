@@ -17,7 +17,7 @@ using test::IsRunning;
 
 // A program that waits, with another in the background that would write `late` four seconds from now.
 constexpr char kWaits[] =
-    "#!/bin/sh\ncd \"$PROBE\"\nsetsid sh -c 'trap : TERM; echo $$ >background.pid; sleep 4; echo late >late' "
+    "#!/bin/sh\ncd \"$PROBE\"\nsetsid sh -c 'echo $$ >background.pid; sleep 4; echo late >late' "
     "&\n"
     "until [ -s background.pid ]; do sleep 0.02; done\necho $$ >program.pid\nsleep 30\n";
 

@@ -1,5 +1,8 @@
 #include "desk/script/script_record.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
 
 #include "desk/folder_fixture.h"
@@ -12,9 +15,10 @@ namespace {
 
 class ScriptRecordTest : public FolderFixture {
   protected:
+    ScriptRecordTest() { platform::OwnStartedPrograms(); }
     ~ScriptRecordTest() override { platform::EndStartedPrograms(); }
 
-    /// Prepares the script and starts it as the module does; gives the process.
+    /// Prepares the script and starts it as the module does, with `shown` as the standard output.
     platform::ProcessHandle Start(const std::string& script) {
         std::filesystem::remove_all(Native("private"));
         std::filesystem::create_directory(Native("private"));
@@ -23,7 +27,13 @@ class ScriptRecordTest : public FolderFixture {
         platform::ProcessHandle process;
         const std::string command =
             "\"" + platform::ToSystem(path).value() + "\" \"" + System("package/d ö.xml") + "\"";
+        const int output = dup(STDOUT_FILENO);
+        const int shown = open(Native("shown").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        dup2(shown, STDOUT_FILENO);
         EXPECT_EQ(platform::StartProcess(command, process), platform::kErrorNone);
+        dup2(output, STDOUT_FILENO);
+        close(output);
+        close(shown);
         return process;
     }
     ScriptRecord Run(const std::string& script) {
@@ -114,7 +124,7 @@ TEST_F(ScriptRecordTest, KeepsTheLastLinesOfAnyOutput) {
         {"seq 1000000",
          {"999991", "999992", "999993", "999994", "999995", "999996", "999997", "999998", "999999",
           "1000000"}},
-        {"head -c 10000000 /dev/zero | tr '\\0' x; printf '\\n\\tend\\r\\n'", {"\tend"}},
+        {"head -c 1000000 /dev/zero | tr '\\0' x; printf '\\n\\tend\\r\\n'", {"\tend"}},
         {"printf '\\303\\274 \\303 \\377 \\355\\240\\200 \\033[1m \\0 \\177'", {"ü ? ? ??? ?[1m ? ?"}},
         {"head -c 10000000 /dev/zero | tr '\\0' x", {std::string(4096, 'x')}},
     };
@@ -123,6 +133,7 @@ TEST_F(ScriptRecordTest, KeepsTheLastLinesOfAnyOutput) {
         const ScriptRecord record = Run("script");
         EXPECT_TRUE(Succeeded(record));
         EXPECT_EQ(record.lastLines, row.lastLines) << row.body;
+        EXPECT_EQ(Read("shown"), Read("private/pre-script.output"));
     }
 }
 
@@ -132,7 +143,6 @@ TEST_F(ScriptRecordTest, BackgroundProgramsDoNotHoldTheRunUpAndEndWithIt) {
                  "until [ -s pid ]; do sleep 0.02; done\n");
     EXPECT_TRUE(Succeeded(Run("script")));
     EXPECT_TRUE(test::IsRunning(Native("pid")));
-    platform::OwnStartedPrograms();
     platform::EndStartedPrograms();
     EXPECT_FALSE(test::IsRunning(Native("pid")));
 }

@@ -117,6 +117,7 @@ constexpr const char* kBackgroundNames[] = {"polite", "stubborn", "detached"};
 
 TEST(ChildProcess, BackgroundProgramsRunUntilTheRunEndsThem) {
     const TestFolder tree;
+    OwnStartedPrograms();
     EXPECT_EQ(RunScript(tree, kBackground, tree.Native()).exitCode, 0);
     for (const std::string name : kBackgroundNames) {
         EXPECT_TRUE(IsRunning(tree.Native(name + ".pid"))) << name;
