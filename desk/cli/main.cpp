@@ -75,5 +75,7 @@ int main(int argc, char** argv) {
     const int status = Run(argc, argv);
     // A script may have left something running that would still write.
     ventrix::platform::EndStartedPrograms();
-    return Finish(status);
+    const int finished = Finish(status);
+    ventrix::platform::StopHandlingInterruptions();
+    return finished;
 }

@@ -15,6 +15,10 @@ namespace ventrix::platform {
 /// interruption that the process was started to ignore (nohup) stays ignored.
 void HandleInterruptions();
 
+/// Called when the work is done, before the objects that live as long as the process go: from now on an
+/// interruption changes nothing, and the process ends with the status that it has earned.
+void StopHandlingInterruptions();
+
 /// While it lives, interruptions wait. Used by the main thread only, around a few short steps that belong
 /// together. May be nested. Nothing in a clean-up.
 class InterruptionPause {

@@ -167,6 +167,10 @@ void HandleInterruptions() {
     }
 }
 
+void StopHandlingInterruptions() {
+    WaitFor(State().free);
+}
+
 InterruptionPause::InterruptionPause() {
     if (!State().cleaning && State().pauses++ == 0) {
         WaitFor(State().free);
