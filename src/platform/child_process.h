@@ -49,8 +49,8 @@ std::optional<ProgramEnd> WaitForProgram(StartedProgram& program, std::chrono::m
 /// that detach themselves, so that EndStartedPrograms finds them.
 void OwnStartedPrograms();
 
-/// Ends every running program that this process is the ancestor of or answers for: asks each to end, and after a second ends
-/// by force what is left. No other thread may be waiting for a child process.
+/// Ends every running program that this process is the ancestor of or answers for: asks each to end, and
+/// after a second ends by force what is left. No other thread may be waiting for a child process.
 void EndStartedPrograms();
 
 /// Makes this process end when the one that started it does.
