@@ -1,4 +1,5 @@
-// The exit statuses of `ventrix`. Scripts depend on them, so their meanings never change.
+// The exit statuses of `ventrix`. Scripts depend on them, so their meanings never change. A run that is
+// interrupted ends with 128 plus the number of the signal (platform/interruption.h).
 #pragma once
 
 #include <string>
@@ -14,7 +15,6 @@ enum ExitStatus : int {
     kExitOutputRefused = 5,   ///< The output folder must not be emptied or is not writable.
     kExitTransformation = 6,  ///< The transformation failed or wrote no pages.
     kExitNoModule = 7,        ///< The host or the module could not start.
-    kExitInterrupted = 130,   ///< Ctrl-C.
 };
 
 /// Thrown to end the command with an exit status and an error message.

@@ -11,9 +11,12 @@ Installation FindInstallation() {
     const fs::path bin = fs::read_symlink("/proc/self/exe", error).parent_path();
     const fs::path share = bin.parent_path() / "share" / "ventrix";
     if (fs::is_directory(share, error)) {
-        return {FromFilesystem(bin.parent_path() / "lib" / "ventrix" / "Ventrix.so"), FromFilesystem(share)};
+        const fs::path library = bin.parent_path() / "lib" / "ventrix";
+        return {FromFilesystem(library / "Ventrix.so"), FromFilesystem(library / "ventrix-script"),
+                FromFilesystem(share)};
     }
-    return {FromFilesystem(bin.parent_path() / "src" / "Ventrix.so"), FromFilesystem(bin / "installation")};
+    return {FromFilesystem(bin.parent_path() / "src" / "Ventrix.so"), FromFilesystem(bin / "ventrix-script"),
+            FromFilesystem(bin / "installation")};
 }
 
 }  // namespace ventrix::desk

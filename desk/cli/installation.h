@@ -6,8 +6,9 @@
 namespace ventrix::desk {
 
 struct Installation {
-    NativePath module;  ///< Ventrix.so.
-    NativePath folder;  ///< Contains Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
+    NativePath module;    ///< Ventrix.so.
+    NativePath recorder;  ///< ventrix-script, which runs a script and records how it ends.
+    NativePath folder;    ///< Contains Ventrix.xsl, dita-to-xhtml.xsl and icu_data.
 };
 
 /// Returns the locations relative to the running program: `../lib/ventrix` and `../share/ventrix` if the

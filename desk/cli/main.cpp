@@ -6,9 +6,10 @@
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
-#include "desk/cli/interruption.h"
 #include "desk/cli/options.h"
 #include "desk/cli/screen.h"
+#include "platform/child_process.h"
+#include "platform/interruption.h"
 
 namespace {
 
@@ -70,6 +71,11 @@ int Finish(int status) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, RecordReaderGone);
-    WatchInterruptions();
-    return Finish(Run(argc, argv));
+    ventrix::platform::HandleInterruptions();
+    const int status = Run(argc, argv);
+    // A script may have left a program running that would still write.
+    ventrix::platform::EndStartedPrograms();
+    const int finished = Finish(status);
+    ventrix::platform::StopHandlingInterruptions();
+    return finished;
 }

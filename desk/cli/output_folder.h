@@ -19,7 +19,6 @@ std::string OutputRefusal(const NativePath& folder, const std::vector<NativePath
 std::string PrepareOutput(const NativePath& folder);
 
 /// Creates the file that marks an output folder as the work of a run. `markName` comes from OutputMarkName.
-/// Safe to call from a signal handler.
 void MarkOutput(const char* markName);
 
 /// Returns the path of the mark in this output folder.

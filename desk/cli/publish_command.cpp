@@ -6,7 +6,6 @@
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
-#include "desk/cli/interruption.h"
 #include "desk/cli/output_folder.h"
 #include "desk/cli/path_options.h"
 #include "desk/cli/published_pages.h"
@@ -14,6 +13,7 @@
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
 #include "platform/files.h"
+#include "platform/interruption.h"
 
 namespace ventrix::desk {
 namespace {
@@ -134,7 +134,8 @@ Outcome RunPublish(const Options& options, Session& session, const Screen& scree
 
     const std::uint64_t before = LogSize(outcome.logName);
     {
-        const InterruptionMark mark(OutputMarkName(outcome.output));
+        const platform::InterruptionCleanUp mark(
+            [&outcome] { MarkOutput(OutputMarkName(outcome.output).utf8.c_str()); });
         Progress progress(screen, outcome.logName, DocumentCount(session.files));
         session.clientCalled = [&](const std::string& client) {
             progress.SetTransforming(client != kDispatcherClient);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "desk/toolkit/run_program.h"
+#include "platform/temp_folder.h"
 
 namespace ventrix::desk {
 namespace {
@@ -18,26 +19,6 @@ struct Toolkit {
     NativePath ant;      ///< The `ant` command.
     NativePath folder;   ///< Contains the build file.
     std::string reason;
-};
-
-/// A temporary folder for the toolkit's work, removed at the end.
-class WorkFolder {
-  public:
-    WorkFolder() {
-        std::string pattern = FromFilesystem(fs::temp_directory_path() / "ventrix-dita-XXXXXX").utf8;
-        path_ = mkdtemp(pattern.data()) == nullptr ? NativePath{} : NativePath{pattern};
-    }
-    ~WorkFolder() {
-        std::error_code error;
-        fs::remove_all(ToFilesystem(path_), error);
-    }
-    WorkFolder(const WorkFolder&) = delete;
-    WorkFolder& operator=(const WorkFolder&) = delete;
-    NativePath operator/(const char* name) const { return {path_.utf8 + "/" + name}; }
-    bool Exists() const { return !path_.Empty(); }
-
-  private:
-    NativePath path_;
 };
 
 Toolkit AntToolkit(const NativePath& folder) {
@@ -108,23 +89,22 @@ void AppendLibraries(std::vector<std::string>& arguments, const NativePath& fold
     }
 }
 
-std::vector<std::string> AntArguments(const Toolkit& toolkit, const DitaRun& run, const WorkFolder& work) {
-    WriteEncodings(work / "classes");
-    std::vector<std::string> arguments{toolkit.ant.utf8, "-lib", (work / "classes").utf8};
+std::vector<std::string> AntArguments(const Toolkit& toolkit, const DitaRun& run, const std::string& work) {
+    WriteEncodings({work + "/classes"});
+    std::vector<std::string> arguments{toolkit.ant.utf8, "-lib", work + "/classes"};
     AppendLibraries(arguments, toolkit.folder);
-    arguments.insert(
-        arguments.end(),
-        {"-f", toolkit.folder.utf8 + "/build.xml", "-Dargs.input=" + run.document.utf8, "-Dtranstype=xhtml",
-         "-Doutput.dir=" + (work / "out").utf8, "-Ddita.temp.dir=" + (work / "temp").utf8});
+    arguments.insert(arguments.end(), {"-f", toolkit.folder.utf8 + "/build.xml",
+                                       "-Dargs.input=" + run.document.utf8, "-Dtranstype=xhtml",
+                                       "-Doutput.dir=" + work + "/out", "-Ddita.temp.dir=" + work + "/temp"});
     if (!run.ditaval.Empty()) {
         arguments.push_back("-Ddita.input.valfile=" + run.ditaval.utf8);
     }
     return arguments;
 }
 
-std::vector<std::string> DitaArguments(const Toolkit& toolkit, const DitaRun& run, const WorkFolder& work) {
+std::vector<std::string> DitaArguments(const Toolkit& toolkit, const DitaRun& run, const std::string& work) {
     std::vector<std::string> arguments{toolkit.command.utf8, "--input=" + run.document.utf8, "--format=xhtml",
-                                       "--output=" + (work / "out").utf8, "--temp=" + (work / "temp").utf8};
+                                       "--output=" + work + "/out", "--temp=" + work + "/temp"};
     if (!run.ditaval.Empty()) {
         arguments.push_back("--filter=" + run.ditaval.utf8);
     }
@@ -167,14 +147,16 @@ std::string FailureIn(const NativePath& logFile) {
     return failure.substr(std::min(failure.find_first_not_of(' '), failure.size()));
 }
 
-std::string Outcome(std::optional<int> status, int pages, const std::string& program,
-                    const NativePath& logFile) {
-    if (!status.has_value()) {
-        return program + " cannot be started; check that it is executable";
+std::string Outcome(const platform::ProgramEnd& end, int pages, const NativePath& logFile) {
+    if (!end.notStarted.empty()) {
+        return end.notStarted;
     }
     const std::string failure = FailureIn(logFile);
-    if (*status != 0) {
-        return "the DITA Open Toolkit failed with exit status " + std::to_string(*status) +
+    if (end.signal != 0) {
+        return "the DITA Open Toolkit was ended by signal " + std::to_string(end.signal);
+    }
+    if (end.exitCode != 0) {
+        return "the DITA Open Toolkit failed with exit status " + std::to_string(end.exitCode) +
                (failure.empty() ? "" : ": " + failure);
     }
     return pages == 0 ? "the DITA Open Toolkit wrote no page" + (failure.empty() ? "" : ": " + failure)
@@ -189,20 +171,21 @@ std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitNa
     if (!toolkit.reason.empty()) {
         return toolkit.reason;
     }
-    const WorkFolder work;
-    if (!work.Exists()) {
-        return "no temporary folder for the toolkit can be created in " + fs::temp_directory_path().string();
+    const platform::TemporaryFolder folder("ventrix-dita");
+    if (folder.Path().empty()) {
+        return folder.Problem();
     }
+    const std::string& work = folder.Path();
     const bool ant = toolkit.command.Empty();
     std::vector<std::string> arguments =
         ant ? AntArguments(toolkit, run, work) : DitaArguments(toolkit, run, work);
     // With these, topics outside the map's folder are published in the corresponding folders of the output.
     arguments.insert(arguments.end(), {"-Dgenerate.copy.outer=3", "-Douter.control=quiet"});
     run.log("toolkit " + (ant ? toolkit.folder : toolkit.command).utf8);
-    const std::optional<int> status = RunProgram(arguments, logFile);
+    const platform::ProgramEnd end = RunProgram(arguments, logFile);
     std::string unwritten;
-    const int pages = MoveOutput(work / "out", run.pages, unwritten);
-    const std::string reason = Outcome(status, pages, arguments.front(), logFile);
+    const int pages = MoveOutput({work + "/out"}, run.pages, unwritten);
+    const std::string reason = Outcome(end, pages, logFile);
     return reason.empty() ? unwritten : reason;
 }
 

@@ -1,11 +1,11 @@
 // Runs a program, with its output in a file, to its end. Strings are UTF-8 and reach the program as they are.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "desk/paths/paths.h"
+#include "platform/child_process.h"
 
 namespace ventrix::desk {
 
@@ -13,8 +13,7 @@ namespace ventrix::desk {
 NativePath FindProgram(const std::string& name);
 
 /// Appends the program's standard output and error to the file. Its standard input is empty, and its locale
-/// is UTF-8, so that Java decodes file names correctly. Returns the exit status, 128 plus the number of the
-/// signal that ended it, or nothing if it could not be started.
-std::optional<int> RunProgram(const std::vector<std::string>& arguments, const NativePath& outputFile);
+/// is UTF-8, so that Java decodes file names correctly.
+platform::ProgramEnd RunProgram(const std::vector<std::string>& arguments, const NativePath& outputFile);
 
 }  // namespace ventrix::desk

@@ -15,13 +15,12 @@
 
 #include "platform/command_line.h"
 #include "platform/environment.h"
-#include "platform/posix/descriptor.h"
 #include "platform/posix/errno_codes.h"
+#include "platform/posix/shell_script.h"
 
 namespace ventrix::platform {
 namespace {
 
-constexpr char kShell[] = "/bin/sh";
 constexpr int kSignalExitBase = 128;
 
 /// What a started program inherits.
@@ -72,15 +71,6 @@ std::string LocateProgram(const std::string& program) {
     }
     std::string found = FindInPath(program);
     return found.empty() ? program : found;
-}
-
-/// True if the file is not empty and its first line has no zero byte, as a binary's would.
-bool LooksLikeScript(const std::string& path) {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    char start[128];
-    const ssize_t count = file.IsOpen() ? ::read(file.Number(), start, sizeof start) : 0;
-    const std::string_view bytes(start, count > 0 ? static_cast<std::size_t>(count) : 0);
-    return count > 0 && bytes.substr(0, bytes.find('\n')).find('\0') == std::string_view::npos;
 }
 
 /// 0 or an errno.

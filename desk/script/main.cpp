@@ -1,0 +1,96 @@
+// ventrix-script, the recorder: started by the module in place of a user's script, it starts that script and
+// writes down how it went (script_record.h). What the script prints appears where the module's own output
+// does.
+#include <chrono>
+#include <csignal>
+#include <exception>
+#include <fstream>
+#include <iostream>
+
+#include "desk/script/script_record.h"
+#include "platform/child_process.h"
+
+namespace {
+
+using namespace ventrix;
+using namespace ventrix::desk;
+
+constexpr int kExitNoSettings = 2;
+constexpr int kExitNotStarted = 127;
+constexpr int kSignalExitBase = 128;
+constexpr auto kBetweenLooks = std::chrono::milliseconds(50);
+
+/// Passes on what has been added to the output since the last call. The script writes to a file and not to a
+/// pipe, so that what it leaves running in the background cannot hold the recorder up.
+void PassOn(std::ifstream& output) {
+    char bytes[65536];
+    output.clear();
+    while (output.read(bytes, sizeof bytes), output.gcount() > 0) {
+        std::cout.write(bytes, output.gcount());
+    }
+    std::cout.flush();
+}
+
+platform::ProgramEnd WaitAndPassOn(platform::StartedProgram& script, const std::string& outputFile) {
+    std::ifstream output(outputFile, std::ios::binary);
+    std::optional<platform::ProgramEnd> end;
+    while (!end) {
+        end = platform::WaitForProgram(script, kBetweenLooks);
+        PassOn(output);
+    }
+    return *end;
+}
+
+ScriptRecord Run(const std::string& path, const ScriptSettings& settings,
+                 const std::vector<std::string>& arguments) {
+    platform::ProgramStart start;
+    start.arguments = arguments;
+    start.arguments.front() = settings.script;
+    start.outputFile = ScriptOutputFile(path);
+    start.owner = settings.owner;
+    ScriptRecord record;
+    record.state = ScriptState::kNotStarted;
+    platform::StartedProgram script = platform::StartProgram(start);
+    record.reason = script.notStarted;
+    if (!script.notStarted.empty()) {
+        return record;
+    }
+    const platform::ProgramEnd end = WaitAndPassOn(script, start.outputFile);
+    record.state = ScriptState::kEnded;
+    record.exitCode = end.exitCode;
+    record.signal = end.signal;
+    return record;
+}
+
+int ExitStatus(const ScriptRecord& record) {
+    if (record.state == ScriptState::kNotStarted) {
+        return kExitNotStarted;
+    }
+    return record.signal == 0 ? record.exitCode : kSignalExitBase + record.signal;
+}
+
+int Record(const std::vector<std::string>& arguments) {
+    const std::string path = arguments.empty() ? std::string() : arguments.front();
+    const auto settings = TakeScriptSettings(path);
+    if (!settings) {
+        std::cerr << "ventrix-script is a part of ventrix, which starts it; run ventrix instead\n";
+        return kExitNoSettings;
+    }
+    WritePackageState(path, ListPackage(settings->package));
+    const ScriptRecord record = Run(path, *settings, arguments);
+    WriteScriptRecord(path, record);
+    return ExitStatus(record);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);  // A reader that is gone must not cost the record.
+    platform::EndWithStarter();
+    try {
+        return Record(std::vector<std::string>(argv, argv + argc));
+    } catch (const std::exception& error) {
+        std::cerr << "error: " << error.what() << '\n';
+        return kExitNotStarted;
+    }
+}

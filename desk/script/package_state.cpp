@@ -1,0 +1,48 @@
+#include "desk/script/package_state.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+namespace {
+
+std::int64_t Nanoseconds(fs::file_time_type time) {
+    const auto sinceEpoch = fs::file_time_type::clock::to_sys(time).time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(sinceEpoch).count();
+}
+
+void Add(const fs::directory_entry& entry, const fs::path& folder, std::vector<PackageFile>& files) {
+    std::error_code error;
+    if (!fs::is_regular_file(entry.symlink_status(error))) {
+        return;
+    }
+    PackageFile file;
+    file.size = entry.file_size(error);
+    if (error) {
+        return;
+    }
+    file.modified = Nanoseconds(entry.last_write_time(error));
+    file.name = entry.path().lexically_relative(folder).generic_string();
+    if (!error) {
+        files.push_back(std::move(file));
+    }
+}
+
+}  // namespace
+
+std::vector<PackageFile> ListPackage(const std::string& folder) {
+    std::vector<PackageFile> files;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
+    while (!error && entry != fs::recursive_directory_iterator()) {
+        Add(*entry, folder, files);
+        entry.increment(error);
+    }
+    std::ranges::sort(files, {}, &PackageFile::name);
+    return files;
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,23 @@
+// What lies in the folder of a packaged document at one moment, to be compared with what lies there later.
+// Paths are native.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ventrix::desk {
+
+struct PackageFile {
+    std::string name;  ///< Relative to the folder, with "/".
+    std::uintmax_t size = 0;
+    std::int64_t modified = 0;  ///< Nanoseconds since 1970.
+
+    bool operator==(const PackageFile&) const = default;
+};
+
+/// The regular files below the folder, ordered by name. Links are neither followed nor listed; what cannot be
+/// read is left out. Empty if there is no such folder.
+std::vector<PackageFile> ListPackage(const std::string& folder);
+
+}  // namespace ventrix::desk

@@ -1,0 +1,40 @@
+#include "platform/temp_folder.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "platform/environment.h"
+
+namespace fs = std::filesystem;
+
+namespace ventrix::platform {
+
+TemporaryFolder::TemporaryFolder(const std::string& prefix) : cleanUp_([this] { Remove(); }) {
+    const std::string set = EnvironmentValue("TMPDIR").value_or("");
+    std::error_code error;
+    const fs::path parent = fs::absolute(set.empty() ? "/tmp" : set, error);
+    std::string pattern = (parent / (prefix + "-XXXXXX")).string();
+    const InterruptionPause pause;  // The folder is removed by name, which comes with it.
+    if (::mkdtemp(pattern.data()) == nullptr) {
+        const int reason = errno;
+        problem_ = "no folder for temporary files can be made in " + parent.string() + ": " +
+                   std::generic_category().message(reason) + "; set TMPDIR to one that can be written";
+        return;
+    }
+    path_ = pattern;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    Remove();
+}
+
+void TemporaryFolder::Remove() const {
+    std::error_code ignored;
+    if (!path_.empty()) {
+        fs::remove_all(path_, ignored);
+    }
+}
+
+}  // namespace ventrix::platform

@@ -1,0 +1,34 @@
+// A folder for the temporary files of a run, which only the owner may enter. Paths are native.
+#pragma once
+
+#include <string>
+
+#include "platform/interruption.h"
+
+namespace ventrix::platform {
+
+/// Made below the system's folder for temporary files (TMPDIR, /tmp); removed with all that is in it at the
+/// end of this object or when the run is interrupted.
+class TemporaryFolder {
+  public:
+    /// The folder's name begins with `prefix`.
+    explicit TemporaryFolder(const std::string& prefix);
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    /// Absolute; empty if the folder could not be made.
+    const std::string& Path() const { return path_; }
+
+    /// Why not, naming the folder for temporary files; empty on success.
+    const std::string& Problem() const { return problem_; }
+
+  private:
+    void Remove() const;
+
+    std::string path_;
+    std::string problem_;
+    InterruptionCleanUp cleanUp_;
+};
+
+}  // namespace ventrix::platform
