@@ -5,7 +5,6 @@
 // that there is none.
 #pragma once
 
-#include <compare>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -17,14 +16,15 @@ struct NativePath {
     std::string utf8;
 
     bool Empty() const { return utf8.empty(); }
-    auto operator<=>(const NativePath&) const = default;
+    bool operator==(const NativePath&) const = default;
+    bool operator<(const NativePath& other) const { return utf8 < other.utf8; }
 };
 
 struct SystemPath {
     std::string utf8;
 
     bool Empty() const { return utf8.empty(); }
-    auto operator<=>(const SystemPath&) const = default;
+    bool operator==(const SystemPath&) const = default;
 };
 
 /// Empty if the path is empty or its drive or server is not mapped.
