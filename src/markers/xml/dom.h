@@ -101,7 +101,7 @@ class Node {
     friend class NodeList;
 
     // The methods above forward to functions that take the node by value. A call with `this` would force each
-    // handle of a walk out of its registers into memory, and made an encoding pass a sixth slower; link-time
+    // handle of a walk out of its registers into memory, and made an encoding pass a tenth slower; link-time
     // optimisation does not make up for it.
     static NodeType TypeOf(Node node);
     static std::string_view NameOf(Node node);

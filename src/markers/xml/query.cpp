@@ -48,8 +48,8 @@ bool UsesXmlPrefix(std::string_view query) {
 
 }  // namespace
 
-/// A libxml2 document that has a node of the same kind, name and content for each node of the tree; only CDATA
-/// sections and entity references become text nodes. `_private` of a copied node holds the index of its
+/// A libxml2 document that has a node of the same kind, name and content for each node of the tree; only
+/// CDATA sections and entity references become text nodes. `_private` of a copied node holds the index of its
 /// original, which turns a result back into handles. `copies` leads the other way, so that a changed text or
 /// attribute value can be carried over without copying the tree again.
 ///
