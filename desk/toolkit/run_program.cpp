@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "platform/process.h"
+
 namespace ventrix::desk {
 
 NativePath FindProgram(const std::string& name) {

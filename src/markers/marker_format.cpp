@@ -277,8 +277,8 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 }
 
 std::string TrimBlanks(std::string_view text) {
-    const auto first = std::ranges::find_if_not(text, xml::IsBlank);
-    const auto last = std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), xml::IsBlank).base();
+    const auto first = std::ranges::find_if_not(text, xml::IsWhitespace);
+    const auto last = std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), xml::IsWhitespace).base();
     return {first, last};
 }
 

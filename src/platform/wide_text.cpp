@@ -118,4 +118,15 @@ std::string Utf8FromWide(std::u16string_view text) {
     return out;
 }
 
+bool IsUtf8(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const Decoded decoded = DecodeAt(text, at);
+        if (decoded.character == kReplacement && decoded.length == 1) {
+            return false;
+        }
+        at += decoded.length;
+    }
+    return true;
+}
+
 }  // namespace ventrix::platform

@@ -12,4 +12,7 @@ std::u16string WideFromUtf8(std::string_view text);
 /// Each unpaired surrogate becomes U+FFFD.
 std::string Utf8FromWide(std::u16string_view text);
 
+/// True if the bytes are valid UTF-8; also for an empty string.
+bool IsUtf8(std::string_view text);
+
 }  // namespace ventrix::platform
