@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
@@ -156,22 +155,13 @@ Outcome RunPublish(const Options& options, Session& session, const Screen& scree
     return outcome;
 }
 
-nlohmann::json FailedAsJson(const RunLog& log) {
-    auto list = nlohmann::json::array();
-    for (const FailedFile& failed : log.failed) {
-        list.push_back({{"file", failed.file}, {"reason", failed.reason}});
-    }
-    return list;
-}
-
-void PrintJson(const Outcome& outcome) {
-    PrintObject({{"status", outcome.reply.status},
-                 {"resultFolder", outcome.resultFolder},
-                 {"buildLog", outcome.buildLog},
-                 {"log", outcome.logName},
-                 {"failed", FailedAsJson(outcome.log)},
-                 {"missing", outcome.missing},
-                 {"markedValues", outcome.pages.markedValues}});
+void FillReport(const Outcome& outcome, RunReport& report) {
+    report.status = outcome.reply.status;
+    report.resultFolder = outcome.resultFolder;
+    report.buildLog = outcome.buildLog;
+    report.log = outcome.logName;
+    report.failed = outcome.log.failed;
+    report.missing = outcome.missing;
 }
 
 bool IsPage(const FailedFile& failed) {
@@ -248,9 +238,10 @@ int ReportStatus(const Outcome& outcome, const Session& session, const Screen& s
 
 }  // namespace
 
-int Publish(const Options& options, const Screen& screen) {
-    const auto session = StartSession(options.common, screen);
+int Publish(const Options& options, const Screen& screen, RunReport& report) {
+    const auto session = StartSession(options.common, screen, report);
     const Outcome outcome = RunPublish(options, *session, screen);
+    FillReport(outcome, report);
     if (outcome.reply.status == kRequestRefused) {
         throw Stop{kExitRefused, "the module refused the request"};
     }
@@ -259,9 +250,6 @@ int Publish(const Options& options, const Screen& screen) {
     }
     PrintFindings(outcome, screen);
     const int status = ReportStatus(outcome, *session, screen);
-    if (screen.Json()) {
-        PrintJson(outcome);
-    }
     PrintResult(outcome, screen);
     return status;
 }

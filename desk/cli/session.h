@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "desk/cli/options.h"
+#include "desk/cli/run_report.h"
 #include "desk/cli/screen.h"
 #include "desk/host/desk_host.h"
 
@@ -25,9 +26,9 @@ struct Session {
 /// Returns the document's files, without web addresses.
 std::vector<NativePath> LocalFiles(const DocumentFiles& files);
 
-/// Reads the document and starts the host. Warns about references that were left out. Throws Stop if the
-/// document cannot be read or the host cannot start.
-std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen);
+/// Reads the document and starts the host. Adds a warning to the report for each reference that was left out.
+/// Throws Stop if the document cannot be read or the host cannot start.
+std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen, RunReport& report);
 
 /// The three values of the module's reply.
 struct Reply {

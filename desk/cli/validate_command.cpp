@@ -1,7 +1,7 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
@@ -71,8 +71,8 @@ void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
 
 }  // namespace
 
-int Validate(const Options& options, const Screen& screen) {
-    const auto session = StartSession(options.common, screen);
+int Validate(const Options& options, const Screen& screen, RunReport& report) {
+    const auto session = StartSession(options.common, screen, report);
     std::optional<TemporaryLog> temporary;
     NativePath logName = AbsolutePath({options.common.log});
     if (logName.Empty()) {
@@ -88,13 +88,13 @@ int Validate(const Options& options, const Screen& screen) {
         throw Stop{kExitRefused, "the log cannot be written: " + logName.utf8};
     }
     const RunLog log = ReadRunLog(LogFrom(logName, before));
-    if (screen.Json()) {
-        PrintObject(
-            {{"mask", reply.status}, {"valid", log.valid}, {"broken", log.broken}, {"unsaved", log.unsaved}});
-    } else {
-        Show(screen, log, reply.status);
-    }
-    return reply.status == 0 && session->files.remarks.empty() ? kExitDone : kExitFindings;
+    report.status = reply.status;
+    report.log = AbsolutePath({options.common.log});
+    report.valid = log.valid;
+    report.missing = log.broken;
+    report.unsaved = log.unsaved;
+    Show(screen, log, reply.status);
+    return reply.status == 0 && report.warnings.empty() ? kExitDone : kExitFindings;
 }
 
 }  // namespace ventrix::desk
