@@ -87,7 +87,7 @@ TEST(PublishedPagesTest, CountsMarkerTextInTextNodesAndAttributeValues) {
     folder.Write("c.txt", "<p title='QL_ELEM_S'>");
     PublishedPages pages;
     InspectPages({folder.Native()}, pages);
-    EXPECT_EQ(pages.pages, 2U);
+    EXPECT_EQ(pages.files.size(), 2U);
     EXPECT_EQ(pages.markedValues, 2U);
     EXPECT_EQ(pages.firstMarkedValue, folder.Native("a.html") + ": <meta content>");
     EXPECT_EQ(pages.markedTexts, 1U);
