@@ -78,10 +78,12 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
     };
     const Row rows[] = {
         {{}, 2, "", "error: missing command (expected publish, validate or request); see --help"},
-        {{"publsh"},
+        {{"publsh"}, 2, "", "error: unknown command 'publsh'; did you mean 'publish'? See --help"},
+        {{"frob"},
          2,
          "",
-         "error: unknown command 'publsh' (expected publish, validate or request); see --help"},
+         "error: unknown command 'frob' (expected publish, validate or request); see --help"},
+        {{"publish", "--outptu", "out"}, 2, "", "unknown option '--outptu'; did you mean '--output'?"},
         {{"publish"}, 2, "", "DOCUMENT is required"},
         {{"publish", "src/a.dita"}, 2, "", "--output is required"},
         {{"publish", "", "-o", "out"}, 2, "", "DOCUMENT: the value is empty"},
@@ -96,7 +98,7 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         {with({"--catalog", "none"}), 2, "", "--catalog: none"},
         {with({"--post-script", "page.xsl"}), 2, "", "page.xsl is not executable"},
         {with({"--attributes", ""}), 2, "", "--attributes: the value is empty"},
-        {with({"--attributes", "a'b\"c"}), 2, "", "--attributes: a value cannot contain both"},
+        {with({"--log", "a'b\"c"}), 2, "", "--log: a value cannot contain both"},
         {with({"--elements", tooLong}), 2, "",
          "--elements: the value is too long (1024 bytes; the limit is 1023)"},
         {with({"--log", "full"}), 2, "", "is a folder"},
@@ -139,7 +141,7 @@ TEST_F(CommandLine, UnreadableDocumentsAreReported) {
 
 TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
     const Row rows[] = {
-        {{"--help"}, 0, "130  interrupted", ""},
+        {{"--help"}, 0, "128  plus the number of the signal", ""},
         {{"publish", "--help"}, 0, "--scoped-attributes", ""},
         {{"--version"}, 0, "ventrix 1.0.0.1\n", ""},
     };
