@@ -17,11 +17,15 @@ namespace ventrix::desk {
 struct Session {
     NativePath document;  ///< Absolute.
     std::uint32_t documentId = 0;
-    DocumentFiles files;          ///< The document, then the files that it refers to.
-    TransformationRecord record;  ///< What the clients report about the transformation.
+    DocumentFiles files;                      ///< The document, then the files that it refers to.
+    TransformationRecord record;              ///< What the clients report about the transformation.
+    std::function<void()> documentPathAsked;  ///< The module reads the document's path; may be empty.
     std::function<void(const std::string& client)> clientCalled;  ///< For progress; may be empty.
     std::unique_ptr<DeskHost> host;
 };
+
+/// The value of --toolkit with a folder made absolute.
+std::string ToolkitName(const std::string& option);
 
 /// Returns the document's files, without web addresses.
 std::vector<NativePath> LocalFiles(const DocumentFiles& files);
