@@ -103,7 +103,7 @@ void RequireOption(const char* option, const std::string& value, const char* req
 bool AsksForDitaTransformation(const PublishOptions& options) {
     // A post-script alone stands in for the transformation; a pre-script prepares one.
     const bool onlyPostScript = !options.postScript.empty() && options.preScript.empty();
-    return options.ditaOt || (options.xslt.empty() && !onlyPostScript);
+    return options.ditaOt || (options.xslt.empty() && !options.noTransform && !onlyPostScript);
 }
 
 void CheckPublishOptions(const PublishOptions& options) {
