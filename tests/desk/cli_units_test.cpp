@@ -45,6 +45,15 @@ TEST(RequestText, RejectsValuesThatARequestCannotExpress) {
     EXPECT_EQ(FillDocumentId("{docId} -docId {docId}x", 12), "12 -docId 12x");
 }
 
+TEST(RequestText, CommandIsReadAsTheModuleReadsIt) {
+    for (const char* text : {"Publish -docId 1", "  PUBLISH", "'publish'-docId 1", "\"Publish\" x"}) {
+        EXPECT_TRUE(IsRequest(text, "Publish")) << text;
+    }
+    for (const char* text : {"", "Validate Publish", "Publisher", "'Publish -docId 1", "\tPublish"}) {
+        EXPECT_FALSE(IsRequest(text, "Publish")) << text;
+    }
+}
+
 TEST(RunLogTest, ParsesSectionsWarningsAndFailures) {
     const RunLog log = ReadRunLog(
         "Es wird versucht, alle Dateien zu verpacken, auf die verwiesen wird...\r\n\r\n"
