@@ -122,6 +122,7 @@ Outcome RunPublish(const Options& options, Session& session, const Screen& scree
     Outcome outcome;
     CheckInputs(options.publish);
     outcome.output = NormalPath(AbsolutePath({options.publish.output}));
+    session.access.outputFolder = outcome.output;
     outcome.logName = options.common.log.empty() ? NativePath{outcome.output.utf8 + ".log"}
                                                  : AbsolutePath({options.common.log});
     const PublishValues values = Values(options, session, outcome.output, outcome.logName);
