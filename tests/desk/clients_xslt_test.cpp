@@ -158,6 +158,8 @@ TEST_F(XsltClient, FilesAreWrittenInTheOutputFolderOnly) {
     access_.outputFolder = {Native("out")};
     EXPECT_EQ(Run(System("d ü.xml"), System("s ü.xsl"), System("out/deep/p.html")), 0) << record_.reason;
     EXPECT_EQ(Read("out/victim.txt"), "gone");
+    Write("s ü.xsl", TextSheet("main"));
+    EXPECT_EQ(Run(System("d ü.xml"), System("s ü.xsl"), System("apart/p.html")), 0) << record_.reason;
 }
 
 TEST_F(XsltClient, TextComesFromThePermittedFoldersOnly) {
