@@ -91,7 +91,8 @@ void AddClients(Session& session, const CommonOptions& options, const NativePath
     const std::string toolkit = options.toolkit == "builtin" || options.toolkit == "installed"
                                     ? options.toolkit
                                     : AbsolutePath({options.toolkit}).utf8;
-    session.host->AddClient(kDitaOtClient, MakeDitaOtClient({toolkit, dataFolder}, session.access, session.record));
+    session.host->AddClient(kDitaOtClient,
+                            MakeDitaOtClient({toolkit, dataFolder}, session.access, session.record));
     session.host->AddClient(kXsltClient, MakeXsltClient(session.access, session.record));
     session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }

@@ -21,7 +21,8 @@ NativePath DocumentOf(const std::string& id, const HostServices& host) {
 /// The built-in toolkit reads in the folder of the document and in the output folder, where the package is.
 std::string RunBuiltin(const DitaRun& run, const FileAccess& access, const NativePath& stylesheet) {
     ReadScope scope(access.readable);
-    scope.Add({FolderOf(stylesheet), FolderOf(run.document), access.outputFolder.Empty() ? run.pages : access.outputFolder});
+    scope.Add({FolderOf(stylesheet), FolderOf(run.document),
+               access.outputFolder.Empty() ? run.pages : access.outputFolder});
     const std::string reason = RunBuiltinToolkit(run, stylesheet);
     return scope.Refusal().empty() ? reason : scope.Refusal();
 }

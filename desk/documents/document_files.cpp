@@ -115,8 +115,7 @@ void VisitAll(Walk& walk) {
 /// Why the text must not come from there; empty if it may.
 std::string WhyOutside(const ConfinedFile& confined, const NativePath& document,
                        const std::vector<NativePath>& readable) {
-    const bool beside =
-        RealPath(FolderOf(RealPath(confined.path))) == RealPath(FolderOf(document));
+    const bool beside = RealPath(FolderOf(RealPath(confined.path))) == RealPath(FolderOf(document));
     if (beside || LiesInOneOf(confined.path, readable)) {
         return {};
     }
@@ -144,7 +143,8 @@ std::string WhyMisread(const NativePath& path) {
         return why;
     }
     if (path.utf8.find(':', FolderOf(path).utf8.size()) != std::string::npos) {
-        return "the name contains a colon, which the module would read as the end of a drive; rename the file";
+        return "the name contains a colon, which the module would read as the end of a drive; rename the "
+               "file";
     }
     return ToSystem(path) ? std::string() : "the file is not on a mapped drive; map one with --drive";
 }

@@ -23,7 +23,7 @@ struct ListingRemark {
 };
 
 struct DocumentFiles {
-    std::vector<DocumentFile> files;     ///< The document first, each file once, in document order.
+    std::vector<DocumentFile> files;  ///< The document first, each file once, in document order.
     /// The folders that the text of the document may come from, with those that the user has allowed.
     std::vector<NativePath> readable;
     std::vector<ListingRemark> remarks;  ///< In document order.

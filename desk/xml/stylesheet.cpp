@@ -55,8 +55,8 @@ void CopyDocument(xsltTransformContext* context, xmlNode*, xmlNode* instruction,
     }
 }
 
-/// libxslt asks for each file and each folder that a stylesheet is about to create, and, before it starts, for
-/// the output file with the folders above it.
+/// libxslt asks for each file and each folder that a stylesheet is about to create, and, before it starts,
+/// for the output file with the folders above it.
 int MayWrite(xsltSecurityPrefs*, xsltTransformContext* context, const char* path) {
     if (context == nullptr) {
         return 0;
@@ -156,7 +156,10 @@ Transformed Transform(const TransformJob& job, const MessageSink& messages) {
     const NetworkGuard guard(messages);
     const std::unique_ptr<xsltTransformContext, FreeTransform> context(
         xsltNewTransformContext(job.stylesheet.get(), job.document));
-    RunState state{.sourcePath = job.sourcePath, .outputPath = job.outputPath, .outputFolder = job.outputFolder, .copiedText = {}};
+    RunState state{.sourcePath = job.sourcePath,
+                   .outputPath = job.outputPath,
+                   .outputFolder = job.outputFolder,
+                   .copiedText = {}};
     context->_private = &state;
     xsltSetCtxtParseOptions(context.get(), XSLT_PARSE_OPTIONS | XML_PARSE_NONET);
     for (const auto& [name, value] : job.parameters) {
