@@ -21,9 +21,6 @@ struct Level {
     std::size_t next = 0;
 };
 
-/// The state of a depth-first walk. The levels are an explicit stack, so that a long chain of files does not
-/// exhaust the call stack. Two sets end the walk: `opened`, so that no path is parsed twice, and `followed`,
-/// because links to folders can give one file any number of paths.
 /// A file whose content becomes text of the document.
 struct ConfinedFile {
     NativePath path;
@@ -31,6 +28,9 @@ struct ConfinedFile {
     int line = 0;
 };
 
+/// The state of a depth-first walk. The levels are an explicit stack, so that a long chain of files does not
+/// exhaust the call stack. Two sets end the walk: `opened`, so that no path is parsed twice, and `followed`,
+/// because links to folders can give one file any number of paths.
 struct Walk {
     DocumentFiles result;
     std::vector<Level> levels;  ///< From the document down to the one being visited.
