@@ -35,7 +35,7 @@ using Client = std::function<ClientAnswer(const std::string& command, const Host
 /// Which files the transformations of a run may use. Folders count with all that is below them.
 struct FileAccess {
     std::vector<NativePath> readable;  ///< Beside the folders of the document and of the stylesheets.
-    NativePath outputFolder;           ///< What a stylesheet may write in; empty for the output file's folder.
+    NativePath outputFolder;  ///< What a stylesheet may write in; empty for the output file's folder.
 };
 
 /// What an exception of the action says, one line; else what the action returns. The module calls clients and

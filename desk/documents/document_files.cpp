@@ -21,9 +21,6 @@ struct Level {
     std::size_t next = 0;
 };
 
-/// The state of a depth-first walk. The levels are an explicit stack, so that a long chain of files does not
-/// exhaust the call stack. Two sets end the walk: `opened`, so that no path is parsed twice, and `followed`,
-/// because links to folders can give one file any number of paths.
 /// A file whose content becomes text of the document.
 struct ConfinedFile {
     NativePath path;
@@ -31,6 +28,9 @@ struct ConfinedFile {
     int line = 0;
 };
 
+/// The state of a depth-first walk. The levels are an explicit stack, so that a long chain of files does not
+/// exhaust the call stack. Two sets end the walk: `opened`, so that no path is parsed twice, and `followed`,
+/// because links to folders can give one file any number of paths.
 struct Walk {
     DocumentFiles result;
     std::vector<Level> levels;  ///< From the document down to the one being visited.
@@ -115,8 +115,7 @@ void VisitAll(Walk& walk) {
 /// Why the text must not come from there; empty if it may.
 std::string WhyOutside(const ConfinedFile& confined, const NativePath& document,
                        const std::vector<NativePath>& readable) {
-    const bool beside =
-        RealPath(FolderOf(RealPath(confined.path))) == RealPath(FolderOf(document));
+    const bool beside = RealPath(FolderOf(RealPath(confined.path))) == RealPath(FolderOf(document));
     if (beside || LiesInOneOf(confined.path, readable)) {
         return {};
     }
@@ -144,7 +143,8 @@ std::string WhyMisread(const NativePath& path) {
         return why;
     }
     if (path.utf8.find(':', FolderOf(path).utf8.size()) != std::string::npos) {
-        return "the name contains a colon, which the module would read as the end of a drive; rename the file";
+        return "the name contains a colon, which the module would read as the end of a drive; rename the "
+               "file";
     }
     return ToSystem(path) ? std::string() : "the file is not on a mapped drive; map one with --drive";
 }

@@ -23,7 +23,7 @@ struct ListingRemark {
 };
 
 struct DocumentFiles {
-    std::vector<DocumentFile> files;     ///< The document first, each file once, in document order.
+    std::vector<DocumentFile> files;  ///< The document first, each file once, in document order.
     /// The folders that the text of the document may come from, with those that the user has allowed.
     std::vector<NativePath> readable;
     std::vector<ListingRemark> remarks;  ///< In document order.
@@ -41,7 +41,7 @@ struct DocumentFiles {
 /// The document is refused if it is missing, not well-formed, or has a name that the module would misread; if
 /// it or a file that it refers to exceeds a limit of desk/xml/limits.h; and if an external entity or an
 /// inclusion as text names a file outside of the document's area (document_area.h) and of the folders in
-/// `allowRead`. `readable` is then empty, and `files` may be incomplete.
+/// `allowRead`. `files` may then be incomplete.
 DocumentFiles ListDocumentFiles(const NativePath& document, const std::vector<NativePath>& allowRead = {});
 
 }  // namespace ventrix::desk

@@ -170,12 +170,11 @@ void AppendDtdFiles(std::vector<Reference>& list, const xmlDtd* dtd) {
         const bool parsed = entity->etype == XML_EXTERNAL_GENERAL_PARSED_ENTITY;
         const bool parameter = entity->etype == XML_EXTERNAL_PARAMETER_ENTITY;
         if ((parsed || parameter) && entity->SystemID != nullptr) {
-            Append(list,
-                   {.text = std::string(View(entity->SystemID)),
-                    .follow = parsed,
-                    .optional = parameter,
-                    .confined = parsed,
-                    .line = DeclarationLine(*entity)});
+            Append(list, {.text = std::string(View(entity->SystemID)),
+                          .follow = parsed,
+                          .optional = parameter,
+                          .confined = parsed,
+                          .line = DeclarationLine(*entity)});
         }
     }
 }

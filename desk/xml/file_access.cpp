@@ -53,7 +53,7 @@ void* Open(const char* name) {
     const XmlString unescaped(reinterpret_cast<xmlChar*>(xmlURIUnescapeString(path.c_str(), 0, nullptr)));
     auto opened = std::make_unique<OpenContent>();
     return Read({std::string(View(unescaped.get()))}, *opened) || Read({path}, *opened) ? opened.release()
-                                                                                     : nullptr;
+                                                                                        : nullptr;
 }
 
 int ReadPiece(void* context, char* buffer, int length) {
@@ -120,13 +120,13 @@ bool LiesInOneOf(const NativePath& file, const std::vector<NativePath>& folders)
 }
 
 std::string OutsideRefusal(const NativePath& file) {
-    return file.utf8 + " lies outside the document's folders; if it belongs to the document, allow it with "
-                       "--allow-read " +
+    return file.utf8 +
+           " lies outside the document's folders; if it belongs to the document, allow it with "
+           "--allow-read " +
            NormalPath(FolderOf(RealPath(file))).utf8;
 }
 
-ReadScope::ReadScope(std::vector<NativePath> folders)
-    : folders_(std::move(folders)), outer_(currentScope) {
+ReadScope::ReadScope(std::vector<NativePath> folders) : folders_(std::move(folders)), outer_(currentScope) {
     ReadRegularFilesOnly();
     currentScope = this;
 }

@@ -75,11 +75,11 @@ void DeclareEntity(void* context, const xmlChar* name, int type, const xmlChar* 
                    const xmlChar* systemId, xmlChar* content) {
     auto* parser = static_cast<xmlParserCtxt*>(context);
     xmlSAX2EntityDecl(context, name, type, publicId, systemId, content);
-    const bool parameter =
-        type == XML_INTERNAL_PARAMETER_ENTITY || type == XML_EXTERNAL_PARAMETER_ENTITY;
+    const bool parameter = type == XML_INTERNAL_PARAMETER_ENTITY || type == XML_EXTERNAL_PARAMETER_ENTITY;
     xmlEntity* entity = parameter || parser->inSubset != 1 ? nullptr : xmlGetDocEntity(parser->myDoc, name);
     if (entity != nullptr && entity->_private == nullptr) {
-        entity->_private = reinterpret_cast<void*>(static_cast<std::intptr_t>(ParseBudget::Of(parser).Line()));
+        entity->_private =
+            reinterpret_cast<void*>(static_cast<std::intptr_t>(ParseBudget::Of(parser).Line()));
     }
 }
 
@@ -135,8 +135,7 @@ LenientDocument LoadLeniently(const NativePath& path, LoadFor purpose) {
     ReadRegularFilesOnly();
     LenientDocument result;
     std::string content;
-    if (const std::error_code error =
-            platform::ReadRegularFile(ToFilesystem(path), kMaxFileBytes, content)) {
+    if (const std::error_code error = platform::ReadRegularFile(ToFilesystem(path), kMaxFileBytes, content)) {
         result.reason = ReasonFor(error);
         result.beyondLimits = error == std::errc::file_too_large;
         return result;

@@ -10,8 +10,8 @@
 
 namespace ventrix::desk {
 
-/// Watches one parse. It replaces SAX handlers of the parser and is the parser's private data, so that it must
-/// live until the parse has ended. Once a limit is exceeded, the parser stops.
+/// Watches one parse. It replaces SAX handlers of the parser and is the parser's private data, so that it
+/// must live until the parse has ended. Once a limit is exceeded, the parser stops.
 class ParseBudget {
   public:
     explicit ParseBudget(xmlParserCtxt& parser);
@@ -19,7 +19,9 @@ class ParseBudget {
     ParseBudget& operator=(const ParseBudget&) = delete;
 
     /// The budget of the document that a parser, or the parser of an entity in it, belongs to.
-    static ParseBudget& Of(const xmlParserCtxt* parser) { return *static_cast<ParseBudget*>(parser->_private); }
+    static ParseBudget& Of(const xmlParserCtxt* parser) {
+        return *static_cast<ParseBudget*>(parser->_private);
+    }
 
     /// The limit that was exceeded, one line that begins with the line number; empty if none was.
     const std::string& Refusal() const { return refusal_; }

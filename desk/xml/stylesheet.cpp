@@ -30,6 +30,7 @@ struct FreeTransform {
 /// What the extension element needs to know and leaves behind; it finds this through the context.
 struct RunState {
     NativePath sourcePath;
+    NativePath outputPath;
     NativePath outputFolder;
     std::optional<std::string> copiedText;
 };
@@ -54,18 +55,20 @@ void CopyDocument(xsltTransformContext* context, xmlNode*, xmlNode* instruction,
     }
 }
 
-/// libxslt asks for each file and each folder that a stylesheet is about to create.
+/// libxslt asks for each file and each folder that a stylesheet is about to create, and, before it starts,
+/// for the output file with the folders above it.
 int MayWrite(xsltSecurityPrefs*, xsltTransformContext* context, const char* path) {
-    const NativePath folder =
-        context == nullptr ? NativePath{} : static_cast<RunState*>(context->_private)->outputFolder;
-    if (!folder.Empty() && LiesInOneOf({path}, {folder})) {
+    if (context == nullptr) {
+        return 0;
+    }
+    const RunState& state = *static_cast<RunState*>(context->_private);
+    const NativePath& folder = state.outputFolder;
+    if (IsBelowOrEqual(state.outputPath, {path}) || (!folder.Empty() && LiesInOneOf({path}, {folder}))) {
         return 1;
     }
-    if (context != nullptr) {
-        FailTransform(context, context->inst,
-                      "the stylesheet may not write " + std::string(path) +
-                          (folder.Empty() ? "" : ", which lies outside the output folder " + folder.utf8));
-    }
+    FailTransform(context, context->inst,
+                  "the stylesheet may not write " + std::string(path) +
+                      (folder.Empty() ? "" : ", which lies outside the output folder " + folder.utf8));
     return 0;
 }
 
@@ -153,7 +156,10 @@ Transformed Transform(const TransformJob& job, const MessageSink& messages) {
     const NetworkGuard guard(messages);
     const std::unique_ptr<xsltTransformContext, FreeTransform> context(
         xsltNewTransformContext(job.stylesheet.get(), job.document));
-    RunState state{.sourcePath = job.sourcePath, .outputFolder = job.outputFolder, .copiedText = {}};
+    RunState state{.sourcePath = job.sourcePath,
+                   .outputPath = job.outputPath,
+                   .outputFolder = job.outputFolder,
+                   .copiedText = {}};
     context->_private = &state;
     xsltSetCtxtParseOptions(context.get(), XSLT_PARSE_OPTIONS | XML_PARSE_NONET);
     for (const auto& [name, value] : job.parameters) {

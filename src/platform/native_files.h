@@ -23,8 +23,8 @@ struct EntryStatus {
 std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path, std::error_code& error);
 std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path);
 
-/// Reads a regular file whole; links are followed. errc::is_a_directory for a folder, errc::not_supported for a
-/// pipe or a device, which is not opened, errc::file_too_large for more than `limit` bytes. On failure
+/// Reads a regular file whole; links are followed. errc::is_a_directory for a folder, errc::not_supported for
+/// a pipe or a device, which is not opened, errc::file_too_large for more than `limit` bytes. On failure
 /// `content` is empty.
 std::error_code ReadRegularFile(const std::filesystem::path& file, std::uint64_t limit, std::string& content);
 

@@ -14,9 +14,9 @@ class XsltClient : public FolderFixture {
         HostServices host;
         host.console = [this](const std::string& text) { console_ += text; };
         return MakeXsltClient(access_, record_)("XSLTRunTrScenario -dontuseqlconsole -file \"" + source +
-                                           "\" -xslfilepath \"" + stylesheet + "\" -outputfilepath \"" +
-                                           output + "\"",
-                                       host)
+                                                    "\" -xslfilepath \"" + stylesheet +
+                                                    "\" -outputfilepath \"" + output + "\"",
+                                                host)
             .status;
     }
     std::int32_t RunHere() { return Run(System("d ü.xml"), System("s ü.xsl"), System("out/p ü.html")); }
@@ -141,7 +141,7 @@ TEST_F(XsltClient, FilesAreWrittenInTheOutputFolderOnly) {
     const struct {
         const char *element, *href;
     } rows[] = {
-        {"exsl:document", "../victim.txt"},       {"exsl:document", "link/victim.txt"},
+        {"exsl:document", "../victim.txt"},        {"exsl:document", "link/victim.txt"},
         {"exsl:document", "sub/../../victim.txt"}, {"exsl:document", "../new/victim.txt"},
         {"exsl:document", "%2e%2e/victim.txt"},
     };
@@ -158,6 +158,8 @@ TEST_F(XsltClient, FilesAreWrittenInTheOutputFolderOnly) {
     access_.outputFolder = {Native("out")};
     EXPECT_EQ(Run(System("d ü.xml"), System("s ü.xsl"), System("out/deep/p.html")), 0) << record_.reason;
     EXPECT_EQ(Read("out/victim.txt"), "gone");
+    Write("s ü.xsl", TextSheet("main"));
+    EXPECT_EQ(Run(System("d ü.xml"), System("s ü.xsl"), System("apart/p.html")), 0) << record_.reason;
 }
 
 TEST_F(XsltClient, TextComesFromThePermittedFoldersOnly) {
