@@ -89,16 +89,8 @@ void WarnAboutDrives(const Screen& screen) {
 }
 
 void AddClients(Session& session, const CommonOptions& options, const NativePath& dataFolder) {
-<<<<<<< HEAD
     session.host->AddClient(kDitaOtClient, MakeDitaOtClient({ToolkitName(options.toolkit), dataFolder},
                                                             session.access, session.record));
-=======
-    const std::string toolkit = options.toolkit == "builtin" || options.toolkit == "installed"
-                                    ? options.toolkit
-                                    : AbsolutePath({options.toolkit}).utf8;
-    session.host->AddClient(kDitaOtClient,
-                            MakeDitaOtClient({toolkit, dataFolder}, session.access, session.record));
->>>>>>> safety
     session.host->AddClient(kXsltClient, MakeXsltClient(session.access, session.record));
     session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }
