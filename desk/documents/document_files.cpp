@@ -47,6 +47,7 @@ void Follow(Walk& walk, const NativePath& path) {
     if (loaded.document == nullptr || !walk.followed.insert(loaded.identity).second) {
         return;
     }
+    CollectNames(loaded.document.get(), walk.result.names);
     walk.levels.push_back({FolderOf(path), ReferencesOf(loaded.document.get())});
 }
 
@@ -112,6 +113,7 @@ DocumentFiles ListDocumentFiles(const NativePath& document) {
     }
     walk.result.readable = true;
     walk.result.dita = IsDita(loaded.document.get());
+    CollectNames(loaded.document.get(), walk.result.names);
     walk.result.files.push_back({.key = "documentType", .path = path, .url = {}});
     walk.listed.insert(path);
     walk.opened.insert(path);

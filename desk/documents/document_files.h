@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "desk/documents/document_names.h"
 #include "desk/paths/paths.h"
 
 namespace ventrix::desk {
@@ -28,6 +29,7 @@ struct DocumentFiles {
     bool readable = false;               ///< False if the document itself is missing or not well-formed.
     std::string reason;                  ///< Why it is not readable; empty otherwise.
     bool dita = false;                   ///< The document is a DITA map or topic.
+    DocumentNames names;                 ///< Of the files whose references were followed.
 };
 
 /// Follows maps, topics and included files, depth first: a file's own references come right after it. Nothing
