@@ -14,6 +14,7 @@ std::string Refusal(const std::vector<std::string>& arguments) {
     std::vector<std::string> words{"ventrix", "publish", "a.dita", "-o", "out"};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(words.size());
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
