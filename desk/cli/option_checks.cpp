@@ -15,18 +15,6 @@ constexpr std::size_t kScopedGroupSize = 4;
     throw Stop{kExitUsage, option + ": '" + value + "' " + problem};
 }
 
-/// Splits as the module does: every comma separates, so a comma at an end has an empty piece beside it.
-std::vector<std::string> Split(const std::string& list) {
-    std::vector<std::string> pieces;
-    std::size_t start = 0;
-    for (std::size_t comma = list.find(','); comma != std::string::npos; comma = list.find(',', start)) {
-        pieces.push_back(list.substr(start, comma - start));
-        start = comma + 1;
-    }
-    pieces.push_back(list.substr(start));
-    return pieces;
-}
-
 /// The list with one comma between its words and nothing else.
 std::string Corrected(const std::string& list) {
     const std::string separators = std::string(kWhitespace) + ',';
@@ -46,7 +34,7 @@ void CheckName(const char* option, const std::string& name) {
 }
 
 void CheckList(const char* option, const std::string& list) {
-    const std::vector<std::string> names = Split(list);
+    const std::vector<std::string> names = SplitList(list);
     const std::string corrected = Corrected(list);
     if (list.find_first_of(kWhitespace) != std::string::npos && !corrected.empty()) {
         Refuse(option, list, "contains spaces; write '" + corrected + "'");
@@ -68,7 +56,7 @@ void CheckLists(const char* option, const std::vector<std::string>& lists) {
 void CheckScopedGroups(const char* option, const std::vector<std::string>& lists) {
     CheckLists(option, lists);
     for (const std::string& list : lists) {
-        const std::size_t count = Split(list).size();
+        const std::size_t count = SplitList(list).size();
         if (count % kScopedGroupSize != 0) {
             Refuse(option, list,
                    "has " + std::to_string(count) + (count == 1 ? " name" : " names") +
@@ -104,6 +92,17 @@ bool AsksForDitaTransformation(const PublishOptions& options) {
     // A post-script alone stands in for the transformation; a pre-script prepares one.
     const bool onlyPostScript = !options.postScript.empty() && options.preScript.empty();
     return options.ditaOt || (options.xslt.empty() && !options.noTransform && !onlyPostScript);
+}
+
+std::vector<std::string> SplitList(const std::string& list) {
+    std::vector<std::string> pieces;
+    std::size_t start = 0;
+    for (std::size_t comma = list.find(','); comma != std::string::npos; comma = list.find(',', start)) {
+        pieces.push_back(list.substr(start, comma - start));
+        start = comma + 1;
+    }
+    pieces.push_back(list.substr(start));
+    return pieces;
 }
 
 void CheckPublishOptions(const PublishOptions& options) {

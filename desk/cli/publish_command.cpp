@@ -1,5 +1,6 @@
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
+#include "desk/cli/document_checks.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/protected_output.h"
 #include "desk/cli/publish_findings.h"
@@ -97,6 +98,7 @@ void DeliverLog(PrivateLog& log, const PublishPlan& plan, RunReport& report, con
 int Publish(const Options& options, const Screen& screen, RunReport& report) {
     const auto session = StartSession(options.common, screen, report);
     const PublishPlan plan = MakePublishPlan(options, *session);
+    ReportAbsentNames(options.publish, session->files.names, report, screen);
     PrivateLog log;
     ProtectedOutput output({.folder = ToFilesystem(plan.output),
                             .inputs = InputPaths(plan.inputs),

@@ -1,11 +1,24 @@
+#include <optional>
+
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/protected_output.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/session.h"
+#include "desk/clients/client_command.h"
 
 namespace ventrix::desk {
 namespace {
+
+/// The folder that the request has the module empty, without a closing slash; empty if it names none. A
+/// request has no option for a folder with other files, so that they are kept without one.
+NativePath OutputFolderOf(const std::string& request) {
+    const NativePath folder = IsRequest(request, kPublishCommand)
+                                  ? PathOptionOf(ParseClientCommand(request), kOutputFolderOption)
+                                  : NativePath{};
+    return folder.Empty() ? folder : NormalPath(folder);
+}
 
 /// Throws Stop if the reply says that the request was not carried out.
 void RequireSuccess(const std::string& request, const Reply& reply, const TransformationRecord& record) {
@@ -32,14 +45,33 @@ void RequireSuccess(const std::string& request, const Reply& reply, const Transf
 int Request(const Options& options, const Screen& screen, RunReport& report) {
     const auto session = StartSession(options.common, screen, report);
     const std::string request = FillDocumentId(options.requestText, session->documentId);
+    const NativePath folder = OutputFolderOf(request);
+    std::optional<ProtectedOutput> output;
+    if (!folder.Empty()) {
+        session->access.outputFolder = folder;
+        output.emplace(OutputOrder{.folder = ToFilesystem(folder),
+                                   .inputs = InputPaths(LocalFiles(session->files)),
+                                   .force = true,
+                                   .request = request,
+                                   .version = kVersion},
+                       report, screen);
+    }
     const Reply reply = Send(*session, request);
     report.status = reply.status;
     report.reply = {reply.first, reply.second};
     screen.Result("status: " + std::to_string(reply.status));
     screen.Result("first:  " + reply.first);
     screen.Result("second: " + reply.second);
-    RequireSuccess(request, reply, session->record);
-    return reply.status == 0 && report.warnings.empty() ? kExitDone : kExitFindings;
+    try {
+        RequireSuccess(request, reply, session->record);
+    } catch (...) {
+        if (output) {
+            output->RollBack();
+        }
+        throw;
+    }
+    const int status = output ? output->Settle(kExitDone) : kExitDone;
+    return status == kExitDone && (reply.status != 0 || !report.warnings.empty()) ? kExitFindings : status;
 }
 
 }  // namespace ventrix::desk

@@ -23,7 +23,6 @@ class Screen {
     void Console(const std::string& text) const;  ///< Output of the host's console; only with --verbose.
 
     bool ShowsProgress() const { return progress_; }
-    bool Json() const { return json_; }
 
   private:
     void Print(const char* color, const char* label, const std::string& text) const;

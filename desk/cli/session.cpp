@@ -5,6 +5,7 @@
 
 #include "bridge/contract/host_interfaces.h"
 #include "bridge/contract/request.h"
+#include "desk/cli/document_checks.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
 #include "desk/cli/path_options.h"
@@ -145,6 +146,7 @@ std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen
     for (const ListingRemark& remark : session->files.remarks) {
         Warn(report, screen, {{}, 0, "reference-left-out", remark.what + ": " + remark.reason});
     }
+    ReportPassedOverFiles(session->files, report, screen);
     const Installation installation = FindInstallation();
     Session* open = session.get();
     session->host =

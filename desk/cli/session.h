@@ -31,8 +31,9 @@ std::string ToolkitName(const std::string& option);
 /// Returns the document's files, without web addresses.
 std::vector<NativePath> LocalFiles(const DocumentFiles& files);
 
-/// Reads the document and starts the host. Adds a warning to the report for each reference that was left out.
-/// Throws Stop if the document cannot be read or the host cannot start.
+/// Reads the document and starts the host. Adds a warning to the report for each reference that was left out
+/// and each file that the module passes over. Throws Stop if the document cannot be read or the host cannot
+/// start.
 std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen, RunReport& report);
 
 /// The three values of the module's reply.

@@ -61,6 +61,7 @@ void Follow(Walk& walk, const NativePath& path) {
     if (loaded.document == nullptr || !walk.followed.insert(loaded.identity).second) {
         return;
     }
+    CollectNames(loaded.document.get(), walk.result.names);
     walk.levels.push_back({path, ReferencesOf(loaded.document.get())});
 }
 
@@ -166,6 +167,7 @@ DocumentFiles ListDocumentFiles(const NativePath& document, const std::vector<Na
         return walk.result;
     }
     walk.result.dita = IsDita(loaded.document.get());
+    CollectNames(loaded.document.get(), walk.result.names);
     walk.result.files.push_back({.key = "documentType", .path = path, .url = {}});
     walk.listed.insert(path);
     walk.opened.insert(path);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "desk/documents/document_names.h"
 #include "desk/paths/paths.h"
 
 namespace ventrix::desk {
@@ -30,6 +31,7 @@ struct DocumentFiles {
     bool refused = true;                 ///< The document cannot or must not be processed.
     std::string reason;                  ///< Why, one line; empty otherwise.
     bool dita = false;                   ///< The document is a DITA map or topic.
+    DocumentNames names;                 ///< Of the files whose references were followed.
 };
 
 /// Follows maps, topics and included files, depth first: a file's own references come right after it. Nothing

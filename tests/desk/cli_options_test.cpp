@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "desk/cli/document_checks.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/option_checks.h"
 #include "desk/cli/spelling.h"
+#include "desk/folder_fixture.h"
 
 namespace ventrix::desk {
 namespace {
@@ -12,6 +14,7 @@ std::string Refusal(const std::vector<std::string>& arguments) {
     std::vector<std::string> words{"ventrix", "publish", "a.dita", "-o", "out"};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(words.size());
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
@@ -84,6 +87,86 @@ TEST(Spelling, FindsTheWordThatWasMeant) {
     EXPECT_EQ(MeantWord("pops", known), "props");
     EXPECT_EQ(MeantWord("pop", known), "") << "two letters in a short word";
     EXPECT_EQ(MeantWord("language", known), "");
+}
+
+Screen TestScreen(bool quiet) {
+    CommonOptions options;
+    options.color = "never";
+    options.quiet = quiet;
+    return Screen(options);
+}
+
+class DocumentChecks : public FolderFixture {
+  protected:
+    DocumentChecks() {
+        Write("map.ditamap",
+              "<map><topicref href='a.dita'/><topicref href='B.DITA'/><topicref href='c.dbk'/>"
+              "<topicref href='page.html' format='html'/><topicref href='text.pdf' format='pdf'/></map>");
+        Write("a.dita",
+              "<topic><title xml:lang='en'>A</title><p audience='x'><uicontrol>U</uicontrol></p>"
+              "<image href='i.svg'/></topic>");
+        Write("B.DITA", "<topic><p/></topic>");
+        Write("c.dbk", "no xml");
+        Write("page.html", "<!DOCTYPE html><html><br></html>");
+        Write("text.pdf", "%PDF");
+        Write("i.svg", "<svg/>");
+        files = ListDocumentFiles({Native("map.ditamap")});
+    }
+
+    /// The texts of the warnings for these options.
+    std::vector<std::string> Misspelled(const PublishOptions& options) const {
+        RunReport report;
+        ReportAbsentNames(options, files.names, report, TestScreen(true));
+        std::vector<std::string> texts;
+        for (const Finding& finding : report.warnings) {
+            EXPECT_EQ(finding.code, "misspelled-name");
+            texts.push_back(finding.text);
+        }
+        return texts;
+    }
+
+    DocumentFiles files;
+};
+
+TEST_F(DocumentChecks, XmlThatTheModulePassesOverIsAWarning) {
+    RunReport report;
+    testing::internal::CaptureStderr();
+    ReportPassedOverFiles(files, report, TestScreen(false));
+    const std::string printed = testing::internal::GetCapturedStderr();
+    ASSERT_EQ(report.warnings.size(), 1U) << printed;
+    EXPECT_EQ(report.warnings[0].file.utf8, Native("B.DITA"));
+    EXPECT_EQ(report.warnings[0].code, "passed-over");
+    for (const char* name : {"c.dbk", "page.html", "text.pdf"}) {
+        EXPECT_NE(printed.find("\n" + Native(name) + " is not XML"), std::string::npos) << printed;
+    }
+    EXPECT_EQ(printed.find("i.svg"), std::string::npos) << "graphics are not passed over";
+
+    Write("c.dbk", "<!DOCTYPE article [<!ENTITY e 'e'>]><!-- c --><article><open></article>");
+    ReportPassedOverFiles(files, report, TestScreen(true));
+    EXPECT_EQ(report.warnings.back().file.utf8, Native("c.dbk")) << "XML with an error further on";
+}
+
+TEST_F(DocumentChecks, ProbableMisspellingsAreWarnings) {
+    PublishOptions options;
+    options.attributes = {"audience,xml:lang,platform", "audiance"};
+    options.elements = {"uicontrl,pp,b", "title"};
+    options.sourcePath = {"topik"};
+    options.scopedAttributes = {"titel,audince,div,class"};
+    EXPECT_EQ(
+        Misspelled(options),
+        (std::vector<std::string>{
+            "--attributes: 'audiance' occurs in no file of the document; did you mean 'audience'?",
+            "--elements: 'uicontrl' occurs in no file of the document; did you mean 'uicontrol'?",
+            "--source-path: 'topik' occurs in no file of the document; did you mean 'topic'?",
+            "--scoped-attributes: 'titel' occurs in no file of the document; did you mean 'title'?",
+            "--scoped-attributes: 'audince' occurs in no file of the document; did you mean 'audience'?"}));
+}
+
+TEST_F(DocumentChecks, StandardNamesAreNoMisspellings) {
+    files.names.attributes = {"prop", "rev1", "platforms"};
+    PublishOptions options;
+    options.attributes = {"props,rev,platform"};
+    EXPECT_EQ(Misspelled(options), std::vector<std::string>{});
 }
 
 }  // namespace

@@ -1,0 +1,20 @@
+// Compares a document with what the run is to do with it: files that the module passes over, and names in the
+// options that do not occur.
+#pragma once
+
+#include "desk/cli/options.h"
+#include "desk/cli/run_report.h"
+#include "desk/cli/screen.h"
+#include "desk/documents/document_files.h"
+
+namespace ventrix::desk {
+
+/// A file with XML content that the module passes over is a warning, any other a note.
+void ReportPassedOverFiles(const DocumentFiles& files, RunReport& report, const Screen& screen);
+
+/// A name that occurs in no file is a note. It is a warning if it is probably a misspelling of one that
+/// occurs, and not a standard name itself.
+void ReportAbsentNames(const PublishOptions& options, const DocumentNames& names, RunReport& report,
+                       const Screen& screen);
+
+}  // namespace ventrix::desk
