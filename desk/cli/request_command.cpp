@@ -6,7 +6,6 @@
 #include "desk/cli/protected_output.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/session.h"
-#include "desk/clients/client_command.h"
 
 namespace ventrix::desk {
 namespace {
@@ -14,10 +13,10 @@ namespace {
 /// The folder that the request has the module empty, without a closing slash; empty if it names none. A
 /// request has no option for a folder with other files, so that they are kept without one.
 NativePath OutputFolderOf(const std::string& request) {
-    const NativePath folder = IsRequest(request, kPublishCommand)
-                                  ? PathOptionOf(ParseClientCommand(request), kOutputFolderOption)
-                                  : NativePath{};
-    return folder.Empty() ? folder : NormalPath(folder);
+    const std::string folder =
+        IsRequest(request, kPublishCommand) ? RequestOption(request, kOutputFolderOption) : std::string();
+    const NativePath path = ToNative(SystemPath{folder});
+    return path.Empty() ? path : AbsolutePath(path);
 }
 
 /// Throws Stop if the reply says that the request was not carried out.

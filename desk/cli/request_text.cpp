@@ -62,6 +62,12 @@ class RequestWriter {
     std::string text_;
 };
 
+bool EqualIgnoringCase(std::string_view a, std::string_view b) {
+    return std::ranges::equal(a, b, [](char left, char right) {
+        return std::tolower(static_cast<unsigned char>(left)) == std::tolower(static_cast<unsigned char>(right));
+    });
+}
+
 }  // namespace
 
 std::string PublishRequest(const PublishValues& values, const PublishOptions& options) {
@@ -98,9 +104,29 @@ bool IsRequest(std::string_view text, std::string_view command) {
     const bool quoted = text.starts_with('"') || text.starts_with('\'');
     const char end = quoted ? text.front() : ' ';
     text.remove_prefix(quoted ? 1 : 0);
-    return std::ranges::equal(text.substr(0, text.find(end)), command, [](char a, char b) {
-        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-    });
+    return EqualIgnoringCase(text.substr(0, text.find(end)), command);
+}
+
+std::string RequestOption(std::string_view request, std::string_view option) {
+    bool isNext = false;
+    while (!request.empty()) {
+        const char first = request.front();
+        if (first == ' ' || first == '\t') {
+            request.remove_prefix(1);
+            continue;
+        }
+        const bool isQuoted = first == '"' || first == '\'';
+        request.remove_prefix(isQuoted ? 1 : 0);
+        const std::size_t end =
+            std::min(isQuoted ? request.find(first) : request.find_first_of(" \t"), request.size());
+        const std::string_view word = request.substr(0, end);
+        if (isNext) {
+            return std::string(word);
+        }
+        isNext = !isQuoted && EqualIgnoringCase(word, option);
+        request.remove_prefix(std::min(end + 1, request.size()));
+    }
+    return {};
 }
 
 std::string FillDocumentId(std::string text, std::uint32_t documentId) {

@@ -29,6 +29,10 @@ std::string ValidateRequest(std::uint32_t documentId, const SystemPath& log);
 /// case.
 bool IsRequest(std::string_view text, std::string_view command);
 
+/// The value of an option in a request: what follows the first word that is the option, in any case, with the
+/// quotes around it removed. Empty if there is none.
+std::string RequestOption(std::string_view request, std::string_view option);
+
 /// Replaces each "{docId}" by the id.
 std::string FillDocumentId(std::string text, std::uint32_t documentId);
 

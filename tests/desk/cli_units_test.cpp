@@ -78,6 +78,23 @@ TEST(RunLogTest, ParsesSectionsWarningsAndFailures) {
     EXPECT_EQ(log.failed[1].file.utf8, "/out/x.html");
 }
 
+TEST(RequestText, OptionIsFoundInAnyCaseAndQuotes) {
+    const struct {
+        const char* request;
+        const char* value;
+    } rows[] = {
+        {"Publish -docId 1 -outputFolder C:\\out\\ -useDITAOT", "C:\\out\\"},
+        {"publish -OUTPUTFOLDER 'C:\\my out\\' -docId 1", "C:\\my out\\"},
+        {"Publish -docId 1 -outputFolder \"C:\\o 1\\\"", "C:\\o 1\\"},
+        {"Publish \"-outputFolder\" x -docId 1", ""},
+        {"Publish -docId 1 -outputFolder", ""},
+        {"Publish -elements 'unclosed", ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(RequestOption(row.request, "-outputFolder"), row.value) << row.request;
+    }
+}
+
 // Does not run the program, because a failure would then empty these folders.
 TEST(OutputFolder, IsNeverARootOrHomeFolder) {
     const test::TestDrives drives;
