@@ -108,7 +108,10 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         .add_option("--preserve-xpath-attr", publish.preserveXpathAttr,
                     "HTML attribute for these queries (default: the tags attribute)")
         ->type_name("NAME");
-    command.add_flag("--force", publish.force, "Empty the output folder even if no earlier run created it");
+    command.add_flag("--no-transform", publish.noTransform,
+                     "Do not transform the document; only package it and run the scripts");
+    command.add_flag("--force", publish.force,
+                     "Use an output folder that holds other files; they are kept");
 }
 
 constexpr char kRequestText[] = "TEXT";
@@ -145,7 +148,7 @@ void RefuseEmptyValues(const CLI::App& command) {
 
 bool ReadOptions(int argc, char** argv, Options& options) {
     CLI::App app{kDescription, "ventrix"};
-    app.set_version_flag("--version", "ventrix 1.0.0.1");
+    app.set_version_flag("--version", std::string("ventrix ") + kVersion);
     app.set_help_flag("--help,-h", "Print this help and exit");
     app.require_subcommand(1);
     app.footer(kFooter);

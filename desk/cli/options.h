@@ -6,6 +6,8 @@
 
 namespace ventrix::desk {
 
+inline constexpr char kVersion[] = "1.0.0.1";
+
 enum class Command { kPublish, kValidate, kRequest };
 
 /// Options that all commands share.
@@ -26,6 +28,7 @@ struct PublishOptions {
     std::string output;
     bool ditaOt = false;
     bool force = false;
+    bool noTransform = false;
     bool xpath = false;
     std::string xslt, preScript, postScript, ditaval, outFile;
     std::string targetAttr, xpathAttr, sourcePathAttr, preserveXpathAttr;

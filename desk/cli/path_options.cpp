@@ -5,10 +5,19 @@
 #include <filesystem>
 
 #include "desk/cli/exit_status.h"
+#include "platform/file_identity.h"
 
 namespace fs = std::filesystem;
 
 namespace ventrix::desk {
+namespace {
+
+bool IsSameFile(const NativePath& a, const NativePath& b) {
+    const auto identity = platform::IdentityOf(ToFilesystem(a));
+    return RealPath(a) == RealPath(b) || (identity && identity == platform::IdentityOf(ToFilesystem(b)));
+}
+
+}  // namespace
 
 SystemPath RequireSystemPath(const NativePath& path) {
     const NativePath absolute = AbsolutePath(path);
@@ -39,17 +48,26 @@ void RequireProgram(const char* option, const NativePath& file) {
 
 void RequireNoInput(const char* option, const NativePath& file, const std::vector<NativePath>& inputs) {
     for (const NativePath& input : inputs) {
-        if (!file.Empty() && RealPath(file) == RealPath(input)) {
+        if (!file.Empty() && IsSameFile(file, input)) {
             throw Stop{kExitUsage, std::string(option) + ": " + file.utf8 +
                                        " is an input of this run; choose another file"};
         }
     }
 }
 
+bool IsNullDevice(const NativePath& path) {
+    const auto identity = platform::IdentityOf(ToFilesystem(path));
+    return identity && identity == platform::IdentityOf("/dev/null");
+}
+
 void RequireLog(const NativePath& log, const std::vector<NativePath>& inputs) {
     std::error_code error;
-    if (fs::is_directory(ToFilesystem(log), error)) {
+    const fs::file_status status = fs::status(ToFilesystem(log), error);
+    if (fs::is_directory(status)) {
         throw Stop{kExitUsage, "--log: " + log.utf8 + " is a folder; choose a file in it"};
+    }
+    if (fs::exists(status) && !fs::is_regular_file(status) && !IsNullDevice(log)) {
+        throw Stop{kExitUsage, "--log: " + log.utf8 + " is a pipe or a device; choose a file"};
     }
     RequireNoInput("--log", log, inputs);
 }

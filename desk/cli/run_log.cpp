@@ -49,6 +49,7 @@ void ReadSection(std::istream& lines, std::vector<NativePath>& paths) {
 void ReadCodingLine(const std::string& line, std::string& lastFile, RunLog& log) {
     if (const auto encoded = TextAfter(line, kProgressWording, kEncodingFileWording)) {
         lastFile = *encoded;
+        log.encodedFiles.push_back(ToNative(SystemPath{lastFile}));
         ++log.encoded;
     } else if (const auto decoded = TextAfter(line, kProgressWording, kDecodingFileWording)) {
         lastFile = *decoded;

@@ -20,6 +20,7 @@ struct RunLog {
     bool documentsOnSeveralDrives = false;           ///< An error: the document cannot be packaged.
     bool graphicsOnOtherDrive = false;               ///< A warning: these graphics are not packaged.
     std::vector<FailedFile> failed;                  ///< Files that a pass could not load.
+    std::vector<NativePath> encodedFiles;            ///< Files that the encoding pass has started.
     std::size_t encoded = 0, decoded = 0;            ///< Files that a pass has started.
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "bridge/contract/host_interfaces.h"
 #include "bridge/contract/request.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
@@ -68,10 +69,8 @@ DocumentFiles ReadDocument(const NativePath& document) {
 }
 
 void AddClients(Session& session, const CommonOptions& options, const NativePath& dataFolder) {
-    const std::string toolkit = options.toolkit == "builtin" || options.toolkit == "installed"
-                                    ? options.toolkit
-                                    : AbsolutePath({options.toolkit}).utf8;
-    session.host->AddClient(kDitaOtClient, MakeDitaOtClient({toolkit, dataFolder}, session.record));
+    session.host->AddClient(kDitaOtClient,
+                            MakeDitaOtClient({ToolkitName(options.toolkit), dataFolder}, session.record));
     session.host->AddClient(kXsltClient, MakeXsltClient(session.record));
     session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }
@@ -88,7 +87,20 @@ void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, cons
     }
 }
 
+/// Reports when the module reads the path of the document.
+void Watch(const Session& session, const std::string& call) {
+    const std::string read = "ReadStringProp " + std::to_string(session.documentId) + " " +
+                             std::to_string(kDocumentPathProperty);
+    if (session.documentPathAsked && call == read) {
+        session.documentPathAsked();
+    }
+}
+
 }  // namespace
+
+std::string ToolkitName(const std::string& option) {
+    return option == "builtin" || option == "installed" ? option : AbsolutePath({option}).utf8;
+}
 
 std::vector<NativePath> LocalFiles(const DocumentFiles& files) {
     std::vector<NativePath> local;
@@ -118,7 +130,8 @@ std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen
                                                     if (open->clientCalled) {
                                                         open->clientCalled(client);
                                                     }
-                                                }});
+                                                },
+                                                [open](const std::string& call) { Watch(*open, call); }});
     AddClients(*session, options, installation.folder);
     if (const std::string problem = session->host->LoadModule(installation.module); !problem.empty()) {
         throw Stop{kExitNoModule, problem};

@@ -18,9 +18,13 @@ struct Session {
     std::uint32_t documentId = 0;
     DocumentFiles files;          ///< The document, then the files that it refers to.
     TransformationRecord record;  ///< What the clients report about the transformation.
+    std::function<void()> documentPathAsked;  ///< The module reads the document's path; may be empty.
     std::function<void(const std::string& client)> clientCalled;  ///< For progress; may be empty.
     std::unique_ptr<DeskHost> host;
 };
+
+/// The value of --toolkit with a folder made absolute.
+std::string ToolkitName(const std::string& option);
 
 /// Returns the document's files, without web addresses.
 std::vector<NativePath> LocalFiles(const DocumentFiles& files);

@@ -38,6 +38,7 @@ struct TransformationRecord {
     int failed = 0;      ///< Those that failed or wrote nothing.
     std::string reason;  ///< Of the first failure, one line; empty if none failed.
     NativePath logFile;  ///< The log with more details; may be empty.
+    std::vector<std::string> findings;  ///< Errors that a toolkit reported although it ended with success.
 };
 
 }  // namespace ventrix::desk

@@ -55,6 +55,9 @@ std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& comm
                       .pages = pages,
                       .log = [&log](const std::string& line) { log << line << std::endl; }};
     std::string reason = Run(settings, run, record.logFile);
+    if (settings.toolkit != "builtin") {
+        record.findings = ToolkitErrors(record.logFile);
+    }
     run.log(reason.empty() ? "done" : "failed: " + reason);
     return reason;
 }

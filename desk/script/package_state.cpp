@@ -4,6 +4,8 @@
 #include <chrono>
 #include <filesystem>
 
+#include "platform/file_identity.h"
+
 namespace fs = std::filesystem;
 
 namespace ventrix::desk {
@@ -25,6 +27,7 @@ void Add(const fs::directory_entry& entry, const fs::path& folder, std::vector<P
         return;
     }
     file.modified = Nanoseconds(entry.last_write_time(error));
+    file.file = platform::IdentityOf(entry.path()).value_or(platform::FileIdentity{}).file;
     file.name = entry.path().lexically_relative(folder).generic_string();
     if (!error) {
         files.push_back(std::move(file));

@@ -119,9 +119,9 @@ std::vector<std::string> LastLines(const std::string& file) {
 std::vector<PackageFile> ReadPackageState(const std::string& path) {
     const std::vector<std::string> fields = ReadFields(path + ".package");
     std::vector<PackageFile> files;
-    for (std::size_t i = 0; i + 2 < fields.size(); i += 3) {
-        files.push_back(
-            {fields[i], ToNumber<std::uintmax_t>(fields[i + 1]), ToNumber<std::int64_t>(fields[i + 2])});
+    for (std::size_t i = 0; i + 3 < fields.size(); i += 4) {
+        files.push_back({fields[i], ToNumber<std::uintmax_t>(fields[i + 1]),
+                         ToNumber<std::int64_t>(fields[i + 2]), ToNumber<std::uint64_t>(fields[i + 3])});
     }
     return files;
 }
@@ -207,7 +207,8 @@ std::string ScriptOutputFile(const std::string& path) {
 void WritePackageState(const std::string& path, const std::vector<PackageFile>& files) {
     std::vector<std::string> fields;
     for (const PackageFile& file : files) {
-        fields.insert(fields.end(), {file.name, std::to_string(file.size), std::to_string(file.modified)});
+        fields.insert(fields.end(), {file.name, std::to_string(file.size), std::to_string(file.modified),
+                                     std::to_string(file.file)});
     }
     WriteFields(path + ".package", fields);
 }

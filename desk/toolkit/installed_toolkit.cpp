@@ -1,6 +1,7 @@
 #include "desk/toolkit/installed_toolkit.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -130,6 +131,36 @@ int MoveOutput(const NativePath& from, const NativePath& to, std::string& reason
 
 /// The line of the log that describes the failure: the last one after "BUILD FAILED", or else the first error
 /// message. Empty if there is none.
+/// The line without the escape sequences that colour it on a terminal.
+std::string WithoutColors(const std::string& line) {
+    std::string plain;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '\x1b' && i + 1 < line.size() && line[i + 1] == '[') {
+            i = std::min(line.find('m', i), line.size());
+        } else if (line[i] != '\r') {
+            plain += line[i];
+        }
+    }
+    return plain;
+}
+
+/// True if the line holds the number of an error or fatal message of the toolkit, such as DOTJ013E.
+bool HoldsErrorNumber(const std::string& line) {
+    for (std::size_t at = line.find("DOT"); at != std::string::npos; at = line.find("DOT", at + 1)) {
+        const std::string_view number = std::string_view(line).substr(at, 8);
+        if (number.size() == 8 && std::isdigit(static_cast<unsigned char>(number[4])) != 0 &&
+            (number[7] == 'E' || number[7] == 'F')) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool ReportsError(const std::string& line) {
+    return line.find("[ERROR]") != std::string::npos || line.find("[FATAL]") != std::string::npos ||
+           HoldsErrorNumber(line);
+}
+
 std::string FailureIn(const NativePath& logFile) {
     std::ifstream log(ToFilesystem(logFile));
     std::string failure;
@@ -164,6 +195,30 @@ std::string Outcome(const platform::ProgramEnd& end, int pages, const NativePath
 }
 
 }  // namespace
+
+std::string ToolkitProblem(const std::string& toolkit) {
+    return FindToolkit(toolkit).reason;
+}
+
+std::string DescribeToolkit(const std::string& toolkit) {
+    if (toolkit == "builtin") {
+        return "built-in";
+    }
+    const Toolkit found = FindToolkit(toolkit);
+    return "DITA Open Toolkit, " + (found.command.Empty() ? found.folder : found.command).utf8;
+}
+
+std::vector<std::string> ToolkitErrors(const NativePath& logFile) {
+    std::vector<std::string> errors;
+    std::ifstream log(ToFilesystem(logFile));
+    for (std::string line; std::getline(log, line);) {
+        line = WithoutColors(line);
+        if (ReportsError(line)) {
+            errors.push_back(line.substr(line.find_first_not_of(' ')));
+        }
+    }
+    return errors;
+}
 
 std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitName,
                                 const NativePath& logFile) {

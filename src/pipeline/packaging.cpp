@@ -92,7 +92,8 @@ int PackageFiles(std::uint32_t documentId, Path outputFolder, Path logFile, File
     }
     ClearFolder(outputFolder, false);
     CopyPackage(package, commonFolder, outputFolder, packagedFiles);
-    packagedDocument = document;
+    // The contract has this question after the last copy, where a host can look at the complete package.
+    packagedDocument = DocumentPath(documentId);
     ReplaceFirst(packagedDocument, commonFolder, outputFolder);
     return kPackageBuilt;
 }

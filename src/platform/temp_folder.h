@@ -20,6 +20,9 @@ class TemporaryFolder {
     /// Absolute; empty if the folder could not be made.
     const std::string& Path() const { return path_; }
 
+    /// Lets the folder and what is in it stay.
+    void Keep() { kept_ = true; }
+
     /// Why not, naming the folder for temporary files; empty on success.
     const std::string& Problem() const { return problem_; }
 
@@ -27,6 +30,7 @@ class TemporaryFolder {
     void Remove() const;
 
     std::string path_;
+    bool kept_ = false;
     std::string problem_;
     InterruptionCleanUp cleanUp_;
 };

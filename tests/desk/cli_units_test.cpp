@@ -2,10 +2,10 @@
 #include <pwd.h>
 
 #include "desk/cli/exit_status.h"
-#include "desk/cli/output_folder.h"
 #include "desk/cli/published_pages.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
+#include "desk/output/output_checks.h"
 #include "support/test_drives.h"
 
 namespace ventrix::desk {
@@ -74,7 +74,7 @@ TEST(OutputFolder, IsNeverARootOrHomeFolder) {
     const test::TestDrives drives;
     const std::string holdsDrives = drives.Native("C:").parent_path();
     for (const std::string& root : {std::string("/"), std::string(getpwuid(getuid())->pw_dir), holdsDrives}) {
-        EXPECT_FALSE(OutputRefusal({root}, {}, true).empty()) << root;
+        EXPECT_FALSE(WhyNeverAllowed(root, {}).empty()) << root;
     }
 }
 

@@ -32,7 +32,7 @@ TemporaryFolder::~TemporaryFolder() {
 
 void TemporaryFolder::Remove() const {
     std::error_code ignored;
-    if (!path_.empty()) {
+    if (!path_.empty() && !kept_) {
         fs::remove_all(path_, ignored);
     }
 }

@@ -1,0 +1,32 @@
+// The report log of one run. The module writes it to a private temporary folder, so that what a run reports
+// never depends on the log that the user chose; afterwards its lines are appended to the user's.
+#pragma once
+
+#include <string>
+
+#include "desk/paths/paths.h"
+#include "platform/temp_folder.h"
+
+namespace ventrix::desk {
+
+class PrivateLog {
+  public:
+    /// Throws Stop if no temporary folder can be created.
+    PrivateLog();
+
+    const NativePath& Path() const { return path_; }
+
+    /// Everything that the run has written so far; empty if it has not opened the log.
+    std::string Text() const;
+
+    /// Appends the lines to the user's log. On success, and if the user wants no log, the result is empty and
+    /// the private log is removed with this object. Else the result is one line that names the private log,
+    /// which then stays.
+    std::string AppendTo(const NativePath& log);
+
+  private:
+    platform::TemporaryFolder folder_;
+    NativePath path_;
+};
+
+}  // namespace ventrix::desk

@@ -1,0 +1,59 @@
+#include "desk/cli/publish_findings.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace ventrix::desk {
+namespace {
+
+bool IsPage(const FailedFile& failed) {
+    return failed.file.utf8.ends_with(".html") || failed.file.utf8.ends_with(".htm");
+}
+
+}  // namespace
+
+std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& session,
+                                     const PublishOutcome& outcome) {
+    std::vector<Finding> findings;
+    for (const NativePath& file : outcome.missing) {
+        findings.push_back({file, 0, "missing", "is missing or unreadable and is not in the result"});
+    }
+    if (outcome.log.graphicsOnOtherDrive) {
+        findings.push_back({session.document, 0, "graphics-on-other-drive",
+                            "some graphics are on a different drive from the document and were not packaged"});
+    }
+    for (const FailedFile& failed : outcome.log.failed) {
+        findings.push_back({failed.file, 0, "not-readable", "could not be read: " + failed.reason});
+    }
+    std::ranges::copy(outcome.unfinished, std::back_inserter(findings));
+    for (const std::string& line : session.record.findings) {
+        findings.push_back({session.record.logFile, 0, "toolkit", line});
+    }
+    if (outcome.pages.markedTexts > 0) {
+        findings.push_back({outcome.pages.firstMarkedText, 0, "marker-text",
+                            "pages that still contain marker text: " +
+                                std::to_string(outcome.pages.markedTexts) + "; this is the first"});
+    }
+    return findings;
+}
+
+std::vector<std::string> PublishNotes(const PublishPlan& plan, const PublishOutcome& outcome) {
+    std::vector<std::string> notes;
+    if (std::ranges::any_of(outcome.log.failed, IsPage)) {
+        notes.push_back(
+            "marker text is decoded only in pages that are well-formed XML; to write such pages, a "
+            "stylesheet needs <xsl:output method=\"xml\"/>");
+    }
+    if (outcome.pages.markedTexts > 0 && !plan.undecoded.Empty()) {
+        notes.push_back("marker text is decoded only in .html and .htm files in the output folder, not in " +
+                        plan.undecoded.utf8);
+    }
+    if (outcome.pages.markedValues > 0) {
+        notes.push_back("attribute values into which the transformation copied marker text: " +
+                        std::to_string(outcome.pages.markedValues) + "; the first is in " +
+                        outcome.pages.firstMarkedValue);
+    }
+    return notes;
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,28 @@
+// What a publish is going to do, checked as far as it can be before anything is touched: options, toolkit,
+// stylesheet with its imports, filter, scripts, log.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "desk/cli/options.h"
+#include "desk/cli/session.h"
+#include "desk/paths/paths.h"
+
+namespace ventrix::desk {
+
+struct PublishPlan {
+    NativePath output;  ///< Absolute.
+    NativePath log;     ///< The user's report log, absolute.
+    NativePath xslt, preScript, postScript, ditaval, outFile;  ///< Absolute; empty if not given.
+    NativePath undecoded;  ///< `outFile` if the module does not decode what is written there; else empty.
+    std::vector<NativePath> inputs;  ///< Everything that the run reads; none may be in the output folder.
+    bool ditaOt = false;
+    bool transforms = false;  ///< A client transforms the document.
+    std::string toolkit;      ///< The choice, for people; empty without a DITA transformation.
+};
+
+/// Throws Stop for what cannot work, before anything has changed.
+PublishPlan MakePublishPlan(const Options& options, const Session& session);
+
+}  // namespace ventrix::desk

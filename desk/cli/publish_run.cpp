@@ -1,0 +1,211 @@
+#include "desk/cli/publish_run.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "bridge/contract/request.h"
+#include "desk/checks/package_checks.h"
+#include "desk/cli/exit_status.h"
+#include "desk/cli/installation.h"
+#include "desk/cli/path_options.h"
+#include "desk/cli/request_text.h"
+#include "desk/script/script_record.h"
+#include "platform/child_process.h"
+#include "platform/files.h"
+#include "platform/temp_folder.h"
+
+namespace ventrix::desk {
+namespace {
+
+/// The scripts of one run, started through the recorder.
+class RecordedScripts {
+  public:
+    explicit RecordedScripts(const PublishPlan& plan) : plan_(plan), folder_("ventrix-run") {
+        if (folder_.Path().empty()) {
+            throw Stop{kExitNoModule, folder_.Problem()};
+        }
+    }
+
+    /// The path that the module is to start for a script; empty for an empty one.
+    SystemPath Prepare(const char* name, const NativePath& script) const {
+        if (script.Empty()) {
+            return {};
+        }
+        try {
+            return RequireSystemPath({PrepareScript(folder_.Path(), name, FindInstallation().recorder.utf8,
+                                                    {script.utf8, plan_.output.utf8, platform::ProcessId()})});
+        } catch (const std::runtime_error& error) {
+            throw Stop{kExitNoModule, error.what()};
+        }
+    }
+
+    ScriptRecord Read(const char* name) const { return ReadScriptRecord(folder_.Path(), name); }
+
+  private:
+    const PublishPlan& plan_;
+    platform::TemporaryFolder folder_;
+};
+
+/// The package at two moments: after the last copy, and when the transformation begins.
+struct PackageStates {
+    std::vector<PackageFile> copied;
+    std::vector<PackageFile> transformed;
+    bool isTransformed = false;  ///< The second moment has been.
+};
+
+SystemPath Optional(const NativePath& path) {
+    return path.Empty() ? SystemPath{} : RequireSystemPath(path);
+}
+
+PublishValues Values(const PublishPlan& plan, const Session& session, const PrivateLog& log,
+                     const RecordedScripts& scripts) {
+    PublishValues values;
+    values.documentId = session.documentId;
+    values.outputFolder = {RequireSystemPath(plan.output).utf8 + '\\'};
+    values.xslt = Optional(plan.xslt);
+    values.preScript = scripts.Prepare(kPreScript, plan.preScript);
+    values.postScript = scripts.Prepare(kPostScript, plan.postScript);
+    values.ditaval = Optional(plan.ditaval);
+    values.outFile = Optional(plan.outFile);
+    values.log = RequireSystemPath(log.Path());
+    values.ditaOt = plan.ditaOt;
+    return values;
+}
+
+std::size_t DocumentCount(const DocumentFiles& files) {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        files.files, [](const DocumentFile& file) { return file.key != "graphicsType"; }));
+}
+
+/// Sends the request and looks at the package on the way. The module asks for the document's path after the
+/// last copy.
+Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session& session,
+                   const PrivateLog& log, const Screen& screen, PackageStates& states) {
+    Progress progress(screen, log.Path(), DocumentCount(session.files));
+    session.documentPathAsked = [&] {
+        if (!states.isTransformed) {
+            states.copied = ListPackage(plan.output.utf8);
+        }
+    };
+    session.clientCalled = [&](const std::string& client) {
+        const bool transforms = client != kDispatcherClient;
+        progress.SetTransforming(transforms);
+        if (transforms && !states.isTransformed) {
+            states.transformed = ListPackage(plan.output.utf8);
+            states.isTransformed = true;
+        }
+    };
+    const Reply reply = Send(session, request);
+    session.documentPathAsked = nullptr;
+    session.clientCalled = nullptr;
+    return reply;
+}
+
+void ReadScripts(const PublishPlan& plan, const RecordedScripts& scripts, PublishOutcome& outcome,
+                 PackageStates& states) {
+    // The post-script comes last, so that the pre-script's view of the package is the one that counts.
+    for (const auto& [name, script] :
+         {std::pair{kPostScript, plan.postScript}, std::pair{kPreScript, plan.preScript}}) {
+        if (script.Empty()) {
+            continue;
+        }
+        const ScriptRecord record = scripts.Read(name);
+        if (!Succeeded(record)) {
+            outcome.failedScripts.insert(outcome.failedScripts.begin(),
+                                         {DescribeFailure(record, script.utf8), record.lastLines});
+        }
+        if (name == kPreScript || !states.isTransformed) {
+            states.transformed = record.package;
+            states.isTransformed = record.state != ScriptState::kNotCalled;
+        }
+    }
+}
+
+void Add(std::vector<Finding>& findings, const std::vector<NativePath>& files, const char* code,
+         const char* text) {
+    for (const NativePath& file : files) {
+        findings.push_back({file, 0, code, text});
+    }
+}
+
+bool Failed(const RunLog& log, const NativePath& file) {
+    return std::ranges::any_of(log.failed, [&](const FailedFile& failed) { return failed.file == file; });
+}
+
+/// The sources of packaged files.
+std::vector<NativePath> SourcesOf(const std::vector<NativePath>& copies, const PublishPlan& plan,
+                                  const PackageLayout& layout) {
+    std::vector<NativePath> sources;
+    for (const NativePath& copy : copies) {
+        sources.push_back({layout.commonFolder.utf8 + copy.utf8.substr(plan.output.utf8.size() + 1)});
+    }
+    return sources;
+}
+
+std::vector<Finding> CheckPackage(const PublishPlan& plan, const Session& session,
+                                  const PublishOutcome& outcome, const PackageStates& states) {
+    std::vector<Finding> findings;
+    const PackageLayout layout = LayoutOf(session.files, session.document);
+    std::vector<NativePath> uncopied = UncopiedSources(layout, states.copied);
+    std::erase_if(uncopied, [&](const NativePath& file) {
+        return std::ranges::find(outcome.missing, file) != outcome.missing.end();
+    });
+    Add(findings, uncopied, "not-packaged", "could not be copied into the package and is not in the result");
+    if (states.isTransformed) {
+        std::vector<NativePath> encoded = outcome.log.encodedFiles;
+        std::erase_if(encoded, [&](const NativePath& file) { return Failed(outcome.log, file); });
+        const std::vector<NativePath> unsaved =
+            UnsavedCopies(encoded, plan.output, states.copied, states.transformed);
+        Add(findings, SourcesOf(unsaved, plan, layout), "not-encoded",
+            "its copy could not be saved with marker text; nothing of it is preserved");
+    }
+    return findings;
+}
+
+std::vector<Finding> CheckResult(const PublishPlan& plan, const Session& session,
+                                 const PublishOutcome& outcome, const PackageStates& states) {
+    std::vector<Finding> findings;
+    Add(findings, UnplacedGraphics(session.files, session.document, outcome.resultFolder), "graphic-missing",
+        "the graphic could not be copied to its place in the result");
+    if (plan.ditaOt && plan.undecoded.Empty()) {
+        Add(findings, MisplacedPages(plan.output, outcome.resultFolder, states.copied), "page-misplaced",
+            "the page could not be moved to the result folder");
+    }
+    return findings;
+}
+
+std::vector<NativePath> MissingFiles(const Session& session) {
+    std::vector<NativePath> missing = LocalFiles(session.files);
+    std::erase_if(missing, [](const NativePath& file) { return platform::OpensForReading(file.utf8); });
+    return missing;
+}
+
+}  // namespace
+
+PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Session& session,
+                          const PrivateLog& log, const Screen& screen) {
+    PublishOutcome outcome;
+    PackageStates states;
+    const RecordedScripts scripts(plan);
+    const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
+    outcome.missing = MissingFiles(session);
+    const std::vector<NativePath> absent = AbsentFolders(session.files);
+    outcome.reply = SendAndWatch(request, plan, session, log, screen, states);
+    RemoveEmptyFolders(absent);
+    outcome.log = ReadRunLog(log.Text());
+    outcome.resultFolder = ToNative(SystemPath{outcome.reply.first});
+    outcome.buildLog = ToNative(SystemPath{outcome.reply.second});
+    if (outcome.resultFolder.Empty()) {
+        return outcome;
+    }
+    ReadScripts(plan, scripts, outcome, states);
+    outcome.unfinished = CheckPackage(plan, session, outcome, states);
+    std::ranges::move(CheckResult(plan, session, outcome, states), std::back_inserter(outcome.unfinished));
+    InspectPages(plan.output, outcome.pages);
+    if (!plan.undecoded.Empty()) {
+        InspectPages(plan.ditaOt ? outcome.resultFolder : plan.undecoded, outcome.pages);
+    }
+    return outcome;
+}
+
+}  // namespace ventrix::desk

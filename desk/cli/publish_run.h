@@ -1,0 +1,39 @@
+// Runs a publish: sends the request with the output folder protected, the log and the scripts under the desk
+// host's own watch, and gathers what happened. Nothing is printed but progress.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "desk/checks/finding.h"
+#include "desk/cli/private_log.h"
+#include "desk/cli/publish_plan.h"
+#include "desk/cli/published_pages.h"
+#include "desk/cli/run_log.h"
+#include "desk/cli/screen.h"
+#include "desk/output/output_keeper.h"
+
+namespace ventrix::desk {
+
+/// A script of the user's that failed.
+struct FailedScript {
+    std::string description;             ///< One line that names the script.
+    std::vector<std::string> lastLines;  ///< Of its output.
+};
+
+struct PublishOutcome {
+    Reply reply;
+    RunLog log;
+    NativePath resultFolder, buildLog;
+    PublishedPages pages;
+    std::vector<FailedScript> failedScripts;
+    std::vector<NativePath> missing;   ///< Referenced files that are missing or unreadable.
+    std::vector<Finding> unfinished;   ///< What the module left undone without saying so.
+};
+
+/// The folder must have been taken for this run. Throws Stop if the module sends no reply.
+PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Session& session,
+                          const PrivateLog& log, const Screen& screen);
+
+}  // namespace ventrix::desk
