@@ -105,7 +105,8 @@ std::vector<NativePath> UnplacedGraphics(const DocumentFiles& files, const Nativ
         if (file.key != kGraphicKey || file.path.Empty() || DriveOf(file.path) != DriveOf(document)) {
             continue;
         }
-        const fs::path place = ToFilesystem(resultFolder) / ToFilesystem(file.path).lexically_relative(folder);
+        const fs::path place =
+            ToFilesystem(resultFolder) / ToFilesystem(file.path).lexically_relative(folder);
         if (IsFile(file.path) && !IsFile(FromFilesystem(place))) {
             unplaced.push_back(file.path);
         }

@@ -15,7 +15,7 @@ namespace ventrix::desk {
 /// The package of one run. The module copies the documents and those graphics that are on the document's
 /// drive, each to its place below the deepest folder that contains them all.
 struct PackageLayout {
-    NativePath commonFolder;         ///< With its closing slash.
+    NativePath commonFolder;          ///< With its closing slash.
     std::vector<NativePath> sources;  ///< What is copied, in the order of the list.
 };
 

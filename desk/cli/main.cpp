@@ -1,12 +1,11 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
-#include <nlohmann/json.hpp>
-#include <optional>
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/options.h"
+#include "desk/cli/run_report.h"
 #include "desk/cli/screen.h"
 #include "platform/child_process.h"
 #include "platform/interruption.h"
@@ -15,39 +14,41 @@ namespace {
 
 using namespace ventrix::desk;
 
-int RunCommand(const Options& options, const Screen& screen) {
+int RunCommand(const Options& options, const Screen& screen, RunReport& report) {
     switch (options.command) {
         case Command::kPublish:
-            return Publish(options, screen);
+            return Publish(options, screen, report);
         case Command::kValidate:
-            return Validate(options, screen);
+            return Validate(options, screen, report);
         case Command::kRequest:
-            return Request(options, screen);
+            return Request(options, screen, report);
     }
     return kExitUsage;
 }
 
-int ReportFailure(const Screen& screen, int status, const std::string& text) {
-    screen.Error(text);
-    if (screen.Json()) {
-        PrintObject({{"error", text}, {"exitStatus", status}});
-    }
-    return status;
+void ReportFailure(const CommonOptions& options, int status, const std::string& text, RunReport& report) {
+    Screen(options).Error(text);
+    report.exitStatus = status;
+    report.error = text;
 }
 
 int Run(int argc, char** argv) {
     Options options;
-    std::optional<Screen> screen;
+    RunReport report;
     try {
         if (!ReadOptions(argc, argv, options)) {
             return kExitDone;
         }
-        return RunCommand(options, screen.emplace(options.common));
+        report.exitStatus = RunCommand(options, Screen(options.common), report);
     } catch (const Stop& stop) {
-        return ReportFailure(screen.emplace(options.common), stop.status, stop.text);
+        ReportFailure(options.common, stop.status, stop.text, report);
     } catch (const std::exception& error) {
-        return ReportFailure(screen.emplace(options.common), kExitNoModule, error.what());
+        ReportFailure(options.common, kExitNoModule, error.what(), report);
     }
+    if (options.common.json) {
+        PrintReport(report);
+    }
+    return report.exitStatus;
 }
 
 volatile std::sig_atomic_t readerGone = 0;

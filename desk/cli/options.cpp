@@ -110,8 +110,7 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         ->type_name("NAME");
     command.add_flag("--no-transform", publish.noTransform,
                      "Do not transform the document; only package it and run the scripts");
-    command.add_flag("--force", publish.force,
-                     "Use an output folder that holds other files; they are kept");
+    command.add_flag("--force", publish.force, "Use an output folder that holds other files; they are kept");
 }
 
 constexpr char kRequestText[] = "TEXT";

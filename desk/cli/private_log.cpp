@@ -21,7 +21,7 @@ std::string PrivateLog::Text() const {
 
 std::string PrivateLog::AppendTo(const NativePath& log) {
     const std::string text = Text();
-    if (text.empty() || IsNullDevice(log)) {
+    if (log.Empty() || text.empty() || IsNullDevice(log)) {
         return {};
     }
     std::ofstream file(ToFilesystem(log), std::ios::binary | std::ios::app);

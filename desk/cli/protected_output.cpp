@@ -1,12 +1,14 @@
 #include "desk/cli/protected_output.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "desk/cli/exit_status.h"
 
 namespace ventrix::desk {
 
-ProtectedOutput::ProtectedOutput(const OutputOrder& order, const Screen& screen) : screen_(screen) {
+ProtectedOutput::ProtectedOutput(const OutputOrder& order, RunReport& report, const Screen& screen)
+    : report_(report), screen_(screen) {
     const platform::InterruptionPause pause;
     std::string refusal;
     keeper_ = TakeOutput(order, refusal);
@@ -26,40 +28,44 @@ int ProtectedOutput::Settle(int status) {
     }
     const platform::InterruptionPause pause;
     cleanUp_.reset();
-    return Report(keeper_->Commit(), status);
+    const OutputReport end = keeper_->Commit();
+    Report(end);
+    if (end.error.empty()) {
+        return status;
+    }
+    report_.error = end.error;
+    screen_.Error(end.error);
+    return kExitOutputRefused;
 }
 
 void ProtectedOutput::RollBack() {
     const platform::InterruptionPause pause;
-    const OutputReport report = keeper_->RollBack();
-    if (!report.error.empty()) {
-        screen_.Error(report.error);
-    }
-    for (const std::string& finding : report.findings) {
-        screen_.Warning(finding);
-    }
-    if (!report.failedFolder.empty()) {
-        screen_.Note("the output folder is as it was before; the files of this run are in " +
-                     FromFilesystem(report.failedFolder).utf8);
+    const OutputReport end = keeper_->RollBack();
+    Report(end);
+    if (!end.error.empty()) {
+        screen_.Error(end.error);
     }
 }
 
-int ProtectedOutput::Report(const OutputReport& report, int status) const {
-    for (const KeptEntry& entry : report.kept) {
-        const std::string wanted = FromFilesystem(entry.wanted).utf8;
-        const std::string kept = FromFilesystem(entry.kept).utf8;
-        screen_.Warning(entry.edited ? wanted + " was edited since the last run; it is kept as " + kept
-                                     : wanted + " is not from a run; it is kept as " + kept);
+void ProtectedOutput::Warn(const std::string& code, const NativePath& file, const std::string& text) {
+    desk::Warn(report_, screen_, {file, 0, code, text});
+}
+
+void ProtectedOutput::Report(const OutputReport& end) {
+    for (const KeptEntry& entry : end.kept) {
+        const std::string kept = "; it is kept as " + FromFilesystem(entry.kept).utf8;
+        Warn(
+            "kept", FromFilesystem(entry.wanted),
+            (entry.edited ? "was edited since the last run" : "is not from a run, and a page has this name") +
+                kept);
     }
-    for (const std::string& finding : report.findings) {
-        screen_.Warning(finding);
+    for (const std::string& finding : end.findings) {
+        Warn("output", {}, finding);
     }
-    if (!report.error.empty()) {
-        screen_.Error(report.error);
-        return kExitOutputRefused;
+    if (!end.failedFolder.empty()) {
+        screen_.Note("the output folder is as it was before; the files of this run are in " +
+                     FromFilesystem(end.failedFolder).utf8);
     }
-    const bool clean = report.findings.empty() && report.kept.empty();
-    return clean ? status : std::max<int>(status, kExitFindings);
 }
 
 std::vector<std::filesystem::path> InputPaths(const std::vector<NativePath>& inputs) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "desk/cli/run_report.h"
 #include "desk/cli/screen.h"
 #include "desk/output/output_keeper.h"
 #include "platform/interruption.h"
@@ -13,19 +14,22 @@ namespace ventrix::desk {
 
 class ProtectedOutput {
   public:
-    /// Prints what the keeper notes. Throws Stop if the folder is refused.
-    ProtectedOutput(const OutputOrder& order, const Screen& screen);
+    /// Reports what the keeper notes. Throws Stop if the folder is refused.
+    ProtectedOutput(const OutputOrder& order, RunReport& report, const Screen& screen);
 
-    /// Keeps the result of a run with this exit status, if it is 0 or 1, or restores the folder. Prints what
-    /// became of the user's own files. Returns the exit status, which a finding makes 1 at least.
+    /// Keeps the result of a run with this exit status, if it is 0 or 1, or restores the folder. Reports what
+    /// became of the user's own files. Returns the exit status, which is another one if the result could not
+    /// be recorded.
     int Settle(int status);
 
     /// Restores the folder as it was before the run, and prints where the files of the failed run are.
     void RollBack();
 
   private:
-    int Report(const OutputReport& report, int status) const;
+    void Warn(const std::string& code, const NativePath& file, const std::string& text);
+    void Report(const OutputReport& report);
 
+    RunReport& report_;
     const Screen& screen_;
     std::unique_ptr<OutputKeeper> keeper_;
     std::optional<platform::InterruptionCleanUp> cleanUp_;

@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <cstdio>
-#include <nlohmann/json.hpp>
-
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
@@ -12,23 +8,24 @@
 namespace ventrix::desk {
 namespace {
 
-/// Prints why the run failed. Empty reasons mean that it did not.
+/// Prints why the run failed. Returns the exit status, kExitDone if it did not fail.
 int ReportFailure(const PublishPlan& plan, const PublishOutcome& outcome, const TransformationRecord& record,
-                  const Screen& screen) {
+                  RunReport& report, const Screen& screen) {
     for (const FailedScript& script : outcome.failedScripts) {
-        screen.Error(script.description);
+        report.error = script.description;
+        screen.Error(report.error);
         for (const std::string& line : script.lastLines) {
             screen.Note("  " + line);
         }
     }
     if (record.failed > 0) {
-        screen.Error("the transformation failed: " + record.reason +
-                     (record.logFile.Empty() ? "" : "; see " + record.logFile.utf8));
-    } else if (plan.transforms && outcome.pages.pages == 0) {
-        screen.Error("the transformation wrote no pages; see the log " + plan.log.utf8);
-    } else if (outcome.failedScripts.empty()) {
-        return kExitDone;
+        report.error = "the transformation failed: " + record.reason;
+    } else if (plan.transforms && outcome.pages.files.empty()) {
+        report.error = "the transformation wrote no pages; see the log " + plan.log.utf8;
+    } else {
+        return outcome.failedScripts.empty() ? kExitDone : kExitTransformation;
     }
+    screen.Error(report.error);
     return kExitTransformation;
 }
 
@@ -49,28 +46,23 @@ void RequireResult(const PublishOutcome& outcome) {
                                        outcome.log.broken.front().utf8};
 }
 
-nlohmann::json FailedAsJson(const RunLog& log) {
-    auto list = nlohmann::json::array();
-    for (const FailedFile& failed : log.failed) {
-        list.push_back({{"file", failed.file}, {"reason", failed.reason}});
+void FillReport(const PublishPlan& plan, const PublishOutcome& outcome, RunReport& report) {
+    report.status = outcome.reply.status;
+    report.resultFolder = outcome.resultFolder;
+    report.startPage = outcome.startPage;
+    report.buildLog = outcome.buildLog;
+    report.log = plan.log;
+    report.toolkit = plan.toolkit;
+    report.failed = outcome.log.failed;
+    report.missing = outcome.missing;
+    for (const NativePath& page : outcome.pages.files) {
+        report.pages.push_back({page, {}});
     }
-    return list;
-}
-
-void PrintJson(const PublishPlan& plan, const PublishOutcome& outcome, int status) {
-    PrintObject({{"status", outcome.reply.status},
-                 {"exitStatus", status},
-                 {"resultFolder", outcome.resultFolder},
-                 {"buildLog", outcome.buildLog},
-                 {"log", plan.log},
-                 {"failed", FailedAsJson(outcome.log)},
-                 {"missing", outcome.missing},
-                 {"markedValues", outcome.pages.markedValues}});
 }
 
 void PrintResult(const PublishPlan& plan, const PublishOutcome& outcome, const Screen& screen) {
     screen.Result("result:    " + outcome.resultFolder.utf8);
-    screen.Result("pages:     " + std::to_string(outcome.pages.pages));
+    screen.Result("pages:     " + std::to_string(outcome.pages.files.size()));
     if (!plan.toolkit.empty()) {
         screen.Result("toolkit:   " + plan.toolkit);
     }
@@ -80,31 +72,30 @@ void PrintResult(const PublishPlan& plan, const PublishOutcome& outcome, const S
     screen.Result("log:       " + plan.log.utf8);
 }
 
-void PrintFinding(const Finding& finding, const Screen& screen) {
-    const std::string line = finding.line > 0 ? ":" + std::to_string(finding.line) : "";
-    screen.Warning((finding.file.Empty() ? "" : finding.file.utf8 + line + ": ") + finding.text);
-}
-
-/// What a run that reached a result reports: the findings, and the exit status before the output folder is
-/// settled.
+/// Reports the findings and notes of a run that reached a result. Returns the exit status before the output
+/// folder is settled.
 int Conclude(const PublishPlan& plan, const Session& session, const PublishOutcome& outcome,
-             std::vector<Finding>& findings, const Screen& screen) {
-    std::ranges::move(PublishFindings(plan, session, outcome), std::back_inserter(findings));
-    for (const Finding& finding : findings) {
-        PrintFinding(finding, screen);
+             RunReport& report, const Screen& screen) {
+    for (const Finding& finding : PublishFindings(plan, session, outcome)) {
+        Warn(report, screen, finding);
     }
     for (const std::string& note : PublishNotes(plan, outcome)) {
         screen.Note(note);
     }
-    const int failure = ReportFailure(plan, outcome, session.record, screen);
-    const bool clean = findings.empty() && session.files.remarks.empty();
-    return failure != kExitDone ? failure : clean ? kExitDone : kExitFindings;
+    return ReportFailure(plan, outcome, session.record, report, screen);
+}
+
+/// Appends the run's log to the user's. A log that is lost is a finding.
+void DeliverLog(PrivateLog& log, const PublishPlan& plan, RunReport& report, const Screen& screen) {
+    if (const std::string problem = log.AppendTo(plan.log); !problem.empty()) {
+        Warn(report, screen, {{}, 0, "log", problem});
+    }
 }
 
 }  // namespace
 
-int Publish(const Options& options, const Screen& screen) {
-    const auto session = StartSession(options.common, screen);
+int Publish(const Options& options, const Screen& screen, RunReport& report) {
+    const auto session = StartSession(options.common, screen, report);
     const PublishPlan plan = MakePublishPlan(options, *session);
     PrivateLog log;
     ProtectedOutput output({.folder = ToFilesystem(plan.output),
@@ -112,28 +103,23 @@ int Publish(const Options& options, const Screen& screen) {
                             .force = options.publish.force,
                             .request = options.common.document,
                             .version = kVersion},
-                           screen);
-    std::vector<Finding> findings;
+                           report, screen);
     PublishOutcome outcome;
     int status = kExitDone;
     try {
         outcome = RunPublish(plan, options, *session, log, screen);
+        FillReport(plan, outcome, report);
         RequireResult(outcome);
-        status = Conclude(plan, *session, outcome, findings, screen);
+        status = Conclude(plan, *session, outcome, report, screen);
     } catch (...) {
-        if (const std::string problem = log.AppendTo(plan.log); !problem.empty()) {
-            screen.Warning(problem);
-        }
+        DeliverLog(log, plan, report, screen);
         output.RollBack();
         throw;
     }
-    if (const std::string problem = log.AppendTo(plan.log); !problem.empty()) {
-        screen.Warning(problem);
-        status = std::max<int>(status, kExitFindings);
-    }
+    DeliverLog(log, plan, report, screen);
     status = output.Settle(status);
-    if (screen.Json()) {
-        PrintJson(plan, outcome, status);
+    if (status == kExitDone && !report.warnings.empty()) {
+        status = kExitFindings;
     }
     if (status == kExitDone || status == kExitFindings) {
         PrintResult(plan, outcome, screen);

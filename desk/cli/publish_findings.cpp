@@ -19,8 +19,9 @@ std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& ses
         findings.push_back({file, 0, "missing", "is missing or unreadable and is not in the result"});
     }
     if (outcome.log.graphicsOnOtherDrive) {
-        findings.push_back({session.document, 0, "graphics-on-other-drive",
-                            "some graphics are on a different drive from the document and were not packaged"});
+        findings.push_back(
+            {session.document, 0, "graphics-on-other-drive",
+             "some graphics are on a different drive from the document and were not packaged"});
     }
     for (const FailedFile& failed : outcome.log.failed) {
         findings.push_back({failed.file, 0, "not-readable", "could not be read: " + failed.reason});

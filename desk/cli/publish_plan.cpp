@@ -15,6 +15,9 @@ namespace {
 
 /// A post-script alone stands in for a transformation; a pre-script prepares one.
 bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
+    if (publish.noTransform && publish.preScript.empty() && publish.postScript.empty()) {
+        throw Stop{kExitUsage, "--no-transform: there is nothing to run; add --pre-script or --post-script"};
+    }
     const bool onlyPostScript = !publish.postScript.empty() && publish.preScript.empty();
     if (publish.ditaOt || publish.noTransform || !publish.xslt.empty() || onlyPostScript) {
         return publish.ditaOt;

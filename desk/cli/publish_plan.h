@@ -12,8 +12,8 @@
 namespace ventrix::desk {
 
 struct PublishPlan {
-    NativePath output;  ///< Absolute.
-    NativePath log;     ///< The user's report log, absolute.
+    NativePath output;                                         ///< Absolute.
+    NativePath log;                                            ///< The user's report log, absolute.
     NativePath xslt, preScript, postScript, ditaval, outFile;  ///< Absolute; empty if not given.
     NativePath undecoded;  ///< `outFile` if the module does not decode what is written there; else empty.
     std::vector<NativePath> inputs;  ///< Everything that the run reads; none may be in the output folder.

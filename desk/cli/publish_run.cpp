@@ -1,6 +1,8 @@
 #include "desk/cli/publish_run.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <stdexcept>
 
 #include "bridge/contract/request.h"
@@ -32,8 +34,9 @@ class RecordedScripts {
             return {};
         }
         try {
-            return RequireSystemPath({PrepareScript(folder_.Path(), name, FindInstallation().recorder.utf8,
-                                                    {script.utf8, plan_.output.utf8, platform::ProcessId()})});
+            return RequireSystemPath(
+                {PrepareScript(folder_.Path(), name, FindInstallation().recorder.utf8,
+                               {script.utf8, plan_.output.utf8, platform::ProcessId()})});
         } catch (const std::runtime_error& error) {
             throw Stop{kExitNoModule, error.what()};
         }
@@ -135,17 +138,19 @@ bool Failed(const RunLog& log, const NativePath& file) {
 /// The sources of packaged files.
 std::vector<NativePath> SourcesOf(const std::vector<NativePath>& copies, const PublishPlan& plan,
                                   const PackageLayout& layout) {
+    const std::string folder = plan.output.utf8 + '/';
     std::vector<NativePath> sources;
     for (const NativePath& copy : copies) {
-        sources.push_back({layout.commonFolder.utf8 + copy.utf8.substr(plan.output.utf8.size() + 1)});
+        sources.push_back(copy.utf8.starts_with(folder)
+                              ? NativePath{layout.commonFolder.utf8 + copy.utf8.substr(folder.size())}
+                              : copy);
     }
     return sources;
 }
 
-std::vector<Finding> CheckPackage(const PublishPlan& plan, const Session& session,
+std::vector<Finding> CheckPackage(const PublishPlan& plan, const PackageLayout& layout,
                                   const PublishOutcome& outcome, const PackageStates& states) {
     std::vector<Finding> findings;
-    const PackageLayout layout = LayoutOf(session.files, session.document);
     std::vector<NativePath> uncopied = UncopiedSources(layout, states.copied);
     std::erase_if(uncopied, [&](const NativePath& file) {
         return std::ranges::find(outcome.missing, file) != outcome.missing.end();
@@ -174,6 +179,29 @@ std::vector<Finding> CheckResult(const PublishPlan& plan, const Session& session
     return findings;
 }
 
+/// The page of the contents, else that of the document, else the first.
+NativePath StartPage(const PublishPlan& plan, const Session& session, const PublishOutcome& outcome) {
+    const std::filesystem::path folder = ToFilesystem(outcome.resultFolder);
+    const std::string stem = FromFilesystem(ToFilesystem(session.document).stem()).utf8;
+    for (const std::string& name : {std::string("index.html"), stem + ".html"}) {
+        const NativePath page = NormalPath(FromFilesystem(folder / name));
+        if (platform::OpensForReading(page.utf8)) {
+            return page;
+        }
+    }
+    return outcome.pages.files.empty() ? plan.outFile : outcome.pages.files.front();
+}
+
+/// A failure names the package's copy, which is gone after the run: the user wants the source.
+void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& log) {
+    for (FailedFile& failed : log.failed) {
+        const NativePath source = SourcesOf({failed.file}, plan, layout).front();
+        if (std::ranges::find(layout.sources, source) != layout.sources.end()) {
+            failed.file = source;
+        }
+    }
+}
+
 std::vector<NativePath> MissingFiles(const Session& session) {
     std::vector<NativePath> missing = LocalFiles(session.files);
     std::erase_if(missing, [](const NativePath& file) { return platform::OpensForReading(file.utf8); });
@@ -199,12 +227,15 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
         return outcome;
     }
     ReadScripts(plan, scripts, outcome, states);
-    outcome.unfinished = CheckPackage(plan, session, outcome, states);
+    const PackageLayout layout = LayoutOf(session.files, session.document);
+    outcome.unfinished = CheckPackage(plan, layout, outcome, states);
     std::ranges::move(CheckResult(plan, session, outcome, states), std::back_inserter(outcome.unfinished));
+    NameSources(plan, layout, outcome.log);
     InspectPages(plan.output, outcome.pages);
     if (!plan.undecoded.Empty()) {
         InspectPages(plan.ditaOt ? outcome.resultFolder : plan.undecoded, outcome.pages);
     }
+    outcome.startPage = StartPage(plan, session, outcome);
     return outcome;
 }
 

@@ -26,10 +26,11 @@ struct PublishOutcome {
     Reply reply;
     RunLog log;
     NativePath resultFolder, buildLog;
+    NativePath startPage;  ///< The page to open first; empty if there is none.
     PublishedPages pages;
     std::vector<FailedScript> failedScripts;
-    std::vector<NativePath> missing;   ///< Referenced files that are missing or unreadable.
-    std::vector<Finding> unfinished;   ///< What the module left undone without saying so.
+    std::vector<NativePath> missing;  ///< Referenced files that are missing or unreadable.
+    std::vector<Finding> unfinished;  ///< What the module left undone without saying so.
 };
 
 /// The folder must have been taken for this run. Throws Stop if the module sends no reply.

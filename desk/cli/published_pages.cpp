@@ -110,8 +110,8 @@ std::vector<fs::path> PagesAt(const fs::path& place) {
 
 void InspectPages(const NativePath& place, PublishedPages& found) {
     for (const fs::path& page : PagesAt(ToFilesystem(place))) {
-        ++found.pages;
-        InspectPage(ReadPage(page), FromFilesystem(page), found);
+        found.files.push_back(FromFilesystem(page));
+        InspectPage(ReadPage(page), found.files.back(), found);
     }
 }
 

@@ -1,5 +1,3 @@
-#include <nlohmann/json.hpp>
-
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
@@ -8,12 +6,11 @@
 
 namespace ventrix::desk {
 
-int Request(const Options& options, const Screen& screen) {
-    const auto session = StartSession(options.common, screen);
+int Request(const Options& options, const Screen& screen, RunReport& report) {
+    const auto session = StartSession(options.common, screen, report);
     const Reply reply = Send(*session, FillDocumentId(options.requestText, session->documentId));
-    if (screen.Json()) {
-        PrintObject({{"status", reply.status}, {"first", reply.first}, {"second", reply.second}});
-    }
+    report.status = reply.status;
+    report.reply = {reply.first, reply.second};
     screen.Result("status: " + std::to_string(reply.status));
     screen.Result("first:  " + reply.first);
     screen.Result("second: " + reply.second);

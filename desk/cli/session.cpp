@@ -89,8 +89,8 @@ void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, cons
 
 /// Reports when the module reads the path of the document.
 void Watch(const Session& session, const std::string& call) {
-    const std::string read = "ReadStringProp " + std::to_string(session.documentId) + " " +
-                             std::to_string(kDocumentPathProperty);
+    const std::string read =
+        "ReadStringProp " + std::to_string(session.documentId) + " " + std::to_string(kDocumentPathProperty);
     if (session.documentPathAsked && call == read) {
         session.documentPathAsked();
     }
@@ -112,14 +112,14 @@ std::vector<NativePath> LocalFiles(const DocumentFiles& files) {
     return local;
 }
 
-std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen) {
+std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen, RunReport& report) {
     auto session = std::make_unique<Session>();
     RequireFile("--catalog", {options.catalog});
     SetDrives(options.drives);
     session->document = AbsolutePath({options.document});
     session->files = ReadDocument(session->document);
     for (const ListingRemark& remark : session->files.remarks) {
-        screen.Warning(remark.what + ": " + remark.reason);
+        Warn(report, screen, {{}, 0, "reference-left-out", remark.what + ": " + remark.reason});
     }
     const Installation installation = FindInstallation();
     Session* open = session.get();

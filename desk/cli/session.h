@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "desk/cli/options.h"
+#include "desk/cli/run_report.h"
 #include "desk/cli/screen.h"
 #include "desk/host/desk_host.h"
 
@@ -16,8 +17,8 @@ namespace ventrix::desk {
 struct Session {
     NativePath document;  ///< Absolute.
     std::uint32_t documentId = 0;
-    DocumentFiles files;          ///< The document, then the files that it refers to.
-    TransformationRecord record;  ///< What the clients report about the transformation.
+    DocumentFiles files;                      ///< The document, then the files that it refers to.
+    TransformationRecord record;              ///< What the clients report about the transformation.
     std::function<void()> documentPathAsked;  ///< The module reads the document's path; may be empty.
     std::function<void(const std::string& client)> clientCalled;  ///< For progress; may be empty.
     std::unique_ptr<DeskHost> host;
@@ -29,9 +30,9 @@ std::string ToolkitName(const std::string& option);
 /// Returns the document's files, without web addresses.
 std::vector<NativePath> LocalFiles(const DocumentFiles& files);
 
-/// Reads the document and starts the host. Warns about references that were left out. Throws Stop if the
-/// document cannot be read or the host cannot start.
-std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen);
+/// Reads the document and starts the host. Adds a warning to the report for each reference that was left out.
+/// Throws Stop if the document cannot be read or the host cannot start.
+std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen, RunReport& report);
 
 /// The three values of the module's reply.
 struct Reply {

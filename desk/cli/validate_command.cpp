@@ -1,40 +1,14 @@
-#include <unistd.h>
-
-#include <filesystem>
-#include <nlohmann/json.hpp>
-
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/path_options.h"
+#include "desk/cli/private_log.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
 
 namespace ventrix::desk {
 namespace {
-
-/// The module reports its findings only in a log, so without --log a run writes one to a temporary file.
-class TemporaryLog {
-  public:
-    TemporaryLog() {
-        const NativePath folder = FromFilesystem(std::filesystem::temp_directory_path());
-        path_ = {folder.utf8 + "/ventrix-log-XXXXXX"};
-        const int file = mkstemp(path_.utf8.data());
-        if (file < 0) {
-            throw Stop{kExitNoModule, "cannot create a temporary file in " + folder.utf8};
-        }
-        close(file);
-    }
-    ~TemporaryLog() { unlink(path_.utf8.c_str()); }
-    TemporaryLog(const TemporaryLog&) = delete;
-    TemporaryLog& operator=(const TemporaryLog&) = delete;
-
-    const NativePath& Path() const { return path_; }
-
-  private:
-    NativePath path_;
-};
 
 void ShowSection(const Screen& screen, const char* title, const std::vector<NativePath>& paths) {
     if (paths.empty()) {
@@ -71,30 +45,30 @@ void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
 
 }  // namespace
 
-int Validate(const Options& options, const Screen& screen) {
-    const auto session = StartSession(options.common, screen);
-    std::optional<TemporaryLog> temporary;
-    NativePath logName = AbsolutePath({options.common.log});
-    if (logName.Empty()) {
-        logName = temporary.emplace().Path();
-    }
-    RequireLog(logName, LocalFiles(session->files));
-    const std::uint64_t before = LogSize(logName);
-    const Reply reply = Send(*session, ValidateRequest(session->documentId, RequireSystemPath(logName)));
+int Validate(const Options& options, const Screen& screen, RunReport& report) {
+    const auto session = StartSession(options.common, screen, report);
+    const NativePath userLog = AbsolutePath({options.common.log});
+    RequireLog(userLog, LocalFiles(session->files));
+    PrivateLog privateLog;
+    const Reply reply =
+        Send(*session, ValidateRequest(session->documentId, RequireSystemPath(privateLog.Path())));
     if (reply.status < 0) {
         throw Stop{kExitRefused, "the module refused the request"};
     }
     if (reply.status == kValidateWithoutLog) {
-        throw Stop{kExitRefused, "the log cannot be written: " + logName.utf8};
+        throw Stop{kExitRefused, "the module could not write its log"};
     }
-    const RunLog log = ReadRunLog(LogFrom(logName, before));
-    if (screen.Json()) {
-        PrintObject(
-            {{"mask", reply.status}, {"valid", log.valid}, {"broken", log.broken}, {"unsaved", log.unsaved}});
-    } else {
-        Show(screen, log, reply.status);
+    const RunLog log = ReadRunLog(privateLog.Text());
+    if (const std::string problem = privateLog.AppendTo(userLog); !problem.empty()) {
+        Warn(report, screen, {{}, 0, "log", problem});
     }
-    return reply.status == 0 && session->files.remarks.empty() ? kExitDone : kExitFindings;
+    report.status = reply.status;
+    report.log = userLog;
+    report.valid = log.valid;
+    report.missing = log.broken;
+    report.unsaved = log.unsaved;
+    Show(screen, log, reply.status);
+    return reply.status == 0 && report.warnings.empty() ? kExitDone : kExitFindings;
 }
 
 }  // namespace ventrix::desk

@@ -1,0 +1,78 @@
+#include "desk/cli/run_report.h"
+
+#include <nlohmann/json.hpp>
+
+namespace ventrix::desk {
+namespace {
+
+using nlohmann::json;
+
+constexpr int kSchema = 1;
+
+json TextOrNull(const std::string& text) {
+    return text.empty() ? json() : json(text);
+}
+
+json PathOrNull(const NativePath& path) {
+    return TextOrNull(path.utf8);
+}
+
+template <typename Item, typename Convert>
+json List(const std::vector<Item>& items, Convert convert) {
+    json list = json::array();
+    for (const Item& item : items) {
+        list.push_back(convert(item));
+    }
+    return list;
+}
+
+json PageAsJson(const ReportedPage& page) {
+    return {{"page", page.page}, {"source", PathOrNull(page.source)}};
+}
+
+json FindingAsJson(const Finding& finding) {
+    return {{"file", PathOrNull(finding.file)},
+            {"line", finding.line > 0 ? json(finding.line) : json()},
+            {"code", finding.code},
+            {"text", finding.text}};
+}
+
+json FailedAsJson(const FailedFile& failed) {
+    return {{"file", failed.file}, {"reason", failed.reason}};
+}
+
+json ReplyAsJson(const ReplyStrings& reply) {
+    return {{"first", reply.first}, {"second", reply.second}};
+}
+
+}  // namespace
+
+void Warn(RunReport& report, const Screen& screen, const Finding& finding) {
+    std::string place = finding.file.utf8;
+    if (finding.line > 0) {
+        place += ':' + std::to_string(finding.line);
+    }
+    screen.Warning(place.empty() ? finding.text : place + ": " + finding.text);
+    report.warnings.push_back(finding);
+}
+
+void PrintReport(const RunReport& report) {
+    PrintObject({{"schema", kSchema},
+                 {"exitStatus", report.exitStatus},
+                 {"error", TextOrNull(report.error)},
+                 {"status", report.status ? json(*report.status) : json()},
+                 {"resultFolder", PathOrNull(report.resultFolder)},
+                 {"startPage", PathOrNull(report.startPage)},
+                 {"buildLog", PathOrNull(report.buildLog)},
+                 {"log", PathOrNull(report.log)},
+                 {"toolkit", TextOrNull(report.toolkit)},
+                 {"pages", List(report.pages, PageAsJson)},
+                 {"warnings", List(report.warnings, FindingAsJson)},
+                 {"failed", List(report.failed, FailedAsJson)},
+                 {"missing", report.missing},
+                 {"valid", report.valid},
+                 {"unsaved", report.unsaved},
+                 {"reply", report.reply ? ReplyAsJson(*report.reply) : json()}});
+}
+
+}  // namespace ventrix::desk

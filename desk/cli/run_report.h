@@ -1,0 +1,48 @@
+// What a run of the command line reports, whatever its outcome: the contents of the object that --json
+// prints, which docs/json.md describes. A command fills the report as far as it gets; main adds how the run
+// ended and prints it. Paths are absolute; an empty one becomes null. Strings are UTF-8.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "desk/checks/finding.h"
+#include "desk/cli/run_log.h"
+#include "desk/cli/screen.h"
+#include "desk/paths/paths.h"
+
+namespace ventrix::desk {
+
+struct ReportedPage {
+    NativePath page;
+    NativePath source;  ///< Empty if nothing tells it.
+};
+
+/// The two strings of the module's reply, as they came.
+struct ReplyStrings {
+    std::string first, second;
+};
+
+struct RunReport {
+    int exitStatus = 0;
+    std::string error;                   ///< Why the run failed; empty if it did not.
+    std::optional<std::int32_t> status;  ///< The module's; nothing if it was not asked.
+    NativePath resultFolder, startPage, buildLog, log;
+    std::string toolkit;  ///< What transformed the document; empty if nothing did.
+    std::vector<ReportedPage> pages;
+    std::vector<Finding> warnings;
+    std::vector<FailedFile> failed;          ///< Files that the module could not load.
+    std::vector<NativePath> missing;         ///< Referenced files that are missing or unreadable.
+    std::vector<NativePath> valid, unsaved;  ///< From a Validate.
+    std::optional<ReplyStrings> reply;       ///< From a request that was given as text.
+};
+
+/// Adds a warning to the report and prints it as "FILE:LINE: TEXT", without what is unknown.
+void Warn(RunReport& report, const Screen& screen, const Finding& finding);
+
+/// Prints the report as a JSON object.
+void PrintReport(const RunReport& report);
+
+}  // namespace ventrix::desk
