@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "desk/cli/exit_status.h"
+#include "desk/cli/option_checks.h"
+#include "desk/cli/spelling.h"
 
 namespace ventrix::desk {
 namespace {
@@ -23,8 +25,9 @@ Exit status:
   0  success                             5  the output folder cannot be used
   1  completed, with findings            6  the transformation failed or wrote no pages
   2  invalid usage                       7  the host or the module could not start
-  3  the document cannot be read       130  interrupted
-  4  the module refused the request, or packaging failed
+  3  the document cannot be read       128  plus the number of the signal that ended the run,
+  4  the module refused the request,        for example 130 after Ctrl-C
+     or packaging failed
 
 Results are printed to standard output, all other messages to standard error.)";
 
@@ -101,8 +104,9 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         ->type_name("NAME");
     command
         .add_option("--preserve-xpath", publish.preserveXpath,
-                    "XPath queries to record on the first text node of each element that they select")
-        ->type_name("QUERY,...")
+                    "XPath query to record on the first text node of each element that it selects; may be "
+                    "repeated")
+        ->type_name("QUERY")
         ->allow_extra_args(false);
     command
         .add_option("--preserve-xpath-attr", publish.preserveXpathAttr,
@@ -116,6 +120,10 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
 constexpr char kRequestText[] = "TEXT";
 constexpr char kHint[] = "; see --help";
 
+std::string Suggestion(const std::string& meant) {
+    return "; did you mean '" + meant + "'? See --help";
+}
+
 void RequireCommand(int argc, char** argv, const CLI::App& app) {
     if (argc < 2) {
         throw Stop{kExitUsage,
@@ -126,8 +134,36 @@ void RequireCommand(int argc, char** argv, const CLI::App& app) {
     const bool known =
         std::ranges::any_of(all, [&](const CLI::App* command) { return command->get_name() == word; });
     if (!word.starts_with('-') && !known) {
+        const std::string meant = MeantWord(word, {"publish", "validate", "request"});
         throw Stop{kExitUsage,
-                   "unknown command '" + word + "' (expected publish, validate or request)" + kHint};
+                   "unknown command '" + word + '\'' +
+                       (meant.empty() ? std::string(" (expected publish, validate or request)") + kHint
+                                      : Suggestion(meant))};
+    }
+}
+
+std::vector<std::string> OptionNames(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
+/// Reported before anything else that is wrong: a misspelled option often is the one that seems to be
+/// missing.
+void RefuseUnknownOption(const CLI::App& app) {
+    for (const std::string& word : app.remaining(true)) {
+        if (!word.starts_with('-')) {
+            continue;
+        }
+        const std::string name = word.substr(0, word.find('='));
+        const auto commands = app.get_subcommands();
+        const std::string meant = MeantWord(name, OptionNames(commands.empty() ? app : *commands.front()));
+        throw Stop{kExitUsage,
+                   "unknown option '" + name + '\'' + (meant.empty() ? kHint : Suggestion(meant))};
     }
 }
 
@@ -182,6 +218,7 @@ bool ReadOptions(int argc, char** argv, Options& options) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) {
+            RefuseUnknownOption(app);
             throw Stop{kExitUsage, std::string(error.what()) + kHint};
         }
         app.exit(error);
@@ -189,6 +226,7 @@ bool ReadOptions(int argc, char** argv, Options& options) {
     }
     RefuseEmptyValues(*app.get_subcommands().front());
     options.command = *publish ? Command::kPublish : *validate ? Command::kValidate : Command::kRequest;
+    CheckPublishOptions(options.publish);
     return true;
 }
 

@@ -5,6 +5,7 @@
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
+#include "desk/cli/option_checks.h"
 #include "desk/cli/path_options.h"
 #include "desk/toolkit/ditaval.h"
 #include "desk/toolkit/installed_toolkit.h"
@@ -13,16 +14,11 @@
 namespace ventrix::desk {
 namespace {
 
-/// A post-script alone stands in for a transformation; a pre-script prepares one.
 bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
-    if (publish.noTransform && publish.preScript.empty() && publish.postScript.empty()) {
-        throw Stop{kExitUsage, "--no-transform: there is nothing to run; add --pre-script or --post-script"};
+    if (!AsksForDitaTransformation(publish)) {
+        return false;
     }
-    const bool onlyPostScript = !publish.postScript.empty() && publish.preScript.empty();
-    if (publish.ditaOt || publish.noTransform || !publish.xslt.empty() || onlyPostScript) {
-        return publish.ditaOt;
-    }
-    if (!session.files.dita) {
+    if (!publish.ditaOt && !session.files.dita) {
         throw Stop{kExitUsage, session.document.utf8 +
                                    " is not a DITA document; choose --xslt, --post-script or --no-transform"};
     }

@@ -1,5 +1,8 @@
 #include "desk/cli/request_text.h"
 
+#include <algorithm>
+#include <cctype>
+
 #include "bridge/contract/request.h"
 #include "desk/cli/exit_status.h"
 
@@ -88,6 +91,16 @@ std::string ValidateRequest(std::uint32_t documentId, const SystemPath& log) {
     RequestWriter request(kValidateCommand, documentId);
     request.Path(kLogFileOption, "--log", log);
     return std::move(request).Text();
+}
+
+bool IsRequest(std::string_view text, std::string_view command) {
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    const bool quoted = text.starts_with('"') || text.starts_with('\'');
+    const char end = quoted ? text.front() : ' ';
+    text.remove_prefix(quoted ? 1 : 0);
+    return std::ranges::equal(text.substr(0, text.find(end)), command, [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+    });
 }
 
 std::string FillDocumentId(std::string text, std::uint32_t documentId) {

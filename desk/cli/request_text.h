@@ -1,7 +1,9 @@
 // Composes the text of a request from the options of the command line.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "desk/cli/options.h"
 #include "desk/paths/paths.h"
@@ -22,6 +24,10 @@ std::string PublishRequest(const PublishValues& values, const PublishOptions& op
 
 /// Returns the text of a Validate request. Throws Stop as PublishRequest does.
 std::string ValidateRequest(std::uint32_t documentId, const SystemPath& log);
+
+/// True if a request begins with this command, as the module reads it: in or without quotes, whatever its
+/// case.
+bool IsRequest(std::string_view text, std::string_view command);
 
 /// Replaces each "{docId}" by the id.
 std::string FillDocumentId(std::string text, std::uint32_t documentId);

@@ -75,14 +75,16 @@ void AddClients(Session& session, const CommonOptions& options, const NativePath
     session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }
 
-void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, const Screen& screen) {
+void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, const Screen& screen,
+                 RunReport& report) {
     for (const std::string& file : unsaved) {
         const NativePath path = AbsolutePath({file});
         RequireSystemPath(path);
         session.host->FlagUnsaved(path);
         if (std::ranges::none_of(session.files.files,
                                  [&](const DocumentFile& listed) { return listed.path == path; })) {
-            screen.Warning("--unsaved " + file + ": the document does not refer to this file");
+            Warn(report, screen,
+                 {path, 0, "unsaved-not-referenced", "--unsaved: the document does not refer to this file"});
         }
     }
 }
@@ -137,7 +139,7 @@ std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen
         throw Stop{kExitNoModule, problem};
     }
     session->documentId = session->host->AddDocument(RequireSystemPath(session->document), session->files);
-    FlagUnsaved(*session, options.unsaved, screen);
+    FlagUnsaved(*session, options.unsaved, screen, report);
     return session;
 }
 

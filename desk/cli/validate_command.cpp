@@ -37,9 +37,6 @@ void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
     ShowSection(screen, "valid", log.valid);
     ShowSection(screen, "missing or unreadable", log.broken);
     ShowSection(screen, "unsaved", log.unsaved);
-    if (log.graphicsOnOtherDrive) {
-        screen.Warning("some graphics are on a different drive from the document and would not be packaged");
-    }
     screen.Result(Summary(mask));
 }
 
@@ -67,6 +64,11 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
     report.valid = log.valid;
     report.missing = log.broken;
     report.unsaved = log.unsaved;
+    if (log.graphicsOnOtherDrive) {
+        Warn(report, screen,
+             {session->document, 0, "graphics-on-other-drive",
+              "some graphics are on a different drive from the document and would not be packaged"});
+    }
     Show(screen, log, reply.status);
     return reply.status == 0 && report.warnings.empty() ? kExitDone : kExitFindings;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/drives.h"
+#include "platform/file_identity.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 
@@ -46,6 +48,10 @@ void ClearSubfolder(const Path& subfolder, bool isLink, bool keepFiles) {
 
 bool FileReadable(const Path& path) {
     return platform::OpensForReading(path);
+}
+
+bool LiesIn(const Path& path, const Path& folder) {
+    return platform::LiesIn(platform::ToNative(path), platform::ToNative(folder));
 }
 
 bool IsFolder(const Path& path) {

@@ -35,10 +35,6 @@ FileList ChoosePackage(const ReferencePaths& paths, ReportLog& log) {
     return package;
 }
 
-bool IsBelow(const Path& path, const Path& folder) {
-    return Q_StrIEqual(path.substr(0, folder.size()).c_str(), folder.c_str());
-}
-
 bool ContainsPath(const FileList& list, const Path& path) {
     return std::any_of(list.begin(), list.end(),
                        [&path](const Path& element) { return Q_StrIEqual(element.c_str(), path.c_str()); });
@@ -53,7 +49,7 @@ FileList FindUnsafePaths(const FileList& package, const Path& commonFolder, cons
         return {document};
     }
     FileList inside = package;
-    inside.remove_if([&outputFolder](const Path& path) { return !IsBelow(path, outputFolder); });
+    inside.remove_if([&outputFolder](const Path& path) { return !LiesIn(path, outputFolder); });
     return inside;
 }
 
@@ -92,7 +88,7 @@ int PackageFiles(std::uint32_t documentId, Path outputFolder, Path logFile, File
     }
     ClearFolder(outputFolder, false);
     CopyPackage(package, commonFolder, outputFolder, packagedFiles);
-    // The contract has this question after the last copy, where a host can look at the complete package.
+    // Read where the contract has it, after the last copy: a host may take it as the end of packaging.
     packagedDocument = DocumentPath(documentId);
     ReplaceFirst(packagedDocument, commonFolder, outputFolder);
     return kPackageBuilt;

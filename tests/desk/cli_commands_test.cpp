@@ -78,10 +78,12 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
     };
     const Row rows[] = {
         {{}, 2, "", "error: missing command (expected publish, validate or request); see --help"},
-        {{"publsh"},
+        {{"publsh"}, 2, "", "error: unknown command 'publsh'; did you mean 'publish'? See --help"},
+        {{"frob"},
          2,
          "",
-         "error: unknown command 'publsh' (expected publish, validate or request); see --help"},
+         "error: unknown command 'frob' (expected publish, validate or request); see --help"},
+        {{"publish", "--outptu", "out"}, 2, "", "unknown option '--outptu'; did you mean '--output'?"},
         {{"publish"}, 2, "", "DOCUMENT is required"},
         {{"publish", "src/a.dita"}, 2, "", "--output is required"},
         {{"publish", "", "-o", "out"}, 2, "", "DOCUMENT: the value is empty"},
@@ -96,7 +98,7 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         {with({"--catalog", "none"}), 2, "", "--catalog: none"},
         {with({"--post-script", "page.xsl"}), 2, "", "page.xsl is not executable"},
         {with({"--attributes", ""}), 2, "", "--attributes: the value is empty"},
-        {with({"--attributes", "a'b\"c"}), 2, "", "--attributes: a value cannot contain both"},
+        {with({"--out-file", "a'b\"c"}), 2, "", "--out-file: a value cannot contain both"},
         {with({"--elements", tooLong}), 2, "",
          "--elements: the value is too long (1024 bytes; the limit is 1023)"},
         {with({"--log", "full"}), 2, "", "is a folder"},
@@ -139,7 +141,7 @@ TEST_F(CommandLine, UnreadableDocumentsAreReported) {
 
 TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
     const Row rows[] = {
-        {{"--help"}, 0, "130  interrupted", ""},
+        {{"--help"}, 0, "128  plus the number of the signal", ""},
         {{"publish", "--help"}, 0, "--scoped-attributes", ""},
         {{"--version"}, 0, "ventrix 1.0.0.1\n", ""},
     };
@@ -156,11 +158,13 @@ TEST_F(CommandLine, RequestPrintsTheReply) {
         return std::vector<std::string>{"request", "--document", document, text};
     };
     const Row rows[] = {
-        {request("src/plain.xml", ""), 4, "status: -43\nfirst:  \nsecond: \n", ""},
-        {request("src/plain.xml", "Foo"), 4, "status: -43\n", ""},
-        {request("src/plain.xml", "Validate -docId {docId}"), 1, "status: 16\n", ""},
-        {request("src/plain.xml", "Publish -docId {docId} -useDITAOT -outputFolder x\\"), 0,
-         "status: 0\nfirst:  \nsecond: \n", ""},
+        {request("src/plain.xml", ""), 4, "status: -43\nfirst:  \nsecond: \n", "the module refused"},
+        {request("src/plain.xml", "Foo"), 4, "status: -43\n", "the module refused"},
+        {request("src/plain.xml", "Validate -docId {docId}"), 4, "status: 16\n", "could not write its log"},
+        {request("src/plain.xml", "Publish -docId {docId} -useDITAOT -outputFolder x\\"), 4,
+         "status: 0\nfirst:  \nsecond: \n", "packaging failed"},
+        {request("src/plain.xml", "Publish -docId {docId} -useXSLT none -outputFolder " + out + log), 6,
+         "first:  " + out, "the transformation failed: "},
         {request("src/plain.xml", "Publish -docId {docId} -usePreScript none -outputFolder " + out + log), 0,
          "first:  " + out, "CreateProcess failed (2)"},
         {request("src/plain.xml", "VALIDATE -DOCID {docId}" + log), 0, "status: 0\n", ""},
@@ -169,8 +173,6 @@ TEST_F(CommandLine, RequestPrintsTheReply) {
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
     }
-    const Finished asObject = Run({"request", "--json", "--document", "src/plain.xml", "Foo"});
-    EXPECT_EQ(json::parse(asObject.out), json({{"status", -43}, {"first", ""}, {"second", ""}}));
 }
 
 TEST_F(CommandLine, ValidatePrintsFileListsAndMask) {
@@ -186,14 +188,9 @@ TEST_F(CommandLine, ValidatePrintsFileListsAndMask) {
                                 folder.Native("src/a.dita") +
                                 "\nfiles are missing or unreadable; files have unsaved changes (mask 3)\n");
     EXPECT_NE(finished.error.find("a%01b.png: the name contains a control character"), std::string::npos);
-    EXPECT_NE(finished.error.find("--unsaved stray: the document does not refer to this file"),
+    EXPECT_NE(finished.error.find(folder.Native("stray") + ": --unsaved: the document does not"),
               std::string::npos);
 
-    const json object = json::parse(Run({"validate", "--json", "refs.dita"}).out);
-    EXPECT_EQ(object, json({{"mask", 1},
-                            {"valid", {document, folder.Native("src/a.dita")}},
-                            {"broken", {folder.Native("none.png")}},
-                            {"unsaved", json::array()}}));
     const Finished clean = Run({"validate", "src/a.dita", "--log", "kept.log"});
     EXPECT_EQ(clean.status, 0) << clean.error;
     EXPECT_NE(folder.Read("kept.log").find("a.dita\r\n"), std::string::npos);
@@ -214,7 +211,7 @@ TEST_F(CommandLine, FilesOnSeveralDrivesCannotBePackaged) {
     const Row rows[] = {
         {on({"validate", "c/map.ditamap"}), 1, "are on several drives and cannot be packaged (mask 8)", ""},
         {on({"publish", "c/map.ditamap", "-o", "out"}), 4, "", "are on several drives"},
-        {on({"validate", "c/graphic.dita"}), 0, "can be published", "would not be packaged"},
+        {on({"validate", "c/graphic.dita"}), 1, "can be published", "would not be packaged"},
         {on({"publish", "c/graphic.dita", "-o", "other"}), 1, "result: ", "were not packaged"},
         {{"validate", "c/map.ditamap"},
          1,
@@ -271,16 +268,6 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
                                 "buildlog-xhtml.txt\nlog:       " + folder.Native("new/out.log") + "\n");
     const std::string page = folder.Read(build + "xhtml/a.html");
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
-
-    const Finished again = Run({"publish", "src/a.dita", "-o", "new/out", "--json", "--log", "other.log"});
-    EXPECT_EQ(json::parse(again.out), json({{"status", 0},
-                                            {"resultFolder", build + "xhtml/"},
-                                            {"buildLog", build + "buildlog-xhtml.txt"},
-                                            {"log", folder.Native("other.log")},
-                                            {"failed", json::array()},
-                                            {"missing", json::array()},
-                                            {"markedValues", 0}}));
-    EXPECT_EQ(again.error, "");
 }
 
 TEST_F(CommandLine, PublishReportsFindings) {

@@ -45,6 +45,15 @@ TEST(RequestText, RejectsValuesThatARequestCannotExpress) {
     EXPECT_EQ(FillDocumentId("{docId} -docId {docId}x", 12), "12 -docId 12x");
 }
 
+TEST(RequestText, CommandIsReadAsTheModuleReadsIt) {
+    for (const char* text : {"Publish -docId 1", "  PUBLISH", "'publish'-docId 1", "\"Publish\" x"}) {
+        EXPECT_TRUE(IsRequest(text, "Publish")) << text;
+    }
+    for (const char* text : {"", "Validate Publish", "Publisher", "'Publish -docId 1", "\tPublish"}) {
+        EXPECT_FALSE(IsRequest(text, "Publish")) << text;
+    }
+}
+
 TEST(RunLogTest, ParsesSectionsWarningsAndFailures) {
     const RunLog log = ReadRunLog(
         "Es wird versucht, alle Dateien zu verpacken, auf die verwiesen wird...\r\n\r\n"
@@ -87,7 +96,7 @@ TEST(PublishedPagesTest, CountsMarkerTextInTextNodesAndAttributeValues) {
     folder.Write("c.txt", "<p title='QL_ELEM_S'>");
     PublishedPages pages;
     InspectPages({folder.Native()}, pages);
-    EXPECT_EQ(pages.pages, 2U);
+    EXPECT_EQ(pages.files.size(), 2U);
     EXPECT_EQ(pages.markedValues, 2U);
     EXPECT_EQ(pages.firstMarkedValue, folder.Native("a.html") + ": <meta content>");
     EXPECT_EQ(pages.markedTexts, 1U);

@@ -61,14 +61,18 @@ Lines DitaRun(const std::string& input, const std::string& ditaval) {
 }
 
 Lines DitaCalls(const std::string& document, const std::string& options, const std::string& reply) {
-    return {"ListDocumentFiles 7 16 0", "ReadStringProp 0 7 20",
-            "OpenDocument " + document, "InvokeClient Dita OT: Save -docId 4711 -transtype xhtml " + options,
-            "CloseDocument 4711 1",     "SendCallReply " + reply};
+    return {"ListDocumentFiles 7 16 0",
+            "ReadStringProp 0 7 20",
+            "ReadStringProp 0 7 20",
+            "OpenDocument " + document,
+            "InvokeClient Dita OT: Save -docId 4711 -transtype xhtml " + options,
+            "CloseDocument 4711 1",
+            "SendCallReply " + reply};
 }
 
 Lines StylesheetCalls(const std::string& document, const std::string& stylesheet, const std::string& output,
                       const std::string& reply) {
-    return {"ListDocumentFiles 7 16 0", "ReadStringProp 0 7 20",
+    return {"ListDocumentFiles 7 16 0", "ReadStringProp 0 7 20", "ReadStringProp 0 7 20",
             "InvokeClient QlXSLT: XSLTRunTrScenario -dontuseqlconsole -file \"" + document +
                 "\" -xslfilepath \"" + stylesheet + "\" -outputfilepath \"" + output + "\"",
             "SendCallReply " + reply};

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include "desk/cli/exit_status.h"
+#include "desk/cli/option_checks.h"
+#include "desk/cli/spelling.h"
+
+namespace ventrix::desk {
+namespace {
+
+/// The message of the refusal; empty if the options are accepted.
+std::string Refusal(const std::vector<std::string>& arguments) {
+    std::vector<std::string> words{"ventrix", "publish", "a.dita", "-o", "out"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    Options options;
+    try {
+        ReadOptions(static_cast<int>(pointers.size()), pointers.data(), options);
+    } catch (const Stop& stop) {
+        EXPECT_EQ(stop.status, kExitUsage);
+        return stop.text;
+    }
+    return {};
+}
+
+TEST(OptionChecks, RefusalsNameTheOptionAndTheValueAndSayWhatToDo) {
+    struct Row {
+        std::vector<std::string> arguments;
+        std::string message;  ///< The beginning of the refusal.
+    };
+    const Row rows[] = {
+        {{"--attributes", "audience, product"},
+         "--attributes: 'audience, product' contains spaces; write 'audience,product'"},
+        {{"--elements", " b\ti "}, "--elements: ' b\ti ' contains spaces; write 'b,i'"},
+        {{"--elements", " "}, "--elements: ' ' is not an XML name; write a name such as"},
+        {{"--source-path", "p,"}, "--source-path: 'p,' contains an empty name; write"},
+        {{"--attributes", "a,1b"}, "--attributes: '1b' is not an XML name; write"},
+        {{"--attributes", "a:b:c"}, "--attributes: 'a:b:c' is not an XML name; write"},
+        {{"--target-attr", "a,b"}, "--target-attr: 'a,b' is not an XML name; write"},
+        {{"--scoped-attributes", "a,b,c"},
+         "--scoped-attributes: 'a,b,c' has 3 names, but each group needs four"},
+        {{"--scoped-attributes", "a,b,c", "--scoped-attributes", "d"}, "--scoped-attributes: 'a,b,c' has 3"},
+        {{"--preserve-xpath", "//a[", "--xpath"},
+         "--preserve-xpath: '//a[' is not an XPath expression (syntax error at character 5); correct"},
+        {{"--preserve-xpath", "//a,//b"},
+         "--preserve-xpath: '//a,//b' contains a comma, at which the module splits"},
+        {{"--xpath-attr", "x"}, "--xpath-attr: 'x' has no effect without --xpath; add it or remove"},
+        {{"--source-path-attr", "x"}, "--source-path-attr: 'x' has no effect without --source-path;"},
+        {{"--preserve-xpath-attr", "x", "--xpath"},
+         "--preserve-xpath-attr: 'x' has no effect without --preserve"},
+        {{"--ditaval", "f", "--xslt", "s"}, "--ditaval: 'f' has no effect without a DITA transformation"},
+        {{"--ditaval", "f", "--post-script", "s"}, "--ditaval: 'f' has no effect without a DITA"},
+        {{"--colour=always"}, "unknown option '--colour'; did you mean '--color'? See --help"},
+        {{"--zzzzz", "x"}, "unknown option '--zzzzz'; see --help"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(Refusal(row.arguments).substr(0, row.message.size()), row.message);
+    }
+}
+
+TEST(OptionChecks, AcceptWhatTheModuleUnderstands) {
+    const std::vector<std::string> rows[] = {
+        {"--attributes", "audience,xml:lang", "--attributes", "größe"},
+        {"--scoped-attributes", "a,b,c,d,e,f,g,h", "--scoped-attributes", "i,j,k,l"},
+        {"--preserve-xpath", "//p[@a='1']/x:y", "--preserve-xpath", "count(//p) > 1", "--preserve-xpath-attr",
+         "q"},
+        {"--xpath", "--xpath-attr", "x", "--source-path", "p", "--source-path-attr", "s"},
+        {"--ditaval", "f", "--pre-script", "a", "--post-script", "b"},
+        {"--ditaval", "f", "--dita-ot", "--post-script", "b"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Refusal(row), "") << row[1];
+    }
+}
+
+TEST(Spelling, FindsTheWordThatWasMeant) {
+    const std::vector<std::string> known{"props", "audience", "product", "platform"};
+    EXPECT_EQ(MeantWord("audiance", known), "audience");
+    EXPECT_EQ(MeantWord("audeince", known), "audience") << "letters that changed places";
+    EXPECT_EQ(MeantWord("odience", known), "audience") << "two letters in a long word";
+    EXPECT_EQ(MeantWord("prop", known), "props");
+    EXPECT_EQ(MeantWord("pops", known), "props");
+    EXPECT_EQ(MeantWord("pop", known), "") << "two letters in a short word";
+    EXPECT_EQ(MeantWord("language", known), "");
+}
+
+}  // namespace
+}  // namespace ventrix::desk
