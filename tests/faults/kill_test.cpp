@@ -27,7 +27,7 @@ class Killing : public testing::TestWithParam<int> {
         const auto start = Clock::now();
         ASSERT_EQ(world_.Publish().status, 0);
         duration_ = std::chrono::duration_cast<microseconds>(Clock::now() - start);
-        ASSERT_EQ(Lines(world_.SettleAndReturn()), "");
+        ASSERT_EQ(Lines(world_.SettleAndReturn({})), "");
     }
 
     Ended PublishAndSignal(int signal, microseconds moment) const {
@@ -70,7 +70,7 @@ TEST_P(Killing, LosesNothingAndTheNextRunWorks) {
         } else {
             EXPECT_EQ(Lines(world_.FaultsAfterPublish(ended)), "") << ended.status << ended.error;
         }
-        EXPECT_EQ(Lines(world_.SettleAndReturn()), "");
+        EXPECT_EQ(Lines(world_.SettleAndReturn(ended)), "");
     }
     EXPECT_GE(count, kMoments / 2) << "too few runs were still going on when the signal came";
 }

@@ -36,13 +36,20 @@ bool IsWholePage(const std::string& page) {
     return last != std::string::npos && page.substr(0, last + 1).ends_with("</html>");
 }
 
-/// The words by which a message can name a page: "first" for xhtml/first.html.
-std::string Stem(const std::string& name) {
-    return fs::path(name).stem().string();
-}
-
 bool Names(const std::string& said, const std::string& word) {
     return said.find(word) != std::string::npos;
+}
+
+/// The word by which a message names a page or its source: "first" for xhtml/first.html.
+std::string Stem(const std::string& name) {
+    const std::string stem = fs::path(name).stem().string();
+    return stem == "index" ? "guide" : stem;
+}
+
+/// Whether the entry is a file of the user, or of an earlier result that could not be recognised, under a
+/// name that a message gives.
+bool IsKept(const std::string& name, const std::string& said) {
+    return (name.ends_with(".kept") || name.ends_with(".edited")) && Names(said, name);
 }
 
 std::string TopicName(int number) {
@@ -68,6 +75,7 @@ Tree TreeOf(const std::string& folder) {
 
 PublishingWorld::PublishingWorld(int topics, std::string place) : topics_(topics), place_(std::move(place)) {
     fs::create_directories(Native("tmp"));
+    WriteProgram("script", "#!/bin/sh\n");
 }
 
 void PublishingWorld::WriteSources(Edition edition) const {
@@ -165,12 +173,16 @@ void PublishingWorld::CheckLeftovers(const std::string& said, std::vector<std::s
     }
     for (const fs::path& path : left) {
         const std::string name = path.filename().string();
-        const bool expected = name == "in" || name == "tmp" || name == "publish.log" || name == "out" ||
-                              path == fs::path(Native(place_)).parent_path();
+        const bool expected = name == "in" || name == "script" || name == "tmp" || name == "publish.log" ||
+                              name == "out" || path == fs::path(Native(place_)).parent_path();
         if (!expected && !Names(said, name)) {
             faults.push_back("left over, and no message names it: " + path.string());
         }
     }
+}
+
+bool PublishingWorld::Holds(const std::string& name, const std::string& content) const {
+    return content == "/" ? fs::is_directory(Native(name)) : Read(name) == content;
 }
 
 /// After exit status 1, what is missing from the result has to be named.
@@ -179,7 +191,7 @@ void PublishingWorld::CheckIncomplete(const std::string& said, std::vector<std::
     bool complete = true, named = false;
     for (const auto& [name, content] : new_) {
         const auto found = output.find(name);
-        if (found != output.end() && found->second == content) {
+        if ((found != output.end() && found->second == content) || kForeign.contains(name)) {
             continue;
         }
         complete = false;
@@ -190,7 +202,7 @@ void PublishingWorld::CheckIncomplete(const std::string& said, std::vector<std::
         }
     }
     for (const auto& [name, content] : output) {
-        if (!new_.contains(name)) {
+        if (!new_.contains(name) && !IsKept(name, said) && !Names(said, name)) {
             faults.push_back("not of the new result: " + name);
         }
     }
@@ -219,7 +231,9 @@ std::vector<std::string> PublishingWorld::FaultsAfterPublish(const Ended& ended)
     }
     for (const auto& [name, content] : kForeign) {
         const auto found = output.find(name);
-        if (found == output.end() || found->second != content) {
+        const std::string aside = place_ + ".out.ventrix-run/earlier";
+        const bool named = Names(said, aside) && Holds(aside + "/" + name, content);
+        if ((found == output.end() || found->second != content) && !named) {
             faults.push_back("lost a file of the user: " + name);
         }
     }
@@ -255,12 +269,8 @@ std::vector<std::string> PublishingWorld::FaultsAfterValidate(const Ended& ended
 std::vector<std::string> PublishingWorld::FaultsAfterKill() const {
     std::vector<std::string> faults;
     for (const auto& [name, content] : kForeign) {
-        const bool present =
-            std::ranges::any_of(std::vector<std::string>{OutputName(), place_ + ".out.ventrix-run/earlier"},
-                                [&, wanted = name, bytes = content](const std::string& folder) {
-                                    return bytes == "/" ? fs::is_directory(Native(folder + "/" + wanted))
-                                                        : Read(folder + "/" + wanted) == bytes;
-                                });
+        const bool present = Holds(OutputName() + "/" + name, content) ||
+                             Holds(place_ + ".out.ventrix-run/earlier/" + name, content);
         if (!present) {
             faults.push_back("lost a file of the user: " + name);
         }
@@ -269,7 +279,7 @@ std::vector<std::string> PublishingWorld::FaultsAfterKill() const {
     return faults;
 }
 
-std::vector<std::string> PublishingWorld::SettleAndReturn() {
+std::vector<std::string> PublishingWorld::SettleAndReturn(const Ended& before) {
     std::vector<std::string> faults;
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(Native("tmp"))) {
@@ -277,11 +287,15 @@ std::vector<std::string> PublishingWorld::SettleAndReturn() {
     }
     WriteSources(Edition::kEarlier);
     const Ended ended = Publish();
-    const std::string difference = Difference(Output(), earlier_);
-    if (ended.status != 0) {
+    Tree output = Output();
+    std::erase_if(output, [&](const auto& entry) { return IsKept(entry.first, before.error + ended.error); });
+    const std::string difference = Difference(output, earlier_);
+    // What the disturbed run could not record counts as the user's, which the next run has to say.
+    const bool kept = output != Output();
+    if (ended.status != 0 && !(ended.status == 1 && kept)) {
         faults.push_back("the next run ends with " + std::to_string(ended.status) + ": " + ended.error);
     } else if (!difference.empty()) {
-        faults.push_back("the next run's result is not whole: " + difference);
+        faults.push_back("the next run's result is not whole: " + difference + "\n" + ended.error);
     }
     WriteSources(Edition::kNew);
     for (const std::string& folder : {std::string(), place_}) {

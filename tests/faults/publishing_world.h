@@ -47,9 +47,15 @@ class PublishingWorld : public TestFolder {
     /// What is wrong after a run that was killed. It may leave anything but a loss.
     std::vector<std::string> FaultsAfterKill() const;
 
-    /// Publishes the earlier edition, without disturbance and without --force, and returns to the start.
-    /// What is wrong, one line each.
-    std::vector<std::string> SettleAndReturn();
+    /// Publishes the earlier edition, without disturbance and without --force, and returns to the start after
+    /// the run `before`. What is wrong, one line each.
+    std::vector<std::string> SettleAndReturn(const Ended& before);
+
+    /// Whether a name of this world is a file with this content, or a folder for "/".
+    bool Holds(const std::string& name, const std::string& content) const;
+
+    /// Whether the output folder has entries that no result has.
+    bool HasKeptEntries() const { return Output() != earlier_; }
 
     std::string OutputName() const { return place_ + "out"; }
 
