@@ -39,6 +39,11 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
         ->type_name("FILE")
         ->allow_extra_args(false);
     command
+        .add_option("--allow-read", common.allowRead,
+                    "Let entities and included text come from this folder, too; may be repeated")
+        ->type_name("FOLDER")
+        ->allow_extra_args(false);
+    command
         .add_option("--drive", common.drives,
                     "Map a drive (C, D ...) or server (\\\\name) to a folder; may be repeated")
         ->type_name("X=FOLDER")

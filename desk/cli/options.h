@@ -16,6 +16,7 @@ struct CommonOptions {
     std::string log;
     std::vector<std::string> unsaved;
     std::vector<std::string> drives;  ///< Each as `X=FOLDER`.
+    std::vector<std::string> allowRead;
     std::string toolkit = "builtin";
     std::string catalog;
     std::string color = "auto";  ///< auto, always or never.

@@ -216,6 +216,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
                           const PrivateLog& log, const Screen& screen) {
     PublishOutcome outcome;
     PackageStates states;
+    session.access.outputFolder = plan.output;
     const RecordedScripts scripts(plan);
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
     outcome.missing = MissingFiles(session);

@@ -47,7 +47,7 @@ void SetDrives(const std::vector<std::string>& drives) {
     platform::SetProcessDrives(platform::ParseDrives(text));
 }
 
-DocumentFiles ReadDocument(const NativePath& document) {
+DocumentFiles ReadDocument(const NativePath& document, const std::vector<NativePath>& allowRead) {
     const fs::path file = ToFilesystem(document);
     const std::string& name = document.utf8;
     std::error_code error;
@@ -61,17 +61,37 @@ DocumentFiles ReadDocument(const NativePath& document) {
     if (const std::string why = WhyUnnameable(document); !why.empty()) {
         throw Stop{kExitUnreadable, name + ": " + why};
     }
-    DocumentFiles files = ListDocumentFiles(document);
-    if (!files.readable) {
+    DocumentFiles files = ListDocumentFiles(document, allowRead);
+    if (files.refused) {
         throw Stop{kExitUnreadable, name + " cannot be read: " + files.reason};
     }
     return files;
 }
 
+std::vector<NativePath> AllowedFolders(const std::vector<std::string>& options) {
+    std::vector<NativePath> folders;
+    for (const std::string& folder : options) {
+        std::error_code error;
+        if (!fs::is_directory(ToFilesystem({folder}), error)) {
+            throw Stop{kExitUsage, "--allow-read: " + folder + " is not a folder"};
+        }
+        folders.push_back(AbsolutePath({folder}));
+    }
+    return folders;
+}
+
+/// An entry that is dropped silently would show only as a file that is not on a mapped drive.
+void WarnAboutDrives(const Screen& screen) {
+    for (const std::string& entry : platform::MalformedProcessDrives()) {
+        screen.Warning("VENTRIX_DRIVES: '" + entry +
+                       "' is ignored; write DRIVE=FOLDER or \\\\SERVER\\=FOLDER with an absolute folder");
+    }
+}
+
 void AddClients(Session& session, const CommonOptions& options, const NativePath& dataFolder) {
-    session.host->AddClient(kDitaOtClient,
-                            MakeDitaOtClient({ToolkitName(options.toolkit), dataFolder}, session.record));
-    session.host->AddClient(kXsltClient, MakeXsltClient(session.record));
+    session.host->AddClient(kDitaOtClient, MakeDitaOtClient({ToolkitName(options.toolkit), dataFolder},
+                                                            session.access, session.record));
+    session.host->AddClient(kXsltClient, MakeXsltClient(session.access, session.record));
     session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }
 
@@ -117,9 +137,11 @@ std::vector<NativePath> LocalFiles(const DocumentFiles& files) {
 std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen, RunReport& report) {
     auto session = std::make_unique<Session>();
     RequireFile("--catalog", {options.catalog});
+    WarnAboutDrives(screen);
     SetDrives(options.drives);
     session->document = AbsolutePath({options.document});
-    session->files = ReadDocument(session->document);
+    session->files = ReadDocument(session->document, AllowedFolders(options.allowRead));
+    session->access.readable = session->files.readable;
     for (const ListingRemark& remark : session->files.remarks) {
         Warn(report, screen, {{}, 0, "reference-left-out", remark.what + ": " + remark.reason});
     }

@@ -18,6 +18,7 @@ struct Session {
     NativePath document;  ///< Absolute.
     std::uint32_t documentId = 0;
     DocumentFiles files;                      ///< The document, then the files that it refers to.
+    FileAccess access;                        ///< What the transformation may read and write.
     TransformationRecord record;              ///< What the clients report about the transformation.
     std::function<void()> documentPathAsked;  ///< The module reads the document's path; may be empty.
     std::function<void(const std::string& client)> clientCalled;  ///< For progress; may be empty.

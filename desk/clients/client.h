@@ -33,6 +33,16 @@ struct HostServices {
 
 using Client = std::function<ClientAnswer(const std::string& command, const HostServices& host)>;
 
+/// Which files the transformations of a run may use. Folders count with all that is below them.
+struct FileAccess {
+    std::vector<NativePath> readable;  ///< Beside the folders of the document and of the stylesheets.
+    NativePath outputFolder;  ///< What a stylesheet may write in; empty for the output file's folder.
+};
+
+/// What an exception of the action says, one line; else what the action returns. The module calls clients and
+/// must not see an exception.
+std::string ReasonOf(const std::function<std::string()>& action);
+
 /// The outcome of a run's transformations, filled in by the clients for the command line.
 struct TransformationRecord {
     int started = 0;               ///< Transformations that a client was asked for.

@@ -7,6 +7,7 @@
 #include "desk/clients/client_command.h"
 #include "desk/toolkit/builtin_toolkit.h"
 #include "desk/toolkit/installed_toolkit.h"
+#include "desk/xml/file_access.h"
 
 namespace ventrix::desk {
 namespace {
@@ -17,19 +18,29 @@ NativePath DocumentOf(const std::string& id, const HostServices& host) {
     return host.documentPath ? ToNative(host.documentPath(number)) : NativePath{};
 }
 
-std::string Run(const DitaOtSettings& settings, const DitaRun& run, const NativePath& logFile) {
+/// The built-in toolkit reads in the folder of the document and in the output folder, where the package is.
+std::string RunBuiltin(const DitaRun& run, const FileAccess& access, const NativePath& stylesheet) {
+    ReadScope scope(access.readable);
+    scope.Add({FolderOf(stylesheet), FolderOf(run.document),
+               access.outputFolder.Empty() ? run.pages : access.outputFolder});
+    const std::string reason = RunBuiltinToolkit(run, stylesheet);
+    return scope.Refusal().empty() ? reason : scope.Refusal();
+}
+
+std::string Run(const DitaOtSettings& settings, const FileAccess& access, const DitaRun& run,
+                const NativePath& logFile) {
     run.log("document " + run.document.utf8);
     if (!run.ditaval.Empty()) {
         run.log("filter " + run.ditaval.utf8);
     }
     const NativePath stylesheet{settings.dataFolder.utf8 + "/dita-to-xhtml.xsl"};
-    return settings.toolkit == "builtin" ? RunBuiltinToolkit(run, stylesheet)
+    return settings.toolkit == "builtin" ? RunBuiltin(run, access, stylesheet)
                                          : RunInstalledToolkit(run, settings.toolkit, logFile);
 }
 
 /// Empty after a success.
-std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& command, const HostServices& host,
-                       TransformationRecord& record) {
+std::string RunWithLog(const DitaOtSettings& settings, const FileAccess& access, const ClientCommand& command,
+                       const HostServices& host, TransformationRecord& record) {
     const NativePath document = DocumentOf(OptionOf(command, "-docId"), host);
     const NativePath output = PathOptionOf(command, "-outFilePath");
     if (document.Empty() || output.Empty()) {
@@ -55,7 +66,7 @@ std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& comm
                       .pages = pages,
                       .log = [&log](const std::string& line) { log << line << std::endl; },
                       .unread = [&record](const std::string& line) { record.unread.insert(line); }};
-    std::string reason = Run(settings, run, record.logFile);
+    std::string reason = Run(settings, access, run, record.logFile);
     if (settings.toolkit != "builtin") {
         record.findings = ToolkitErrors(record.logFile);
     }
@@ -66,10 +77,11 @@ std::string RunWithLog(const DitaOtSettings& settings, const ClientCommand& comm
     return reason;
 }
 
-ClientAnswer RunCommand(const DitaOtSettings& settings, const std::string& text, const HostServices& host,
-                        TransformationRecord& record) {
+ClientAnswer RunCommand(const DitaOtSettings& settings, const FileAccess& access, const std::string& text,
+                        const HostServices& host, TransformationRecord& record) {
     ++record.started;
-    const std::string reason = RunWithLog(settings, ParseClientCommand(text), host, record);
+    const std::string reason =
+        ReasonOf([&] { return RunWithLog(settings, access, ParseClientCommand(text), host, record); });
     if (reason.empty()) {
         return {};
     }
@@ -85,9 +97,10 @@ ClientAnswer RunCommand(const DitaOtSettings& settings, const std::string& text,
 
 }  // namespace
 
-Client MakeDitaOtClient(DitaOtSettings settings, TransformationRecord& record) {
-    return [settings = std::move(settings), &record](const std::string& command, const HostServices& host) {
-        return RunCommand(settings, command, host, record);
+Client MakeDitaOtClient(DitaOtSettings settings, const FileAccess& access, TransformationRecord& record) {
+    return [settings = std::move(settings), &access, &record](const std::string& command,
+                                                              const HostServices& host) {
+        return RunCommand(settings, access, command, host, record);
     };
 }
 

@@ -15,8 +15,8 @@ struct DitaOtSettings {
 /// A client for the command
 ///     Save -docId N -transtype xhtml [-filter "DITAVAL"] -outFilePath "OUT"
 /// with options in any order. The pages go to the folder "xhtml" in OUT and the log to "buildlog-xhtml.txt"
-/// beside it, on failure too. A failure has status 1, and the record, which must outlive the client, gives
-/// the reason.
-Client MakeDitaOtClient(DitaOtSettings settings, TransformationRecord& record);
+/// beside it, on failure too. A failure has status 1, and the record gives the reason. The record and the
+/// file access must outlive the client.
+Client MakeDitaOtClient(DitaOtSettings settings, const FileAccess& access, TransformationRecord& record);
 
 }  // namespace ventrix::desk

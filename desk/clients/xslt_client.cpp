@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "desk/clients/client_command.h"
+#include "desk/xml/file_access.h"
 #include "desk/xml/stylesheet.h"
 
 namespace ventrix::desk {
@@ -26,7 +27,7 @@ XsltRun RunOf(const std::string& commandText) {
 }
 
 /// Empty on success; else the reason, which names the file.
-std::string RunStylesheet(XsltRun& run) {
+std::string RunStylesheet(XsltRun& run, const FileAccess& access) {
     if (run.source.Empty() || run.stylesheet.Empty() || run.output.Empty()) {
         return "the command of QlXSLT needs -file, -xslfilepath and -outputfilepath";
     }
@@ -37,6 +38,10 @@ std::string RunStylesheet(XsltRun& run) {
     if (stylesheet == nullptr) {
         return because("the stylesheet " + run.stylesheet.utf8 + " cannot be used");
     }
+    const NativePath outputFolder = access.outputFolder.Empty() ? FolderOf(run.output) : access.outputFolder;
+    ReadScope scope(access.readable);
+    scope.Add({FolderOf(run.source), outputFolder});
+    scope.Add(FoldersOf(stylesheet.get()));
     const XmlDocument document = LoadForStylesheet(run.source, run.messages);
     if (document == nullptr) {
         return because("the document " + run.source.utf8 + " cannot be read");
@@ -44,8 +49,12 @@ std::string RunStylesheet(XsltRun& run) {
     const Transformed result = Transform({.stylesheet = stylesheet,
                                           .document = document.get(),
                                           .sourcePath = run.source,
-                                          .outputPath = run.output},
+                                          .outputPath = run.output,
+                                          .outputFolder = outputFolder},
                                          run.messages);
+    if (!scope.Refusal().empty()) {
+        return run.source.utf8 + ": " + scope.Refusal();
+    }
     if (!result.done) {
         return because("the stylesheet " + run.stylesheet.utf8 + " failed on " + run.source.utf8);
     }
@@ -73,7 +82,8 @@ void Record(const XsltRun& run, const std::string& reason, TransformationRecord&
     }
 }
 
-ClientAnswer RunCommand(const std::string& command, const HostServices& host, TransformationRecord& record) {
+ClientAnswer RunCommand(const FileAccess& access, const std::string& command, const HostServices& host,
+                        TransformationRecord& record) {
     XsltRun run = RunOf(command);
     run.messages = [&run, &host](const std::string& line) {
         if (run.firstMessage.empty()) {
@@ -83,7 +93,7 @@ ClientAnswer RunCommand(const std::string& command, const HostServices& host, Tr
             host.console(line + "\n");
         }
     };
-    const std::string reason = RunStylesheet(run);
+    const std::string reason = ReasonOf([&] { return RunStylesheet(run, access); });
     Record(run, reason, record);
     if (reason.empty()) {
         return {};
@@ -93,9 +103,9 @@ ClientAnswer RunCommand(const std::string& command, const HostServices& host, Tr
 
 }  // namespace
 
-Client MakeXsltClient(TransformationRecord& record) {
-    return [&record](const std::string& command, const HostServices& host) {
-        return RunCommand(command, host, record);
+Client MakeXsltClient(const FileAccess& access, TransformationRecord& record) {
+    return [&access, &record](const std::string& command, const HostServices& host) {
+        return RunCommand(access, command, host, record);
     };
 }
 

@@ -5,7 +5,9 @@
 #include <unordered_set>
 #include <utility>
 
+#include "desk/documents/document_area.h"
 #include "desk/documents/references.h"
+#include "desk/xml/file_access.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/reference_path.h"
 
@@ -14,9 +16,16 @@ namespace {
 
 /// A document whose references are being visited.
 struct Level {
-    NativePath folder;
+    NativePath file;
     std::vector<Reference> references;
     std::size_t next = 0;
+};
+
+/// A file whose content becomes text of the document.
+struct ConfinedFile {
+    NativePath path;
+    NativePath referrer;
+    int line = 0;
 };
 
 /// The state of a depth-first walk. The levels are an explicit stack, so that a long chain of files does not
@@ -30,6 +39,8 @@ struct Walk {
     std::set<NativePath> opened;
     std::unordered_set<std::string> remarked;
     std::set<std::pair<std::uint64_t, std::uint64_t>> followed;  ///< Identities.
+    std::vector<NativePath> neighbours;                          ///< What defines the document's area.
+    std::vector<ConfinedFile> confined;
 };
 
 const char* KeyOf(const Reference& reference) {
@@ -49,15 +60,25 @@ void Follow(Walk& walk, const NativePath& path) {
         std::filesystem::is_regular_file(ToFilesystem(path), error)) {
         Remark(walk, path.utf8, loaded.reason);
     }
+    if (loaded.beyondLimits && walk.result.reason.empty()) {
+        walk.result.reason = path.utf8 + ": " + loaded.reason;
+    }
     if (loaded.document == nullptr || !walk.followed.insert(loaded.identity).second) {
         return;
     }
-    walk.levels.push_back({FolderOf(path), ReferencesOf(loaded.document.get())});
+    walk.levels.push_back({path, ReferencesOf(loaded.document.get())});
 }
 
-void VisitFile(Walk& walk, const Reference& reference, const NativePath& path) {
-    if (reference.outside || (reference.optional && !std::filesystem::is_regular_file(ToFilesystem(path)))) {
+void VisitFile(Walk& walk, const Reference& reference, const NativePath& path, const NativePath& referrer) {
+    std::error_code error;
+    if (reference.outside ||
+        (reference.optional && !std::filesystem::is_regular_file(ToFilesystem(path), error))) {
         return;
+    }
+    if (reference.confined) {
+        walk.confined.push_back({path, referrer, reference.line});
+    } else if (reference.relative && (reference.follow || reference.graphic)) {
+        walk.neighbours.push_back(path);
     }
     if (!ToSystem(path)) {
         Remark(walk, reference.text, path.utf8 + " is not on a mapped drive; map one with --drive");
@@ -71,14 +92,14 @@ void VisitFile(Walk& walk, const Reference& reference, const NativePath& path) {
     }
 }
 
-void Visit(Walk& walk, const Reference& reference, const NativePath& folder) {
-    const ReferenceTarget target = TargetOf(reference.text, folder);
+void Visit(Walk& walk, const Reference& reference, const NativePath& referrer) {
+    const ReferenceTarget target = TargetOf(reference.text, FolderOf(referrer));
     if (!target.remark.empty() && !reference.outside && !reference.optional) {
         Remark(walk, reference.text, target.remark);
     } else if (!target.url.empty() && walk.listedUrls.insert(target.url).second) {
         walk.result.files.push_back({.key = KeyOf(reference), .path = {}, .url = target.url});
     } else if (!target.path.Empty()) {
-        VisitFile(walk, reference, target.path);
+        VisitFile(walk, reference, target.path, referrer);
     }
 }
 
@@ -91,22 +112,56 @@ void VisitAll(Walk& walk) {
         }
         // Visit may add a level, which invalidates `level`.
         const Reference reference = std::move(level.references[level.next++]);
-        const NativePath folder = level.folder;
-        Visit(walk, reference, folder);
+        const NativePath referrer = level.file;
+        Visit(walk, reference, referrer);
     }
+}
+
+/// Why the text must not come from there; empty if it may.
+std::string WhyOutside(const ConfinedFile& confined, const NativePath& document,
+                       const std::vector<NativePath>& readable) {
+    const bool beside = RealPath(FolderOf(RealPath(confined.path))) == RealPath(FolderOf(document));
+    if (beside || LiesInOneOf(confined.path, readable)) {
+        return {};
+    }
+    return confined.referrer.utf8 +
+           (confined.line > 0 ? ", line " + std::to_string(confined.line) : std::string()) + ": " +
+           OutsideRefusal(confined.path);
+}
+
+void Confine(Walk& walk, const NativePath& document, const std::vector<NativePath>& allowRead) {
+    DocumentFiles& result = walk.result;
+    result.readable = allowRead;
+    if (const NativePath area = AreaOf(document, walk.neighbours); !area.Empty()) {
+        result.readable.push_back(area);
+    }
+    for (const ConfinedFile& confined : walk.confined) {
+        if (result.reason.empty()) {
+            result.reason = WhyOutside(confined, document, result.readable);
+        }
+    }
+    result.refused = !result.reason.empty();
+}
+
+std::string WhyMisread(const NativePath& path) {
+    if (const std::string why = WhyUnnameable(path); !why.empty()) {
+        return why;
+    }
+    if (path.utf8.find(':', FolderOf(path).utf8.size()) != std::string::npos) {
+        return "the name contains a colon, which the module would read as the end of a drive; rename the "
+               "file";
+    }
+    return ToSystem(path) ? std::string() : "the file is not on a mapped drive; map one with --drive";
 }
 
 }  // namespace
 
-DocumentFiles ListDocumentFiles(const NativePath& document) {
+DocumentFiles ListDocumentFiles(const NativePath& document, const std::vector<NativePath>& allowRead) {
     Walk walk;
     std::error_code error;
     const NativePath path =
         NormalPath(FromFilesystem(std::filesystem::absolute(ToFilesystem(document), error)));
-    walk.result.reason = WhyUnnameable(path);
-    if (walk.result.reason.empty() && !ToSystem(path)) {
-        walk.result.reason = "the file is not on a mapped drive; map one with --drive";
-    }
+    walk.result.reason = WhyMisread(path);
     if (!walk.result.reason.empty()) {
         return walk.result;
     }
@@ -115,15 +170,15 @@ DocumentFiles ListDocumentFiles(const NativePath& document) {
     if (!loaded.wellFormed) {
         return walk.result;
     }
-    walk.result.readable = true;
     walk.result.dita = IsDita(loaded.document.get());
     walk.result.files.push_back({.key = "documentType", .path = path, .url = {}});
     walk.listed.insert(path);
     walk.opened.insert(path);
     walk.followed.insert(loaded.identity);
-    walk.levels.push_back({FolderOf(path), ReferencesOf(loaded.document.get())});
+    walk.levels.push_back({path, ReferencesOf(loaded.document.get())});
     loaded.document.reset();
     VisitAll(walk);
+    Confine(walk, path, allowRead);
     return walk.result;
 }
 

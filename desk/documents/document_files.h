@@ -23,10 +23,12 @@ struct ListingRemark {
 };
 
 struct DocumentFiles {
-    std::vector<DocumentFile> files;     ///< The document first, each file once, in document order.
+    std::vector<DocumentFile> files;  ///< The document first, each file once, in document order.
+    /// The folders that the text of the document may come from, with those that the user has allowed.
+    std::vector<NativePath> readable;
     std::vector<ListingRemark> remarks;  ///< In document order.
-    bool readable = false;               ///< False if the document itself is missing or not well-formed.
-    std::string reason;                  ///< Why it is not readable; empty otherwise.
+    bool refused = true;                 ///< The document cannot or must not be processed.
+    std::string reason;                  ///< Why, one line; empty otherwise.
     bool dita = false;                   ///< The document is a DITA map or topic.
 };
 
@@ -35,6 +37,11 @@ struct DocumentFiles {
 /// file is listed; of a file that is not well-formed, the references up to the error and what the parser
 /// recovers are listed too. A local file whose `scope` is external or peer is not part of the document and is
 /// left out. A DTD without a public id is listed if it exists and its path is relative.
-DocumentFiles ListDocumentFiles(const NativePath& document);
+///
+/// The document is refused if it is missing, not well-formed, or has a name that the module would misread; if
+/// it or a file that it refers to exceeds a limit of desk/xml/limits.h; and if an external entity or an
+/// inclusion as text names a file outside of the document's area (document_area.h) and of the folders in
+/// `allowRead`. `files` may then be incomplete.
+DocumentFiles ListDocumentFiles(const NativePath& document, const std::vector<NativePath>& allowRead = {});
 
 }  // namespace ventrix::desk

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "desk/xml/lenient_load.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
@@ -59,12 +60,17 @@ bool IsImage(const xmlNode* element) {
     return Name(element) == "image" || Name(element) == "img" || HasWord(element, "class", "topic/image");
 }
 
+bool IsAbsolute(std::string_view reference) {
+    return reference.starts_with('/') || reference.find(':') != std::string_view::npos;
+}
+
 void Append(std::vector<Reference>& list, Reference reference) {
     if (WithoutFragment(reference.text).empty()) {
         return;
     }
     reference.graphic = reference.graphic || Holds(kGraphicExtensions, Extension(reference.text));
     reference.follow = reference.follow && !reference.graphic;
+    reference.relative = !IsAbsolute(reference.text);
     list.push_back(std::move(reference));
 }
 
@@ -85,7 +91,11 @@ void AppendHref(std::vector<Reference>& list, const xmlNode* element, const std:
 }
 
 void AppendInclude(std::vector<Reference>& list, const xmlNode* element) {
-    Append(list, {.text = Attribute(element, "href"), .follow = Attribute(element, "parse") != "text"});
+    const bool text = Attribute(element, "parse") == "text";
+    Append(list, {.text = Attribute(element, "href"),
+                  .follow = !text,
+                  .confined = text,
+                  .line = static_cast<int>(xmlGetLineNo(element))});
 }
 
 void AppendConref(std::vector<Reference>& list, const std::string& target) {
@@ -143,10 +153,6 @@ void AppendElement(std::vector<Reference>& list, const xmlNode* element) {
     }
 }
 
-bool IsAbsolute(std::string_view reference) {
-    return reference.starts_with('/') || reference.find(':') != std::string_view::npos;
-}
-
 /// A DTD with a public id is found through the catalogs. It is left out, because a copy of it in the package
 /// would lack the modules that it includes.
 void AppendDtdFiles(std::vector<Reference>& list, const xmlDtd* dtd) {
@@ -164,8 +170,11 @@ void AppendDtdFiles(std::vector<Reference>& list, const xmlDtd* dtd) {
         const bool parsed = entity->etype == XML_EXTERNAL_GENERAL_PARSED_ENTITY;
         const bool parameter = entity->etype == XML_EXTERNAL_PARAMETER_ENTITY;
         if ((parsed || parameter) && entity->SystemID != nullptr) {
-            Append(list,
-                   {.text = std::string(View(entity->SystemID)), .follow = parsed, .optional = parameter});
+            Append(list, {.text = std::string(View(entity->SystemID)),
+                          .follow = parsed,
+                          .optional = parameter,
+                          .confined = parsed,
+                          .line = DeclarationLine(*entity)});
         }
     }
 }

@@ -15,6 +15,9 @@ struct Reference {
     bool graphic = false;   ///< An image, by its element or its extension.
     bool follow = false;    ///< The target may refer to further files: a map, a topic, an included XML file.
     bool optional = false;  ///< Left out if the file is missing: a DTD that may come from a catalog.
+    bool confined = false;  ///< Becomes part of the text: an external entity, or a file included as text.
+    bool relative = true;   ///< Begins neither with a scheme or a drive nor with a slash.
+    int line = 0;           ///< Of the referring element; 0 if unknown.
     bool outside = false;   ///< `scope` is external or peer: not part of the document.
 };
 

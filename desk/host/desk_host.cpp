@@ -1,5 +1,6 @@
 #include "desk/host/desk_host.h"
 
+#include <exception>
 #include <fstream>
 #include <map>
 #include <set>
@@ -18,15 +19,26 @@ namespace {
 /// This host's own statuses. A client only distinguishes them from 0.
 constexpr std::int32_t kUnknownClient = 1;
 constexpr std::int32_t kUnknownDocument = 2;
+constexpr std::int32_t kClientFailed = 3;
 
 struct OpenDocument {
     SystemPath path;
     std::optional<DocumentFiles> files;  ///< Read when the client first asks for them.
 };
 
-template <class Method>
-void Offer(HostMethodTables& tables, typename Method::Type* function) {
-    tables[Method::kInterfaceNumber].template Set<Method>(function);
+/// The module is built apart from the host, so that no exception may leave a host method.
+template <auto kMethod, class... Arguments>
+HRESULT WithoutException(Arguments... arguments) {
+    try {
+        return kMethod(arguments...);
+    } catch (const std::exception&) {
+        return E_FAIL;
+    }
+}
+
+template <class Method, auto kFunction>
+void Offer(HostMethodTables& tables) {
+    tables[Method::kInterfaceNumber].template Set<Method>(&WithoutException<kFunction>);
 }
 
 bool CanRead(const SystemPath& path) {
@@ -97,19 +109,19 @@ class DeskHost::Impl {
 const HostMethodTables& DeskHost::Impl::MethodTables() {
     static const HostMethodTables tables = [] {
         HostMethodTables made = HostInterfaces::NewTables();
-        Offer<RegisterClientMethod>(made, &Impl::Register);
-        Offer<WatchNotificationMethod>(made, &Impl::Watch);
-        Offer<InvokeClientMethod>(made, &Impl::InvokeClient);
-        Offer<WriteConsoleMethod>(made, &Impl::WriteConsole);
-        Offer<OpenDocumentMethod>(made, &Impl::Open);
-        Offer<CloseDocumentMethod>(made, &Impl::Close);
-        Offer<ReadStringPropMethod>(made, &Impl::ReadStringProp);
-        Offer<ListDocumentFilesMethod>(made, &Impl::ListFiles);
-        Offer<SetTextModeMethod>(made, &Impl::SetTextMode);
-        Offer<InvokeClientForValuesMethod>(made, &Impl::InvokeClientForValues);
-        Offer<SendCallReplyMethod>(made, &Impl::SendReply);
-        Offer<HostOwnsResultsMethod>(made, &Impl::OwnsResults);
-        Offer<TakeModuleHandleMethod>(made, &Impl::TakeModuleHandle);
+        Offer<RegisterClientMethod, &Impl::Register>(made);
+        Offer<WatchNotificationMethod, &Impl::Watch>(made);
+        Offer<InvokeClientMethod, &Impl::InvokeClient>(made);
+        Offer<WriteConsoleMethod, &Impl::WriteConsole>(made);
+        Offer<OpenDocumentMethod, &Impl::Open>(made);
+        Offer<CloseDocumentMethod, &Impl::Close>(made);
+        Offer<ReadStringPropMethod, &Impl::ReadStringProp>(made);
+        Offer<ListDocumentFilesMethod, &Impl::ListFiles>(made);
+        Offer<SetTextModeMethod, &Impl::SetTextMode>(made);
+        Offer<InvokeClientForValuesMethod, &Impl::InvokeClientForValues>(made);
+        Offer<SendCallReplyMethod, &Impl::SendReply>(made);
+        Offer<HostOwnsResultsMethod, &Impl::OwnsResults>(made);
+        Offer<TakeModuleHandleMethod, &Impl::TakeModuleHandle>(made);
         return made;
     }();
     return tables;
@@ -212,7 +224,17 @@ ClientAnswer DeskHost::Impl::CallClient(const std::string& name, const std::stri
     if (settings.clientCalled) {
         settings.clientCalled(name);
     }
-    return found == clients.end() ? ClientAnswer{kUnknownClient, 0, {}} : found->second(command, Services());
+    if (found == clients.end()) {
+        return {kUnknownClient, 0, {}};
+    }
+    try {
+        return found->second(command, Services());
+    } catch (const std::exception& error) {
+        if (settings.console) {
+            settings.console("the client " + name + " failed: " + error.what() + "\n");
+        }
+        return {kClientFailed, 0, {}};
+    }
 }
 
 HRESULT DeskHost::Impl::InvokeClient(void* self, const char* name, const char* command, std::int32_t* status,

@@ -26,7 +26,7 @@ bool IsTopLevel(const fs::path& output) {
 }
 
 std::string WhyProtected(const fs::path& output) {
-    const std::string reason = "is or holds a home folder or a root; name a folder of its own for the result";
+    const std::string reason = "is or contains a home folder or a root folder; choose a separate folder for the result";
     if (output.filename().empty()) {
         return reason;
     }
@@ -51,19 +51,19 @@ fs::path RealOutput(const fs::path& folder) {
 
 std::string WhyNeverAllowed(const fs::path& output, const std::vector<fs::path>& inputs) {
     if (Exists(output) && !IsFolder(output)) {
-        return "is not a folder; name a folder for the result";
+        return "is not a folder; choose a folder for the result";
     }
     if (std::string reason = WhyProtected(output); !reason.empty()) {
         return reason;
     }
     for (const fs::path& input : inputs) {
         if (!input.empty() && platform::LiesIn(input, output)) {
-            return "holds " + input.string() +
-                   ", which the run reads; name a folder of its own for the result";
+            return "contains " + input.string() +
+                   ", which the run reads; choose a separate folder for the result";
         }
     }
     if (const std::vector<fs::path> mounts = platform::MountPointsBelow(output); !mounts.empty()) {
-        return "holds " + mounts.front().string() +
+        return "contains " + mounts.front().string() +
                ", at which something is mounted; unmount it, or name another folder for the result";
     }
     return {};
@@ -75,13 +75,13 @@ std::string WhyNotOurs(const fs::path& output, const Manifest& manifest, bool fo
         return {};
     }
     if (IsTopLevel(output)) {
-        return "lies at the root of the machine and holds " + foreign->string() +
+        return "is a top-level folder and contains " + foreign->string() +
                ", which no run made; name another folder for the result";
     }
     return force
                ? std::string()
                : "is not empty and was not made by an earlier run; --force publishes into it and keeps what "
-                 "it holds";
+                 "it contains";
 }
 
 std::string WhyNotMovable(const fs::path& output) {
@@ -93,17 +93,17 @@ std::string WhyNotMovable(const fs::path& output) {
         return "is a mount point";
     }
     if (platform::LiesIn(fs::current_path(error), output)) {
-        return "is or holds the current folder";
+        return "is or contains the current folder";
     }
     return platform::IsWritableFolder(output.parent_path()) ? std::string()
-                                                            : "lies in a folder that cannot be written";
+                                                            : "is in a folder that is not writable";
 }
 
 std::string WhyNotUsableInPlace(const fs::path& output, const Manifest& manifest,
                                 const std::string& notMovable) {
     if (const auto foreign = FirstForeign(output, manifest)) {
-        return notMovable + " and holds " + (foreign->empty() ? "files" : foreign->string()) +
-               ", which no run made or somebody edited; name a folder inside it for the result";
+        return notMovable + " and contains " + (foreign->empty() ? "files" : foreign->string()) +
+               ", which no run made or a user edited; choose a folder inside it for the result";
     }
     return platform::IsWritableFolder(output) ? std::string() : "cannot be written";
 }

@@ -33,7 +33,8 @@ NativePath AbsolutePath(const NativePath& path) {
     if (path.Empty()) {
         return path;
     }
-    const fs::path absolute = fs::absolute(ToFilesystem(path));
+    std::error_code error;
+    const fs::path absolute = fs::absolute(ToFilesystem(path), error);
     const NativePath normal = FromFilesystem(absolute.lexically_normal());
     const NativePath real = RealPath(FromFilesystem(absolute));
     // The ".." after a link is the parent of the link's target, not of the link.

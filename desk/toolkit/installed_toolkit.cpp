@@ -31,7 +31,8 @@ Toolkit AntToolkit(const NativePath& folder) {
 }
 
 bool HasBuildFile(const NativePath& folder) {
-    return fs::exists(ToFilesystem(folder) / "build.xml");
+    std::error_code error;
+    return fs::exists(ToFilesystem(folder) / "build.xml", error);
 }
 
 Toolkit ToolkitIn(const NativePath& folder) {
@@ -71,7 +72,8 @@ Toolkit FindToolkit(const std::string& name) {
 /// UTF-16, which contains every half; the output is still written in UTF-8.
 void WriteEncodings(const NativePath& classes) {
     const fs::path package = ToFilesystem(classes) / "org/apache/xml/serializer";
-    fs::create_directories(package);
+    std::error_code error;
+    fs::create_directories(package, error);
     std::ofstream(package / "Encodings.properties")
         << "ASCII ASCII,US-ASCII 0x007F\nISO8859_1 ISO-8859-1 0x00FF\nUTF-16 UTF-8 0x00FFFF\nUnicode UTF-16 "
            "0xFFFF\n";
@@ -84,7 +86,7 @@ void AppendLibraries(std::vector<std::string>& arguments, const NativePath& fold
         libraries.push_back("/usr/share/java/" + std::string(jar) + ".jar");
     }
     for (const std::string& library : libraries) {
-        if (fs::exists(ToFilesystem({library}))) {
+        if (std::error_code error; fs::exists(ToFilesystem({library}), error)) {
             arguments.insert(arguments.end(), {"-lib", library});
         }
     }
@@ -117,8 +119,9 @@ int MoveOutput(const NativePath& from, const NativePath& to, std::string& reason
     std::error_code error;
     int pages = 0;
     fs::create_directories(ToFilesystem(from), error);
-    for (const auto& entry : fs::recursive_directory_iterator(ToFilesystem(from), error)) {
-        const std::string extension = entry.path().extension().string();
+    for (fs::recursive_directory_iterator entry(ToFilesystem(from), error), end; entry != end;
+         entry.increment(error)) {
+        const std::string extension = entry->path().extension().string();
         pages += extension == ".html" || extension == ".htm" ? 1 : 0;
     }
     fs::copy(ToFilesystem(from), ToFilesystem(to),

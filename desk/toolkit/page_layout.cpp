@@ -17,8 +17,9 @@ NativePath CommonFolder(const NativePath& a, const NativePath& b) {
 
 PageLayout LayoutOf(const NativePath& document, const NativePath& outputBase) {
     PageLayout layout{.sourceBase = FolderOf(document), .outputBase = outputBase};
+    std::error_code error;
     for (const DocumentFile& file : ListDocumentFiles(document).files) {
-        if (!file.path.Empty() && std::filesystem::exists(ToFilesystem(file.path))) {
+        if (!file.path.Empty() && std::filesystem::exists(ToFilesystem(file.path), error)) {
             layout.sourceBase = CommonFolder(layout.sourceBase, file.path);
         }
     }

@@ -76,7 +76,8 @@ std::pair<std::string, std::string> TitleAndReference(const ContentsWriter& writ
     }
     const NativePath topicPage = PageOf(writer.layout, target->path);
     const std::string own = TitleOf(item.href, writer.library);
-    if (topicPage.Empty() || !std::filesystem::exists(ToFilesystem(topicPage))) {
+    std::error_code error;
+    if (topicPage.Empty() || !std::filesystem::exists(ToFilesystem(topicPage), error)) {
         return {};
     }
     const std::string anchor = target->topic.empty() ? "" : "#" + target->topic;

@@ -1,16 +1,16 @@
 #include "desk/xml/lenient_load.h"
 
-#include <fcntl.h>
 #include <libxml/SAX2.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 
+#include "desk/xml/file_access.h"
+#include "desk/xml/limits.h"
+#include "desk/xml/parse_budget.h"
 #include "desk/xml/reference_path.h"
 #include "platform/drives.h"
+#include "platform/file_identity.h"
+#include "platform/native_files.h"
 
 namespace ventrix::desk {
 namespace {
@@ -36,7 +36,7 @@ bool IsUndeclaredEntity(const xmlError& error) {
 
 void CollectError(void* context, xmlErrorPtr error) {
     auto* parser = static_cast<xmlParserCtxt*>(context);
-    auto& errors = *static_cast<Errors*>(parser->_private);
+    auto& errors = *static_cast<Errors*>(ParseBudget::Of(parser).data);
     const std::string text = "line " + std::to_string(error->line) + ": " + MessageLine(error->message);
     if (IsUndeclaredEntity(*error)) {
         errors.undeclared.push_back(text);
@@ -61,24 +61,6 @@ class QuietScope {
     void* context_;
 };
 
-class OpenFile {
-  public:
-    explicit OpenFile(const NativePath& path)
-        // Opening a pipe that nobody writes to would block.
-        : descriptor_(open(path.utf8.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-    ~OpenFile() {
-        if (descriptor_ >= 0) {
-            close(descriptor_);
-        }
-    }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-    int Descriptor() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
-
 /// Turns an absolute path in either notation into a URI. A system id should be one already, but people write
 /// plain paths, and the parser would not open one that contains spaces.
 xmlParserInput* ResolveLocally(void* parser, const xmlChar* publicId, const xmlChar* systemId) {
@@ -88,27 +70,54 @@ xmlParserInput* ResolveLocally(void* parser, const xmlChar* publicId, const xmlC
     return xmlSAX2ResolveEntity(parser, publicId, path.Empty() ? systemId : Xml(FileUri(path).c_str()));
 }
 
-void Parse(const OpenFile& file, const NativePath& path, int extraOptions, LenientDocument& result) {
-    const int options =
-        XML_PARSE_NONET | XML_PARSE_RECOVER | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | extraOptions;
+/// libxml2 does not keep the lines of declarations. They go to the field for the application's own data.
+void DeclareEntity(void* context, const xmlChar* name, int type, const xmlChar* publicId,
+                   const xmlChar* systemId, xmlChar* content) {
+    auto* parser = static_cast<xmlParserCtxt*>(context);
+    xmlSAX2EntityDecl(context, name, type, publicId, systemId, content);
+    const bool parameter = type == XML_INTERNAL_PARAMETER_ENTITY || type == XML_EXTERNAL_PARAMETER_ENTITY;
+    xmlEntity* entity = parameter || parser->inSubset != 1 ? nullptr : xmlGetDocEntity(parser->myDoc, name);
+    if (entity != nullptr && entity->_private == nullptr) {
+        entity->_private =
+            reinterpret_cast<void*>(static_cast<std::intptr_t>(ParseBudget::Of(parser).Line()));
+    }
+}
+
+void Parse(const std::string& content, const NativePath& path, int extraOptions, LenientDocument& result) {
+    const int options = XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_RECOVER | XML_PARSE_NOERROR |
+                        XML_PARSE_NOWARNING | extraOptions;
     const QuietScope quiet;
     const XmlParser parser(xmlNewParserCtxt());
     Errors errors;
-    parser->_private = &errors;
+    ParseBudget budget(*parser);
+    budget.data = &errors;
     parser->sax->serror = CollectError;
     parser->sax->resolveEntity = ResolveLocally;
-    lseek(file.Descriptor(), 0, SEEK_SET);
-    result.document.reset(
-        xmlCtxtReadFd(parser.get(), file.Descriptor(), FileUri(path).c_str(), nullptr, options));
+    parser->sax->entityDecl = DeclareEntity;
+    result.document.reset(xmlCtxtReadMemory(parser.get(), content.data(), static_cast<int>(content.size()),
+                                            FileUri(path).c_str(), nullptr, options));
     if (result.document != nullptr && xmlDocGetRootElement(result.document.get()) == nullptr) {
         result.document.reset();
     }
-    result.reason = errors.first;
+    result.beyondLimits = !budget.Refusal().empty();
+    result.reason = result.beyondLimits ? budget.Refusal() : errors.first;
     if (result.document == nullptr && result.reason.empty()) {
         result.reason = "the file contains no XML element";
     }
     result.wellFormed = result.reason.empty();
     result.undeclaredEntities = std::move(errors.undeclared);
+}
+
+std::string ReasonFor(const std::error_code& error) {
+    if (error == std::errc::is_a_directory) {
+        return "it is a folder, not a file";
+    }
+    if (error == std::errc::not_supported) {
+        return "it is not a regular file";
+    }
+    return error == std::errc::file_too_large
+               ? "it has more than " + std::to_string(kMaxFileBytes) + " bytes, which is the limit"
+               : error.message();
 }
 
 bool NamesExternalDtd(const xmlDoc* document) {
@@ -118,28 +127,36 @@ bool NamesExternalDtd(const xmlDoc* document) {
 
 }  // namespace
 
+int DeclarationLine(const xmlEntity& entity) {
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(entity._private));
+}
+
 LenientDocument LoadLeniently(const NativePath& path, LoadFor purpose) {
+    ReadRegularFilesOnly();
     LenientDocument result;
-    const OpenFile file(path);
-    struct stat status = {};
-    if (file.Descriptor() < 0 || fstat(file.Descriptor(), &status) != 0) {
-        result.reason = std::strerror(errno);
+    std::string content;
+    if (const std::error_code error = platform::ReadRegularFile(ToFilesystem(path), kMaxFileBytes, content)) {
+        result.reason = ReasonFor(error);
+        result.beyondLimits = error == std::errc::file_too_large;
         return result;
     }
-    if (!S_ISREG(status.st_mode)) {
-        result.reason = S_ISDIR(status.st_mode) ? "it is a folder, not a file" : "it is not a regular file";
+    if (const auto identity = platform::IdentityOf(ToFilesystem(path))) {
+        result.identity = {identity->device, identity->file};
+    }
+    result.reason = FindTooManyAttributes(content);
+    if (!result.reason.empty()) {
+        result.beyondLimits = true;
         return result;
     }
-    result.identity = {status.st_dev, status.st_ino};
     // A DTD is loaded at once only for a stylesheet. For the other purposes the document is parsed without
     // it, and a second time with it if that left entities undeclared and the document names a DTD: most
     // documents then need no DTD at all.
     const int expansion = purpose == LoadFor::kListing ? 0 : XML_PARSE_NOENT | XML_PARSE_NOCDATA;
     const int dtd = XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR;
-    Parse(file, path, purpose == LoadFor::kStylesheet ? expansion | dtd : expansion, result);
-    if (purpose != LoadFor::kStylesheet && !result.undeclaredEntities.empty() &&
+    Parse(content, path, purpose == LoadFor::kStylesheet ? expansion | dtd : expansion, result);
+    if (purpose != LoadFor::kStylesheet && !result.beyondLimits && !result.undeclaredEntities.empty() &&
         NamesExternalDtd(result.document.get())) {
-        Parse(file, path, expansion | XML_PARSE_DTDLOAD, result);
+        Parse(content, path, expansion | XML_PARSE_DTDLOAD, result);
     }
     return result;
 }

@@ -13,9 +13,10 @@
 namespace ventrix::desk {
 
 struct LenientDocument {
-    XmlDocument document;     ///< What could be read; null if there is not even a root element.
-    bool wellFormed = false;  ///< True too if undeclared entities are the only errors.
-    std::string reason;       ///< The first error, one line, with its line number; empty if well-formed.
+    XmlDocument document;       ///< What could be read; null if there is not even a root element.
+    bool wellFormed = false;    ///< True too if undeclared entities are the only errors.
+    std::string reason;         ///< The first error, one line, with its line number; empty if well-formed.
+    bool beyondLimits = false;  ///< The document exceeds a limit of limits.h, which `reason` names.
     std::vector<std::string> undeclaredEntities;  ///< One message for each, in document order.
 
     /// Device and file number, which are the same for all names of a file; zeros if it could not be opened.
@@ -29,6 +30,10 @@ enum class LoadFor {
     kStylesheet,  ///< Entities are expanded, CDATA sections become text nodes, and the DTD's default
                   ///< attributes are added.
 };
+
+/// The line of an entity's declaration in a document from LoadLeniently; 0 if it is not in the document
+/// itself.
+int DeclarationLine(const xmlEntity& entity);
 
 /// If the file is missing, or is a folder or a device, `document` is null and `reason` says so.
 LenientDocument LoadLeniently(const NativePath& path, LoadFor purpose = LoadFor::kListing);

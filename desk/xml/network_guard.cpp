@@ -1,11 +1,12 @@
 #include "desk/xml/network_guard.h"
 
-#include <libxslt/security.h>
 #include <libxslt/xsltutils.h>
 
 #include <cstdarg>
 #include <cstdio>
 #include <utility>
+
+#include "desk/xml/file_access.h"
 
 namespace ventrix::desk {
 namespace {
@@ -27,32 +28,17 @@ __attribute__((format(printf, 2, 3))) void TakeGeneric(void* context, const char
     static_cast<NetworkGuard*>(context)->Append(piece);
 }
 
-/// libxslt checks imported stylesheets and document() against the process's default preferences only, so they
-/// cannot be set for one transformation.
-void ForbidNetworkInStylesheets() {
-    static const bool done = [] {
-        xsltSecurityPrefs* preferences = xsltNewSecurityPrefs();
-        xsltSetSecurityPrefs(preferences, XSLT_SECPREF_READ_NETWORK, xsltSecurityForbid);
-        xsltSetSecurityPrefs(preferences, XSLT_SECPREF_WRITE_NETWORK, xsltSecurityForbid);
-        xsltSetDefaultSecurityPrefs(preferences);
-        return true;
-    }();
-    static_cast<void>(done);
-}
-
 }  // namespace
 
 NetworkGuard::NetworkGuard(const MessageSink& messages)
     : messages_(messages),
-      loader_(xmlGetExternalEntityLoader()),
       structured_(xmlStructuredError),
       structuredContext_(xmlStructuredErrorContext),
       generic_(xmlGenericError),
       genericContext_(xmlGenericErrorContext),
       xsltGeneric_(xsltGenericError),
       xsltContext_(xsltGenericErrorContext) {
-    ForbidNetworkInStylesheets();
-    xmlSetExternalEntityLoader(xmlNoNetExternalEntityLoader);
+    ReadRegularFilesOnly();
     xmlSetStructuredErrorFunc(this, TakeStructured);
     xmlSetGenericErrorFunc(this, TakeGeneric);
     xsltSetGenericErrorFunc(this, TakeGeneric);
@@ -65,7 +51,6 @@ NetworkGuard::~NetworkGuard() {
     xsltSetGenericErrorFunc(xsltContext_, xsltGeneric_);
     xmlSetGenericErrorFunc(genericContext_, generic_);
     xmlSetStructuredErrorFunc(structuredContext_, structured_);
-    xmlSetExternalEntityLoader(loader_);
 }
 
 void NetworkGuard::Append(const char* piece) {

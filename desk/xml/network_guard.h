@@ -2,7 +2,6 @@
 // settings belong to the process, and each guard restores those that it found.
 #pragma once
 
-#include <libxml/parser.h>
 #include <libxml/xmlerror.h>
 
 #include "desk/xml/stylesheet.h"
@@ -25,7 +24,6 @@ class NetworkGuard {
     const MessageSink& messages_;
     std::string line_;
     std::string place_;  ///< libxslt reports the place of an error on a line before the message.
-    xmlExternalEntityLoader loader_;
     xmlStructuredErrorFunc structured_;
     void* structuredContext_;
     xmlGenericErrorFunc generic_;

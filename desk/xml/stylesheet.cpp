@@ -2,16 +2,20 @@
 
 #include <libexslt/exslt.h>
 #include <libxslt/extensions.h>
+#include <libxslt/security.h>
 #include <libxslt/transform.h>
 #include <libxslt/variables.h>
 #include <libxslt/xsltutils.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 
 #include "desk/xml/doctype.h"
+#include "desk/xml/file_access.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/network_guard.h"
+#include "desk/xml/reference_path.h"
 #include "platform/files.h"
 
 namespace ventrix::desk {
@@ -26,6 +30,8 @@ struct FreeTransform {
 /// What the extension element needs to know and leaves behind; it finds this through the context.
 struct RunState {
     NativePath sourcePath;
+    NativePath outputPath;
+    NativePath outputFolder;
     std::optional<std::string> copiedText;
 };
 
@@ -49,13 +55,57 @@ void CopyDocument(xsltTransformContext* context, xmlNode*, xmlNode* instruction,
     }
 }
 
-void RegisterExtensions() {
+/// libxslt asks for each file and each folder that a stylesheet is about to create, and, before it starts,
+/// for the output file with the folders above it.
+int MayWrite(xsltSecurityPrefs*, xsltTransformContext* context, const char* path) {
+    if (context == nullptr) {
+        return 0;
+    }
+    const RunState& state = *static_cast<RunState*>(context->_private);
+    const NativePath& folder = state.outputFolder;
+    if (IsBelowOrEqual(state.outputPath, {path}) || (!folder.Empty() && LiesInOneOf({path}, {folder}))) {
+        return 1;
+    }
+    FailTransform(context, context->inst,
+                  "the stylesheet may not write " + std::string(path) +
+                      (folder.Empty() ? "" : ", which lies outside the output folder " + folder.utf8));
+    return 0;
+}
+
+/// libxslt checks imported stylesheets and document() against the process's default preferences only, so they
+/// cannot be set for one transformation.
+void SetSecurityPreferences() {
+    xsltSecurityPrefs* preferences = xsltNewSecurityPrefs();
+    xsltSetSecurityPrefs(preferences, XSLT_SECPREF_READ_NETWORK, xsltSecurityForbid);
+    xsltSetSecurityPrefs(preferences, XSLT_SECPREF_WRITE_NETWORK, xsltSecurityForbid);
+    xsltSetSecurityPrefs(preferences, XSLT_SECPREF_WRITE_FILE, MayWrite);
+    xsltSetSecurityPrefs(preferences, XSLT_SECPREF_CREATE_DIRECTORY, MayWrite);
+    xsltSetDefaultSecurityPrefs(preferences);
+}
+
+void PrepareLibxslt() {
     static const bool done = [] {
+        SetSecurityPreferences();
         exsltRegisterAll();
         xsltRegisterExtModuleElement(Xml("copy-document"), Xml(kExtensionNamespace), nullptr, CopyDocument);
         return true;
     }();
     static_cast<void>(done);
+}
+
+void AddFoldersOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& folders) {
+    const auto add = [&folders](const xmlDoc* document) {
+        if (document != nullptr) {
+            folders.push_back(FolderOf(TargetOf(View(document->URL), {"/"}).path));
+        }
+    };
+    add(stylesheet->doc);
+    for (const xsltDocument* included = stylesheet->docList; included != nullptr; included = included->next) {
+        add(included->doc);
+    }
+    for (const xsltStylesheet* import = stylesheet->imports; import != nullptr; import = import->next) {
+        AddFoldersOf(import, folders);
+    }
 }
 
 std::string Serialised(const Stylesheet& stylesheet, xmlDoc* tree) {
@@ -71,13 +121,22 @@ std::string Serialised(const Stylesheet& stylesheet, xmlDoc* tree) {
 }  // namespace
 
 Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages) {
-    RegisterExtensions();
+    PrepareLibxslt();
     const NetworkGuard guard(messages);
     Stylesheet stylesheet(xsltParseStylesheetFile(Xml(FileUri(path).c_str())));
     if (stylesheet != nullptr && stylesheet->errors != 0) {
         stylesheet.reset();
     }
     return stylesheet;
+}
+
+std::vector<NativePath> FoldersOf(const xsltStylesheet* stylesheet) {
+    std::vector<NativePath> folders;
+    AddFoldersOf(stylesheet, folders);
+    std::ranges::sort(folders, {}, &NativePath::utf8);
+    const auto repeated = std::ranges::unique(folders);
+    folders.erase(repeated.begin(), repeated.end());
+    return folders;
 }
 
 XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages) {
@@ -93,11 +152,14 @@ XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& message
 }
 
 Transformed Transform(const TransformJob& job, const MessageSink& messages) {
-    RegisterExtensions();
+    PrepareLibxslt();
     const NetworkGuard guard(messages);
     const std::unique_ptr<xsltTransformContext, FreeTransform> context(
         xsltNewTransformContext(job.stylesheet.get(), job.document));
-    RunState state{.sourcePath = job.sourcePath, .copiedText = {}};
+    RunState state{.sourcePath = job.sourcePath,
+                   .outputPath = job.outputPath,
+                   .outputFolder = job.outputFolder,
+                   .copiedText = {}};
     context->_private = &state;
     xsltSetCtxtParseOptions(context.get(), XSLT_PARSE_OPTIONS | XML_PARSE_NONET);
     for (const auto& [name, value] : job.parameters) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "desk/paths/paths.h"
 #include "desk/xml/xml_handles.h"
@@ -27,6 +28,9 @@ using Stylesheet = std::unique_ptr<xsltStylesheet, FreeStylesheet>;
 /// Null if the stylesheet is missing or has an error; the first message then gives the reason.
 Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages);
 
+/// The folders of the stylesheet and of those that it imports and includes.
+std::vector<NativePath> FoldersOf(const xsltStylesheet* stylesheet);
+
 /// Loads a document for a stylesheet. An undeclared entity is reported as a message and expands to nothing.
 /// Null, with a message, if the document is missing or not well-formed.
 XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages);
@@ -36,6 +40,9 @@ struct TransformJob {
     xmlDoc* document = nullptr;
     NativePath sourcePath;  ///< The document's file, for copy-document; may be empty.
     NativePath outputPath;  ///< What paths of further output files are relative to; may be empty.
+    /// Further output files lie in this folder or below, wherever links lead; empty if there may be none. An
+    /// attempt to write another file is reported and fails the transformation.
+    NativePath outputFolder = {};
     std::map<std::string, std::string> parameters = {};  ///< String values by name, without XPath quotes.
 };
 

@@ -1,6 +1,8 @@
 #include "fileset/file_operations.h"
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 #include "platform/drives.h"
 #include "platform/file_identity.h"
@@ -23,6 +25,27 @@ bool IsLink(const FolderEntry& entry) {
 bool HasOneOf(const std::string& name, const FileList& suffixes) {
     return std::any_of(suffixes.begin(), suffixes.end(),
                        [&name](const std::string& suffix) { return EndsWith(name, suffix); });
+}
+
+/// The folders from the one where a walk began down to the one that it is in.
+using OpenFolders = std::vector<std::optional<platform::FileIdentity>>;
+
+void Collect(const Path& folder, const FileList& suffixes, OpenFolders& open, FileList& files) {
+    const auto identity = platform::IdentityOf(platform::ToNative(folder));
+    // A link to a folder that encloses it would be followed without end.
+    if (identity && std::ranges::find(open, identity) != open.end()) {
+        return;
+    }
+    open.push_back(identity);
+    for (const FolderEntry& entry : platform::ListFolder(folder)) {
+        Path path = folder + '\\' + entry.name;
+        if (IsFolderEntry(entry)) {
+            Collect(path, suffixes, open, files);
+        } else if (HasOneOf(entry.name, suffixes)) {
+            files.push_back(std::move(path));
+        }
+    }
+    open.pop_back();
 }
 
 /// The copy of a read-only source has the read-only bit too, but later steps have to rewrite it.
@@ -97,14 +120,8 @@ void MoveFileInto(const Path& source, const Path& target) {
 
 FileList CollectFiles(const Path& folder, const FileList& suffixes) {
     FileList files;
-    for (const FolderEntry& entry : platform::ListFolder(folder)) {
-        Path path = folder + '\\' + entry.name;
-        if (IsFolderEntry(entry)) {
-            files.splice(files.end(), CollectFiles(path, suffixes));
-        } else if (HasOneOf(entry.name, suffixes)) {
-            files.push_back(std::move(path));
-        }
-    }
+    OpenFolders open;
+    Collect(folder, suffixes, open, files);
     return files;
 }
 

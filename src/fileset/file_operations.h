@@ -35,7 +35,8 @@ void MoveFileInto(const Path& source, const Path& target);
 
 /// All files in and below the folder whose names end in one of the suffixes, depth first, in the order of
 /// platform::ListFolder. Every path begins with the folder as given and one more backslash. An empty suffix
-/// matches every file; an empty list of suffixes matches none.
+/// matches every file; an empty list of suffixes matches none. Links to folders are followed, except to a
+/// folder that encloses the link.
 FileList CollectFiles(const Path& folder, const FileList& suffixes);
 
 /// Empties the folder but does not remove it; links in it are removed without what they lead to. With

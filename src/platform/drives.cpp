@@ -166,15 +166,25 @@ void SetDrive(DriveTable& drives, Drive drive) {
     drives.push_back(std::move(drive));
 }
 
-void AddEntry(DriveTable& drives, std::string_view entry) {
+std::optional<Drive> ReadEntry(std::string_view entry) {
     const std::size_t equals = entry.find('=');
     if (equals == std::string_view::npos) {
-        return;
+        return std::nullopt;
     }
     Drive drive = {CanonicalRoot(entry.substr(0, equals)), CanonicalFolder(entry.substr(equals + 1))};
-    if (!drive.root.empty() && !drive.folder.empty()) {
-        SetDrive(drives, std::move(drive));
+    return drive.root.empty() || drive.folder.empty() ? std::nullopt : std::optional(std::move(drive));
+}
+
+std::vector<std::string_view> EntriesOf(std::string_view text) {
+    std::vector<std::string_view> entries;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(';'), text.size());
+        if (end > 0) {
+            entries.push_back(text.substr(0, end));
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
     }
+    return entries;
 }
 
 std::string MapToFolder(const DriveTable& drives, const Components& path) {
@@ -216,16 +226,26 @@ std::optional<std::string> MapToRoot(const DriveTable& drives, const Components&
 
 DriveTable ParseDrives(std::string_view text) {
     DriveTable drives;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find(';'), text.size());
-        AddEntry(drives, text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
+    for (const std::string_view entry : EntriesOf(text)) {
+        if (auto drive = ReadEntry(entry)) {
+            SetDrive(drives, std::move(*drive));
+        }
     }
     const auto isZ = [](const Drive& drive) { return drive.root == "Z:\\"; };
     if (std::none_of(drives.begin(), drives.end(), isZ)) {
         drives.push_back({"Z:\\", "/"});
     }
     return drives;
+}
+
+std::vector<std::string> MalformedDrives(std::string_view text) {
+    std::vector<std::string> malformed;
+    for (const std::string_view entry : EntriesOf(text)) {
+        if (!ReadEntry(entry)) {
+            malformed.emplace_back(entry);
+        }
+    }
+    return malformed;
 }
 
 std::string FormatDrives(const DriveTable& drives) {
@@ -280,6 +300,10 @@ const DriveTable& ProcessDrives() {
         parsedText = text;
     }
     return table;
+}
+
+std::vector<std::string> MalformedProcessDrives() {
+    return MalformedDrives(EnvironmentValue(kVariableName).value_or(""));
 }
 
 void SetProcessDrives(const DriveTable& drives) {

@@ -28,6 +28,9 @@ using DriveTable = std::vector<Drive>;
 /// without an absolute folder is ignored.
 DriveTable ParseDrives(std::string_view text);
 
+/// The entries of such a text that ParseDrives ignores, as written. Empty ones are left out.
+std::vector<std::string> MalformedDrives(std::string_view text);
+
 /// The text that ParseDrives parses to the same table.
 std::string FormatDrives(const DriveTable& drives);
 
@@ -56,6 +59,9 @@ bool IsAbsoluteSystemPath(std::string_view path);
 /// environment so that a module which is loaded later, with its own copy of this library, sees the same
 /// table. The reference is valid until this thread calls the function again.
 const DriveTable& ProcessDrives();
+
+/// The entries of VENTRIX_DRIVES that are not in this table because they are malformed.
+std::vector<std::string> MalformedProcessDrives();
 
 /// Sets the table of the process by setting VENTRIX_DRIVES, which child processes inherit.
 void SetProcessDrives(const DriveTable& drives);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <system_error>
 
@@ -21,6 +22,11 @@ struct EntryStatus {
 /// entry.
 std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path, std::error_code& error);
 std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path);
+
+/// Reads a regular file whole; links are followed. errc::is_a_directory for a folder, errc::not_supported for
+/// a pipe or a device, which is not opened, errc::file_too_large for more than `limit` bytes. On failure
+/// `content` is empty.
+std::error_code ReadRegularFile(const std::filesystem::path& file, std::uint64_t limit, std::string& content);
 
 /// Gives a file or folder another name on the same file system, in one step. Never replaces anything:
 /// errc::file_exists if the new name is taken, also by an empty folder. On failure nothing has changed.

@@ -202,8 +202,8 @@ TEST_F(CommandLine, FilesOnSeveralDrivesCannotBePackaged) {
                  "<topic id=\"t\"><title>T</title><body><p><image href=\"D:/i.png\"/></p></body></topic>");
     folder.Write("d/t.dita", kTopic);
     folder.Write("d/i.png", "png");
-    folder.Write("out/.ventrix-result", "");
-    folder.Write("out/earlier.html", "<p/>");
+    ASSERT_EQ(Run({"publish", "src/a.dita", "-o", "out"}).status, 0);
+    const std::string earlier = "out/build-a.dita/xhtml/a.html";
     const auto on = [](std::vector<std::string> arguments) {
         arguments.insert(arguments.end(), {"--drive", "C=c", "--drive", "d:=d"});
         return arguments;
@@ -221,10 +221,10 @@ TEST_F(CommandLine, FilesOnSeveralDrivesCannotBePackaged) {
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
     }
-    EXPECT_TRUE(folder.Exists("out/earlier.html")) << "the earlier result is kept";
+    EXPECT_TRUE(folder.Exists(earlier)) << "the earlier result is kept";
 }
 
-TEST_F(CommandLine, OutputFolderIsEmptiedOnlyWhereNothingIsLost) {
+TEST_F(CommandLine, OutputFolderKeepsWhatIsNotFromARun) {
     fs::create_directory_symlink("src", folder.Native("link"));
     const auto publish = [](const std::string& output, bool force = false) {
         std::vector<std::string> arguments{"publish", "src/a.dita", "-o", output};
@@ -234,11 +234,11 @@ TEST_F(CommandLine, OutputFolderIsEmptiedOnlyWhereNothingIsLost) {
         return arguments;
     };
     const Row refused[] = {
-        {publish("full"), 5, "", "is not empty and was not created by an earlier run; use --force"},
-        {publish("src", true), 5, "", "which would be deleted"},
-        {publish("link", true), 5, "", "which would be deleted"},
-        {publish(".", true), 5, "", "which would be deleted"},
-        {publish("src/..", true), 5, "", "which would be deleted"},
+        {publish("full"), 5, "", "is not empty and was not made by an earlier run; --force"},
+        {publish("src", true), 5, "", "which the run reads"},
+        {publish("link", true), 5, "", "which the run reads"},
+        {publish(".", true), 5, "", "which the run reads"},
+        {publish("src/..", true), 5, "", "which the run reads"},
         {publish("page.xsl", true), 5, "", "is not a folder"},
         {publish("page.xsl/out"), 5, "", "cannot be created: "},
         {publish("/proc/none"), 5, "", "cannot be created: "},
@@ -252,10 +252,11 @@ TEST_F(CommandLine, OutputFolderIsEmptiedOnlyWhereNothingIsLost) {
     fs::create_directory(folder.Native("empty"));
     EXPECT_EQ(Run(publish("empty")).status, 0);
     EXPECT_EQ(Run(publish("full", true)).status, 0);
-    EXPECT_FALSE(folder.Exists("full/mine.txt"));
-    folder.Write("full/stale.html", "<p/>");
-    EXPECT_EQ(Run(publish("full/")).status, 0) << "an earlier result may be replaced";
-    EXPECT_FALSE(folder.Exists("full/stale.html"));
+    EXPECT_TRUE(folder.Exists("full/mine.txt"));
+    folder.Write("full/build-a.dita/xhtml/a.html", "edited");
+    EXPECT_EQ(Run(publish("full/")).status, 1) << "an earlier result is replaced, an edited page is named";
+    EXPECT_EQ(folder.Read("full/build-a.dita/xhtml/a.html.edited"), "edited");
+    EXPECT_TRUE(folder.Exists("full/mine.txt"));
 }
 
 TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
@@ -264,7 +265,8 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
     const std::string build = folder.Native("new/out/build-a.dita/");
     EXPECT_EQ(finished.status, 0);
     EXPECT_EQ(finished.error, "");
-    EXPECT_EQ(finished.out, "result:    " + build + "xhtml/\npages:     1\nbuild log: " + build +
+    EXPECT_EQ(finished.out, "result:    " + build +
+                                "xhtml/\npages:     1\ntoolkit:   built-in\nbuild log: " + build +
                                 "buildlog-xhtml.txt\nlog:       " + folder.Native("new/out.log") + "\n");
     const std::string page = folder.Read(build + "xhtml/a.html");
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
@@ -282,18 +284,17 @@ TEST_F(CommandLine, PublishReportsFindings) {
         {publish({"-o", "o1", "--xslt", "page.xsl"}), 0, "pages:     1",
          "into which the transformation copied marker text: 1; the first is in " +
              folder.Native("o1/plain.html") + ": <meta content>"},
-        {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "plain.html could not be read: "},
+        {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "plain.html: could not be read: "},
         {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "that are well-formed XML"},
         {publish({"-o", "o3", "--xslt", "page.xsl", "--out-file", "elsewhere.html"}), 1, "pages:     1",
-         "pages that still contain marker text: 1; the first is " + folder.Native("elsewhere.html")},
-        {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "result: ", "the transformation failed: "},
-        {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6,
-         "result: ", "none contains no DITA Open Toolkit"},
-        {publish({"-o", "o6", "--post-script", "script"}), 0, "pages:     0", "printed by a script"},
-        {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 4, "",
-         "the log cannot be written: " + folder.Native("none/log.txt")},
-        {publish({"-o", "o9", "--xslt", "broken.xsl", "--color", "always"}), 6,
-         "result: ", "\033[31merror: "},
+         folder.Native("elsewhere.html") + ": pages that still contain marker text: 1"},
+        {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "", "broken.xsl cannot be used: "},
+        {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6, "",
+         "none contains no DITA Open Toolkit"},
+        {publish({"-o", "o6", "--post-script", "script"}), 6, "", "script failed with exit status 3"},
+        {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 1,
+         "result: ", folder.Native("none/log.txt") + " cannot be written; the log of this run is "},
+        {publish({"-o", "o9", "--xslt", "broken.xsl", "--color", "always"}), 6, "", "\033[31merror: "},
     };
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
@@ -308,9 +309,9 @@ TEST_F(CommandLine, PublishNamesFilesThatCannotBeLoaded) {
     folder.Write("entity.dita", "<topic id=\"e\"><title>&undeclared;</title></topic>");
     const json object = json::parse(Run({"publish", "map.ditamap", "-o", "out", "--xpath", "--json"}).out);
     ASSERT_EQ(object["failed"].size(), 2U) << object;
-    EXPECT_EQ(object["failed"][0]["file"], folder.Native("out/open.dita"));
+    EXPECT_EQ(object["failed"][0]["file"], folder.Native("open.dita"));
     EXPECT_NE(object["failed"][0]["reason"].get<std::string>().find("mismatch"), std::string::npos) << object;
-    EXPECT_EQ(object["failed"][1]["file"], folder.Native("out/entity.dita"));
+    EXPECT_EQ(object["failed"][1]["file"], folder.Native("entity.dita"));
     EXPECT_NE(object["failed"][1]["reason"].get<std::string>().find("undefined entity"), std::string::npos);
     EXPECT_EQ(object["missing"], json::array({folder.Native("none.dita")}));
 }

@@ -283,6 +283,27 @@ TEST_F(DitaClient, FailuresGiveTheirReason) {
     }
 }
 
+TEST_F(DitaClient, TextFromOutsideFailsTheTransformation) {
+    const test::TestFolder elsewhere;
+    const std::string secret = elsewhere.Write("secret.xml", "<p>secret</p>");
+    Write("e.dtd", "<!ENTITY e SYSTEM '" + secret + "'>");
+    Write("t.dita",
+          "<!DOCTYPE topic SYSTEM 'e.dtd'>\n<topic id='t'><title>T</title><body>\n&e;</body></topic>");
+    EXPECT_EQ(Run("t.dita"), 1);
+    EXPECT_NE(record_.reason.find("line 3: " + secret), std::string::npos) << record_.reason;
+    EXPECT_EQ(Page("t.html").find("secret"), std::string::npos);
+    access_.readable = {{elsewhere.Native()}};
+    EXPECT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_NE(Page("t.html").find("secret"), std::string::npos);
+}
+
+TEST_F(DitaClient, LongNamesAndDeepTopicsArePublished) {
+    WriteTopic("<p><xref href='" + std::string(255, 'n') + ".dita'>long</xref></p>" +
+               test::Repeated("<ul><li>", 200) + "deep" + test::Repeated("</li></ul>", 200));
+    EXPECT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_NE(Page("t.html").find("deep"), std::string::npos);
+}
+
 TEST_F(DitaClient, IncompleteCommandsAreRefused) {
     const struct {
         const char *command, *reason;
@@ -295,7 +316,7 @@ TEST_F(DitaClient, IncompleteCommandsAreRefused) {
         record_ = {};
         HostServices host;
         host.documentPath = [](std::uint32_t id) { return SystemPath{id == 7 ? "Z:\\d.dita" : ""}; };
-        EXPECT_EQ(MakeDitaOtClient({}, record_)(row.command, host).status, 1);
+        EXPECT_EQ(MakeDitaOtClient({}, access_, record_)(row.command, host).status, 1);
         EXPECT_NE(record_.reason.find(row.reason), std::string::npos) << record_.reason;
     }
 }

@@ -13,10 +13,10 @@ class XsltClient : public FolderFixture {
         console_.clear();
         HostServices host;
         host.console = [this](const std::string& text) { console_ += text; };
-        return MakeXsltClient(record_)("XSLTRunTrScenario -dontuseqlconsole -file \"" + source +
-                                           "\" -xslfilepath \"" + stylesheet + "\" -outputfilepath \"" +
-                                           output + "\"",
-                                       host)
+        return MakeXsltClient(access_, record_)("XSLTRunTrScenario -dontuseqlconsole -file \"" + source +
+                                                    "\" -xslfilepath \"" + stylesheet +
+                                                    "\" -outputfilepath \"" + output + "\"",
+                                                host)
             .status;
     }
     std::int32_t RunHere() { return Run(System("d ü.xml"), System("s ü.xsl"), System("out/p ü.html")); }
@@ -29,6 +29,7 @@ class XsltClient : public FolderFixture {
     static std::string TextSheet(const std::string& body) {
         return Sheet("<xsl:output method='text'/><xsl:template match='/'>" + body + "</xsl:template>");
     }
+    FileAccess access_;
     TransformationRecord record_;
     std::string console_;
 };
@@ -131,6 +132,64 @@ TEST_F(XsltClient, FurtherOutputFilesAreRelativeToTheOutput) {
     Write("s ü.xsl", TextSheet("main<exsl:document href='sub/part.txt' method='text'>part</exsl:document>"));
     EXPECT_EQ(RunHere(), 0) << record_.reason;
     EXPECT_EQ(Read("out/sub/part.txt"), "part");
+}
+
+TEST_F(XsltClient, FilesAreWrittenInTheOutputFolderOnly) {
+    Write("d ü.xml", "<d/>");
+    Write("out/inside.txt", "");
+    std::filesystem::create_directory_symlink(Native(), Native("out/link"));
+    const struct {
+        const char *element, *href;
+    } rows[] = {
+        {"exsl:document", "../victim.txt"},        {"exsl:document", "link/victim.txt"},
+        {"exsl:document", "sub/../../victim.txt"}, {"exsl:document", "../new/victim.txt"},
+        {"exsl:document", "%2e%2e/victim.txt"},
+    };
+    for (const auto& row : rows) {
+        Write("victim.txt", "kept");
+        Write("s ü.xsl", TextSheet(std::string("main<") + row.element + " href='" + row.href +
+                                   "' method='text'>gone</" + row.element + ">"));
+        EXPECT_EQ(RunHere(), 1) << row.href;
+        EXPECT_EQ(Read("victim.txt"), "kept") << row.href;
+        EXPECT_FALSE(Exists("new")) << row.href;
+        EXPECT_NE(record_.reason.find("victim.txt"), std::string::npos) << record_.reason;
+        EXPECT_FALSE(Exists("out/p ü.html")) << row.href;
+    }
+    access_.outputFolder = {Native("out")};
+    EXPECT_EQ(Run(System("d ü.xml"), System("s ü.xsl"), System("out/deep/p.html")), 0) << record_.reason;
+    EXPECT_EQ(Read("out/victim.txt"), "gone");
+    Write("s ü.xsl", TextSheet("main"));
+    EXPECT_EQ(Run(System("d ü.xml"), System("s ü.xsl"), System("apart/p.html")), 0) << record_.reason;
+}
+
+TEST_F(XsltClient, TextComesFromThePermittedFoldersOnly) {
+    const test::TestFolder elsewhere;
+    elsewhere.Write("secret.xml", "<s>secret</s>");
+    const std::string uri = "file://" + elsewhere.Native("secret.xml");
+    Write("e.dtd", "<!ENTITY e SYSTEM '" + uri + "'>");
+    std::filesystem::create_symlink(elsewhere.Native("secret.xml"), Native("link.xml"));
+    const struct {
+        const char* what;
+        std::string document, select;
+    } rows[] = {
+        {"an entity", "<!DOCTYPE d [<!ENTITY e SYSTEM '" + uri + "'>]>\n<d>&e;</d>", "d"},
+        {"an entity of the DTD", "<!DOCTYPE d SYSTEM 'e.dtd'>\n<d>&e;</d>", "d"},
+        {"an entity through a link", "<!DOCTYPE d [<!ENTITY e SYSTEM 'link.xml'>]>\n<d>&e;</d>", "d"},
+        {"document()", "<d/>", "document('" + uri + "')"},
+    };
+    for (const auto& row : rows) {
+        Write("d ü.xml", row.document);
+        Write("s ü.xsl", TextSheet("x<xsl:value-of select=\"" + row.select + "\"/>"));
+        access_.readable.clear();
+        EXPECT_EQ(RunHere(), 1) << row.what;
+        EXPECT_NE(record_.reason.find("--allow-read " + elsewhere.Native()), std::string::npos)
+            << row.what << ": " << record_.reason;
+        EXPECT_FALSE(Exists("out/p ü.html")) << row.what;
+        access_.readable = {{elsewhere.Native()}};
+        EXPECT_EQ(RunHere(), 0) << row.what << ": " << record_.reason;
+        EXPECT_EQ(Read("out/p ü.html"), "xsecret") << row.what;
+        std::filesystem::remove(Native("out/p ü.html"));
+    }
 }
 
 TEST_F(XsltClient, DoctypeIsRewrittenAndTheRestKept) {

@@ -15,7 +15,7 @@ class DitaClient : public FolderFixture {
         HostServices host;
         host.documentPath = [&](std::uint32_t id) { return SystemPath{id == 7 ? System(document) : ""}; };
         const std::string filter = ditaval.empty() ? "" : " -filter \"" + System(ditaval) + "\"";
-        return MakeDitaOtClient({.toolkit = toolkit_, .dataFolder = {VENTRIX_DATA_FOLDER}}, record_)(
+        return MakeDitaOtClient({.toolkit = toolkit_, .dataFolder = {VENTRIX_DATA_FOLDER}}, access_, record_)(
                    "Save -docId 7 -transtype xhtml" + filter + " -outFilePath \"" + System("out/") + "\"",
                    host)
             .status;
@@ -37,6 +37,7 @@ class DitaClient : public FolderFixture {
         const test::Texts found = test::Found(text, xpath);
         return found.empty() ? "" : found.front();
     }
+    FileAccess access_;
     TransformationRecord record_;
     std::string toolkit_ = "builtin";
 };

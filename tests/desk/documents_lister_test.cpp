@@ -2,6 +2,7 @@
 
 #include "desk/documents/document_files.h"
 #include "desk/folder_fixture.h"
+#include "support/text_rows.h"
 
 namespace ventrix::desk {
 namespace {
@@ -75,7 +76,7 @@ TEST_F(DocumentLister, ReferencesOfOneDocumentAreListed) {
     for (const auto& row : rows) {
         Write("d.xml", row.content);
         EXPECT_EQ(Listed("d.xml"), std::string("d.xml\n") + row.listed) << row.what;
-        EXPECT_TRUE(files_.readable) << row.what << files_.reason;
+        EXPECT_FALSE(files_.refused) << row.what << files_.reason;
     }
 }
 
@@ -150,7 +151,7 @@ TEST_F(DocumentLister, UnreadableDocumentsGiveTheirReason) {
     };
     for (const auto& row : rows) {
         EXPECT_EQ(Listed(row.name), "") << row.name;
-        EXPECT_FALSE(files_.readable) << row.name;
+        EXPECT_TRUE(files_.refused) << row.name;
         EXPECT_FALSE(files_.reason.empty()) << row.name;
         EXPECT_NE(files_.reason.find(row.reason), std::string::npos) << files_.reason;
         EXPECT_EQ(files_.reason.find('\n'), std::string::npos) << row.name;
@@ -179,6 +180,113 @@ TEST_F(DocumentLister, DitaIsRecognised) {
         Write("d.xml", row.content);
         EXPECT_EQ(ListDocumentFiles({Native("d.xml")}).dita, row.dita) << row.content;
     }
+}
+
+TEST_F(DocumentLister, TextFromOutsideTheDocumentsAreaIsRefused) {
+    const test::TestFolder elsewhere;
+    const std::string secret = elsewhere.Write("secret.xml", "<s/>");
+    Write("docs/shared/ok.xml", "<p/>");
+    Write("docs/guide/d.xml", "");
+    std::filesystem::create_symlink(secret, Native("docs/guide/link.xml"));
+    const std::string include = "<b xmlns:xi='http://www.w3.org/2001/XInclude'>\n";
+    const struct {
+        const char* what;
+        std::string content;
+        int line;  ///< Of the refused reference; 0 if the document is accepted.
+    } rows[] = {
+        {"an entity", "<!DOCTYPE b [\n<!ENTITY e SYSTEM '" + secret + "'>]><b/>", 2},
+        {"an entity by a file URL", "<!DOCTYPE b [<!ENTITY e SYSTEM 'file://" + secret + "'>]><b/>", 1},
+        {"an entity through a link", "<!DOCTYPE b [<!ENTITY e SYSTEM 'link.xml'>]><b/>", 1},
+        {"an entity above the document", "<!DOCTYPE b [<!ENTITY e SYSTEM '../shared/ok.xml'>]><b/>", 1},
+        {"an inclusion as text", include + "<xi:include parse='text' href='" + secret + "'/></b>", 2},
+        {"an entity that the references reach",
+         "<!DOCTYPE b [<!ENTITY e SYSTEM '../shared/ok.xml'>]><b fileref='../shared/a.png'/>", 0},
+        {"an entity below", "<!DOCTYPE b [<!ENTITY e SYSTEM 'sub/e.xml'>]><b/>", 0},
+        {"references up to the root do not widen the area",
+         "<!DOCTYPE b [<!ENTITY e SYSTEM '" + secret + "'>]><b fileref='../../../../../../a.png'/>", 1},
+        {"an absolute reference does not widen it",
+         "<!DOCTYPE b [<!ENTITY e SYSTEM '" + secret + "'>]><b fileref='" + elsewhere.Native("a.png") + "'/>",
+         1},
+        {"a DTD",
+         "<!DOCTYPE b SYSTEM '" + elsewhere.Native("b.dtd") + "' [<!ENTITY % p SYSTEM '" +
+             elsewhere.Native("p.ent") + "'>]><b/>",
+         0},
+    };
+    for (const auto& row : rows) {
+        const NativePath document{Write("docs/guide/d.xml", row.content)};
+        const DocumentFiles files = ListDocumentFiles(document);
+        EXPECT_EQ(files.refused, row.line > 0) << row.what << ": " << files.reason;
+        const std::string place = document.utf8 + ", line " + std::to_string(row.line) + ": ";
+        EXPECT_EQ(files.reason.starts_with(place), row.line > 0) << row.what << ": " << files.reason;
+        EXPECT_EQ(files.reason.find("--allow-read") != std::string::npos, row.line > 0) << row.what;
+        EXPECT_FALSE(ListDocumentFiles(document, {{elsewhere.Native()}, {Native("docs/shared")}}).refused)
+            << row.what;
+    }
+}
+
+TEST_F(DocumentLister, DocumentsBeyondTheLimitsAreRefused) {
+    const auto nested = [](int levels) {
+        return test::Repeated("<a>", levels) + test::Repeated("</a>", levels);
+    };
+    const auto withAttributes = [](int count) {
+        std::string tag = "<a";
+        for (int i = 0; i < count; ++i) {
+            tag += " a" + std::to_string(i) + "='x = \"y\"'";
+        }
+        return tag + "/>";
+    };
+    std::string parameters = "<!ENTITY % a0 '<!-- -->'>";
+    std::string entities = "<!ENTITY a0 'xxxxxxxxxx'>";
+    for (int i = 1; i < 30; ++i) {
+        const std::string name = "a" + std::to_string(i), former = "a" + std::to_string(i - 1);
+        parameters.append("<!ENTITY % ").append(name).append(" '&#37;").append(former).append(";&#37;");
+        parameters.append(former).append(";'>");
+        entities.append("<!ENTITY ").append(name).append(" '&").append(former).append(";&");
+        entities.append(former).append(";'>");
+    }
+    const struct {
+        const char* what;
+        std::string content;
+        const char* limit;  ///< Null if the document is accepted.
+    } rows[] = {
+        {"300 levels", nested(300), nullptr},
+        {"1,000 levels", nested(1'000), nullptr},
+        {"1,001 levels", nested(1'001), "1000 levels"},
+        {"a text node of 11 MB", "<a>" + std::string(11'000'000, 'x') + "</a>", nullptr},
+        {"1,000 attributes", withAttributes(1'000), nullptr},
+        {"100,000 attributes", withAttributes(100'000), "1000 attributes"},
+        {"attributes in a comment", "<a><!-- " + withAttributes(1'001).substr(2) + " --></a>", nullptr},
+        {"parameter entities", "<!DOCTYPE a [" + parameters + "%a29;]>\n<a/>", "64000000 bytes"},
+        {"entities", "<!DOCTYPE a [" + entities + "]>\n<a>&a29;</a>", "64000000 bytes"},
+        {"entities in an attribute", "<!DOCTYPE a [" + entities + "]>\n<a b='&a29;'/>", "64000000 bytes"},
+    };
+    for (const auto& row : rows) {
+        Write("d.xml", row.content);
+        Write("m.xml", "<map><topicref href='d.xml'/></map>");
+        for (const char* name : {"d.xml", "m.xml"}) {
+            const DocumentFiles files = ListDocumentFiles({Native(name)});
+            EXPECT_EQ(files.refused, row.limit != nullptr) << row.what << ": " << files.reason;
+            EXPECT_NE(files.reason.find(row.limit == nullptr ? "" : row.limit), std::string::npos)
+                << row.what << ": " << files.reason;
+            EXPECT_EQ(files.reason.find("line ") != std::string::npos, row.limit != nullptr) << row.what;
+        }
+    }
+}
+
+TEST_F(DocumentLister, PipesAndDevicesAreNotOpened) {
+    ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
+    for (const std::string& file : {Native("pipe"), std::string("/dev/zero"), Native()}) {
+        Write("d.xml", "<!DOCTYPE d SYSTEM '" + file + "'>\n<d>&undeclared;</d>");
+        EXPECT_FALSE(ListDocumentFiles({Native("d.xml")}).refused) << file;
+        Write("d.xml", "<map><topicref href='" + file + "' format='dita'/></map>");
+        EXPECT_FALSE(ListDocumentFiles({Native("d.xml")}).refused) << file;
+        EXPECT_TRUE(ListDocumentFiles({file}).refused) << file;
+    }
+}
+
+TEST_F(DocumentLister, ColonInTheNameIsRefused) {
+    EXPECT_TRUE(ListDocumentFiles({Write("a:b.dita", "<topic/>")}).refused);
+    EXPECT_FALSE(ListDocumentFiles({Write("a:b/c.dita", "<topic/>")}).refused);
 }
 
 }  // namespace

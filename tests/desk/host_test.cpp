@@ -72,7 +72,7 @@ TEST(DeskHostTest, ValidateSeesMissingAndUnsavedFiles) {
     DeskHost host({});
     ASSERT_EQ(host.LoadModule({VENTRIX_MODULE}), "");
     DocumentFiles files;
-    files.readable = true;
+    files.refused = false;
     const NativePath document{folder.Write("a.xml", "<a/>")};
     files.files = {{"documentType", document, ""}, {"graphicsType", {folder.Native("gone.png")}, ""}};
     const std::uint32_t id = host.AddDocument({"Z:" + document.utf8}, files);

@@ -242,8 +242,8 @@ TEST_F(Keeper, MountPointHoldsResultsButNoForeignFiles) {
     Publish({{"index.html", "2"}});
     Write("out/notes.txt", "mine");
     EXPECT_FALSE(Take(Order(true)));
-    EXPECT_THAT(refusal, StartsWith("is a mount point and holds notes.txt"));
-    EXPECT_THAT(refusal, HasSubstr("name a folder inside it"));
+    EXPECT_THAT(refusal, StartsWith("is a mount point and contains notes.txt"));
+    EXPECT_THAT(refusal, HasSubstr("choose a folder inside it"));
     EXPECT_EQ(Read("out/notes.txt"), "mine");
     EXPECT_EQ(Read("out/index.html"), "2");
     EXPECT_FALSE(Exists(".out.ventrix-run"));
@@ -256,7 +256,7 @@ TEST_F(Keeper, CurrentFolderIsUsedInPlace) {
     {
         const auto keeper = Take();
         ASSERT_TRUE(keeper) << refusal;
-        EXPECT_THAT(keeper->Notes()[0], HasSubstr("is or holds the current folder"));
+        EXPECT_THAT(keeper->Notes()[0], HasSubstr("is or contains the current folder"));
         WriteAll("out", {{"index.html", "2"}});
         EXPECT_EQ(keeper->Commit().error, "");
     }
@@ -322,7 +322,7 @@ TEST_F(Keeper, FolderWhoseParentIsReadOnlyIsUsedInPlace) {
         WriteAll("site/out", {{"index.html", "1"}});
         const bool isPublished = keeper && keeper->Commit().error.empty();
         Write("site/out/notes.txt", "mine");
-        const bool isRefused = !Take(order) && refusal.starts_with("lies in a folder that cannot be written");
+        const bool isRefused = !Take(order) && refusal.starts_with("is in a folder that is not writable");
         order.folder = Native("site/new");
         return isPublished && isRefused && !Take(order) && refusal.starts_with("cannot be created");
     }));

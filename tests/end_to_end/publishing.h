@@ -25,9 +25,9 @@ class Publishing : public testing::Test {
                                                const std::string& options) {
         record_ = {};
         desk::DeskHost host({*desk::ToSystem({VENTRIX_DATA_FOLDER}), false, {}, {}});
-        host.AddClient("QlXSLT", desk::MakeXsltClient(record_));
+        host.AddClient("QlXSLT", desk::MakeXsltClient(access_, record_));
         host.AddClient("QlDispatcher", desk::MakeDispatcherClient({.catalog = {catalog_}}));
-        host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, {VENTRIX_DATA_FOLDER}}, record_));
+        host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, {VENTRIX_DATA_FOLDER}}, access_, record_));
         EXPECT_EQ(host.LoadModule({VENTRIX_MODULE}), "");
         const auto id =
             host.AddDocument({document}, desk::ListDocumentFiles({drives_.Native(document).string()}));
@@ -66,6 +66,7 @@ class Publishing : public testing::Test {
     TestDrives drives_;
     std::string catalog_;       ///< A native path; empty for the machine's own catalogs only.
     std::string resultFolder_;  ///< Of the last reply.
+    desk::FileAccess access_;
     desk::TransformationRecord record_;
 };
 

@@ -93,6 +93,16 @@ TEST_F(FileOperations, CollectWalksDepthFirstInTheOrderOfNames) {
     EXPECT_THAT(CollectFiles(R"(C:\missing)", {""}), IsEmpty());
 }
 
+TEST_F(FileOperations, CollectingEndsAtLinksToEnclosingFolders) {
+    drives.Write(R"(C:\out\sub\a.html)", "");
+    for (const char* link : {"C:\\out\\one", "C:\\out\\two", "C:\\out\\sub\\up"}) {
+        std::filesystem::create_directory_symlink(drives.Native("C:\\out"), drives.Native(link));
+    }
+    std::filesystem::create_directory_symlink("sub", drives.Native("C:\\out\\view"));
+    EXPECT_THAT(CollectFiles(R"(C:\out)", {".html"}),
+                ElementsAre(R"(C:\out\sub\a.html)", R"(C:\out\view\a.html)"));
+}
+
 TEST_F(FileOperations, ClearingEmptiesTheFolderButNotItsNeighbours) {
     for (const char* file : {"out\\a.xml", "out\\b\\c\\d.xml", "out-2\\kept.xml", "outer.xml"}) {
         drives.Write(R"(C:\)" + std::string(file), "");

@@ -101,6 +101,8 @@ TEST(Drives, TablesAreParsedAndFormatted) {
     EXPECT_EQ(ParseDrives("z=/other"), (DriveTable{{"Z:\\", "/other"}}));
     EXPECT_EQ(ParseDrives("C=/one;c:=/two"), (DriveTable{{"C:\\", "/two"}, {"Z:\\", "/"}}));
     EXPECT_EQ(ParseDrives(";;C;=/x;C=;C=relative;12=/x;\\\\=/x"), (DriveTable{{"Z:\\", "/"}}));
+    EXPECT_EQ(MalformedDrives(";;C;=/x;D=/d;C=relative;\\\\=/x"),
+              (std::vector<std::string>{"C", "=/x", "C=relative", "\\\\=/x"}));
 }
 
 TEST(Drives, AbsoluteSystemPathsAreRecognised) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -41,6 +42,32 @@ TEST_F(NativeFiles, FolderContainsWhatLinksAndSpellingsLeadTo) {
     for (const auto& row : cases) {
         EXPECT_EQ(LiesIn(Native(row.path), Native(row.folder)), row.liesIn)
             << row.path << " in " << row.folder;
+    }
+}
+
+TEST_F(NativeFiles, OnlyRegularFilesAreRead) {
+    Write("file", std::string(100'000, 'x'));
+    fs::create_symlink(Native("file"), Native("link"));
+    ASSERT_EQ(::mkfifo(Native("pipe").c_str(), 0600), 0);
+    const struct {
+        std::string path;
+        std::uint64_t limit;
+        std::errc error;
+    } rows[] = {
+        {Native("file"), 100'000, {}},
+        {Native("link"), 100'000, {}},
+        {Native("file"), 99'999, std::errc::file_too_large},
+        {Native("missing"), 1, std::errc::no_such_file_or_directory},
+        {Native(std::string(300, 'n')), 1, std::errc::filename_too_long},
+        {Native(), 1, std::errc::is_a_directory},
+        {Native("pipe"), 1, std::errc::not_supported},
+        {"/dev/zero", 1, std::errc::not_supported},
+    };
+    for (const auto& row : rows) {
+        std::string content = "former";
+        EXPECT_EQ(ReadRegularFile(row.path, row.limit, content), std::make_error_condition(row.error))
+            << row.path;
+        EXPECT_EQ(content.size(), row.error == std::errc{} ? 100'000u : 0u) << row.path;
     }
 }
 

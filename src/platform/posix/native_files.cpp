@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -39,6 +40,31 @@ int WriteAndSync(Descriptor& file, std::string_view content) {
     return file.Close() ? 0 : errno;
 }
 
+/// `expected` is the size that the file had; it may have grown.
+std::error_code ReadAll(const Descriptor& file, std::uint64_t expected, std::uint64_t limit,
+                        std::string& content) {
+    constexpr std::size_t kPiece = std::size_t{64} * 1024;
+    content.reserve(static_cast<std::size_t>(std::min(expected, limit)) + kPiece);
+    while (true) {
+        const std::size_t size = content.size();
+        content.resize(size + kPiece);
+        const ssize_t got = ::read(file.Number(), content.data() + size, kPiece);
+        const int error = errno;
+        content.resize(size + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        if (got == 0) {
+            return {};
+        }
+        if (got < 0 && error != EINTR) {
+            content.clear();
+            return ErrorOf(error);
+        }
+        if (content.size() > limit) {
+            content.clear();
+            return std::make_error_code(std::errc::file_too_large);
+        }
+    }
+}
+
 /// A name is durable once its folder is. Some file systems can't sync folders; the file itself is safe then.
 void SyncFolder(const fs::path& folder) {
     const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -65,6 +91,27 @@ std::optional<EntryStatus> StatusOfEntry(const fs::path& path, std::error_code& 
 std::optional<EntryStatus> StatusOfEntry(const fs::path& path) {
     std::error_code ignored;
     return StatusOfEntry(path, ignored);
+}
+
+std::error_code ReadRegularFile(const fs::path& file, std::uint64_t limit, std::string& content) {
+    content.clear();
+    struct stat found = {};
+    if (::stat(file.c_str(), &found) != 0) {
+        return ErrorOf(errno);
+    }
+    if (KindOf(found.st_mode) != EntryKind::kFile) {
+        return std::make_error_code(S_ISDIR(found.st_mode) ? std::errc::is_a_directory
+                                                           : std::errc::not_supported);
+    }
+    // If a pipe has taken the file's place since, opening it must not wait for a writer.
+    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!opened.IsOpen()) {
+        return ErrorOf(errno);
+    }
+    if (::fstat(opened.Number(), &found) != 0 || KindOf(found.st_mode) != EntryKind::kFile) {
+        return std::make_error_code(std::errc::not_supported);
+    }
+    return ReadAll(opened, static_cast<std::uint64_t>(found.st_size), limit, content);
 }
 
 std::error_code RenameToFree(const fs::path& from, const fs::path& to) {
