@@ -131,6 +131,19 @@ std::vector<NativePath> MisplacedPages(const NativePath& output, const NativePat
     return misplaced;
 }
 
+std::vector<NativePath> LeftCopies(const NativePath& output, const std::vector<PackageFile>& package) {
+    std::vector<NativePath> left;
+    for (const PackageFile& file : package) {
+        const NativePath path{WithSlash(output) + file.name};
+        const bool isXml =
+            file.name.ends_with(".dita") || file.name.ends_with(".ditamap") || file.name.ends_with(".xml");
+        if (isXml && IsFile(path)) {
+            left.push_back(path);
+        }
+    }
+    return left;
+}
+
 std::vector<NativePath> AbsentFolders(const DocumentFiles& files) {
     std::set<fs::path> absent;
     std::error_code error;

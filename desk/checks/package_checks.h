@@ -41,6 +41,10 @@ std::vector<NativePath> UnplacedGraphics(const DocumentFiles& files, const Nativ
 std::vector<NativePath> MisplacedPages(const NativePath& output, const NativePath& resultFolder,
                                        const std::vector<PackageFile>& package);
 
+/// Copies of XML files that are still in the package after the run, although the module deletes them: each is
+/// a file of the result that no reader should see.
+std::vector<NativePath> LeftCopies(const NativePath& output, const std::vector<PackageFile>& package);
+
 /// The folders above the listed files that do not exist, deepest first. The module creates them where a
 /// graphic is missing.
 std::vector<NativePath> AbsentFolders(const DocumentFiles& files);

@@ -172,6 +172,8 @@ std::vector<Finding> CheckResult(const PublishPlan& plan, const Session& session
     std::vector<Finding> findings;
     Add(findings, UnplacedGraphics(session.files, session.document, outcome.resultFolder), "graphic-missing",
         "the graphic could not be copied to its place in the result");
+    Add(findings, LeftCopies(plan.output, states.copied), "copy-left",
+        "the packaged copy could not be deleted from the result");
     if (plan.ditaOt && plan.undecoded.Empty()) {
         Add(findings, MisplacedPages(plan.output, outcome.resultFolder, states.copied), "page-misplaced",
             "the page could not be moved to the result folder");

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <array>
+
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
@@ -40,6 +43,16 @@ void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
     screen.Result(Summary(mask));
 }
 
+/// Files that the log says nothing about: it could not be written whole.
+std::vector<NativePath> Unlisted(std::vector<NativePath> files, const RunLog& log) {
+    std::erase_if(files, [&log](const NativePath& file) {
+        return std::ranges::any_of(
+            std::array{&log.valid, &log.broken, &log.unsaved},
+            [&file](const auto* list) { return std::ranges::find(*list, file) != list->end(); });
+    });
+    return files;
+}
+
 }  // namespace
 
 int Validate(const Options& options, const Screen& screen, RunReport& report) {
@@ -64,6 +77,10 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
     report.valid = log.valid;
     report.missing = log.broken;
     report.unsaved = log.unsaved;
+    for (const NativePath& file : Unlisted(LocalFiles(session->files), log)) {
+        Warn(report, screen,
+             {file, 0, "not-checked", "the module's log does not say whether it is readable"});
+    }
     if (log.graphicsOnOtherDrive) {
         Warn(report, screen,
              {session->document, 0, "graphics-on-other-drive",

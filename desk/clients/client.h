@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -44,10 +45,11 @@ std::string ReasonOf(const std::function<std::string()>& action);
 
 /// The outcome of a run's transformations, filled in by the clients for the command line.
 struct TransformationRecord {
-    int started = 0;     ///< Transformations that a client was asked for.
-    int failed = 0;      ///< Those that failed or wrote nothing.
-    std::string reason;  ///< Of the first failure, one line; empty if none failed.
-    NativePath logFile;  ///< The log with more details; may be empty.
+    int started = 0;               ///< Transformations that a client was asked for.
+    int failed = 0;                ///< Those that failed or wrote nothing.
+    std::string reason;            ///< Of the first failure, one line; empty if none failed.
+    NativePath logFile;            ///< The log with more details; may be empty.
+    std::set<std::string> unread;  ///< Files that the built-in toolkit could not read, each with the reason.
     std::vector<std::string> findings;  ///< Errors that a toolkit reported although it ended with success.
 };
 

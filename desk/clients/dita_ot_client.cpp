@@ -64,12 +64,16 @@ std::string RunWithLog(const DitaOtSettings& settings, const FileAccess& access,
     const DitaRun run{.document = document,
                       .ditaval = PathOptionOf(command, "-filter"),
                       .pages = pages,
-                      .log = [&log](const std::string& line) { log << line << std::endl; }};
+                      .log = [&log](const std::string& line) { log << line << std::endl; },
+                      .unread = [&record](const std::string& line) { record.unread.insert(line); }};
     std::string reason = Run(settings, access, run, record.logFile);
     if (settings.toolkit != "builtin") {
         record.findings = ToolkitErrors(record.logFile);
     }
     run.log(reason.empty() ? "done" : "failed: " + reason);
+    if (!log) {
+        record.findings.push_back("cannot be written; check the free space");
+    }
     return reason;
 }
 

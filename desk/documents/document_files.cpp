@@ -55,6 +55,11 @@ void Remark(Walk& walk, const std::string& what, const std::string& reason) {
 
 void Follow(Walk& walk, const NativePath& path) {
     LenientDocument loaded = LoadLeniently(path);
+    std::error_code error;
+    if (loaded.identity == decltype(loaded.identity)() &&
+        std::filesystem::is_regular_file(ToFilesystem(path), error)) {
+        Remark(walk, path.utf8, loaded.reason);
+    }
     if (loaded.beyondLimits && walk.result.reason.empty()) {
         walk.result.reason = path.utf8 + ": " + loaded.reason;
     }

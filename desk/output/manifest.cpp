@@ -66,6 +66,8 @@ Manifest ParseManifest(const fs::path& file) {
         return FromJson(nlohmann::json::parse(stream));
     } catch (const nlohmann::json::exception&) {
         return {};
+    } catch (const std::ios_base::failure&) {
+        return {};
     }
 }
 

@@ -81,7 +81,8 @@ std::string OutputKeeper::Begin() {
     }
     open_ = refusal.empty();
     if (!open_) {
-        Leave();
+        OutputReport ignored;
+        Leave(ignored);
     }
     return refusal;
 }
@@ -259,7 +260,7 @@ OutputReport OutputKeeper::Commit() {
     OutputReport report = std::move(settlement.report);
     report.findings.insert(report.findings.begin(), listing.findings.begin(), listing.findings.end());
     if (settlement.refusal.empty()) {
-        Leave();
+        Leave(report);
     } else {
         report.findings.push_back(places_.output.string() + " " + settlement.refusal);
         lock_.reset();
@@ -274,7 +275,7 @@ OutputReport OutputKeeper::RollBack() {
     }
     Settlement settlement = SettleRun(places_, order_.inputs);
     if (settlement.refusal.empty()) {
-        Leave();
+        Leave(settlement.report);
     } else {
         settlement.report.error = places_.output.string() + " " + settlement.refusal;
         lock_.reset();
@@ -297,15 +298,18 @@ OutputReport OutputKeeper::EndInPlace(bool succeeded) {
         report.failedFolder = succeeded && !error ? fs::path() : places_.output;
     }
     folderLock_.reset();
-    Leave();
+    Leave(report);
     return report;
 }
 
 /// Removes what was made beside the output folder, and the folders above it that were made for it and are
 /// empty, and ends the lock.
-void OutputKeeper::Leave() {
+void OutputKeeper::Leave(OutputReport& report) {
     if (lock_) {
-        RemoveRunFolder(places_);
+        if (const std::error_code error = RemoveRunFolder(places_)) {
+            report.findings.push_back(places_.folder.string() + " cannot be removed: " + error.message() +
+                                      "; the next run tries again");
+        }
         lock_.reset();
     }
     std::error_code error;

@@ -68,7 +68,7 @@ class OutputKeeper {
     std::string MakeFresh();
     std::string UseInPlace(const std::string& notMovable);
     OutputReport EndInPlace(bool succeeded);
-    void Leave();
+    void Leave(OutputReport& report);
 
     OutputOrder order_;
     RunPlaces places_;

@@ -52,6 +52,12 @@ bool IsFolderWithFile(const fs::path& folder, std::uint64_t file) {
     return IsFolder(folder) && identity && identity->file == file;
 }
 
+/// An entry that cannot be examined may hold what the user needs, so it counts as there.
+bool MayExist(const fs::path& path) {
+    std::error_code error;
+    return platform::StatusOfEntry(path, error).has_value() || error;
+}
+
 bool HoldsInput(const fs::path& folder, const std::vector<fs::path>& inputs) {
     return std::ranges::any_of(inputs,
                                [&](const fs::path& input) { return platform::LiesIn(input, folder); });
@@ -138,7 +144,7 @@ Settlement Undo(const RunPlaces& places, const Journal& journal, const std::vect
         }
         settlement.undone = true;
     }
-    if (!Exists(places.earlier)) {
+    if (!MayExist(places.earlier)) {
         if (journal.existed && IsFolderWithFile(places.output, journal.earlierFile)) {
             SetMode(places.output, journal.mode);
         }
@@ -203,6 +209,8 @@ std::optional<Journal> ReadJournal(const RunPlaces& places) {
         return FromJson(nlohmann::json::parse(stream));
     } catch (const nlohmann::json::exception&) {
         return std::nullopt;
+    } catch (const std::ios_base::failure&) {
+        return std::nullopt;
     }
 }
 
@@ -215,14 +223,14 @@ Settlement SettleRun(const RunPlaces& places, const std::vector<fs::path>& input
     const auto journal = ReadJournal(places);
     Settlement settlement;
     if (!journal) {
-        if (Exists(places.journal) || Exists(places.earlier)) {
+        if (MayExist(places.journal) || MayExist(places.earlier)) {
             settlement.refusal = "has a run folder without a readable journal: " + places.folder.string() +
                                  "; move what you need out of it, then delete it";
         }
         return settlement;
     }
     if (journal->state == RunState::kCommitted && IsFolder(places.output)) {
-        if (Exists(places.earlier)) {
+        if (MayExist(places.earlier)) {
             settlement = FinishCommit(places, *journal);
         }
     } else {
@@ -236,13 +244,14 @@ Settlement SettleRun(const RunPlaces& places, const std::vector<fs::path>& input
     return settlement;
 }
 
-void RemoveRunFolder(const RunPlaces& places) {
+std::error_code RemoveRunFolder(const RunPlaces& places) {
     std::error_code error;
     RemoveHalfWritten(places.folder);
     fs::remove(places.journal, error);
     fs::remove(places.fresh, error);
     fs::remove(places.lock, error);
     fs::remove(places.folder, error);
+    return error;
 }
 
 }  // namespace ventrix::desk

@@ -86,7 +86,8 @@ struct Settlement {
 /// name gets a number. Where entries cannot be put back or deleted, the journal stays and `refusal` is set.
 Settlement SettleRun(const RunPlaces& places, const std::vector<std::filesystem::path>& inputs);
 
-/// Removes the run folder with its lock and journal, as far as nothing else is in it.
-void RemoveRunFolder(const RunPlaces& places);
+/// Removes the run folder with its lock and journal. An error if something else is in it, or the file system
+/// refuses; the next run into the same output folder tries again.
+std::error_code RemoveRunFolder(const RunPlaces& places);
 
 }  // namespace ventrix::desk

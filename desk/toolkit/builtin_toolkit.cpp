@@ -41,6 +41,11 @@ void Fail(Publication& publication, const std::string& reason) {
     }
 }
 
+void ReportUnread(Publication& publication, const std::string& reason) {
+    publication.warn(reason);
+    publication.run.unread(reason);
+}
+
 void WaitForPage(Publication& publication, const NativePath& topic) {
     if (publication.known.insert(topic).second) {
         publication.waiting.push_back(topic);
@@ -63,7 +68,7 @@ void CopyFile(Publication& publication, const NativePath& source, const NativePa
     }
     std::error_code error;
     if (!std::filesystem::is_regular_file(ToFilesystem(source), error)) {
-        publication.warn(source.utf8 + ": the file is missing");
+        ReportUnread(publication, source.utf8 + ": the file is missing");
         return;
     }
     std::filesystem::create_directories(ToFilesystem(target).parent_path(), error);
@@ -188,7 +193,7 @@ void MakePage(Publication& publication, const NativePath& topic) {
     DitaDocument loaded = LoadDita(topic, publication.rules);
     if (loaded.document == nullptr) {
         if (!loaded.excluded) {
-            publication.warn(loaded.reason);
+            ReportUnread(publication, loaded.reason);
         }
         return;
     }
@@ -259,7 +264,7 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
     if (stylesheet == nullptr) {
         return "the stylesheet " + stylesheetPath.utf8 + " is missing or has an error";
     }
-    DitaLibrary library(rules);
+    DitaLibrary library(rules, run.unread);
     Publication publication{.run = run,
                             .rules = rules,
                             .stylesheet = stylesheet,

@@ -15,6 +15,9 @@ struct DitaRun {
     NativePath ditaval;  ///< May be empty.
     NativePath pages;    ///< The folder for the pages, with a closing slash.
     MessageSink log;     ///< Receives each line of the run's log.
+
+    /// Receives each file that could not be read, as one line: a page or part of one is missing.
+    MessageSink unread = [](const std::string&) {};
 };
 
 /// Empty on success, with or without warnings; else the reason, one line.

@@ -137,6 +137,10 @@ const DitaDocument& DitaLibrary::Load(const NativePath& path) {
         return recent_.front().loaded;
     }
     recent_.push_front({path, LoadDita(path, rules_)});
+    const DitaDocument& loaded = recent_.front().loaded;
+    if (loaded.document == nullptr && !loaded.excluded) {
+        unread_(loaded.reason);
+    }
     if (recent_.size() > kKeptDocuments) {
         recent_.pop_back();
     }

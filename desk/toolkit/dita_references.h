@@ -21,10 +21,10 @@ struct TopicSummary {
 };
 
 /// Loads the documents that topics refer to. The most recently used ones stay in memory, and the titles of
-/// all. `rules` must outlive the library.
+/// all. `rules` and `unread`, which receives why a document could not be read, must outlive the library.
 class DitaLibrary {
   public:
-    explicit DitaLibrary(const Ditaval& rules) : rules_(rules) {}
+    DitaLibrary(const Ditaval& rules, const MessageSink& unread) : rules_(rules), unread_(unread) {}
 
     /// Null if the document cannot be read or is excluded. The library owns it and may free it when eight
     /// other documents have been requested.
@@ -41,6 +41,7 @@ class DitaLibrary {
     const DitaDocument& Load(const NativePath& path);
 
     const Ditaval& rules_;
+    const MessageSink& unread_;
     std::list<Entry> recent_;
     std::map<NativePath, TopicSummary> summaries_;
 };

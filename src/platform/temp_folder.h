@@ -2,13 +2,15 @@
 #pragma once
 
 #include <string>
+#include <system_error>
 
 #include "platform/interruption.h"
 
 namespace ventrix::platform {
 
 /// Made below the system's folder for temporary files (TMPDIR, /tmp); removed with all that is in it at the
-/// end of this object or when the run is interrupted.
+/// end of this object or when the run is interrupted. Where that fails, a warning on standard error names
+/// it.
 class TemporaryFolder {
   public:
     /// The folder's name begins with `prefix`.
@@ -27,7 +29,7 @@ class TemporaryFolder {
     const std::string& Problem() const { return problem_; }
 
   private:
-    void Remove() const;
+    std::error_code Remove() const;
 
     std::string path_;
     bool kept_ = false;

@@ -1,6 +1,7 @@
 #include "platform/temp_folder.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -27,14 +28,18 @@ TemporaryFolder::TemporaryFolder(const std::string& prefix) : cleanUp_([this] { 
 }
 
 TemporaryFolder::~TemporaryFolder() {
-    Remove();
+    if (const std::error_code error = Remove()) {
+        std::fprintf(stderr, "warning: the temporary folder %s cannot be removed: %s\n", path_.c_str(),
+                     error.message().c_str());
+    }
 }
 
-void TemporaryFolder::Remove() const {
-    std::error_code ignored;
+std::error_code TemporaryFolder::Remove() const {
+    std::error_code error;
     if (!path_.empty() && !kept_) {
-        fs::remove_all(path_, ignored);
+        fs::remove_all(path_, error);
     }
+    return error;
 }
 
 }  // namespace ventrix::platform
