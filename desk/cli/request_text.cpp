@@ -64,7 +64,8 @@ class RequestWriter {
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
     return std::ranges::equal(a, b, [](char left, char right) {
-        return std::tolower(static_cast<unsigned char>(left)) == std::tolower(static_cast<unsigned char>(right));
+        return std::tolower(static_cast<unsigned char>(left)) ==
+               std::tolower(static_cast<unsigned char>(right));
     });
 }
 

@@ -26,7 +26,8 @@ bool IsTopLevel(const fs::path& output) {
 }
 
 std::string WhyProtected(const fs::path& output) {
-    const std::string reason = "is or contains a home folder or a root folder; choose a separate folder for the result";
+    const std::string reason =
+        "is or contains a home folder or a root folder; choose a separate folder for the result";
     if (output.filename().empty()) {
         return reason;
     }

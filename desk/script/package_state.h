@@ -12,7 +12,7 @@ struct PackageFile {
     std::string name;  ///< Relative to the folder, with "/".
     std::uintmax_t size = 0;
     std::int64_t modified = 0;  ///< Nanoseconds since 1970.
-    std::uint64_t file = 0;     ///< The file's number on its device: a file that was replaced has another one.
+    std::uint64_t file = 0;  ///< The file's number on its device: a file that was replaced has another one.
 
     bool operator==(const PackageFile&) const = default;
 };

@@ -4,8 +4,8 @@
 #include <iterator>
 #include <utility>
 
-#include "markers/xml/escaping.h"
 #include "markers/xml/characters.h"
+#include "markers/xml/escaping.h"
 
 namespace ventrix {
 namespace {
@@ -247,8 +247,9 @@ void UnescapeMarkup(std::string& text) {
     for (std::size_t mark = 0; (mark = rest.find('&')) != std::string_view::npos;) {
         unescaped += rest.substr(0, mark);
         rest.remove_prefix(mark);
-        const auto pair = std::ranges::find_if(
-            xml::kMarkupCharacters, [&](const auto& candidate) { return rest.starts_with(candidate.second); });
+        const auto pair = std::ranges::find_if(xml::kMarkupCharacters, [&](const auto& candidate) {
+            return rest.starts_with(candidate.second);
+        });
         const bool isEscape = pair != xml::kMarkupCharacters.end();
         unescaped += isEscape ? pair->first : '&';
         rest.remove_prefix(isEscape ? pair->second.size() : 1);
@@ -278,7 +279,8 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
 
 std::string TrimBlanks(std::string_view text) {
     const auto first = std::ranges::find_if_not(text, xml::IsWhitespace);
-    const auto last = std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), xml::IsWhitespace).base();
+    const auto last =
+        std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), xml::IsWhitespace).base();
     return {first, last};
 }
 

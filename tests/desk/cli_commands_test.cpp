@@ -319,8 +319,8 @@ TEST_F(CommandLine, PublishNamesFilesThatCannotBeLoaded) {
 TEST_F(CommandLine, InterruptedRunKeepsTheSourceAndMarksTheOutput) {
     folder.WriteProgram("interrupt", "#!/bin/sh\nkill -INT $PPID\nsleep 5\n");
     const std::string before = folder.Read("src/plain.xml");
-    const Finished stopped =
-        Run({"publish", "src/plain.xml", "-o", "out", "--xpath", "--no-transform", "--pre-script", "interrupt"});
+    const Finished stopped = Run(
+        {"publish", "src/plain.xml", "-o", "out", "--xpath", "--no-transform", "--pre-script", "interrupt"});
     EXPECT_EQ(stopped.status, 130);
     EXPECT_EQ(stopped.out, "");
     EXPECT_EQ(folder.Read("src/plain.xml"), before);
