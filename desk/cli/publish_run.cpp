@@ -98,7 +98,7 @@ Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session&
             states.isTransformed = true;
         }
     };
-    const Reply reply = Send(session, request);
+    Reply reply = Send(session, request);
     session.documentPathAsked = nullptr;
     session.clientCalled = nullptr;
     return reply;
@@ -140,6 +140,7 @@ std::vector<NativePath> SourcesOf(const std::vector<NativePath>& copies, const P
                                   const PackageLayout& layout) {
     const std::string folder = plan.output.utf8 + '/';
     std::vector<NativePath> sources;
+    sources.reserve(copies.size());
     for (const NativePath& copy : copies) {
         sources.push_back(copy.utf8.starts_with(folder)
                               ? NativePath{layout.commonFolder.utf8 + copy.utf8.substr(folder.size())}
@@ -186,7 +187,7 @@ NativePath StartPage(const PublishPlan& plan, const Session& session, const Publ
     const std::filesystem::path folder = ToFilesystem(outcome.resultFolder);
     const std::string stem = FromFilesystem(ToFilesystem(session.document).stem()).utf8;
     for (const std::string& name : {std::string("index.html"), stem + ".html"}) {
-        const NativePath page = NormalPath(FromFilesystem(folder / name));
+        NativePath page = NormalPath(FromFilesystem(folder / name));
         if (platform::OpensForReading(page.utf8)) {
             return page;
         }
