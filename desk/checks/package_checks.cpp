@@ -131,17 +131,19 @@ std::vector<NativePath> MisplacedPages(const NativePath& output, const NativePat
     return misplaced;
 }
 
-std::vector<NativePath> LeftCopies(const NativePath& output, const std::vector<PackageFile>& package) {
-    std::vector<NativePath> left;
+std::vector<NativePath> XmlFiles(const NativePath& output, const std::vector<PackageFile>& package) {
+    std::vector<NativePath> files;
     for (const PackageFile& file : package) {
-        const NativePath path{WithSlash(output) + file.name};
-        const bool isXml =
-            file.name.ends_with(".dita") || file.name.ends_with(".ditamap") || file.name.ends_with(".xml");
-        if (isXml && IsFile(path)) {
-            left.push_back(path);
+        if (file.name.ends_with(".dita") || file.name.ends_with(".ditamap") || file.name.ends_with(".xml")) {
+            files.push_back({WithSlash(output) + file.name});
         }
     }
-    return left;
+    return files;
+}
+
+std::vector<NativePath> Existing(std::vector<NativePath> paths) {
+    std::erase_if(paths, [](const NativePath& path) { return !IsFile(path); });
+    return paths;
 }
 
 std::vector<NativePath> AbsentFolders(const DocumentFiles& files) {

@@ -41,9 +41,11 @@ std::vector<NativePath> UnplacedGraphics(const DocumentFiles& files, const Nativ
 std::vector<NativePath> MisplacedPages(const NativePath& output, const NativePath& resultFolder,
                                        const std::vector<PackageFile>& package);
 
-/// Copies of XML files that are still in the package after the run, although the module deletes them: each is
-/// a file of the result that no reader should see.
-std::vector<NativePath> LeftCopies(const NativePath& output, const std::vector<PackageFile>& package);
+/// The XML files of a package, which the module encodes, and deletes after the transformation.
+std::vector<NativePath> XmlFiles(const NativePath& output, const std::vector<PackageFile>& package);
+
+/// Those that are files.
+std::vector<NativePath> Existing(std::vector<NativePath> paths);
 
 /// The folders above the listed files that do not exist, deepest first. The module creates them where a
 /// graphic is missing.

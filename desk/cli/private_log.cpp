@@ -16,11 +16,19 @@ PrivateLog::PrivateLog() : folder_("ventrix-log") {
 }
 
 std::string PrivateLog::Text() const {
-    return LogFrom(path_, 0);
+    std::string text = LogFrom(path_, 0);
+    if (text.size() != LogSize(path_)) {
+        throw Stop{kExitNoModule, path_.utf8 + " cannot be read; set TMPDIR to a folder on another disk"};
+    }
+    return text;
 }
 
 std::string PrivateLog::AppendTo(const NativePath& log) {
-    const std::string text = Text();
+    const std::string text = LogFrom(path_, 0);
+    if (text.size() != LogSize(path_)) {
+        folder_.Keep();
+        return "the log of this run cannot be read: " + path_.utf8;
+    }
     if (log.Empty() || text.empty() || IsNullDevice(log)) {
         return {};
     }

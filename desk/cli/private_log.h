@@ -16,7 +16,8 @@ class PrivateLog {
 
     const NativePath& Path() const { return path_; }
 
-    /// Everything that the run has written so far; empty if it has not opened the log.
+    /// Everything that the run has written so far; empty if it has not opened the log. Throws Stop if it
+    /// cannot be read.
     std::string Text() const;
 
     /// Appends the lines to the user's log. On success, and if the user wants no log, the result is empty and

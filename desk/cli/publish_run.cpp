@@ -149,6 +149,14 @@ std::vector<NativePath> SourcesOf(const std::vector<NativePath>& copies, const P
     return sources;
 }
 
+/// Files whose encoding the log does not mention: it could not be written, and findings may be lost with it.
+std::vector<NativePath> Unlogged(std::vector<NativePath> files, const RunLog& log) {
+    std::erase_if(files, [&log](const NativePath& file) {
+        return std::ranges::find(log.encodedFiles, file) != log.encodedFiles.end() || Failed(log, file);
+    });
+    return files;
+}
+
 std::vector<Finding> CheckPackage(const PublishPlan& plan, const PackageLayout& layout,
                                   const PublishOutcome& outcome, const PackageStates& states) {
     std::vector<Finding> findings;
@@ -157,6 +165,8 @@ std::vector<Finding> CheckPackage(const PublishPlan& plan, const PackageLayout& 
         return std::ranges::find(outcome.missing, file) != outcome.missing.end();
     });
     Add(findings, uncopied, "not-packaged", "could not be copied into the package and is not in the result");
+    Add(findings, SourcesOf(Unlogged(XmlFiles(plan.output, states.copied), outcome.log), plan, layout),
+        "not-logged", "the module's log does not say how it was encoded; check the space in TMPDIR");
     if (states.isTransformed) {
         std::vector<NativePath> encoded = outcome.log.encodedFiles;
         std::erase_if(encoded, [&](const NativePath& file) { return Failed(outcome.log, file); });
@@ -173,7 +183,7 @@ std::vector<Finding> CheckResult(const PublishPlan& plan, const Session& session
     std::vector<Finding> findings;
     Add(findings, UnplacedGraphics(session.files, session.document, outcome.resultFolder), "graphic-missing",
         "the graphic could not be copied to its place in the result");
-    Add(findings, LeftCopies(plan.output, states.copied), "copy-left",
+    Add(findings, Existing(XmlFiles(plan.output, states.copied)), "copy-left",
         "the packaged copy could not be deleted from the result");
     if (plan.ditaOt && plan.undecoded.Empty()) {
         Add(findings, MisplacedPages(plan.output, outcome.resultFolder, states.copied), "page-misplaced",

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <sstream>
 #include <string_view>
@@ -99,9 +98,13 @@ std::uint64_t LogSize(const NativePath& log) {
 }
 
 std::string LogFrom(const NativePath& log, std::uint64_t offset) {
+    const std::uint64_t size = LogSize(log);
+    std::string text(size < offset ? 0 : size - offset, '\0');
     std::ifstream file(ToFilesystem(log), std::ios::binary);
     file.seekg(static_cast<std::streamoff>(offset));
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    return text;
 }
 
 }  // namespace ventrix::desk

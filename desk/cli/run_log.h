@@ -30,7 +30,8 @@ RunLog ReadRunLog(const std::string& text);
 /// Returns the file's size in bytes; 0 if it is missing.
 std::uint64_t LogSize(const NativePath& log);
 
-/// Returns the bytes from an offset to the end; empty if the file is missing.
+/// Returns the bytes from an offset to the end, or those before the first that cannot be read; empty if the
+/// file is missing.
 std::string LogFrom(const NativePath& log, std::uint64_t offset);
 
 }  // namespace ventrix::desk

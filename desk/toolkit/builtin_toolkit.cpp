@@ -29,7 +29,7 @@ struct Publication {
     std::set<NativePath> known;  ///< Topics that wait or have their page.
     std::set<NativePath> copied;
     MessageSink warn;
-    int pages = 0;
+    std::set<NativePath> written;  ///< Pages.
     int warnings = 0;
     std::string failure;  ///< The first page or file that could not be written.
 };
@@ -156,7 +156,7 @@ void Write(Publication& publication, const NativePath& page, const std::string& 
         Fail(publication, page.utf8 + " cannot be written; check its permissions and the free space");
         return;
     }
-    ++publication.pages;
+    publication.written.insert(page);
     publication.run.log("page " + page.utf8);
 }
 
@@ -213,8 +213,8 @@ void MakePage(Publication& publication, const NativePath& topic) {
 void MakeIndex(Publication& publication) {
     const NativePath page{OutputOf(publication.layout, FolderOf(publication.run.document)).utf8 +
                           "index.html"};
-    const XmlDocument contents =
-        ContentsDocument(publication.navigation, publication.layout, page, publication.library);
+    const XmlDocument contents = ContentsDocument(publication.navigation, publication.layout, page,
+                                                  publication.written, publication.library);
     Write(publication, page, Rendered(publication, contents.get(), publication.run.document));
 }
 
@@ -238,7 +238,7 @@ std::string MakePages(Publication& publication) {
         publication.waiting.pop_front();
         MakePage(publication, topic);
     }
-    if (publication.pages == 0 && publication.failure.empty()) {
+    if (publication.written.empty() && publication.failure.empty()) {
         return publication.run.document.utf8 +
                ": none of its topics could be published; see the warnings in the log";
     }
@@ -276,14 +276,16 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
                             .known = {},
                             .copied = {},
                             .warn = {},
+                            .written = {},
                             .failure = {}};
     publication.warn = [&publication](const std::string& line) {
         ++publication.warnings;
         publication.run.log("warning: " + line);
     };
     reason = MakePages(publication);
-    run.log(std::to_string(publication.pages) + " pages, " + std::to_string(publication.copied.size()) +
-            " other files, " + std::to_string(publication.warnings) + " warnings");
+    run.log(std::to_string(publication.written.size()) + " pages, " +
+            std::to_string(publication.copied.size()) + " other files, " +
+            std::to_string(publication.warnings) + " warnings");
     return reason;
 }
 

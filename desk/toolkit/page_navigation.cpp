@@ -1,6 +1,5 @@
 #include "desk/toolkit/page_navigation.h"
 
-#include <filesystem>
 
 #include "desk/toolkit/dita_classes.h"
 
@@ -57,6 +56,7 @@ void AddLink(xmlNode* links, const std::string& href, const char* role, DitaLibr
 struct ContentsWriter {
     const PageLayout& layout;
     const NativePath& page;
+    const std::set<NativePath>& written;
     DitaLibrary& library;
 };
 
@@ -76,8 +76,7 @@ std::pair<std::string, std::string> TitleAndReference(const ContentsWriter& writ
     }
     const NativePath topicPage = PageOf(writer.layout, target->path);
     const std::string own = TitleOf(item.href, writer.library);
-    std::error_code error;
-    if (topicPage.Empty() || !std::filesystem::exists(ToFilesystem(topicPage), error)) {
+    if (!writer.written.contains(topicPage)) {
         return {};
     }
     const std::string anchor = target->topic.empty() ? "" : "#" + target->topic;
@@ -126,13 +125,14 @@ void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const Nat
 }
 
 XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const NativePath& page,
-                             DitaLibrary& library) {
+                             const std::set<NativePath>& written, DitaLibrary& library) {
     XmlDocument document(xmlNewDoc(Xml("1.0")));
     xmlNode* root = xmlNewDocNode(document.get(), nullptr, Xml("contents"), nullptr);
     xmlDocSetRootElement(document.get(), root);
     xmlNewProp(root, Xml("title"), Xml(navigation.title.c_str()));
     xmlNewProp(root, Xml("language"), Xml(navigation.language.c_str()));
-    AddItems({.layout = layout, .page = page, .library = library}, root, navigation.items);
+    AddItems({.layout = layout, .page = page, .written = written, .library = library}, root,
+             navigation.items);
     return document;
 }
 

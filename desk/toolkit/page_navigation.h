@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -28,9 +29,9 @@ void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const Nat
                    DitaLibrary& library);
 
 /// `<contents title="..." language="..."><item href="..." title="..."><item .../></item></contents>`, with
-/// references relative to the page that will contain it. A topic that cannot be read or is excluded gets no
+/// references relative to the page that will contain it. A topic without one of the `written` pages gets no
 /// item; its children take its place.
 XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const NativePath& page,
-                             DitaLibrary& library);
+                             const std::set<NativePath>& written, DitaLibrary& library);
 
 }  // namespace ventrix::desk

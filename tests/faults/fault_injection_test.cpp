@@ -136,6 +136,7 @@ TEST_P(Faults, ValidateChangesNothingAndReportsWhatItCouldNotRead) {
             break;
         }
         const std::vector<std::string> wrong = world_->FaultsAfterValidate(ended, undisturbed);
+        world_->ClearTemporaryFolder();
         if (!wrong.empty()) {
             Report(fault, state, ended, wrong);
             StartAgain();

@@ -226,13 +226,14 @@ std::vector<std::string> PublishingWorld::FaultsAfterPublish(const Ended& ended)
         faults.push_back("exit status 0, but the result is not whole: " + Difference(output, new_));
     } else if (ended.status == 1) {
         CheckIncomplete(said, faults);
-    } else if (ended.status > 1 && output != earlier_) {
+    } else if (ended.status > 1 && output != earlier_ && !(ended.status > 128 && output == new_)) {
+        // A signal may come when the new result is complete.
         faults.push_back("the earlier result is not as it was: " + Difference(output, earlier_));
     }
     for (const auto& [name, content] : kForeign) {
         const auto found = output.find(name);
         const std::string aside = place_ + ".out.ventrix-run/earlier";
-        const bool named = Names(said, aside) && Holds(aside + "/" + name, content);
+        const bool named = Names(said, place_ + ".out.ventrix-run") && Holds(aside + "/" + name, content);
         if ((found == output.end() || found->second != content) && !named) {
             faults.push_back("lost a file of the user: " + name);
         }
@@ -279,12 +280,16 @@ std::vector<std::string> PublishingWorld::FaultsAfterKill() const {
     return faults;
 }
 
-std::vector<std::string> PublishingWorld::SettleAndReturn(const Ended& before) {
-    std::vector<std::string> faults;
+void PublishingWorld::ClearTemporaryFolder() const {
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(Native("tmp"))) {
         fs::remove_all(entry.path(), ignored);
     }
+}
+
+std::vector<std::string> PublishingWorld::SettleAndReturn(const Ended& before) {
+    std::vector<std::string> faults;
+    ClearTemporaryFolder();
     WriteSources(Edition::kEarlier);
     const Ended ended = Publish();
     Tree output = Output();
@@ -298,6 +303,7 @@ std::vector<std::string> PublishingWorld::SettleAndReturn(const Ended& before) {
         faults.push_back("the next run's result is not whole: " + difference + "\n" + ended.error);
     }
     WriteSources(Edition::kNew);
+    std::error_code ignored;
     for (const std::string& folder : {std::string(), place_}) {
         for (const auto& entry : fs::directory_iterator(Native(folder))) {
             if (entry.path().filename().string().starts_with("out.failed")) {

@@ -51,6 +51,9 @@ class PublishingWorld : public TestFolder {
     /// the run `before`. What is wrong, one line each.
     std::vector<std::string> SettleAndReturn(const Ended& before);
 
+    /// Removes what a disturbed run left in its folder for temporary files.
+    void ClearTemporaryFolder() const;
+
     /// Whether a name of this world is a file with this content, or a folder for "/".
     bool Holds(const std::string& name, const std::string& content) const;
 
@@ -59,8 +62,9 @@ class PublishingWorld : public TestFolder {
 
     std::string OutputName() const { return place_ + "out"; }
 
-  private:
     void WriteSources(Edition edition) const;
+
+  private:
     Tree Output() const;
     void CheckSources(std::vector<std::string>& faults) const;
     void CheckLeftovers(const std::string& said, std::vector<std::string>& faults) const;
