@@ -34,7 +34,7 @@ NativePath AreaOf(const NativePath& document, const std::vector<NativePath>& fil
     for (const NativePath& file : files) {
         common = CommonFolder(common, file);
     }
-    const NativePath folder = RealPath(NormalPath(common));
+    NativePath folder = RealPath(NormalPath(common));
     if (!IsRoot(folder) && !IsTopLevel(folder) && !ContainsHomeFolder(folder)) {
         return folder;
     }

@@ -145,7 +145,7 @@ void Confine(Walk& walk, const NativePath& document, const std::vector<NativePat
 }
 
 std::string WhyMisread(const NativePath& path) {
-    if (const std::string why = WhyUnnameable(path); !why.empty()) {
+    if (std::string why = WhyUnnameable(path); !why.empty()) {
         return why;
     }
     if (path.utf8.find(':', FolderOf(path).utf8.size()) != std::string::npos) {

@@ -27,18 +27,18 @@ struct OpenDocument {
 };
 
 /// The module is built apart from the host, so that no exception may leave a host method.
-template <auto kMethod, class... Arguments>
+template <auto Function, class... Arguments>
 HRESULT WithoutException(Arguments... arguments) {
     try {
-        return kMethod(arguments...);
+        return Function(arguments...);
     } catch (const std::exception&) {
         return E_FAIL;
     }
 }
 
-template <class Method, auto kFunction>
+template <class Method, auto Function>
 void Offer(HostMethodTables& tables) {
-    tables[Method::kInterfaceNumber].template Set<Method>(&WithoutException<kFunction>);
+    tables[Method::kInterfaceNumber].template Set<Method>(&WithoutException<Function>);
 }
 
 bool CanRead(const SystemPath& path) {
