@@ -17,7 +17,7 @@ constexpr const char* kVolumeFolder = "lost+found";  // Belongs to the file syst
 
 /// A name that is not UTF-8 has no place in JSON; its bytes in hexadecimal identify it as well.
 std::string ListedName(const fs::path& name) {
-    const std::string text = name.generic_string();
+    std::string text = name.generic_string();
     if (platform::IsUtf8(text)) {
         return text;
     }

@@ -26,14 +26,14 @@ bool IsTopLevel(const fs::path& output) {
 }
 
 std::string WhyProtected(const fs::path& output) {
-    const std::string reason =
+    constexpr const char* kReason =
         "is or contains a home folder or a root folder; choose a separate folder for the result";
     if (output.filename().empty()) {
-        return reason;
+        return kReason;
     }
     for (const fs::path& folder : ProtectedFolders()) {
         if (platform::LiesIn(folder, output)) {
-            return reason;
+            return kReason;
         }
     }
     return {};

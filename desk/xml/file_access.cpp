@@ -60,7 +60,7 @@ int ReadPiece(void* context, char* buffer, int length) {
     auto& opened = *static_cast<OpenContent*>(context);
     const std::size_t count =
         std::min(opened.content.size() - opened.at, static_cast<std::size_t>(std::max(length, 0)));
-    std::memcpy(buffer, opened.content.data() + opened.at, count);
+    std::copy_n(opened.content.data() + opened.at, count, buffer);
     opened.at += count;
     return static_cast<int>(count);
 }

@@ -173,10 +173,8 @@ std::string FindTooManyAttributes(std::string_view text) {
             inTag = true;
             quote = '\0';
             attributes = 0;
-        } else if (c == '>' && quote == '\0') {
-            inTag = false;
-        } else if (previous == '<' && (c == '!' || c == '?' || c == ' ')) {
-            inTag = false;  // A comment, a CDATA section, or no tag at all.
+        } else if ((c == '>' && quote == '\0') || (previous == '<' && (c == '!' || c == '?' || c == ' '))) {
+            inTag = false;  // The end of a tag, or a comment, a CDATA section, or no tag at all.
         } else if (inTag && opens && ++attributes > kMaxAttributes) {
             return AtLine(line, AttributeRefusal("an element"));
         } else if (inTag && (opens || c == quote)) {

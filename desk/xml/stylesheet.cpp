@@ -134,8 +134,8 @@ std::vector<NativePath> FoldersOf(const xsltStylesheet* stylesheet) {
     std::vector<NativePath> folders;
     AddFoldersOf(stylesheet, folders);
     std::ranges::sort(folders, {}, &NativePath::utf8);
-    const auto repeated = std::ranges::unique(folders);
-    folders.erase(repeated.begin(), repeated.end());
+    const auto repeated = std::unique(folders.begin(), folders.end());
+    folders.erase(repeated, folders.end());
     return folders;
 }
 
