@@ -61,6 +61,12 @@ void FillReport(const PublishPlan& plan, const PublishOutcome& outcome, RunRepor
     }
 }
 
+/// The result of a failed run is not where the module reported it.
+void ForgetResult(RunReport& report) {
+    report.resultFolder = report.startPage = report.buildLog = {};
+    report.pages.clear();
+}
+
 void PrintResult(const PublishPlan& plan, const PublishOutcome& outcome, const Screen& screen) {
     screen.Result("result:    " + outcome.resultFolder.utf8);
     screen.Result("pages:     " + std::to_string(outcome.pages.files.size()));
@@ -116,6 +122,7 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
     } catch (...) {
         DeliverLog(log, plan, report, screen);
         output.RollBack();
+        ForgetResult(report);
         throw;
     }
     DeliverLog(log, plan, report, screen);
@@ -125,6 +132,8 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
     }
     if (status == kExitDone || status == kExitFindings) {
         PrintResult(plan, outcome, screen);
+    } else {
+        ForgetResult(report);
     }
     return status;
 }

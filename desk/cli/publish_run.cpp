@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <set>
 #include <stdexcept>
 
 #include "bridge/contract/request.h"
@@ -131,8 +132,12 @@ void Add(std::vector<Finding>& findings, const std::vector<NativePath>& files, c
     }
 }
 
-bool Failed(const RunLog& log, const NativePath& file) {
-    return std::ranges::any_of(log.failed, [&](const FailedFile& failed) { return failed.file == file; });
+std::set<NativePath> FailedFiles(const RunLog& log) {
+    std::set<NativePath> files;
+    for (const FailedFile& failed : log.failed) {
+        files.insert(failed.file);
+    }
+    return files;
 }
 
 /// The sources of packaged files.
@@ -151,9 +156,9 @@ std::vector<NativePath> SourcesOf(const std::vector<NativePath>& copies, const P
 
 /// Files whose encoding the log does not mention: it could not be written, and findings may be lost with it.
 std::vector<NativePath> Unlogged(std::vector<NativePath> files, const RunLog& log) {
-    std::erase_if(files, [&log](const NativePath& file) {
-        return std::ranges::find(log.encodedFiles, file) != log.encodedFiles.end() || Failed(log, file);
-    });
+    std::set<NativePath> logged = FailedFiles(log);
+    logged.insert(log.encodedFiles.begin(), log.encodedFiles.end());
+    std::erase_if(files, [&logged](const NativePath& file) { return logged.contains(file); });
     return files;
 }
 
@@ -169,7 +174,8 @@ std::vector<Finding> CheckPackage(const PublishPlan& plan, const PackageLayout& 
         "not-logged", "the module's log does not say how it was encoded; check the space in TMPDIR");
     if (states.isTransformed) {
         std::vector<NativePath> encoded = outcome.log.encodedFiles;
-        std::erase_if(encoded, [&](const NativePath& file) { return Failed(outcome.log, file); });
+        const std::set<NativePath> failed = FailedFiles(outcome.log);
+        std::erase_if(encoded, [&failed](const NativePath& file) { return failed.contains(file); });
         const std::vector<NativePath> unsaved =
             UnsavedCopies(encoded, plan.output, states.copied, states.transformed);
         Add(findings, SourcesOf(unsaved, plan, layout), "not-encoded",
