@@ -1,6 +1,5 @@
 #include "desk/toolkit/page_navigation.h"
 
-
 #include "desk/toolkit/dita_classes.h"
 
 namespace ventrix::desk {

@@ -317,7 +317,8 @@ TEST_F(CommandLine, PublishNamesFilesThatCannotBeLoaded) {
 }
 
 TEST_F(CommandLine, InterruptedRunKeepsTheSourceAndMarksTheOutput) {
-    folder.WriteProgram("interrupt", "#!/bin/sh\np=$PPID\nwhile [ \"$(cat /proc/$p/comm)\" != ventrix ]; do\n"
+    folder.WriteProgram("interrupt",
+                        "#!/bin/sh\np=$PPID\nwhile [ \"$(cat /proc/$p/comm)\" != ventrix ]; do\n"
                         "  p=$(cut -d ' ' -f 4 /proc/$p/stat)\ndone\nkill -INT $p\nsleep 5\n");
     const std::string before = folder.Read("src/plain.xml");
     const Finished stopped = Run(
