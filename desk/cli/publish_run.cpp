@@ -191,7 +191,9 @@ std::vector<Finding> CheckResult(const PublishPlan& plan, const Session& session
         "the graphic could not be copied to its place in the result");
     Add(findings, Existing(XmlFiles(plan.output, states.copied)), "copy-left",
         "the packaged copy could not be deleted from the result");
-    if (plan.ditaOt && plan.undecoded.Empty()) {
+    // The module moves the pages only if the toolkit did not make the folder itself.
+    const bool isMoved = !session.record.folders.contains(NormalPath(outcome.resultFolder));
+    if (plan.ditaOt && plan.undecoded.Empty() && isMoved) {
         Add(findings, MisplacedPages(plan.output, outcome.resultFolder, states.copied), "page-misplaced",
             "the page could not be moved to the result folder");
     }

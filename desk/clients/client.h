@@ -50,6 +50,8 @@ struct TransformationRecord {
     std::string reason;            ///< Of the first failure, one line; empty if none failed.
     NativePath logFile;            ///< The log with more details; may be empty.
     std::set<std::string> unread;  ///< Files that the built-in toolkit could not read, each with the reason.
+    std::set<NativePath>
+        folders;  ///< Those that a DITA run left among its pages, and the folder of the pages.
     std::vector<std::string> findings;  ///< Errors that a toolkit reported although it ended with success.
 };
 

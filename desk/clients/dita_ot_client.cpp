@@ -38,6 +38,19 @@ std::string Run(const DitaOtSettings& settings, const FileAccess& access, const 
                                          : RunInstalledToolkit(run, settings.toolkit, logFile);
 }
 
+/// The folder and all below it.
+std::set<NativePath> FoldersIn(const NativePath& folder) {
+    std::set<NativePath> folders{NormalPath(folder)};
+    std::error_code error;
+    std::filesystem::recursive_directory_iterator entry(ToFilesystem(folder), error);
+    for (; !error && entry != std::filesystem::recursive_directory_iterator(); entry.increment(error)) {
+        if (entry->is_directory(error)) {
+            folders.insert(NormalPath(FromFilesystem(entry->path())));
+        }
+    }
+    return folders;
+}
+
 /// Empty after a success.
 std::string RunWithLog(const DitaOtSettings& settings, const FileAccess& access, const ClientCommand& command,
                        const HostServices& host, TransformationRecord& record) {
@@ -67,6 +80,7 @@ std::string RunWithLog(const DitaOtSettings& settings, const FileAccess& access,
                       .log = [&log](const std::string& line) { log << line << std::endl; },
                       .unread = [&record](const std::string& line) { record.unread.insert(line); }};
     std::string reason = Run(settings, access, run, record.logFile);
+    record.folders = FoldersIn(pages);
     if (settings.toolkit != "builtin") {
         record.findings = ToolkitErrors(record.logFile);
     }

@@ -272,6 +272,15 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
 }
 
+// The toolkit makes the folder of the document itself, so that the module leaves topics beside it in place.
+TEST_F(CommandLine, GuideWithTopicsOutsideItsFolderIsPublishedWithoutFindings) {
+    const Finished finished = Run(
+        {"publish", std::string(VENTRIX_EXAMPLES_FOLDER) + "/pump-guide/pump-guide.ditamap", "-o", "out"});
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    EXPECT_EQ(finished.error, "");
+    EXPECT_TRUE(folder.Exists("out/build-pump-guide.ditamap/xhtml/shared/contact.html"));
+}
+
 TEST_F(CommandLine, PublishReportsFindings) {
     const auto publish = [](std::vector<std::string> further) {
         further.insert(further.begin(), {"publish", "src/plain.xml", "--attributes", "kind"});
