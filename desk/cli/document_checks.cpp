@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <string_view>
 
 #include "desk/cli/option_checks.h"
 #include "desk/cli/spelling.h"
 #include "desk/documents/passed_over.h"
+#include "desk/toolkit/ditaval.h"
 
 namespace ventrix::desk {
 namespace {
@@ -76,6 +78,20 @@ class NameReporter {
     const Screen& screen_;
 };
 
+/// The attributes that the rules of the filters name.
+std::set<std::string> FilteredAttributes(const std::vector<std::string>& filters) {
+    std::set<std::string> attributes;
+    for (const std::string& filter : filters) {
+        std::string reason;
+        for (const auto& [key, excluded] : ReadDitaval({filter}, reason).value_or(Ditaval()).excludes) {
+            if (!key.first.empty()) {
+                attributes.insert(key.first);
+            }
+        }
+    }
+    return attributes;
+}
+
 }  // namespace
 
 void ReportPassedOverFiles(const DocumentFiles& files, RunReport& report, const Screen& screen) {
@@ -97,6 +113,9 @@ void ReportAbsentNames(const PublishOptions& options, const DocumentNames& names
     reporter.Lists("--attributes", NameKind::kAttribute, options.attributes);
     reporter.Lists("--elements", NameKind::kElement, options.elements);
     reporter.Lists("--source-path", NameKind::kElement, options.sourcePath);
+    for (const std::string& attribute : FilteredAttributes(options.ditaval)) {
+        reporter.Name("--ditaval", NameKind::kAttribute, attribute);
+    }
     for (const std::string& groups : options.scopedAttributes) {
         const std::vector<std::string> fields = SplitList(groups);
         for (std::size_t group = 0; group + 3 < fields.size(); group += 4) {

@@ -1,5 +1,7 @@
 #include "desk/cli/option_checks.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 #include "desk/cli/exit_status.h"
@@ -86,6 +88,36 @@ void RequireOption(const char* option, const std::string& value, const char* req
     }
 }
 
+/// Parameters have the form NAME=VALUE.
+void CheckParams(const char* option, const std::vector<std::string>& parameters, bool hasStylesheet) {
+    for (const std::string& parameter : parameters) {
+        const std::size_t equals = parameter.find('=');
+        if (equals == std::string::npos || !IsQualifiedName(parameter.substr(0, equals))) {
+            Refuse(option, parameter, "is not of the form NAME=VALUE");
+        }
+        RequireOption(option, parameter, "a stylesheet (--xslt)", hasStylesheet);
+    }
+}
+
+/// What a run sets itself cannot be set a second time.
+void CheckToolkitParam(const std::string& parameter) {
+    constexpr std::string_view kOwn[] = {
+        "args.input",    "args.filter",         "dita.input.valfile",  "args.resources", "output.dir",
+        "dita.temp.dir", "generate.copy.outer", "outer.control",       "transtype",      "dita.dir"};
+    constexpr std::string_view kNameCharacters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-";
+    const std::size_t equals = parameter.find('=');
+    const std::string name = parameter.substr(0, equals);
+    if (equals == std::string::npos || name.empty() ||
+        name.find_first_not_of(kNameCharacters) != std::string::npos) {
+        Refuse("--toolkit-param", parameter, "is not of the form NAME=VALUE");
+    }
+    if (std::ranges::find(kOwn, name) != std::end(kOwn)) {
+        Refuse("--toolkit-param", name,
+               "is set by ventrix itself; use --ditaval, --resource, --transtype or --output");
+    }
+}
+
 }  // namespace
 
 bool AsksForDitaTransformation(const PublishOptions& options) {
@@ -119,8 +151,16 @@ void CheckPublishOptions(const PublishOptions& options) {
     RequireOption("--source-path-attr", options.sourcePathAttr, "--source-path", !options.sourcePath.empty());
     RequireOption("--preserve-xpath-attr", options.preserveXpathAttr, "--preserve-xpath",
                   !options.preserveXpath.empty());
-    RequireOption("--ditaval", options.ditaval, "a DITA transformation (--dita-ot)",
-                  AsksForDitaTransformation(options));
+    for (const std::string& filter : options.ditaval) {
+        RequireOption("--ditaval", filter, "a DITA transformation (--dita-ot)",
+                      AsksForDitaTransformation(options));
+    }
+    CheckParams("--param", options.params, !options.xslt.empty());
+    CheckParams("--string-param", options.stringParams, !options.xslt.empty());
+    RequireOption("--xslt-engine", options.xsltEngine, "a stylesheet (--xslt)", !options.xslt.empty());
+    for (const std::string& parameter : options.toolkitParams) {
+        CheckToolkitParam(parameter);
+    }
 }
 
 }  // namespace ventrix::desk

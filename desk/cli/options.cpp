@@ -50,7 +50,8 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
         ->allow_extra_args(false);
     command
         .add_option("--toolkit", common.toolkit,
-                    "DITA Open Toolkit to use: builtin, installed, or the folder of one")
+                    "Toolkit for DITA: builtin (the default, Ventrix's own), installed (the DITA Open Toolkit "
+                    "on this machine), or the folder of a DITA Open Toolkit")
         ->type_name("WHICH")
         ->capture_default_str();
     command.add_option("--catalog", common.catalog, "XML catalog to search for DTDs before the system's own")
@@ -73,10 +74,25 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         ->required()
         ->type_name("FOLDER");
     auto* ditaOt = command.add_flag("--dita-ot", publish.ditaOt,
-                                    "Transform with the DITA Open Toolkit (default for DITA)");
+                                    "Transform as DITA, with the toolkit that --toolkit names (default for DITA)");
     command.add_option("--xslt", publish.xslt, "Transform with this stylesheet")
         ->type_name("FILE")
         ->excludes(ditaOt);
+    command
+        .add_option("--param", publish.params,
+                    "Parameter of the stylesheet, as an XPath expression; may be repeated")
+        ->type_name("NAME=EXPRESSION")
+        ->allow_extra_args(false);
+    command
+        .add_option("--string-param", publish.stringParams,
+                    "Parameter of the stylesheet, as a string; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->allow_extra_args(false);
+    command
+        .add_option("--xslt-engine", publish.xsltEngine,
+                    "XSLT processor: libxslt (default for XSLT 1.0) or saxon (default for 2.0 and 3.0)")
+        ->check(CLI::IsMember({"libxslt", "saxon"}))
+        ->type_name("WHICH");
     command
         .add_option("--pre-script", publish.preScript,
                     "Program to run on the packaged document before the transformation")
@@ -85,8 +101,20 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         .add_option("--post-script", publish.postScript,
                     "Program to run on the packaged document after the transformation")
         ->type_name("FILE");
-    command.add_option("--ditaval", publish.ditaval, "DITAVAL file that filters a DITA document")
-        ->type_name("FILE");
+    command
+        .add_option("--ditaval", publish.ditaval,
+                    "DITAVAL file that filters a DITA document; may be repeated, the first matching rule counts")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command
+        .add_option("--transtype", publish.transtype,
+                    "Transformation type of an installed toolkit that writes XHTML (default: xhtml)")
+        ->type_name("NAME");
+    command
+        .add_option("--toolkit-param", publish.toolkitParams,
+                    "Parameter for an installed toolkit; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->allow_extra_args(false);
     command.add_option("--out-file", publish.outFile, "Output path of the transformation")->type_name("PATH");
     AddNames(command, "--attributes", publish.attributes, "Attributes to preserve");
     AddNames(command, "--elements", publish.elements, "Inline elements to preserve, with their markup");
@@ -117,6 +145,8 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         .add_option("--preserve-xpath-attr", publish.preserveXpathAttr,
                     "HTML attribute for these queries (default: the tags attribute)")
         ->type_name("NAME");
+    command.add_flag("--keep-markers", publish.keepMarkers,
+                     "Leave marker text in attribute values, comments, scripts and other files of the result");
     command.add_flag("--no-transform", publish.noTransform,
                      "Do not transform the document; only package it and run the scripts");
     command.add_flag("--force", publish.force, "Use an output folder that holds other files; they are kept");
@@ -210,6 +240,11 @@ bool ReadOptions(int argc, char** argv, Options& options) {
         ->type_name("DOCUMENT");
     request->add_option(kRequestText, options.requestText, "Text of the request")->required()->type_name("");
     AddPublish(*publish, options.publish);
+    publish
+        ->add_option("--resource", options.common.resources,
+                     "Map that defines keys for the document, for an installed toolkit; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
     for (CLI::App* command : {publish, validate, request}) {
         AddCommon(*command, options.common);
         command->group("Commands");

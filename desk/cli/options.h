@@ -17,6 +17,7 @@ struct CommonOptions {
     std::vector<std::string> unsaved;
     std::vector<std::string> drives;  ///< Each as `X=FOLDER`.
     std::vector<std::string> allowRead;
+    std::vector<std::string> resources;  ///< Of a publish: files that belong to the document too.
     std::string toolkit = "builtin";
     std::string catalog;
     std::string color = "auto";  ///< auto, always or never.
@@ -31,7 +32,11 @@ struct PublishOptions {
     bool force = false;
     bool noTransform = false;
     bool xpath = false;
-    std::string xslt, preScript, postScript, ditaval, outFile;
+    bool keepMarkers = false;
+    std::string xslt, preScript, postScript, outFile, transtype;
+    std::vector<std::string> ditaval;
+    std::vector<std::string> toolkitParams, params, stringParams;  ///< Each as `NAME=VALUE`.
+    std::string xsltEngine;                                        ///< libxslt or saxon.
     std::string targetAttr, xpathAttr, sourcePathAttr, preserveXpathAttr;
     std::vector<std::string> attributes, elements, scopedAttributes, sourcePath, preserveXpath;
 };

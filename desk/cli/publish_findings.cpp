@@ -41,8 +41,14 @@ std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& ses
             findings.push_back({session.document, 0, "not-transformed", line});
         }
     }
-    for (const std::string& line : session.record.findings) {
-        findings.push_back({session.record.logFile, 0, "toolkit", line});
+    for (const DitaFinding& finding : session.record.findings) {
+        findings.push_back({finding.file, finding.line, "toolkit", finding.text});
+    }
+    std::ranges::copy(outcome.cleaned.findings, std::back_inserter(findings));
+    if (!outcome.markedSource.Empty()) {
+        findings.push_back({outcome.markedSource, 0, "marker-word",
+                            "contains a marker word; marker text that the transformation copied to attribute "
+                            "values and other places is left there"});
     }
     if (outcome.pages.markedTexts > 0) {
         findings.push_back({outcome.pages.firstMarkedText, 0, "marker-text",
@@ -62,6 +68,11 @@ std::vector<std::string> PublishNotes(const PublishPlan& plan, const PublishOutc
     if (outcome.pages.markedTexts > 0 && !plan.undecoded.Empty()) {
         notes.push_back("marker text is decoded only in .html and .htm files in the output folder, not in " +
                         plan.undecoded.utf8);
+    }
+    if (outcome.cleaned.groups > 0) {
+        notes.push_back("marker text taken out of attribute values and other places that are not decoded: " +
+                        std::to_string(outcome.cleaned.groups) + "; changed files: " +
+                        std::to_string(outcome.cleaned.files));
     }
     if (outcome.pages.markedValues > 0) {
         notes.push_back("attribute values into which the transformation copied marker text: " +

@@ -9,6 +9,7 @@
 #include "desk/cli/path_options.h"
 #include "desk/toolkit/ditaval.h"
 #include "desk/toolkit/installed_toolkit.h"
+#include "desk/clients/saxon.h"
 #include "desk/xml/stylesheet.h"
 
 namespace ventrix::desk {
@@ -18,6 +19,11 @@ bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
     if (!AsksForDitaTransformation(publish)) {
         return false;
     }
+    if (IsToolkitProject(session.document)) {
+        throw Stop{kExitUsage, session.document.utf8 +
+                                   " is a project file of the DITA Open Toolkit; publish the map that it names, "
+                                   "with its filter as --ditaval"};
+    }
     if (!publish.ditaOt && !session.files.dita) {
         throw Stop{kExitUsage, session.document.utf8 +
                                    " is not a DITA document; choose --xslt, --post-script or --no-transform"};
@@ -25,8 +31,26 @@ bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
     return true;
 }
 
-void CheckStylesheet(const NativePath& path) {
-    if (path.Empty()) {
+/// The engine for the stylesheet, once it is known to be there. Throws Stop if it is not.
+std::string ChooseEngine(const NativePath& stylesheet, const std::string& named) {
+    if (stylesheet.Empty()) {
+        return {};
+    }
+    const std::string version = VersionOf(stylesheet);
+    const bool newer = !version.empty() && version != "1.0" && version != "1.1";
+    std::string engine = !named.empty() ? named : newer ? "saxon" : "libxslt";
+    if (engine == "saxon" && SaxonProblem().empty()) {
+        return engine;
+    }
+    if (engine == "saxon") {
+        throw Stop{kExitTransformation, "the stylesheet " + stylesheet.utf8 + " is XSLT " + version + ": " +
+                                            SaxonProblem()};
+    }
+    return engine;
+}
+
+void CheckStylesheet(const NativePath& path, const std::string& engine) {
+    if (path.Empty() || engine != "libxslt") {
         return;
     }
     std::string first;
@@ -37,11 +61,35 @@ void CheckStylesheet(const NativePath& path) {
     }
 }
 
-void CheckFilter(const NativePath& path) {
-    std::string reason;
-    if (!path.Empty() && !ReadDitaval(path, reason)) {
-        throw Stop{kExitUsage, "--ditaval: " + path.utf8 + " cannot be used: " + reason};
+void CheckFilters(const std::vector<NativePath>& filters) {
+    for (const NativePath& path : filters) {
+        std::string reason;
+        if (!ReadDitaval(path, reason)) {
+            throw Stop{kExitUsage, "--ditaval: " + path.utf8 + " cannot be used: " + reason};
+        }
     }
+}
+
+/// Refuses what only the DITA Open Toolkit understands where another transformation runs.
+void CheckToolkitOptions(const Options& options, bool installedToolkit) {
+    const auto require = [&](const char* option, bool given) {
+        if (given && !installedToolkit) {
+            throw Stop{kExitUsage, std::string(option) + " has no effect without an installed toolkit; add "
+                                                         "--toolkit installed or --toolkit FOLDER"};
+        }
+    };
+    require("--resource", !options.common.resources.empty());
+    require("--transtype", !options.publish.transtype.empty());
+    require("--toolkit-param", !options.publish.toolkitParams.empty());
+}
+
+std::vector<NativePath> RequiredFiles(const char* option, const std::vector<std::string>& files) {
+    std::vector<NativePath> paths;
+    for (const std::string& file : files) {
+        RequireFile(option, {file});
+        paths.push_back(AbsolutePath({file}));
+    }
+    return paths;
 }
 
 void CheckToolkit(const PublishPlan& plan, const std::string& toolkit) {
@@ -70,8 +118,10 @@ void CheckPlaces(const PublishPlan& plan) {
 
 std::vector<NativePath> Inputs(const PublishPlan& plan, const Session& session) {
     const Installation own = FindInstallation();
-    std::vector<NativePath> inputs{session.document, plan.xslt,  plan.ditaval, plan.preScript,
+    std::vector<NativePath> inputs{session.document, plan.xslt,  plan.preScript,
                                    plan.postScript,  own.module, own.folder};
+    std::ranges::copy(plan.ditaval, std::back_inserter(inputs));
+    std::ranges::copy(plan.resources, std::back_inserter(inputs));
     std::ranges::copy(LocalFiles(session.files), std::back_inserter(inputs));
     std::erase_if(inputs, [](const NativePath& path) { return path.Empty(); });
     return inputs;
@@ -82,7 +132,6 @@ std::vector<NativePath> Inputs(const PublishPlan& plan, const Session& session) 
 PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     const PublishOptions& publish = options.publish;
     RequireFile("--xslt", {publish.xslt});
-    RequireFile("--ditaval", {publish.ditaval});
     RequireProgram("--pre-script", {publish.preScript});
     RequireProgram("--post-script", {publish.postScript});
     PublishPlan plan;
@@ -92,7 +141,8 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     plan.xslt = AbsolutePath({publish.xslt});
     plan.preScript = AbsolutePath({publish.preScript});
     plan.postScript = AbsolutePath({publish.postScript});
-    plan.ditaval = AbsolutePath({publish.ditaval});
+    plan.ditaval = RequiredFiles("--ditaval", publish.ditaval);
+    plan.resources = RequiredFiles("--resource", options.common.resources);
     plan.outFile = AbsolutePath({publish.outFile});
     plan.ditaOt = WantsDitaRun(publish, session);
     plan.transforms = plan.ditaOt || !plan.xslt.Empty();
@@ -101,8 +151,10 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     plan.undecoded = plan.outFile.Empty() || IsDecoded(plan) ? NativePath{} : plan.outFile;
     CheckPlaces(plan);
     CheckToolkit(plan, options.common.toolkit);
-    CheckStylesheet(plan.xslt);
-    CheckFilter(plan.ditaval);
+    plan.xsltEngine = ChooseEngine(plan.xslt, publish.xsltEngine);
+    CheckStylesheet(plan.xslt, plan.xsltEngine);
+    CheckToolkitOptions(options, plan.ditaOt && options.common.toolkit != "builtin");
+    CheckFilters(plan.ditaval);
     return plan;
 }
 

@@ -12,11 +12,13 @@
 namespace ventrix::desk {
 
 struct PublishPlan {
-    NativePath output;                                         ///< Absolute.
-    NativePath log;                                            ///< The user's report log, absolute.
-    NativePath xslt, preScript, postScript, ditaval, outFile;  ///< Absolute; empty if not given.
+    NativePath output;                                ///< Absolute.
+    NativePath log;                                   ///< The user's report log, absolute.
+    NativePath xslt, preScript, postScript, outFile;  ///< Absolute; empty if not given.
+    std::vector<NativePath> ditaval, resources;       ///< Absolute.
     NativePath undecoded;  ///< `outFile` if the module does not decode what is written there; else empty.
     std::vector<NativePath> inputs;  ///< Everything that the run reads; none may be in the output folder.
+    std::string xsltEngine;          ///< libxslt or saxon; empty without a stylesheet.
     bool ditaOt = false;
     bool transforms = false;  ///< A client transforms the document.
     std::string toolkit;      ///< The choice, for people; empty without a DITA transformation.

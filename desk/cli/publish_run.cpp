@@ -69,11 +69,35 @@ PublishValues Values(const PublishPlan& plan, const Session& session, const Priv
     values.xslt = Optional(plan.xslt);
     values.preScript = scripts.Prepare(kPreScript, plan.preScript);
     values.postScript = scripts.Prepare(kPostScript, plan.postScript);
-    values.ditaval = Optional(plan.ditaval);
+    values.ditaval = plan.ditaval.empty() ? SystemPath{} : RequireSystemPath(plan.ditaval.front());
     values.outFile = Optional(plan.outFile);
     values.log = RequireSystemPath(log.Path());
     values.ditaOt = plan.ditaOt;
     return values;
+}
+
+std::vector<std::pair<std::string, std::string>> NamedValues(const std::vector<std::string>& options) {
+    std::vector<std::pair<std::string, std::string>> values;
+    for (const std::string& option : options) {
+        const std::size_t equals = option.find('=');
+        values.emplace_back(option.substr(0, equals), option.substr(equals + 1));
+    }
+    return values;
+}
+
+/// What the request cannot express. The toolkit reads the packaged copies of the resources.
+void SetTransformationOptions(const PublishPlan& plan, const PublishOptions& options, Session& session) {
+    DitaOtSettings& settings = session.ditaOt;
+    settings.transtype = options.transtype;
+    const std::string base = LayoutOf(session.files, session.document).commonFolder.utf8;
+    for (const NativePath& resource : plan.resources) {
+        settings.resources.push_back({plan.output.utf8 + '/' + resource.utf8.substr(base.size())});
+    }
+    settings.filters = plan.ditaval;
+    settings.parameters = NamedValues(options.toolkitParams);
+    session.xslt.expressions = NamedValues(options.params);
+    session.xslt.strings = NamedValues(options.stringParams);
+    session.xslt.engine = plan.xsltEngine;
 }
 
 std::size_t DocumentCount(const DocumentFiles& files) {
@@ -91,17 +115,24 @@ Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session&
             states.copied = ListPackage(plan.output.utf8);
         }
     };
-    session.clientCalled = [&](const std::string& client) {
-        const bool transforms = client != kDispatcherClient;
-        progress.SetTransforming(transforms);
-        if (transforms && !states.isTransformed) {
+    const auto transformationStarts = [&] {
+        if (!states.isTransformed) {
             states.transformed = ListPackage(plan.output.utf8);
             states.isTransformed = true;
+        }
+    };
+    // The module also calls the client of stylesheets to repair a DOCTYPE, in the middle of the encoding.
+    session.xslt.starts = transformationStarts;
+    session.clientCalled = [&](const std::string& client) {
+        progress.SetTransforming(client != kDispatcherClient);
+        if (client == kDitaOtClient) {
+            transformationStarts();
         }
     };
     Reply reply = Send(session, request);
     session.documentPathAsked = nullptr;
     session.clientCalled = nullptr;
+    session.xslt.starts = nullptr;
     return reply;
 }
 
@@ -214,11 +245,36 @@ NativePath StartPage(const PublishPlan& plan, const Session& session, const Publ
 }
 
 /// A failure names the package's copy, which is gone after the run: the user wants the source.
-void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& log) {
+void NameSource(const PublishPlan& plan, const PackageLayout& layout, NativePath& file) {
+    const NativePath source = SourcesOf({file}, plan, layout).front();
+    if (std::ranges::find(layout.sources, source) != layout.sources.end()) {
+        file = source;
+    }
+}
+
+void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& log,
+                 TransformationRecord& record) {
     for (FailedFile& failed : log.failed) {
-        const NativePath source = SourcesOf({failed.file}, plan, layout).front();
-        if (std::ranges::find(layout.sources, source) != layout.sources.end()) {
-            failed.file = source;
+        NameSource(plan, layout, failed.file);
+    }
+    for (DitaFinding& finding : record.findings) {
+        NameSource(plan, layout, finding.file);
+    }
+}
+
+/// The module needs the DTD beside the packaged document and leaves it there.
+void RemoveDtdCopies(const PublishPlan& plan, const PackageLayout& layout, const DocumentFiles& files) {
+    std::error_code error;
+    const std::filesystem::path output = ToFilesystem(plan.output);
+    for (const DocumentFile& file : files.files) {
+        if (!file.dtd || !file.path.utf8.starts_with(layout.commonFolder.utf8)) {
+            continue;
+        }
+        std::filesystem::path copy = output / file.path.utf8.substr(layout.commonFolder.utf8.size());
+        std::filesystem::remove(copy, error);
+        for (copy = copy.parent_path(); copy != output && std::filesystem::is_empty(copy, error) && !error;
+             copy = copy.parent_path()) {
+            std::filesystem::remove(copy, error);
         }
     }
 }
@@ -229,6 +285,36 @@ std::vector<NativePath> MissingFiles(const Session& session) {
     return missing;
 }
 
+void InspectResult(const PublishPlan& plan, PublishOutcome& outcome) {
+    InspectPages(plan.output, outcome.pages);
+    if (!plan.undecoded.Empty()) {
+        InspectPages(plan.ditaOt ? outcome.resultFolder : plan.undecoded, outcome.pages);
+    }
+}
+
+/// Pages that were not decoded are counted before, and the places that keep marker text after.
+void CleanResult(const PublishPlan& plan, const Session& session, PublishOutcome& outcome) {
+    std::vector<NativePath> sources;
+    for (const DocumentFile& file : session.files.files) {
+        if (file.key != "graphicsType" && !file.path.Empty()) {
+            sources.push_back(file.path);
+        }
+    }
+    outcome.markedSource = FirstWithMarkerWord(sources);
+    if (!outcome.markedSource.Empty()) {
+        return;
+    }
+    CleanFiles(plan.output, outcome.cleaned);
+    if (!plan.outFile.Empty() && !IsBelowOrEqual(RealPath(plan.outFile), RealPath(plan.output))) {
+        CleanFiles(plan.ditaOt ? outcome.resultFolder : plan.outFile, outcome.cleaned);
+    }
+    PublishOutcome after;
+    after.resultFolder = outcome.resultFolder;
+    InspectResult(plan, after);
+    outcome.pages.markedValues = after.pages.markedValues;
+    outcome.pages.firstMarkedValue = after.pages.firstMarkedValue;
+}
+
 }  // namespace
 
 PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Session& session,
@@ -236,6 +322,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     PublishOutcome outcome;
     PackageStates states;
     session.access.outputFolder = plan.output;
+    SetTransformationOptions(plan, options.publish, session);
     const RecordedScripts scripts(plan);
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
     outcome.missing = MissingFiles(session);
@@ -252,10 +339,11 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     const PackageLayout layout = LayoutOf(session.files, session.document);
     outcome.unfinished = CheckPackage(plan, layout, outcome, states);
     std::ranges::move(CheckResult(plan, session, outcome, states), std::back_inserter(outcome.unfinished));
-    NameSources(plan, layout, outcome.log);
-    InspectPages(plan.output, outcome.pages);
-    if (!plan.undecoded.Empty()) {
-        InspectPages(plan.ditaOt ? outcome.resultFolder : plan.undecoded, outcome.pages);
+    NameSources(plan, layout, outcome.log, session.record);
+    RemoveDtdCopies(plan, layout, session.files);
+    InspectResult(plan, outcome);
+    if (!options.publish.keepMarkers && (plan.transforms || !outcome.pages.files.empty())) {
+        CleanResult(plan, session, outcome);
     }
     outcome.startPage = StartPage(plan, session, outcome);
     return outcome;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "desk/checks/finding.h"
+#include "desk/checks/leftover_markers.h"
 #include "desk/cli/private_log.h"
 #include "desk/cli/publish_plan.h"
 #include "desk/cli/published_pages.h"
@@ -31,6 +32,8 @@ struct PublishOutcome {
     std::vector<FailedScript> failedScripts;
     std::vector<NativePath> missing;  ///< Referenced files that are missing or unreadable.
     std::vector<Finding> unfinished;  ///< What the module left undone without saying so.
+    CleanedFiles cleaned;             ///< Marker text that was taken out of places that are not decoded.
+    NativePath markedSource;          ///< A source with a marker word, which turns that off; may be empty.
 };
 
 /// The folder must have been taken for this run. Throws Stop if the module sends no reply.

@@ -81,6 +81,22 @@ std::vector<NativePath> AllowedFolders(const std::vector<std::string>& options) 
     return folders;
 }
 
+/// Lists the files of a resource with those of the document, so that the package contains them.
+void AddResources(const std::vector<std::string>& resources, const std::vector<NativePath>& allowRead,
+                  DocumentFiles& files) {
+    for (const std::string& resource : resources) {
+        RequireFile("--resource", {resource});
+        for (DocumentFile& file : ReadDocument(AbsolutePath({resource}), allowRead).files) {
+            const bool listed = std::ranges::any_of(files.files, [&](const DocumentFile& other) {
+                return other.path == file.path && other.url == file.url;
+            });
+            if (!listed) {
+                files.files.push_back(std::move(file));
+            }
+        }
+    }
+}
+
 /// An entry that is dropped silently would show only as a file that is not on a mapped drive.
 void WarnAboutDrives(const Screen& screen) {
     for (const std::string& entry : platform::MalformedProcessDrives()) {
@@ -90,9 +106,10 @@ void WarnAboutDrives(const Screen& screen) {
 }
 
 void AddClients(Session& session, const CommonOptions& options, const NativePath& dataFolder) {
-    session.host->AddClient(kDitaOtClient, MakeDitaOtClient({ToolkitName(options.toolkit), dataFolder},
-                                                            session.access, session.record));
-    session.host->AddClient(kXsltClient, MakeXsltClient(session.access, session.record));
+    session.ditaOt.toolkit = ToolkitName(options.toolkit);
+    session.ditaOt.dataFolder = dataFolder;
+    session.host->AddClient(kDitaOtClient, MakeDitaOtClient(session.ditaOt, session.access, session.record));
+    session.host->AddClient(kXsltClient, MakeXsltClient(session.xslt, session.access, session.record));
     session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }
 
@@ -142,6 +159,7 @@ std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen
     SetDrives(options.drives);
     session->document = AbsolutePath({options.document});
     session->files = ReadDocument(session->document, AllowedFolders(options.allowRead));
+    AddResources(options.resources, AllowedFolders(options.allowRead), session->files);
     session->access.readable = session->files.readable;
     for (const ListingRemark& remark : session->files.remarks) {
         Warn(report, screen, {{}, 0, "reference-left-out", remark.what + ": " + remark.reason});

@@ -10,6 +10,8 @@
 #include "desk/cli/options.h"
 #include "desk/cli/run_report.h"
 #include "desk/cli/screen.h"
+#include "desk/clients/dita_ot_client.h"
+#include "desk/clients/xslt_client.h"
 #include "desk/host/desk_host.h"
 
 namespace ventrix::desk {
@@ -19,6 +21,8 @@ struct Session {
     std::uint32_t documentId = 0;
     DocumentFiles files;                      ///< The document, then the files that it refers to.
     FileAccess access;                        ///< What the transformation may read and write.
+    DitaOtSettings ditaOt;                    ///< How a DITA document is transformed.
+    XsltSettings xslt;                        ///< How a stylesheet runs.
     TransformationRecord record;              ///< What the clients report about the transformation.
     std::function<void()> documentPathAsked;  ///< The module reads the document's path; may be empty.
     std::function<void(const std::string& client)> clientCalled;  ///< For progress; may be empty.

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "desk/paths/paths.h"
+#include "desk/toolkit/dita_run.h"
 
 namespace ventrix::desk {
 
@@ -52,7 +53,7 @@ struct TransformationRecord {
     std::set<std::string> unread;  ///< Files that the built-in toolkit could not read, each with the reason.
     std::set<NativePath>
         folders;  ///< Those that a DITA run left among its pages, and the folder of the pages.
-    std::vector<std::string> findings;  ///< Errors that a toolkit reported although it ended with success.
+    std::vector<DitaFinding> findings;  ///< What a DITA run did not do although it ended with success.
 };
 
 }  // namespace ventrix::desk

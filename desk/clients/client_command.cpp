@@ -10,13 +10,23 @@ struct Word {
     bool quoted = false;
 };
 
+/// The quote that ends a quoted word: the first before the end or the next option, as a path may contain a quote.
+std::size_t ClosingQuote(std::string_view text) {
+    const std::size_t beforeOption = text.find("\" -");
+    if (beforeOption != std::string_view::npos) {
+        return beforeOption;
+    }
+    const std::size_t last = text.find_last_not_of(' ');
+    return last != std::string_view::npos && text[last] == '"' ? last : text.find('"');
+}
+
 /// Removes the first word from the command, which must not start with a space.
 Word TakeWord(std::string_view& text) {
     Word word{.text = {}, .quoted = text.front() == '"'};
     if (word.quoted) {
         text.remove_prefix(1);
     }
-    const std::size_t end = std::min(text.find(word.quoted ? '"' : ' '), text.size());
+    const std::size_t end = std::min(word.quoted ? ClosingQuote(text) : text.find(' '), text.size());
     word.text = text.substr(0, end);
     text.remove_prefix(std::min(end + 1, text.size()));
     return word;

@@ -42,6 +42,18 @@ NativePath Resolve(const Catalog& catalog, const std::string& id) {
     return file.Empty() ? FileOf(XmlString(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
 }
 
+/// The first file that the internal subset pulls in. A document without a DTD of its own, whose entities come from
+/// such files, is repaired with the file as its DTD: whoever loads the DTD then loads all of them.
+std::string FirstSubsetFile(const xmlDtd& dtd) {
+    for (const xmlNode* node = dtd.children; node != nullptr; node = node->next) {
+        const auto* entity = node->type == XML_ENTITY_DECL ? reinterpret_cast<const xmlEntity*>(node) : nullptr;
+        if (entity != nullptr && entity->etype == XML_EXTERNAL_PARAMETER_ENTITY) {
+            return std::string(View(entity->SystemID));
+        }
+    }
+    return {};
+}
+
 DocumentType TypeOf(const NativePath& path) {
     const LenientDocument loaded = LoadLeniently(path);
     DocumentType type;
@@ -52,6 +64,9 @@ DocumentType TypeOf(const NativePath& path) {
     if (const xmlDtd* dtd = loaded.document->intSubset) {
         type.publicId = View(dtd->ExternalID);
         type.systemId = View(dtd->SystemID);
+        if (type.publicId.empty() && type.systemId.empty()) {
+            type.systemId = FirstSubsetFile(*dtd);
+        }
     }
     return type;
 }

@@ -7,6 +7,7 @@
 #include "desk/clients/client_command.h"
 #include "desk/toolkit/builtin_toolkit.h"
 #include "desk/toolkit/installed_toolkit.h"
+#include "desk/toolkit/package_markers.h"
 #include "desk/xml/file_access.h"
 
 namespace ventrix::desk {
@@ -30,8 +31,14 @@ std::string RunBuiltin(const DitaRun& run, const FileAccess& access, const Nativ
 std::string Run(const DitaOtSettings& settings, const FileAccess& access, const DitaRun& run,
                 const NativePath& logFile) {
     run.log("document " + run.document.utf8);
-    if (!run.ditaval.Empty()) {
-        run.log("filter " + run.ditaval.utf8);
+    for (const NativePath& filter : run.filters) {
+        run.log("filter " + filter.utf8);
+    }
+    // The package is the module's copy of the document, which the client may change.
+    if (!access.outputFolder.Empty() && IsBelowOrEqual(run.document, access.outputFolder)) {
+        if (std::string problem = PreparePackage(access.outputFolder, true, run.finding); !problem.empty()) {
+            return problem;
+        }
     }
     const NativePath stylesheet{settings.dataFolder.utf8 + "/dita-to-xhtml.xsl"};
     return settings.toolkit == "builtin" ? RunBuiltin(run, access, stylesheet)
@@ -49,6 +56,11 @@ std::set<NativePath> FoldersIn(const NativePath& folder) {
         }
     }
     return folders;
+}
+
+std::vector<NativePath> Filters(const DitaOtSettings& settings, const ClientCommand& command) {
+    NativePath named = PathOptionOf(command, "-filter");
+    return settings.filters.empty() && !named.Empty() ? std::vector{std::move(named)} : settings.filters;
 }
 
 /// Empty after a success.
@@ -74,19 +86,21 @@ std::string RunWithLog(const DitaOtSettings& settings, const FileAccess& access,
         record.logFile = {};
         return folder + " cannot be written; check its permissions and the free space";
     }
-    const DitaRun run{.document = document,
-                      .ditaval = PathOptionOf(command, "-filter"),
-                      .pages = pages,
-                      .log = [&log](const std::string& line) { log << line << std::endl; },
-                      .unread = [&record](const std::string& line) { record.unread.insert(line); }};
+    const DitaRun run{
+        .document = document,
+        .filters = Filters(settings, command),
+        .pages = pages,
+        .log = [&log](const std::string& line) { log << line << std::endl; },
+        .unread = [&record](const std::string& line) { record.unread.insert(line); },
+        .finding = [&record](const DitaFinding& finding) { record.findings.push_back(finding); },
+        .transtype = settings.transtype.empty() ? OptionOf(command, "-transtype") : settings.transtype,
+        .resources = settings.resources,
+        .parameters = settings.parameters};
     std::string reason = Run(settings, access, run, record.logFile);
     record.folders = FoldersIn(pages);
-    if (settings.toolkit != "builtin") {
-        record.findings = ToolkitErrors(record.logFile);
-    }
     run.log(reason.empty() ? "done" : "failed: " + reason);
     if (!log) {
-        record.findings.push_back("cannot be written; check the free space");
+        record.findings.push_back({record.logFile, 0, "cannot be written; check the free space"});
     }
     return reason;
 }
@@ -111,9 +125,9 @@ ClientAnswer RunCommand(const DitaOtSettings& settings, const FileAccess& access
 
 }  // namespace
 
-Client MakeDitaOtClient(DitaOtSettings settings, const FileAccess& access, TransformationRecord& record) {
-    return [settings = std::move(settings), &access, &record](const std::string& command,
-                                                              const HostServices& host) {
+Client MakeDitaOtClient(const DitaOtSettings& settings, const FileAccess& access,
+                        TransformationRecord& record) {
+    return [&settings, &access, &record](const std::string& command, const HostServices& host) {
         return RunCommand(settings, access, command, host, record);
     };
 }

@@ -2,21 +2,32 @@
 // with the DITA Open Toolkit.
 #pragma once
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "desk/clients/client.h"
 
 namespace ventrix::desk {
 
 struct DitaOtSettings {
-    std::string toolkit =
-        "builtin";          ///< "builtin", "installed" (found on this machine), or a toolkit's folder.
+    /// "builtin", "installed" (found on this machine), or a toolkit's folder or command.
+    std::string toolkit = "builtin";
     NativePath dataFolder;  ///< Contains dita-to-xhtml.xsl.
+
+    // The rest is what a command of the module can't say.
+    std::vector<NativePath> filters = {};    ///< Instead of the command's; may be empty.
+    std::string transtype = {};              ///< Instead of the command's; may be empty.
+    std::vector<NativePath> resources = {};  ///< Maps that define keys.
+    std::vector<std::pair<std::string, std::string>> parameters = {};  ///< Of the toolkit, by name.
 };
 
 /// A client for the command
 ///     Save -docId N -transtype xhtml [-filter "DITAVAL"] -outFilePath "OUT"
 /// with options in any order. The pages go to the folder "xhtml" in OUT and the log to "buildlog-xhtml.txt"
-/// beside it, on failure too. A failure has status 1, and the record gives the reason. The record and the
-/// file access must outlive the client.
-Client MakeDitaOtClient(DitaOtSettings settings, const FileAccess& access, TransformationRecord& record);
+/// beside it, on failure too. A failure has status 1, and the record gives the reason. The settings, which
+/// may change before the command comes, the record and the file access must outlive the client.
+Client MakeDitaOtClient(const DitaOtSettings& settings, const FileAccess& access,
+                        TransformationRecord& record);
 
 }  // namespace ventrix::desk

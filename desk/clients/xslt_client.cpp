@@ -3,6 +3,8 @@
 #include <filesystem>
 
 #include "desk/clients/client_command.h"
+#include "desk/clients/saxon.h"
+#include "desk/toolkit/package_markers.h"
 #include "desk/xml/file_access.h"
 #include "desk/xml/stylesheet.h"
 
@@ -27,7 +29,7 @@ XsltRun RunOf(const std::string& commandText) {
 }
 
 /// Empty on success; else the reason, which names the file.
-std::string RunStylesheet(XsltRun& run, const FileAccess& access) {
+std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const FileAccess& access) {
     if (run.source.Empty() || run.stylesheet.Empty() || run.output.Empty()) {
         return "the command of QlXSLT needs -file, -xslfilepath and -outputfilepath";
     }
@@ -50,13 +52,19 @@ std::string RunStylesheet(XsltRun& run, const FileAccess& access) {
                                           .document = document.get(),
                                           .sourcePath = run.source,
                                           .outputPath = run.output,
-                                          .outputFolder = outputFolder},
+                                          .outputFolder = outputFolder,
+                                          .parameters = {settings.strings.begin(), settings.strings.end()},
+                                          .expressions = {settings.expressions.begin(),
+                                                          settings.expressions.end()}},
                                          run.messages);
     if (!scope.Refusal().empty()) {
         return run.source.utf8 + ": " + scope.Refusal();
     }
     if (!result.done) {
         return because("the stylesheet " + run.stylesheet.utf8 + " failed on " + run.source.utf8);
+    }
+    if (result.output.empty() && result.furtherFiles > 0) {
+        return {};
     }
     if (result.output.empty()) {
         return because("the stylesheet " + run.stylesheet.utf8 + " wrote nothing for " + run.source.utf8);
@@ -67,9 +75,39 @@ std::string RunStylesheet(XsltRun& run, const FileAccess& access) {
 }
 
 /// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. That is not a transformation
-/// which the user asked for, so that it is not recorded.
+/// which the user asked for, so that it is not recorded, and what the user wants of his own does not matter.
+bool IsOwn(const XsltRun& run) {
+    return ToFilesystem(run.stylesheet).filename() == "Ventrix.xsl";
+}
+
+std::string RunEngine(XsltRun& run, const XsltSettings& settings, const FileAccess& access,
+                      TransformationRecord& record) {
+    if (IsOwn(run)) {
+        return RunStylesheet(run, {}, access);
+    }
+    if (settings.starts) {
+        settings.starts();
+    }
+    // The package is the module's copy of the document, which the client may change.
+    if (!access.outputFolder.Empty() && IsBelowOrEqual(run.source, access.outputFolder)) {
+        const auto finding = [&record](const DitaFinding& found) { record.findings.push_back(found); };
+        if (std::string problem = PreparePackage(access.outputFolder, false, finding); !problem.empty()) {
+            return problem;
+        }
+    }
+    if (settings.engine != "saxon") {
+        return RunStylesheet(run, settings, access);
+    }
+    return RunSaxon({.source = run.source,
+                     .stylesheet = run.stylesheet,
+                     .output = run.output,
+                     .strings = settings.strings,
+                     .expressions = settings.expressions},
+                    run.messages);
+}
+
 void Record(const XsltRun& run, const std::string& reason, TransformationRecord& record) {
-    if (ToFilesystem(run.stylesheet).filename() == "Ventrix.xsl") {
+    if (IsOwn(run)) {
         return;
     }
     ++record.started;
@@ -82,8 +120,8 @@ void Record(const XsltRun& run, const std::string& reason, TransformationRecord&
     }
 }
 
-ClientAnswer RunCommand(const FileAccess& access, const std::string& command, const HostServices& host,
-                        TransformationRecord& record) {
+ClientAnswer RunCommand(const XsltSettings& settings, const FileAccess& access, const std::string& command,
+                        const HostServices& host, TransformationRecord& record) {
     XsltRun run = RunOf(command);
     run.messages = [&run, &host](const std::string& line) {
         if (run.firstMessage.empty()) {
@@ -93,7 +131,7 @@ ClientAnswer RunCommand(const FileAccess& access, const std::string& command, co
             host.console(line + "\n");
         }
     };
-    const std::string reason = ReasonOf([&] { return RunStylesheet(run, access); });
+    const std::string reason = ReasonOf([&] { return RunEngine(run, settings, access, record); });
     Record(run, reason, record);
     if (reason.empty()) {
         return {};
@@ -103,9 +141,9 @@ ClientAnswer RunCommand(const FileAccess& access, const std::string& command, co
 
 }  // namespace
 
-Client MakeXsltClient(const FileAccess& access, TransformationRecord& record) {
-    return [&access, &record](const std::string& command, const HostServices& host) {
-        return RunCommand(access, command, host, record);
+Client MakeXsltClient(const XsltSettings& settings, const FileAccess& access, TransformationRecord& record) {
+    return [&settings, &access, &record](const std::string& command, const HostServices& host) {
+        return RunCommand(settings, access, command, host, record);
     };
 }
 

@@ -111,9 +111,18 @@
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
 
+  <!-- A phrase whose key has a target is a link. -->
   <xsl:template name="inline">
     <xsl:param name="name" select="'span'"/>
-    <xsl:element name="{$name}"><xsl:call-template name="common"/><xsl:apply-templates/></xsl:element>
+    <xsl:element name="{$name}">
+      <xsl:call-template name="common"/>
+      <xsl:choose>
+        <xsl:when test="@keyref and @href and not(self::xref or ancestor::xref)">
+          <a href="{@href}"><xsl:call-template name="link-content"/></a>
+        </xsl:when>
+        <xsl:otherwise><xsl:apply-templates/></xsl:otherwise>
+      </xsl:choose>
+    </xsl:element>
   </xsl:template>
 
   <!-- ===== Topics ===== -->
@@ -179,7 +188,7 @@
     </xsl:call-template>
   </xsl:template>
 
-  <xsl:template match="section | example | bodydiv | sectiondiv | figgroup">
+  <xsl:template match="section | example | bodydiv | sectiondiv | figgroup | div">
     <xsl:call-template name="block"/>
   </xsl:template>
   <xsl:template match="section/title | example/title">
@@ -267,8 +276,21 @@
     <xsl:call-template name="block"><xsl:with-param name="name" select="'dl'"/></xsl:call-template>
   </xsl:template>
   <xsl:template match="dlentry | dlhead"><xsl:apply-templates/></xsl:template>
+  <!-- An entry has no element of its own in a page; its id goes to its first term. -->
   <xsl:template match="dt | dthd">
-    <xsl:call-template name="block"><xsl:with-param name="name" select="'dt'"/></xsl:call-template>
+    <dt>
+      <xsl:call-template name="common"/>
+      <xsl:if test="../@id and not(preceding-sibling::*)">
+        <xsl:choose>
+          <xsl:when test="@id"><a id="{ancestor::topic[1]/@id}__{../@id}"></a></xsl:when>
+          <xsl:otherwise>
+            <xsl:attribute name="id"><xsl:value-of select="concat(ancestor::topic[1]/@id, '__', ../@id)"/></xsl:attribute>
+          </xsl:otherwise>
+        </xsl:choose>
+      </xsl:if>
+      <xsl:apply-templates/>
+    </dt>
+    <xsl:text>&#10;</xsl:text>
   </xsl:template>
   <xsl:template match="dd | ddhd">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'dd'"/></xsl:call-template>
@@ -287,6 +309,41 @@
       </span>
       <span><xsl:apply-templates/></span>
     </span>
+  </xsl:template>
+
+  <xsl:template name="map-name">
+    <xsl:text>imagemap</xsl:text>
+    <xsl:number level="any" count="fig[contains(@class, ' ut-d/imagemap ')]"/>
+  </xsl:template>
+  <!-- An image map: shapes on the image that lead to targets. -->
+  <xsl:template match="fig[contains(@class, ' ut-d/imagemap ')]" priority="2">
+    <div>
+      <xsl:call-template name="common"/>
+      <xsl:apply-templates select="title"/>
+      <xsl:apply-templates select="image"/>
+      <xsl:variable name="map"><xsl:call-template name="map-name"/></xsl:variable>
+      <map name="{$map}" id="{$map}">
+        <xsl:for-each select="*[contains(@class, ' ut-d/area ')]">
+          <area shape="{normalize-space(*[contains(@class, ' ut-d/shape ')])}"
+                coords="{normalize-space(*[contains(@class, ' ut-d/coords ')])}">
+            <xsl:if test="xref/@href"><xsl:attribute name="href"><xsl:value-of select="xref/@href"/></xsl:attribute></xsl:if>
+            <xsl:variable name="text">
+              <xsl:call-template name="attribute-text">
+                <xsl:with-param name="text">
+                  <xsl:choose>
+                    <xsl:when test="normalize-space(xref) != ''"><xsl:value-of select="normalize-space(xref)"/></xsl:when>
+                    <xsl:otherwise><xsl:value-of select="xref/@page-title"/></xsl:otherwise>
+                  </xsl:choose>
+                </xsl:with-param>
+              </xsl:call-template>
+            </xsl:variable>
+            <xsl:attribute name="alt"><xsl:value-of select="$text"/></xsl:attribute>
+            <xsl:attribute name="title"><xsl:value-of select="$text"/></xsl:attribute>
+          </area>
+        </xsl:for-each>
+      </map>
+    </div>
+    <xsl:text>&#10;</xsl:text>
   </xsl:template>
 
   <!-- An image is inline unless its placement asks for a line of its own. -->
@@ -309,6 +366,12 @@
         </xsl:call-template>
       </xsl:attribute>
       <xsl:call-template name="common"/>
+      <xsl:if test="parent::fig[contains(@class, ' ut-d/imagemap ')]">
+        <xsl:attribute name="usemap">
+          <xsl:text>#</xsl:text>
+          <xsl:for-each select=".."><xsl:call-template name="map-name"/></xsl:for-each>
+        </xsl:attribute>
+      </xsl:if>
       <xsl:if test="@width"><xsl:attribute name="width"><xsl:value-of select="@width"/></xsl:attribute></xsl:if>
       <xsl:if test="@height"><xsl:attribute name="height"><xsl:value-of select="@height"/></xsl:attribute></xsl:if>
     </img>
@@ -444,7 +507,7 @@
 
   <!-- ===== Inline ===== -->
 
-  <xsl:template match="ph | keyword | term | text | boolean | state | tm">
+  <xsl:template match="ph | keyword | term | text | boolean | state">
     <xsl:call-template name="inline"/>
   </xsl:template>
   <xsl:template match="ph[contains(@class, ' hi-d/b ')]" priority="2">
@@ -476,6 +539,14 @@
   </xsl:template>
   <xsl:template match="ph[contains(@class, ' pr-d/var ')] | keyword[contains(@class, ' sw-d/varname ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'var'"/></xsl:call-template>
+  </xsl:template>
+  <xsl:template match="tm">
+    <xsl:call-template name="inline"/>
+    <xsl:choose>
+      <xsl:when test="@tmtype = 'tm'">&#8482;</xsl:when>
+      <xsl:when test="@tmtype = 'reg'">&#174;</xsl:when>
+      <xsl:when test="@tmtype = 'service'">&#8480;</xsl:when>
+    </xsl:choose>
   </xsl:template>
   <xsl:template match="cite">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'cite'"/></xsl:call-template>
@@ -548,14 +619,38 @@
             <xsl:call-template name="link"/>
           </div>
         </xsl:for-each>
-        <xsl:if test="$links[not(@role = 'child' or @role = 'parent')]">
+        <xsl:for-each select="$links[@role = 'previous' or @role = 'next']">
+          <div class="{@role}link">
+            <strong>
+              <xsl:call-template name="word"><xsl:with-param name="key" select="@role"/></xsl:call-template>
+              <xsl:text>:</xsl:text>
+            </strong>
+            <xsl:text> </xsl:text>
+            <xsl:call-template name="link"/>
+          </div>
+        </xsl:for-each>
+        <xsl:apply-templates select="linklist[.//link[@href]] | linkpool//linklist[not(ancestor::linklist)][.//link[@href]]"/>
+        <xsl:variable name="others" select="$links[not(ancestor::linklist) and not(@role = 'child' or @role = 'parent' or
+                                                   @role = 'previous' or @role = 'next')]"/>
+        <xsl:if test="$others">
           <div class="linklist">
             <strong><xsl:call-template name="word"><xsl:with-param name="key" select="'related'"/></xsl:call-template></strong>
-            <ul class="ullinks"><xsl:apply-templates select="$links[not(@role = 'child' or @role = 'parent')]"/></ul>
+            <ul class="ullinks"><xsl:apply-templates select="$others"/></ul>
           </div>
         </xsl:if>
       </div>
     </xsl:if>
+  </xsl:template>
+  <!-- A list of links with a title of its own. -->
+  <xsl:template match="linklist">
+    <div>
+      <xsl:call-template name="common"/>
+      <xsl:if test="title"><strong class="title"><xsl:apply-templates select="title/node()"/></strong></xsl:if>
+      <xsl:if test="desc"><div class="desc"><xsl:apply-templates select="desc/node()"/></div></xsl:if>
+      <ul class="ullinks"><xsl:apply-templates select="link[@href] | linkpool/link[@href]"/></ul>
+      <xsl:apply-templates select="linklist[.//link[@href]]"/>
+      <xsl:if test="linkinfo"><div class="linkinfo"><xsl:apply-templates select="linkinfo/node()"/></div></xsl:if>
+    </div>
   </xsl:template>
   <xsl:template match="link">
     <li class="link">
@@ -593,6 +688,7 @@
 
   <words xmlns="urn:ventrix:words" lang="en">
     <w key="figure">Figure</w><w key="table">Table</w><w key="parent">Parent topic</w><w key="related">Related information</w>
+    <w key="previous">Previous topic</w><w key="next">Next topic</w>
     <w key="note">Note</w><w key="tip">Tip</w><w key="fastpath">Fastpath</w><w key="important">Important</w>
     <w key="remember">Remember</w><w key="restriction">Restriction</w><w key="attention">Attention</w>
     <w key="caution">Caution</w><w key="danger">Danger</w><w key="warning">Warning</w><w key="notice">Notice</w>
@@ -600,7 +696,7 @@
   </words>
   <words xmlns="urn:ventrix:words" lang="de">
     <w key="figure">Abbildung</w><w key="table">Tabelle</w><w key="parent">Übergeordnetes Thema</w>
-    <w key="related">Zugehörige Informationen</w>
+    <w key="related">Zugehörige Informationen</w><w key="previous">Vorheriges Thema</w><w key="next">Nächstes Thema</w>
     <w key="note">Anmerkung</w><w key="tip">Tipp</w><w key="fastpath">Direktaufruf</w><w key="important">Wichtig</w>
     <w key="remember">Hinweis</w><w key="restriction">Einschränkung</w><w key="attention">Achtung</w>
     <w key="caution">Vorsicht</w><w key="danger">Gefahr</w><w key="warning">Warnung</w><w key="notice">Hinweis</w>

@@ -6,10 +6,13 @@
 #include <utility>
 
 #include "desk/documents/document_area.h"
+#include "desk/documents/dtd_files.h"
 #include "desk/documents/references.h"
 #include "desk/xml/file_access.h"
 #include "desk/xml/lenient_load.h"
+#include "desk/xml/limits.h"
 #include "desk/xml/reference_path.h"
+#include "platform/native_files.h"
 
 namespace ventrix::desk {
 namespace {
@@ -70,6 +73,14 @@ void Follow(Walk& walk, const NativePath& path) {
     walk.levels.push_back({path, ReferencesOf(loaded.document.get())});
 }
 
+/// A part of a DTD that cannot be read is reported by whoever needs the DTD.
+void FollowDtd(Walk& walk, const NativePath& path) {
+    std::string content;
+    if (!platform::ReadRegularFile(ToFilesystem(path), kMaxFileBytes, content)) {
+        walk.levels.push_back({path, ReferencesOfDtd(content)});
+    }
+}
+
 void VisitFile(Walk& walk, const Reference& reference, const NativePath& path, const NativePath& referrer) {
     std::error_code error;
     if (reference.outside ||
@@ -86,9 +97,12 @@ void VisitFile(Walk& walk, const Reference& reference, const NativePath& path, c
         return;
     }
     if (walk.listed.insert(path).second) {
-        walk.result.files.push_back({.key = KeyOf(reference), .path = path, .url = {}});
+        walk.result.files.push_back(
+            {.key = KeyOf(reference), .path = path, .url = {}, .dtd = reference.dtd});
     }
-    if (reference.follow && walk.opened.insert(path).second) {
+    if (reference.dtd && walk.opened.insert(path).second) {
+        FollowDtd(walk, path);
+    } else if (reference.follow && walk.opened.insert(path).second) {
         Follow(walk, path);
     }
 }

@@ -86,7 +86,9 @@ void AppendHref(std::vector<Reference>& list, const xmlNode* element, const std:
     const std::string format = image ? std::string() : Inherited(element, "format");
     Reference reference{.text = href, .graphic = image};
     reference.outside = scope == "external" || scope == "peer";
-    reference.follow = !image && !reference.outside && FormatIsXml(format, href);
+    // The file of a code sample becomes text, whatever it contains.
+    const bool sample = Name(element) == "coderef" || HasWord(element, "class", "pr-d/coderef");
+    reference.follow = !image && !sample && !reference.outside && FormatIsXml(format, href);
     Append(list, std::move(reference));
 }
 
@@ -160,7 +162,7 @@ void AppendDtdFiles(std::vector<Reference>& list, const xmlDtd* dtd) {
         return;
     }
     if (dtd->SystemID != nullptr && dtd->ExternalID == nullptr && !IsAbsolute(View(dtd->SystemID))) {
-        Append(list, {.text = std::string(View(dtd->SystemID)), .optional = true});
+        Append(list, {.text = std::string(View(dtd->SystemID)), .optional = true, .dtd = true});
     }
     for (const xmlNode* node = dtd->children; node != nullptr; node = node->next) {
         if (node->type != XML_ENTITY_DECL) {
@@ -173,6 +175,7 @@ void AppendDtdFiles(std::vector<Reference>& list, const xmlDtd* dtd) {
             Append(list, {.text = std::string(View(entity->SystemID)),
                           .follow = parsed,
                           .optional = parameter,
+                          .dtd = parameter,
                           .confined = parsed,
                           .line = DeclarationLine(*entity)});
         }

@@ -15,6 +15,7 @@ struct Reference {
     bool graphic = false;   ///< An image, by its element or its extension.
     bool follow = false;    ///< The target may refer to further files: a map, a topic, an included XML file.
     bool optional = false;  ///< Left out if the file is missing: a DTD that may come from a catalog.
+    bool dtd = false;       ///< A DTD or a part of one, which may pull in further files.
     bool confined = false;  ///< Becomes part of the text: an external entity, or a file included as text.
     bool relative = true;   ///< Begins neither with a scheme or a drive nor with a slash.
     int line = 0;           ///< Of the referring element; 0 if unknown.

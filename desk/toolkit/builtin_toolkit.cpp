@@ -7,8 +7,11 @@
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_map.h"
 #include "desk/toolkit/dita_references.h"
+#include "desk/toolkit/link_check.h"
 #include "desk/toolkit/page_layout.h"
 #include "desk/toolkit/page_navigation.h"
+#include "desk/toolkit/subject_scheme.h"
+#include "desk/toolkit/unhandled.h"
 
 namespace ventrix::desk {
 namespace {
@@ -25,6 +28,7 @@ struct Publication {
     Navigation navigation;
     PageNeighbours neighbours;
     DitaLibrary& library;
+    LinkCheck links;
     std::deque<NativePath> waiting;
     std::set<NativePath> known;  ///< Topics that wait or have their page.
     std::set<NativePath> copied;
@@ -46,8 +50,15 @@ void ReportUnread(Publication& publication, const std::string& reason) {
     publication.run.unread(reason);
 }
 
+/// What a page lacks: a warning in the log and a finding.
+void Remark(Publication& publication, const NativePath& topic, long line, const std::string& text) {
+    publication.warn(topic.utf8 + (line > 0 ? ": line " + std::to_string(line) : std::string()) + ": " + text);
+    publication.run.finding({topic, static_cast<int>(line), text});
+}
+
 void WaitForPage(Publication& publication, const NativePath& topic) {
     if (publication.known.insert(topic).second) {
+        AssignPage(publication.layout, topic);
         publication.waiting.push_back(topic);
     }
 }
@@ -79,57 +90,71 @@ void CopyFile(Publication& publication, const NativePath& source, const NativePa
     }
 }
 
-std::string Anchor(const DitaTarget& target) {
-    if (target.topic.empty()) {
+/// The fragment that leads to the target in its page.
+std::string Anchor(Publication& publication, const DitaTarget& target) {
+    const std::string topic = target.topic.empty() && !target.element.empty()
+                                  ? publication.library.Summary(target.path).topicId
+                                  : target.topic;
+    if (topic.empty()) {
         return {};
     }
-    return "#" + target.topic + (target.element.empty() ? "" : "__" + target.element);
+    return topic + (target.element.empty() ? "" : "__" + target.element);
 }
 
 /// Makes a link to a topic lead to its page. A link to an excluded topic loses its target.
-void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target,
-                 const NativePath& page) {
+void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target, const NativePath& topic) {
     if (publication.library.Summary(target.path).excluded) {
         xmlUnsetProp(element, Xml("href"));
         return;
     }
     WaitForPage(publication, target.path);
+    const NativePath page = PageOf(publication.layout, topic);
     const NativePath targetPage = PageOf(publication.layout, target.path);
+    const std::string anchor = Anchor(publication, target);
+    const std::string fragment = anchor.empty() ? "" : "#" + anchor;
     const std::string reference =
-        (targetPage == page ? "" : RelativeReference(page, targetPage)) + Anchor(target);
+        (targetPage == page ? "" : RelativeReference(page, targetPage)) + fragment;
     const std::string href = reference.empty() ? RelativeReference(page, targetPage) : reference;
+    publication.links.Add({topic, xmlGetLineNo(element), targetPage, anchor});
     const std::string absolute = Attribute(element, "href");
     xmlSetProp(element, Xml("href"), Xml(href.c_str()));
     const xmlNode* text = HasType(element, "topic/link") ? ChildOfType(element, "topic/linktext") : element;
-    if (TextOf(text).empty()) {
+    if (TextOf(text).empty() && xmlHasProp(element, Xml("page-title")) == nullptr) {
         const std::string title = TitleOf(absolute, publication.library);
         xmlSetProp(element, Xml("page-title"), Xml((title.empty() ? href : title).c_str()));
     }
 }
 
-void RewriteReference(Publication& publication, xmlNode* element, const char* name, const NativePath& page) {
+/// Phrases with a key link to its target too.
+bool IsLink(const xmlNode* element) {
+    return HasType(element, "topic/xref") || HasType(element, "topic/link") ||
+           (xmlHasProp(element, Xml("keyref")) != nullptr && !HasType(element, "topic/image"));
+}
+
+void RewriteReference(Publication& publication, xmlNode* element, const char* name, const NativePath& topic) {
     const auto target = DitaTargetOf(Attribute(element, name));
-    if (!target.has_value()) {
+    const std::string scope = Attribute(element, "scope");
+    if (!target.has_value() || scope == "external" || scope == "peer") {
         return;
     }
-    const bool link = HasType(element, "topic/xref") || HasType(element, "topic/link");
     const NativePath output = OutputOf(publication.layout, target->path);
     if (output.Empty()) {
         publication.warn(target->path.utf8 + ": is outside the folders of the document and is left out");
-    } else if (link && IsTopicFormat(Attribute(element, "format"), target->path)) {
-        LinkToTopic(publication, element, *target, page);
+    } else if (IsLink(element) && IsTopicFormat(Attribute(element, "format"), target->path)) {
+        LinkToTopic(publication, element, *target, topic);
     } else {
         CopyFile(publication, target->path, output);
-        xmlSetProp(element, Xml(name), Xml(RelativeReference(page, output).c_str()));
+        xmlSetProp(element, Xml(name),
+                   Xml(RelativeReference(PageOf(publication.layout, topic), output).c_str()));
     }
 }
 
-void RewriteReferences(Publication& publication, xmlDoc* document, const NativePath& page) {
+void RewriteReferences(Publication& publication, xmlDoc* document, const NativePath& topic) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
-            RewriteReference(publication, node, "href", page);
-            RewriteReference(publication, node, "data", page);
+            RewriteReference(publication, node, "href", topic);
+            RewriteReference(publication, node, "data", topic);
         }
     }
 }
@@ -181,8 +206,8 @@ void AddPageNumbers(xmlDoc* document) {
     }
 }
 
-/// The order matters. Reused content brings key references and links with it; keys and neighbours add links,
-/// which RewriteReferences then directs to pages; page numbers count what is there in the end. Elements get
+/// The order matters. Reused content brings key references, samples and links with it; keys and neighbours add
+/// links, which RewriteReferences then directs to pages; page numbers count what is there in the end. Elements get
 /// the names of their base types last, for the stylesheet alone.
 void MakePage(Publication& publication, const NativePath& topic) {
     const NativePath page = PageOf(publication.layout, topic);
@@ -201,18 +226,26 @@ void MakePage(Publication& publication, const NativePath& topic) {
         publication.warn(remark);
     }
     xmlDoc* document = loaded.document.get();
-    ResolveConrefs(document, publication.library, publication.warn);
-    ResolveKeyrefs(document, publication.navigation.keys, publication.warn);
+    const RemarkSink remarks = [&](long line, const std::string& text) {
+        Remark(publication, topic, line, text);
+    };
+    ReportUnhandled(document, topic, publication.run.finding);
+    ResolveConrefs(document, publication.navigation.keys, publication.library, remarks);
+    ResolveKeyrefs(document, publication.navigation.keys, publication.library, remarks);
+    ResolveCoderefs(document, remarks);
     AddNeighbours(document, publication.neighbours, topic, publication.library);
-    RewriteReferences(publication, document, page);
+    RewriteReferences(publication, document, topic);
     AddPageNumbers(document);
     NameByBaseType(document);
-    Write(publication, page, Rendered(publication, document, topic));
+    const std::string content = Rendered(publication, document, topic);
+    publication.links.AddPage(page, content);
+    Write(publication, page, content);
 }
 
 void MakeIndex(Publication& publication) {
-    const NativePath page{OutputOf(publication.layout, FolderOf(publication.run.document)).utf8 +
-                          "index.html"};
+    const NativePath page =
+        FreePage(publication.layout,
+                 {OutputOf(publication.layout, FolderOf(publication.run.document)).utf8 + "index.html"});
     const XmlDocument contents = ContentsDocument(publication.navigation, publication.layout, page,
                                                   publication.written, publication.library);
     Write(publication, page, Rendered(publication, contents.get(), publication.run.document));
@@ -227,7 +260,7 @@ std::string MakePages(Publication& publication) {
     const bool isMap = HasType(xmlDocGetRootElement(document.document.get()), "map/map");
     if (isMap) {
         publication.navigation =
-            ReadNavigation(publication.run.document, publication.rules, publication.warn);
+            ReadNavigation(publication.run.document, publication.library, publication.run);
         publication.neighbours = NeighboursIn(publication.navigation);
         WaitForPages(publication, publication.navigation.items);
     } else {
@@ -245,7 +278,35 @@ std::string MakePages(Publication& publication) {
     if (isMap) {
         MakeIndex(publication);
     }
+    for (const DeadLink& link : publication.links.DeadLinks(publication.written)) {
+        Remark(publication, link.topic, link.line, link.problem);
+    }
     return publication.failure;
+}
+
+}  // namespace
+
+namespace {
+
+/// False, with the reason, if a filter cannot be used: nothing is published without it.
+bool ReadRules(const DitaRun& run, Ditaval& rules, std::string& reason) {
+    for (const NativePath& filter : run.filters) {
+        auto read = ReadDitaval(filter, reason);
+        if (!read.has_value()) {
+            reason = "the filter cannot be used: " + reason;
+            return false;
+        }
+        if (read->firstFlag > 0) {
+            run.finding({filter, read->firstFlag,
+                         "flagging is not handled: what the rule flags is published without a flag; the DITA "
+                         "Open Toolkit handles it (--toolkit)"});
+        }
+        rules.excludes.merge(read->excludes);
+    }
+    if (!rules.excludes.empty()) {
+        ApplyScheme(ReadSubjectScheme(run.document), rules);
+    }
+    return true;
 }
 
 }  // namespace
@@ -253,12 +314,8 @@ std::string MakePages(Publication& publication) {
 std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPath) {
     Ditaval rules;
     std::string reason;
-    if (!run.ditaval.Empty()) {
-        auto read = ReadDitaval(run.ditaval, reason);
-        if (!read.has_value()) {
-            return "the filter cannot be read: " + reason;
-        }
-        rules = std::move(*read);
+    if (!ReadRules(run, rules, reason)) {
+        return reason;
     }
     const Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);
     if (stylesheet == nullptr) {
@@ -272,6 +329,7 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
                             .navigation = {},
                             .neighbours = {},
                             .library = library,
+                            .links = {},
                             .waiting = {},
                             .known = {},
                             .copied = {},

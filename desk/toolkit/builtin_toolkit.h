@@ -5,20 +5,9 @@
 
 #include <string>
 
-#include "desk/xml/stylesheet.h"
+#include "desk/toolkit/dita_run.h"
 
 namespace ventrix::desk {
-
-/// One run of a DITA transformation.
-struct DitaRun {
-    NativePath document;
-    NativePath ditaval;  ///< May be empty.
-    NativePath pages;    ///< The folder for the pages, with a closing slash.
-    MessageSink log;     ///< Receives each line of the run's log.
-
-    /// Receives each file that could not be read, as one line: a page or part of one is missing.
-    MessageSink unread = [](const std::string&) {};
-};
 
 /// Empty on success, with or without warnings; else the reason, one line.
 std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPath);

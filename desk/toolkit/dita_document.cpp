@@ -7,12 +7,23 @@
 namespace ventrix::desk {
 namespace {
 
+std::string TopicAround(const xmlNode* node) {
+    while (node != nullptr && node->type == XML_ELEMENT_NODE && !HasType(node, "topic/topic")) {
+        node = node->parent;
+    }
+    return node != nullptr && node->type == XML_ELEMENT_NODE ? Attribute(node, "id") : std::string();
+}
+
 void MakeAbsolute(xmlNode* element, const char* name, const NativePath& path) {
-    const std::string reference = Attribute(element, name);
+    std::string reference = Attribute(element, name);
     if (reference.empty() || reference.starts_with("-dita-")) {
         return;
     }
-    const std::size_t hash = std::min(reference.find('#'), reference.size());
+    std::size_t hash = std::min(reference.find('#'), reference.size());
+    if (reference.compare(hash, 3, "#./") == 0) {
+        // The topic that the element is in.
+        reference.replace(hash + 1, 1, TopicAround(element));
+    }
     const NativePath target = hash == 0 ? path : TargetOf(reference, FolderOf(path)).path;
     if (!target.Empty()) {
         xmlSetProp(element, Xml(name), Xml((FileUri(target) + reference.substr(hash)).c_str()));
@@ -30,6 +41,7 @@ void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path) {
             MakeAbsolute(node, "href", path);
         }
         MakeAbsolute(node, "conref", path);
+        MakeAbsolute(node, "conrefend", path);
         if (HasType(node, "topic/object")) {
             MakeAbsolute(node, "data", path);
         }

@@ -3,6 +3,7 @@
 // document. Strings are UTF-8.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,6 +12,9 @@
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
+
+/// Receives what could not be done in a document: the line, 0 if unknown, and one line of text.
+using RemarkSink = std::function<void(long line, const std::string& text)>;
 
 struct DitaDocument {
     XmlDocument document;  ///< Null if it is missing, not well-formed, or excluded as a whole.

@@ -1,25 +1,36 @@
 #include "desk/toolkit/dita_map.h"
 
 #include <algorithm>
-#include <sstream>
+#include <deque>
+#include <set>
 
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_document.h"
+#include "desk/toolkit/unhandled.h"
 
 namespace ventrix::desk {
 namespace {
 
+/// Reading goes through two stages: all maps are loaded and give their keys, since a map may use the keys that
+/// another one defines; then the topic references are read in order.
 struct MapReader {
-    const Ditaval& rules;
-    const MessageSink& warnings;
+    DitaLibrary& library;
+    const DitaRun& run;
     Navigation navigation;
+    std::map<NativePath, DitaDocument> maps;
     std::vector<NativePath> openMaps;  ///< From the root map down, to detect maps that contain themselves.
 };
+
+void Remark(const MapReader& reader, const NativePath& map, long line, const std::string& text) {
+    reader.run.log("warning: " + map.utf8 + ": " + text);
+    reader.run.finding({map, static_cast<int>(line), text});
+}
 
 /// What topicrefs pass on to the topicrefs in them.
 struct Inherited {
     std::string scope;
     std::string format;
+    std::string linking;
     bool resourceOnly = false;
     bool shown = true;
 };
@@ -31,28 +42,69 @@ bool EndsWithMap(const std::string& href) {
     return href.substr(0, href.find('#')).ends_with(".ditamap");
 }
 
-std::string NavigationTitle(const xmlNode* topicref) {
-    const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
-    const std::string title = TextOf(ChildOfType(meta, "topic/navtitle"));
-    return title.empty() ? Attribute(topicref, "navtitle") : title;
+bool IsMapReference(const std::string& href, const std::string& format) {
+    return format == "ditamap" || (format.empty() && EndsWithMap(href));
 }
 
-std::string KeyText(const xmlNode* topicref) {
-    const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
-    const xmlNode* keywords = ChildOfType(meta, "topic/keywords");
-    for (const xmlNode* source :
-         {ChildOfType(keywords, "topic/keyword"), ChildOfType(meta, "topic/linktext")}) {
-        if (source != nullptr) {
-            return TextOf(source);
+/// The maps that the map refers to by their path.
+std::vector<NativePath> SubmapsOf(xmlDoc* map) {
+    std::vector<NativePath> submaps;
+    xmlNode* root = xmlDocGetRootElement(map);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        const std::string href = HasType(node, "map/topicref") ? Attribute(node, "href") : std::string();
+        const auto target = IsMapReference(href, Attribute(node, "format")) ? DitaTargetOf(href) : std::nullopt;
+        if (target.has_value()) {
+            submaps.push_back(target->path);
         }
     }
-    return NavigationTitle(topicref);
+    return submaps;
 }
 
-void ReadKeys(MapReader& reader, const xmlNode* topicref) {
-    std::istringstream keys(Attribute(topicref, "keys"));
-    for (std::string key; keys >> key;) {
-        reader.navigation.keys.insert({key, {Attribute(topicref, "href"), KeyText(topicref)}});
+const DitaDocument& Load(MapReader& reader, const NativePath& path) {
+    const auto known = reader.maps.find(path);
+    if (known != reader.maps.end()) {
+        return known->second;
+    }
+    DitaDocument& map = reader.maps[path];
+    map = LoadDita(path, reader.library.Rules());
+    if (map.document != nullptr) {
+        ReportUnhandled(map.document.get(), path, reader.run.finding);
+        ResolveConrefs(map.document.get(), {}, reader.library, [&](long line, const std::string& text) {
+            Remark(reader, path, line, text);
+        });
+    } else if (!map.excluded) {
+        reader.run.log("warning: " + map.reason);
+        reader.run.unread(map.reason);
+    }
+    return map;
+}
+
+/// Breadth first, as a definition in a map counts before those in its submaps.
+void LoadMaps(MapReader& reader, const NativePath& map) {
+    std::deque<NativePath> waiting{map};
+    std::set<NativePath> known{map};
+    while (!waiting.empty()) {
+        const DitaDocument& loaded = Load(reader, waiting.front());
+        waiting.pop_front();
+        if (loaded.document == nullptr) {
+            continue;
+        }
+        CollectKeys(loaded.document.get(), reader.navigation.keys);
+        for (const NativePath& submap : SubmapsOf(loaded.document.get())) {
+            if (known.insert(submap).second) {
+                waiting.push_back(submap);
+            }
+        }
+    }
+    ResolveKeyChains(reader.navigation.keys);
+    for (auto& [path, loaded] : reader.maps) {
+        if (loaded.document == nullptr) {
+            continue;
+        }
+        const NativePath& file = path;
+        const RemarkSink remarks = [&](long line, const std::string& text) { Remark(reader, file, line, text); };
+        ResolveConrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
+        ResolveKeyrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
     }
 }
 
@@ -64,6 +116,7 @@ Inherited InheritedBy(const xmlNode* topicref, Inherited inherited) {
     };
     take("scope", inherited.scope);
     take("format", inherited.format);
+    take("linking", inherited.linking);
     const std::string role = Attribute(topicref, "processing-role");
     const bool keyDefinition = HasType(topicref, "mapgroup-d/keydef") && role != "normal";
     inherited.resourceOnly =
@@ -73,45 +126,93 @@ Inherited InheritedBy(const xmlNode* topicref, Inherited inherited) {
     return inherited;
 }
 
+CollectionType CollectionOf(const xmlNode* topicref) {
+    const std::string type = Attribute(topicref, "collection-type");
+    return type == "sequence" ? CollectionType::kSequence
+           : type == "family" ? CollectionType::kFamily
+                              : CollectionType::kUnordered;
+}
+
+Linking LinkingOf(const std::string& value) {
+    return {.from = value != "none" && value != "targetonly", .to = value != "none" && value != "sourceonly"};
+}
+
+NavigationItem ItemOf(const xmlNode* topicref, const Inherited& inherited) {
+    NavigationItem item;
+    item.href = Attribute(topicref, "href");
+    const auto target = DitaTargetOf(item.href);
+    item.title = NavigationTitle(topicref);
+    item.titleLocked = Attribute(topicref, "locktitle") == "yes" && !item.title.empty();
+    item.shown = inherited.shown && !inherited.resourceOnly;
+    item.page =
+        target.has_value() && !inherited.resourceOnly && IsTopicFormat(inherited.format, target->path);
+    item.linking = LinkingOf(inherited.resourceOnly ? "none" : inherited.linking);
+    item.collection = CollectionOf(topicref);
+    return item;
+}
+
 void ReadTopicrefs(MapReader& reader, const xmlNode* parent, const Inherited& inherited,
                    std::vector<NavigationItem>& items);
 
 void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& outer,
                   std::vector<NavigationItem>& items) {
-    ReadKeys(reader, topicref);
+    if (HasType(topicref, "ditavalref-d/ditavalref") || HasType(topicref, "subjectScheme/subjectdef")) {
+        return;
+    }
     const Inherited inherited = InheritedBy(topicref, outer);
-    NavigationItem item;
-    item.href = Attribute(topicref, "href");
-    const auto target = DitaTargetOf(item.href);
-    if (target.has_value() &&
-        (inherited.format == "ditamap" || (inherited.format.empty() && EndsWithMap(item.href)))) {
+    const std::string href = Attribute(topicref, "href");
+    const auto target = DitaTargetOf(href);
+    if (target.has_value() && IsMapReference(href, inherited.format)) {
         // The format describes the submap, not the topics in it.
         Inherited inside = inherited;
         inside.format.clear();
         ReadMap(reader, target->path, inside, items);
+        ReadTopicrefs(reader, topicref, inside, items);
         return;
     }
-    item.title = NavigationTitle(topicref);
-    item.shown = inherited.shown && !inherited.resourceOnly;
-    item.page =
-        target.has_value() && !inherited.resourceOnly && IsTopicFormat(inherited.format, target->path);
+    NavigationItem item = ItemOf(topicref, inherited);
     ReadTopicrefs(reader, topicref, inherited, item.children);
     // A group without a title does not add a level to the navigation.
-    if (item.href.empty() && item.title.empty()) {
+    if (item.href.empty() && (item.title.empty() || HasType(topicref, "mapgroup-d/topicgroup"))) {
         std::move(item.children.begin(), item.children.end(), std::back_inserter(items));
     } else {
         items.push_back(std::move(item));
     }
 }
 
+/// The topics of a cell, on one level.
+void ReadCell(MapReader& reader, const xmlNode* cell, const Inherited& inherited,
+              std::vector<NavigationItem>& items) {
+    std::vector<NavigationItem> nested;
+    ReadTopicrefs(reader, cell, inherited, nested);
+    while (!nested.empty()) {
+        NavigationItem item = std::move(nested.front());
+        nested.erase(nested.begin());
+        std::move(item.children.begin(), item.children.end(), std::back_inserter(nested));
+        item.children.clear();
+        if (!item.href.empty()) {
+            items.push_back(std::move(item));
+        }
+    }
+}
+
 /// The topics of relationship tables get pages, but do not appear in the table of contents.
-void ReadRelationshipTable(MapReader& reader, xmlNode* table, Inherited inherited,
+void ReadRelationshipTable(MapReader& reader, const xmlNode* table, Inherited inherited,
                            std::vector<NavigationItem>& items) {
     inherited.shown = false;
-    for (xmlNode* node = NextNode(table, table); node != nullptr; node = NextNode(node, table)) {
-        if (HasType(node, "map/topicref") && !HasType(node->parent, "map/topicref")) {
-            ReadTopicref(reader, node, inherited, items);
+    inherited = InheritedBy(table, inherited);
+    for (const xmlNode* row = FirstElement(table); row != nullptr; row = NextElement(row)) {
+        if (!HasType(row, "map/relrow")) {
+            continue;
         }
+        Relation relation;
+        for (const xmlNode* cell = FirstElement(row); cell != nullptr; cell = NextElement(cell)) {
+            ReadCell(reader, cell, InheritedBy(cell, inherited), relation.cells.emplace_back());
+        }
+        for (const auto& cell : relation.cells) {
+            items.insert(items.end(), cell.begin(), cell.end());
+        }
+        reader.navigation.relations.push_back(std::move(relation));
     }
 }
 
@@ -142,14 +243,11 @@ void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherit
              std::vector<NavigationItem>& items) {
     auto& open = reader.openMaps;
     if (std::find(open.begin(), open.end(), path) != open.end()) {
-        reader.warnings(path.utf8 + ": the map contains itself; remove the reference to it");
+        Remark(reader, path, 0, "the map contains itself; remove the reference to it");
         return;
     }
-    const DitaDocument map = LoadDita(path, reader.rules);
+    const DitaDocument& map = Load(reader, path);
     if (map.document == nullptr) {
-        if (!map.excluded) {
-            reader.warnings(map.reason);
-        }
         return;
     }
     const xmlNode* root = xmlDocGetRootElement(map.document.get());
@@ -158,14 +256,19 @@ void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherit
         reader.navigation.language = LanguageOf(root);
     }
     open.push_back(path);
-    ReadTopicrefs(reader, root, inherited, items);
+    ReadTopicrefs(reader, root, InheritedBy(root, inherited), items);
     open.pop_back();
 }
 
 }  // namespace
 
-Navigation ReadNavigation(const NativePath& map, const Ditaval& rules, const MessageSink& warnings) {
-    MapReader reader{.rules = rules, .warnings = warnings, .navigation = {}, .openMaps = {}};
+Navigation ReadNavigation(const NativePath& map, DitaLibrary& library, const DitaRun& run) {
+    MapReader reader{.library = library,
+                     .run = run,
+                     .navigation = {},
+                     .maps = {},
+                     .openMaps = {}};
+    LoadMaps(reader, map);
     std::vector<NavigationItem> items;
     ReadMap(reader, map, {}, items);
     reader.navigation.items = std::move(items);

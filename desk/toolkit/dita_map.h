@@ -1,38 +1,52 @@
-// The navigation that a DITA map and its submaps describe: topics in order and depth, and the keys.
-// References are absolute URIs; strings are UTF-8.
+// The navigation that a DITA map and its submaps describe: topics in order and depth, the keys, and which
+// topics are related. References are absolute URIs; strings are UTF-8.
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
-#include "desk/toolkit/ditaval.h"
-#include "desk/xml/stylesheet.h"
+#include "desk/toolkit/dita_keys.h"
+#include "desk/toolkit/dita_references.h"
+#include "desk/toolkit/dita_run.h"
 
 namespace ventrix::desk {
+
+/// In which directions a map links a topic.
+struct Linking {
+    bool from = true;  ///< The topic has links.
+    bool to = true;    ///< Others link to it.
+};
+
+/// How the topics below one are linked with each other.
+enum class CollectionType { kUnordered, kSequence, kFamily };
 
 struct NavigationItem {
     std::string href;   ///< Absolute reference or web address; empty for a heading without a page.
     std::string title;  ///< From the map; empty if the topic's own title is used.
-    bool page = false;  ///< The reference leads to a local topic that gets a page.
-    bool shown = true;  ///< Appears in the table of contents.
+    bool titleLocked = false;  ///< The map's title is used instead of the topic's.
+    bool page = false;         ///< The reference leads to a local topic that gets a page.
+    bool shown = true;         ///< Appears in the table of contents.
+    Linking linking;
+    CollectionType collection = CollectionType::kUnordered;
     std::vector<NavigationItem> children;
 };
 
-/// What a key is defined as. The first definition in the map counts.
-struct DitaKey {
-    std::string href;
-    std::string text;
+/// A row of a relationship table: each topic is linked with those of the other cells.
+struct Relation {
+    std::vector<std::vector<NavigationItem>> cells;
 };
 
 struct Navigation {
     std::string title;
     std::string language;
-    std::vector<NavigationItem> items;
-    std::map<std::string, DitaKey> keys;
+    std::vector<NavigationItem> items;  ///< With those of relationship tables, which are not shown.
+    std::vector<Relation> relations;
+    DitaKeys keys;
 };
 
-/// A submap that is missing, not well-formed or contains itself is reported as a warning and left out.
-Navigation ReadNavigation(const NativePath& map, const Ditaval& rules, const MessageSink& warnings);
+/// Reads the map and its submaps, each once. A submap that is missing, not well-formed or contains itself is
+/// reported as unread or as a finding of the run and left out, and so is what a topic reference refers to by an
+/// undefined key.
+Navigation ReadNavigation(const NativePath& map, DitaLibrary& library, const DitaRun& run);
 
 }  // namespace ventrix::desk

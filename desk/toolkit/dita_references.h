@@ -1,6 +1,6 @@
-// Resolves the references in a topic: content that is reused from other topics (conref), text that keys are
-// defined as (keyref), and the titles of link targets. All documents are filtered with the same rules.
-// Strings are UTF-8.
+// Resolves the references in a topic or map: content that is reused from other topics (conref, conkeyref), text
+// and targets that keys are defined as (keyref), the lines of code samples (coderef), and the words for link
+// targets. All documents are filtered with the same rules. Strings are UTF-8.
 #pragma once
 
 #include <list>
@@ -9,15 +9,18 @@
 #include <unordered_map>
 
 #include "desk/toolkit/dita_document.h"
-#include "desk/toolkit/dita_map.h"
+#include "desk/toolkit/dita_keys.h"
+#include "desk/xml/stylesheet.h"
 
 namespace ventrix::desk {
 
 struct TopicSummary {
+    std::string topicId;  ///< Of the first topic.
     std::string title;
     std::string shortDescription;
     bool excluded = false;
-    std::unordered_map<std::string, std::string> titles;  ///< By "topic" and by "topic/element", for links.
+    /// The words for links, by "topic" and by "topic/element": titles, defined terms, numbers of list items.
+    std::unordered_map<std::string, std::string> titles;
 };
 
 /// Loads the documents that topics refer to. The most recently used ones stay in memory, and the titles of
@@ -25,6 +28,8 @@ struct TopicSummary {
 class DitaLibrary {
   public:
     DitaLibrary(const Ditaval& rules, const MessageSink& unread) : rules_(rules), unread_(unread) {}
+
+    const Ditaval& Rules() const { return rules_; }
 
     /// Null if the document cannot be read or is excluded. The library owns it and may free it when eight
     /// other documents have been requested.
@@ -46,15 +51,20 @@ class DitaLibrary {
     std::map<NativePath, TopicSummary> summaries_;
 };
 
-/// Replaces each element that has a `conref` with a copy of its target, in which further ones are replaced
-/// too. An element whose target cannot be found is kept, and reported as a warning.
-void ResolveConrefs(xmlDoc* document, DitaLibrary& library, const MessageSink& warnings);
+/// Replaces each element that has a `conref` or `conkeyref` with a copy of its target, or of its target and the
+/// elements up to that of `conrefend`, in which further ones are replaced too. An element whose target cannot
+/// be found is kept, and reported as a remark. Without keys, only `conref` counts.
+void ResolveConrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library,
+                    const RemarkSink& remarks);
 
 /// Gives elements with a `keyref` the key's reference, and the key's text if they are empty.
-void ResolveKeyrefs(xmlDoc* document, const std::map<std::string, DitaKey>& keys,
-                    const MessageSink& warnings);
+void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library,
+                    const RemarkSink& remarks);
 
-/// The title to show for an absolute reference; empty if its target has none.
+/// Replaces each `coderef` with the lines of its file.
+void ResolveCoderefs(xmlDoc* document, const RemarkSink& remarks);
+
+/// The words to show for an absolute reference; empty if its target has none.
 std::string TitleOf(const std::string& absoluteReference, DitaLibrary& library);
 
 }  // namespace ventrix::desk

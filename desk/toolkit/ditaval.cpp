@@ -1,6 +1,8 @@
 #include "desk/toolkit/ditaval.h"
 
 #include <algorithm>
+#include <initializer_list>
+#include <set>
 
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/xml_handles.h"
@@ -8,14 +10,18 @@
 namespace ventrix::desk {
 namespace {
 
-/// One conditional attribute, or one group in it, and its values separated by whitespace.
+/// The values of one conditional attribute, or of one group in it, separated by whitespace.
 struct Condition {
     std::string attribute;
+    std::string group;  ///< The group's name; empty for the values in no group.
     std::string values;
 };
 
-bool ExcludesValue(const Ditaval& rules, const std::string& attribute, const std::string& value) {
-    const std::pair<std::string, std::string> keys[] = {{attribute, value}, {attribute, ""}, {"", ""}};
+bool ExcludesValue(const Ditaval& rules, const Condition& condition, const std::string& value) {
+    const std::string& attribute = condition.attribute;
+    const std::string& nearest = condition.group.empty() ? attribute : condition.group;
+    const std::pair<std::string, std::string> keys[] = {
+        {nearest, value}, {nearest, ""}, {attribute, value}, {attribute, ""}, {"", ""}};
     for (const auto& key : keys) {
         if (const auto rule = rules.excludes.find(key); rule != rules.excludes.end()) {
             return rule->second;
@@ -30,7 +36,7 @@ bool ExcludesAll(const Ditaval& rules, const Condition& condition) {
     const std::string& values = condition.values;
     for (std::size_t at = values.find_first_not_of(kWhitespace); at != std::string::npos;) {
         const std::size_t end = std::min(values.find_first_of(kWhitespace, at), values.size());
-        if (!ExcludesValue(rules, condition.attribute, values.substr(at, end - at))) {
+        if (!ExcludesValue(rules, condition, values.substr(at, end - at))) {
             return false;
         }
         anyValue = true;
@@ -40,7 +46,7 @@ bool ExcludesAll(const Ditaval& rules, const Condition& condition) {
 }
 
 /// Removes the first group, `audience(expert novice)`, from the value.
-std::optional<Condition> TakeGroup(std::string& values) {
+std::optional<Condition> TakeGroup(const std::string& attribute, std::string& values) {
     const std::size_t open = values.find('(');
     const std::size_t close = values.find(')', std::min(open, values.size()));
     if (open == std::string::npos || close == std::string::npos) {
@@ -48,13 +54,14 @@ std::optional<Condition> TakeGroup(std::string& values) {
     }
     const std::size_t before = open == 0 ? std::string::npos : values.find_last_of(" \t\r\n", open - 1);
     const std::size_t begin = before == std::string::npos ? 0 : before + 1;
-    Condition group{values.substr(begin, open - begin), values.substr(open + 1, close - open - 1)};
+    Condition group{attribute, values.substr(begin, open - begin), values.substr(open + 1, close - open - 1)};
     values.replace(begin, close + 1 - begin, " ");
     return group;
 }
 
 bool IsConditional(const Ditaval& rules, const std::string& attribute) {
-    constexpr std::string_view kKnown[] = {"audience", "product", "platform", "otherprops", "props", "rev"};
+    constexpr std::string_view kKnown[] = {"audience",   "product", "platform",      "otherprops",
+                                          "deliveryTarget", "props",   "rev"};
     if (std::find(std::begin(kKnown), std::end(kKnown), attribute) != std::end(kKnown)) {
         return true;
     }
@@ -63,24 +70,49 @@ bool IsConditional(const Ditaval& rules, const std::string& attribute) {
 }
 
 bool ExcludesBy(const Ditaval& rules, const std::string& attribute, std::string values) {
-    if (attribute == "props" || attribute == "otherprops") {
-        while (const auto group = TakeGroup(values)) {
-            if (ExcludesAll(rules, *group)) {
-                return true;
-            }
+    while (const auto group = TakeGroup(attribute, values)) {
+        if (ExcludesAll(rules, *group)) {
+            return true;
         }
     }
-    return ExcludesAll(rules, {attribute, std::move(values)});
+    return ExcludesAll(rules, {attribute, "", std::move(values)});
+}
+
+bool IsOneOf(std::string_view word, std::initializer_list<std::string_view> words) {
+    return std::ranges::find(words, word) != words.end();
+}
+
+std::string LineOf(const xmlNode* element) {
+    return "line " + std::to_string(xmlGetLineNo(element)) + ": ";
+}
+
+/// Why a toolkit would pass over the rule, one line; empty if it would not.
+std::string ProblemOf(const xmlNode* element) {
+    const std::string name(View(element->name));
+    if (IsOneOf(name, {"style-conflict"})) {
+        return {};
+    }
+    if (!IsOneOf(name, {"prop", "revprop"})) {
+        return LineOf(element) + "<" + name + "> is not a rule (expected prop, revprop or style-conflict)";
+    }
+    const std::string action = Attribute(element, "action");
+    if (IsOneOf(action, {"include", "exclude", "passthrough", "flag", "noflag"})) {
+        return {};
+    }
+    return LineOf(element) + (action.empty() ? "a rule without an action" : "unknown action \"" + action + "\"") +
+           " (expected include, exclude, passthrough or flag)";
 }
 
 void AddRule(Ditaval& rules, const xmlNode* element) {
-    const bool revision = View(element->name) == "revprop";
-    const std::string action = Attribute(element, "action");
-    if ((View(element->name) != "prop" && !revision) || action.empty()) {
+    if (View(element->name) == "style-conflict") {
         return;
     }
-    const std::string attribute = revision ? "rev" : Attribute(element, "att");
-    rules.excludes[{attribute, Attribute(element, "val")}] = action == "exclude";
+    const std::string action = Attribute(element, "action");
+    const std::string attribute = View(element->name) == "revprop" ? "rev" : Attribute(element, "att");
+    rules.excludes.insert({{attribute, Attribute(element, "val")}, action == "exclude"});
+    if (action == "flag" && rules.firstFlag == 0) {
+        rules.firstFlag = static_cast<int>(xmlGetLineNo(element));
+    }
 }
 
 }  // namespace
@@ -91,12 +123,39 @@ std::optional<Ditaval> ReadDitaval(const NativePath& path, std::string& reason) 
         reason = path.utf8 + ": " + loaded.reason;
         return std::nullopt;
     }
-    Ditaval rules;
     const xmlNode* root = xmlDocGetRootElement(loaded.document.get());
+    if (View(root->name) != "val") {
+        reason = path.utf8 + ": it is not a DITAVAL file, because its root element is <" +
+                 std::string(View(root->name)) + ">, not <val>";
+        return std::nullopt;
+    }
+    Ditaval rules;
     for (const xmlNode* rule = FirstElement(root); rule != nullptr; rule = NextElement(rule)) {
+        if (const std::string problem = ProblemOf(rule); !problem.empty()) {
+            reason = path.utf8 + ": " + problem;
+            return std::nullopt;
+        }
         AddRule(rules, rule);
     }
     return rules;
+}
+
+void ApplyScheme(const SubjectScheme& scheme, Ditaval& rules) {
+    const auto given = rules.excludes;
+    for (const auto& [attribute, parents] : scheme) {
+        for (const auto& [value, parent] : parents) {
+            std::set<std::string> seen{value};
+            std::string at = parent;
+            while (!given.contains({attribute, value}) && seen.insert(at).second) {
+                if (const auto rule = given.find({attribute, at}); rule != given.end()) {
+                    rules.excludes.insert({{attribute, value}, rule->second});
+                    break;
+                }
+                const auto next = parents.find(at);
+                at = next == parents.end() ? value : next->second;
+            }
+        }
+    }
 }
 
 bool IsExcluded(const Ditaval& rules, const xmlNode* element) {

@@ -16,15 +16,24 @@ namespace ventrix::desk {
 /// the default for an attribute, an empty attribute the default for all.
 struct Ditaval {
     std::map<std::pair<std::string, std::string>, bool> excludes;
+    int firstFlag = 0;  ///< The line of the first rule that flags; 0 if none does.
 };
 
-/// Reads a DITAVAL file. Nothing, and the reason in one line, if it is missing or not well-formed.
+/// Reads a DITAVAL file. Nothing, and the reason in one line, if it is missing, is not well-formed, is another
+/// kind of file, or has a rule with an action that is none.
 std::optional<Ditaval> ReadDitaval(const NativePath& path, std::string& reason);
 
+/// By attribute: the value above each value, in the hierarchy that a subject scheme binds to the attribute.
+using SubjectScheme = std::map<std::string, std::map<std::string, std::string>>;
+
+/// A value without a rule of its own gets that of the nearest value above it which has one.
+void ApplyScheme(const SubjectScheme& scheme, Ditaval& rules);
+
 /// True if one of the element's conditional attributes has values and all of them are excluded. Conditional
-/// are audience, product, platform, otherprops, props, rev and every other attribute that the rules name.
-/// `props` and `otherprops` may contain groups, `audience(expert novice)`, each of which counts as an
-/// attribute of its own.
+/// are audience, product, platform, otherprops, deliveryTarget, props, rev and every other attribute that the
+/// rules name. A value may contain groups, `audience(expert novice)`, each of which counts as an attribute of
+/// its own; a value in it without a rule for the group's name counts for the attribute that contains the
+/// group.
 bool IsExcluded(const Ditaval& rules, const xmlNode* element);
 
 /// Removes the excluded elements. False, with the document unchanged, if its root element is excluded.

@@ -4,9 +4,15 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <string_view>
 #include <vector>
 
+#include "desk/toolkit/java_text.h"
 #include "desk/toolkit/run_program.h"
+#include "desk/toolkit/toolkit_filter.h"
+#include "desk/toolkit/toolkit_log.h"
+#include "desk/xml/lenient_load.h"
 #include "platform/temp_folder.h"
 
 namespace ventrix::desk {
@@ -16,50 +22,66 @@ namespace fs = std::filesystem;
 
 /// How to start a toolkit, or why that is not possible.
 struct Toolkit {
-    NativePath command;  ///< The `dita` command; empty if Ant runs the toolkit.
-    NativePath ant;      ///< The `ant` command.
-    NativePath folder;   ///< Contains the build file.
+    NativePath command;   ///< The `dita` command; empty if Ant runs the toolkit.
+    bool runnable = true; ///< The command may be executed; if not, the shell runs it.
+    NativePath ant;       ///< The `ant` command.
+    NativePath folder;    ///< Contains the build file.
     std::string reason;
 };
 
+bool IsFile(const NativePath& path) {
+    std::error_code error;
+    return fs::is_regular_file(ToFilesystem(path), error);
+}
+
 Toolkit AntToolkit(const NativePath& folder) {
-    Toolkit toolkit{.command = {}, .ant = FindProgram("ant"), .folder = folder, .reason = {}};
+    Toolkit toolkit;
+    toolkit.ant = FindProgram("ant");
+    toolkit.folder = folder;
     if (toolkit.ant.Empty()) {
         toolkit.reason = "the DITA Open Toolkit in " + folder.utf8 + " needs ant; install the package ant";
     }
     return toolkit;
 }
 
-bool HasBuildFile(const NativePath& folder) {
-    std::error_code error;
-    return fs::exists(ToFilesystem(folder) / "build.xml", error);
+Toolkit CommandToolkit(const NativePath& command) {
+    Toolkit toolkit;
+    toolkit.command = command;
+    toolkit.runnable = !FindProgram(command.utf8).Empty();
+    return toolkit;
 }
 
-Toolkit ToolkitIn(const NativePath& folder) {
-    Toolkit toolkit{.command = FindProgram(folder.utf8 + "/bin/dita"), .ant = {}, .folder = {}, .reason = {}};
-    if (!toolkit.command.Empty()) {
-        return toolkit;
+bool HasBuildFile(const NativePath& folder) {
+    return IsFile({folder.utf8 + "/build.xml"});
+}
+
+/// `place` is the folder of a toolkit or its `dita` command.
+Toolkit ToolkitAt(const NativePath& place) {
+    for (const NativePath& command : {place, NativePath{place.utf8 + "/bin/dita"}}) {
+        if (IsFile(command)) {
+            return CommandToolkit(command);
+        }
     }
-    if (HasBuildFile(folder)) {
-        return AntToolkit(folder);
+    if (HasBuildFile(place)) {
+        return AntToolkit(place);
     }
-    toolkit.reason = folder.utf8 + " contains no DITA Open Toolkit (neither bin/dita nor build.xml)";
+    Toolkit toolkit;
+    toolkit.reason = place.utf8 + " contains no DITA Open Toolkit (neither bin/dita nor build.xml)";
     return toolkit;
 }
 
 Toolkit FindToolkit(const std::string& name) {
     const NativePath debianFolder{"/usr/share/dita-ot"};
     if (name != "installed") {
-        std::error_code error;
-        return ToolkitIn(FromFilesystem(fs::absolute(ToFilesystem({name}), error).lexically_normal()));
+        return ToolkitAt(AbsolutePath({name}));
     }
-    Toolkit toolkit{.command = FindProgram("dita"), .ant = {}, .folder = {}, .reason = {}};
-    if (!toolkit.command.Empty()) {
-        return toolkit;
+    if (const NativePath command = FindProgram("dita"); !command.Empty()) {
+        return CommandToolkit(command);
     }
     if (HasBuildFile(debianFolder)) {
         return AntToolkit(debianFolder);
     }
+    Toolkit toolkit;
     toolkit.reason =
         "no DITA Open Toolkit is installed; install the packages dita-ot, ant and libxalan2-java, or "
         "name a toolkit's folder";
@@ -92,25 +114,95 @@ void AppendLibraries(std::vector<std::string>& arguments, const NativePath& fold
     }
 }
 
-std::vector<std::string> AntArguments(const Toolkit& toolkit, const DitaRun& run, const std::string& work) {
+/// The start script of a toolkit, and Ant's, hand their arguments to the shell a second time. The path of the
+/// property file is therefore the only one among the arguments, and must mean nothing to the shell.
+bool IsSafeArgument(const std::string& path) {
+    return std::ranges::all_of(path, [](unsigned char c) {
+        return std::isalnum(c) != 0 || std::string_view("/._-+,@").find(static_cast<char>(c)) !=
+                                           std::string_view::npos;
+    });
+}
+
+std::string JoinedUris(const std::vector<NativePath>& files) {
+    std::string joined;
+    for (const NativePath& file : files) {
+        joined += (joined.empty() ? "" : ":") + JavaFileUri(file);
+    }
+    return joined;
+}
+
+/// Old toolkits read "%", "#" and "?" in a path as parts of a URI and write quotes and signs of XML into
+/// attributes as they are. A link to the last folder whose name contains one avoids that. Returns the path to
+/// use; empty, with the reason, if the document's own name contains one.
+NativePath ReadableByOldToolkit(const NativePath& document, const std::string& work, std::string& reason) {
+    const std::size_t sign = document.utf8.find_last_of("%#?\"&<>");
+    if (sign == std::string::npos) {
+        return document;
+    }
+    const std::size_t end = document.utf8.find('/', sign);
+    if (end == std::string::npos) {
+        reason = document.utf8 +
+                 ": this old DITA Open Toolkit cannot read a file with one of % # ? \" & < > in its name; "
+                 "rename the file or use a newer toolkit";
+        return {};
+    }
+    std::error_code error;
+    fs::create_directory_symlink(ToFilesystem({document.utf8.substr(0, end)}), work + "/in", error);
+    return {work + "/in" + document.utf8.substr(end)};
+}
+
+/// Everything that the run is about. Newer toolkits take the input as a URI; older ones only as a path. The
+/// filter has two names, of which each toolkit knows at least one.
+std::string Properties(const std::string& input, const DitaRun& run, const std::string& work,
+                       const NativePath& filter) {
+    std::string lines = PropertyLine("args.input", input) +
+                        PropertyLine("transtype", run.transtype) + PropertyLine("output.dir", work + "/out") +
+                        PropertyLine("dita.temp.dir", work + "/temp");
+    // With these, topics outside the map's folder are published in the corresponding folders of the output.
+    lines += PropertyLine("generate.copy.outer", "3") + PropertyLine("outer.control", "quiet");
+    if (!filter.Empty()) {
+        lines += PropertyLine("args.filter", filter.utf8) + PropertyLine("dita.input.valfile", filter.utf8);
+    }
+    if (!run.resources.empty()) {
+        lines += PropertyLine("args.resources", JoinedUris(run.resources));
+    }
+    for (const auto& [name, value] : run.parameters) {
+        lines += PropertyLine(name, value);
+    }
+    return lines;
+}
+
+/// Writes the property file and the filter. Returns why not, one line; empty on success.
+std::string WriteProperties(const Toolkit& toolkit, const DitaRun& run, const std::string& work) {
+    std::string problem;
+    const NativePath filter =
+        run.filters.empty() ? NativePath{} : WriteToolkitFilter(run.filters, {work}, problem);
+    const std::string input = toolkit.command.Empty() ? ReadableByOldToolkit(run.document, work, problem).utf8
+                                                      : JavaFileUri(run.document);
+    if (problem.empty() && !WriteOutput({work + "/run.properties"}, Properties(input, run, work, filter))) {
+        problem = work + " cannot be written; check the free space";
+    }
+    return problem;
+}
+
+/// A filter that is read is reported in the log only if the log is verbose.
+std::vector<std::string> Arguments(const Toolkit& toolkit, const std::string& work, bool verbose) {
+    const std::string properties = work + "/run.properties";
+    if (!toolkit.command.Empty()) {
+        std::vector<std::string> arguments{toolkit.command.utf8, "--propertyfile=" + properties};
+        if (!toolkit.runnable) {
+            arguments.insert(arguments.begin(), "/bin/sh");
+        }
+        if (verbose) {
+            arguments.push_back("--verbose");
+        }
+        return arguments;
+    }
     WriteEncodings({work + "/classes"});
     std::vector<std::string> arguments{toolkit.ant.utf8, "-lib", work + "/classes"};
     AppendLibraries(arguments, toolkit.folder);
-    arguments.insert(arguments.end(), {"-f", toolkit.folder.utf8 + "/build.xml",
-                                       "-Dargs.input=" + run.document.utf8, "-Dtranstype=xhtml",
-                                       "-Doutput.dir=" + work + "/out", "-Ddita.temp.dir=" + work + "/temp"});
-    if (!run.ditaval.Empty()) {
-        arguments.push_back("-Ddita.input.valfile=" + run.ditaval.utf8);
-    }
-    return arguments;
-}
-
-std::vector<std::string> DitaArguments(const Toolkit& toolkit, const DitaRun& run, const std::string& work) {
-    std::vector<std::string> arguments{toolkit.command.utf8, "--input=" + run.document.utf8, "--format=xhtml",
-                                       "--output=" + work + "/out", "--temp=" + work + "/temp"};
-    if (!run.ditaval.Empty()) {
-        arguments.push_back("--filter=" + run.ditaval.utf8);
-    }
+    arguments.insert(arguments.end(),
+                     {"-f", toolkit.folder.utf8 + "/build.xml", "-propertyfile", properties});
     return arguments;
 }
 
@@ -132,69 +224,37 @@ int MoveOutput(const NativePath& from, const NativePath& to, std::string& reason
     return pages;
 }
 
-/// The line of the log that describes the failure: the last one after "BUILD FAILED", or else the first error
-/// message. Empty if there is none.
-/// The line without the escape sequences that colour it on a terminal.
-std::string WithoutColors(const std::string& line) {
-    std::string plain;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        if (line[i] == '\x1b' && i + 1 < line.size() && line[i + 1] == '[') {
-            i = std::min(line.find('m', i), line.size());
-        } else if (line[i] != '\r') {
-            plain += line[i];
-        }
-    }
-    return plain;
+/// What a program appended to the log since `offset`.
+std::string OutputSince(const NativePath& logFile, std::uint64_t offset) {
+    std::ifstream log(ToFilesystem(logFile), std::ios::binary);
+    log.seekg(static_cast<std::streamoff>(offset));
+    return {std::istreambuf_iterator<char>(log), std::istreambuf_iterator<char>()};
 }
 
-/// True if the line holds the number of an error or fatal message of the toolkit, such as DOTJ013E.
-bool HoldsErrorNumber(const std::string& line) {
-    for (std::size_t at = line.find("DOT"); at != std::string::npos; at = line.find("DOT", at + 1)) {
-        const std::string_view number = std::string_view(line).substr(at, 8);
-        if (number.size() == 8 && std::isdigit(static_cast<unsigned char>(number[4])) != 0 &&
-            (number[7] == 'E' || number[7] == 'F')) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool ReportsError(const std::string& line) {
-    return line.find("[ERROR]") != std::string::npos || line.find("[FATAL]") != std::string::npos ||
-           HoldsErrorNumber(line);
-}
-
-std::string FailureIn(const NativePath& logFile) {
-    std::ifstream log(ToFilesystem(logFile));
-    std::string failure;
-    bool failed = false;
-    for (std::string line; std::getline(log, line);) {
-        failed = failed || line.starts_with("BUILD FAILED");
-        const bool describes = failed ? !line.empty() && !line.starts_with("Total time")
-                                      : line.find("[FATAL]") != std::string::npos ||
-                                            line.find("[ERROR]") != std::string::npos ||
-                                            line.starts_with("Error:");
-        if (describes && (failed || failure.empty())) {
-            failure = line;
-        }
-    }
-    return failure.substr(std::min(failure.find_first_not_of(' '), failure.size()));
-}
-
-std::string Outcome(const platform::ProgramEnd& end, int pages, const NativePath& logFile) {
+std::string Outcome(const platform::ProgramEnd& end, int pages, const std::vector<std::string>& lines) {
     if (!end.notStarted.empty()) {
         return end.notStarted;
     }
-    const std::string failure = FailureIn(logFile);
     if (end.signal != 0) {
-        return "the DITA Open Toolkit was ended by signal " + std::to_string(end.signal);
+        return "the DITA Open Toolkit was ended by signal " + std::to_string(end.signal) + ": " +
+               FailureIn(lines);
     }
     if (end.exitCode != 0) {
-        return "the DITA Open Toolkit failed with exit status " + std::to_string(end.exitCode) +
-               (failure.empty() ? "" : ": " + failure);
+        return "the DITA Open Toolkit failed with exit status " + std::to_string(end.exitCode) + ": " +
+               FailureIn(lines);
     }
-    return pages == 0 ? "the DITA Open Toolkit wrote no page" + (failure.empty() ? "" : ": " + failure)
-                      : std::string();
+    return pages == 0 ? "the DITA Open Toolkit wrote no page: " + FailureIn(lines) : std::string();
+}
+
+void ReportErrors(const DitaRun& run, const NativePath& logFile, const std::vector<std::string>& lines) {
+    for (const std::string& line : ToolkitErrors(lines)) {
+        run.finding({logFile, 0, line});
+    }
+    if (!run.filters.empty() && std::ranges::none_of(lines, ShowsFilterWasRead)) {
+        run.finding({logFile, 0,
+                     "the toolkit's log does not show that it read the filter; check that the pages contain "
+                     "nothing that the filter excludes"});
+    }
 }
 
 }  // namespace
@@ -211,16 +271,12 @@ std::string DescribeToolkit(const std::string& toolkit) {
     return "DITA Open Toolkit, " + (found.command.Empty() ? found.folder : found.command).utf8;
 }
 
-std::vector<std::string> ToolkitErrors(const NativePath& logFile) {
-    std::vector<std::string> errors;
-    std::ifstream log(ToFilesystem(logFile));
-    for (std::string line; std::getline(log, line);) {
-        line = WithoutColors(line);
-        if (ReportsError(line)) {
-            errors.push_back(line.substr(line.find_first_not_of(' ')));
-        }
-    }
-    return errors;
+bool IsToolkitProject(const NativePath& file) {
+    const LenientDocument loaded = LoadLeniently(file);
+    const xmlNode* root =
+        loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
+    return root != nullptr && View(root->name) == "project" && root->ns != nullptr &&
+           View(root->ns->href) == "https://www.dita-ot.org/project";
 }
 
 std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitName,
@@ -234,16 +290,23 @@ std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitNa
         return folder.Problem();
     }
     const std::string& work = folder.Path();
-    const bool ant = toolkit.command.Empty();
-    std::vector<std::string> arguments =
-        ant ? AntArguments(toolkit, run, work) : DitaArguments(toolkit, run, work);
-    // With these, topics outside the map's folder are published in the corresponding folders of the output.
-    arguments.insert(arguments.end(), {"-Dgenerate.copy.outer=3", "-Douter.control=quiet"});
-    run.log("toolkit " + (ant ? toolkit.folder : toolkit.command).utf8);
-    const platform::ProgramEnd end = RunProgram(arguments, logFile);
+    if (!IsSafeArgument(work)) {
+        return "the folder for temporary files, " + work +
+               ", has a name that the toolkit's start script would misread; set TMPDIR to one whose name has "
+               "only letters, digits and \"_\"";
+    }
+    if (std::string problem = WriteProperties(toolkit, run, work); !problem.empty()) {
+        return problem;
+    }
+    run.log("toolkit " + (toolkit.command.Empty() ? toolkit.folder : toolkit.command).utf8);
+    std::error_code error;
+    const std::uint64_t offset = fs::file_size(ToFilesystem(logFile), error);
+    const platform::ProgramEnd end = RunProgram(Arguments(toolkit, work, !run.filters.empty()), logFile);
+    const std::vector<std::string> lines = LogLines(OutputSince(logFile, offset));
     std::string unwritten;
     const int pages = MoveOutput({work + "/out"}, run.pages, unwritten);
-    const std::string reason = Outcome(end, pages, logFile);
+    ReportErrors(run, logFile, lines);
+    const std::string reason = Outcome(end, pages, lines);
     return reason.empty() ? unwritten : reason;
 }
 

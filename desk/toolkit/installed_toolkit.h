@@ -3,9 +3,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "desk/toolkit/builtin_toolkit.h"
+#include "desk/toolkit/dita_run.h"
 
 namespace ventrix::desk {
 
@@ -16,12 +15,13 @@ std::string ToolkitProblem(const std::string& toolkit);
 /// silent. `toolkit` may also be "builtin".
 std::string DescribeToolkit(const std::string& toolkit);
 
-/// The lines of a run's log in which the toolkit reports an error, without colour codes. A toolkit that ends
-/// with success may have skipped topics all the same.
-std::vector<std::string> ToolkitErrors(const NativePath& logFile);
+/// Whether the file is a project file of the DITA Open Toolkit, which lists publications and is no document.
+bool IsToolkitProject(const NativePath& file);
 
-/// `toolkit` is "installed" or a toolkit's folder; the program's output is appended to the log file. Empty on
-/// success; else the reason, one line. The pages that a failed run wrote are delivered all the same.
+/// `toolkit` is "installed", a toolkit's folder or its `dita` command; the program's output is appended to the
+/// log file. Empty on success; else the reason, one line. Errors that the toolkit reports are findings, also
+/// after a success, and so is a filter that it seems not to have read. The pages that a failed run wrote are
+/// delivered all the same.
 std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkit, const NativePath& logFile);
 
 }  // namespace ventrix::desk

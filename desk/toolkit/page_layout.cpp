@@ -33,9 +33,29 @@ NativePath OutputOf(const PageLayout& layout, const NativePath& source) {
                : NativePath{};
 }
 
-NativePath PageOf(const PageLayout& layout, const NativePath& topic) {
+void AssignPage(PageLayout& layout, const NativePath& topic) {
     const NativePath copy = OutputOf(layout, topic);
-    return copy.Empty() ? copy : FromFilesystem(ToFilesystem(copy).replace_extension(".html"));
+    if (copy.Empty() || layout.pages.contains(topic)) {
+        return;
+    }
+    const NativePath page =
+        FreePage(layout, FromFilesystem(ToFilesystem(copy).replace_extension(".html")));
+    layout.pages[topic] = page;
+    layout.taken.insert(page);
+}
+
+NativePath PageOf(const PageLayout& layout, const NativePath& topic) {
+    const auto assigned = layout.pages.find(topic);
+    return assigned == layout.pages.end() ? NativePath{} : assigned->second;
+}
+
+NativePath FreePage(const PageLayout& layout, const NativePath& page) {
+    NativePath free = page;
+    for (int number = 2; layout.taken.contains(free); ++number) {
+        const std::string stem = ToFilesystem(page).stem().string() + "-" + std::to_string(number) + ".html";
+        free = FromFilesystem(ToFilesystem(page).replace_filename(stem));
+    }
+    return free;
 }
 
 std::string RelativeReference(const NativePath& fromPage, const NativePath& toFile) {

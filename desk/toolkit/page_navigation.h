@@ -13,18 +13,20 @@
 
 namespace ventrix::desk {
 
-struct Neighbours {
-    std::string parent;                 ///< Absolute reference; empty at the top.
-    std::vector<std::string> children;  ///< Absolute references, in order.
+/// A link that the map gives a topic.
+struct MapLink {
+    std::string role;   ///< parent, child, previous, next, sibling or friend.
+    std::string href;   ///< Absolute.
+    std::string title;  ///< For what is no topic, or instead of the topic's title; may be empty.
+    bool page = true;   ///< The target is a topic.
 };
 
-/// By the topic's path; if the map refers to a topic twice, the first place counts.
-using PageNeighbours = std::map<NativePath, Neighbours>;
+/// By the topic's path, in the order of the page; if the map refers to a topic twice, the first place counts.
+using PageNeighbours = std::map<NativePath, std::vector<MapLink>>;
 
 PageNeighbours NeighboursIn(const Navigation& navigation);
 
-/// Adds absolute links with the roles "parent" and "child" to the related links of the document's first
-/// topic.
+/// Adds absolute links to the related links of the document's first topic.
 void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const NativePath& topic,
                    DitaLibrary& library);
 

@@ -13,7 +13,8 @@ namespace ventrix::desk {
 NativePath FindProgram(const std::string& name);
 
 /// Appends the program's standard output and error to the file. Its standard input is empty, and its locale
-/// is UTF-8, so that Java decodes file names correctly.
+/// is UTF-8, so that Java decodes file names correctly. DITA_HOME is empty, because a toolkit's start script
+/// would run the toolkit that it names instead of its own.
 platform::ProgramEnd RunProgram(const std::vector<std::string>& arguments, const NativePath& outputFile);
 
 }  // namespace ventrix::desk

@@ -135,6 +135,10 @@ ReadScope::~ReadScope() {
     currentScope = outer_;
 }
 
+ReadScope* ReadScope::Current() {
+    return currentScope;
+}
+
 void ReadScope::Add(const std::vector<NativePath>& folders) {
     folders_.insert(folders_.end(), folders.begin(), folders.end());
 }
@@ -144,7 +148,7 @@ bool ReadScope::Permits(const NativePath& file, const xmlParserCtxt* parser) {
         return true;
     }
     if (refusal_.empty()) {
-        const int line = parser->_private == nullptr ? 0 : ParseBudget::Of(parser).Line();
+        const int line = parser == nullptr || parser->_private == nullptr ? 0 : ParseBudget::Of(parser).Line();
         refusal_ = (line == 0 ? "" : "line " + std::to_string(line) + ": ") + OutsideRefusal(file);
     }
     return false;

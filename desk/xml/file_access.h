@@ -37,8 +37,11 @@ class ReadScope {
     /// The first refused file, one line with the place of the reference; empty if none was refused.
     const std::string& Refusal() const { return refusal_; }
 
-    /// Whether the file may be read for this parser; if not, it is recorded as refused.
+    /// Whether the file may be read for this parser, null for none; if not, it is recorded as refused.
     bool Permits(const NativePath& file, const xmlParserCtxt* parser);
+
+    /// The innermost scope; null if there is none.
+    static ReadScope* Current();
 
   private:
     std::vector<NativePath> folders_;

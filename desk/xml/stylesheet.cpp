@@ -1,8 +1,13 @@
 #include "desk/xml/stylesheet.h"
 
 #include <libexslt/exslt.h>
+#include <libxml/HTMLtree.h>
+#include <libxml/uri.h>
+#include <libxml/xinclude.h>
 #include <libxslt/extensions.h>
+#include <libxslt/imports.h>
 #include <libxslt/security.h>
+#include <libxslt/templates.h>
 #include <libxslt/transform.h>
 #include <libxslt/variables.h>
 #include <libxslt/xsltutils.h>
@@ -10,12 +15,14 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include "desk/xml/doctype.h"
 #include "desk/xml/file_access.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/network_guard.h"
 #include "desk/xml/reference_path.h"
+#include "desk/xml/xhtml.h"
 #include "platform/files.h"
 
 namespace ventrix::desk {
@@ -33,6 +40,7 @@ struct RunState {
     NativePath outputPath;
     NativePath outputFolder;
     std::optional<std::string> copiedText;
+    int furtherFiles = 0;
 };
 
 /// xsltTransformError alone reports the error but lets the transformation go on.
@@ -72,6 +80,101 @@ int MayWrite(xsltSecurityPrefs*, xsltTransformContext* context, const char* path
     return 0;
 }
 
+/// The value of an attribute of an instruction, with the expressions in braces evaluated.
+std::string Evaluated(xsltTransformContext* context, xmlNode* instruction, const char* name) {
+    const XmlString value(xsltEvalAttrValueTemplate(context, instruction, Xml(name), nullptr));
+    return std::string(View(value.get()));
+}
+
+xmlChar* CopyOf(const std::string& text) {
+    return text.empty() ? nullptr : xmlStrdup(Xml(text.c_str()));
+}
+
+/// How exsl:document wants its file serialised: as a stylesheet with these settings would. What it does not
+/// say is as in the stylesheet that contains it.
+Stylesheet OutputSettings(xsltTransformContext* context, xmlNode* instruction) {
+    Stylesheet settings(xsltNewStylesheet());
+    const auto value = [&](const char* name) { return Evaluated(context, instruction, name); };
+    const std::string method = value("method");
+    const xmlChar* inherited = nullptr;
+    XSLT_GET_IMPORT_PTR(inherited, context->style, method)
+    settings->method = method.empty() ? xmlStrdup(inherited) : CopyOf(method);
+    settings->encoding = CopyOf(value("encoding"));
+    settings->doctypePublic = CopyOf(value("doctype-public"));
+    settings->doctypeSystem = CopyOf(value("doctype-system"));
+    settings->omitXmlDeclaration = value("omit-xml-declaration") == "yes" ? 1 : 0;
+    settings->indent = value("indent") == "yes" ? 1 : 0;
+    return settings;
+}
+
+/// The content of an instruction, built as a document of its own.
+XmlDocument ContentOf(xsltTransformContext* context, xmlNode* node, xmlNode* instruction, bool html) {
+    XmlDocument content(html ? htmlNewDocNoDtD(nullptr, nullptr) : xmlNewDoc(Xml("1.0")));
+    content->dict = context->dict;
+    xmlDictReference(context->dict);
+    xmlDoc* output = std::exchange(context->output, content.get());
+    xmlNode* insert = std::exchange(context->insert, reinterpret_cast<xmlNode*>(content.get()));
+    xsltApplyOneTemplate(context, node, instruction->children, nullptr, nullptr);
+    context->output = output;
+    context->insert = insert;
+    return content;
+}
+
+void AddDoctype(xmlDoc* document, const xsltStylesheet& settings) {
+    const xmlNode* root = xmlDocGetRootElement(document);
+    if (root != nullptr && (settings.doctypePublic != nullptr || settings.doctypeSystem != nullptr)) {
+        xmlCreateIntSubset(document, root->name, settings.doctypePublic, settings.doctypeSystem);
+    }
+}
+
+std::string Serialised(const Stylesheet& stylesheet, xmlDoc* tree) {
+    if (tree->children == nullptr) {
+        return {};
+    }
+    if (tree->type == XML_HTML_DOCUMENT_NODE) {
+        return XhtmlOf(tree);
+    }
+    xmlChar* bytes = nullptr;
+    int length = 0;
+    xsltSaveResultToString(&bytes, &length, tree, stylesheet.get());
+    const XmlString owner(bytes);
+    return bytes == nullptr
+               ? std::string()
+               : std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+}
+
+/// exsl:document. The library's own would write HTML that is not XML.
+void WriteDocument(xsltTransformContext* context, xmlNode* node, xmlNode* instruction, xsltElemPreComp*) {
+    auto& state = *static_cast<RunState*>(context->_private);
+    const std::string href = Evaluated(context, instruction, "href");
+    const XmlString uri(xmlBuildURI(Xml(href.c_str()), Xml(context->outputFile)));
+    const NativePath path = TargetOf(View(uri.get()), FolderOf(state.outputPath)).path;
+    if (href.empty() || path.Empty()) {
+        FailTransform(context, instruction, "exsl:document: href=\"" + href + "\" names no file");
+        return;
+    }
+    if (MayWrite(nullptr, context, path.utf8.c_str()) == 0) {
+        return;
+    }
+    const Stylesheet settings = OutputSettings(context, instruction);
+    const bool html = View(settings->method) == "html";
+    const XmlDocument content = ContentOf(context, node, instruction, html);
+    if (context->state != XSLT_STATE_OK) {
+        return;
+    }
+    const xmlNode* root = xmlDocGetRootElement(content.get());
+    if (settings->method == nullptr && root != nullptr && View(root->name) == "html" && root->ns == nullptr) {
+        content->type = XML_HTML_DOCUMENT_NODE;
+    }
+    AddDoctype(content.get(), *settings);
+    if (!WriteOutput(path, Serialised(settings, content.get()))) {
+        FailTransform(context, instruction,
+                      path.utf8 + " cannot be written; check its permissions and the free space");
+        return;
+    }
+    ++state.furtherFiles;
+}
+
 /// libxslt checks imported stylesheets and document() against the process's default preferences only, so they
 /// cannot be set for one transformation.
 void SetSecurityPreferences() {
@@ -87,6 +190,7 @@ void PrepareLibxslt() {
     static const bool done = [] {
         SetSecurityPreferences();
         exsltRegisterAll();
+        xsltRegisterExtModuleElement(Xml("document"), EXSLT_COMMON_NAMESPACE, nullptr, WriteDocument);
         xsltRegisterExtModuleElement(Xml("copy-document"), Xml(kExtensionNamespace), nullptr, CopyDocument);
         return true;
     }();
@@ -106,16 +210,6 @@ void AddFoldersOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& fol
     for (const xsltStylesheet* import = stylesheet->imports; import != nullptr; import = import->next) {
         AddFoldersOf(import, folders);
     }
-}
-
-std::string Serialised(const Stylesheet& stylesheet, xmlDoc* tree) {
-    xmlChar* bytes = nullptr;
-    int length = 0;
-    xsltSaveResultToString(&bytes, &length, tree, stylesheet.get());
-    const XmlString owner(bytes);
-    return bytes == nullptr
-               ? std::string()
-               : std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
 }
 
 }  // namespace
@@ -148,6 +242,12 @@ XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& message
         messages(path.utf8 + ": " + loaded.reason);
         loaded.document.reset();
     }
+    if (loaded.document != nullptr) {
+        const NetworkGuard guard(messages);
+        xmlXIncludeProcessFlags(loaded.document.get(), XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOCDATA |
+                                                           XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR |
+                                                           XML_PARSE_NOXINCNODE | XML_PARSE_NOBASEFIX);
+    }
     return std::move(loaded.document);
 }
 
@@ -165,6 +265,9 @@ Transformed Transform(const TransformJob& job, const MessageSink& messages) {
     for (const auto& [name, value] : job.parameters) {
         xsltQuoteOneUserParam(context.get(), Xml(name.c_str()), Xml(value.c_str()));
     }
+    for (const auto& [name, expression] : job.expressions) {
+        xsltEvalOneUserParam(context.get(), Xml(name.c_str()), Xml(expression.c_str()));
+    }
     const std::string outputUri = job.outputPath.Empty() ? std::string() : FileUri(job.outputPath);
     const XmlDocument tree(xsltApplyStylesheetUser(job.stylesheet.get(), job.document, nullptr,
                                                    outputUri.empty() ? nullptr : outputUri.c_str(), nullptr,
@@ -172,7 +275,8 @@ Transformed Transform(const TransformJob& job, const MessageSink& messages) {
     if (tree == nullptr || context->state != XSLT_STATE_OK) {
         return {};
     }
-    return {true, state.copiedText.has_value() ? *state.copiedText : Serialised(job.stylesheet, tree.get())};
+    return {true, state.copiedText.has_value() ? *state.copiedText : Serialised(job.stylesheet, tree.get()),
+            state.furtherFiles};
 }
 
 bool WriteOutput(const NativePath& path, std::string_view output) {

@@ -31,7 +31,8 @@ Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages);
 /// The folders of the stylesheet and of those that it imports and includes.
 std::vector<NativePath> FoldersOf(const xsltStylesheet* stylesheet);
 
-/// Loads a document for a stylesheet. An undeclared entity is reported as a message and expands to nothing.
+/// Loads a document for a stylesheet, with its XInclude elements replaced by what they include. An undeclared
+/// entity is reported as a message and expands to nothing, and so is an inclusion that cannot be read.
 /// Null, with a message, if the document is missing or not well-formed.
 XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages);
 
@@ -44,14 +45,17 @@ struct TransformJob {
     /// attempt to write another file is reported and fails the transformation.
     NativePath outputFolder = {};
     std::map<std::string, std::string> parameters = {};  ///< String values by name, without XPath quotes.
+    std::map<std::string, std::string> expressions = {};  ///< Values as XPath expressions, by name.
 };
 
 struct Transformed {
-    bool done = false;   ///< False if the stylesheet failed or ended itself with a terminating message.
-    std::string output;  ///< Serialised as `xsl:output` says; empty on failure.
+    bool done = false;  ///< False if the stylesheet failed or ended itself with a terminating message.
+    std::string output;  ///< Serialised as `xsl:output` says, but HTML as XHTML; empty on failure and for an
+                         ///< empty result.
+    int furtherFiles = 0;  ///< Written by the stylesheet with exsl:document.
 };
 
-/// Supports one extension element, `copy-document` in the namespace urn:ventrix:desk-host: the output is then
+/// Supports exsl:document, whose files are serialised like the output, and one extension element of its own, `copy-document` in the namespace urn:ventrix:desk-host: the output is then
 /// the unparsed content of the document's file, with the DOCTYPE's system id replaced by the attribute
 /// `system-id`.
 Transformed Transform(const TransformJob& job, const MessageSink& messages);

@@ -95,6 +95,7 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         {with({"--dita-ot", "--xslt", "page.xsl"}), 2, "", "excludes"},
         {with({"--xslt", "none.xsl"}), 2, "", "--xslt: none.xsl"},
         {with({"--ditaval", "src"}), 2, "", "--ditaval: src"},
+        {with({"--transtype", "t"}), 2, "", "--transtype has no effect without an installed toolkit"},
         {with({"--catalog", "none"}), 2, "", "--catalog: none"},
         {with({"--post-script", "page.xsl"}), 2, "", "page.xsl is not executable"},
         {with({"--attributes", ""}), 2, "", "--attributes: the value is empty"},
@@ -272,6 +273,72 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
 }
 
+TEST_F(CommandLine, ADtdOfSeveralFilesServesTheRunAndIsNoPartOfTheResult) {
+    folder.Write("b/book.xml",
+                 "<!DOCTYPE root [<!ENTITY % all SYSTEM 'dtd/all.ent'> %all;]><root><x kind=\"k\">&product;</x></root>");
+    folder.Write("b/dtd/all.ent", "<!ENTITY % names SYSTEM 'sub/names.ent'> %names;");
+    folder.Write("b/dtd/sub/names.ent", "<!ENTITY product 'P40'>");
+    const Finished finished =
+        Run({"publish", "b/book.xml", "-o", "out", "--xslt", "page.xsl", "--attributes", "kind"});
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    const std::string page = folder.Read("out/book.html");
+    EXPECT_NE(page.find("<p data-twtags=\"kindQL_SEPkQL_SEP\">P40</p>"), std::string::npos) << page;
+    EXPECT_FALSE(folder.Exists("out/dtd"));
+}
+
+TEST_F(CommandLine, AMisspelledAttributeOfAFilterIsAFinding) {
+    folder.Write("f.ditaval", "<val><prop att=\"audeince\" val=\"expert\" action=\"exclude\"/></val>");
+    const Finished finished = Run({"publish", "src/a.dita", "-o", "out", "--ditaval", "f.ditaval"});
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_NE(finished.error.find("--ditaval: 'audeince' occurs in no file of the document; did you mean 'audience'"),
+              std::string::npos)
+        << finished.error;
+}
+
+TEST_F(CommandLine, AProjectFileOfTheToolkitIsNamedAsSuch) {
+    folder.Write("p.xml", "<project xmlns=\"https://www.dita-ot.org/project\"/>");
+    const Finished finished = Run({"publish", "p.xml", "-o", "out"});
+    EXPECT_EQ(finished.status, 2);
+    EXPECT_NE(finished.error.find("p.xml is a project file of the DITA Open Toolkit"), std::string::npos);
+}
+
+TEST_F(CommandLine, AnElementWhoseTextComesFromAKeyKeepsItsText) {
+    folder.Write("k.ditamap", "<map><topicref href=\"k.dita\"/><keydef keys=\"x\"><topicmeta><keywords><keyword>P40"
+                              "</keyword></keywords></topicmeta></keydef></map>");
+    folder.Write("k.dita", "<topic id=\"k\"><title>K</title><body><p>The <keyword keyref=\"x\"/> pump</p></body>"
+                           "</topic>");
+    const Finished finished = Run({"publish", "k.ditamap", "-o", "out", "--elements", "keyword"});
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_NE(finished.error.find("k.dita: preserved elements whose text comes from a reference: 1"),
+              std::string::npos)
+        << finished.error;
+    EXPECT_NE(folder.Read("out/build-k.ditamap/xhtml/k.html").find(">P40<"), std::string::npos);
+}
+
+TEST_F(CommandLine, OptionsOfToolkitsAndStylesheetsReachThem) {
+    folder.WriteProgram("ot/bin/dita", "#!/bin/sh\ncp \"${1#--propertyfile=}\" \"$(dirname \"$0\")/properties\"\n"
+                                       "out=$(sed -n 's/^output.dir=//p' \"${1#--propertyfile=}\")\n"
+                                       "mkdir -p \"$out\"; echo '<p/>' > \"$out/a.html\"\n");
+    folder.Write("src/keys.ditamap", "<map><keydef keys='k' href='a.dita'/></map>");
+    const Finished toolkit =
+        Run({"publish", "src/a.dita", "-o", "out", "--toolkit", "ot/bin/dita", "--transtype", "mine",
+             "--toolkit-param", "args.css=x.css", "--resource", "src/keys.ditamap"});
+    EXPECT_EQ(toolkit.status, 0) << toolkit.error;
+    EXPECT_NE(toolkit.out.find("DITA Open Toolkit, " + folder.Native("ot/bin/dita")), std::string::npos);
+    const std::string properties = folder.Read("ot/bin/properties");
+    for (const char* line : {"transtype=mine\n", "args.css=x.css\n", "/out/keys.ditamap\n"}) {
+        EXPECT_NE(properties.find(line), std::string::npos) << line << properties;
+    }
+    folder.Write("param.xsl", "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+                              "<xsl:param name='a'/><xsl:param name='b'/><xsl:template match='/'><html><body>"
+                              "<xsl:value-of select='concat($a, $b)'/></body></html></xsl:template>"
+                              "</xsl:stylesheet>");
+    const Finished stylesheet = Run({"publish", "src/plain.xml", "-o", "out2", "--xslt", "param.xsl", "--param",
+                                     "a=1 + 1", "--string-param", "b=1 + 1"});
+    EXPECT_EQ(stylesheet.status, 0) << stylesheet.error;
+    EXPECT_NE(folder.Read("out2/plain.html").find(">21 + 1<"), std::string::npos);
+}
+
 // The toolkit makes the folder of the document itself, so that the module leaves topics beside it in place.
 TEST_F(CommandLine, GuideWithTopicsOutsideItsFolderIsPublishedWithoutFindings) {
     const Finished finished = Run(
@@ -288,13 +355,18 @@ TEST_F(CommandLine, PublishReportsFindings) {
     };
     std::string html = kStylesheet;
     folder.Write("html.xsl", html.replace(html.find("\"xml\""), 5, "\"html\""));
+    folder.Write("raw.xsl", html.replace(html.find("<body>"), 6,
+                                         "<body><xsl:text disable-output-escaping='yes'>&lt;br></xsl:text>"));
     folder.WriteProgram("script", "#!/bin/sh\necho printed by a script; exit 3\n");
     const Row rows[] = {
         {publish({"-o", "o1", "--xslt", "page.xsl"}), 0, "pages:     1",
+         "places that are not decoded: 1; changed files: 1"},
+        {publish({"-o", "o1", "--xslt", "page.xsl", "--keep-markers"}), 0, "pages:     1",
          "into which the transformation copied marker text: 1; the first is in " +
              folder.Native("o1/plain.html") + ": <meta content>"},
-        {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "plain.html: could not be read: "},
-        {publish({"-o", "o2", "--xslt", "html.xsl"}), 1, "pages:     1", "that are well-formed XML"},
+        {publish({"-o", "o2", "--xslt", "html.xsl"}), 0, "pages:     1", "changed files: 1"},
+        {publish({"-o", "o2", "--xslt", "raw.xsl"}), 1, "pages:     1", "plain.html: could not be read: "},
+        {publish({"-o", "o2", "--xslt", "raw.xsl"}), 1, "pages:     1", "that are well-formed XML"},
         {publish({"-o", "o3", "--xslt", "page.xsl", "--out-file", "elsewhere.html"}), 1, "pages:     1",
          folder.Native("elsewhere.html") + ": pages that still contain marker text: 1"},
         {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "", "broken.xsl cannot be used: "},

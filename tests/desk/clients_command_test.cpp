@@ -20,6 +20,7 @@ TEST(ClientCommand, VerbAndOptionsAreParsed) {
         {"Run -flag -file \"-x y\"", "Run", {{"-flag", ""}, {"-file", "-x y"}}},
         {"Run -a 1 stray -a 2", "Run", {{"-a", "2"}}},
         {"Run -open \"to the end", "Run", {{"-open", "to the end"}}},
+        {"Run -file \"a\"b\" -to \"c\"d\"", "Run", {{"-file", "a\"b"}, {"-to", "c\"d"}}},
         {"  Run  ", "Run", {}},
         {"", "", {}},
     };

@@ -316,7 +316,7 @@ TEST_F(DitaClient, IncompleteCommandsAreRefused) {
         record_ = {};
         HostServices host;
         host.documentPath = [](std::uint32_t id) { return SystemPath{id == 7 ? "Z:\\d.dita" : ""}; };
-        EXPECT_EQ(MakeDitaOtClient({}, access_, record_)(row.command, host).status, 1);
+        EXPECT_EQ(MakeDitaOtClient(settings_, access_, record_)(row.command, host).status, 1);
         EXPECT_NE(record_.reason.find(row.reason), std::string::npos) << record_.reason;
     }
 }

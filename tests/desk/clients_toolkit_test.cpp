@@ -1,24 +1,104 @@
 #include <cstdlib>
 
 #include "desk/dita_fixture.h"
+#include "desk/toolkit/installed_toolkit.h"
+#include "desk/toolkit/java_text.h"
+#include "desk/toolkit/package_markers.h"
 #include "desk/toolkit/run_program.h"
+#include "desk/toolkit/toolkit_log.h"
 
 namespace ventrix::desk {
 namespace {
 
-/// Runs the machine's own toolkit, or programs in its place that fail in the ways a toolkit can.
+/// As a toolkit's start script, hands its arguments to the shell a second time. Writes one page, and records
+/// the arguments, the properties, the filter and the variable DITA_HOME beside itself.
+constexpr char kRecordingDita[] = R"sh(#!/bin/sh
+here=$(dirname "$0")
+run() {
+    echo "$@" > "$here/arguments"
+    for a; do case $a in --propertyfile=*) cp "${a#*=}" "$here/properties";; esac; done
+    cp "$(sed -n 's/^args.filter=//p' "$here/properties")" "$here/filter" 2> /dev/null
+    echo "$DITA_HOME" > "$here/home"
+    out=$(sed -n 's/^output.dir=//p' "$here/properties")
+    mkdir -p "$out"
+    echo page > "$out/page.html"
+    case $* in *--verbose*) test -f "$here/blind" || echo "[DOTJ007I] Duplicate condition ventrix-filter=read";; esac
+}
+all=
+for a in "$@"; do all="$all \"$a\""; done
+eval run "$all"
+)sh";
+
+/// Runs the machine's own toolkit, or programs in its place.
 class ToolkitClient : public DitaClient {
   protected:
     static bool Installed() {
         return std::filesystem::exists("/usr/share/dita-ot/build.xml") && !FindProgram("ant").Empty();
     }
+    void UseRecordingToolkit() {
+        WriteProgram("ot/bin/dita", kRecordingDita);
+        settings_.toolkit = Native("ot");
+    }
+    void WriteTopicAt(const std::string& name) const {
+        Write(name, "<!DOCTYPE topic PUBLIC \"-//OASIS//DTD DITA Topic//EN\" \"topic.dtd\">"
+                    "<topic id='t'><title>T</title><body><p>all</p><p audience='expert'>x</p></body></topic>");
+    }
 };
+
+constexpr char kFilter[] = "<val><prop att='audience' val='expert' action='exclude'/></val>";
+
+/// A colon or a backslash is not among them, as the module cannot be given such names.
+constexpr const char* kAwkwardNames[] = {"a b",   "it's",       "$HOME",      "`touch hacked`",
+                                         "a%20b", "a#b",        "a?b",        "a;b",
+                                         "a\"b",  "$(touch hacked)", "\u65e5\u672c", "\u00e4\u00f6 +&=!"};
+
+TEST_F(ToolkitClient, AwkwardNamesReachANewToolkitUnchanged) {
+    UseRecordingToolkit();
+    for (const std::string name : kAwkwardNames) {
+        const std::string topic = name + "/" + name + ".dita";
+        WriteTopicAt(topic);
+        Write(name + "/" + name + ".ditaval", kFilter);
+        EXPECT_EQ(Run(topic, name + "/" + name + ".ditaval"), 0) << name << record_.reason;
+        const std::string input = PropertyLine("args.input", JavaFileUri({Native(topic)}));
+        EXPECT_NE(Read("ot/bin/properties").find(input), std::string::npos) << name;
+        EXPECT_NE(Read("ot/bin/filter").find("expert"), std::string::npos) << name;
+        EXPECT_EQ(Page("page.html"), "page\n") << name;
+        EXPECT_TRUE(record_.findings.empty()) << record_.findings.front().text;
+    }
+    EXPECT_FALSE(Exists("hacked") || std::filesystem::exists("hacked"));
+}
+
+TEST_F(ToolkitClient, AwkwardNamesArePublishedByAnOldToolkit) {
+    if (!Installed()) {
+        GTEST_SKIP() << "the package dita-ot or ant is not installed";
+    }
+    settings_.toolkit = "/usr/share/dita-ot";
+    for (const std::string name : {"it's $HOME `touch hacked` a%20b#c?d", "\u65e5\u672c \u00e4;\"&"}) {
+        WriteTopicAt(name + "/it's $x.dita");
+        Write(name + "/" + name + ".ditaval", kFilter);
+        EXPECT_EQ(Run(name + "/it's $x.dita", name + "/" + name + ".ditaval"), 0)
+            << name << record_.reason << Log();
+        EXPECT_EQ(Query("it's $x.html", "concat(count(//p), //p)"), "1all") << name;
+        EXPECT_TRUE(record_.findings.empty()) << record_.findings.front().text << Log();
+    }
+    EXPECT_FALSE(std::filesystem::exists("hacked"));
+    WriteTopicAt("a#b.dita");
+    EXPECT_EQ(Run("a#b.dita"), 1);
+    EXPECT_NE(record_.reason.find("rename the file"), std::string::npos) << record_.reason;
+}
+
+TEST_F(ToolkitClient, JavaTextIsEscapedAsJavaDoes) {
+    EXPECT_EQ(JavaFileUri({"/a b/$+,;=@&'()*!~%20#?\"`[]^{|}\\\u00e4\u3000\u65e5"}),
+              "file:/a%20b/$+,;=@&'()*!~%2520%23%3F%22%60%5B%5D%5E%7B%7C%7D%5C\u00e4%E3%80%80\u65e5");
+    EXPECT_EQ(PropertyLine("n", "a/b.c d$\\:\u00e4\U0001d444\xff"),
+              "n=a/b.c\\u0020d\\u0024\\u005C\\u003A\\u00E4\\uD835\\uDC44\\uFFFD\n");
+}
 
 TEST_F(ToolkitClient, FoldersMayContainSpacesAndUmlauts) {
     if (!Installed()) {
         GTEST_SKIP() << "the package dita-ot or ant is not installed";
     }
-    toolkit_ = "installed";
+    settings_.toolkit = "installed";
     const std::string doctype = "<!DOCTYPE topic PUBLIC \"-//OASIS//DTD DITA Topic//EN\" \"topic.dtd\">";
     Write("in ü b/m ä.ditamap",
           "<!DOCTYPE map PUBLIC \"-//OASIS//DTD DITA Map//EN\" \"map.dtd\">"
@@ -27,7 +107,7 @@ TEST_F(ToolkitClient, FoldersMayContainSpacesAndUmlauts) {
                                  "<topic id='t'><title>T</title><body><p>ü \U0001d444</p>"
                                  "<p audience='expert'>x</p></body></topic>");
     Write("up/u.dita", doctype + "<topic id='u'><title>U</title><body><p>u</p></body></topic>");
-    Write("f ä.ditaval", "<val><prop att='audience' val='expert' action='exclude'/></val>");
+    Write("f ä.ditaval", kFilter);
     EXPECT_EQ(Run("in ü b/m ä.ditamap", "f ä.ditaval"), 0) << record_.reason << Log();
     EXPECT_EQ(Query("in ü b/t ä.html", "concat(count(//p), //p)"), "1ü \U0001d444");
     EXPECT_EQ(Query("up/u.html", "//p"), "u");
@@ -41,11 +121,15 @@ TEST_F(ToolkitClient, FailuresGiveTheirReason) {
     }
     Write("t.dita", "<topic id='t'><title>T</title></topic>");
     WriteProgram("halfway/bin/dita",
-                 "#!/bin/sh\nfor a; do case $a in --output=*) out=${a#--output=};; esac; done\n"
+                 "#!/bin/sh\nout=$(sed -n 's/^output.dir=//p' \"${1#--propertyfile=}\")\n"
                  "mkdir -p \"$out\"; echo half > \"$out/half.html\"\n"
-                 "echo '[FATAL] no more'; exit 3\n");
-    WriteProgram("nothing/bin/dita", "#!/bin/sh\ncat\n");
+                 "echo '[FATAL] too early'; printf '\\033[31m[FATAL] no more\\033[0m\\n'; exit 3\n");
+    WriteProgram("nothing/bin/dita", "#!/bin/sh\ntrue\n");
     WriteProgram("strange/bin/dita", "#!/no/such/interpreter\n");
+    WriteProgram("memory/bin/dita",
+                 "#!/bin/sh\necho 'java.lang.OutOfMemoryError: Java heap space'\n"
+                 "printf '\\tat a.b.C\\n'; exit 1\n");
+    WriteProgram("shell/bin/dita", "#!/bin/sh\nno-such-command-here\nexit 127\n");
     Write("broken/build.xml",
           "<project default='d'><target name='d'><fail message='out of luck'/></target></project>");
     const struct {
@@ -53,34 +137,139 @@ TEST_F(ToolkitClient, FailuresGiveTheirReason) {
     } rows[] = {
         {"absent", "contains no DITA Open Toolkit", ""},
         {"halfway", "failed with exit status 3: [FATAL] no more", "half\n"},
-        {"nothing", "wrote no page", ""},
+        {"nothing", "wrote no page: it printed nothing", ""},
         {"strange", "cannot be started", ""},
+        {"memory", "OutOfMemoryError: Java heap space", ""},
+        {"shell", "no-such-command-here", ""},
         {"broken", "out of luck", ""},
     };
     for (const auto& row : rows) {
-        toolkit_ = Native(row.folder);
+        settings_.toolkit = Native(row.folder);
         std::filesystem::remove_all(Native("out"));
         EXPECT_EQ(Run("t.dita"), 1) << row.folder;
         EXPECT_NE(record_.reason.find(row.reason), std::string::npos) << record_.reason;
-        EXPECT_EQ(record_.reason.find('\n'), std::string::npos);
+        EXPECT_EQ(record_.reason.find_first_of("\n\x1b"), std::string::npos);
         EXPECT_EQ(Page("half.html"), row.page);
         EXPECT_NE(Log().find("failed: " + record_.reason), std::string::npos) << Log();
     }
 }
 
+TEST_F(ToolkitClient, ErrorsOfASuccessfulRunAreFindings) {
+    const std::vector<std::string> errors = ToolkitErrors(
+        LogLines("  [xslt] \x1b[31m[DOTX008E][ERROR] one\x1b[0m\nFailed to read two\n[FATAL] three\n"
+                 "[DOTJ007E] ventrix-filter=read\n[DOTX023W][WARN] four\nDOTJ013E five\r\n[INFO] six\n"));
+    EXPECT_EQ(errors, (std::vector<std::string>{"[xslt] [DOTX008E][ERROR] one", "Failed to read two",
+                                                "[FATAL] three", "DOTJ013E five"}));
+}
+
+TEST_F(ToolkitClient, AFilterThatTheToolkitDoesNotReadIsAFinding) {
+    UseRecordingToolkit();
+    WriteTopicAt("t.dita");
+    Write("f.ditaval", kFilter);
+    Write("ot/bin/blind", "");
+    EXPECT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
+    ASSERT_EQ(record_.findings.size(), 1U);
+    EXPECT_NE(record_.findings.front().text.find("does not show that it read the filter"), std::string::npos);
+}
+
+TEST_F(ToolkitClient, OptionsReachTheToolkit) {
+    UseRecordingToolkit();
+    WriteTopicAt("t.dita");
+    Write("one.ditaval", kFilter);
+    Write("sub/two.ditaval",
+          "<val><prop att='product' action='flag'><startflag imageref='x.png'/></prop></val>");
+    Write("sub/x.png", "png");
+    settings_.filters = {{Native("one.ditaval")}, {Native("sub/two.ditaval")}};
+    settings_.transtype = "my-xhtml";
+    settings_.resources = {{"/r/k eys.ditamap"}, {"/r/b.ditamap"}};
+    settings_.parameters = {{"args.css", "a b"}};
+    EXPECT_EQ(Run("t.dita", "one.ditaval"), 0) << record_.reason;
+    const std::string properties = Read("ot/bin/properties");
+    for (const std::string& line :
+         {PropertyLine("transtype", "my-xhtml"), PropertyLine("args.css", "a b"),
+          PropertyLine("args.resources", "file:/r/k%20eys.ditamap:file:/r/b.ditamap")}) {
+        EXPECT_NE(properties.find(line), std::string::npos) << line;
+    }
+    const std::string filter = Read("ot/bin/filter");
+    EXPECT_LT(filter.find("audience"), filter.find("product"));
+    EXPECT_NE(filter.find("imageref=\"flag-1.png\""), std::string::npos) << filter;
+}
+
+TEST_F(ToolkitClient, TheNamedToolkitRunsWhateverTheEnvironmentSays) {
+    WriteTopicAt("t.dita");
+    UseRecordingToolkit();
+    setenv("DITA_HOME", "/elsewhere", 1);
+    settings_.toolkit = Native("ot/bin/dita");
+    EXPECT_EQ(Run("t.dita"), 0) << record_.reason;
+    unsetenv("DITA_HOME");
+    EXPECT_EQ(Read("ot/bin/home"), "\n");
+    EXPECT_EQ(DescribeToolkit(settings_.toolkit), "DITA Open Toolkit, " + Native("ot/bin/dita"));
+    EXPECT_NE(Log().find("toolkit " + Native("ot/bin/dita")), std::string::npos) << Log();
+
+    std::filesystem::permissions(Native("ot/bin/dita"), std::filesystem::perms(0644));
+    settings_.toolkit = Native("ot");
+    std::filesystem::remove_all(Native("out"));
+    EXPECT_EQ(Run("t.dita"), 0) << record_.reason << "; a start script without its execute bit";
+    EXPECT_EQ(Page("page.html"), "page\n");
+}
+
 TEST_F(ToolkitClient, DitaCommandIsFoundInPath) {
     const std::string former = std::getenv("PATH");
-    WriteProgram("bin/dita",
-                 "#!/bin/sh\nfor a; do case $a in --output=*) out=${a#--output=};; esac; done\n"
-                 "mkdir -p \"$out\"; echo \"$*\" > \"$out/page.html\"\n");
-    Write("t.dita", "<topic id='t'><title>T</title></topic>");
-    Write("f.ditaval", "<val/>");
+    WriteProgram("bin/dita", kRecordingDita);
+    WriteTopicAt("t.dita");
     setenv("PATH", (Native("bin") + ":" + former).c_str(), 1);
-    toolkit_ = "installed";
-    EXPECT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
+    settings_.toolkit = "installed";
+    EXPECT_EQ(Run("t.dita"), 0) << record_.reason;
     setenv("PATH", former.c_str(), 1);
-    EXPECT_NE(Page("page.html").find("--input=" + Native("t.dita") + " --format=xhtml "), std::string::npos);
-    EXPECT_NE(Page("page.html").find("--filter=" + Native("f.ditaval")), std::string::npos);
+    EXPECT_NE(Read("bin/properties").find("transtype=xhtml\n"), std::string::npos);
+}
+
+TEST_F(ToolkitClient, ATemporaryFolderThatTheShellWouldReadIsRefused) {
+    UseRecordingToolkit();
+    WriteTopicAt("t.dita");
+    std::filesystem::create_directory(Native("$x"));
+    const char* former = std::getenv("TMPDIR");
+    const std::string kept = former == nullptr ? "" : former;
+    setenv("TMPDIR", Native("$x").c_str(), 1);
+    EXPECT_EQ(Run("t.dita"), 1);
+    if (kept.empty()) {
+        unsetenv("TMPDIR");
+    } else {
+        setenv("TMPDIR", kept.c_str(), 1);
+    }
+    EXPECT_NE(record_.reason.find("set TMPDIR"), std::string::npos) << record_.reason;
+}
+
+TEST_F(ToolkitClient, MetadataThatIsNoProseLosesItsMarkerText) {
+    const std::string m = "QL_STARTaQL_EQbQL_TARGETQL_SEPQL_END";
+    const struct {
+        std::string source, cleaned;
+    } rows[] = {
+        {"<ditavalref><ditavalmeta><dvrResourcePrefix>" + m + "win-</dvrResourcePrefix></ditavalmeta>",
+         "<ditavalref><ditavalmeta><dvrResourcePrefix>win-</dvrResourcePrefix></ditavalmeta>"},
+        {"<p>" + m + "x<area><shape>" + m + "rect</shape><coords>" + m + "1,2</coords></area>" + m + "y</p>",
+         "<p>" + m + "x<area><shape>rect</shape><coords>1,2</coords></area>" + m + "y</p>"},
+        {"<topic><prolog a='>'><metadata><keywords><keyword>" + m + "k</keyword></keywords></metadata></prolog>" +
+             "<body>" + m + "b</body></topic>",
+         "<topic><prolog a='>'><metadata><keywords><keyword>k</keyword></keywords></metadata></prolog>"
+         "<body>" + m + "b</body></topic>"},
+        {"<topicref><topicmeta><navtitle>" + m + "n</navtitle><keywords><keyword>" + m +
+             "k</keyword></keywords></topicmeta></topicref>",
+         "<topicref><topicmeta><navtitle>" + m +
+             "n</navtitle><keywords><keyword>k</keyword></keywords></topicmeta></topicref>"},
+        {"<keydef keys='x'><topicmeta><keywords><keyword>" + m + "k</keyword></keywords></topicmeta></keydef>",
+         "<keydef keys='x'><topicmeta><keywords><keyword>" + m + "k</keyword></keywords></topicmeta></keydef>"},
+        {"<!DOCTYPE t [<!ENTITY a '<data>'>]><!-- <data> --><t>" + m + "<![CDATA[<data>]]></t>",
+         "<!DOCTYPE t [<!ENTITY a '<data>'>]><!-- <data> --><t>" + m + "<![CDATA[<data>]]></t>"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(WithoutMarkersInMetadata(row.source), row.cleaned);
+    }
+    access_.outputFolder = {Native("package")};
+    UseRecordingToolkit();
+    Write("package/m.ditamap", rows[0].source);
+    EXPECT_EQ(Run("package/m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Read("package/m.ditamap"), rows[0].cleaned);
 }
 
 }  // namespace

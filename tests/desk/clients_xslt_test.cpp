@@ -1,6 +1,8 @@
 #include "desk/clients/xslt_client.h"
 
+#include "desk/clients/saxon.h"
 #include "desk/folder_fixture.h"
+#include "support/page_query.h"
 #include "support/text_rows.h"
 
 namespace ventrix::desk {
@@ -13,7 +15,7 @@ class XsltClient : public FolderFixture {
         console_.clear();
         HostServices host;
         host.console = [this](const std::string& text) { console_ += text; };
-        return MakeXsltClient(access_, record_)("XSLTRunTrScenario -dontuseqlconsole -file \"" + source +
+        return MakeXsltClient(settings_, access_, record_)("XSLTRunTrScenario -dontuseqlconsole -file \"" + source +
                                                     "\" -xslfilepath \"" + stylesheet +
                                                     "\" -outputfilepath \"" + output + "\"",
                                                 host)
@@ -29,6 +31,7 @@ class XsltClient : public FolderFixture {
     static std::string TextSheet(const std::string& body) {
         return Sheet("<xsl:output method='text'/><xsl:template match='/'>" + body + "</xsl:template>");
     }
+    XsltSettings settings_;
     FileAccess access_;
     TransformationRecord record_;
     std::string console_;
@@ -81,6 +84,106 @@ TEST_F(XsltClient, StylesheetsRun) {
         EXPECT_EQ(record_.started, 1) << row.what;
     }
     EXPECT_EQ(console_, "note\nwell\n");
+}
+
+TEST_F(XsltClient, IncludedFilesAreProcessedWithoutAnAddedBase) {
+    Write("d ü.xml",
+          "<d xmlns:xi='http://www.w3.org/2001/XInclude'><xi:include href='sub/part%20%C3%BC.xml'/>"
+          "<xi:include href='sub/lines.txt' parse='text'/><xi:include href='gone.xml'>"
+          "<xi:fallback>fallback</xi:fallback></xi:include></d>");
+    Write("sub/part ü.xml",
+          "<part xmlns:xi='http://www.w3.org/2001/XInclude'>part<xi:include href='inner.xml'/></part>");
+    Write("sub/inner.xml", "<inner>inner</inner>");
+    Write("sub/lines.txt", "a<b");
+    Write("s ü.xsl", TextSheet("<xsl:value-of select=\"concat(d/part, '|', d, count(//@*))\"/>"));
+    EXPECT_EQ(RunHere(), 0) << record_.reason;
+    EXPECT_EQ(Read("out/p ü.html"), "partinner|partinnera<bfallback0");
+}
+
+TEST_F(XsltClient, HtmlIsWrittenAsXhtml) {
+    const struct {
+        const char *body, *page;
+    } rows[] = {
+        {"<p>a<br/><a name='x'/>&#160;&lt;&amp;</p>", "<p>a<br /><a name=\"x\"></a>\u00a0&lt;&amp;</p>"},
+        {"<img src='a&amp;b' alt='&quot;'/>", "<img src=\"a&amp;b\" alt=\"&quot;\" />"},
+        {"<script>if (a &lt; b &amp;&amp; c[d[0]]&gt;1) {}</script>",
+         "<script>/*<![CDATA[*/if (a < b && c[d[0]] >1) {}/*]]>*/</script>"},
+        {"<script type='application/ld+json'>{\"a\": \"&lt;&amp;\"}</script>",
+         "<script type=\"application/ld+json\">{\"a\": \"\\u003c\\u0026\"}</script>"},
+        {"<style>a { b: c }</style><script src='s.js'/>",
+         "<style>a { b: c }</style><script src=\"s.js\"></script>"},
+        {"<xsl:text disable-output-escaping='yes'>&amp;nbsp;&amp;amp;&lt;b>x&lt;/b></xsl:text>",
+         "&#160;&amp;<b>x</b>"},
+        {"<xsl:comment>c</xsl:comment><input checked='checked'/>",
+         "<!--c--><input checked=\"checked\" />"},
+    };
+    Write("d ü.xml", "<d/>");
+    for (const auto& row : rows) {
+        const std::string html = std::string("<html><head><meta http-equiv='content-type' "
+                                             "content='text/html; charset=ISO-8859-1'/><title>T</title></head>"
+                                             "<body>") +
+                                 row.body + "</body></html>";
+        const std::string written = std::string("<html><head><meta http-equiv=\"Content-Type\" content=\"text/"
+                                                "html; charset=UTF-8\" /><title>T</title></head><body>") +
+                                    row.page + "</body></html>\n";
+        Write("s ü.xsl", Sheet("<xsl:output method='html' encoding='ISO-8859-1'/><xsl:template match='/'>" +
+                               html + "<exsl:document href='sub/c.html' method='html' doctype-public='P' "
+                                      "doctype-system='S'>" +
+                               html + "</exsl:document></xsl:template>"));
+        EXPECT_EQ(RunHere(), 0) << record_.reason;
+        EXPECT_EQ(Read("out/p ü.html"), written);
+        EXPECT_EQ(Read("out/sub/c.html"), "<!DOCTYPE html PUBLIC \"P\" \"S\">\n" + written);
+        EXPECT_FALSE(test::Found(Read("out/p ü.html"), "//body").empty()) << row.body;
+    }
+}
+
+TEST_F(XsltClient, AStylesheetMayWriteNothingButFurtherPages) {
+    Write("d ü.xml", "<d><c>one</c><c>two</c></d>");
+    Write("s ü.xsl",
+          Sheet("<xsl:template match='/'><xsl:for-each select='d/c'><exsl:document href='{.}.html' "
+                "encoding='ISO-8859-1' omit-xml-declaration='yes'><p>&#228;<xsl:value-of select='.'/></p>"
+                "</exsl:document></xsl:for-each></xsl:template>"));
+    EXPECT_EQ(RunHere(), 0) << record_.reason;
+    EXPECT_EQ(Read("out/one.html") + Read("out/two.html"), "<p>\xE4one</p><p>\xE4two</p>");
+    EXPECT_FALSE(Exists("out/p ü.html"));
+}
+
+TEST_F(XsltClient, ParametersReachTheStylesheet) {
+    settings_.strings = {{"s", "it's \"1 + 1\""}};
+    settings_.expressions = {{"e", "1 + 1"}};
+    Write("d ü.xml", "<d/>");
+    Write("s ü.xsl", Sheet("<xsl:output method='text'/><xsl:param name='s'/><xsl:param name='e'/>"
+                           "<xsl:template match='/'><xsl:value-of select=\"concat($s, '|', $e)\"/></xsl:template>"));
+    EXPECT_EQ(RunHere(), 0) << record_.reason;
+    EXPECT_EQ(Read("out/p ü.html"), "it's \"1 + 1\"|2");
+}
+
+TEST_F(XsltClient, NewerStylesheetsRunThroughSaxon) {
+    if (!SaxonProblem().empty()) {
+        GTEST_SKIP() << "the package libsaxonhe-java is not installed";
+    }
+    settings_.engine = "saxon";
+    settings_.strings = {{"s", "it's"}};
+    settings_.expressions = {{"e", "1 to 2"}};
+    Write("d ü.xml", "<d xmlns:xi='http://www.w3.org/2001/XInclude'><c g='a'>x1</c><c g='b'>y22</c>"
+                     "<xi:include href='i.xml'/></d>");
+    Write("i.xml", "<c g='a'>z333</c>");
+    const std::string head = "<xsl:stylesheet version='2.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+                             "<xsl:output method='html'/><xsl:param name='s'/><xsl:param name='e'/>"
+                             "<xsl:template match='/'>";
+    Write("s ü.xsl",
+          head +
+              "<html><body><br/><xsl:for-each-group select='d/c' group-by='@g'><p><xsl:value-of "
+              "select=\"current-grouping-key(), current-group()/replace(., '[0-9]+', '#')\"/></p>"
+              "<xsl:result-document href='{current-grouping-key()}.html'><p><xsl:value-of select='$s, $e'/></p>"
+              "</xsl:result-document></xsl:for-each-group></body></html></xsl:template></xsl:stylesheet>");
+    EXPECT_EQ(VersionOf({Native("s ü.xsl")}), "2.0");
+    EXPECT_EQ(RunHere(), 0) << record_.reason;
+    EXPECT_EQ(test::Found(Read("out/p ü.html"), "//p"), (test::Texts{"a x# z#", "b y#"}));
+    EXPECT_NE(Read("out/a.html").find("it's 1 2"), std::string::npos) << Read("out/a.html");
+    Write("s ü.xsl", head + "<xsl:message terminate='yes'>no more</xsl:message></xsl:template></xsl:stylesheet>");
+    EXPECT_EQ(RunHere(), 1);
+    EXPECT_NE(record_.reason.find("no more"), std::string::npos) << record_.reason;
 }
 
 TEST_F(XsltClient, FailureLeavesTheOutputUnchanged) {

@@ -15,7 +15,8 @@ class DitaClient : public FolderFixture {
         HostServices host;
         host.documentPath = [&](std::uint32_t id) { return SystemPath{id == 7 ? System(document) : ""}; };
         const std::string filter = ditaval.empty() ? "" : " -filter \"" + System(ditaval) + "\"";
-        return MakeDitaOtClient({.toolkit = toolkit_, .dataFolder = {VENTRIX_DATA_FOLDER}}, access_, record_)(
+        settings_.dataFolder = {VENTRIX_DATA_FOLDER};
+        return MakeDitaOtClient(settings_, access_, record_)(
                    "Save -docId 7 -transtype xhtml" + filter + " -outFilePath \"" + System("out/") + "\"",
                    host)
             .status;
@@ -39,7 +40,7 @@ class DitaClient : public FolderFixture {
     }
     FileAccess access_;
     TransformationRecord record_;
-    std::string toolkit_ = "builtin";
+    DitaOtSettings settings_;
 };
 
 }  // namespace ventrix::desk

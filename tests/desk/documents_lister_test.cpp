@@ -32,6 +32,7 @@ TEST_F(DocumentLister, ReferencesOfOneDocumentAreListed) {
         {"map", "<map><topicref href='t.dita'/><topicref href='m.ditamap' format='ditamap'/></map>",
          "t.dita\nm.ditamap\n"},
         {"each once", "<map><topicref href='t.dita#a'/><topicref href='./t.dita#b'/></map>", "t.dita\n"},
+        {"a code sample is not a topic", "<topic><coderef href='sample.xml'/></topic>", "sample.xml\n"},
         {"conref",
          "<topic><p conref='c.dita#x/y'/><p conref='#x/z'/><p conref='-dita-use-conref-target'/></topic>",
          "c.dita\n"},
@@ -118,6 +119,20 @@ TEST_F(DocumentLister, DtdIsReadIfAnEntityNeedsIt) {
     Write("e.dtd", "<!ENTITY pics 'pictures'>");
     Write("d.xml", "<!DOCTYPE topic SYSTEM 'e.dtd'><topic><image href='&pics;/a.png'/></topic>");
     EXPECT_EQ(Listed("d.xml"), "d.xml\ne.dtd\n*pictures/a.png\n");
+}
+
+TEST_F(DocumentLister, ADtdIsListedWithTheFilesThatItPullsIn) {
+    Write("dtd/e.dtd",
+          "<!-- <!ENTITY % no SYSTEM 'no.ent'> --><!ENTITY % a SYSTEM \"sub/a.ent\"> %a;"
+          "<!ENTITY % p PUBLIC '-//X//ENTITIES p//EN' 'p.ent'><!ENTITY n SYSTEM 'n.png' NDATA png>"
+          "<!ENTITY % gone SYSTEM 'gone.ent'><!ENTITY t SYSTEM 't.xml'><!ELEMENT d ANY>");
+    Write("dtd/sub/a.ent", "<!ENTITY % b SYSTEM '../b.ent'><!ENTITY % again SYSTEM '../e.dtd'>");
+    Write("dtd/t.xml", "<t>text</t>");
+    for (const char* name : {"dtd/b.ent", "dtd/no.ent", "dtd/p.ent", "dtd/n.png"}) {
+        Write(name, "");
+    }
+    Write("d.xml", "<!DOCTYPE d SYSTEM 'dtd/e.dtd'><d/>");
+    EXPECT_EQ(Listed("d.xml"), "d.xml\ndtd/e.dtd\ndtd/sub/a.ent\ndtd/b.ent\ndtd/t.xml\n");
 }
 
 TEST_F(DocumentLister, OmittedReferencesAreReported) {

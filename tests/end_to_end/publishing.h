@@ -25,9 +25,11 @@ class Publishing : public testing::Test {
                                                const std::string& options) {
         record_ = {};
         desk::DeskHost host({*desk::ToSystem({VENTRIX_DATA_FOLDER}), false, {}, {}});
-        host.AddClient("QlXSLT", desk::MakeXsltClient(access_, record_));
+        const desk::XsltSettings xslt;
+        host.AddClient("QlXSLT", desk::MakeXsltClient(xslt, access_, record_));
         host.AddClient("QlDispatcher", desk::MakeDispatcherClient({.catalog = {catalog_}}));
-        host.AddClient("Dita OT", desk::MakeDitaOtClient({toolkit, {VENTRIX_DATA_FOLDER}}, access_, record_));
+        const desk::DitaOtSettings settings{.toolkit = toolkit, .dataFolder = {VENTRIX_DATA_FOLDER}};
+        host.AddClient("Dita OT", desk::MakeDitaOtClient(settings, access_, record_));
         EXPECT_EQ(host.LoadModule({VENTRIX_MODULE}), "");
         const auto id =
             host.AddDocument({document}, desk::ListDocumentFiles({drives_.Native(document).string()}));

@@ -1,0 +1,139 @@
+#include "desk/clients/saxon.h"
+
+#include <filesystem>
+#include <fstream>
+
+#include "desk/toolkit/run_program.h"
+#include "desk/xml/lenient_load.h"
+#include "platform/temp_folder.h"
+
+namespace ventrix::desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kXslt = "http://www.w3.org/1999/XSL/Transform";
+constexpr const char* kFolder = "/usr/share/java/";
+
+/// The program with what it needs to resolve DTDs through the catalogs; empty if it is not installed.
+std::string ClassPath() {
+    std::string classPath;
+    std::error_code error;
+    for (const char* jar : {"Saxon-HE.jar", "xml-resolver.jar", "xml-commons-resolver.jar"}) {
+        const std::string path = std::string(kFolder) + jar;
+        if (fs::exists(path, error)) {
+            classPath += (classPath.empty() ? "" : ":") + path;
+        } else if (classPath.empty()) {
+            return {};
+        }
+    }
+    return classPath;
+}
+
+bool IsXslt(const xmlNode* node, std::string_view name) {
+    return node != nullptr && node->type == XML_ELEMENT_NODE && node->ns != nullptr &&
+           View(node->ns->href) == kXslt && View(node->name) == name;
+}
+
+bool WritesHtml(const NativePath& stylesheet) {
+    const LenientDocument loaded = LoadLeniently(stylesheet);
+    xmlNode* root = loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
+    for (const xmlNode* node = root == nullptr ? nullptr : FirstElement(root); node != nullptr;
+         node = NextElement(node)) {
+        if (IsXslt(node, "output") && Attribute(node, "name").empty()) {
+            return Attribute(node, "method") == "html";
+        }
+    }
+    return false;
+}
+
+std::vector<std::string> Arguments(const SaxonJob& job) {
+    std::vector<std::string> arguments{FindProgram("java").utf8,
+                                       "-cp",
+                                       ClassPath(),
+                                       "net.sf.saxon.Transform",
+                                       "-xi:on",
+                                       "-s:" + FileUri(job.source),
+                                       "-xsl:" + FileUri(job.stylesheet),
+                                       "-o:" + job.output.utf8};
+    std::error_code error;
+    if (ClassPath().find("resolver") != std::string::npos && fs::exists("/etc/xml/catalog", error)) {
+        arguments.push_back("-catalog:/etc/xml/catalog");
+    }
+    if (WritesHtml(job.stylesheet)) {
+        arguments.push_back("!method=xhtml");
+    }
+    for (const auto& [name, value] : job.strings) {
+        arguments.push_back(name + '=' + value);
+    }
+    for (const auto& [name, expression] : job.expressions) {
+        arguments.push_back('?' + name + '=' + expression);
+    }
+    return arguments;
+}
+
+/// Passes the lines on. Returns those that describe a failure: the last one that names an error, with the lines
+/// before and after it, as a stylesheet that ends itself has given its reason before; else the last line.
+std::string PassOn(const NativePath& file, const MessageSink& messages) {
+    std::ifstream lines(ToFilesystem(file));
+    std::string error, last;
+    bool explains = false;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t begin = line.find_first_not_of(' ');
+        if (begin == std::string::npos) {
+            continue;
+        }
+        line.erase(0, begin);
+        messages(line);
+        const bool isError = line.starts_with("Error");
+        error = isError ? last + (last.empty() ? "" : ": ") + line : explains ? error + " " + line : error;
+        explains = isError;
+        last = line;
+    }
+    return error.empty() ? last : error;
+}
+
+}  // namespace
+
+std::string VersionOf(const NativePath& stylesheet) {
+    const LenientDocument loaded = LoadLeniently(stylesheet);
+    const xmlNode* root =
+        loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
+    if (!IsXslt(root, "stylesheet") && !IsXslt(root, "transform")) {
+        return {};
+    }
+    return Attribute(root, "version");
+}
+
+std::string SaxonProblem() {
+    if (ClassPath().empty()) {
+        return "it needs Saxon; install the package libsaxonhe-java";
+    }
+    return FindProgram("java").Empty() ? "it needs Java; install the package default-jre-headless"
+                                       : std::string();
+}
+
+std::string RunSaxon(const SaxonJob& job, const MessageSink& messages) {
+    if (std::string problem = SaxonProblem(); !problem.empty()) {
+        return problem;
+    }
+    const platform::TemporaryFolder folder("ventrix-saxon");
+    if (folder.Path().empty()) {
+        return folder.Problem();
+    }
+    std::error_code error;
+    fs::create_directories(ToFilesystem(job.output).parent_path(), error);
+    const NativePath messageFile{folder.Path() + "/messages"};
+    const platform::ProgramEnd end = RunProgram(Arguments(job), messageFile);
+    const std::string first = PassOn(messageFile, messages);
+    if (!end.notStarted.empty()) {
+        return end.notStarted;
+    }
+    if (end.signal != 0 || end.exitCode != 0) {
+        return "the stylesheet " + job.stylesheet.utf8 + " failed on " + job.source.utf8 +
+               (first.empty() ? "" : ": " + first);
+    }
+    return {};
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,80 @@
+#include "desk/toolkit/dita_keys.h"
+
+#include <sstream>
+
+#include "desk/toolkit/dita_classes.h"
+#include "desk/toolkit/dita_document.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr int kMaxChain = 20;
+
+std::string Inherited(const xmlNode* topicref, const char* name) {
+    for (; topicref != nullptr && topicref->type == XML_ELEMENT_NODE; topicref = topicref->parent) {
+        if (std::string value = Attribute(topicref, name); !value.empty()) {
+            return value;
+        }
+    }
+    return {};
+}
+
+std::string KeyText(const xmlNode* topicref) {
+    const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
+    const xmlNode* keywords = ChildOfType(meta, "topic/keywords");
+    for (const xmlNode* source :
+         {ChildOfType(keywords, "topic/keyword"), ChildOfType(meta, "topic/keytext"),
+          ChildOfType(meta, "map/linktext"), ChildOfType(meta, "topic/linktext")}) {
+        if (source != nullptr) {
+            return TextOf(source);
+        }
+    }
+    return NavigationTitle(topicref);
+}
+
+}  // namespace
+
+std::string NavigationTitle(const xmlNode* topicref) {
+    const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
+    const std::string title = TextOf(ChildOfType(meta, "topic/navtitle"));
+    return title.empty() ? Attribute(topicref, "navtitle") : title;
+}
+
+void CollectKeys(xmlDoc* map, DitaKeys& keys) {
+    xmlNode* root = xmlDocGetRootElement(map);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (!HasType(node, "map/topicref") || xmlHasProp(node, Xml("keys")) == nullptr) {
+            continue;
+        }
+        std::istringstream names(Attribute(node, "keys"));
+        for (std::string name; names >> name;) {
+            keys.insert({name,
+                         {.href = Attribute(node, "href"),
+                          .text = KeyText(node),
+                          .format = Inherited(node, "format"),
+                          .scope = Inherited(node, "scope"),
+                          .keyref = Attribute(node, "keyref")}});
+        }
+    }
+}
+
+void ResolveKeyChains(DitaKeys& keys) {
+    for (auto& [name, key] : keys) {
+        for (int length = 0; !key.keyref.empty() && length < kMaxChain; ++length) {
+            const auto next = keys.find(key.keyref.substr(0, key.keyref.find('/')));
+            if (next == keys.end()) {
+                break;
+            }
+            const DitaKey& other = next->second;
+            if (!other.href.empty()) {
+                key.href = other.href;
+                key.format = other.format;
+                key.scope = other.scope;
+            }
+            key.text = key.text.empty() ? other.text : key.text;
+            key.keyref = other.keyref == key.keyref ? std::string() : other.keyref;
+        }
+    }
+}
+
+}  // namespace ventrix::desk

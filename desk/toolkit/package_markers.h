@@ -1,0 +1,23 @@
+// Changes the marker text of a package where the transformation could not cope with it. A toolkit makes file
+// names of a branch filter's prefix, shapes of the words in an image map, and sort keys, search words and
+// attributes of metadata: marker text breaks these or reaches a reader. An element whose text comes from a
+// reference is lost if it is preserved, as it has no text yet.
+#pragma once
+
+#include <string>
+
+#include "desk/toolkit/dita_run.h"
+
+namespace ventrix::desk {
+
+/// Changes the XML files in the folder and below: takes marker text out of elements that contain no prose, if it
+/// is a DITA package, and puts elements back whose text comes from a reference, each file with such ones being a
+/// finding. Returns the first file that could not be written, one line with the reason; empty if all is done.
+std::string PreparePackage(const NativePath& folder, bool dita,
+                           const std::function<void(const DitaFinding&)>& finding);
+
+/// The document without marker text in such elements. Works on the bytes of any encoding that contains ASCII;
+/// everything else stays as it is.
+std::string WithoutMarkersInMetadata(const std::string& document);
+
+}  // namespace ventrix::desk

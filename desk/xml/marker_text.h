@@ -1,0 +1,28 @@
+// Marker text in a string of any kind: found and taken out. docs/marker-format.md describes it. Strings are
+// UTF-8 or another encoding that contains ASCII.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace ventrix::desk {
+
+/// Whether a word that begins marker text is in the string. A tags attribute contains none after decoding.
+bool HoldsMarkerText(std::string_view text);
+
+/// Whether one of the nine marker words is in the string.
+bool HoldsMarkerWord(std::string_view text);
+
+/// Takes out every whole group, from the word that begins it to the one that ends it, and returns their
+/// number. The words around a group stay, and of an element group the text of its element stays. The groups
+/// may be escaped as text of XML, JSON or a URI is; a string has one kind of escapes. A group without its end
+/// stays as it is, and so does one that would reach across a "<".
+std::size_t RemoveMarkerGroups(std::string& text);
+
+/// In a document with marker text, puts back each preserved element that contains a reference without text of
+/// its own, such as <keyword keyref="product"/>: only the transformation can find the text, which would be lost
+/// otherwise. Returns their number.
+std::size_t RestoreReferenceElements(std::string& document);
+
+}  // namespace ventrix::desk
