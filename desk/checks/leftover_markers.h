@@ -17,12 +17,12 @@ struct CleanedFiles {
     std::vector<Finding> findings;  ///< Files that could not be read or written, and what was left.
 };
 
-/// Takes whole pieces of marker text out of the text files at the place, a folder with all below it or one file.
-/// The words around them stay. Files that are not text are skipped.
+/// Takes whole pieces of marker text out of the text files at the place, a folder with all below it or one
+/// file. The words around them stay. Files that are not text are skipped.
 void CleanFiles(const NativePath& place, CleanedFiles& cleaned);
 
-/// The first of the files that holds a marker word of its own, which cleaning would take for one of the module's;
-/// empty if none does.
+/// The first of the files that holds a marker word of its own, which cleaning would take for one of the
+/// module's; empty if none does.
 NativePath FirstWithMarkerWord(const std::vector<NativePath>& files);
 
 }  // namespace ventrix::desk

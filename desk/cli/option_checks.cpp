@@ -102,8 +102,8 @@ void CheckParams(const char* option, const std::vector<std::string>& parameters,
 /// What a run sets itself cannot be set a second time.
 void CheckToolkitParam(const std::string& parameter) {
     constexpr std::string_view kOwn[] = {
-        "args.input",    "args.filter",         "dita.input.valfile",  "args.resources", "output.dir",
-        "dita.temp.dir", "generate.copy.outer", "outer.control",       "transtype",      "dita.dir"};
+        "args.input",    "args.filter",         "dita.input.valfile", "args.resources", "output.dir",
+        "dita.temp.dir", "generate.copy.outer", "outer.control",      "transtype",      "dita.dir"};
     constexpr std::string_view kNameCharacters =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-";
     const std::size_t equals = parameter.find('=');

@@ -49,9 +49,10 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
         ->type_name("X=FOLDER")
         ->allow_extra_args(false);
     command
-        .add_option("--toolkit", common.toolkit,
-                    "Toolkit for DITA: builtin (the default, Ventrix's own), installed (the DITA Open Toolkit "
-                    "on this machine), or the folder of a DITA Open Toolkit")
+        .add_option(
+            "--toolkit", common.toolkit,
+            "Toolkit for DITA: builtin (the default, Ventrix's own), installed (the DITA Open Toolkit "
+            "on this machine), or the folder of a DITA Open Toolkit")
         ->type_name("WHICH")
         ->capture_default_str();
     command.add_option("--catalog", common.catalog, "XML catalog to search for DTDs before the system's own")
@@ -73,8 +74,9 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
     command.add_option("-o,--output", publish.output, "Folder for the result; replaces an earlier result")
         ->required()
         ->type_name("FOLDER");
-    auto* ditaOt = command.add_flag("--dita-ot", publish.ditaOt,
-                                    "Transform as DITA, with the toolkit that --toolkit names (default for DITA)");
+    auto* ditaOt =
+        command.add_flag("--dita-ot", publish.ditaOt,
+                         "Transform as DITA, with the toolkit that --toolkit names (default for DITA)");
     command.add_option("--xslt", publish.xslt, "Transform with this stylesheet")
         ->type_name("FILE")
         ->excludes(ditaOt);
@@ -102,8 +104,9 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
                     "Program to run on the packaged document after the transformation")
         ->type_name("FILE");
     command
-        .add_option("--ditaval", publish.ditaval,
-                    "DITAVAL file that filters a DITA document; may be repeated, the first matching rule counts")
+        .add_option(
+            "--ditaval", publish.ditaval,
+            "DITAVAL file that filters a DITA document; may be repeated, the first matching rule counts")
         ->type_name("FILE")
         ->allow_extra_args(false);
     command
@@ -145,8 +148,9 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         .add_option("--preserve-xpath-attr", publish.preserveXpathAttr,
                     "HTML attribute for these queries (default: the tags attribute)")
         ->type_name("NAME");
-    command.add_flag("--keep-markers", publish.keepMarkers,
-                     "Leave marker text in attribute values, comments, scripts and other files of the result");
+    command.add_flag(
+        "--keep-markers", publish.keepMarkers,
+        "Leave marker text in attribute values, comments, scripts and other files of the result");
     command.add_flag("--no-transform", publish.noTransform,
                      "Do not transform the document; only package it and run the scripts");
     command.add_flag("--force", publish.force, "Use an output folder that holds other files; they are kept");

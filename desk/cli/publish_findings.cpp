@@ -71,8 +71,8 @@ std::vector<std::string> PublishNotes(const PublishPlan& plan, const PublishOutc
     }
     if (outcome.cleaned.groups > 0) {
         notes.push_back("marker text taken out of attribute values and other places that are not decoded: " +
-                        std::to_string(outcome.cleaned.groups) + "; changed files: " +
-                        std::to_string(outcome.cleaned.files));
+                        std::to_string(outcome.cleaned.groups) +
+                        "; changed files: " + std::to_string(outcome.cleaned.files));
     }
     if (outcome.pages.markedValues > 0) {
         notes.push_back("attribute values into which the transformation copied marker text: " +

@@ -7,9 +7,9 @@
 #include "desk/cli/installation.h"
 #include "desk/cli/option_checks.h"
 #include "desk/cli/path_options.h"
+#include "desk/clients/saxon.h"
 #include "desk/toolkit/ditaval.h"
 #include "desk/toolkit/installed_toolkit.h"
-#include "desk/clients/saxon.h"
 #include "desk/xml/stylesheet.h"
 
 namespace ventrix::desk {
@@ -20,9 +20,10 @@ bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
         return false;
     }
     if (IsToolkitProject(session.document)) {
-        throw Stop{kExitUsage, session.document.utf8 +
-                                   " is a project file of the DITA Open Toolkit; publish the map that it names, "
-                                   "with its filter as --ditaval"};
+        throw Stop{kExitUsage,
+                   session.document.utf8 +
+                       " is a project file of the DITA Open Toolkit; publish the map that it names, "
+                       "with its filter as --ditaval"};
     }
     if (!publish.ditaOt && !session.files.dita) {
         throw Stop{kExitUsage, session.document.utf8 +
@@ -43,8 +44,8 @@ std::string ChooseEngine(const NativePath& stylesheet, const std::string& named)
         return engine;
     }
     if (engine == "saxon") {
-        throw Stop{kExitTransformation, "the stylesheet " + stylesheet.utf8 + " is XSLT " + version + ": " +
-                                            SaxonProblem()};
+        throw Stop{kExitTransformation,
+                   "the stylesheet " + stylesheet.utf8 + " is XSLT " + version + ": " + SaxonProblem()};
     }
     return engine;
 }
@@ -74,8 +75,9 @@ void CheckFilters(const std::vector<NativePath>& filters) {
 void CheckToolkitOptions(const Options& options, bool installedToolkit) {
     const auto require = [&](const char* option, bool given) {
         if (given && !installedToolkit) {
-            throw Stop{kExitUsage, std::string(option) + " has no effect without an installed toolkit; add "
-                                                         "--toolkit installed or --toolkit FOLDER"};
+            throw Stop{kExitUsage, std::string(option) +
+                                       " has no effect without an installed toolkit; add "
+                                       "--toolkit installed or --toolkit FOLDER"};
         }
     };
     require("--resource", !options.common.resources.empty());

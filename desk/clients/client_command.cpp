@@ -10,7 +10,8 @@ struct Word {
     bool quoted = false;
 };
 
-/// The quote that ends a quoted word: the first before the end or the next option, as a path may contain a quote.
+/// The quote that ends a quoted word: the first before the end or the next option, as a path may contain a
+/// quote.
 std::size_t ClosingQuote(std::string_view text) {
     const std::size_t beforeOption = text.find("\" -");
     if (beforeOption != std::string_view::npos) {

@@ -16,9 +16,8 @@ struct ClientCommand {
 };
 
 /// A value follows its option, in double quotes or up to the next space. There are no escapes: a backslash
-/// before the closing quote is part of the value, and so is a quote that neither ends the command nor precedes
-/// an option. The last of repeated options counts; a word without an
-/// option is ignored.
+/// before the closing quote is part of the value, and so is a quote that neither ends the command nor
+/// precedes an option. The last of repeated options counts; a word without an option is ignored.
 ClientCommand ParseClientCommand(std::string_view text);
 
 /// Empty if the option is missing.

@@ -42,11 +42,12 @@ NativePath Resolve(const Catalog& catalog, const std::string& id) {
     return file.Empty() ? FileOf(XmlString(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
 }
 
-/// The first file that the internal subset pulls in. A document without a DTD of its own, whose entities come from
-/// such files, is repaired with the file as its DTD: whoever loads the DTD then loads all of them.
+/// The first file that the internal subset pulls in. A document without a DTD of its own, whose entities come
+/// from such files, is repaired with the file as its DTD: whoever loads the DTD then loads all of them.
 std::string FirstSubsetFile(const xmlDtd& dtd) {
     for (const xmlNode* node = dtd.children; node != nullptr; node = node->next) {
-        const auto* entity = node->type == XML_ENTITY_DECL ? reinterpret_cast<const xmlEntity*>(node) : nullptr;
+        const auto* entity =
+            node->type == XML_ENTITY_DECL ? reinterpret_cast<const xmlEntity*>(node) : nullptr;
         if (entity != nullptr && entity->etype == XML_EXTERNAL_PARAMETER_ENTITY) {
             return std::string(View(entity->SystemID));
         }

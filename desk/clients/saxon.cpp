@@ -72,8 +72,9 @@ std::vector<std::string> Arguments(const SaxonJob& job) {
     return arguments;
 }
 
-/// Passes the lines on. Returns those that describe a failure: the last one that names an error, with the lines
-/// before and after it, as a stylesheet that ends itself has given its reason before; else the last line.
+/// Passes the lines on. Returns those that describe a failure: the last one that names an error, with the
+/// lines before and after it, as a stylesheet that ends itself has given its reason before; else the last
+/// line.
 std::string PassOn(const NativePath& file, const MessageSink& messages) {
     std::ifstream lines(ToFilesystem(file));
     std::string error, last;
@@ -97,8 +98,7 @@ std::string PassOn(const NativePath& file, const MessageSink& messages) {
 
 std::string VersionOf(const NativePath& stylesheet) {
     const LenientDocument loaded = LoadLeniently(stylesheet);
-    const xmlNode* root =
-        loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
+    const xmlNode* root = loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
     if (!IsXslt(root, "stylesheet") && !IsXslt(root, "transform")) {
         return {};
     }

@@ -48,15 +48,15 @@ std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const File
     if (document == nullptr) {
         return because("the document " + run.source.utf8 + " cannot be read");
     }
-    const Transformed result = Transform({.stylesheet = stylesheet,
-                                          .document = document.get(),
-                                          .sourcePath = run.source,
-                                          .outputPath = run.output,
-                                          .outputFolder = outputFolder,
-                                          .parameters = {settings.strings.begin(), settings.strings.end()},
-                                          .expressions = {settings.expressions.begin(),
-                                                          settings.expressions.end()}},
-                                         run.messages);
+    const Transformed result =
+        Transform({.stylesheet = stylesheet,
+                   .document = document.get(),
+                   .sourcePath = run.source,
+                   .outputPath = run.output,
+                   .outputFolder = outputFolder,
+                   .parameters = {settings.strings.begin(), settings.strings.end()},
+                   .expressions = {settings.expressions.begin(), settings.expressions.end()}},
+                  run.messages);
     if (!scope.Refusal().empty()) {
         return run.source.utf8 + ": " + scope.Refusal();
     }

@@ -97,8 +97,7 @@ void VisitFile(Walk& walk, const Reference& reference, const NativePath& path, c
         return;
     }
     if (walk.listed.insert(path).second) {
-        walk.result.files.push_back(
-            {.key = KeyOf(reference), .path = path, .url = {}, .dtd = reference.dtd});
+        walk.result.files.push_back({.key = KeyOf(reference), .path = path, .url = {}, .dtd = reference.dtd});
     }
     if (reference.dtd && walk.opened.insert(path).second) {
         FollowDtd(walk, path);

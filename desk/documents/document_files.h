@@ -12,9 +12,9 @@ namespace ventrix::desk {
 
 /// One referenced file or web address.
 struct DocumentFile {
-    std::string key;  ///< "graphicsType" for a graphic, "documentType" for everything else.
-    NativePath path;  ///< Absolute and on a mapped drive; empty for a web address.
-    std::string url;  ///< As written; empty for a file.
+    std::string key;   ///< "graphicsType" for a graphic, "documentType" for everything else.
+    NativePath path;   ///< Absolute and on a mapped drive; empty for a web address.
+    std::string url;   ///< As written; empty for a file.
     bool dtd = false;  ///< A DTD or a part of one, which is no part of a result.
 };
 
@@ -39,7 +39,8 @@ struct DocumentFiles {
 /// is fetched from a network, and documents that refer to themselves or to each other end the walk. A missing
 /// file is listed; of a file that is not well-formed, the references up to the error and what the parser
 /// recovers are listed too. A local file whose `scope` is external or peer is not part of the document and is
-/// left out. A DTD without a public id is listed if it exists and its path is relative, with the files that it pulls in.
+/// left out. A DTD without a public id is listed if it exists and its path is relative, with the files that
+/// it pulls in.
 ///
 /// The document is refused if it is missing, not well-formed, or has a name that the module would misread; if
 /// it or a file that it refers to exceeds a limit of desk/xml/limits.h; and if an external entity or an

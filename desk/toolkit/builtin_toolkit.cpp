@@ -52,7 +52,8 @@ void ReportUnread(Publication& publication, const std::string& reason) {
 
 /// What a page lacks: a warning in the log and a finding.
 void Remark(Publication& publication, const NativePath& topic, long line, const std::string& text) {
-    publication.warn(topic.utf8 + (line > 0 ? ": line " + std::to_string(line) : std::string()) + ": " + text);
+    publication.warn(topic.utf8 + (line > 0 ? ": line " + std::to_string(line) : std::string()) + ": " +
+                     text);
     publication.run.finding({topic, static_cast<int>(line), text});
 }
 
@@ -102,7 +103,8 @@ std::string Anchor(Publication& publication, const DitaTarget& target) {
 }
 
 /// Makes a link to a topic lead to its page. A link to an excluded topic loses its target.
-void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target, const NativePath& topic) {
+void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target,
+                 const NativePath& topic) {
     if (publication.library.Summary(target.path).excluded) {
         xmlUnsetProp(element, Xml("href"));
         return;
@@ -112,8 +114,7 @@ void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& t
     const NativePath targetPage = PageOf(publication.layout, target.path);
     const std::string anchor = Anchor(publication, target);
     const std::string fragment = anchor.empty() ? "" : "#" + anchor;
-    const std::string reference =
-        (targetPage == page ? "" : RelativeReference(page, targetPage)) + fragment;
+    const std::string reference = (targetPage == page ? "" : RelativeReference(page, targetPage)) + fragment;
     const std::string href = reference.empty() ? RelativeReference(page, targetPage) : reference;
     publication.links.Add({topic, xmlGetLineNo(element), targetPage, anchor});
     const std::string absolute = Attribute(element, "href");
@@ -206,9 +207,9 @@ void AddPageNumbers(xmlDoc* document) {
     }
 }
 
-/// The order matters. Reused content brings key references, samples and links with it; keys and neighbours add
-/// links, which RewriteReferences then directs to pages; page numbers count what is there in the end. Elements get
-/// the names of their base types last, for the stylesheet alone.
+/// The order matters. Reused content brings key references, samples and links with it; keys and neighbours
+/// add links, which RewriteReferences then directs to pages; page numbers count what is there in the end.
+/// Elements get the names of their base types last, for the stylesheet alone.
 void MakePage(Publication& publication, const NativePath& topic) {
     const NativePath page = PageOf(publication.layout, topic);
     if (page.Empty()) {

@@ -22,9 +22,8 @@ std::string Inherited(const xmlNode* topicref, const char* name) {
 std::string KeyText(const xmlNode* topicref) {
     const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
     const xmlNode* keywords = ChildOfType(meta, "topic/keywords");
-    for (const xmlNode* source :
-         {ChildOfType(keywords, "topic/keyword"), ChildOfType(meta, "topic/keytext"),
-          ChildOfType(meta, "map/linktext"), ChildOfType(meta, "topic/linktext")}) {
+    for (const xmlNode* source : {ChildOfType(keywords, "topic/keyword"), ChildOfType(meta, "topic/keytext"),
+                                  ChildOfType(meta, "map/linktext"), ChildOfType(meta, "topic/linktext")}) {
         if (source != nullptr) {
             return TextOf(source);
         }

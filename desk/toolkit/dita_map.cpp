@@ -11,8 +11,8 @@
 namespace ventrix::desk {
 namespace {
 
-/// Reading goes through two stages: all maps are loaded and give their keys, since a map may use the keys that
-/// another one defines; then the topic references are read in order.
+/// Reading goes through two stages: all maps are loaded and give their keys, since a map may use the keys
+/// that another one defines; then the topic references are read in order.
 struct MapReader {
     DitaLibrary& library;
     const DitaRun& run;
@@ -52,7 +52,8 @@ std::vector<NativePath> SubmapsOf(xmlDoc* map) {
     xmlNode* root = xmlDocGetRootElement(map);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         const std::string href = HasType(node, "map/topicref") ? Attribute(node, "href") : std::string();
-        const auto target = IsMapReference(href, Attribute(node, "format")) ? DitaTargetOf(href) : std::nullopt;
+        const auto target =
+            IsMapReference(href, Attribute(node, "format")) ? DitaTargetOf(href) : std::nullopt;
         if (target.has_value()) {
             submaps.push_back(target->path);
         }
@@ -69,9 +70,8 @@ const DitaDocument& Load(MapReader& reader, const NativePath& path) {
     map = LoadDita(path, reader.library.Rules());
     if (map.document != nullptr) {
         ReportUnhandled(map.document.get(), path, reader.run.finding);
-        ResolveConrefs(map.document.get(), {}, reader.library, [&](long line, const std::string& text) {
-            Remark(reader, path, line, text);
-        });
+        ResolveConrefs(map.document.get(), {}, reader.library,
+                       [&](long line, const std::string& text) { Remark(reader, path, line, text); });
     } else if (!map.excluded) {
         reader.run.log("warning: " + map.reason);
         reader.run.unread(map.reason);
@@ -102,7 +102,9 @@ void LoadMaps(MapReader& reader, const NativePath& map) {
             continue;
         }
         const NativePath& file = path;
-        const RemarkSink remarks = [&](long line, const std::string& text) { Remark(reader, file, line, text); };
+        const RemarkSink remarks = [&](long line, const std::string& text) {
+            Remark(reader, file, line, text);
+        };
         ResolveConrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
         ResolveKeyrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
     }
@@ -263,11 +265,7 @@ void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherit
 }  // namespace
 
 Navigation ReadNavigation(const NativePath& map, DitaLibrary& library, const DitaRun& run) {
-    MapReader reader{.library = library,
-                     .run = run,
-                     .navigation = {},
-                     .maps = {},
-                     .openMaps = {}};
+    MapReader reader{.library = library, .run = run, .navigation = {}, .maps = {}, .openMaps = {}};
     LoadMaps(reader, map);
     std::vector<NavigationItem> items;
     ReadMap(reader, map, {}, items);

@@ -21,8 +21,8 @@ struct Linking {
 enum class CollectionType { kUnordered, kSequence, kFamily };
 
 struct NavigationItem {
-    std::string href;   ///< Absolute reference or web address; empty for a heading without a page.
-    std::string title;  ///< From the map; empty if the topic's own title is used.
+    std::string href;          ///< Absolute reference or web address; empty for a heading without a page.
+    std::string title;         ///< From the map; empty if the topic's own title is used.
     bool titleLocked = false;  ///< The map's title is used instead of the topic's.
     bool page = false;         ///< The reference leads to a local topic that gets a page.
     bool shown = true;         ///< Appears in the table of contents.
@@ -45,8 +45,8 @@ struct Navigation {
 };
 
 /// Reads the map and its submaps, each once. A submap that is missing, not well-formed or contains itself is
-/// reported as unread or as a finding of the run and left out, and so is what a topic reference refers to by an
-/// undefined key.
+/// reported as unread or as a finding of the run and left out, and so is what a topic reference refers to by
+/// an undefined key.
 Navigation ReadNavigation(const NativePath& map, DitaLibrary& library, const DitaRun& run);
 
 }  // namespace ventrix::desk

@@ -120,7 +120,8 @@ xmlNode* ReplaceWithTarget(xmlNode* referring, const std::string& conref, DitaLi
     xmlReplaceNode(referring, copy);
     xmlFreeNode(referring);
     if (!CopyRange(original, copy, end)) {
-        remarks(xmlGetLineNo(copy), "conrefend=\"" + end + "\" is no element after the target; only the target is reused");
+        remarks(xmlGetLineNo(copy),
+                "conrefend=\"" + end + "\" is no element after the target; only the target is reused");
     }
     return copy;
 }
@@ -169,10 +170,13 @@ void KeepOwnContent(const ConrefRun& run, xmlNode* element, const std::string& c
         return;
     }
     if (!conref.empty()) {
-        run.remarks(xmlGetLineNo(element), "conref=\"" + conref + "\" has no usable target; the element keeps its own content");
+        run.remarks(xmlGetLineNo(element),
+                    "conref=\"" + conref + "\" has no usable target; the element keeps its own content");
     } else if (!key.empty()) {
-        run.remarks(xmlGetLineNo(element), "conkeyref=\"" + key + "\": the map does not define this key with a target; the element "
-                                           "keeps its own content");
+        run.remarks(xmlGetLineNo(element),
+                    "conkeyref=\"" + key +
+                        "\": the map does not define this key with a target; the element "
+                        "keeps its own content");
     }
     xmlUnsetProp(element, Xml("conref"));
     xmlUnsetProp(element, Xml("conkeyref"));
@@ -283,7 +287,8 @@ std::optional<std::string> CodeOf(const xmlNode* element, const RemarkSink& rema
     if (!target.has_value() || (scope != nullptr && !scope->Permits(target->path, nullptr)) ||
         platform::ReadRegularFile(ToFilesystem(target->path), kMaxFileBytes, content) ||
         xmlCheckUTF8(Xml(content.c_str())) == 0) {
-        remarks(xmlGetLineNo(element), "coderef \"" + href + "\" is not a readable UTF-8 file; its lines are missing");
+        remarks(xmlGetLineNo(element),
+                "coderef \"" + href + "\" is not a readable UTF-8 file; its lines are missing");
         return std::nullopt;
     }
     return Lines(content, RangeIn(href.substr(std::min(href.find('#'), href.size()))));
@@ -327,14 +332,12 @@ const TopicSummary& DitaLibrary::Summary(const NativePath& path) {
     return summaries_.insert({path, std::move(summary)}).first->second;
 }
 
-void ResolveConrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library,
-                    const RemarkSink& remarks) {
+void ResolveConrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library, const RemarkSink& remarks) {
     ConrefRun run{.keys = keys, .library = library, .remarks = remarks, .open = {}};
     Resolve(run, xmlDocGetRootElement(document));
 }
 
-void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library,
-                    const RemarkSink& remarks) {
+void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library, const RemarkSink& remarks) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         const std::string reference = node->type == XML_ELEMENT_NODE && node->properties != nullptr
@@ -379,9 +382,10 @@ std::string TitleOf(const std::string& absoluteReference, DitaLibrary& library) 
         return summary.title;
     }
     if (target->topic.empty()) {
-        return summary.topicId.empty() ? std::string() : TitleOf(absoluteReference.substr(0, absoluteReference.find('#')) + "#" + summary.topicId + "/" +
-                           target->element,
-                       library);
+        return summary.topicId.empty() ? std::string()
+                                       : TitleOf(absoluteReference.substr(0, absoluteReference.find('#')) +
+                                                     "#" + summary.topicId + "/" + target->element,
+                                                 library);
     }
     const auto title =
         summary.titles.find(target->element.empty() ? target->topic : target->topic + "/" + target->element);

@@ -1,6 +1,6 @@
-// Resolves the references in a topic or map: content that is reused from other topics (conref, conkeyref), text
-// and targets that keys are defined as (keyref), the lines of code samples (coderef), and the words for link
-// targets. All documents are filtered with the same rules. Strings are UTF-8.
+// Resolves the references in a topic or map: content that is reused from other topics (conref, conkeyref),
+// text and targets that keys are defined as (keyref), the lines of code samples (coderef), and the words for
+// link targets. All documents are filtered with the same rules. Strings are UTF-8.
 #pragma once
 
 #include <list>
@@ -51,15 +51,13 @@ class DitaLibrary {
     std::map<NativePath, TopicSummary> summaries_;
 };
 
-/// Replaces each element that has a `conref` or `conkeyref` with a copy of its target, or of its target and the
-/// elements up to that of `conrefend`, in which further ones are replaced too. An element whose target cannot
-/// be found is kept, and reported as a remark. Without keys, only `conref` counts.
-void ResolveConrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library,
-                    const RemarkSink& remarks);
+/// Replaces each element that has a `conref` or `conkeyref` with a copy of its target, or of its target and
+/// the elements up to that of `conrefend`, in which further ones are replaced too. An element whose target
+/// cannot be found is kept, and reported as a remark. Without keys, only `conref` counts.
+void ResolveConrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library, const RemarkSink& remarks);
 
 /// Gives elements with a `keyref` the key's reference, and the key's text if they are empty.
-void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library,
-                    const RemarkSink& remarks);
+void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library, const RemarkSink& remarks);
 
 /// Replaces each `coderef` with the lines of its file.
 void ResolveCoderefs(xmlDoc* document, const RemarkSink& remarks);

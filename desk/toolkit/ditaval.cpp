@@ -60,8 +60,8 @@ std::optional<Condition> TakeGroup(const std::string& attribute, std::string& va
 }
 
 bool IsConditional(const Ditaval& rules, const std::string& attribute) {
-    constexpr std::string_view kKnown[] = {"audience",   "product", "platform",      "otherprops",
-                                          "deliveryTarget", "props",   "rev"};
+    constexpr std::string_view kKnown[] = {"audience",       "product", "platform", "otherprops",
+                                           "deliveryTarget", "props",   "rev"};
     if (std::find(std::begin(kKnown), std::end(kKnown), attribute) != std::end(kKnown)) {
         return true;
     }
@@ -99,7 +99,8 @@ std::string ProblemOf(const xmlNode* element) {
     if (IsOneOf(action, {"include", "exclude", "passthrough", "flag", "noflag"})) {
         return {};
     }
-    return LineOf(element) + (action.empty() ? "a rule without an action" : "unknown action \"" + action + "\"") +
+    return LineOf(element) +
+           (action.empty() ? "a rule without an action" : "unknown action \"" + action + "\"") +
            " (expected include, exclude, passthrough or flag)";
 }
 

@@ -19,8 +19,8 @@ struct Ditaval {
     int firstFlag = 0;  ///< The line of the first rule that flags; 0 if none does.
 };
 
-/// Reads a DITAVAL file. Nothing, and the reason in one line, if it is missing, is not well-formed, is another
-/// kind of file, or has a rule with an action that is none.
+/// Reads a DITAVAL file. Nothing, and the reason in one line, if it is missing, is not well-formed, is
+/// another kind of file, or has a rule with an action that is none.
 std::optional<Ditaval> ReadDitaval(const NativePath& path, std::string& reason);
 
 /// By attribute: the value above each value, in the hierarchy that a subject scheme binds to the attribute.

@@ -22,10 +22,10 @@ namespace fs = std::filesystem;
 
 /// How to start a toolkit, or why that is not possible.
 struct Toolkit {
-    NativePath command;   ///< The `dita` command; empty if Ant runs the toolkit.
-    bool runnable = true; ///< The command may be executed; if not, the shell runs it.
-    NativePath ant;       ///< The `ant` command.
-    NativePath folder;    ///< Contains the build file.
+    NativePath command;    ///< The `dita` command; empty if Ant runs the toolkit.
+    bool runnable = true;  ///< The command may be executed; if not, the shell runs it.
+    NativePath ant;        ///< The `ant` command.
+    NativePath folder;     ///< Contains the build file.
     std::string reason;
 };
 
@@ -118,8 +118,8 @@ void AppendLibraries(std::vector<std::string>& arguments, const NativePath& fold
 /// property file is therefore the only one among the arguments, and must mean nothing to the shell.
 bool IsSafeArgument(const std::string& path) {
     return std::ranges::all_of(path, [](unsigned char c) {
-        return std::isalnum(c) != 0 || std::string_view("/._-+,@").find(static_cast<char>(c)) !=
-                                           std::string_view::npos;
+        return std::isalnum(c) != 0 ||
+               std::string_view("/._-+,@").find(static_cast<char>(c)) != std::string_view::npos;
     });
 }
 
@@ -155,8 +155,8 @@ NativePath ReadableByOldToolkit(const NativePath& document, const std::string& w
 /// filter has two names, of which each toolkit knows at least one.
 std::string Properties(const std::string& input, const DitaRun& run, const std::string& work,
                        const NativePath& filter) {
-    std::string lines = PropertyLine("args.input", input) +
-                        PropertyLine("transtype", run.transtype) + PropertyLine("output.dir", work + "/out") +
+    std::string lines = PropertyLine("args.input", input) + PropertyLine("transtype", run.transtype) +
+                        PropertyLine("output.dir", work + "/out") +
                         PropertyLine("dita.temp.dir", work + "/temp");
     // With these, topics outside the map's folder are published in the corresponding folders of the output.
     lines += PropertyLine("generate.copy.outer", "3") + PropertyLine("outer.control", "quiet");
@@ -273,8 +273,7 @@ std::string DescribeToolkit(const std::string& toolkit) {
 
 bool IsToolkitProject(const NativePath& file) {
     const LenientDocument loaded = LoadLeniently(file);
-    const xmlNode* root =
-        loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
+    const xmlNode* root = loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
     return root != nullptr && View(root->name) == "project" && root->ns != nullptr &&
            View(root->ns->href) == "https://www.dita-ot.org/project";
 }

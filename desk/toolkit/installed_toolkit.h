@@ -18,10 +18,10 @@ std::string DescribeToolkit(const std::string& toolkit);
 /// Whether the file is a project file of the DITA Open Toolkit, which lists publications and is no document.
 bool IsToolkitProject(const NativePath& file);
 
-/// `toolkit` is "installed", a toolkit's folder or its `dita` command; the program's output is appended to the
-/// log file. Empty on success; else the reason, one line. Errors that the toolkit reports are findings, also
-/// after a success, and so is a filter that it seems not to have read. The pages that a failed run wrote are
-/// delivered all the same.
+/// `toolkit` is "installed", a toolkit's folder or its `dita` command; the program's output is appended to
+/// the log file. Empty on success; else the reason, one line. Errors that the toolkit reports are findings,
+/// also after a success, and so is a filter that it seems not to have read. The pages that a failed run wrote
+/// are delivered all the same.
 std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkit, const NativePath& logFile);
 
 }  // namespace ventrix::desk

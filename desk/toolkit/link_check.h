@@ -15,7 +15,7 @@ namespace ventrix::desk {
 struct PageLink {
     NativePath topic;  ///< Contains the link.
     long line = 0;
-    NativePath page;  ///< Its target.
+    NativePath page;     ///< Its target.
     std::string anchor;  ///< The id in the target; empty for the page itself.
 };
 

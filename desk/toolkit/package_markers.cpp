@@ -15,10 +15,21 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Elements that contain no prose, wherever they are.
-constexpr std::string_view kNoProse[] = {
-    "dvrResourcePrefix", "dvrResourceSuffix", "dvrKeyscopePrefix", "dvrKeyscopeSuffix", "shape",
-    "coords",            "index-sort-as",     "sort-as",           "indexterm",         "index-see",
-    "index-see-also",    "data",              "data-about",        "prolog",            "metadata"};
+constexpr std::string_view kNoProse[] = {"dvrResourcePrefix",
+                                         "dvrResourceSuffix",
+                                         "dvrKeyscopePrefix",
+                                         "dvrKeyscopeSuffix",
+                                         "shape",
+                                         "coords",
+                                         "index-sort-as",
+                                         "sort-as",
+                                         "indexterm",
+                                         "index-see",
+                                         "index-see-also",
+                                         "data",
+                                         "data-about",
+                                         "prolog",
+                                         "metadata"};
 
 /// In the metadata of a map, these are titles and texts for readers; the rest is not.
 constexpr std::string_view kProseOfMaps[] = {"navtitle", "linktext", "shortdesc", "searchtitle", "desc"};
@@ -166,7 +177,8 @@ std::string PreparePackage(const NativePath& folder, bool dita,
         }
         const NativePath file = FromFilesystem(entry->path());
         std::string content;
-        if (platform::ReadWholeFile(file.utf8, content) != platform::kErrorNone || !HoldsMarkerText(content)) {
+        if (platform::ReadWholeFile(file.utf8, content) != platform::kErrorNone ||
+            !HoldsMarkerText(content)) {
             continue;  // The transformation reports a file that it cannot read.
         }
         std::string changed = dita ? WithoutMarkersInMetadata(content) : content;

@@ -10,9 +10,10 @@
 
 namespace ventrix::desk {
 
-/// Changes the XML files in the folder and below: takes marker text out of elements that contain no prose, if it
-/// is a DITA package, and puts elements back whose text comes from a reference, each file with such ones being a
-/// finding. Returns the first file that could not be written, one line with the reason; empty if all is done.
+/// Changes the XML files in the folder and below: takes marker text out of elements that contain no prose, if
+/// it is a DITA package, and puts elements back whose text comes from a reference, each file with such ones
+/// being a finding. Returns the first file that could not be written, one line with the reason; empty if all
+/// is done.
 std::string PreparePackage(const NativePath& folder, bool dita,
                            const std::function<void(const DitaFinding&)>& finding);
 

@@ -38,8 +38,7 @@ void AssignPage(PageLayout& layout, const NativePath& topic) {
     if (copy.Empty() || layout.pages.contains(topic)) {
         return;
     }
-    const NativePath page =
-        FreePage(layout, FromFilesystem(ToFilesystem(copy).replace_extension(".html")));
+    const NativePath page = FreePage(layout, FromFilesystem(ToFilesystem(copy).replace_extension(".html")));
     layout.pages[topic] = page;
     layout.taken.insert(page);
 }

@@ -85,8 +85,9 @@ void AddFriends(const NavigationItem& item, const Relation& relation, std::size_
     std::vector<MapLink>& links = neighbours[target->path];
     for (std::size_t other = 0; other < relation.cells.size(); ++other) {
         for (const NavigationItem& related : relation.cells[other]) {
-            const bool known = std::ranges::any_of(
-                links, [&](const MapLink& link) { return link.role == "friend" && link.href == related.href; });
+            const bool known = std::ranges::any_of(links, [&](const MapLink& link) {
+                return link.role == "friend" && link.href == related.href;
+            });
             if (other != cell && related.linking.to && !known) {
                 links.push_back({"friend", related.href, related.title, related.page});
             }

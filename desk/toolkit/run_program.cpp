@@ -17,8 +17,10 @@ NativePath FindProgram(const std::string& name) {
 }
 
 platform::ProgramEnd RunProgram(const std::vector<std::string>& arguments, const NativePath& outputFile) {
-    platform::StartedProgram program = platform::StartProgram(
-        {.arguments = arguments, .environment = {{"LC_ALL", "C.UTF-8"}, {"DITA_HOME", ""}}, .outputFile = outputFile.utf8});
+    platform::StartedProgram program =
+        platform::StartProgram({.arguments = arguments,
+                                .environment = {{"LC_ALL", "C.UTF-8"}, {"DITA_HOME", ""}},
+                                .outputFile = outputFile.utf8});
     return platform::WaitForProgram(program);
 }
 

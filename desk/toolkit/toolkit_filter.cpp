@@ -23,8 +23,8 @@ void AddProbe(xmlNode* root) {
     }
 }
 
-/// Copies the image of a flag and makes the rule refer to the copy. The name is a number, because the original
-/// name may be one that a toolkit misreads.
+/// Copies the image of a flag and makes the rule refer to the copy. The name is a number, because the
+/// original name may be one that a toolkit misreads.
 void CopyImage(xmlNode* element, const NativePath& filter, const NativePath& folder, int& images) {
     for (const char* name : {"imageref", "img"}) {
         const NativePath image = TargetOf(Attribute(element, name), FolderOf(filter)).path;

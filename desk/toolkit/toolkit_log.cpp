@@ -27,9 +27,8 @@ std::string WithoutColors(const std::string& line) {
 
 std::string Trimmed(const std::string& line) {
     const std::size_t begin = line.find_first_not_of(kWhitespace);
-    return begin == std::string::npos
-               ? std::string()
-               : line.substr(begin, line.find_last_not_of(kWhitespace) + 1 - begin);
+    return begin == std::string::npos ? std::string()
+                                      : line.substr(begin, line.find_last_not_of(kWhitespace) + 1 - begin);
 }
 
 /// True if the line holds a message number of the toolkit with this severity, such as DOTJ013E.

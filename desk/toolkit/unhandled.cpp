@@ -63,7 +63,8 @@ void ReportElement(const xmlNode* node, const NativePath& file,
     const std::string element = "<" + std::string(View(node->name)) + ">";
     const std::string types = Attribute(node, "class");
     for (const UnhandledType& row : kTypes) {
-        if (types.find(row.type) != std::string::npos && HasType(node, row.type) && MakesList(node, row.type)) {
+        if (types.find(row.type) != std::string::npos && HasType(node, row.type) &&
+            MakesList(node, row.type)) {
             finding({file, line, element + " is not handled: " + row.effect + kAdvice});
         }
     }

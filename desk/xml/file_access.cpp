@@ -148,7 +148,8 @@ bool ReadScope::Permits(const NativePath& file, const xmlParserCtxt* parser) {
         return true;
     }
     if (refusal_.empty()) {
-        const int line = parser == nullptr || parser->_private == nullptr ? 0 : ParseBudget::Of(parser).Line();
+        const int line =
+            parser == nullptr || parser->_private == nullptr ? 0 : ParseBudget::Of(parser).Line();
         refusal_ = (line == 0 ? "" : "line " + std::to_string(line) + ": ") + OutsideRefusal(file);
     }
     return false;

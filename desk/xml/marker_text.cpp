@@ -156,8 +156,8 @@ bool ContainsEmptyReference(std::string_view element) {
 }  // namespace
 
 bool HoldsMarkerText(std::string_view text) {
-    return std::ranges::any_of(
-        kGroups, [text](const GroupWords& group) { return text.find(group.begin) != kNpos; });
+    return std::ranges::any_of(kGroups,
+                               [text](const GroupWords& group) { return text.find(group.begin) != kNpos; });
 }
 
 bool HoldsMarkerWord(std::string_view text) {

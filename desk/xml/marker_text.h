@@ -21,8 +21,8 @@ bool HoldsMarkerWord(std::string_view text);
 std::size_t RemoveMarkerGroups(std::string& text);
 
 /// In a document with marker text, puts back each preserved element that contains a reference without text of
-/// its own, such as <keyword keyref="product"/>: only the transformation can find the text, which would be lost
-/// otherwise. Returns their number.
+/// its own, such as <keyword keyref="product"/>: only the transformation can find the text, which would be
+/// lost otherwise. Returns their number.
 std::size_t RestoreReferenceElements(std::string& document);
 
 }  // namespace ventrix::desk

@@ -44,20 +44,20 @@ struct TransformJob {
     /// Further output files lie in this folder or below, wherever links lead; empty if there may be none. An
     /// attempt to write another file is reported and fails the transformation.
     NativePath outputFolder = {};
-    std::map<std::string, std::string> parameters = {};  ///< String values by name, without XPath quotes.
+    std::map<std::string, std::string> parameters = {};   ///< String values by name, without XPath quotes.
     std::map<std::string, std::string> expressions = {};  ///< Values as XPath expressions, by name.
 };
 
 struct Transformed {
-    bool done = false;  ///< False if the stylesheet failed or ended itself with a terminating message.
+    bool done = false;   ///< False if the stylesheet failed or ended itself with a terminating message.
     std::string output;  ///< Serialised as `xsl:output` says, but HTML as XHTML; empty on failure and for an
                          ///< empty result.
     int furtherFiles = 0;  ///< Written by the stylesheet with exsl:document.
 };
 
-/// Supports exsl:document, whose files are serialised like the output, and one extension element of its own, `copy-document` in the namespace urn:ventrix:desk-host: the output is then
-/// the unparsed content of the document's file, with the DOCTYPE's system id replaced by the attribute
-/// `system-id`.
+/// Supports exsl:document, whose files are serialised like the output, and one extension element of its own,
+/// `copy-document` in the namespace urn:ventrix:desk-host: the output is then the unparsed content of the
+/// document's file, with the DOCTYPE's system id replaced by the attribute `system-id`.
 Transformed Transform(const TransformJob& job, const MessageSink& messages);
 
 /// Writes the output of a transformation and creates the folders above it. The file changes as a whole or, on

@@ -14,16 +14,15 @@ namespace ventrix::desk {
 namespace {
 
 constexpr std::array<std::string_view, 20> kEmptyElements = {
-    "area",  "base", "basefont", "br",  "col",   "embed", "frame",  "hr",    "img",   "input",
-    "isindex", "keygen", "link", "meta", "param", "source", "track", "wbr", "command", "spacer"};
+    "area",    "base",   "basefont", "br",   "col",   "embed",  "frame", "hr",  "img",     "input",
+    "isindex", "keygen", "link",     "meta", "param", "source", "track", "wbr", "command", "spacer"};
 
 constexpr std::string_view kMeta =
     "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=UTF-8\" />";
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-    return std::ranges::equal(a, b, [](unsigned char x, unsigned char y) {
-        return std::tolower(x) == std::tolower(y);
-    });
+    return std::ranges::equal(
+        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
 }
 
 bool IsElement(const xmlNode* node, std::string_view name) {
@@ -50,14 +49,29 @@ void Replace(std::string& text, std::string_view from, std::string_view to) {
 void AppendEscaped(std::string& page, std::string_view text, bool inValue) {
     for (const char c : text) {
         switch (c) {
-            case '&': page += "&amp;"; break;
-            case '<': page += "&lt;"; break;
-            case '>': page += "&gt;"; break;
-            case '"': page += inValue ? "&quot;" : "\""; break;
-            case '\n': page += inValue ? "&#10;" : "\n"; break;
-            case '\t': page += inValue ? "&#9;" : "\t"; break;
-            case '\r': page += "&#13;"; break;
-            default: page += c;
+            case '&':
+                page += "&amp;";
+                break;
+            case '<':
+                page += "&lt;";
+                break;
+            case '>':
+                page += "&gt;";
+                break;
+            case '"':
+                page += inValue ? "&quot;" : "\"";
+                break;
+            case '\n':
+                page += inValue ? "&#10;" : "\n";
+                break;
+            case '\t':
+                page += inValue ? "&#9;" : "\t";
+                break;
+            case '\r':
+                page += "&#13;";
+                break;
+            default:
+                page += c;
         }
     }
 }

@@ -8,10 +8,10 @@
 
 namespace ventrix::desk {
 
-/// The page in UTF-8, without an XML declaration, because old browsers stumble over it. Elements that are empty
-/// by definition end in " />", all others have an end tag; scripts and styles are readable for both kinds of
-/// readers; the encoding is declared in the head. Text that the stylesheet wants unescaped is copied, with
-/// HTML's entities as numbers.
+/// The page in UTF-8, without an XML declaration, because old browsers stumble over it. Elements that are
+/// empty by definition end in " />", all others have an end tag; scripts and styles are readable for both
+/// kinds of readers; the encoding is declared in the head. Text that the stylesheet wants unescaped is
+/// copied, with HTML's entities as numbers.
 std::string XhtmlOf(const xmlDoc* document);
 
 }  // namespace ventrix::desk

@@ -13,7 +13,8 @@ constexpr char kGroup[] = "QL_STARTaudienceQL_EQexpertQL_TARGETQL_SEPQL_END";
 TEST_F(LeftoverMarkers, AreTakenOutOfEveryTextFile) {
     const std::string group = kGroup;
     Write("r/p.html", "<a title='" + group + "Next' data-twtags='aQL_SEPbQL_SEP'><!--" + group + "c--></a>");
-    Write("r/sub/search.js", "x = \"" + group + "QL_ELEM_S\\u0026lt;b\\u0026gt;OK\\u0026lt;/b\\u0026gt;QL_ELEM_E\"");
+    Write("r/sub/search.js",
+          "x = \"" + group + "QL_ELEM_S\\u0026lt;b\\u0026gt;OK\\u0026lt;/b\\u0026gt;QL_ELEM_E\"");
     Write("r/noextension", group);
     Write("r/cut.html", "<a title='QL_STARTaud'>" + group + "</a>");
     Write("r/image", std::string("\0", 1) + group);
@@ -43,11 +44,12 @@ TEST_F(LeftoverMarkers, AnUnwritableFileIsNamed) {
 }
 
 TEST_F(LeftoverMarkers, ASourceWithAMarkerWordTurnsCleaningOff) {
-    Write("s.xsl", "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
-                   "<xsl:output method='html'/><xsl:template match='/'><html><body title='{.}'>"
-                   "<xsl:value-of select='.'/></body></html></xsl:template></xsl:stylesheet>");
+    Write("s.xsl",
+          "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+          "<xsl:output method='html'/><xsl:template match='/'><html><body title='{.}'>"
+          "<xsl:value-of select='.'/></body></html></xsl:template></xsl:stylesheet>");
     Write("d.xml", "<d a='v'>QL_EQ word</d>");
-    const std::vector<std::string> arguments{"publish", "d.xml",        "-o", "out",
+    const std::vector<std::string> arguments{"publish", "d.xml", "-o",           "out",
                                              "--xslt",  "s.xsl", "--attributes", "a"};
     const test::Finished marked = test::RunVentrix(*this, arguments);
     EXPECT_EQ(marked.status, 1);

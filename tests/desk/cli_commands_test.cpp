@@ -275,14 +275,15 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
 
 TEST_F(CommandLine, ADtdOfSeveralFilesServesTheRunAndIsNoPartOfTheResult) {
     folder.Write("b/book.xml",
-                 "<!DOCTYPE root [<!ENTITY % all SYSTEM 'dtd/all.ent'> %all;]><root><x kind=\"k\">&product;</x></root>");
+                 "<!DOCTYPE root [<!ENTITY % all SYSTEM 'dtd/all.ent'> %all;]><root><x kind=\"k\">The "
+                 "&product;</x></root>");
     folder.Write("b/dtd/all.ent", "<!ENTITY % names SYSTEM 'sub/names.ent'> %names;");
     folder.Write("b/dtd/sub/names.ent", "<!ENTITY product 'P40'>");
     const Finished finished =
         Run({"publish", "b/book.xml", "-o", "out", "--xslt", "page.xsl", "--attributes", "kind"});
     EXPECT_EQ(finished.status, 0) << finished.error;
     const std::string page = folder.Read("out/book.html");
-    EXPECT_NE(page.find("<p data-twtags=\"kindQL_SEPkQL_SEP\">P40</p>"), std::string::npos) << page;
+    EXPECT_NE(page.find("<p data-twtags=\"kindQL_SEPkQL_SEP\">The P40</p>"), std::string::npos) << page;
     EXPECT_FALSE(folder.Exists("out/dtd"));
 }
 
@@ -290,7 +291,8 @@ TEST_F(CommandLine, AMisspelledAttributeOfAFilterIsAFinding) {
     folder.Write("f.ditaval", "<val><prop att=\"audeince\" val=\"expert\" action=\"exclude\"/></val>");
     const Finished finished = Run({"publish", "src/a.dita", "-o", "out", "--ditaval", "f.ditaval"});
     EXPECT_EQ(finished.status, 1);
-    EXPECT_NE(finished.error.find("--ditaval: 'audeince' occurs in no file of the document; did you mean 'audience'"),
+    EXPECT_NE(finished.error.find(
+                  "--ditaval: 'audeince' occurs in no file of the document; did you mean 'audience'"),
               std::string::npos)
         << finished.error;
 }
@@ -303,10 +305,12 @@ TEST_F(CommandLine, AProjectFileOfTheToolkitIsNamedAsSuch) {
 }
 
 TEST_F(CommandLine, AnElementWhoseTextComesFromAKeyKeepsItsText) {
-    folder.Write("k.ditamap", "<map><topicref href=\"k.dita\"/><keydef keys=\"x\"><topicmeta><keywords><keyword>P40"
-                              "</keyword></keywords></topicmeta></keydef></map>");
-    folder.Write("k.dita", "<topic id=\"k\"><title>K</title><body><p>The <keyword keyref=\"x\"/> pump</p></body>"
-                           "</topic>");
+    folder.Write("k.ditamap",
+                 "<map><topicref href=\"k.dita\"/><keydef keys=\"x\"><topicmeta><keywords><keyword>P40"
+                 "</keyword></keywords></topicmeta></keydef></map>");
+    folder.Write("k.dita",
+                 "<topic id=\"k\"><title>K</title><body><p>The <keyword keyref=\"x\"/> pump</p></body>"
+                 "</topic>");
     const Finished finished = Run({"publish", "k.ditamap", "-o", "out", "--elements", "keyword"});
     EXPECT_EQ(finished.status, 1);
     EXPECT_NE(finished.error.find("k.dita: preserved elements whose text comes from a reference: 1"),
@@ -316,9 +320,10 @@ TEST_F(CommandLine, AnElementWhoseTextComesFromAKeyKeepsItsText) {
 }
 
 TEST_F(CommandLine, OptionsOfToolkitsAndStylesheetsReachThem) {
-    folder.WriteProgram("ot/bin/dita", "#!/bin/sh\ncp \"${1#--propertyfile=}\" \"$(dirname \"$0\")/properties\"\n"
-                                       "out=$(sed -n 's/^output.dir=//p' \"${1#--propertyfile=}\")\n"
-                                       "mkdir -p \"$out\"; echo '<p/>' > \"$out/a.html\"\n");
+    folder.WriteProgram("ot/bin/dita",
+                        "#!/bin/sh\ncp \"${1#--propertyfile=}\" \"$(dirname \"$0\")/properties\"\n"
+                        "out=$(sed -n 's/^output.dir=//p' \"${1#--propertyfile=}\")\n"
+                        "mkdir -p \"$out\"; echo '<p/>' > \"$out/a.html\"\n");
     folder.Write("src/keys.ditamap", "<map><keydef keys='k' href='a.dita'/></map>");
     const Finished toolkit =
         Run({"publish", "src/a.dita", "-o", "out", "--toolkit", "ot/bin/dita", "--transtype", "mine",
@@ -329,12 +334,13 @@ TEST_F(CommandLine, OptionsOfToolkitsAndStylesheetsReachThem) {
     for (const char* line : {"transtype=mine\n", "args.css=x.css\n", "/out/keys.ditamap\n"}) {
         EXPECT_NE(properties.find(line), std::string::npos) << line << properties;
     }
-    folder.Write("param.xsl", "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
-                              "<xsl:param name='a'/><xsl:param name='b'/><xsl:template match='/'><html><body>"
-                              "<xsl:value-of select='concat($a, $b)'/></body></html></xsl:template>"
-                              "</xsl:stylesheet>");
-    const Finished stylesheet = Run({"publish", "src/plain.xml", "-o", "out2", "--xslt", "param.xsl", "--param",
-                                     "a=1 + 1", "--string-param", "b=1 + 1"});
+    folder.Write("param.xsl",
+                 "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+                 "<xsl:param name='a'/><xsl:param name='b'/><xsl:template match='/'><html><body>"
+                 "<xsl:value-of select='concat($a, $b)'/></body></html></xsl:template>"
+                 "</xsl:stylesheet>");
+    const Finished stylesheet = Run({"publish", "src/plain.xml", "-o", "out2", "--xslt", "param.xsl",
+                                     "--param", "a=1 + 1", "--string-param", "b=1 + 1"});
     EXPECT_EQ(stylesheet.status, 0) << stylesheet.error;
     EXPECT_NE(folder.Read("out2/plain.html").find(">21 + 1<"), std::string::npos);
 }

@@ -40,17 +40,18 @@ class ToolkitClient : public DitaClient {
         settings_.toolkit = Native("ot");
     }
     void WriteTopicAt(const std::string& name) const {
-        Write(name, "<!DOCTYPE topic PUBLIC \"-//OASIS//DTD DITA Topic//EN\" \"topic.dtd\">"
-                    "<topic id='t'><title>T</title><body><p>all</p><p audience='expert'>x</p></body></topic>");
+        Write(name,
+              "<!DOCTYPE topic PUBLIC \"-//OASIS//DTD DITA Topic//EN\" \"topic.dtd\">"
+              "<topic id='t'><title>T</title><body><p>all</p><p audience='expert'>x</p></body></topic>");
     }
 };
 
 constexpr char kFilter[] = "<val><prop att='audience' val='expert' action='exclude'/></val>";
 
 /// A colon or a backslash is not among them, as the module cannot be given such names.
-constexpr const char* kAwkwardNames[] = {"a b",   "it's",       "$HOME",      "`touch hacked`",
-                                         "a%20b", "a#b",        "a?b",        "a;b",
-                                         "a\"b",  "$(touch hacked)", "\u65e5\u672c", "\u00e4\u00f6 +&=!"};
+constexpr const char* kAwkwardNames[] = {
+    "a b", "it's", "$HOME", "`touch hacked`",  "a%20b",        "a#b",
+    "a?b", "a;b",  "a\"b",  "$(touch hacked)", "\u65e5\u672c", "\u00e4\u00f6 +&=!"};
 
 TEST_F(ToolkitClient, AwkwardNamesReachANewToolkitUnchanged) {
     UseRecordingToolkit();
@@ -249,16 +250,19 @@ TEST_F(ToolkitClient, MetadataThatIsNoProseLosesItsMarkerText) {
          "<ditavalref><ditavalmeta><dvrResourcePrefix>win-</dvrResourcePrefix></ditavalmeta>"},
         {"<p>" + m + "x<area><shape>" + m + "rect</shape><coords>" + m + "1,2</coords></area>" + m + "y</p>",
          "<p>" + m + "x<area><shape>rect</shape><coords>1,2</coords></area>" + m + "y</p>"},
-        {"<topic><prolog a='>'><metadata><keywords><keyword>" + m + "k</keyword></keywords></metadata></prolog>" +
-             "<body>" + m + "b</body></topic>",
+        {"<topic><prolog a='>'><metadata><keywords><keyword>" + m +
+             "k</keyword></keywords></metadata></prolog>" + "<body>" + m + "b</body></topic>",
          "<topic><prolog a='>'><metadata><keywords><keyword>k</keyword></keywords></metadata></prolog>"
-         "<body>" + m + "b</body></topic>"},
+         "<body>" +
+             m + "b</body></topic>"},
         {"<topicref><topicmeta><navtitle>" + m + "n</navtitle><keywords><keyword>" + m +
              "k</keyword></keywords></topicmeta></topicref>",
          "<topicref><topicmeta><navtitle>" + m +
              "n</navtitle><keywords><keyword>k</keyword></keywords></topicmeta></topicref>"},
-        {"<keydef keys='x'><topicmeta><keywords><keyword>" + m + "k</keyword></keywords></topicmeta></keydef>",
-         "<keydef keys='x'><topicmeta><keywords><keyword>" + m + "k</keyword></keywords></topicmeta></keydef>"},
+        {"<keydef keys='x'><topicmeta><keywords><keyword>" + m +
+             "k</keyword></keywords></topicmeta></keydef>",
+         "<keydef keys='x'><topicmeta><keywords><keyword>" + m +
+             "k</keyword></keywords></topicmeta></keydef>"},
         {"<!DOCTYPE t [<!ENTITY a '<data>'>]><!-- <data> --><t>" + m + "<![CDATA[<data>]]></t>",
          "<!DOCTYPE t [<!ENTITY a '<data>'>]><!-- <data> --><t>" + m + "<![CDATA[<data>]]></t>"},
     };

@@ -15,10 +15,10 @@ class XsltClient : public FolderFixture {
         console_.clear();
         HostServices host;
         host.console = [this](const std::string& text) { console_ += text; };
-        return MakeXsltClient(settings_, access_, record_)("XSLTRunTrScenario -dontuseqlconsole -file \"" + source +
-                                                    "\" -xslfilepath \"" + stylesheet +
-                                                    "\" -outputfilepath \"" + output + "\"",
-                                                host)
+        return MakeXsltClient(settings_, access_, record_)("XSLTRunTrScenario -dontuseqlconsole -file \"" +
+                                                               source + "\" -xslfilepath \"" + stylesheet +
+                                                               "\" -outputfilepath \"" + output + "\"",
+                                                           host)
             .status;
     }
     std::int32_t RunHere() { return Run(System("d ü.xml"), System("s ü.xsl"), System("out/p ü.html")); }
@@ -114,22 +114,24 @@ TEST_F(XsltClient, HtmlIsWrittenAsXhtml) {
          "<style>a { b: c }</style><script src=\"s.js\"></script>"},
         {"<xsl:text disable-output-escaping='yes'>&amp;nbsp;&amp;amp;&lt;b>x&lt;/b></xsl:text>",
          "&#160;&amp;<b>x</b>"},
-        {"<xsl:comment>c</xsl:comment><input checked='checked'/>",
-         "<!--c--><input checked=\"checked\" />"},
+        {"<xsl:comment>c</xsl:comment><input checked='checked'/>", "<!--c--><input checked=\"checked\" />"},
     };
     Write("d ü.xml", "<d/>");
     for (const auto& row : rows) {
-        const std::string html = std::string("<html><head><meta http-equiv='content-type' "
-                                             "content='text/html; charset=ISO-8859-1'/><title>T</title></head>"
-                                             "<body>") +
+        const std::string html = std::string(
+                                     "<html><head><meta http-equiv='content-type' "
+                                     "content='text/html; charset=ISO-8859-1'/><title>T</title></head>"
+                                     "<body>") +
                                  row.body + "</body></html>";
-        const std::string written = std::string("<html><head><meta http-equiv=\"Content-Type\" content=\"text/"
-                                                "html; charset=UTF-8\" /><title>T</title></head><body>") +
+        const std::string written = std::string(
+                                        "<html><head><meta http-equiv=\"Content-Type\" content=\"text/"
+                                        "html; charset=UTF-8\" /><title>T</title></head><body>") +
                                     row.page + "</body></html>\n";
-        Write("s ü.xsl", Sheet("<xsl:output method='html' encoding='ISO-8859-1'/><xsl:template match='/'>" +
-                               html + "<exsl:document href='sub/c.html' method='html' doctype-public='P' "
-                                      "doctype-system='S'>" +
-                               html + "</exsl:document></xsl:template>"));
+        Write("s ü.xsl",
+              Sheet("<xsl:output method='html' encoding='ISO-8859-1'/><xsl:template match='/'>" + html +
+                    "<exsl:document href='sub/c.html' method='html' doctype-public='P' "
+                    "doctype-system='S'>" +
+                    html + "</exsl:document></xsl:template>"));
         EXPECT_EQ(RunHere(), 0) << record_.reason;
         EXPECT_EQ(Read("out/p ü.html"), written);
         EXPECT_EQ(Read("out/sub/c.html"), "<!DOCTYPE html PUBLIC \"P\" \"S\">\n" + written);
@@ -152,8 +154,9 @@ TEST_F(XsltClient, ParametersReachTheStylesheet) {
     settings_.strings = {{"s", "it's \"1 + 1\""}};
     settings_.expressions = {{"e", "1 + 1"}};
     Write("d ü.xml", "<d/>");
-    Write("s ü.xsl", Sheet("<xsl:output method='text'/><xsl:param name='s'/><xsl:param name='e'/>"
-                           "<xsl:template match='/'><xsl:value-of select=\"concat($s, '|', $e)\"/></xsl:template>"));
+    Write("s ü.xsl",
+          Sheet("<xsl:output method='text'/><xsl:param name='s'/><xsl:param name='e'/>"
+                "<xsl:template match='/'><xsl:value-of select=\"concat($s, '|', $e)\"/></xsl:template>"));
     EXPECT_EQ(RunHere(), 0) << record_.reason;
     EXPECT_EQ(Read("out/p ü.html"), "it's \"1 + 1\"|2");
 }
@@ -165,23 +168,27 @@ TEST_F(XsltClient, NewerStylesheetsRunThroughSaxon) {
     settings_.engine = "saxon";
     settings_.strings = {{"s", "it's"}};
     settings_.expressions = {{"e", "1 to 2"}};
-    Write("d ü.xml", "<d xmlns:xi='http://www.w3.org/2001/XInclude'><c g='a'>x1</c><c g='b'>y22</c>"
-                     "<xi:include href='i.xml'/></d>");
+    Write("d ü.xml",
+          "<d xmlns:xi='http://www.w3.org/2001/XInclude'><c g='a'>x1</c><c g='b'>y22</c>"
+          "<xi:include href='i.xml'/></d>");
     Write("i.xml", "<c g='a'>z333</c>");
-    const std::string head = "<xsl:stylesheet version='2.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
-                             "<xsl:output method='html'/><xsl:param name='s'/><xsl:param name='e'/>"
-                             "<xsl:template match='/'>";
-    Write("s ü.xsl",
-          head +
-              "<html><body><br/><xsl:for-each-group select='d/c' group-by='@g'><p><xsl:value-of "
-              "select=\"current-grouping-key(), current-group()/replace(., '[0-9]+', '#')\"/></p>"
-              "<xsl:result-document href='{current-grouping-key()}.html'><p><xsl:value-of select='$s, $e'/></p>"
-              "</xsl:result-document></xsl:for-each-group></body></html></xsl:template></xsl:stylesheet>");
+    const std::string head =
+        "<xsl:stylesheet version='2.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+        "<xsl:output method='html'/><xsl:param name='s'/><xsl:param name='e'/>"
+        "<xsl:template match='/'>";
+    Write(
+        "s ü.xsl",
+        head +
+            "<html><body><br/><xsl:for-each-group select='d/c' group-by='@g'><p><xsl:value-of "
+            "select=\"current-grouping-key(), current-group()/replace(., '[0-9]+', '#')\"/></p>"
+            "<xsl:result-document href='{current-grouping-key()}.html'><p><xsl:value-of select='$s, $e'/></p>"
+            "</xsl:result-document></xsl:for-each-group></body></html></xsl:template></xsl:stylesheet>");
     EXPECT_EQ(VersionOf({Native("s ü.xsl")}), "2.0");
     EXPECT_EQ(RunHere(), 0) << record_.reason;
     EXPECT_EQ(test::Found(Read("out/p ü.html"), "//p"), (test::Texts{"a x# z#", "b y#"}));
     EXPECT_NE(Read("out/a.html").find("it's 1 2"), std::string::npos) << Read("out/a.html");
-    Write("s ü.xsl", head + "<xsl:message terminate='yes'>no more</xsl:message></xsl:template></xsl:stylesheet>");
+    Write("s ü.xsl",
+          head + "<xsl:message terminate='yes'>no more</xsl:message></xsl:template></xsl:stylesheet>");
     EXPECT_EQ(RunHere(), 1);
     EXPECT_NE(record_.reason.find("no more"), std::string::npos) << record_.reason;
 }

@@ -25,27 +25,31 @@ class BuiltinToolkit : public DitaClient {
 
 constexpr char kScheme[] =
     "<subjectScheme><subjectdef keys='users'><subjectdef keys='expert'><subjectdef keys='barista'/>"
-    "<topicgroup><subjectdef keys='roaster'/></topicgroup></subjectdef><subjectdef keys='novice'/></subjectdef>"
-    "<enumerationdef><attributedef name='audience'/><subjectdef keyref='users'/></enumerationdef></subjectScheme>";
+    "<topicgroup><subjectdef keys='roaster'/></topicgroup></subjectdef><subjectdef "
+    "keys='novice'/></subjectdef>"
+    "<enumerationdef><attributedef name='audience'/><subjectdef "
+    "keyref='users'/></enumerationdef></subjectScheme>";
 
 TEST_F(BuiltinToolkit, ExcludingAValueExcludesItsKinds) {
     Write("s.ditamap", kScheme);
     Write("m.ditamap",
-          "<map><topicref href='s.ditamap' type='subjectScheme' format='ditamap' processing-role='resource-only'/>"
+          "<map><topicref href='s.ditamap' type='subjectScheme' format='ditamap' "
+          "processing-role='resource-only'/>"
           "<topicref href='t.dita'/></map>");
-    EXPECT_EQ(ReadSubjectScheme({Native("m.ditamap")}),
-              (SubjectScheme{{"audience",
-                              {{"expert", "users"},
-                               {"novice", "users"},
-                               {"barista", "expert"},
-                               {"roaster", "expert"}}}}));
-    WriteTopic("<p>all</p><p audience='barista'>b</p><p audience='roaster'>r</p><p audience='novice'>n</p>"
-               "<p audience='barista novice'>bn</p>");
+    EXPECT_EQ(
+        ReadSubjectScheme({Native("m.ditamap")}),
+        (SubjectScheme{
+            {"audience",
+             {{"expert", "users"}, {"novice", "users"}, {"barista", "expert"}, {"roaster", "expert"}}}}));
+    WriteTopic(
+        "<p>all</p><p audience='barista'>b</p><p audience='roaster'>r</p><p audience='novice'>n</p>"
+        "<p audience='barista novice'>bn</p>");
     const struct {
         const char *rules, *text;
     } rows[] = {
         {"<prop att='audience' val='expert' action='exclude'/>", "allnbn"},
-        {"<prop att='audience' val='expert' action='exclude'/><prop att='audience' val='barista' action='include'/>",
+        {"<prop att='audience' val='expert' action='exclude'/><prop att='audience' val='barista' "
+         "action='include'/>",
          "allbnbn"},
         {"<prop att='audience' val='users' action='exclude'/>", "all"},
         {"<prop att='product' val='expert' action='exclude'/>", "allbrnbn"},
@@ -62,12 +66,14 @@ TEST_F(BuiltinToolkit, ExcludingAValueExcludesItsKinds) {
 }
 
 TEST_F(BuiltinToolkit, GroupsInValuesAreFiltered) {
-    Write("f.ditaval", "<val><prop att='db' val='a' action='exclude'/><prop att='db' val='b' action='include'/>"
-                       "<prop att='audience' val='c' action='exclude'/></val>");
+    Write("f.ditaval",
+          "<val><prop att='db' val='a' action='exclude'/><prop att='db' val='b' action='include'/>"
+          "<prop att='audience' val='c' action='exclude'/></val>");
     const struct {
         const char* value;
         bool stays;
-    } rows[] = {{"db(a)", false}, {"db(a b)", true}, {"other(c)", false}, {"db(a) x", false}, {"db(b) x", true}};
+    } rows[] = {
+        {"db(a)", false}, {"db(a b)", true}, {"other(c)", false}, {"db(a) x", false}, {"db(b) x", true}};
     for (const auto& row : rows) {
         WriteTopic(std::string("<p>always</p><p audience='") + row.value + "'>x</p>");
         ASSERT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
@@ -99,31 +105,38 @@ TEST_F(BuiltinToolkit, KeysGiveTopicsTextAndTargets) {
           "<mapref href='keys.ditamap' format='ditamap' processing-role='resource-only'/>"
           "<topicref href='t.dita'/></map>");
     Write("keys.ditamap",
-          "<map><keydef keys='intro' href='intro.dita'/><keydef keys='product'><topicmeta><keywords><keyword>P40"
-          "</keyword></keywords></topicmeta></keydef><keydef keys='alias' keyref='product'/><keydef keys='site' "
+          "<map><keydef keys='intro' href='intro.dita'/><keydef "
+          "keys='product'><topicmeta><keywords><keyword>P40"
+          "</keyword></keywords></topicmeta></keydef><keydef keys='alias' keyref='product'/><keydef "
+          "keys='site' "
           "href='https://example.org' scope='external' format='html'><topicmeta><linktext>Site</linktext>"
           "</topicmeta></keydef><keydef keys='lib' href='lib.dita' processing-role='resource-only'/></map>");
     WriteTopicAt("intro.dita", "Intro", "<p>i</p>");
-    Write("lib.dita", "<topic id='lib'><title>L</title><body><note id='n'>Hot!</note><ul><li id='a'>one</li>"
-                      "<li id='b'>two</li><li id='c'>three</li></ul></body></topic>");
-    WriteTopic("<p><ph keyref='alias'/> <term keyref='intro'/> <xref keyref='site'/></p><note conkeyref='lib/n'/>"
-               "<ul><li conref='lib.dita#lib/a' conrefend='lib.dita#lib/b'/></ul><p conkeyref='none/x'>kept</p>"
-               "<p id='own'>own</p><p><ph conref='#./own'/></p>");
+    Write("lib.dita",
+          "<topic id='lib'><title>L</title><body><note id='n'>Hot!</note><ul><li id='a'>one</li>"
+          "<li id='b'>two</li><li id='c'>three</li></ul></body></topic>");
+    WriteTopic(
+        "<p><ph keyref='alias'/> <term keyref='intro'/> <xref keyref='site'/></p><note conkeyref='lib/n'/>"
+        "<ul><li conref='lib.dita#lib/a' conrefend='lib.dita#lib/b'/></ul><p conkeyref='none/x'>kept</p>"
+        "<p id='own'>own</p><p><ph conref='#./own'/></p>");
     ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
-    EXPECT_EQ(Query("index.html", "concat(//h1, '|', //li[1]/a, //li[1]/a/@href)"), "The P40|Introintro.html");
+    EXPECT_EQ(Query("index.html", "concat(//h1, '|', //li[1]/a, //li[1]/a/@href)"),
+              "The P40|Introintro.html");
     EXPECT_EQ(Query("t.html", "concat(//p[1], '|', //p[1]/span/a/@href, '|', //p[1]/a/@href)"),
               "P40 Intro Site|intro.html|https://example.org");
     EXPECT_EQ(Query("t.html", "concat(//div[@class='note'], '|', count(//li), //li[2], '|', //p[2])"),
               "Note: Hot!|2two|kept");
     EXPECT_EQ(Query("t.html", "string((//p)[last()])"), "own");
-    EXPECT_EQ(Findings(), "t.dita:1: conkeyref=\"none/x\": the map does not define this key with a target; the "
-                          "element keeps its own content\n");
+    EXPECT_EQ(Findings(),
+              "t.dita:1: conkeyref=\"none/x\": the map does not define this key with a target; the "
+              "element keeps its own content\n");
 }
 
 TEST_F(BuiltinToolkit, SamplesShowTheLinesOfTheirFiles) {
     Write("s.xml", "<a>\r\n  <b/>\n</a>\n");
-    WriteTopic("<codeblock><coderef href='s.xml'/></codeblock><codeblock>x <coderef "
-               "href='s.xml#line-range(2,2)'/> y</codeblock><codeblock><coderef href='gone.c'/></codeblock>");
+    WriteTopic(
+        "<codeblock><coderef href='s.xml'/></codeblock><codeblock>x <coderef "
+        "href='s.xml#line-range(2,2)'/> y</codeblock><codeblock><coderef href='gone.c'/></codeblock>");
     ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
     EXPECT_EQ(Query("t.html", "concat(//pre[1], '|', //pre[2])"), "<a>\n  <b/>\n</a>|x   <b/> y");
     EXPECT_FALSE(Exists("out/xhtml/s.html"));
@@ -131,23 +144,26 @@ TEST_F(BuiltinToolkit, SamplesShowTheLinesOfTheirFiles) {
 }
 
 TEST_F(BuiltinToolkit, MapsLinkTheirTopics) {
-    Write("m.ditamap",
-          "<map><topicref href='t.dita' collection-type='sequence'><topicref href='a.dita'/>"
-          "<topicref href='b.dita' navtitle='Nav B' locktitle='yes'/><topicref href='c.dita' linking='none'/>"
-          "</topicref><reltable linking='normal'><relrow><relcell><topicref href='a.dita'/></relcell><relcell>"
-          "<topicref href='r.dita'/><topicref href='https://example.org' scope='external' format='html' "
-          "navtitle='Web'/></relcell></relrow></reltable></map>");
+    Write(
+        "m.ditamap",
+        "<map><topicref href='t.dita' collection-type='sequence'><topicref href='a.dita'/>"
+        "<topicref href='b.dita' navtitle='Nav B' locktitle='yes'/><topicref href='c.dita' linking='none'/>"
+        "</topicref><reltable linking='normal'><relrow><relcell><topicref href='a.dita'/></relcell><relcell>"
+        "<topicref href='r.dita'/><topicref href='https://example.org' scope='external' format='html' "
+        "navtitle='Web'/></relcell></relrow></reltable></map>");
     for (const char* name : {"a", "b", "c", "r"}) {
         WriteTopicAt(std::string(name) + ".dita", std::string("Title ") + name, "<p/>");
     }
     WriteTopic("<p/>");
     ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
     EXPECT_EQ(Query("index.html", "concat(count(//li), //li/ul/li[2]/a)"), "4Nav B");
-    EXPECT_EQ(Query("a.html", "concat(//div[@class='nextlink']/a/@href, count(//div[@class='previouslink']), "
-                              "//div[@class='parentlink']/a/@href)"),
+    EXPECT_EQ(Query("a.html",
+                    "concat(//div[@class='nextlink']/a/@href, count(//div[@class='previouslink']), "
+                    "//div[@class='parentlink']/a/@href)"),
               "b.html0t.html");
-    EXPECT_EQ(Query("a.html", "concat(//div[@class='linklist']//li[1]/a, //div[@class='linklist']//li[2]/a/@href)"),
-              "Title rhttps://example.org");
+    EXPECT_EQ(
+        Query("a.html", "concat(//div[@class='linklist']//li[1]/a, //div[@class='linklist']//li[2]/a/@href)"),
+        "Title rhttps://example.org");
     EXPECT_EQ(Query("r.html", "//div[@class='linklist']//li/a/@href"), "a.html");
     EXPECT_EQ(Query("c.html", "count(//a)"), "0");
     EXPECT_EQ(Query("t.html", "count(//ul[@class='ullinks']/li)"), "2");
@@ -155,15 +171,17 @@ TEST_F(BuiltinToolkit, MapsLinkTheirTopics) {
 }
 
 TEST_F(BuiltinToolkit, PagesAreToldApart) {
-    Write("m.ditamap", "<map><title>M</title><topicref href='index.dita'/><topicref href='a.dita'/>"
-                       "<topicref href='a.xml'/></map>");
+    Write("m.ditamap",
+          "<map><title>M</title><topicref href='index.dita'/><topicref href='a.dita'/>"
+          "<topicref href='a.xml'/></map>");
     WriteTopicAt("index.dita", "", "<p>i</p>");
     WriteTopicAt("a.dita", "D", "<p>d</p>");
     WriteTopicAt("a.xml", "X", "<p>x</p>");
     ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
     EXPECT_EQ(Query("index.html", "//p"), "i");
     EXPECT_EQ(Query("a.html", "//p") + Query("a-2.html", "//p"), "dx");
-    EXPECT_EQ(Query("index-2.html", "concat(//h1, '|', //li[1]/a, '|', //li[3]/a/@href)"), "M|index|a-2.html");
+    EXPECT_EQ(Query("index-2.html", "concat(//h1, '|', //li[1]/a, '|', //li[3]/a/@href)"),
+              "M|index|a-2.html");
 }
 
 TEST_F(BuiltinToolkit, MoreElementsAreRendered) {
@@ -187,10 +205,12 @@ TEST_F(BuiltinToolkit, MoreElementsAreRendered) {
         EXPECT_EQ(Query("t.html", row.xpath), row.value) << row.source;
         EXPECT_EQ(Findings(), "") << row.source;
     }
-    Write("t.dita", "<topic id='t'><title>T</title><body/><related-links><linklist><title>See</title><link "
-                    "href='o.dita'/><linkinfo>info</linkinfo></linklist></related-links></topic>");
+    Write("t.dita",
+          "<topic id='t'><title>T</title><body/><related-links><linklist><title>See</title><link "
+          "href='o.dita'/><linkinfo>info</linkinfo></linklist></related-links></topic>");
     ASSERT_EQ(Run("t.dita"), 0);
-    EXPECT_EQ(Query("t.html", "concat(//strong, //li/a, //div[@class='linkinfo'], count(//a))"), "SeeOtherinfo1");
+    EXPECT_EQ(Query("t.html", "concat(//strong, //li/a, //div[@class='linkinfo'], count(//a))"),
+              "SeeOtherinfo1");
 }
 
 TEST_F(BuiltinToolkit, DeadLinksAreFindings) {
@@ -213,7 +233,8 @@ TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
         {"<topicref href='t.dita'/>", "<p conaction='pushafter' conref='o.dita#o/p'>x</p>",
          "t.dita:1: conaction=\"pushafter\" of <p>"},
         {"<topicref href='t.dita'/>", "<p><abbreviated-form keyref='a'/></p>", "<abbreviated-form>"},
-        {"<topicref href='t.dita'/>", "<image href='i.png'><longdescref href='l.html'/></image>", "<longdescref>"},
+        {"<topicref href='t.dita'/>", "<image href='i.png'><longdescref href='l.html'/></image>",
+         "<longdescref>"},
     };
     Write("i.png", "png");
     Write("l.html", "<p/>");

@@ -16,7 +16,8 @@ TEST(MarkerText, WholeGroupsAreTakenOutInAnyEscaping) {
         {"QL_START a QL_STARTbQL_ENDc", "QL_START a c", 1},
         {"cut QL_STARTaudience", "cut QL_STARTaudience", 0},
         {"cut QL_ELEM_S&lt;b> QL_STARTaQL_ENDx", "cut QL_ELEM_S&lt;b> x", 1},
-        {"Press QL_ELEM_S&lt;uicontrol id=&quot;a&quot;&gt;OK &amp;lt; &amp;amp;&lt;/uicontrol&gt;QL_ELEM_E now",
+        {"Press QL_ELEM_S&lt;uicontrol id=&quot;a&quot;&gt;OK &amp;lt; &amp;amp;&lt;/uicontrol&gt;QL_ELEM_E "
+         "now",
          "Press OK < & now", 1},
         {"QL_ELEM_S&amp;lt;b&amp;gt;A &amp;quot; &amp;amp;amp; &amp;amp;lt;&amp;lt;/b&amp;gt;QL_ELEM_E",
          "A &quot; &amp; &lt;", 1},
@@ -38,7 +39,10 @@ TEST(MarkerText, ElementsWithAReferenceInsteadOfTextAreRestored) {
         std::string document, restored;
     } rows[] = {
         {"a " + open + "keyword keyref=&amp;quot;x&amp;quot;/" + close + " b", "a <keyword keyref=\"x\"/> b"},
-        {open + "b&amp;gt;see &amp;lt;xref linkend=&amp;quot;x&amp;quot;&amp;gt;&amp;lt;/xref&amp;gt;&amp;lt;/b" + close,
+        {open +
+             "b&amp;gt;see &amp;lt;xref "
+             "linkend=&amp;quot;x&amp;quot;&amp;gt;&amp;lt;/xref&amp;gt;&amp;lt;/b" +
+             close,
          "<b>see <xref linkend=\"x\"></xref></b>"},
         {open + "keyword keyref=&amp;quot;x&amp;quot;&amp;gt;own&amp;lt;/keyword" + close, ""},
         {open + "image href=&amp;quot;x&amp;quot;/" + close, ""},
