@@ -11,8 +11,6 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
-constexpr std::string_view kGraphicKey = "graphicsType";
-
 /// The drive or server of a path in system notation, which decides whether a graphic is packaged. Empty for a
 /// path that is on no mapped drive.
 std::string DriveOf(const NativePath& path) {

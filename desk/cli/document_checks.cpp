@@ -86,7 +86,7 @@ void ReportPassedOverFiles(const DocumentFiles& files, RunReport& report, const 
                   "is XML, but nothing in it is preserved, because only files named .xml, .dita or .ditamap "
                   "are encoded; rename it"});
         } else {
-            screen.Note(file.path.utf8 + " is not XML and is packaged as it is");
+            screen.Note(file.path.utf8 + " is packaged as it is; nothing in it is preserved");
         }
     }
 }

@@ -74,9 +74,9 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         ->type_name("FOLDER");
     auto* ditaOt = command.add_flag("--dita-ot", publish.ditaOt,
                                     "Transform with the DITA Open Toolkit (default for DITA)");
-    command.add_option("--xslt", publish.xslt, "Transform with this stylesheet")
-        ->type_name("FILE")
-        ->excludes(ditaOt);
+    auto* xslt = command.add_option("--xslt", publish.xslt, "Transform with this stylesheet")
+                     ->type_name("FILE")
+                     ->excludes(ditaOt);
     command
         .add_option("--pre-script", publish.preScript,
                     "Program to run on the packaged document before the transformation")
@@ -117,8 +117,11 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         .add_option("--preserve-xpath-attr", publish.preserveXpathAttr,
                     "HTML attribute for these queries (default: the tags attribute)")
         ->type_name("NAME");
-    command.add_flag("--no-transform", publish.noTransform,
-                     "Do not transform the document; only package it and run the scripts");
+    command
+        .add_flag("--no-transform", publish.noTransform,
+                  "Do not transform the document; only package it and run the scripts")
+        ->excludes(ditaOt)
+        ->excludes(xslt);
     command.add_flag("--force", publish.force, "Use an output folder that holds other files; they are kept");
 }
 

@@ -9,6 +9,7 @@
 #include "bridge/contract/request.h"
 #include "desk/checks/package_checks.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/file_findings.h"
 #include "desk/cli/installation.h"
 #include "desk/cli/path_options.h"
 #include "desk/cli/request_text.h"
@@ -77,8 +78,8 @@ PublishValues Values(const PublishPlan& plan, const Session& session, const Priv
 }
 
 std::size_t DocumentCount(const DocumentFiles& files) {
-    return static_cast<std::size_t>(std::ranges::count_if(
-        files.files, [](const DocumentFile& file) { return file.key != "graphicsType"; }));
+    return static_cast<std::size_t>(
+        std::ranges::count_if(files.files, [](const DocumentFile& file) { return file.key != kGraphicKey; }));
 }
 
 /// Sends the request and looks at the package on the way. The module asks for the document's path after the
@@ -166,9 +167,8 @@ std::vector<Finding> CheckPackage(const PublishPlan& plan, const PackageLayout& 
                                   const PublishOutcome& outcome, const PackageStates& states) {
     std::vector<Finding> findings;
     std::vector<NativePath> uncopied = UncopiedSources(layout, states.copied);
-    std::erase_if(uncopied, [&](const NativePath& file) {
-        return std::ranges::find(outcome.missing, file) != outcome.missing.end();
-    });
+    const std::set<NativePath> missing(outcome.missing.begin(), outcome.missing.end());
+    std::erase_if(uncopied, [&missing](const NativePath& file) { return missing.contains(file); });
     Add(findings, uncopied, "not-packaged", "could not be copied into the package and is not in the result");
     Add(findings, SourcesOf(Unlogged(XmlFiles(plan.output, states.copied), outcome.log), plan, layout),
         "not-logged", "the module's log does not say how it was encoded; check the space in TMPDIR");
@@ -223,12 +223,6 @@ void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& l
     }
 }
 
-std::vector<NativePath> MissingFiles(const Session& session) {
-    std::vector<NativePath> missing = LocalFiles(session.files);
-    std::erase_if(missing, [](const NativePath& file) { return platform::OpensForReading(file.utf8); });
-    return missing;
-}
-
 }  // namespace
 
 PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Session& session,
@@ -238,7 +232,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     session.access.outputFolder = plan.output;
     const RecordedScripts scripts(plan);
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
-    outcome.missing = MissingFiles(session);
+    outcome.missing = MissingFiles(session.files);
     const std::vector<NativePath> absent = AbsentFolders(session.files);
     outcome.reply = SendAndWatch(request, plan, session, log, screen, states);
     RemoveEmptyFolders(absent);

@@ -1,10 +1,14 @@
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/file_findings.h"
 #include "desk/cli/protected_output.h"
 #include "desk/cli/request_text.h"
+#include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
 
 namespace ventrix::desk {
@@ -39,6 +43,32 @@ void RequireSuccess(const std::string& request, const Reply& reply, const Transf
     }
 }
 
+/// The log that the request names, where it ended before the run.
+struct RequestLog {
+    NativePath path;  ///< Empty if the request names none.
+    std::uint64_t start = 0;
+};
+
+RequestLog LogOf(const std::string& request) {
+    const NativePath path = ToNative(SystemPath{RequestOption(request, kLogFileOption)});
+    return {path, path.Empty() ? 0 : LogSize(path)};
+}
+
+/// Reports the files that a Publish could not read.
+void ReportFiles(const DocumentFiles& files, const RequestLog& log, RunReport& report, const Screen& screen) {
+    std::vector<Finding> findings;
+    report.missing = MissingFiles(files);
+    AddMissingFiles(files, report.missing, findings);
+    if (!log.path.Empty()) {
+        const RunLog run = ReadRunLog(LogFrom(log.path, log.start));
+        report.failed = run.failed;
+        AddFailedFiles(run, findings);
+    }
+    for (const Finding& finding : findings) {
+        Warn(report, screen, finding);
+    }
+}
+
 }  // namespace
 
 int Request(const Options& options, const Screen& screen, RunReport& report) {
@@ -55,6 +85,7 @@ int Request(const Options& options, const Screen& screen, RunReport& report) {
                                    .version = kVersion},
                        report, screen);
     }
+    const RequestLog log = LogOf(request);
     const Reply reply = Send(*session, request);
     report.status = reply.status;
     report.reply = {reply.first, reply.second};
@@ -68,6 +99,9 @@ int Request(const Options& options, const Screen& screen, RunReport& report) {
             output->RollBack();
         }
         throw;
+    }
+    if (output) {
+        ReportFiles(session->files, log, report, screen);
     }
     const int status = output ? output->Settle(kExitDone) : kExitDone;
     return status == kExitDone && (reply.status != 0 || !report.warnings.empty()) ? kExitFindings : status;

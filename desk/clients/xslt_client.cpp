@@ -1,6 +1,8 @@
 #include "desk/clients/xslt_client.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 #include "desk/clients/client_command.h"
 #include "desk/xml/file_access.h"
@@ -41,7 +43,9 @@ std::string RunStylesheet(XsltRun& run, const FileAccess& access) {
     const NativePath outputFolder = access.outputFolder.Empty() ? FolderOf(run.output) : access.outputFolder;
     ReadScope scope(access.readable);
     scope.Add({FolderOf(run.source), outputFolder});
-    scope.Add(FoldersOf(stylesheet.get()));
+    std::vector<NativePath> folders;
+    std::ranges::transform(FilesOf(stylesheet.get()), std::back_inserter(folders), FolderOf);
+    scope.Add(folders);
     const XmlDocument document = LoadForStylesheet(run.source, run.messages);
     if (document == nullptr) {
         return because("the document " + run.source.utf8 + " cannot be read");

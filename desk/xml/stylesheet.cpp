@@ -93,10 +93,10 @@ void PrepareLibxslt() {
     static_cast<void>(done);
 }
 
-void AddFoldersOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& folders) {
-    const auto add = [&folders](const xmlDoc* document) {
+void AddFilesOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& files) {
+    const auto add = [&files](const xmlDoc* document) {
         if (document != nullptr) {
-            folders.push_back(FolderOf(TargetOf(View(document->URL), {"/"}).path));
+            files.push_back(TargetOf(View(document->URL), {"/"}).path);
         }
     };
     add(stylesheet->doc);
@@ -104,7 +104,7 @@ void AddFoldersOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& fol
         add(included->doc);
     }
     for (const xsltStylesheet* import = stylesheet->imports; import != nullptr; import = import->next) {
-        AddFoldersOf(import, folders);
+        AddFilesOf(import, files);
     }
 }
 
@@ -130,13 +130,13 @@ Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages) {
     return stylesheet;
 }
 
-std::vector<NativePath> FoldersOf(const xsltStylesheet* stylesheet) {
-    std::vector<NativePath> folders;
-    AddFoldersOf(stylesheet, folders);
-    std::ranges::sort(folders, {}, &NativePath::utf8);
-    const auto repeated = std::unique(folders.begin(), folders.end());
-    folders.erase(repeated, folders.end());
-    return folders;
+std::vector<NativePath> FilesOf(const xsltStylesheet* stylesheet) {
+    std::vector<NativePath> files;
+    AddFilesOf(stylesheet, files);
+    std::ranges::sort(files, {}, &NativePath::utf8);
+    const auto repeated = std::unique(files.begin(), files.end());
+    files.erase(repeated, files.end());
+    return files;
 }
 
 XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages) {
