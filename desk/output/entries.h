@@ -12,6 +12,10 @@ namespace ventrix::desk {
 /// The names in a folder, sorted by their bytes. On an error the list is incomplete.
 std::vector<std::filesystem::path> NamesIn(const std::filesystem::path& folder, std::error_code& error);
 
+/// The same; an error becomes a finding that names the folder.
+std::vector<std::filesystem::path> NamesIn(const std::filesystem::path& folder,
+                                           std::vector<std::string>& findings);
+
 /// Whether the path names something; a link that leads nowhere is something.
 bool Exists(const std::filesystem::path& path);
 

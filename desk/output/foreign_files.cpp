@@ -171,11 +171,7 @@ void DeleteOwnBelow(const fs::path& folder, const fs::path& below, const Manifes
                     std::vector<std::string>& findings) {
     MakeWritable(folder / below);
     std::error_code error;
-    const std::vector<fs::path> names = NamesIn(folder / below, error);
-    if (error) {
-        findings.push_back((folder / below).string() + " cannot be listed: " + error.message());
-    }
-    for (const fs::path& name : names) {
+    for (const fs::path& name : NamesIn(folder / below, findings)) {
         const fs::path path = below / name;
         const fs::path entry = folder / path;
         if (ListsFolder(manifest, path) && IsFolder(entry)) {
