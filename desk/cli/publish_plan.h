@@ -19,10 +19,10 @@ struct PublishPlan {
     std::vector<NativePath> inputs;  ///< Everything that the run reads; none may be in the output folder.
     bool ditaOt = false;
     bool transforms = false;  ///< A client transforms the document.
-    std::string toolkit;      ///< The choice, for people; empty without a DITA transformation.
+    std::string toolkit;      ///< The choice, in words; empty without a DITA transformation.
 };
 
-/// Throws Stop for what cannot work, before anything has changed.
+/// Throws Stop, before anything has changed, for options that cannot work.
 PublishPlan MakePublishPlan(const Options& options, const Session& session);
 
 }  // namespace ventrix::desk

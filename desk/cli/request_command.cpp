@@ -10,8 +10,8 @@
 namespace ventrix::desk {
 namespace {
 
-/// The folder that the request has the module empty, without a closing slash; empty if it names none. A
-/// request has no option for a folder with other files, so that they are kept without one.
+/// The folder that the module empties for this request, without a closing slash; empty if the request names
+/// none. A request has no option such as --force, so other files in the folder are always kept.
 NativePath OutputFolderOf(const std::string& request) {
     const std::string folder =
         IsRequest(request, kPublishCommand) ? RequestOption(request, kOutputFolderOption) : std::string();

@@ -12,8 +12,8 @@ namespace ventrix::desk {
 /// Why this toolkit cannot be run, one line that says what to do; empty if it is found.
 std::string ToolkitProblem(const std::string& toolkit);
 
-/// The toolkit and where it is, for people: a choice between those that happen to be installed is never
-/// silent. `toolkit` may also be "builtin".
+/// The toolkit and its location, in words: the choice between several installed toolkits is always reported.
+/// `toolkit` may also be "builtin".
 std::string DescribeToolkit(const std::string& toolkit);
 
 /// The lines of a run's log in which the toolkit reports an error, without colour codes. A toolkit that ends

@@ -234,7 +234,7 @@ TEST_F(CommandLine, OutputFolderKeepsWhatIsNotFromARun) {
         return arguments;
     };
     const Row refused[] = {
-        {publish("full"), 5, "", "is not empty and was not made by an earlier run; --force"},
+        {publish("full"), 5, "", "is not empty and was not created by an earlier run; --force"},
         {publish("src", true), 5, "", "which the run reads"},
         {publish("link", true), 5, "", "which the run reads"},
         {publish(".", true), 5, "", "which the run reads"},
