@@ -61,7 +61,7 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
         ->type_name("WHEN")
         ->capture_default_str();
     auto* quiet = command.add_flag("--quiet,-q", common.quiet, "Print only results and errors");
-    command.add_flag("--verbose,-v", common.verbose, "Also print the host's console")->excludes(quiet);
+    command.add_flag("--verbose,-v", common.verbose, "Also print the host's console output")->excludes(quiet);
     command.add_flag("--json", common.json, "Print one JSON object to standard output and nothing else");
 }
 

@@ -1,5 +1,5 @@
-// What a publish is going to do, checked as far as it can be before anything is touched: options, toolkit,
-// stylesheet with its imports, filter, scripts, log.
+// The plan of a publish, checked as far as possible before anything is changed: options, toolkit, stylesheet
+// with its imports, filter, scripts, log.
 #pragma once
 
 #include <string>

@@ -26,7 +26,7 @@ void RequireSuccess(const std::string& request, const Reply& reply, const Transf
                    "the module refused the request; check its command, document id and required options"};
     }
     if (IsRequest(request, kValidateCommand) && reply.status == kValidateWithoutLog) {
-        throw Stop{kExitRefused, "the module could not write its log; give the request a -logFile"};
+        throw Stop{kExitRefused, "the module could not write its log; add -logFile to the request"};
     }
     if (!IsRequest(request, kPublishCommand)) {
         return;

@@ -9,7 +9,7 @@ namespace {
 struct Application {
     std::string_view name;
     std::string_view
-        root;  ///< A document that declares nothing else belongs to the first entry with its root.
+        root;  ///< A document that declares only a root belongs to the first entry with that root.
     std::string_view dtd;  ///< The DTD's usual file name.
     std::string_view publicId;
 };

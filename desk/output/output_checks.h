@@ -10,7 +10,7 @@
 
 namespace ventrix::desk {
 
-/// The folder that the path means, links followed as far as they exist, without a closing separator.
+/// The folder that the path leads to, without a closing separator; links are followed as far as they exist.
 std::filesystem::path RealOutput(const std::filesystem::path& folder);
 
 /// Refuses what no option allows: something that is not a folder, a folder that is or holds a home folder or

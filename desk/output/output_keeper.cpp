@@ -146,7 +146,7 @@ std::string OutputKeeper::SettleEarlierRun() {
     }
     notes_ = NotesOf(places_.output, settlement);
     journal_.madeParents += settlement.madeParents;
-    // The folder that is back now was not there when it was checked.
+    // The folder that has been put back did not exist when the path was checked.
     return settlement.undone ? WhyNeverAllowed(places_.output, order_.inputs) : std::string();
 }
 

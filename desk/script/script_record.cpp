@@ -14,7 +14,7 @@ namespace ventrix::desk {
 namespace {
 
 constexpr std::size_t kLastLines = 10;
-constexpr std::streamoff kLastBytes = 4096;  // What is kept of the output for these lines.
+constexpr std::streamoff kLastBytes = 4096;  // The part of the output that is kept for these lines.
 
 // --- files of fields ---
 

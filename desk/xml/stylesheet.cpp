@@ -35,7 +35,7 @@ struct RunState {
     std::optional<std::string> copiedText;
 };
 
-/// xsltTransformError alone reports the error but lets the transformation go on.
+/// xsltTransformError alone reports the error but lets the transformation continue.
 void FailTransform(xsltTransformContext* context, xmlNode* instruction, const std::string& reason) {
     xsltTransformError(context, nullptr, instruction, "%s\n", reason.c_str());
     context->state = XSLT_STATE_STOPPED;

@@ -4,7 +4,7 @@
 // From then on the run, which may be anywhere in the module, is suspended. Everything that it started ends,
 // the registered clean-ups run, the last registered first, "interrupted" goes to standard error, and the
 // process ends with 128 and the signal's number. Further interruptions change nothing. A process that is
-// ended by force cleans nothing up, but what it started ends all the same (child_process.h).
+// ended by force cleans nothing up, but what it started ends nevertheless (child_process.h).
 #pragma once
 
 #include <functional>

@@ -39,7 +39,7 @@ std::error_code WriteDurably(const std::filesystem::path& file, std::string_view
 /// Whether this process may create and delete entries in the folder.
 bool IsWritableFolder(const std::filesystem::path& folder);
 
-/// Gives `to` the owner and the group of `from`, as far as this process may.
+/// Gives `to` the owner and the group of `from`, as far as this process is permitted to.
 void CopyOwner(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace ventrix::platform

@@ -272,7 +272,7 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
 }
 
-// The toolkit makes the folder of the document itself, so that the module leaves topics beside it in place.
+// The toolkit makes the folder of the document itself, so the module leaves topics beside it in place.
 TEST_F(CommandLine, GuideWithTopicsOutsideItsFolderIsPublishedWithoutFindings) {
     const Finished finished = Run(
         {"publish", std::string(VENTRIX_EXAMPLES_FOLDER) + "/pump-guide/pump-guide.ditamap", "-o", "out"});

@@ -113,7 +113,7 @@ class DocumentChecks : public FolderFixture {
         files = ListDocumentFiles({Native("map.ditamap")});
     }
 
-    /// The texts of the warnings for these options.
+    /// The warnings for these options.
     std::vector<std::string> Misspelled(const PublishOptions& options) const {
         RunReport report;
         ReportAbsentNames(options, files.names, report, TestScreen(true));
