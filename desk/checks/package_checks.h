@@ -1,6 +1,6 @@
-// What a Publish request leaves undone without saying so. The module passes over a file that it cannot copy,
-// save or place, so the desk host compares what a run left in its folder with what the document's list of
-// files calls for. Nothing here changes anything. Paths are absolute.
+// What a Publish request leaves undone without reporting it. The module passes over a file that it cannot
+// copy, save or place, so the desk host compares what a run left in its folder with what the document's list
+// of files calls for. Nothing here changes anything. Paths are absolute.
 #pragma once
 
 #include <string>
@@ -31,8 +31,8 @@ std::vector<NativePath> UnsavedCopies(const std::vector<NativePath>& encoded, co
                                       const std::vector<PackageFile>& copied,
                                       const std::vector<PackageFile>& transformed);
 
-/// Graphics that exist and are not where the pages in the result folder look for them: as far from it as the
-/// graphic is from the document.
+/// Graphics that exist and are not where the pages in the result folder refer to them: at the path, relative
+/// to that folder, that the graphic has relative to the document.
 std::vector<NativePath> UnplacedGraphics(const DocumentFiles& files, const NativePath& document,
                                          const NativePath& resultFolder);
 
@@ -44,7 +44,7 @@ std::vector<NativePath> MisplacedPages(const NativePath& output, const NativePat
 /// The XML files of a package, which the module encodes, and deletes after the transformation.
 std::vector<NativePath> XmlFiles(const NativePath& output, const std::vector<PackageFile>& package);
 
-/// Those that are files.
+/// Those of the paths that are files.
 std::vector<NativePath> Existing(std::vector<NativePath> paths);
 
 /// The folders above the listed files that do not exist, deepest first. The module creates them where a

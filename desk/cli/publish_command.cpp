@@ -33,7 +33,7 @@ int ReportFailure(const PublishPlan& plan, const PublishOutcome& outcome, const 
     return kExitTransformation;
 }
 
-/// Throws Stop if the module did not get as far as a result.
+/// Throws Stop if the module did not reach a result.
 void RequireResult(const PublishOutcome& outcome) {
     if (outcome.reply.status == kRequestRefused) {
         throw Stop{kExitRefused, "the module refused the request"};
@@ -95,7 +95,7 @@ void FillReport(const PublishPlan& plan, const Session& session, const PublishOu
     report.pages = PagesWithSources(plan, session, outcome);
 }
 
-/// The result of a failed run is not where the module reported it.
+/// The result of a failed run is no longer where the module reported it.
 void ForgetResult(RunReport& report) {
     report.resultFolder = report.startPage = report.buildLog = {};
     report.pages.clear();

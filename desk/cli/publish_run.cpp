@@ -55,7 +55,7 @@ class RecordedScripts {
 struct PackageStates {
     std::vector<PackageFile> copied;
     std::vector<PackageFile> transformed;
-    bool isTransformed = false;  ///< The second moment has been.
+    bool isTransformed = false;  ///< The second moment has passed.
 };
 
 SystemPath Optional(const NativePath& path) {
@@ -82,8 +82,8 @@ std::size_t DocumentCount(const DocumentFiles& files) {
         std::ranges::count_if(files.files, [](const DocumentFile& file) { return file.key != kGraphicKey; }));
 }
 
-/// Sends the request and looks at the package on the way. The module asks for the document's path after the
-/// last copy.
+/// Sends the request and records the state of the package on the way. The module asks for the document's path
+/// after the last copy.
 Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session& session,
                    const PrivateLog& log, const Screen& screen, PackageStates& states) {
     Progress progress(screen, log.Path(), DocumentCount(session.files));
@@ -155,7 +155,8 @@ std::vector<NativePath> SourcesOf(const std::vector<NativePath>& copies, const P
     return sources;
 }
 
-/// Files whose encoding the log does not mention: it could not be written, and findings may be lost with it.
+/// Files whose encoding the log does not mention, because it could not be written: findings may be missing
+/// too.
 std::vector<NativePath> Unlogged(std::vector<NativePath> files, const RunLog& log) {
     std::set<NativePath> logged = FailedFiles(log);
     logged.insert(log.encodedFiles.begin(), log.encodedFiles.end());
@@ -171,7 +172,7 @@ std::vector<Finding> CheckPackage(const PublishPlan& plan, const PackageLayout& 
     std::erase_if(uncopied, [&missing](const NativePath& file) { return missing.contains(file); });
     Add(findings, uncopied, "not-packaged", "could not be copied into the package and is not in the result");
     Add(findings, SourcesOf(Unlogged(XmlFiles(plan.output, states.copied), outcome.log), plan, layout),
-        "not-logged", "the module's log does not say how it was encoded; check the space in TMPDIR");
+        "not-logged", "the module's log does not report how it was encoded; check the free space in TMPDIR");
     if (states.isTransformed) {
         std::vector<NativePath> encoded = outcome.log.encodedFiles;
         const std::set<NativePath> failed = FailedFiles(outcome.log);
@@ -200,7 +201,7 @@ std::vector<Finding> CheckResult(const PublishPlan& plan, const Session& session
     return findings;
 }
 
-/// The page of the contents, else that of the document, else the first.
+/// The index page, else the page of the document, else the first page.
 NativePath StartPage(const PublishPlan& plan, const Session& session, const PublishOutcome& outcome) {
     const std::filesystem::path folder = ToFilesystem(outcome.resultFolder);
     const std::string stem = FromFilesystem(ToFilesystem(session.document).stem()).utf8;
@@ -213,7 +214,7 @@ NativePath StartPage(const PublishPlan& plan, const Session& session, const Publ
     return outcome.pages.files.empty() ? plan.outFile : outcome.pages.files.front();
 }
 
-/// A failure names the package's copy, which is gone after the run: the user wants the source.
+/// A failure names the packaged copy, which no longer exists after the run; the user needs the source.
 void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& log) {
     for (FailedFile& failed : log.failed) {
         const NativePath source = SourcesOf({failed.file}, plan, layout).front();

@@ -14,8 +14,8 @@
 namespace ventrix::desk {
 namespace {
 
-/// The folder that the request has the module empty, without a closing slash; empty if it names none. A
-/// request has no option for a folder with other files, so that they are kept without one.
+/// The folder that the module empties for this request, without a closing slash; empty if the request names
+/// none. A request has no option such as --force, so other files in the folder are always kept.
 NativePath OutputFolderOf(const std::string& request) {
     const std::string folder =
         IsRequest(request, kPublishCommand) ? RequestOption(request, kOutputFolderOption) : std::string();
@@ -30,7 +30,7 @@ void RequireSuccess(const std::string& request, const Reply& reply, const Transf
                    "the module refused the request; check its command, document id and required options"};
     }
     if (IsRequest(request, kValidateCommand) && reply.status == kValidateWithoutLog) {
-        throw Stop{kExitRefused, "the module could not write its log; give the request a -logFile"};
+        throw Stop{kExitRefused, "the module could not write its log; add -logFile to the request"};
     }
     if (!IsRequest(request, kPublishCommand)) {
         return;

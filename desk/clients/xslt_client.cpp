@@ -70,8 +70,8 @@ std::string RunStylesheet(XsltRun& run, const FileAccess& access) {
                : run.output.utf8 + " cannot be written; check its permissions and the free space";
 }
 
-/// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. That is not a transformation
-/// which the user asked for, so that it is not recorded.
+/// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. The user did not ask for
+/// that transformation, so it is not recorded.
 void Record(const XsltRun& run, const std::string& reason, TransformationRecord& record) {
     if (ToFilesystem(run.stylesheet).filename() == "Ventrix.xsl") {
         return;

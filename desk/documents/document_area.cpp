@@ -12,7 +12,7 @@ NativePath CommonFolder(const NativePath& a, const NativePath& b) {
     return FolderOf({std::string(a.utf8.begin(), ends.in1)});
 }
 
-/// Accounts of services have homes such as /bin or /nonexistent, which change nothing here.
+/// Service accounts have homes such as /bin or /nonexistent, which make no difference here.
 bool ContainsHomeFolder(const NativePath& folder) {
     return std::ranges::any_of(platform::HomeFolders(), [&](const std::filesystem::path& home) {
         return IsBelowOrEqual(RealPath(FromFilesystem(home)), folder);

@@ -85,7 +85,7 @@ bool FormatIsXml(std::string_view format, std::string_view reference) {
 
 void AppendHref(std::vector<Reference>& list, const xmlNode* element, const std::string& href) {
     const bool image = IsImage(element);
-    // An image inside an external link is local all the same, so it inherits nothing.
+    // An image inside an external link is still local, so it inherits nothing.
     const std::string scope = image ? Attribute(element, "scope") : Inherited(element, "scope");
     const std::string format = image ? std::string() : Inherited(element, "format");
     Reference reference{.text = href, .graphic = image};

@@ -127,7 +127,7 @@ bool IsUnmodified(const Manifest& manifest, const fs::path& folder, const fs::pa
         return false;
     }
     if (status->kind == platform::EntryKind::kFolder) {
-        // An ordinary user can't list the volume's own folder, nor have put anything into it.
+        // An ordinary user cannot list the volume's own folder, and cannot have put anything into it.
         return ListsFolder(manifest, name) || (name == kVolumeFolder && IsEmptyFolder(folder / name));
     }
     const auto listed = manifest.files.find(ListedName(name));

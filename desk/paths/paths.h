@@ -1,8 +1,7 @@
 // The two notations of a path as two types. NativePath is what the machine's own calls take, SystemPath is
-// what the module and the host's clients exchange: drive letters or servers, and backslashes. Nothing
-// converts one into the other but ToNative and ToSystem, which ask the process's drive table
-// (platform/drives.h). Both hold UTF-8; a native name that is not UTF-8 keeps its bytes. An empty path means
-// that there is none.
+// what the module and the host's clients exchange: drive letters or servers, and backslashes. Only ToNative
+// and ToSystem convert between them, with the process's drive table (platform/drives.h). Both hold UTF-8; a
+// native name that is not UTF-8 keeps its bytes. An empty path means that there is none.
 #pragma once
 
 #include <filesystem>

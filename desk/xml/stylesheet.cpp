@@ -27,7 +27,7 @@ struct FreeTransform {
     void operator()(xsltTransformContext* context) const { xsltFreeTransformContext(context); }
 };
 
-/// What the extension element needs to know and leaves behind; it finds this through the context.
+/// The input and output of the extension element, which finds this record through the context.
 struct RunState {
     NativePath sourcePath;
     NativePath outputPath;
@@ -35,7 +35,7 @@ struct RunState {
     std::optional<std::string> copiedText;
 };
 
-/// xsltTransformError alone reports the error but lets the transformation go on.
+/// xsltTransformError alone reports the error but lets the transformation continue.
 void FailTransform(xsltTransformContext* context, xmlNode* instruction, const std::string& reason) {
     xsltTransformError(context, nullptr, instruction, "%s\n", reason.c_str());
     context->state = XSLT_STATE_STOPPED;
@@ -68,7 +68,7 @@ int MayWrite(xsltSecurityPrefs*, xsltTransformContext* context, const char* path
     }
     FailTransform(context, context->inst,
                   "the stylesheet may not write " + std::string(path) +
-                      (folder.Empty() ? "" : ", which lies outside the output folder " + folder.utf8));
+                      (folder.Empty() ? "" : ", which is outside the output folder " + folder.utf8));
     return 0;
 }
 

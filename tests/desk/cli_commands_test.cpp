@@ -250,7 +250,7 @@ TEST_F(CommandLine, OutputFolderKeepsWhatIsNotFromARun) {
         return arguments;
     };
     const Row refused[] = {
-        {publish("full"), 5, "", "is not empty and was not made by an earlier run; --force"},
+        {publish("full"), 5, "", "is not empty and was not created by an earlier run; --force"},
         {publish("src", true), 5, "", "which the run reads"},
         {publish("link", true), 5, "", "which the run reads"},
         {publish(".", true), 5, "", "which the run reads"},
@@ -292,7 +292,7 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
 }
 
-// The toolkit makes the folder of the document itself, so that the module leaves topics beside it in place.
+// The toolkit makes the folder of the document itself, so the module leaves topics beside it in place.
 TEST_F(CommandLine, GuideWithTopicsOutsideItsFolderIsPublishedWithoutFindings) {
     const Finished finished = Run(
         {"publish", std::string(VENTRIX_EXAMPLES_FOLDER) + "/pump-guide/pump-guide.ditamap", "-o", "out"});

@@ -121,7 +121,7 @@ class DocumentChecks : public FolderFixture {
         files = ListDocumentFiles({Native("map.ditamap")});
     }
 
-    /// The texts of the warnings for these options.
+    /// The warnings for these options.
     std::vector<std::string> Misspelled(const PublishOptions& options) const {
         RunReport report;
         ReportAbsentNames(options, files.names, report, TestScreen(true));
@@ -168,14 +168,15 @@ TEST_F(DocumentChecks, ProbableMisspellingsAreWarnings) {
     EXPECT_EQ(
         Misspelled(options),
         (std::vector<std::string>{
-            "--attributes: 'audiance' occurs in no file of the document; did you mean 'audience'?",
-            "--elements: 'uicontrl' occurs in no file of the document; did you mean 'uicontrol'?",
-            "--source-path: 'topik' occurs in no file of the document; did you mean 'topic'?",
-            "--scoped-attributes: 'titel' occurs in no file of the document; did you mean 'title'?",
-            "--scoped-attributes: 'audince' occurs in no file of the document; did you mean 'audience'?"}));
+            "--attributes: 'audiance' does not occur in any file of the document; did you mean 'audience'?",
+            "--elements: 'uicontrl' does not occur in any file of the document; did you mean 'uicontrol'?",
+            "--source-path: 'topik' does not occur in any file of the document; did you mean 'topic'?",
+            "--scoped-attributes: 'titel' does not occur in any file of the document; did you mean 'title'?",
+            "--scoped-attributes: 'audince' does not occur in any file of the document; did you mean "
+            "'audience'?"}));
 }
 
-TEST_F(DocumentChecks, StandardNamesAreNoMisspellings) {
+TEST_F(DocumentChecks, StandardNamesAreNotMisspellings) {
     files.names.attributes = {"prop", "rev1", "platforms"};
     PublishOptions options;
     options.attributes = {"props,rev,platform"};

@@ -140,7 +140,7 @@ Q_Channel* ChannelOn(SlowStreamC* stream) {
 
 TEST_F(Channels, ReportWhenTheStreamIsFull) {
     auto* stream = new SlowStreamC;
-    stream->room = 100;
+    stream->capacity = 100;
     stream->step = 7;
     Q_Channel* channel = ChannelOn(stream);
     const std::string text(1200, 'x');
@@ -178,7 +178,7 @@ TEST_F(Channels, CopyInBlocksIfTheStreamHasNoCopyTo) {
     EXPECT_EQ(Q_ChannelCopy(source, target), 0);
     EXPECT_EQ(to->content, std::string(1990, 's'));
     from->position = 0;
-    to->room = 2000;
+    to->capacity = 2000;
     EXPECT_EQ(Q_ChannelCopy(source, target), 1);
     Q_ChannelClose(&source);
     Q_ChannelClose(&target);

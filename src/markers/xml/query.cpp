@@ -143,7 +143,7 @@ struct QueryTree::Copy {
         }
     }
 
-    /// The name comes last: only the element's own declarations tell the namespace of its prefix. An
+    /// The name comes last: only the element's own declarations define the namespace of its prefix. An
     /// undeclared prefix stays part of the name.
     xmlNode* CopyElement(NodeIndex index) {
         store.ReadAttributes(index);

@@ -33,7 +33,7 @@ class TagNames {
   public:
     void Clear() { count_ = 0; }
 
-    /// False for a duplicate or if there is no room.
+    /// False for a duplicate, or if the array is full.
     bool Add(std::string_view name) {
         const auto end = names_.begin() + static_cast<std::ptrdiff_t>(count_);
         if (count_ == names_.size() || std::find(names_.begin(), end, name) != end) {
