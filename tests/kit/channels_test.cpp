@@ -213,9 +213,24 @@ TEST_F(Channels, TemporaryChannelHasANewFileUntilItIsDeleted) {
     EXPECT_FALSE(drives_.Exists(path));
 }
 
+/// Restores the setting of the temporary folder.
+class TempFolderScope {
+  public:
+    ~TempFolderScope() {
+        if (former_) {
+            platform::SetEnvironmentValue("TMPDIR", *former_);
+        } else {
+            test::RemoveVariable("TMPDIR");
+        }
+    }
+
+  private:
+    std::optional<std::string> former_ = platform::EnvironmentValue("TMPDIR");
+};
+
 TEST_F(Channels, TemporaryFolderMayHaveAnyNameThatTheEncodingHas) {
     const EncodingScope scope("QuorlRoman");
-    const std::optional<std::string> former = platform::EnvironmentValue("TMPDIR");
+    const TempFolderScope restores;
     const std::pair<std::string, bool> rows[] = {{"C:\\t\xC3\xA4", true}, {"C:\\\xE4\xB8\xAD", false}};
     for (const auto& [folder, exists] : rows) {
         drives_.MakeFolder(folder);
@@ -229,11 +244,6 @@ TEST_F(Channels, TemporaryFolderMayHaveAnyNameThatTheEncodingHas) {
             Q_ChannelCloseAndDelete(&channel);
             EXPECT_EQ(drives_.Tree(folder).size(), 0U);
         }
-    }
-    if (former) {
-        platform::SetEnvironmentValue("TMPDIR", *former);
-    } else {
-        test::RemoveVariable("TMPDIR");
     }
 }
 
