@@ -19,17 +19,6 @@ std::string DriveOf(const NativePath& path) {
     return system.substr(0, std::min(system.find('\\', start), system.size()));
 }
 
-std::string CommonFolder(const std::vector<NativePath>& paths) {
-    std::string common = paths.empty() ? std::string() : FolderOf(paths.front()).utf8;
-    for (const NativePath& path : paths) {
-        while (!path.utf8.starts_with(common)) {
-            common.pop_back();
-            common.resize(common.rfind('/') + 1);
-        }
-    }
-    return common;
-}
-
 bool IsFile(const NativePath& path) {
     std::error_code error;
     return fs::is_regular_file(ToFilesystem(path), error);
@@ -58,15 +47,16 @@ std::string WithSlash(const NativePath& folder) {
 
 }  // namespace
 
-PackageLayout LayoutOf(const DocumentFiles& files, const NativePath& document) {
+PackageLayout PackageLayoutOf(const DocumentFiles& files, const NativePath& document) {
     PackageLayout layout;
     const std::string drive = DriveOf(document);
     for (const DocumentFile& file : files.files) {
         if (!file.path.Empty() && (file.key != kGraphicKey || DriveOf(file.path) == drive)) {
+            layout.commonFolder =
+                CommonFolder(layout.sources.empty() ? file.path : layout.commonFolder, file.path);
             layout.sources.push_back(file.path);
         }
     }
-    layout.commonFolder = {CommonFolder(layout.sources)};
     return layout;
 }
 
@@ -161,7 +151,7 @@ std::vector<NativePath> AbsentFolders(const DocumentFiles& files) {
     return deepestFirst;
 }
 
-void RemoveEmptyFolders(const std::vector<NativePath>& folders) {
+void RemoveIfEmpty(const std::vector<NativePath>& folders) {
     std::error_code ignored;
     for (const NativePath& folder : folders) {
         const fs::path path = ToFilesystem(folder);

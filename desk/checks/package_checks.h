@@ -19,7 +19,7 @@ struct PackageLayout {
     std::vector<NativePath> sources;  ///< What is copied, in the order of the list.
 };
 
-PackageLayout LayoutOf(const DocumentFiles& files, const NativePath& document);
+PackageLayout PackageLayoutOf(const DocumentFiles& files, const NativePath& document);
 
 /// Sources that exist and have no copy in the package. `package` is the state after the last copy.
 std::vector<NativePath> UncopiedSources(const PackageLayout& layout, const std::vector<PackageFile>& package);
@@ -52,6 +52,6 @@ std::vector<NativePath> Existing(std::vector<NativePath> paths);
 std::vector<NativePath> AbsentFolders(const DocumentFiles& files);
 
 /// Removes those of the folders that exist now and are empty.
-void RemoveEmptyFolders(const std::vector<NativePath>& folders);
+void RemoveIfEmpty(const std::vector<NativePath>& folders);
 
 }  // namespace ventrix::desk

@@ -236,7 +236,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     outcome.missing = MissingFiles(session.files);
     const std::vector<NativePath> absent = AbsentFolders(session.files);
     outcome.reply = SendAndWatch(request, plan, session, log, screen, states);
-    RemoveEmptyFolders(absent);
+    RemoveIfEmpty(absent);
     outcome.log = ReadRunLog(log.Text());
     outcome.resultFolder = ToNative(SystemPath{outcome.reply.first});
     outcome.buildLog = ToNative(SystemPath{outcome.reply.second});
@@ -244,7 +244,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
         return outcome;
     }
     ReadScripts(plan, scripts, outcome, states);
-    const PackageLayout layout = LayoutOf(session.files, session.document);
+    const PackageLayout layout = PackageLayoutOf(session.files, session.document);
     outcome.unfinished = CheckPackage(plan, layout, outcome, states);
     std::ranges::move(CheckResult(plan, session, outcome, states), std::back_inserter(outcome.unfinished));
     NameSources(plan, layout, outcome.log);

@@ -54,6 +54,9 @@ NativePath NormalPath(const NativePath& absolutePath);
 /// The folder part of an absolute path, with its closing slash.
 NativePath FolderOf(const NativePath& absolutePath);
 
+/// The deepest folder that contains both absolute paths, with its closing slash.
+NativePath CommonFolder(const NativePath& a, const NativePath& b);
+
 /// Why the module cannot be given this path, in one line: a control character, a backslash, or bytes that are
 /// not UTF-8. Empty if it can.
 std::string WhyUnnameable(const NativePath& path);
