@@ -40,7 +40,7 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
         ->allow_extra_args(false);
     command
         .add_option("--allow-read", common.allowRead,
-                    "Let entities and included text come from this folder, too; may be repeated")
+                    "Also allow entities and included text from this folder; may be repeated")
         ->type_name("FOLDER")
         ->allow_extra_args(false);
     command
@@ -55,14 +55,15 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
             "on this machine), or the folder of a DITA Open Toolkit")
         ->type_name("WHICH")
         ->capture_default_str();
-    command.add_option("--catalog", common.catalog, "XML catalog to search for DTDs before the system's own")
+    command
+        .add_option("--catalog", common.catalog, "XML catalog to search for DTDs before the system catalogs")
         ->type_name("FILE");
     command.add_option("--color", common.color, "Use colours: auto, always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}))
         ->type_name("WHEN")
         ->capture_default_str();
     auto* quiet = command.add_flag("--quiet,-q", common.quiet, "Print only results and errors");
-    command.add_flag("--verbose,-v", common.verbose, "Also print the host's console")->excludes(quiet);
+    command.add_flag("--verbose,-v", common.verbose, "Also print the host's console output")->excludes(quiet);
     command.add_flag("--json", common.json, "Print one JSON object to standard output and nothing else");
 }
 
@@ -77,9 +78,9 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
     auto* ditaOt =
         command.add_flag("--dita-ot", publish.ditaOt,
                          "Transform as DITA, with the toolkit that --toolkit names (default for DITA)");
-    command.add_option("--xslt", publish.xslt, "Transform with this stylesheet")
-        ->type_name("FILE")
-        ->excludes(ditaOt);
+    auto* xslt = command.add_option("--xslt", publish.xslt, "Transform with this stylesheet")
+                     ->type_name("FILE")
+                     ->excludes(ditaOt);
     command
         .add_option("--param", publish.params,
                     "Parameter of the stylesheet, as an XPath expression; may be repeated")
@@ -151,9 +152,13 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
     command.add_flag(
         "--keep-markers", publish.keepMarkers,
         "Leave marker text in attribute values, comments, scripts and other files of the result");
-    command.add_flag("--no-transform", publish.noTransform,
-                     "Do not transform the document; only package it and run the scripts");
-    command.add_flag("--force", publish.force, "Use an output folder that holds other files; they are kept");
+    command
+        .add_flag("--no-transform", publish.noTransform,
+                  "Do not transform the document; only package it and run the scripts")
+        ->excludes(ditaOt)
+        ->excludes(xslt);
+    command.add_flag("--force", publish.force,
+                     "Use an output folder that contains other files; they are kept");
 }
 
 constexpr char kRequestText[] = "TEXT";
@@ -191,8 +196,7 @@ std::vector<std::string> OptionNames(const CLI::App& command) {
     return names;
 }
 
-/// Reported before anything else that is wrong: a misspelled option often is the one that seems to be
-/// missing.
+/// Reported before any other error: a misspelled option is often the one that seems to be missing.
 void RefuseUnknownOption(const CLI::App& app) {
     for (const std::string& word : app.remaining(true)) {
         if (!word.starts_with('-')) {

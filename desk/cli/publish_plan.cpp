@@ -50,16 +50,19 @@ std::string ChooseEngine(const NativePath& stylesheet, const std::string& named)
     return engine;
 }
 
-void CheckStylesheet(const NativePath& path, const std::string& engine) {
+/// The files of the stylesheet, with those that it imports and includes; those of Saxon's are not known.
+std::vector<NativePath> CheckStylesheet(const NativePath& path, const std::string& engine) {
     if (path.Empty() || engine != "libxslt") {
-        return;
+        return {};
     }
     std::string first;
     const auto keepFirst = [&first](const std::string& line) { first = first.empty() ? line : first; };
-    if (LoadStylesheet(path, keepFirst) == nullptr) {
+    const Stylesheet stylesheet = LoadStylesheet(path, keepFirst);
+    if (stylesheet == nullptr) {
         throw Stop{kExitTransformation,
                    "the stylesheet " + path.utf8 + " cannot be used" + (first.empty() ? "" : ": " + first)};
     }
+    return FilesOf(stylesheet.get());
 }
 
 void CheckFilters(const std::vector<NativePath>& filters) {
@@ -154,7 +157,7 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     CheckPlaces(plan);
     CheckToolkit(plan, options.common.toolkit);
     plan.xsltEngine = ChooseEngine(plan.xslt, publish.xsltEngine);
-    CheckStylesheet(plan.xslt, plan.xsltEngine);
+    std::ranges::move(CheckStylesheet(plan.xslt, plan.xsltEngine), std::back_inserter(plan.inputs));
     CheckToolkitOptions(options, plan.ditaOt && options.common.toolkit != "builtin");
     CheckFilters(plan.ditaval);
     return plan;

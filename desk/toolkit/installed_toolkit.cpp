@@ -236,7 +236,7 @@ std::string Outcome(const platform::ProgramEnd& end, int pages, const std::vecto
         return end.notStarted;
     }
     if (end.signal != 0) {
-        return "the DITA Open Toolkit was ended by signal " + std::to_string(end.signal) + ": " +
+        return "the DITA Open Toolkit was terminated by signal " + std::to_string(end.signal) + ": " +
                FailureIn(lines);
     }
     if (end.exitCode != 0) {

@@ -11,8 +11,8 @@ namespace ventrix::desk {
 /// Why this toolkit cannot be run, one line that says what to do; empty if it is found.
 std::string ToolkitProblem(const std::string& toolkit);
 
-/// The toolkit and where it is, for people: a choice between those that happen to be installed is never
-/// silent. `toolkit` may also be "builtin".
+/// The toolkit and its location, in words: the choice between several installed toolkits is always reported.
+/// `toolkit` may also be "builtin".
 std::string DescribeToolkit(const std::string& toolkit);
 
 /// Whether the file is a project file of the DITA Open Toolkit, which lists publications and is no document.
@@ -21,7 +21,7 @@ bool IsToolkitProject(const NativePath& file);
 /// `toolkit` is "installed", a toolkit's folder or its `dita` command; the program's output is appended to
 /// the log file. Empty on success; else the reason, one line. Errors that the toolkit reports are findings,
 /// also after a success, and so is a filter that it seems not to have read. The pages that a failed run wrote
-/// are delivered all the same.
+/// are delivered anyway.
 std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkit, const NativePath& logFile);
 
 }  // namespace ventrix::desk

@@ -1,5 +1,5 @@
-// The component model's apartment and the message filter of a client in a process of its own. Both are part
-// of the connection's state.
+// The component model's apartment and the message filter of a client in its own process. Both are part of the
+// connection's state.
 #pragma once
 
 namespace ventrix {
@@ -8,7 +8,8 @@ namespace ventrix {
 /// apartment, entered by this function or by other code.
 void EnterApartment();
 
-/// Revokes the filter, and leaves the apartment if EnterApartment entered it.
+/// Revokes the filter, and leaves the apartment if EnterApartment entered it. During a call to the host, both
+/// wait until the call returns.
 void LeaveApartment();
 
 }  // namespace ventrix

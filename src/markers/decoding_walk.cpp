@@ -1,6 +1,6 @@
 #include "markers/decoding_walk.h"
 
-#include <unordered_map>
+#include <utility>
 
 #include "markers/dom_helpers.h"
 
@@ -10,26 +10,68 @@ namespace {
 constexpr char kDefaultTagsAttribute[] = "data-twtags";
 constexpr char kMarkerPrefix[] = "QL_";  // Every marker word begins with it.
 
-/// The position of each token's first occurrence.
-std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vector<std::string>& tokens) {
-    std::unordered_map<std::string_view, std::size_t> positions;
-    for (std::size_t i = 0; i < tokens.size(); ++i) {
-        positions.emplace(tokens[i], i);
+std::string_view TagsAttribute(const PublishParams& params) {
+    return params.targetAttr.empty() ? std::string_view(kDefaultTagsAttribute) : params.targetAttr;
+}
+
+/// The entry of the innermost open element.
+TagTokens& TokensOf(xml::Node element, DecodingState& state) {
+    if (state.open.empty() || state.open.back().element != element) {
+        state.open.emplace_back().element = element;
     }
-    return positions;
+    return state.open.back();
+}
+
+/// Adds what follows the value that the tokens were read from.
+void AddTokens(TagTokens& tokens, std::string_view value) {
+    const std::string text = tokens.tail.append(value);
+    for (std::string& token : SplitTagsValue(text)) {
+        tokens.firstPositions.emplace(std::move(token), tokens.count++);
+    }
+    const std::size_t last = text.rfind(QL_SEP);
+    tokens.tail = last == std::string::npos ? text : text.substr(last + QL_SEP.size());
+}
+
+/// Reads the tokens that the attribute has. Most elements have one text node, and so no tokens when it is
+/// decoded.
+void ReadTokens(TagTokens& tokens, std::string_view attribute) {
+    if (!tokens.isRead) {
+        const std::string value = AttributeValue(tokens.element, attribute);
+        tokens.isRead = !value.empty();
+        AddTokens(tokens, value);
+    }
+}
+
+/// Names are at the even positions. A name that occurs first as a value counts as new.
+bool HasName(const TagTokens& tokens, const std::string& name) {
+    const auto found = tokens.firstPositions.find(name);
+    return found != tokens.firstPositions.end() && found->second % 2 == 0;
 }
 
 void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string_view text,
-                         const PublishParams& params) {
+                         const PublishParams& params, DecodingState& state) {
     AttributePairs tagPairs;
     AttributePairs targetPairs;
     ParseAttributeGroup(text, tagPairs, targetPairs);
     if (!tagPairs.empty()) {
-        ApplyTagPairs(document, element, tagPairs, params);
+        ApplyTagPairs(document, element, tagPairs, params, state);
     }
     for (std::size_t i = 0; i < targetPairs.size(); i += 2) {
         SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1], true);
+        if (targetPairs[i] == TagsAttribute(params)) {
+            state.open.clear();
+        }
     }
+}
+
+/// Whether one of the entries is for the tags attribute.
+bool AddsTags(const ScopedEntries& entries, const PublishParams& params) {
+    for (std::size_t i = 0; i < entries.size(); i += 3) {
+        if (entries[i + 1] == TagsAttribute(params)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -38,7 +80,8 @@ void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string
 // go first, wherever they are: only without them do the scoped groups begin the text. What remains after the
 // scoped groups is split at its element groups. If there are any, the pieces replace the text node, which
 // then need not be written.
-xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params) {
+xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
+                         DecodingState& state) {
     std::string buffer;
     const std::string_view content = textNode.get_text(buffer);
     // Without a marker word the text would stay as it is. Most text nodes of a file end here, without a copy.
@@ -46,9 +89,13 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
         return textNode.get_nextSibling();
     }
     xml::Node parent = textNode.get_parentNode();
-    ApplyAttributeGroup(document, parent, content, params);
+    ApplyAttributeGroup(document, parent, content, params, state);
     std::string text = StripAttributeGroups(content);
-    ApplyScopedEntries(document, textNode, TakeScopedGroups(text));
+    ScopedEntries entries = TakeScopedGroups(text);
+    if (AddsTags(entries, params)) {
+        state.open.clear();
+    }
+    ApplyScopedEntries(document, textNode, std::move(entries));
     const std::vector<std::string> pieces = SplitElementGroups(text);
     if (pieces.size() < 2) {
         textNode.put_text(text);
@@ -60,23 +107,30 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
     return next;
 }
 
+void LeaveElement(xml::Node element, DecodingState& state) {
+    if (!state.open.empty() && state.open.back().element == element) {
+        state.open.pop_back();
+    }
+}
+
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
-                   const PublishParams& params) {
-    const std::string attribute = params.targetAttr.empty() ? kDefaultTagsAttribute : params.targetAttr;
-    const std::vector<std::string> tokens = SplitTagsValue(AttributeValue(element, attribute));
-    const auto positions = FirstPositions(tokens);
+                   const PublishParams& params, DecodingState& state) {
+    const std::string_view attribute = TagsAttribute(params);
+    TagTokens& tokens = TokensOf(element, state);
+    ReadTokens(tokens, attribute);
     std::string added;
     for (std::size_t i = 0; i < tagPairs.size(); i += 2) {
-        // Names are at the even positions. A name that occurs first as a value counts as new.
-        const auto found = positions.find(tagPairs[i]);
-        if (found != positions.end() && found->second % 2 == 0) {
-            continue;
+        if (!HasName(tokens, tagPairs[i])) {
+            added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
         }
-        added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
     }
     // Appending nothing would still rewrite the attribute, and not leave it as the file has it.
-    if (!added.empty()) {
-        SetOrAppendAttribute(document, element, attribute, added, false);
+    if (added.empty()) {
+        return;
+    }
+    SetOrAppendAttribute(document, element, attribute, added, false);
+    if (tokens.isRead) {
+        AddTokens(tokens, added);
     }
 }
 

@@ -3,7 +3,9 @@
 // and ClearMarkerWords removes its words.
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "markers/marker_format.h"
@@ -12,12 +14,31 @@
 
 namespace ventrix {
 
+/// The tokens of an element's tags attribute.
+struct TagTokens {
+    xml::Node element;
+    bool isRead = false;  ///< The other fields are up to date.
+    std::unordered_map<std::string, std::size_t> firstPositions;
+    std::size_t count = 0;
+    std::string tail;  ///< What follows the last token in the value.
+};
+
+/// What the walk keeps from one text node to the next: the tokens of the open elements with tag pairs,
+/// innermost last, so that each text node of an element costs only what it adds.
+struct DecodingState {
+    std::vector<TagTokens> open;
+};
+
 /// Decodes one filled text node. Returns the sibling at which the walk continues; null after the last one.
-xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params);
+xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
+                         DecodingState& state);
+
+/// The walk leaves an element.
+void LeaveElement(xml::Node element, DecodingState& state);
 
 /// Appends the pairs to the element's tags attribute, except those whose name its value already had.
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
-                   const PublishParams& params);
+                   const PublishParams& params, DecodingState& state);
 
 /// Applies each entry to the nearest element of its name around the text node: sets the attribute, unless it
 /// has a value already. Entries without such an element are dropped.

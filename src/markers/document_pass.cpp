@@ -13,11 +13,12 @@ namespace {
 // null after the last one, or the node itself if the walk is to enter it. The step fetches the sibling, since
 // only it knows whether the node is still in the tree.
 
-xml::Node DecodeNode(xml::Document& document, xml::Node node, const PublishParams& params) {
+xml::Node DecodeNode(xml::Document& document, xml::Node node, const PublishParams& params,
+                     DecodingState& state) {
     if (IsElement(node)) {
         return IsListedElement(node, params.skipElements) ? node.get_nextSibling() : node;
     }
-    return IsFilledTextNode(node) ? DecodeTextNode(document, node, params) : node.get_nextSibling();
+    return IsFilledTextNode(node) ? DecodeTextNode(document, node, params, state) : node.get_nextSibling();
 }
 
 xml::Node EncodeElement(xml::Document& document, xml::Node element, const PublishParams& params,
@@ -114,12 +115,14 @@ std::unique_ptr<xml::Document> LoadXmlDocument(const std::string& path, std::str
 // down by one level; at the end of a level, where `node` is null, both move up, to the sibling after the
 // element.
 void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, const PublishParams& params) {
+    DecodingState decoding;
     EncodingState state;
     state.stamps.sourceNames = params.addSourcePath;
     xml::Node parent = element;
     xml::Node node = element.get_firstChild();
     while (node || parent != element) {
         if (!node) {
+            LeaveElement(parent, decoding);
             LeaveElement(parent, state.inherited);
             state.textFollows.reset();  // It described the last run of siblings of the inner level.
             node = parent.get_nextSibling();
@@ -127,7 +130,7 @@ void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, con
             continue;
         }
         const xml::Node next =
-            decode ? DecodeNode(document, node, params) : EncodeNode(document, node, params, state);
+            decode ? DecodeNode(document, node, params, decoding) : EncodeNode(document, node, params, state);
         if (next == node) {
             parent = node;
             node = node.get_firstChild();

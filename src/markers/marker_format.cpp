@@ -100,8 +100,8 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
         if (equals == kNone || target == kNone || separator == kNone) {
             return;
         }
-        // "QL_EQL_TARGET" contains both words, sharing the "Q". There is no room for a value between them, so
-        // they count as out of order too.
+        // "QL_EQL_TARGET" contains both words, sharing the "Q". No value fits between them, so they count as
+        // out of order too.
         const std::size_t valueStart = equals + QL_EQ.size();
         if (target < valueStart || separator < target) {
             return;

@@ -1,11 +1,15 @@
 #include "kit/channels/channels.h"
 
 #include <cstdio>
+#include <optional>
 #include <random>
 
 #include "kit/kit_environment.h"
 #include "kit/slow_stream.h"
+#include "kit/text/convert.h"
+#include "platform/environment.h"
 #include "platform/temp_files.h"
+#include "support/environment.h"
 #include "support/test_drives.h"
 
 namespace ventrix {
@@ -140,7 +144,7 @@ Q_Channel* ChannelOn(SlowStreamC* stream) {
 
 TEST_F(Channels, ReportWhenTheStreamIsFull) {
     auto* stream = new SlowStreamC;
-    stream->room = 100;
+    stream->capacity = 100;
     stream->step = 7;
     Q_Channel* channel = ChannelOn(stream);
     const std::string text(1200, 'x');
@@ -178,7 +182,7 @@ TEST_F(Channels, CopyInBlocksIfTheStreamHasNoCopyTo) {
     EXPECT_EQ(Q_ChannelCopy(source, target), 0);
     EXPECT_EQ(to->content, std::string(1990, 's'));
     from->position = 0;
-    to->room = 2000;
+    to->capacity = 2000;
     EXPECT_EQ(Q_ChannelCopy(source, target), 1);
     Q_ChannelClose(&source);
     Q_ChannelClose(&target);
@@ -207,6 +211,40 @@ TEST_F(Channels, TemporaryChannelHasANewFileUntilItIsDeleted) {
     EXPECT_EQ(Q_ChannelCloseAndDelete(&channel), 0);
     EXPECT_EQ(channel, nullptr);
     EXPECT_FALSE(drives_.Exists(path));
+}
+
+/// Restores the setting of the temporary folder.
+class TempFolderScope {
+  public:
+    ~TempFolderScope() {
+        if (former_) {
+            platform::SetEnvironmentValue("TMPDIR", *former_);
+        } else {
+            test::RemoveVariable("TMPDIR");
+        }
+    }
+
+  private:
+    std::optional<std::string> former_ = platform::EnvironmentValue("TMPDIR");
+};
+
+TEST_F(Channels, TemporaryFolderMayHaveAnyNameThatTheEncodingHas) {
+    const EncodingScope scope("QuorlRoman");
+    const TempFolderScope restores;
+    const std::pair<std::string, bool> rows[] = {{"C:\\t\xC3\xA4", true}, {"C:\\\xE4\xB8\xAD", false}};
+    for (const auto& [folder, exists] : rows) {
+        drives_.MakeFolder(folder);
+        platform::SetEnvironmentValue("TMPDIR", drives_.Native(folder).string());
+        Q_Channel* channel = Q_ChannelOpenTemp();
+        ASSERT_EQ(channel != nullptr, exists) << folder;
+        EXPECT_EQ(drives_.Tree(folder).size(), exists ? 1U : 0U) << folder;
+        if (exists) {
+            const Q_String path(Q_CurrentToUtf8(channel->path));
+            EXPECT_TRUE(std::string(path.get()).starts_with(folder)) << path.get();
+            Q_ChannelCloseAndDelete(&channel);
+            EXPECT_EQ(drives_.Tree(folder).size(), 0U);
+        }
+    }
 }
 
 TEST_F(Channels, DifferFromCStreamsAsDocumented) {
