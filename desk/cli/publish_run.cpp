@@ -90,7 +90,7 @@ std::vector<std::pair<std::string, std::string>> NamedValues(const std::vector<s
 void SetTransformationOptions(const PublishPlan& plan, const PublishOptions& options, Session& session) {
     DitaOtSettings& settings = session.ditaOt;
     settings.transtype = options.transtype;
-    const std::string base = LayoutOf(session.files, session.document).commonFolder.utf8;
+    const std::string base = PackageLayoutOf(session.files, session.document).commonFolder.utf8;
     for (const NativePath& resource : plan.resources) {
         settings.resources.push_back({plan.output.utf8 + '/' + resource.utf8.substr(base.size())});
     }
