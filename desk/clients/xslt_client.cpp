@@ -78,8 +78,8 @@ std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const File
                : run.output.utf8 + " cannot be written; check its permissions and the free space";
 }
 
-/// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. The user did not ask for that
-/// transformation, so it is not recorded, and the user's options do not apply to it.
+/// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. The user did not ask for
+/// that transformation, so it is not recorded, and the user's options do not apply to it.
 bool IsOwn(const XsltRun& run) {
     return ToFilesystem(run.stylesheet).filename() == "Ventrix.xsl";
 }
