@@ -1,5 +1,6 @@
 #include "markers/decoding_walk.h"
 
+#include <span>
 #include <unordered_map>
 
 #include "markers/dom_helpers.h"
@@ -11,7 +12,7 @@ constexpr char kDefaultTagsAttribute[] = "data-twtags";
 constexpr char kMarkerPrefix[] = "QL_";  // Every marker word begins with it.
 
 /// The position of each token's first occurrence.
-std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vector<std::string>& tokens) {
+std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vector<std::string_view>& tokens) {
     std::unordered_map<std::string_view, std::size_t> positions;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
         positions.emplace(tokens[i], i);
@@ -20,51 +21,69 @@ std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vect
 }
 
 void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string_view text,
-                         const PublishParams& params) {
-    AttributePairs tagPairs;
-    AttributePairs targetPairs;
-    ParseAttributeGroup(text, tagPairs, targetPairs);
-    if (!tagPairs.empty()) {
-        ApplyTagPairs(document, element, tagPairs, params);
+                         const PublishParams& params, DecodingState& state) {
+    state.tagPairs.clear();
+    state.targetPairs.clear();
+    ParseAttributeGroup(text, state.tagPairs, state.targetPairs);
+    if (!state.tagPairs.empty()) {
+        ApplyTagPairs(document, element, state.tagPairs, params);
     }
-    for (std::size_t i = 0; i < targetPairs.size(); i += 2) {
-        SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1], true);
+    for (std::size_t i = 0; i < state.targetPairs.size(); i += 2) {
+        SetOrAppendAttribute(document, element, state.targetPairs[i], state.targetPairs[i + 1], true);
     }
+}
+
+bool HasMarkerPrefix(std::string_view text) {
+    return text.find(kMarkerPrefix) != std::string_view::npos;
+}
+
+/// The text of a node after the pass. No later step of the pass reads the words that are removed here.
+std::string_view WithoutMarkerWords(std::string_view text, std::string& buffer) {
+    return HasMarkerPrefix(text) ? buffer = RemoveMarkerWords(text) : text;
+}
+
+void InsertElementGroup(xml::Document& document, std::string_view piece, xml::Node textNode) {
+    const auto xmlText = ElementGroupXml(piece);
+    const xml::Node element = xmlText ? ParseElementXml(document, *xmlText) : xml::Node();
+    if (!element) {
+        return;
+    }
+    // A reference may stand for a part of a word.
+    if (HasMarkerPrefix(*xmlText) || xmlText->find('&') != std::string::npos) {
+        ClearMarkerWords(element);
+    }
+    textNode.get_parentNode().insertBefore(element, textNode);
 }
 
 }  // namespace
 
 // The order of the steps matters, since each reads what the one before has left of the text. Attribute groups
 // go first, wherever they are: only without them do the scoped groups begin the text. What remains after the
-// scoped groups is split at its element groups. If there are any, the pieces replace the text node, which
-// then need not be written.
-xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params) {
-    std::string buffer;
-    const std::string_view content = textNode.get_text(buffer);
+// scoped groups is split at its element groups, and the marker words left in the pieces are removed.
+xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
+                         DecodingState& state) {
+    const std::string_view content = textNode.get_text(state.content);
     // Without a marker word the text would stay as it is. Most text nodes of a file end here, without a copy.
-    if (content.find(kMarkerPrefix) == std::string_view::npos) {
+    if (!HasMarkerPrefix(content)) {
         return textNode.get_nextSibling();
     }
-    xml::Node parent = textNode.get_parentNode();
-    ApplyAttributeGroup(document, parent, content, params);
-    std::string text = StripAttributeGroups(content);
+    ApplyAttributeGroup(document, textNode.get_parentNode(), content, params, state);
+    std::string_view text = StripAttributeGroups(content, state.stripped);
     ApplyScopedEntries(document, textNode, TakeScopedGroups(text));
-    const std::vector<std::string> pieces = SplitElementGroups(text);
-    if (pieces.size() < 2) {
+    if (HasMarkerPrefix(text)) {
+        InsertPieces(document, SplitElementGroups(text), textNode);
+    } else {
         textNode.put_text(text);
-        return textNode.get_nextSibling();
     }
-    InsertPieces(document, pieces, textNode);
-    const xml::Node next = textNode.get_nextSibling();
-    parent.removeChild(textNode);
-    return next;
+    return textNode.get_nextSibling();
 }
 
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
                    const PublishParams& params) {
-    const std::string attribute = params.targetAttr.empty() ? kDefaultTagsAttribute : params.targetAttr;
-    const std::vector<std::string> tokens = SplitTagsValue(AttributeValue(element, attribute));
-    const auto positions = FirstPositions(tokens);
+    const std::string_view attribute =
+        params.targetAttr.empty() ? std::string_view(kDefaultTagsAttribute) : params.targetAttr;
+    const std::string value = AttributeValue(element, attribute);
+    const auto positions = FirstPositions(SplitTagsValue(value));
     std::string added;
     for (std::size_t i = 0; i < tagPairs.size(); i += 2) {
         // Names are at the even positions. A name that occurs first as a value counts as new.
@@ -97,18 +116,22 @@ void ApplyScopedEntries(xml::Document& document, xml::Node textNode, ScopedEntri
     }
 }
 
-void InsertPieces(xml::Document& document, const std::vector<std::string>& pieces, xml::Node textNode) {
+void InsertPieces(xml::Document& document, const std::vector<std::string_view>& pieces, xml::Node textNode) {
     xml::Node parent = textNode.get_parentNode();
-    for (const std::string& piece : pieces) {
-        if (!piece.starts_with(QL_ELEM_S)) {
-            parent.insertBefore(NewTextNode(document, piece), textNode);
-            continue;
-        }
-        const auto xmlText = ElementGroupXml(piece);
-        if (const xml::Node element = xmlText ? ParseElementXml(document, *xmlText) : xml::Node()) {
-            parent.insertBefore(element, textNode);
+    std::string buffer;
+    for (const std::string_view piece : std::span(pieces).first(pieces.size() - 1)) {
+        if (piece.starts_with(QL_ELEM_S)) {
+            InsertElementGroup(document, piece, textNode);
+        } else {
+            parent.insertBefore(NewTextNode(document, WithoutMarkerWords(piece, buffer)), textNode);
         }
     }
+    // After a group, an unbalanced one does not stay in the text.
+    const bool endsWithGroup = pieces.size() > 1 && pieces.back().starts_with(QL_ELEM_S);
+    if (endsWithGroup) {
+        InsertElementGroup(document, pieces.back(), textNode);
+    }
+    textNode.put_text(endsWithGroup ? std::string_view() : WithoutMarkerWords(pieces.back(), buffer));
 }
 
 void ClearMarkerWords(xml::Node element) {
@@ -119,7 +142,7 @@ void ClearMarkerWords(xml::Node element) {
             continue;
         }
         const std::string_view text = node.get_text(buffer);
-        if (text.find(kMarkerPrefix) != std::string_view::npos) {
+        if (HasMarkerPrefix(text)) {
             node.put_text(RemoveMarkerWords(text));
         }
     }

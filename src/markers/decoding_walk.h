@@ -1,9 +1,10 @@
 // What a pass does to one node of the generated HTML: marker text becomes attributes of the elements around
-// the text and elements in the text. Nothing here fails; marker text that cannot be read stays in the text,
-// and ClearMarkerWords removes its words.
+// the text and elements in the text. Nothing here fails; marker text that cannot be read stays in the text
+// without its words.
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "markers/marker_format.h"
@@ -12,8 +13,18 @@
 
 namespace ventrix {
 
-/// Decodes one filled text node. Returns the sibling at which the walk continues; null after the last one.
-xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params);
+/// What the walk keeps from one text node to the next: scratch memory.
+struct DecodingState {
+    std::string content;         ///< Of the text node.
+    std::string stripped;        ///< The content without attribute groups.
+    AttributePairs tagPairs;     ///< Of the content's attribute group.
+    AttributePairs targetPairs;  ///< The same.
+};
+
+/// Decodes one filled text node. No marker word is left in it and in the elements that it contained. Returns
+/// the sibling at which the walk continues; null after the last one.
+xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
+                         DecodingState& state);
 
 /// Appends the pairs to the element's tags attribute, except those whose name its value already had.
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
@@ -23,11 +34,13 @@ void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePa
 /// has a value already. Entries without such an element are dropped.
 void ApplyScopedEntries(xml::Document& document, xml::Node textNode, ScopedEntries entries);
 
-/// Inserts the pieces of a text node in front of it: element groups as elements, others as text nodes. An
-/// element group whose XML does not parse is dropped.
-void InsertPieces(xml::Document& document, const std::vector<std::string>& pieces, xml::Node textNode);
+/// Puts the pieces in the place of the text node: element groups as elements, others as text nodes, of which
+/// the text node itself becomes the last. An element group whose XML does not parse is dropped. There is at
+/// least one piece; marker words that are left in the pieces are removed.
+void InsertPieces(xml::Document& document, const std::vector<std::string_view>& pieces, xml::Node textNode);
 
-/// Removes the marker words from all text nodes below the element.
+/// Removes the marker words from all text nodes below the element. The walk does this for elements that it
+/// does not enter.
 void ClearMarkerWords(xml::Node element);
 
 }  // namespace ventrix

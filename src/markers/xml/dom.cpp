@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "markers/xml/characters.h"
 #include "markers/xml/document_store.h"
 #include "markers/xml/libxml.h"
 #include "markers/xml/loading.h"
@@ -216,15 +217,18 @@ Node Document::createQuotedXml(std::string_view before, Node element, std::strin
     return store_->Handle(store_->AddQuoted(before, record.begin, store_->ElementEnd(record), after));
 }
 
+Node Document::createElementFrom(std::string_view xml) {
+    return {store_.get(), LoadElement(*store_, xml)};
+}
+
 Node Document::createAttribute(std::string_view name) {
-    const std::string terminated(name);
-    if (xmlValidateQName(Chars(terminated), 0) != 0) {
+    if (!IsPlainName(name) && xmlValidateQName(Chars(std::string(name)), 0) != 0) {
         return {};
     }
     const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
     NodeRecord& record = store_->At(index);
     record.Set(kCreated | kOwnContent);
-    record.SetNameString(store_->strings.Intern(terminated));
+    record.SetNameString(store_->strings.Intern(name));
     return {store_.get(), index};
 }
 

@@ -62,6 +62,33 @@ inline constexpr std::array<std::pair<char, std::string_view>, 5> kMarkupCharact
 }};
 inline constexpr EscapeTable kMarkupEscapes = MakeEscapeTable(kMarkupCharacters);
 
+struct NamedCharacter {
+    char character;
+    std::size_t length;  ///< Of the entity, from its "&" to past its ";"; 0 if there is none.
+};
+
+/// The predefined entity at the start of the text.
+inline NamedCharacter NamedCharacterAt(std::string_view text) {
+    const auto entity = [&](const std::pair<char, std::string_view>& pair) {
+        return NamedCharacter{pair.first, text.starts_with(pair.second) ? pair.second.size() : 0};
+    };
+    if (text.size() < sizeof "&lt;" - 1 || text[0] != '&') {
+        return {'&', 0};
+    }
+    switch (text[1]) {
+        case 'a':
+            return text[2] == 'm' ? entity(kMarkupCharacters[0]) : entity(kMarkupCharacters[4]);
+        case 'l':
+            return entity(kMarkupCharacters[1]);
+        case 'g':
+            return entity(kMarkupCharacters[2]);
+        case 'q':
+            return entity(kMarkupCharacters[3]);
+        default:
+            return {'&', 0};
+    }
+}
+
 void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& table);
 
 }  // namespace ventrix::xml

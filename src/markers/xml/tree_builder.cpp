@@ -17,17 +17,6 @@ bool EndsName(char c) {
     return IsWhitespace(c) || c == '>' || c == '/' || c == '=';
 }
 
-/// True for a name of ASCII with at most one colon, which has a name on either side.
-bool IsPlainName(std::string_view name) {
-    const std::size_t colon = name.find(':');
-    const auto isLocal = [](std::string_view part) {
-        return !part.empty() && (ClassOf(part[0]) & kNameStart) != 0 && part.find(':') == kNotFound;
-    };
-    const bool parts = colon == kNotFound ? isLocal(name)
-                                          : isLocal(name.substr(0, colon)) && isLocal(name.substr(colon + 1));
-    return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & kNameByte) != 0; });
-}
-
 /// The attribute names of one start tag, to find duplicates. A tag with more than fit is left to the parser.
 class TagNames {
   public:
