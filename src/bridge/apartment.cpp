@@ -16,9 +16,23 @@ void ReleaseFilter() {
     }
 }
 
+/// The registered filter can only be had by replacing it. One that other code has registered since is put
+/// back.
+void RevokeFilter() {
+    IMessageFilter* registered = nullptr;
+    CoRegisterMessageFilter(nullptr, &registered);
+    if (registered != nullptr && registered != connection.messageFilter) {
+        CoRegisterMessageFilter(registered, nullptr);
+    }
+    if (registered != nullptr) {
+        registered->Release();
+    }
+}
+
 }  // namespace
 
 void EnterApartment() {
+    connection.leavesAfterCall = false;
     const HRESULT entered = CoInitialize(nullptr);
     if (entered == S_OK) {
         connection.apartmentOwned = true;
@@ -33,9 +47,13 @@ void EnterApartment() {
 }
 
 void LeaveApartment() {
+    connection.leavesAfterCall = connection.openCalls > 0;
+    if (connection.leavesAfterCall) {
+        return;
+    }
     if (connection.messageFilter != nullptr) {
         // Before the apartment is left: after that the platform would keep the filter.
-        CoRegisterMessageFilter(nullptr, nullptr);
+        RevokeFilter();
         ReleaseFilter();
     }
     if (std::exchange(connection.apartmentOwned, false)) {

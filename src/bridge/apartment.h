@@ -8,7 +8,8 @@ namespace ventrix {
 /// apartment, entered by this function or by other code.
 void EnterApartment();
 
-/// Revokes the filter, and leaves the apartment if EnterApartment entered it.
+/// Revokes the filter, and leaves the apartment if EnterApartment entered it. During a call to the host, both
+/// wait until the call returns.
 void LeaveApartment();
 
 }  // namespace ventrix

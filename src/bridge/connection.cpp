@@ -61,20 +61,15 @@ void QueryHostInterfaces(IUnknown* root, unsigned first, unsigned last) {
 }
 
 void AskWhoOwnsResults() {
-    IUnknown* ownership = HostInterface(HostOwnsResultsMethod::kInterfaceNumber);
-    if (ownership != nullptr && CallMethod<HostOwnsResultsMethod>(ownership, 1) == S_OK) {
+    if (CallMethod<HostOwnsResultsMethod>(1) == S_OK) {
         connection.hostOwnsResults = true;
     }
 }
 
 void RegisterWithHost(const Q_PropList* description) {
     IUnknown* notifications = static_cast<ComUltraliteC*>(connection.notifications);
-    CallMethod<RegisterClientMethod>(HostInterface(kMainHostInterface), notifications, kRegistrationWord,
-                                     description);
-    IUnknown* handleTaker = HostInterface(TakeModuleHandleMethod::kInterfaceNumber);
-    if (handleTaker != nullptr) {
-        CallMethod<TakeModuleHandleMethod>(handleTaker, connection.module);
-    }
+    CallMethod<RegisterClientMethod>(notifications, kRegistrationWord, description);
+    CallMethod<TakeModuleHandleMethod>(connection.module);
 }
 
 /// Adds a property for each client key of the module's version block.

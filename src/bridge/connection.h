@@ -22,6 +22,8 @@ struct ClientConnection {
     bool kitReady;                          ///< Cleared when the host calls Quit.
     bool apartmentOwned;                    ///< EnterApartment entered the apartment.
     IMessageFilter* messageFilter;          ///< A counted reference to the registered filter, or null.
+    std::uint32_t openCalls;                ///< Calls of the host that have not returned.
+    bool leavesAfterCall;                   ///< The apartment is left when the last of them returns.
 };
 
 extern ClientConnection connection;

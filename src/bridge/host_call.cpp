@@ -1,8 +1,21 @@
 #include "bridge/host_call.h"
 
+#include "bridge/apartment.h"
 #include "kit/last_error.h"
 
 namespace ventrix {
+
+HostCallScope::HostCallScope(IUnknown* target) : target_(target) {
+    target_->AddRef();
+    ++connection.openCalls;
+}
+
+HostCallScope::~HostCallScope() {
+    target_->Release();
+    if (--connection.openCalls == 0 && connection.leavesAfterCall) {
+        LeaveApartment();
+    }
+}
 
 bool AcceptHostResult(HRESULT result) {
     if (SUCCEEDED(result)) {

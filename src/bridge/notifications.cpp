@@ -63,12 +63,13 @@ HRESULT HandOutResource(std::uint32_t type, const char* name, Q_ResourceRecord* 
 }
 
 // The callback keeps its string and its array; the host gets copies in kit memory. The array is a block also
-// if it is empty.
+// if it is empty, and missing if its size exceeds that of a block.
 void CopyCmsResult(const Q_CmsRecord& from, Q_CmsRecord* record) {
     *record = from;
     record->text = Q_StrDup(from.text);
-    const auto size = static_cast<std::uint32_t>(from.count * sizeof(std::int32_t));
-    record->numbers = static_cast<std::int32_t*>(Q_Alloc(size, 0));
+    const std::size_t size = from.count * sizeof(std::int32_t);
+    const auto kitSize = static_cast<std::uint32_t>(size);
+    record->numbers = kitSize == size ? static_cast<std::int32_t*>(Q_Alloc(kitSize, 0)) : nullptr;
     if (record->numbers == nullptr || from.numbers == nullptr) {
         record->count = 0;
     } else {

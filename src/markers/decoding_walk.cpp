@@ -1,7 +1,7 @@
 #include "markers/decoding_walk.h"
 
 #include <span>
-#include <unordered_map>
+#include <utility>
 
 #include "markers/dom_helpers.h"
 
@@ -11,13 +11,47 @@ namespace {
 constexpr char kDefaultTagsAttribute[] = "data-twtags";
 constexpr char kMarkerPrefix[] = "QL_";  // Every marker word begins with it.
 
-/// The position of each token's first occurrence.
-std::unordered_map<std::string_view, std::size_t> FirstPositions(const std::vector<std::string_view>& tokens) {
-    std::unordered_map<std::string_view, std::size_t> positions;
-    for (std::size_t i = 0; i < tokens.size(); ++i) {
-        positions.emplace(tokens[i], i);
+std::string_view TagsAttribute(const PublishParams& params) {
+    return params.targetAttr.empty() ? std::string_view(kDefaultTagsAttribute) : params.targetAttr;
+}
+
+/// The entry of the innermost open element.
+TagTokens& TokensOf(xml::Node element, DecodingState& state) {
+    if (state.open.empty() || state.open.back().element != element) {
+        state.open.emplace_back().element = element;
     }
-    return positions;
+    return state.open.back();
+}
+
+/// Adds what follows the value that the tokens were read from.
+void AddTokens(TagTokens& tokens, std::string_view value) {
+    const std::string text = tokens.tail.append(value);
+    for (const std::string_view token : SplitTagsValue(text)) {
+        tokens.firstPositions.emplace(token, tokens.count++);
+    }
+    const std::size_t last = text.rfind(QL_SEP);
+    tokens.tail = last == std::string::npos ? text : text.substr(last + QL_SEP.size());
+}
+
+/// Reads the tokens that the attribute has. Most elements have one text node, and so no tokens when it is
+/// decoded.
+void ReadTokens(TagTokens& tokens, std::string_view attribute) {
+    if (!tokens.isRead) {
+        const std::string value = AttributeValue(tokens.element, attribute);
+        tokens.isRead = !value.empty();
+        if (tokens.isRead) {
+            AddTokens(tokens, value);
+        }
+    }
+}
+
+/// Names are at the even positions. A name that occurs first as a value counts as new.
+bool HasName(const TagTokens& tokens, std::string_view name) {
+    if (tokens.firstPositions.empty()) {
+        return false;
+    }
+    const auto found = tokens.firstPositions.find(std::string(name));
+    return found != tokens.firstPositions.end() && found->second % 2 == 0;
 }
 
 void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string_view text,
@@ -26,11 +60,25 @@ void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string
     state.targetPairs.clear();
     ParseAttributeGroup(text, state.tagPairs, state.targetPairs);
     if (!state.tagPairs.empty()) {
-        ApplyTagPairs(document, element, state.tagPairs, params);
+        ApplyTagPairs(document, element, state.tagPairs, params, state);
     }
-    for (std::size_t i = 0; i < state.targetPairs.size(); i += 2) {
-        SetOrAppendAttribute(document, element, state.targetPairs[i], state.targetPairs[i + 1], true);
+    const AttributePairs& targetPairs = state.targetPairs;
+    for (std::size_t i = 0; i < targetPairs.size(); i += 2) {
+        SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1], true);
+        if (targetPairs[i] == TagsAttribute(params)) {
+            state.open.clear();
+        }
     }
+}
+
+/// Whether one of the entries is for the tags attribute.
+bool AddsTags(const ScopedEntries& entries, const PublishParams& params) {
+    for (std::size_t i = 0; i < entries.size(); i += 3) {
+        if (entries[i + 1] == TagsAttribute(params)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool HasMarkerPrefix(std::string_view text) {
@@ -69,7 +117,11 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
     }
     ApplyAttributeGroup(document, textNode.get_parentNode(), content, params, state);
     std::string_view text = StripAttributeGroups(content, state.stripped);
-    ApplyScopedEntries(document, textNode, TakeScopedGroups(text));
+    ScopedEntries entries = TakeScopedGroups(text);
+    if (AddsTags(entries, params)) {
+        state.open.clear();
+    }
+    ApplyScopedEntries(document, textNode, std::move(entries));
     if (HasMarkerPrefix(text)) {
         InsertPieces(document, SplitElementGroups(text), textNode);
     } else {
@@ -78,24 +130,30 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
     return textNode.get_nextSibling();
 }
 
+void LeaveElement(xml::Node element, DecodingState& state) {
+    if (!state.open.empty() && state.open.back().element == element) {
+        state.open.pop_back();
+    }
+}
+
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
-                   const PublishParams& params) {
-    const std::string_view attribute =
-        params.targetAttr.empty() ? std::string_view(kDefaultTagsAttribute) : params.targetAttr;
-    const std::string value = AttributeValue(element, attribute);
-    const auto positions = FirstPositions(SplitTagsValue(value));
+                   const PublishParams& params, DecodingState& state) {
+    const std::string_view attribute = TagsAttribute(params);
+    TagTokens& tokens = TokensOf(element, state);
+    ReadTokens(tokens, attribute);
     std::string added;
     for (std::size_t i = 0; i < tagPairs.size(); i += 2) {
-        // Names are at the even positions. A name that occurs first as a value counts as new.
-        const auto found = positions.find(tagPairs[i]);
-        if (found != positions.end() && found->second % 2 == 0) {
-            continue;
+        if (!HasName(tokens, tagPairs[i])) {
+            added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
         }
-        added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
     }
     // Appending nothing would still rewrite the attribute, and not leave it as the file has it.
-    if (!added.empty()) {
-        SetOrAppendAttribute(document, element, attribute, added, false);
+    if (added.empty()) {
+        return;
+    }
+    SetOrAppendAttribute(document, element, attribute, added, false);
+    if (tokens.isRead) {
+        AddTokens(tokens, added);
     }
 }
 

@@ -3,8 +3,10 @@
 // without its words.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "markers/marker_format.h"
@@ -13,12 +15,24 @@
 
 namespace ventrix {
 
-/// What the walk keeps from one text node to the next: scratch memory.
+/// The tokens of an element's tags attribute.
+struct TagTokens {
+    xml::Node element;
+    bool isRead = false;  ///< The other fields are up to date.
+    std::unordered_map<std::string, std::size_t> firstPositions;
+    std::size_t count = 0;
+    std::string tail;  ///< What follows the last token in the value.
+};
+
+/// What the walk keeps from one text node to the next.
 struct DecodingState {
-    std::string content;         ///< Of the text node.
-    std::string stripped;        ///< The content without attribute groups.
-    AttributePairs tagPairs;     ///< Of the content's attribute group.
-    AttributePairs targetPairs;  ///< The same.
+    /// The tokens of the open elements with tag pairs, innermost last, so that each text node of an element
+    /// costs only what it adds.
+    std::vector<TagTokens> open;
+    std::string content;         ///< Scratch memory: of the text node.
+    std::string stripped;        ///< Scratch memory: the content without attribute groups.
+    AttributePairs tagPairs;     ///< Scratch memory: of the content's attribute group.
+    AttributePairs targetPairs;  ///< Scratch memory: the same.
 };
 
 /// Decodes one filled text node. No marker word is left in it and in the elements that it contained. Returns
@@ -26,9 +40,12 @@ struct DecodingState {
 xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
                          DecodingState& state);
 
+/// The walk leaves an element.
+void LeaveElement(xml::Node element, DecodingState& state);
+
 /// Appends the pairs to the element's tags attribute, except those whose name its value already had.
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
-                   const PublishParams& params);
+                   const PublishParams& params, DecodingState& state);
 
 /// Applies each entry to the nearest element of its name around the text node: sets the attribute, unless it
 /// has a value already. Entries without such an element are dropped.

@@ -128,6 +128,7 @@ void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, con
     xml::Node node = element.get_firstChild();
     while (node || parent != element) {
         if (!node) {
+            LeaveElement(parent, decoding);
             LeaveElement(parent, state.inherited);
             state.textFollows.reset();  // It described the last run of siblings of the inner level.
             node = parent.get_nextSibling();

@@ -92,11 +92,10 @@ void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::strin
         AddAttribute(document, element, name, value);
         return;
     }
-    std::string joined = NodeText(attribute);
     if (withBlank) {
-        joined += ' ';
+        attribute.append_text(" ");
     }
-    attribute.put_text(joined.append(value));
+    attribute.append_text(value);
 }
 
 std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main) {
@@ -113,6 +112,10 @@ xml::Node ParseElementXml(xml::Document& main, std::string_view xmlText) {
     const std::unique_ptr<xml::Document> scratch = NewScratchDocument(main);
     scratch->setProperty("ProhibitDTD", false);
     scratch->loadXML(xmlText);
+    if (xmlText.find("<!DOCTYPE") != std::string_view::npos) {
+        // The declarations do not come along into the main document, so what refers to them is expanded.
+        scratch->loadXML(scratch->get_documentElement().get_xml());
+    }
     return scratch->get_documentElement();
 }
 

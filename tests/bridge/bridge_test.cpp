@@ -51,7 +51,8 @@ void HtmlDialogEventEx(std::int32_t event, std::intptr_t first, std::intptr_t se
     callbackLog.push_back("HtmlDialogEventEx " + Line(event, first, second));
 }
 
-// Command 1 gives a string and two numbers, any other an empty record.
+// Command 1 gives a string and two numbers, 3 a count of numbers whose size in bytes exceeds 32 bits, any
+// other an empty record.
 void CMSCommand(std::int32_t command, const char* text, std::int32_t integer, std::intptr_t value,
                 Q_CmsRecord* record) {
     static char answer[] = "checked in";
@@ -59,6 +60,8 @@ void CMSCommand(std::int32_t command, const char* text, std::int32_t integer, st
     callbackLog.push_back("CMSCommand " + Line(command) + " " + Piece(text) + " " + Line(integer, value));
     if (command == 1) {
         *record = {{1, 2, 3, 4, 5, 6, 7, 8}, answer, 2, {9, 10, 11, 12}, numbers};
+    } else if (command == 3) {
+        *record = {{}, nullptr, 0x40000001, {}, numbers};
     }
 }
 

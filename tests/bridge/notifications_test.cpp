@@ -1,13 +1,16 @@
 #include "bridge/notifications.h"
 
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
 #include "bridge/bridge_test.h"
 #include "bridge/connection.h"
 #include "kit/console.h"
 #include "kit/memory.h"
+#include "platform/library.h"
 #include "platform/module.h"
+#include "support/test_drives.h"
 
 namespace ventrix::test {
 namespace {
@@ -138,6 +141,22 @@ TEST_F(NotificationsTest, ResourceTypeZeroIsThePathOfTheModule) {
     EXPECT_EQ(object_->GetResource(0, nullptr, &record), E_FAIL) << "not a module handle";
 }
 
+TEST_F(NotificationsTest, PathOfTheModuleHasAtMost259Bytes) {
+    const TestDrives drives;
+    const std::string folder = "C:\\" + std::string(200, 'x') + "\\";
+    drives.MakeFolder(folder);
+    for (const std::size_t length : {259U, 260U}) {
+        const std::string path = folder + std::string(length - folder.size(), 'm');
+        std::filesystem::copy_file(VENTRIX_TEST_LIBRARY, drives.Native(path));
+        connection.module = platform::OpenLibrary(path);
+        ASSERT_EQ(platform::ModuleFileName(connection.module), path);
+        Q_ResourceRecord record = {};
+        EXPECT_EQ(object_->GetResource(0, nullptr, &record), length < 260 ? S_OK : E_FAIL);
+        EXPECT_EQ(record.size, length < 260 ? length + 1 : 0);
+        CoTaskMemFree(record.data);
+    }
+}
+
 TEST_F(NotificationsTest, CmsCommandHandsOutCopies) {
     auto* cms = Query<IQuorlaneCMSNotifications0>(object_, kCmsNotifications0Id);
     Q_CmsRecord record = {};
@@ -155,6 +174,10 @@ TEST_F(NotificationsTest, CmsCommandHandsOutCopies) {
     EXPECT_EQ(record.count, 0U);
     EXPECT_NE(record.numbers, nullptr) << "an empty array is a block too";
     Q_Free(record.numbers);
+
+    EXPECT_EQ(cms->CMSCommand(3, "in", 5, 6, &record), S_OK);
+    EXPECT_EQ(record.count, 0U) << "an array of more than 4 GiB cannot be copied";
+    EXPECT_EQ(record.numbers, nullptr);
     cms->Release();
 }
 

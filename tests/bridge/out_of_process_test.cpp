@@ -2,6 +2,8 @@
 // test's, so that waiting for a busy host takes no time.
 #include "bridge/out_of_process.h"
 
+#include <functional>
+
 #include "bridge/apartment.h"
 #include "bridge/bridge_test.h"
 #include "bridge/connection.h"
@@ -174,6 +176,13 @@ TEST_F(OutOfProcessTest, CallsOfTheHostAreServedUntilTheQuitMessage) {
     EXPECT_EQ(callbackLog, Lines({"Notify 13 0 [first] 0", "Notify 13 0 [second] 0"}));
     EXPECT_FALSE(Q_ApiIsConnected());
     EXPECT_FALSE(connection.apartmentOwned);
+
+    Host().DropClient();
+    platform::PostToThread(thread, [this] { Host().Notifications()->Notify(13, 0, "again", 0); });
+    PostQuitMessage(0);
+    EXPECT_TRUE(connection.loopEnded);
+    EXPECT_EQ(Q_ApiRunClient(), 0);
+    EXPECT_EQ(callbackLog.back(), "Notify 13 0 [again] 0") << "a later run has a loop of its own";
 }
 
 TEST_F(OutOfProcessTest, LoopStopsAfterTheMessageThatStopsIt) {
@@ -219,6 +228,80 @@ TEST_F(OutOfProcessTest, CallToABusyHostIsRepeated) {
     EXPECT_EQ(attempts, 45);
     // No wait as long as a quarter of the elapsed time is below 100 ms, then a quarter of the elapsed time.
     EXPECT_EQ(time.waits, std::vector<std::uint32_t>({100, 127, 161, 204, 258}));
+}
+
+TEST_F(OutOfProcessTest, CallIsNotRepeatedAfterTheConnectionHasEnded) {
+    const struct {
+        const char* name;
+        std::function<void()> end;
+        bool keepsApartment;
+    } rows[] = {
+        {"the host drops the client", [this] { Host().DropClient(); }, true},
+        {"the client disconnects", [] { Q_ApiDisconnect(); }, false},
+        {"the client makes a call and disconnects",
+         [] {
+             Q_ApiWriteConsole("ends");
+             Q_ApiDisconnect();
+             Q_ApiWriteConsole("ended");
+         },
+         false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        int attempts = 0;
+        std::uint32_t now = 0;
+        const platform::CallClock clock = {[&] { return now += 500; },
+                                           [&](std::uint32_t) {
+                                               row.end();
+                                               EXPECT_EQ(Host().references, 1) << "held by the open call";
+                                               EXPECT_TRUE(connection.apartmentOwned);
+                                           }};
+        Host().onClient = [&](const std::string&) { ++attempts; };
+        Host().failures["InvokeClient"] = RPC_E_SERVERCALL_RETRYLATER;
+        ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+        platform::ReplaceCallClock(&clock);
+        EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 0);
+        platform::ReplaceCallClock(nullptr);
+        EXPECT_EQ(attempts, 1);
+        EXPECT_EQ(Q_ApiLastError, -1);
+        EXPECT_EQ(Host().references, 0);
+        EXPECT_EQ(connection.apartmentOwned, row.keepsApartment);
+        EXPECT_EQ(connection.messageFilter != nullptr, row.keepsApartment);
+        Host().DropClient();
+    }
+}
+
+TEST_F(OutOfProcessTest, ConnectingAgainDuringACallKeepsTheApartment) {
+    std::uint32_t now = 0;
+    const platform::CallClock clock = {[&] { return now += 500; },
+                                       [&](std::uint32_t) {
+                                           Q_ApiDisconnect();
+                                           Host().DropClient();
+                                           EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+                                           Host().failures.clear();
+                                       }};
+    Host().failures["InvokeClient"] = RPC_E_SERVERCALL_RETRYLATER;
+    ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    platform::ReplaceCallClock(&clock);
+    Q_ApiInvokeClient("Other", "Go");
+    EXPECT_TRUE(Q_ApiIsConnected() && connection.apartmentOwned && connection.messageFilter != nullptr);
+    Q_ApiDisconnect();
+    EXPECT_FALSE(connection.apartmentOwned);
+}
+
+TEST_F(OutOfProcessTest, FilterOfOtherCodeStaysRegistered) {
+    ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    CoInitialize(nullptr);
+    auto* other = new DefaultClientMessageFilterC;
+    CoRegisterMessageFilter(other, nullptr);
+    Q_ApiDisconnect();
+    EXPECT_EQ(connection.messageFilter, nullptr);
+    IMessageFilter* left = nullptr;
+    EXPECT_EQ(CoRegisterMessageFilter(nullptr, &left), S_OK);
+    ASSERT_EQ(left, other);
+    left->Release();
+    EXPECT_EQ(other->Release(), 0U);
+    CoUninitialize();
 }
 
 }  // namespace

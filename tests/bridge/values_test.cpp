@@ -294,5 +294,25 @@ TEST_F(ValuesTest, CopyThatRunsOutOfMemoryCanBeFreed) {
     Q_ApiFreeValue(&numbers);
 }
 
+TEST_F(ValuesTest, ListsMayBeNestedDeeperThanTheStack) {
+    Q_Value value = {};
+    for (int level = 0; level < 100000; ++level) {
+        auto* list = NewArray<Q_ValueList>(1);
+        *list = {1, NewArray<Q_Value>(1)};
+        list->items[0] = value;
+        value.tag = kListTag;
+        value.list = list;
+    }
+    Q_Value copy = Q_ApiCopyValue(&value);
+    int levels = 0;
+    for (const Q_Value* at = &copy; at->tag == kListTag; at = at->list->items) {
+        ++levels;
+    }
+    EXPECT_EQ(levels, 100000);
+    Q_ApiFreeValue(&value);
+    Q_ApiFreeValue(&copy);
+    EXPECT_EQ(copy.list, nullptr);
+}
+
 }  // namespace
 }  // namespace ventrix::test

@@ -1,11 +1,15 @@
 #include "kit/channels/channels.h"
 
 #include <cstdio>
+#include <optional>
 #include <random>
 
 #include "kit/kit_environment.h"
 #include "kit/slow_stream.h"
+#include "kit/text/convert.h"
+#include "platform/environment.h"
 #include "platform/temp_files.h"
+#include "support/environment.h"
 #include "support/test_drives.h"
 
 namespace ventrix {
@@ -207,6 +211,30 @@ TEST_F(Channels, TemporaryChannelHasANewFileUntilItIsDeleted) {
     EXPECT_EQ(Q_ChannelCloseAndDelete(&channel), 0);
     EXPECT_EQ(channel, nullptr);
     EXPECT_FALSE(drives_.Exists(path));
+}
+
+TEST_F(Channels, TemporaryFolderMayHaveAnyNameThatTheEncodingHas) {
+    const EncodingScope scope("QuorlRoman");
+    const std::optional<std::string> former = platform::EnvironmentValue("TMPDIR");
+    const std::pair<std::string, bool> rows[] = {{"C:\\t\xC3\xA4", true}, {"C:\\\xE4\xB8\xAD", false}};
+    for (const auto& [folder, exists] : rows) {
+        drives_.MakeFolder(folder);
+        platform::SetEnvironmentValue("TMPDIR", drives_.Native(folder).string());
+        Q_Channel* channel = Q_ChannelOpenTemp();
+        ASSERT_EQ(channel != nullptr, exists) << folder;
+        EXPECT_EQ(drives_.Tree(folder).size(), exists ? 1U : 0U) << folder;
+        if (exists) {
+            const Q_String path(Q_CurrentToUtf8(channel->path));
+            EXPECT_TRUE(std::string(path.get()).starts_with(folder)) << path.get();
+            Q_ChannelCloseAndDelete(&channel);
+            EXPECT_EQ(drives_.Tree(folder).size(), 0U);
+        }
+    }
+    if (former) {
+        platform::SetEnvironmentValue("TMPDIR", *former);
+    } else {
+        test::RemoveVariable("TMPDIR");
+    }
 }
 
 TEST_F(Channels, DifferFromCStreamsAsDocumented) {

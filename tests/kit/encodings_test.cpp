@@ -30,9 +30,10 @@ TEST(Encodings, BytePairsAreRecognisedByTheirRanges) {
         bool isPair;
     } rows[] = {
         {0, "\x81\x40", false}, {1, "\x81\x40", true},  {1, "\x9F\xFC", true},  {1, "\xA0\x40", false},
-        {1, "\xE0\x7E", true},  {1, "\xFC\x7F", false}, {1, "\xFD\x80", false}, {2, "\xA1\xA1", true},
-        {2, "\xA1\x40", false}, {2, "\xFE\xFF", false}, {3, "\xA1\x7E", true},  {3, "\xA1\x80", false},
-        {4, "\x81\x7F", true},  {4, "\x80\x80", false}, {4, "\xFF\x80", false}, {5, "\xC3\xA4", false},
+        {1, "\xE0\x7E", true},  {1, "\xFC\x7F", false}, {1, "\xFC\x40", true},  {1, "\xFD\x40", false},
+        {1, "\xFD\x80", false}, {2, "\xA1\xA1", true},  {2, "\xA1\x40", false}, {2, "\xFE\xFF", false},
+        {3, "\xA1\x7E", true},  {3, "\xA1\x80", false}, {4, "\x81\x7F", true},  {4, "\x80\x80", false},
+        {4, "\xFF\x80", false}, {5, "\xC3\xA4", false},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(Q_IsBytePair(Q_EncodingAt(row.encoding), row.pair[0], row.pair[1]), row.isPair)

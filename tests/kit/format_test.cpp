@@ -35,6 +35,12 @@ TEST(Format, ConversionsDifferFromTheCLibraryAsDocumented) {
     EXPECT_EQ(Formatted("[%C|%3C|%-3C]", "äöü", "x", "\xF0\x9F\x98\x80"), "[ä|  x|\xF0\x9F\x98\x80]");
     EXPECT_EQ(Formatted("[%C|%2C]", null, ""), "[|  ]");
     EXPECT_EQ(Formatted("[%c]", 0), "[]");
+    // Forms of other C runtimes.
+    EXPECT_EQ(Formatted("%'d|%'.2f|%-'6u|", 1234567, 9876.5, 4321), "1234567|9876.50|4321  |");
+    EXPECT_EQ(Formatted("%I64d|%I64X|%'012I64d", -1234567890123LL, 0xABCDEF0123ULL, 1234567890LL),
+              "-1234567890123|ABCDEF0123|001234567890");
+    EXPECT_EQ(Formatted("%I32d|%Iu|%s", -7, std::size_t{1} << 40, "end"), "-7|1099511627776|end");
+    EXPECT_EQ(Formatted(("%" + std::string(150, 'I') + "d").c_str(), 1), "%" + std::string(150, 'I') + "d");
     // From a "%" without a valid conversion on, the format is written unchanged.
     EXPECT_EQ(Formatted("%d 100%", 1), "1 100%");
     EXPECT_EQ(Formatted("%d %y %d", 1, 2), "1 %y %d");

@@ -122,6 +122,8 @@ TEST_F(NetworkFiles, FailuresStoreTheLibrarysErrorNumber) {
     EXPECT_EQ(Q_SaveNetFile("net://none.txt", &error), 5);
     EXPECT_EQ(error, 21);
     EXPECT_EQ(Q_FetchNetFile("net://none.txt", kFetchToWrite, &text, nullptr), 5);
+    EXPECT_EQ(Q_UploadNetFolder("net://up", "C:\\none", &error), 5);
+    EXPECT_EQ(error, 19) << "the library's last error number";
     EXPECT_DEATH(Q_CleanUrl("net://a", nullptr), "");
 }
 
@@ -152,6 +154,24 @@ TEST_F(NetworkFiles, AreJoinedAndRelatedAsUrls) {
     EXPECT_EQ(RelativeTo("net://host/a/b%20c/d.xml", "net://host/a/x/y.xml"), "..\\b c\\d.xml");
     EXPECT_EQ(RelativeTo("net://other/d.xml", "net://host/y.xml"), "net://other/d.xml");
     EXPECT_EQ(RelativeTo("net://host/d.xml", "C:\\y.xml"), "net://host/d.xml");
+}
+
+TEST_F(NetworkFiles, SuccessWithoutAStringIsAFailure) {
+    drives_.Write("C:\\cache\\null.txt", "from the cache");
+    char* text = nullptr;
+    std::int32_t error = -1;
+    EXPECT_EQ(Q_FetchNetFile("net://null-new.txt", kFetchToRead, &text, &error), 1);
+    EXPECT_NE(error, -1);
+    EXPECT_EQ(Q_CleanUrl("net://null.txt", &text), 1);
+    EXPECT_EQ(Q_AbsoluteUrl("net://host/", "null.txt", &text), 1);
+    EXPECT_EQ(ReadAll("net://null.txt"), "from the cache");
+    EXPECT_EQ(ReadAll("net://null-new.txt"), "(cannot open)");
+    Q_Channel* channel = OpenChannel("net://null-new.txt", "w");
+    ASSERT_NE(channel, nullptr);
+    Q_ChannelClose(&channel);
+    EXPECT_TRUE(drives_.Exists("C:\\cache\\null-new.txt"));
+    EXPECT_EQ(RelativeTo("net://host/null.txt", "net://host/y.xml"), "net://host/null.txt");
+    EXPECT_EQ(JoinPath("net://host/", "null.txt"), "");
 }
 
 TEST(NetworkFilesWithoutLibrary, EveryTransferFails) {

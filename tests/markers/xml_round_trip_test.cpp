@@ -136,6 +136,55 @@ TEST_F(XmlRoundTrip, WritesCharactersThatTheEncodingLacksAsReferences) {
               "<?xml version='1.0' encoding='ISO-8859-1'?><a b='&#945;'>\xE4 &#8364; &#128512;</a>");
 }
 
+/// A document, an element that is carried into it, and the saved bytes.
+struct Carried {
+    std::string document, element, saved;
+};
+
+TEST_F(XmlRoundTrip, SavesMarkupThatTheEncodingLacksAsUtf8AndCdataAsText) {
+    const std::string ascii = "<?xml version='1.0' encoding='US-ASCII'?>";
+    const std::string utf8 = "<?xml version='1.0' encoding='UTF-8'?>";
+    const std::string latin = "<?xml version='1.0' encoding='iso-8859-1'?>";
+    const Carried rows[] = {
+        {ascii + "<p>&#246;</p>",
+         "<i gr\xC3\xB6\xC3\x9F"
+         "e=\"\xC3\xB6\"/>",
+         utf8 + "<p>&#246;<i gr\xC3\xB6\xC3\x9F"
+                "e=\"\xC3\xB6\"/></p>"},
+        {ascii + "<p></p>", "<\xC3\xB6>'\"</\xC3\xB6>", utf8 + "<p><\xC3\xB6>'\"</\xC3\xB6></p>"},
+        {latin + "<p>\xE4</p>", "<i><!--\xE4\xB8\xAD--></i>",
+         utf8 + "<p>\xC3\xA4<i><!--\xE4\xB8\xAD--></i></p>"},
+        {latin + "<p></p>", "<i><?p \xE4\xB8\xAD?></i>", utf8 + "<p><i><?p \xE4\xB8\xAD?></i></p>"},
+        {latin + "<p></p>",
+         "<gr\xC3\xB6\xC3\x9F"
+         "e><!--\xC3\xB6-->\xE4\xB8\xAD</gr\xC3\xB6\xC3\x9F"
+         "e>",
+         latin + "<p><gr\xF6\xDF"
+                 "e><!--\xF6-->&#20013;</gr\xF6\xDF"
+                 "e></p>"},
+        {ascii + "<p></p>",
+         "<i a='&gt;'><![CDATA[<\n]]><![CDATA[\xE4\xB8\xAD]]]]><![CDATA[>&\xC3\xB6\r\n]]></i>",
+         ascii + "<p><i a='&gt;'><![CDATA[<\n]]>&#20013;]]&gt;&amp;&#246;\r\n</i></p>"},
+        {latin + "<html><META CharSet='iso-8859-1'/><meta name='x' content='a'/>"
+                 "<meta http-equiv='Content-Type' content='text/html; charset = ISO-8859-1'/></html>",
+         "<\xE4\xB8\xAD/>",
+         utf8 +
+             "<html><META CharSet='UTF-8'/><meta name='x' content='a'/>"
+             "<meta http-equiv='Content-Type' content='text/html; charset = UTF-8'/><\xE4\xB8\xAD/></html>"},
+        {latin + "<html><meta charset='iso-8859-1'/>\xE4</html>", "<i>\xE4\xB8\xAD</i>",
+         latin + "<html><meta charset='iso-8859-1'/>\xE4<i>&#20013;</i></html>"},
+    };
+    for (const Carried& row : rows) {
+        const auto document = Load(row.document);
+        ASSERT_TRUE(document) << reason;
+        const auto scratch = xml::CreateScratchDocument(*document);
+        ASSERT_TRUE(scratch->loadXML(row.element)) << row.element;
+        document->get_documentElement().insertBefore(scratch->get_documentElement(), {});
+        EXPECT_EQ(Saved(*document), row.saved) << row.element;
+        EXPECT_TRUE(Load(row.saved)) << row.saved << reason;
+    }
+}
+
 TEST_F(XmlRoundTrip, BytesInvalidInTheEncodingFailTheLoad) {
     const std::string refused[] = {
         "<a>\xE4</a>",

@@ -66,6 +66,34 @@ TEST_F(XmlSelectNodes, SelectsInDocumentOrder) {
     }
 }
 
+TEST_F(XmlSelectNodes, KnowsLanguagesIdsAndTheContentOfEntities) {
+    const auto document = Load(
+        "<!DOCTYPE a [<!ATTLIST p k ID #IMPLIED m:k ID #IMPLIED><!ENTITY e 'x<b n:c=\"1\">&f;</b>y'>"
+        "<!ENTITY f '<i/>in&#38;lt;'>]><a xml:lang='de' xmlns:n='urn:n'><p k=' i1 '>one</p><p "
+        "m:k='i2'>two</p>"
+        "<q xml:lang='en-GB'>three</q><t>&e;</t><xml:x>four</xml:x><p k='i1'>late</p></a>");
+    ASSERT_TRUE(document) << reason;
+    const Query queries[] = {
+        {"//p[lang('de')]", "p:one p:two p:late"},
+        {"//*[lang('en')]", "q:three"},
+        {"//@*[local-name() = 'lang']", "xml:lang'de' xml:lang'en-GB'"},
+        {"//@*[name() = 'xml:lang' and namespace-uri() != ''][. = 'de']", "xml:lang'de'"},
+        {"//*[local-name() = 'x']", "xml:x:four"},
+        {"id('i1')", "p:one"},
+        {"id('i2 none i1')", "p:one p:two"},
+        {"//t[b/i]", "t:"},
+        {"//b", "0"},
+        {"//t[. = 'xin<y'][node()[2][self::b]]", "t:"},
+        {"//t[b/@*[namespace-uri() = 'urn:n']]", "t:"},
+    };
+    for (const Query& row : queries) {
+        EXPECT_EQ(Selected(*document, row.query), row.selected) << row.query;
+    }
+    FindElement(document->get_documentElement(), "p").get_attributes().get_item(0).put_value("i3");
+    EXPECT_EQ(Selected(*document, "id('i3')"), "p:one");
+    EXPECT_EQ(Selected(*document, "id('i1')"), "");
+}
+
 TEST_F(XmlSelectNodes, SeesEarlierChanges) {
     const auto document = Load("<a x='1'>one<b/>two</a>");
     ASSERT_TRUE(document) << reason;

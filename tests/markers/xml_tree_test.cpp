@@ -178,6 +178,15 @@ const Change kChanges[] = {
     {"<a x = '1'  y=\"2\" >1</a>",
      [](auto&, xml::Node a) { a.get_attributes().get_item(0).put_text("<'\"&\t\n\r>"); },
      "<a x = '&lt;&#39;\"&amp;&#9;&#10;&#13;&gt;'  y=\"2\" >1</a>"},
+    {"<a x='1'>2 &lt;<b/></a>",
+     [](auto&, xml::Node a) {
+         for (xml::Node node : {a.get_attributes().get_item(0), a.get_firstChild(), a}) {
+             node.append_text("'");
+             node.append_text("3");
+             node.append_text(std::string_view("4\0005", 3));
+         }
+     },
+     "<a x='1&#39;34'>2 &lt;'34<b/></a>"},
     {"<a x='1'/>", [](auto& d, xml::Node a) { AddAttribute(d, a, "b:y", "\""); },
      "<a x='1' b:y=\"&quot;\"/>"},
     {"<a x='1' z='3'/>", [](auto& d, xml::Node a) { AddAttribute(d, a, "x", "2"); }, "<a x=\"2\" z='3'/>"},
@@ -292,6 +301,12 @@ TEST_F(XmlTree, ElementXmlParsesOnItsOwn) {
         {"<!DOCTYPE a [<!ENTITY e 'E<c/>&f;'><!ENTITY f 'F&#38;#38;'>]><a><b x='&f;'>1&e;</b></a>",
          "<b x='F&amp;'>1E<c/>F&#38;</b>"},
         {"<!DOCTYPE a [<!ATTLIST a xmlns:p CDATA 'v'>]><a><b p:x='1'/></a>", "<b xmlns:p=\"v\" p:x='1'/>"},
+        {"<!DOCTYPE a [<!ENTITY e '<c d=\"k:l\">&f;</c>'><!ENTITY f '<p:d q:x=\"1\"/>'>]>"
+         "<a xmlns:p='v' xmlns:q='w' xmlns:k='z'><b>&e;</b></a>",
+         "<b xmlns:p=\"v\" xmlns:q=\"w\"><c d=\"k:l\"><p:d q:x=\"1\"/></c></b>"},
+        {"<!DOCTYPE a [<!ATTLIST b x NMTOKENS #IMPLIED y CDATA #IMPLIED z ID #IMPLIED>]>"
+         "<a><b x=' 1 \n 2 ' y = ' 3  4 '  z='i'/></a>",
+         "<b x='1 2' y = ' 3  4 '  z='i'/>"},
     };
     for (const Row& row : rows) {
         const auto document = Load(row.document);

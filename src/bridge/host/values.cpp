@@ -1,6 +1,8 @@
 #include "bridge/host/values.h"
 
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include "bridge/host/value_shapes.h"
 #include "kit/memory.h"
@@ -92,26 +94,21 @@ void CopyArray(Q_CountedArray* out, const Q_CountedArray& source, const ElementS
     }
 }
 
-Q_Value CopyValue(const Q_Value& source, const CopyRules& rules);
+// A list whose items are still to be copied. Lists wait for their turn instead of being copied by recursion:
+// the other side may nest them deeper than any stack.
+struct WaitingList {
+    Q_ValueList* out;
+    const Q_ValueList* source;
+};
 
-void CopyList(Q_ValueList* out, const Q_ValueList& source, const CopyRules& rules) {
-    out->count = source.count;
-    out->items = static_cast<Q_Value*>(CopyArrayBytes(source.items, &out->count, sizeof(Q_Value), rules));
-    if (out->items == nullptr || source.items == nullptr) {
-        return;
-    }
-    for (std::uint32_t i = 0; i < out->count; ++i) {
-        out->items[i] = CopyValue(source.items[i], rules);
-    }
-}
-
-Q_ValueList* CopyNestedList(const Q_ValueList* source, const CopyRules& rules) {
+Q_ValueList* CopyNestedList(const Q_ValueList* source, const CopyRules& rules,
+                            std::vector<WaitingList>& waiting) {
     if (source == nullptr) {
         return nullptr;
     }
     auto* copy = static_cast<Q_ValueList*>(rules.allocate(sizeof(Q_ValueList)));
     if (copy != nullptr) {
-        CopyList(copy, *source, rules);
+        waiting.push_back({copy, source});
     }
     return copy;
 }
@@ -134,7 +131,8 @@ Q_Value CopyPlain(const Q_Value& source, PayloadKind kind, const CopyRules& rule
     return copy;
 }
 
-Q_Value CopyValue(const Q_Value& source, const CopyRules& rules) {
+// Nested lists are added to those that wait.
+Q_Value CopyItem(const Q_Value& source, const CopyRules& rules, std::vector<WaitingList>& waiting) {
     const PayloadShape& shape = PayloadShapeOf(source.tag);
     Q_Value copy = CopyPlain(source, shape.kind, rules);
     switch (shape.kind) {
@@ -151,13 +149,40 @@ Q_Value CopyValue(const Q_Value& source, const CopyRules& rules) {
             copy.record = CopyRecord(source.record, rules);
             break;
         case PayloadKind::kList:
-            copy.list = CopyNestedList(source.list, rules);
+            copy.list = CopyNestedList(source.list, rules, waiting);
             break;
         case PayloadKind::kUndefined:
         case PayloadKind::kNumber:
         case PayloadKind::kBytes:
             break;
     }
+    return copy;
+}
+
+void CopyItems(Q_ValueList* out, const Q_ValueList& source, const CopyRules& rules,
+               std::vector<WaitingList>& waiting) {
+    out->count = source.count;
+    out->items = static_cast<Q_Value*>(CopyArrayBytes(source.items, &out->count, sizeof(Q_Value), rules));
+    if (out->items == nullptr || source.items == nullptr) {
+        return;
+    }
+    for (std::uint32_t i = 0; i < out->count; ++i) {
+        out->items[i] = CopyItem(source.items[i], rules, waiting);
+    }
+}
+
+void CopyWaiting(std::vector<WaitingList> waiting, const CopyRules& rules) {
+    while (!waiting.empty()) {
+        const WaitingList list = waiting.back();
+        waiting.pop_back();
+        CopyItems(list.out, *list.source, rules, waiting);
+    }
+}
+
+Q_Value CopyValue(const Q_Value& source, const CopyRules& rules) {
+    std::vector<WaitingList> waiting;
+    const Q_Value copy = CopyItem(source, rules, waiting);
+    CopyWaiting(std::move(waiting), rules);
     return copy;
 }
 
@@ -181,12 +206,47 @@ void ReleaseArray(Q_CountedArray* array, const ElementShape& shape, Q_ReleaseFun
     *array = {};
 }
 
-void ReleaseNestedList(Q_Value* value, Q_ReleaseFunction release) {
-    if (value->list != nullptr) {
-        Q_ReleaseValueListWith(value->list, release);
-        release(value->list);
+// Releases what an item owns, except the items of a nested list, which are added to those that wait.
+void ReleaseItem(Q_Value* value, Q_ReleaseFunction release, std::vector<Q_ValueList>& waiting) {
+    const PayloadShape& shape = PayloadShapeOf(value->tag);
+    switch (shape.kind) {
+        case PayloadKind::kText:
+            ReleaseBlock(value->text, release);
+            value->text = nullptr;
+            break;
+        case PayloadKind::kArray:
+            ReleaseArray(&value->array, shape.element, release);
+            break;
+        case PayloadKind::kStrings:
+            Q_ReleaseStringListWith(&value->strings, release);
+            break;
+        case PayloadKind::kRecord:
+            ReleaseBlock(value->record, release);
+            value->record = nullptr;
+            break;
+        case PayloadKind::kList:
+            if (value->list != nullptr) {
+                waiting.push_back(*value->list);
+                release(value->list);
+            }
+            value->list = nullptr;
+            break;
+        case PayloadKind::kUndefined:
+        case PayloadKind::kNumber:
+        case PayloadKind::kBytes:
+            break;
     }
-    value->list = nullptr;
+}
+
+void ReleaseWaiting(std::vector<Q_ValueList> waiting, Q_ReleaseFunction release) {
+    while (!waiting.empty()) {
+        const Q_ValueList list = waiting.back();
+        waiting.pop_back();
+        for (std::uint32_t i = 0; list.items != nullptr && i < list.count; ++i) {
+            ReleaseItem(&list.items[i], release, waiting);
+        }
+        ReleaseBlock(list.items, release);
+    }
 }
 
 constexpr CopyRules kKitRules = {Q_KitAlloc, false};
@@ -243,7 +303,7 @@ void Q_CopyValueWith(Q_Value* out, const Q_Value* source, Q_AllocFunction alloca
 }
 
 void Q_CopyValueListWith(Q_ValueList* out, const Q_ValueList* source, Q_AllocFunction allocate) {
-    CopyList(out, *source, {allocate, true});
+    CopyWaiting({{out, source}}, {allocate, true});
 }
 
 void Q_ReleaseStringListWith(Q_StringList* list, Q_ReleaseFunction release) {
@@ -255,37 +315,13 @@ void Q_ReleaseStringListWith(Q_StringList* list, Q_ReleaseFunction release) {
 }
 
 void Q_ReleaseValueWith(Q_Value* value, Q_ReleaseFunction release) {
-    const PayloadShape& shape = PayloadShapeOf(value->tag);
-    switch (shape.kind) {
-        case PayloadKind::kText:
-            ReleaseBlock(value->text, release);
-            value->text = nullptr;
-            break;
-        case PayloadKind::kArray:
-            ReleaseArray(&value->array, shape.element, release);
-            break;
-        case PayloadKind::kStrings:
-            Q_ReleaseStringListWith(&value->strings, release);
-            break;
-        case PayloadKind::kRecord:
-            ReleaseBlock(value->record, release);
-            value->record = nullptr;
-            break;
-        case PayloadKind::kList:
-            ReleaseNestedList(value, release);
-            break;
-        case PayloadKind::kUndefined:
-        case PayloadKind::kNumber:
-        case PayloadKind::kBytes:
-            break;
-    }
+    std::vector<Q_ValueList> waiting;
+    ReleaseItem(value, release, waiting);
+    ReleaseWaiting(std::move(waiting), release);
 }
 
 void Q_ReleaseValueListWith(Q_ValueList* list, Q_ReleaseFunction release) {
-    for (std::uint32_t i = 0; list->items != nullptr && i < list->count; ++i) {
-        Q_ReleaseValueWith(&list->items[i], release);
-    }
-    ReleaseBlock(list->items, release);
+    ReleaseWaiting({*list}, release);
     *list = {};
 }
 

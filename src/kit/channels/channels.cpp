@@ -5,11 +5,13 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "kit/channels/channel_stream.h"
 #include "kit/channels/network_files.h"
 #include "kit/memory.h"
 #include "kit/text/convert.h"
+#include "kit/text/encodings.h"
 #include "kit/text/strings.h"
 #include "platform/files.h"
 #include "platform/temp_files.h"
@@ -217,6 +219,17 @@ int CopyStream(IStream* source, IStream* target) {
     return Q_StreamCopyBlocks(kWholeSource, source, &bytesRead, target, &bytesWritten) != 0 ? 0 : 1;
 }
 
+/// The UTF-8 string in the current encoding; null if it has no form there.
+Q_String ToCurrent(const std::string& utf8) {
+    if (Q_CurrentEncoding() == kUtf8Encoding) {
+        return Q_String(Q_StrDup(utf8.c_str()));
+    }
+    const char* converter = Q_EncodingAt(Q_CurrentEncoding()).converterName;
+    Q_String converted(Q_ConvertText(utf8.c_str(), "UTF-8", converter, false, false));
+    const Q_String back(Q_CurrentToUtf8(converted.get()));
+    return back != nullptr && utf8 == back.get() ? std::move(converted) : nullptr;
+}
+
 }  // namespace
 
 Q_Channel* Q_ChannelOpen(const FilePath* path, const char* mode) {
@@ -228,8 +241,12 @@ Q_Channel* Q_ChannelOpen(const FilePath* path, const char* mode) {
 }
 
 Q_Channel* Q_ChannelOpenTemp() {
-    const std::string name = platform::MakeTempFile(platform::TempFolder(), "QLT");
-    FilePath* path = Q_PathToFilePath(name.c_str(), nullptr, kNativePath);
+    const std::string folder = platform::TempFolder();
+    if (ToCurrent(folder) == nullptr) {
+        return nullptr;
+    }
+    const std::string name = platform::MakeTempFile(folder, "QLT");
+    FilePath* path = Q_PathToFilePath(ToCurrent(name).get(), nullptr, kNativePath);
     if (path == nullptr) {
         return nullptr;
     }

@@ -44,10 +44,11 @@ std::int32_t AskForString(Operation operation, bool isAllowed, char** text) {
     }
     char* stored = nullptr;
     const std::int32_t answer = operation(&stored);
-    if (answer == 0) {
-        *text = Q_TakeRivletText(stored);
+    if (answer != 0) {
+        return answer;
     }
-    return answer;
+    *text = Q_TakeRivletText(stored);
+    return *text == nullptr ? kRefused : 0;
 }
 
 using TextOperation = std::int32_t(const char* text, char** result);

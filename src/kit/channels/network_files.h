@@ -1,9 +1,9 @@
 // Transfer of network files through the host's library (rivlet.h), which keeps a local copy of each file in
 // its cache. Every operation returns 0 on success, else 1 or the library's result; a string that is null or
-// does not name a network file gives 1. Strings that an operation stores are in kit memory and owned by the
-// caller; on failure they are null. A null pointer to such a string is fatal. `error` may be null; if a
-// transfer fails, it receives the library's error number, 0 to 19, or 21 for any other number and if there is
-// no library.
+// does not name a network file gives 1, and so does a success of the library without a string. Strings that
+// an operation stores are in kit memory and owned by the caller; on failure they are null. A null pointer to
+// such a string is fatal. `error` may be null; if a transfer fails, it receives the library's error number, 0
+// to 19, or 21 for any other number and if there is no library.
 #pragma once
 
 #include <cstdint>

@@ -38,6 +38,17 @@ bool AppendStar(FormatArguments& arguments, FormatItem& item, std::uint32_t& len
     return static_cast<std::uint32_t>(count) < available;
 }
 
+// Appends the size prefix for one of the forms "I64", "I32" and "I" of the other platform's C runtime, the
+// last of which means the size of a pointer. Returns the length of the form.
+std::uint32_t AppendSizeInBits(const char* form, FormatItem& item, std::uint32_t& length) {
+    const std::string_view text = form;
+    const std::string_view prefix = text.starts_with("I64") ? "ll" : text.starts_with("I32") ? "" : "z";
+    for (const char letter : prefix) {
+        item.text[length++] = letter;
+    }
+    return prefix == "z" ? 1 : 3;
+}
+
 // The letters between the width and the conversion character, such as "ll".
 std::string_view SizePrefix(const FormatItem& item) {
     std::string_view text = item.text;
@@ -103,6 +114,13 @@ bool ReadFormatItem(const char* format, FormatArguments& arguments, FormatItem& 
             if (!AppendStar(arguments, item, length)) {
                 return false;
             }
+            continue;
+        }
+        if (format[at] == '\'') {
+            continue;  // Groups the digits as the locale says, and none is set.
+        }
+        if (format[at] == 'I') {
+            at += AppendSizeInBits(format + at, item, length) - 1;
             continue;
         }
         item.text[length++] = format[at];

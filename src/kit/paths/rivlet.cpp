@@ -73,10 +73,11 @@ std::int32_t AskForUrl(UrlOperation* operation, bool isAllowed, const char* base
     }
     char* url = nullptr;
     const std::int32_t answer = operation(base, path, &url);
-    if (answer == 0) {
-        *result = Q_TakeRivletText(url);
+    if (answer != 0) {
+        return answer;
     }
-    return answer;
+    *result = Q_TakeRivletText(url);
+    return *result == nullptr ? 1 : 0;
 }
 
 }  // namespace

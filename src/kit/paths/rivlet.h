@@ -45,11 +45,11 @@ bool Q_IsNetFile(const char* text);
 bool Q_IsLocalPath(const char* text);
 
 /// Stores the absolute URL of a path relative to a base. 0 on success, else 1 or the library's result; 1 if
-/// the base is not a network file.
+/// the base is not a network file or the library stores no URL.
 std::int32_t Q_AbsoluteUrl(const char* base, const char* path, char** result);
 
 /// Stores the URL of the path relative to the base. 0 on success, else 1 or the library's result; 1 if one of
-/// them is not a network file.
+/// them is not a network file or the library stores no URL.
 std::int32_t Q_RelativeUrl(const char* base, const char* path, char** result);
 
 }  // namespace ventrix

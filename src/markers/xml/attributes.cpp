@@ -28,18 +28,6 @@ bool HasName(const xmlAttribute& declaration, std::string_view name) {
            name[prefix.size()] == ':' && name.ends_with(View(declaration.name));
 }
 
-bool IsTokenized(xmlDoc& dtd, const std::string& element, std::string_view attribute) {
-    for (xmlDtd* subset : {dtd.intSubset, dtd.extSubset}) {
-        for (const xmlAttribute* declared = DeclaredIn(subset, element); declared != nullptr;
-             declared = declared->nexth) {
-            if (HasName(*declared, attribute)) {
-                return declared->atype != XML_ATTRIBUTE_CDATA;
-            }
-        }
-    }
-    return false;
-}
-
 NodeIndex FindAttribute(DocumentStore& store, NodeIndex element, std::string_view name) {
     NodeIndex attribute = store.FirstAttribute(element);
     while (attribute != 0 && store.NameOf(attribute) != name) {
@@ -135,13 +123,29 @@ void ReadSourceAttributes(DocumentStore& store, NodeIndex element) {
     }
 }
 
+xmlAttributeType DeclaredType(DocumentStore& store, NodeIndex attribute) {
+    const NodeIndex owner = store.At(attribute).parent;
+    const SourceText& source = store.SourceOf(store.At(owner).begin);
+    if (!source.tokenizes) {
+        return XML_ATTRIBUTE_CDATA;
+    }
+    const std::string element(store.NameOf(owner));
+    for (xmlDtd* subset : {source.dtd->intSubset, source.dtd->extSubset}) {
+        for (const xmlAttribute* declared = DeclaredIn(subset, element); declared != nullptr;
+             declared = declared->nexth) {
+            if (HasName(*declared, store.NameOf(attribute))) {
+                return declared->atype;
+            }
+        }
+    }
+    return XML_ATTRIBUTE_CDATA;
+}
+
 std::string_view SourceValue(DocumentStore& store, NodeIndex attribute, std::string& buffer) {
     const NodeRecord& record = store.At(attribute);
     const SourceText& source = store.SourceOf(record.begin);
     const std::string_view raw = store.Slice(record.ValueBegin(), record.End() - 1);
-    const bool tokenized =
-        source.tokenizes &&
-        IsTokenized(*source.dtd, std::string(store.NameOf(record.parent)), store.NameOf(attribute));
+    const bool tokenized = DeclaredType(store, attribute) != XML_ATTRIBUTE_CDATA;
     const auto isVerbatim = [](char c) { return c == ' ' || (c != '&' && !IsWhitespace(c)); };
     if (!tokenized && std::ranges::all_of(raw, isVerbatim)) {
         return raw;

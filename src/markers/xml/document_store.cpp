@@ -206,6 +206,20 @@ void DocumentStore::SetContent(NodeIndex index, std::string_view content) {
     }
 }
 
+void DocumentStore::AppendContent(NodeIndex index, std::string_view text) {
+    NodeRecord& record = At(index);
+    if (!record.Has(kOwnContent) || !record.Has(kReplaceable)) {
+        std::string buffer;
+        SetContent(index, std::string(ContentOf(index, buffer)).append(UpToNul(text)));
+        return;
+    }
+    NoteContentChange(index);
+    strings.Append(record.OwnString(), text);
+    if (record.Type() == NODE_TEXT) {
+        NoteFilled(record, UpToNul(text));
+    }
+}
+
 NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin, std::uint32_t end,
                                    std::string_view after) {
     const NodeIndex text = Add(NODE_TEXT);

@@ -114,6 +114,8 @@ class DocumentStore {
 
     /// Replaces the content of a text node or attribute.
     void SetContent(NodeIndex index, std::string_view content);
+    /// Appends to the content of a text node or attribute.
+    void AppendContent(NodeIndex index, std::string_view text);
     /// Adds a prefix to a text node, which keeps its source bytes, if it has some.
     void PrependContent(NodeIndex text, std::string_view prefix);
     /// Adds a text node whose content is `before`, the source from `begin` to `end`, escaped, and `after`.

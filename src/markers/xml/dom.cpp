@@ -8,8 +8,8 @@
 #include "markers/xml/document_store.h"
 #include "markers/xml/libxml.h"
 #include "markers/xml/loading.h"
+#include "markers/xml/output_encoding.h"
 #include "markers/xml/query.h"
-#include "markers/xml/source_encoding.h"
 #include "markers/xml/writer.h"
 #include "platform/files.h"
 
@@ -78,6 +78,13 @@ void Node::SetText(Node node, std::string_view text) {
     const NodeType type = TypeOf(node);
     if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
         node.store_->SetContent(node.index_, text);
+    }
+}
+
+void Node::AppendText(Node node, std::string_view text) {
+    const NodeType type = TypeOf(node);
+    if (type == NODE_TEXT || type == NODE_ATTRIBUTE) {
+        node.store_->AppendContent(node.index_, text);
     }
 }
 
@@ -245,7 +252,7 @@ bool Document::save(std::string_view path) {
             text += piece;
             return true;
         });
-        return EncodeSource(text, source->encoding, bytes) && put(bytes);
+        return EncodeDocument(text, source->encoding, bytes) && put(bytes);
     };
     const platform::ErrorCode error = source->encoding.empty()
                                           ? platform::WriteWholeFile(path, inUtf8)

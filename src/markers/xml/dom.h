@@ -78,6 +78,10 @@ class Node {
     void put_text(std::string_view text) { SetText(*this, text); }
     void put_value(std::string_view value) { put_text(value); }
 
+    /// Appends to the content of a text node or the value of an attribute; ignored for other kinds. A run of
+    /// calls for one node takes time in proportion to what they append.
+    void append_text(std::string_view text) { AppendText(*this, text); }
+
     /// Inserts `prefix` before the content of a text node, whose own bytes stay as the file has them.
     void prepend_text(std::string_view prefix) { PrependText(*this, prefix); }
 
@@ -113,6 +117,7 @@ class Node {
     static bool HasFilledText(Node node);
     static bool TextStartsWith(Node node, std::string_view prefix);
     static void SetText(Node node, std::string_view text);
+    static void AppendText(Node node, std::string_view text);
     static void PrependText(Node node, std::string_view prefix);
     static void Insert(Node parent, Node child, Node reference);
     static void Remove(Node parent, Node child);
@@ -221,7 +226,8 @@ class Document {
     Node createAttribute(std::string_view name);
 
     /// Writes the document in the encoding from which it was loaded; characters that it lacks become
-    /// character references. On failure (false) the file keeps its old content.
+    /// character references. If it lacks a character of a name or comment, which cannot hold a reference, the
+    /// document is written and declared as UTF-8. On failure (false) the file keeps its old content.
     bool save(std::string_view path);
 
     /// The nodes that an XPath expression selects in the document as it is now. Nothing for an expression

@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "markers/xml/markup_pieces.h"
 #include "markers/xml/references.h"
 
 namespace ventrix::xml {
@@ -37,6 +38,21 @@ void NotePrefixes(DocumentStore& store, NodeIndex element, Prefixes& used) {
     }
 }
 
+/// Notes the prefixes in the replacement text of an entity.
+void NoteEntityPrefixes(DocumentStore& store, const NodeRecord& reference, Prefixes& used) {
+    const std::string xml = ExpandEntity(store.Slice(reference.begin + 1, reference.End() - 1),
+                                         store.SourceOf(reference.begin).dtd.get());
+    for (std::string_view rest = xml; !rest.empty();) {
+        const MarkupPiece piece = TakePiece(rest);
+        if (piece.kind == PieceKind::kStartTag) {
+            for (const std::string_view name : NamesInTag(piece.text)) {
+                used.emplace(PrefixOf(name));
+            }
+        }
+    }
+    used.erase(std::string(kDeclares));
+}
+
 /// The prefixes that the subtree uses. Those that only descendants use which declare them are included: an
 /// additional outer declaration does no harm.
 Prefixes UsedPrefixes(DocumentStore& store, NodeIndex top) {
@@ -45,6 +61,8 @@ Prefixes UsedPrefixes(DocumentStore& store, NodeIndex top) {
     while (true) {
         if (store.At(index).Type() == NODE_ELEMENT) {
             NotePrefixes(store, index, used);
+        } else if (store.At(index).Type() == NODE_ENTITY_REFERENCE) {
+            NoteEntityPrefixes(store, store.At(index), used);
         }
         if (store.FirstChild(index) != 0) {
             index = store.FirstChild(index);

@@ -1,10 +1,13 @@
 #include "markers/xml/query.h"
 
+#include <libxml/parser.h>
+#include <libxml/valid.h>
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
 #include <algorithm>
 
+#include "markers/xml/attributes.h"
 #include "markers/xml/characters.h"
 #include "markers/xml/libxml.h"
 #include "markers/xml/namespaces.h"
@@ -49,9 +52,9 @@ bool UsesXmlPrefix(std::string_view query) {
 }  // namespace
 
 /// A libxml2 document that has a node of the same kind, name and content for each node of the tree; only
-/// CDATA sections and entity references become text nodes. `_private` of a copied node holds the index of its
-/// original, which turns a result back into handles. `copies` leads the other way, so that a changed text or
-/// attribute value can be carried over without copying the tree again.
+/// CDATA sections become text nodes, and the content of an entity replaces a reference to it. `_private` of a
+/// copied node holds the index of its original, which turns a result back into handles. `copies` leads the
+/// other way, so that a changed text or attribute value can be carried over without copying the tree again.
 ///
 /// The copy is made node by node instead of by parsing the saved document: adjacent text nodes stay apart,
 /// and undeclared prefixes do no harm. Names are kept in libxml2's dictionary, once each. While the copy is
@@ -76,7 +79,11 @@ struct QueryTree::Copy {
         return std::string(store.ContentOf(index, buffer));
     }
 
+    /// The namespace of a prefix; null for none.
     xmlNs* Find(std::string_view prefix) const {
+        if (prefix == "xml") {
+            return xmlSearchNs(document.get(), reinterpret_cast<xmlNode*>(document.get()), Chars("xml"));
+        }
         for (auto entry = scope.rbegin(); entry != scope.rend(); ++entry) {
             if (entry->first == prefix) {
                 return entry->second;
@@ -95,11 +102,31 @@ struct QueryTree::Copy {
         return text;
     }
 
-    /// An entity counts with its text. Elements inside it cannot be selected.
-    xmlNode* CopyReference(const NodeRecord& reference) {
+    /// An entity counts with its content, whose nodes have no counterpart in the store. `parent` is the copy
+    /// of the element around it.
+    void AddEntityContent(const NodeRecord& reference, xmlNode* parent) {
         const std::string xml = ExpandEntity(store.Slice(reference.begin + 1, reference.End() - 1),
                                              store.SourceOf(reference.begin).dtd.get());
-        return xmlNewDocText(document.get(), Chars(WithoutTags(xml)));
+        xmlNode* content = xml.find('<') == std::string::npos ? nullptr : ParseContent(xml, parent);
+        if (content == nullptr) {
+            Link(parent, xmlNewDocText(document.get(), Chars(WithoutTags(xml))));
+        }
+        while (content != nullptr) {
+            xmlNode* next = content->next;
+            content->next = nullptr;
+            Link(parent, content);
+            content = next;
+        }
+    }
+
+    /// The nodes of a piece of XML in the namespaces of `parent`; null if it cannot be parsed.
+    static xmlNode* ParseContent(const std::string& xml, xmlNode* parent) {
+        const QuietErrors quiet;
+        xmlNode* content = nullptr;
+        xmlParseInNodeContext(parent, xml.data(), static_cast<int>(xml.size()),
+                              XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING,
+                              &content);
+        return content;
     }
 
     void NoteCopy(NodeIndex index, xmlNode* node) {
@@ -139,6 +166,9 @@ struct QueryTree::Copy {
             xmlAttr* attribute =
                 xmlNewNsPropEatName(node, space, const_cast<xmlChar*>(Name(local)), Chars(Content(index)));
             Mark(reinterpret_cast<xmlNode*>(attribute), index);
+            if (DeclaredType(store, index) == XML_ATTRIBUTE_ID) {
+                xmlAddID(nullptr, document.get(), Chars(Content(index)), attribute);
+            }
             NoteCopy(index, reinterpret_cast<xmlNode*>(attribute));
         }
     }
@@ -179,8 +209,6 @@ struct QueryTree::Copy {
                 return xmlNewDocPI(document.get(), Chars(std::string(body.substr(0, targetEnd))),
                                    Chars(std::string(body.substr(content))));
             }
-            case NODE_ENTITY_REFERENCE:
-                return CopyReference(record);
             default:
                 return nullptr;
         }
@@ -191,12 +219,15 @@ struct QueryTree::Copy {
         NodeIndex index = root;
         auto* parent = reinterpret_cast<xmlNode*>(document.get());
         while (true) {
-            xmlNode* node = CopyNode(index);
-            Mark(node, store.At(index).Type() == NODE_ENTITY_REFERENCE ? 0 : index);
-            Link(parent, node);
+            if (store.At(index).Type() == NODE_ENTITY_REFERENCE) {
+                AddEntityContent(store.At(index), parent);
+            } else {
+                Link(parent, CopyNode(index));
+                Mark(parent->last, index);
+            }
             if (store.At(index).Type() == NODE_ELEMENT) {
                 if (store.FirstChild(index) != 0) {
-                    parent = node;
+                    parent = parent->last;
                     index = store.FirstChild(index);
                     continue;
                 }
@@ -227,6 +258,20 @@ struct QueryTree::Copy {
         parent->last = node;
     }
 
+    void UpdateAttribute(xmlNode* copy, const std::string& value) {
+        auto* attribute = reinterpret_cast<xmlAttr*>(copy);
+        const bool isId = attribute->atype == XML_ATTRIBUTE_ID;
+        if (isId) {
+            xmlRemoveID(document.get(), attribute);
+        }
+        // Removes the old value; the new one is added as a text node, which needs no escapes.
+        xmlNodeSetContent(copy, nullptr);
+        Link(copy, xmlNewDocText(document.get(), Chars(value)));
+        if (isId) {
+            xmlAddID(nullptr, document.get(), Chars(value), attribute);
+        }
+    }
+
     /// Carries over the changes of content since the last query.
     void Update() {
         for (const NodeIndex index : store.changedNodes) {
@@ -235,9 +280,7 @@ struct QueryTree::Copy {
                 continue;
             }
             if (copy->type == XML_ATTRIBUTE_NODE) {
-                // Removes the old value; the new one is added as a text node, which needs no escapes.
-                xmlNodeSetContent(copy, nullptr);
-                Link(copy, xmlNewDocText(document.get(), Chars(Content(index))));
+                UpdateAttribute(copy, Content(index));
             } else {
                 xmlNodeSetContent(copy, Chars(Content(index)));
             }

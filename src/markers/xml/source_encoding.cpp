@@ -107,6 +107,14 @@ DecodedSource DecodeSource(platform::Bytes bytes) {
     return source;
 }
 
+// The converter reports no character that it replaced by a reference, so the bytes are converted back.
+bool CanEncode(std::string_view text, const std::string& encoding) {
+    std::string bytes;
+    std::string back;
+    return ConvertAll(&xmlCharEncOutFunc, encoding, text, bytes) &&
+           ConvertAll(&xmlCharEncInFunc, encoding, bytes, back) && back == text;
+}
+
 bool EncodeSource(const std::string& text, const std::string& encoding, std::string& bytes) {
     return ConvertAll(&xmlCharEncOutFunc, encoding, text, bytes);
 }

@@ -17,6 +17,9 @@ struct DecodedSource {
 /// The byte-order mark, the first bytes and the XML declaration decide on the encoding, in this order.
 DecodedSource DecodeSource(platform::Bytes bytes);
 
+/// True if the named encoding has all characters of the text, which is UTF-8.
+bool CanEncode(std::string_view text, const std::string& encoding);
+
 /// Converts UTF-8 to the named encoding; characters that it lacks become character references. False if the
 /// encoding is unknown or the conversion fails.
 bool EncodeSource(const std::string& text, const std::string& encoding, std::string& bytes);

@@ -68,6 +68,9 @@ class StringTable {
     void Replace(StringIndex replaceable, std::string_view text) {
         replaceable_[replaceable] = UpToNul(text);
     }
+    void Append(StringIndex replaceable, std::string_view text) {
+        replaceable_[replaceable] += UpToNul(text);
+    }
     std::string_view ReplaceableAt(StringIndex replaceable) const { return replaceable_[replaceable]; }
 
   private:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "markers/xml/attributes.h"
 #include "markers/xml/characters.h"
 #include "markers/xml/namespaces.h"
 #include "markers/xml/references.h"
@@ -220,7 +221,7 @@ class Writer {
         while (IsWhitespace(store_.Slice(begin - 1, begin)[0])) {
             --begin;
         }
-        if (!record.Has(kOwnContent) && (output_ == Output::kDocument || !HasReference(record))) {
+        if (!record.Has(kOwnContent) && (output_ == Output::kDocument || !DependsOnDtd(index))) {
             AddSlice(begin, record.End());
             return;
         }
@@ -229,8 +230,13 @@ class Writer {
         WriteValue(index, store_.Slice(record.End() - 1, record.End())[0]);
     }
 
-    bool HasReference(const NodeRecord& attribute) {
-        return store_.Slice(attribute.ValueBegin(), attribute.End()).find('&') != std::string_view::npos;
+    /// True if the value may refer to a declared entity or is normalised by its declared type.
+    bool DependsOnDtd(NodeIndex attribute) {
+        const NodeRecord& record = store_.At(attribute);
+        const std::string_view raw = store_.Slice(record.ValueBegin(), record.End() - 1);
+        return raw.find('&') != std::string_view::npos ||
+               (DeclaredType(store_, attribute) != XML_ATTRIBUTE_CDATA &&
+                store_.ContentOf(attribute, buffer_) != raw);
     }
 
     void WriteValue(NodeIndex attribute, char quote) {

@@ -29,6 +29,16 @@ std::int32_t Store(const std::string& text, char** out) {
     return 0;
 }
 
+/// Success without a string, which the library gives for a file "null...", except from its cache.
+bool IsNull(const char* text) {
+    return std::strstr(text, "null") != nullptr;
+}
+
+std::int32_t StoreNull(char** out) {
+    *out = nullptr;
+    return 0;
+}
+
 std::int32_t Fail(std::int32_t error) {
     lastError = error;
     return 5;
@@ -71,6 +81,9 @@ RIVLET void RivletFree(void* text) {
 }
 
 RIVLET std::int32_t RivletOpen(const char* url, std::int32_t, char** path) {
+    if (IsNull(url)) {
+        return StoreNull(path);
+    }
     if (serverFolder.empty()) {
         return Fail(7);
     }
@@ -111,15 +124,22 @@ RIVLET std::int32_t RivletStat(const char* url, std::int32_t) {
 }
 
 RIVLET std::int32_t RivletCleanURL(const char* url, char** clean) {
-    return Store(kScheme + fs::path(NameOf(url)).lexically_normal().string(), clean);
+    return IsNull(url) ? StoreNull(clean)
+                       : Store(kScheme + fs::path(NameOf(url)).lexically_normal().string(), clean);
 }
 
 RIVLET std::int32_t RivletGetAbsoluteURL(const char* base, const char* path, char** url) {
+    if (IsNull(path)) {
+        return StoreNull(url);
+    }
     return std::strchr(path, '?') == nullptr ? Store(std::string(base) + path, url) : 1;
 }
 
 // Relative to the folder of the base; a file of another host stays a URL.
 RIVLET std::int32_t RivletGetRelativeURL(const char* base, const char* path, char** url) {
+    if (IsNull(path)) {
+        return StoreNull(url);
+    }
     const fs::path folder = fs::path(NameOf(base)).parent_path();
     const fs::path target = NameOf(path);
     if (*folder.begin() != *target.begin()) {
