@@ -132,6 +132,11 @@ SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
     return found == sources_.rend() ? nullptr : &*found;
 }
 
+bool DocumentStore::HasOnlyPlainSources() const {
+    return std::ranges::none_of(
+        sources_, [](const SourceText& source) { return source.hasNamespaces || source.hasDeclarations; });
+}
+
 std::string_view DocumentStore::AttributeNameOf(const NodeRecord& record) {
     if (record.Type() != NODE_ATTRIBUTE) {
         return {};

@@ -44,6 +44,7 @@ class DocumentStore {
     NodeRecord& At(NodeIndex index) { return nodes_[index]; }
     NodeIndex Add(NodeType type) { return nodes_.Add(type); }
     void Reserve(std::size_t nodes);
+    std::size_t NodeCount() const { return nodes_.Size(); }  ///< One more than the highest index.
     Node Handle(NodeIndex index) { return {this, index}; }
 
     NodeIndex FirstChild(NodeIndex index) { return At(index).FirstChild(); }
@@ -82,6 +83,9 @@ class DocumentStore {
 
     /// The source from which this document node was loaded last; null before the first load.
     SourceText* SourceOfDocument(NodeIndex document);
+
+    /// True if no source has namespaces, or declarations in its DTD.
+    bool HasOnlyPlainSources() const;
 
     /// Past the element's start tag.
     std::uint32_t StartTagEnd(const NodeRecord& element) {

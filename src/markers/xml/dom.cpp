@@ -9,6 +9,7 @@
 #include "markers/xml/libxml.h"
 #include "markers/xml/loading.h"
 #include "markers/xml/output_encoding.h"
+#include "markers/xml/path_query.h"
 #include "markers/xml/query.h"
 #include "markers/xml/writer.h"
 #include "platform/files.h"
@@ -261,23 +262,29 @@ bool Document::save(std::string_view path) {
 }
 
 std::optional<NodeList> Document::selectNodes(std::string_view query) {
-    const SourceText* source = store_->SourceOfDocument(index_);
-    if (source == nullptr || store_->FirstChild(index_) == 0) {
+    if (store_->SourceOfDocument(index_) == nullptr || store_->FirstChild(index_) == 0) {
         return std::nullopt;
     }
+    const auto steps = store_->HasOnlyPlainSources() ? ParsePath(query) : std::nullopt;
+    const std::optional<std::vector<NodeIndex>> found =
+        steps ? SelectByPath(*store_, index_, *steps) : Evaluate(query);
+    if (!found) {
+        return std::nullopt;
+    }
+    std::vector<Node> nodes;
+    nodes.reserve(found->size());
+    std::ranges::transform(*found, std::back_inserter(nodes),
+                           [&](NodeIndex index) { return store_->Handle(index); });
+    return NodeList(std::move(nodes));
+}
+
+std::optional<std::vector<std::uint32_t>> Document::Evaluate(std::string_view query) {
     if (store_->queries == nullptr || store_->queriedDocument != index_ || !store_->queries->IsUsable()) {
         store_->queries.reset();
         store_->queries = std::make_shared<QueryTree>(*store_, index_);
         store_->queriedDocument = index_;
     }
-    const auto found = store_->queries->Select(std::string(query));
-    if (!found) {
-        return std::nullopt;
-    }
-    std::vector<Node> nodes;
-    std::ranges::transform(*found, std::back_inserter(nodes),
-                           [&](NodeIndex index) { return store_->Handle(index); });
-    return NodeList(std::move(nodes));
+    return store_->queries->Select(std::string(query));
 }
 
 std::unique_ptr<Document> CreateDocument() {

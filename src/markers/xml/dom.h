@@ -241,6 +241,7 @@ class Document {
     explicit Document(std::shared_ptr<DocumentStore> store);
 
     bool Parse(std::string_view path, platform::Bytes bytes, bool isFile);
+    std::optional<std::vector<std::uint32_t>> Evaluate(std::string_view query);
 
     std::shared_ptr<DocumentStore> store_;
     std::uint32_t index_ = 0;  ///< The document node.
