@@ -1,5 +1,6 @@
 #include "markers/decoding_walk.h"
 
+#include <algorithm>
 #include <span>
 #include <utility>
 
@@ -9,18 +10,17 @@ namespace ventrix {
 namespace {
 
 constexpr char kDefaultTagsAttribute[] = "data-twtags";
+constexpr std::size_t kLongValue = 1000;  // Bytes; a shorter value is searched each time.
 constexpr char kMarkerPrefix[] = "QL_";  // Every marker word begins with it.
 
 std::string_view TagsAttribute(const PublishParams& params) {
     return params.targetAttr.empty() ? std::string_view(kDefaultTagsAttribute) : params.targetAttr;
 }
 
-/// The entry of the innermost open element.
-TagTokens& TokensOf(xml::Node element, DecodingState& state) {
-    if (state.open.empty() || state.open.back().element != element) {
-        state.open.emplace_back().element = element;
-    }
-    return state.open.back();
+/// The tokens of the innermost open element, if they are kept.
+TagTokens* KeptTokens(xml::Node element, DecodingState& state) {
+    const bool areKept = !state.open.empty() && state.open.back().element == element;
+    return areKept ? &state.open.back() : nullptr;
 }
 
 /// Adds what follows the value that the tokens were read from.
@@ -33,25 +33,20 @@ void AddTokens(TagTokens& tokens, std::string_view value) {
     tokens.tail = last == std::string::npos ? text : text.substr(last + QL_SEP.size());
 }
 
-/// Reads the tokens that the attribute has. Most elements have one text node, and so no tokens when it is
-/// decoded.
-void ReadTokens(TagTokens& tokens, std::string_view attribute) {
-    if (!tokens.isRead) {
-        const std::string value = AttributeValue(tokens.element, attribute);
-        tokens.isRead = !value.empty();
-        if (tokens.isRead) {
-            AddTokens(tokens, value);
-        }
-    }
-}
+// Names are at the even positions. A name that occurs first as a value counts as new.
 
-/// Names are at the even positions. A name that occurs first as a value counts as new.
 bool HasName(const TagTokens& tokens, std::string_view name) {
-    if (tokens.firstPositions.empty()) {
-        return false;
-    }
     const auto found = tokens.firstPositions.find(std::string(name));
     return found != tokens.firstPositions.end() && found->second % 2 == 0;
+}
+
+bool HasName(std::string_view value, std::string_view name) {
+    if (value.empty()) {
+        return false;
+    }
+    const std::vector<std::string_view> tokens = SplitTagsValue(value);
+    const auto found = std::ranges::find(tokens, name);
+    return found != tokens.end() && (found - tokens.begin()) % 2 == 0;
 }
 
 void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string_view text,
@@ -139,11 +134,17 @@ void LeaveElement(xml::Node element, DecodingState& state) {
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
                    const PublishParams& params, DecodingState& state) {
     const std::string_view attribute = TagsAttribute(params);
-    TagTokens& tokens = TokensOf(element, state);
-    ReadTokens(tokens, attribute);
-    std::string added;
+    TagTokens* tokens = KeptTokens(element, state);
+    const std::string value = tokens == nullptr ? AttributeValue(element, attribute) : std::string();
+    if (value.size() > kLongValue) {
+        tokens = &state.open.emplace_back();
+        tokens->element = element;
+        AddTokens(*tokens, value);
+    }
+    std::string& added = state.added;
+    added.clear();
     for (std::size_t i = 0; i < tagPairs.size(); i += 2) {
-        if (!HasName(tokens, tagPairs[i])) {
+        if (tokens == nullptr ? !HasName(value, tagPairs[i]) : !HasName(*tokens, tagPairs[i])) {
             added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
         }
     }
@@ -152,8 +153,8 @@ void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePa
         return;
     }
     SetOrAppendAttribute(document, element, attribute, added, false);
-    if (tokens.isRead) {
-        AddTokens(tokens, added);
+    if (tokens != nullptr) {
+        AddTokens(*tokens, added);
     }
 }
 

@@ -18,7 +18,6 @@ namespace ventrix {
 /// The tokens of an element's tags attribute.
 struct TagTokens {
     xml::Node element;
-    bool isRead = false;  ///< The other fields are up to date.
     std::unordered_map<std::string, std::size_t> firstPositions;
     std::size_t count = 0;
     std::string tail;  ///< What follows the last token in the value.
@@ -26,13 +25,14 @@ struct TagTokens {
 
 /// What the walk keeps from one text node to the next.
 struct DecodingState {
-    /// The tokens of the open elements with tag pairs, innermost last, so that each text node of an element
-    /// costs only what it adds.
+    /// The tokens of the open elements with a long tags attribute, innermost last, so that each text node of
+    /// an element costs only what it adds.
     std::vector<TagTokens> open;
     std::string content;         ///< Scratch memory: of the text node.
     std::string stripped;        ///< Scratch memory: the content without attribute groups.
     AttributePairs tagPairs;     ///< Scratch memory: of the content's attribute group.
     AttributePairs targetPairs;  ///< Scratch memory: the same.
+    std::string added;           ///< Scratch memory: to the tags attribute.
 };
 
 /// Decodes one filled text node. No marker word is left in it and in the elements that it contained. Returns

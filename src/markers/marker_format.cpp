@@ -32,6 +32,27 @@ std::size_t FindWord(std::string_view text, std::string_view word, std::size_t f
     return kNone;
 }
 
+struct EntryWord {
+    std::size_t position = kNone;
+    std::string_view word;
+};
+
+/// The first of the words of an entry at or after `from`.
+EntryWord NextEntryWord(std::string_view text, std::size_t from) {
+    while ((from = text.find(QL_EQ.front(), from)) != kNone) {
+        const std::string_view rest = text.substr(from);
+        const char distinct = rest.size() > kDistinct ? rest[kDistinct] : '\0';
+        const std::string_view word = distinct == QL_EQ[kDistinct]       ? QL_EQ
+                                      : distinct == QL_TARGET[kDistinct] ? QL_TARGET
+                                                                         : QL_SEP;
+        if (rest.starts_with(word)) {
+            return {from, word};
+        }
+        ++from;
+    }
+    return {};
+}
+
 struct ElementWord {
     std::size_t position;
     bool opens;
@@ -124,23 +145,29 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
         body = body.substr(0, end - start - QL_START.size());
     }
     while (!body.empty()) {
-        const std::size_t equals = FindWord(body, QL_EQ);
-        const std::size_t target = equals == kNone ? kNone : FindWord(body, QL_TARGET);
-        const std::size_t separator = target == kNone ? kNone : FindWord(body, QL_SEP);
-        if (separator == kNone) {
+        // The first word of each kind counts, and they must be in this order. A further QL_EQ is part of the
+        // value.
+        const EntryWord equals = NextEntryWord(body, 0);
+        if (equals.word != QL_EQ) {
             return;
         }
+        EntryWord target = equals;
+        while (target.word == QL_EQ) {
+            target = NextEntryWord(body, target.position + 1);
+        }
+        const std::size_t separator =
+            target.word == QL_TARGET ? FindWord(body, QL_SEP, target.position) : kNone;
         // "QL_EQL_TARGET" contains both words, sharing the "Q". There is no room for a value between them, so
         // they count as out of order too.
-        const std::size_t valueStart = equals + QL_EQ.size();
-        if (target < valueStart || separator < target) {
+        const std::size_t valueStart = equals.position + QL_EQ.size();
+        if (separator == kNone || target.position < valueStart) {
             return;
         }
-        const std::size_t targetStart = target + QL_TARGET.size();
+        const std::size_t targetStart = target.position + QL_TARGET.size();
         const std::string_view targetName = body.substr(targetStart, separator - targetStart);
         AttributePairs& pairs = targetName.empty() ? tagPairs : targetPairs;
-        pairs.push_back(targetName.empty() ? body.substr(0, equals) : targetName);
-        pairs.push_back(body.substr(valueStart, target - valueStart));
+        pairs.push_back(targetName.empty() ? body.substr(0, equals.position) : targetName);
+        pairs.push_back(body.substr(valueStart, target.position - valueStart));
         body.remove_prefix(separator + QL_SEP.size());
     }
 }
@@ -215,6 +242,7 @@ std::string WrapElementGroup(std::string_view xml) {
 }
 
 std::vector<std::string_view> SplitElementGroups(std::string_view text) {
+    constexpr std::size_t kUsualPieces = 5;
     std::vector<std::string_view> pieces;
     // Splitting ends at the first group that is not balanced. The last QL_ELEM_E of the text need not be
     // compared with the first QL_ELEM_S: if none follows the opening word, the group is not balanced either.
@@ -223,6 +251,9 @@ std::vector<std::string_view> SplitElementGroups(std::string_view text) {
         const auto end = ElementGroupEnd(text, start);
         if (!end) {
             break;
+        }
+        if (pieces.empty()) {
+            pieces.reserve(kUsualPieces);
         }
         pieces.push_back(text.substr(0, start));
         pieces.push_back(text.substr(start, *end - start));
@@ -274,13 +305,17 @@ void EscapeMarkup(std::string& text) {
 
 // The text gets shorter, so it can be changed in place.
 void UnescapeMarkup(std::string& text) {
-    std::size_t to = std::min(text.find('&'), text.size());
-    for (std::size_t from = to; from < text.size(); ++to) {
-        const xml::NamedCharacter named = xml::NamedCharacterAt(std::string_view(text).substr(from));
-        text[to] = named.length == 0 ? text[from] : named.character;
+    const char* const end = text.data() + text.size();
+    const char* from = text.data() + std::min(text.find('&'), text.size());
+    char* to = text.data() + (from - text.data());
+    while (from != end) {
+        const bool mayBeNamed = *from == '&';
+        const xml::NamedCharacter named =
+            mayBeNamed ? xml::NamedCharacterAt({from, end}) : xml::NamedCharacter{};
+        *to++ = named.length == 0 ? *from : named.character;
         from += std::max<std::size_t>(named.length, 1);
     }
-    text.resize(to);
+    text.resize(static_cast<std::size_t>(to - text.data()));
 }
 
 void ReplaceAll(std::string& text, std::string_view oldText, std::string_view newText) {
