@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kDefaultTagsAttribute[] = "data-twtags";
 constexpr std::size_t kLongValue = 1000;  // Bytes; a shorter value is searched each time.
-constexpr char kMarkerPrefix[] = "QL_";  // Every marker word begins with it.
+constexpr std::string_view kMarkerPrefix = "QL_";  // Every marker word begins with it.
 
 std::string_view TagsAttribute(const PublishParams& params) {
     return params.targetAttr.empty() ? std::string_view(kDefaultTagsAttribute) : params.targetAttr;

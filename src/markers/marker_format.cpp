@@ -14,17 +14,21 @@ namespace {
 constexpr std::size_t kNone = std::string_view::npos;
 constexpr std::size_t kDistinct = 4;  ///< Where most marker words differ from each other.
 
-/// As text.find(word, from), for a marker word. Faster, since a "Q" is rare in a text, and the next byte mostly
-/// tells whether it begins the word.
-std::size_t FindWord(std::string_view text, std::string_view word, std::size_t from = 0) {
-    while (from + word.size() <= text.size()) {
+constexpr std::string_view kElementHead = "QL_ELEM_";  ///< Both element words begin with it.
+
+/// As text.find(word, from), for a marker word. Faster, since a "Q" is rare in a text, one further byte mostly
+/// tells whether it begins the word, and the word's length is known when this is compiled.
+template <const std::string_view& Word>
+std::size_t FindWord(std::string_view text, std::size_t from = 0) {
+    while (from + Word.size() <= text.size()) {
         const void* const found =
-            std::memchr(text.data() + from, word.front(), text.size() - word.size() + 1 - from);
+            std::memchr(text.data() + from, Word.front(), text.size() - Word.size() + 1 - from);
         if (found == nullptr) {
             return kNone;
         }
-        from = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
-        if (text[from + kDistinct] == word[kDistinct] && text.substr(from, word.size()) == word) {
+        const auto* const at = static_cast<const char*>(found);
+        from = static_cast<std::size_t>(at - text.data());
+        if (at[kDistinct] == Word[kDistinct] && std::memcmp(at, Word.data(), Word.size()) == 0) {
             return from;
         }
         ++from;
@@ -61,9 +65,8 @@ struct ElementWord {
 // Both element words begin with the same bytes. A search for those finds the next word of either kind in one
 // scan; two searches, one per word, could each run to the end of the text for every word.
 std::optional<ElementWord> NextElementWord(std::string_view text, std::size_t position) {
-    constexpr std::string_view kHead = "QL_ELEM_";
-    while ((position = FindWord(text, kHead, position)) != kNone) {
-        const std::size_t last = position + kHead.size();
+    while ((position = FindWord<kElementHead>(text, position)) != kNone) {
+        const std::size_t last = position + kElementHead.size();
         if (last < text.size() && (text[last] == 'S' || text[last] == 'E')) {
             return ElementWord{position, text[last] == 'S'};
         }
@@ -134,8 +137,8 @@ std::string TakeAttributeGroup(std::string& text) {
 }
 
 void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, AttributePairs& targetPairs) {
-    const std::size_t start = FindWord(text, QL_START);
-    const std::size_t end = start == kNone ? kNone : FindWord(text, QL_END);
+    const std::size_t start = FindWord<QL_START>(text);
+    const std::size_t end = start == kNone ? kNone : FindWord<QL_END>(text);
     if (end == kNone) {
         return;
     }
@@ -156,7 +159,7 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
             target = NextEntryWord(body, target.position + 1);
         }
         const std::size_t separator =
-            target.word == QL_TARGET ? FindWord(body, QL_SEP, target.position) : kNone;
+            target.word == QL_TARGET ? FindWord<QL_SEP>(body, target.position) : kNone;
         // "QL_EQL_TARGET" contains both words, sharing the "Q". There is no room for a value between them, so
         // they count as out of order too.
         const std::size_t valueStart = equals.position + QL_EQ.size();
@@ -176,8 +179,8 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
 // in its turn. Starting again from the front after each removal would take quadratic time. Instead, the bytes
 // around each removal are compared before the rest is searched for the next QL_START.
 std::string_view StripAttributeGroups(std::string_view text, std::string& buffer) {
-    std::size_t start = FindWord(text, QL_START);
-    std::size_t end = start == kNone ? kNone : FindWord(text, QL_END, start + QL_START.size());
+    std::size_t start = FindWord<QL_START>(text);
+    std::size_t end = start == kNone ? kNone : FindWord<QL_END>(text, start + QL_START.size());
     if (end == kNone) {
         return text;
     }
@@ -187,14 +190,14 @@ std::string_view StripAttributeGroups(std::string_view text, std::string& buffer
         buffer += rest.substr(0, start);
         rest.remove_prefix(end + QL_END.size());
         if (const std::size_t completed = CompletedStart(buffer, rest); completed != 0) {
-            end = FindWord(rest, QL_END, completed);
+            end = FindWord<QL_END>(rest, completed);
             if (end != kNone) {
                 buffer.resize(buffer.size() - (QL_START.size() - completed));
                 start = 0;
             }
         } else {
-            start = FindWord(rest, QL_START);
-            end = start == kNone ? kNone : FindWord(rest, QL_END, start + QL_START.size());
+            start = FindWord<QL_START>(rest);
+            end = start == kNone ? kNone : FindWord<QL_END>(rest, start + QL_START.size());
         }
     }
     // Only a QL_END after the QL_START closes its group. Without one the rest stays, as it does in
@@ -247,7 +250,7 @@ std::vector<std::string_view> SplitElementGroups(std::string_view text) {
     // Splitting ends at the first group that is not balanced. The last QL_ELEM_E of the text need not be
     // compared with the first QL_ELEM_S: if none follows the opening word, the group is not balanced either.
     std::size_t start = 0;
-    while ((start = FindWord(text, QL_ELEM_S)) != kNone) {
+    while ((start = FindWord<QL_ELEM_S>(text)) != kNone) {
         const auto end = ElementGroupEnd(text, start);
         if (!end) {
             break;
@@ -264,7 +267,7 @@ std::vector<std::string_view> SplitElementGroups(std::string_view text) {
 }
 
 std::optional<std::string> ElementGroupXml(std::string_view piece) {
-    const std::size_t end = FindWord(piece, QL_ELEM_E);
+    const std::size_t end = FindWord<QL_ELEM_E>(piece);
     if (end == kNone) {
         return std::nullopt;
     }
@@ -276,7 +279,7 @@ std::optional<std::string> ElementGroupXml(std::string_view piece) {
 std::vector<std::string_view> SplitTagsValue(std::string_view tagsValue) {
     std::vector<std::string_view> tokens;
     std::size_t end = 0;
-    while ((end = FindWord(tagsValue, QL_SEP)) != kNone) {
+    while ((end = FindWord<QL_SEP>(tagsValue)) != kNone) {
         tokens.push_back(tagsValue.substr(0, end));
         tagsValue.remove_prefix(end + QL_SEP.size());
     }

@@ -67,23 +67,27 @@ struct NamedCharacter {
     std::size_t length;  ///< Of the entity, from its "&" to past its ";"; 0 if there is none.
 };
 
+/// The predefined entity of this number at the start of the text.
+template <std::size_t Index>
+NamedCharacter EntityAt(std::string_view text) {
+    constexpr std::string_view kEntity = kMarkupCharacters[Index].second;
+    return {kMarkupCharacters[Index].first, text.starts_with(kEntity) ? kEntity.size() : 0};
+}
+
 /// The predefined entity at the start of the text.
 inline NamedCharacter NamedCharacterAt(std::string_view text) {
-    const auto entity = [&](const std::pair<char, std::string_view>& pair) {
-        return NamedCharacter{pair.first, text.starts_with(pair.second) ? pair.second.size() : 0};
-    };
     if (text.size() < sizeof "&lt;" - 1 || text[0] != '&') {
         return {'&', 0};
     }
     switch (text[1]) {
         case 'a':
-            return text[2] == 'm' ? entity(kMarkupCharacters[0]) : entity(kMarkupCharacters[4]);
+            return text[2] == 'm' ? EntityAt<0>(text) : EntityAt<4>(text);
         case 'l':
-            return entity(kMarkupCharacters[1]);
+            return EntityAt<1>(text);
         case 'g':
-            return entity(kMarkupCharacters[2]);
+            return EntityAt<2>(text);
         case 'q':
-            return entity(kMarkupCharacters[3]);
+            return EntityAt<3>(text);
         default:
             return {'&', 0};
     }
