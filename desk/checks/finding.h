@@ -1,5 +1,5 @@
-// Something that a run did not do, or did otherwise than the user may expect. Each finding is a warning on
-// the screen, an entry of the JSON object, and makes the exit status 1 at least.
+// Something that a run did not do, or did differently from what the user may expect. Each finding is a
+// warning on the screen, an entry of the JSON object, and makes the exit status 1 at least.
 #pragma once
 
 #include <string>

@@ -11,25 +11,12 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
-constexpr std::string_view kGraphicKey = "graphicsType";
-
 /// The drive or server of a path in system notation, which decides whether a graphic is packaged. Empty for a
 /// path that is on no mapped drive.
 std::string DriveOf(const NativePath& path) {
     const std::string system = ToSystem(path).value_or(SystemPath{}).utf8;
     const std::size_t start = system.starts_with("\\\\") ? 2 : 0;
     return system.substr(0, std::min(system.find('\\', start), system.size()));
-}
-
-std::string CommonFolder(const std::vector<NativePath>& paths) {
-    std::string common = paths.empty() ? std::string() : FolderOf(paths.front()).utf8;
-    for (const NativePath& path : paths) {
-        while (!path.utf8.starts_with(common)) {
-            common.pop_back();
-            common.resize(common.rfind('/') + 1);
-        }
-    }
-    return common;
 }
 
 bool IsFile(const NativePath& path) {
@@ -60,15 +47,16 @@ std::string WithSlash(const NativePath& folder) {
 
 }  // namespace
 
-PackageLayout LayoutOf(const DocumentFiles& files, const NativePath& document) {
+PackageLayout PackageLayoutOf(const DocumentFiles& files, const NativePath& document) {
     PackageLayout layout;
     const std::string drive = DriveOf(document);
     for (const DocumentFile& file : files.files) {
         if (!file.path.Empty() && (file.key != kGraphicKey || DriveOf(file.path) == drive)) {
+            layout.commonFolder =
+                CommonFolder(layout.sources.empty() ? file.path : layout.commonFolder, file.path);
             layout.sources.push_back(file.path);
         }
     }
-    layout.commonFolder = {CommonFolder(layout.sources)};
     return layout;
 }
 
@@ -163,7 +151,7 @@ std::vector<NativePath> AbsentFolders(const DocumentFiles& files) {
     return deepestFirst;
 }
 
-void RemoveEmptyFolders(const std::vector<NativePath>& folders) {
+void RemoveIfEmpty(const std::vector<NativePath>& folders) {
     std::error_code ignored;
     for (const NativePath& folder : folders) {
         const fs::path path = ToFilesystem(folder);

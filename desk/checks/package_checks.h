@@ -1,6 +1,6 @@
-// What a Publish request leaves undone without saying so. The module passes over a file that it cannot copy,
-// save or place, so the desk host compares what a run left in its folder with what the document's list of
-// files calls for. Nothing here changes anything. Paths are absolute.
+// What a Publish request leaves undone without reporting it. The module passes over a file that it cannot
+// copy, save or place, so the desk host compares what a run left in its folder with what the document's list
+// of files calls for. Nothing here changes anything. Paths are absolute.
 #pragma once
 
 #include <string>
@@ -19,7 +19,7 @@ struct PackageLayout {
     std::vector<NativePath> sources;  ///< What is copied, in the order of the list.
 };
 
-PackageLayout LayoutOf(const DocumentFiles& files, const NativePath& document);
+PackageLayout PackageLayoutOf(const DocumentFiles& files, const NativePath& document);
 
 /// Sources that exist and have no copy in the package. `package` is the state after the last copy.
 std::vector<NativePath> UncopiedSources(const PackageLayout& layout, const std::vector<PackageFile>& package);
@@ -31,8 +31,8 @@ std::vector<NativePath> UnsavedCopies(const std::vector<NativePath>& encoded, co
                                       const std::vector<PackageFile>& copied,
                                       const std::vector<PackageFile>& transformed);
 
-/// Graphics that exist and are not where the pages in the result folder look for them: as far from it as the
-/// graphic is from the document.
+/// Graphics that exist and are not where the pages in the result folder refer to them: at the path, relative
+/// to that folder, that the graphic has relative to the document.
 std::vector<NativePath> UnplacedGraphics(const DocumentFiles& files, const NativePath& document,
                                          const NativePath& resultFolder);
 
@@ -44,7 +44,7 @@ std::vector<NativePath> MisplacedPages(const NativePath& output, const NativePat
 /// The XML files of a package, which the module encodes, and deletes after the transformation.
 std::vector<NativePath> XmlFiles(const NativePath& output, const std::vector<PackageFile>& package);
 
-/// Those that are files.
+/// Those of the paths that are files.
 std::vector<NativePath> Existing(std::vector<NativePath> paths);
 
 /// The folders above the listed files that do not exist, deepest first. The module creates them where a
@@ -52,6 +52,6 @@ std::vector<NativePath> Existing(std::vector<NativePath> paths);
 std::vector<NativePath> AbsentFolders(const DocumentFiles& files);
 
 /// Removes those of the folders that exist now and are empty.
-void RemoveEmptyFolders(const std::vector<NativePath>& folders);
+void RemoveIfEmpty(const std::vector<NativePath>& folders);
 
 }  // namespace ventrix::desk

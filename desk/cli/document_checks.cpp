@@ -30,7 +30,7 @@ constexpr std::array<std::string_view, 45> kStandardElements = {
     "synph",     "systemoutput", "term",     "text",        "trademark",      "uicontrol", "userinput",
     "varname",   "wintitle",     "xref"};
 
-/// In shorter names, one letter is most of the name: `b` is no misspelling of `p`.
+/// A single letter is too large a part of a shorter name: `b` is not a misspelling of `p`.
 constexpr std::size_t kShortestMisspelling = 3;
 
 enum class NameKind { kAttribute, kElement };
@@ -54,7 +54,7 @@ class NameReporter {
             return;
         }
         const std::string problem =
-            std::string(option) + ": '" + name + "' occurs in no file of the document";
+            std::string(option) + ": '" + name + "' does not occur in any file of the document";
         const std::string meant = name.size() < kShortestMisspelling || IsStandard(kind, name)
                                       ? std::string()
                                       : MeantWord(name, {known.begin(), known.end()});
@@ -86,7 +86,7 @@ void ReportPassedOverFiles(const DocumentFiles& files, RunReport& report, const 
                   "is XML, but nothing in it is preserved, because only files named .xml, .dita or .ditamap "
                   "are encoded; rename it"});
         } else {
-            screen.Note(file.path.utf8 + " is not XML and is packaged as it is");
+            screen.Note(file.path.utf8 + " is packaged as it is; nothing in it is preserved");
         }
     }
 }

@@ -12,8 +12,8 @@ namespace ventrix::desk {
 /// A file with XML content that the module passes over is a warning, any other a note.
 void ReportPassedOverFiles(const DocumentFiles& files, RunReport& report, const Screen& screen);
 
-/// A name that occurs in no file is a note. It is a warning if it is probably a misspelling of one that
-/// occurs, and not a standard name itself.
+/// A name that does not occur in any file is a note. It is a warning if it is probably a misspelling of a
+/// name that occurs, unless it is a standard name itself.
 void ReportAbsentNames(const PublishOptions& options, const DocumentNames& names, RunReport& report,
                        const Screen& screen);
 

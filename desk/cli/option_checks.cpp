@@ -86,6 +86,13 @@ void RequireOption(const char* option, const std::string& value, const char* req
     }
 }
 
+/// The module refuses a request without a step.
+void RequireStep(const PublishOptions& options) {
+    if (options.noTransform && options.preScript.empty() && options.postScript.empty()) {
+        throw Stop{kExitUsage, "--no-transform leaves nothing to do; add --pre-script or --post-script"};
+    }
+}
+
 }  // namespace
 
 bool AsksForDitaTransformation(const PublishOptions& options) {
@@ -106,6 +113,7 @@ std::vector<std::string> SplitList(const std::string& list) {
 }
 
 void CheckPublishOptions(const PublishOptions& options) {
+    RequireStep(options);
     CheckLists("--attributes", options.attributes);
     CheckLists("--elements", options.elements);
     CheckScopedGroups("--scoped-attributes", options.scopedAttributes);

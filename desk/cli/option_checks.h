@@ -12,8 +12,8 @@ namespace ventrix::desk {
 /// True if the options leave the transformation of a DITA document to the DITA Open Toolkit.
 bool AsksForDitaTransformation(const PublishOptions& options);
 
-/// Splits a list as the module does: every comma separates, so a comma at an end has an empty piece beside
-/// it.
+/// Splits a list as the module does: every comma separates, so a leading or trailing comma gives an empty
+/// item.
 std::vector<std::string> SplitList(const std::string& list);
 
 /// Throws Stop, with a message that names the option and its value and says what to do, for a name that is

@@ -40,7 +40,7 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
         ->allow_extra_args(false);
     command
         .add_option("--allow-read", common.allowRead,
-                    "Let entities and included text come from this folder, too; may be repeated")
+                    "Also allow entities and included text from this folder; may be repeated")
         ->type_name("FOLDER")
         ->allow_extra_args(false);
     command
@@ -50,17 +50,18 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
         ->allow_extra_args(false);
     command
         .add_option("--toolkit", common.toolkit,
-                    "DITA Open Toolkit to use: builtin, installed, or the folder of one")
+                    "DITA Open Toolkit to use: builtin, installed, or a toolkit's folder")
         ->type_name("WHICH")
         ->capture_default_str();
-    command.add_option("--catalog", common.catalog, "XML catalog to search for DTDs before the system's own")
+    command
+        .add_option("--catalog", common.catalog, "XML catalog to search for DTDs before the system catalogs")
         ->type_name("FILE");
     command.add_option("--color", common.color, "Use colours: auto, always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}))
         ->type_name("WHEN")
         ->capture_default_str();
     auto* quiet = command.add_flag("--quiet,-q", common.quiet, "Print only results and errors");
-    command.add_flag("--verbose,-v", common.verbose, "Also print the host's console")->excludes(quiet);
+    command.add_flag("--verbose,-v", common.verbose, "Also print the host's console output")->excludes(quiet);
     command.add_flag("--json", common.json, "Print one JSON object to standard output and nothing else");
 }
 
@@ -74,9 +75,9 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         ->type_name("FOLDER");
     auto* ditaOt = command.add_flag("--dita-ot", publish.ditaOt,
                                     "Transform with the DITA Open Toolkit (default for DITA)");
-    command.add_option("--xslt", publish.xslt, "Transform with this stylesheet")
-        ->type_name("FILE")
-        ->excludes(ditaOt);
+    auto* xslt = command.add_option("--xslt", publish.xslt, "Transform with this stylesheet")
+                     ->type_name("FILE")
+                     ->excludes(ditaOt);
     command
         .add_option("--pre-script", publish.preScript,
                     "Program to run on the packaged document before the transformation")
@@ -117,9 +118,13 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         .add_option("--preserve-xpath-attr", publish.preserveXpathAttr,
                     "HTML attribute for these queries (default: the tags attribute)")
         ->type_name("NAME");
-    command.add_flag("--no-transform", publish.noTransform,
-                     "Do not transform the document; only package it and run the scripts");
-    command.add_flag("--force", publish.force, "Use an output folder that holds other files; they are kept");
+    command
+        .add_flag("--no-transform", publish.noTransform,
+                  "Do not transform the document; only package it and run the scripts")
+        ->excludes(ditaOt)
+        ->excludes(xslt);
+    command.add_flag("--force", publish.force,
+                     "Use an output folder that contains other files; they are kept");
 }
 
 constexpr char kRequestText[] = "TEXT";
@@ -157,8 +162,7 @@ std::vector<std::string> OptionNames(const CLI::App& command) {
     return names;
 }
 
-/// Reported before anything else that is wrong: a misspelled option often is the one that seems to be
-/// missing.
+/// Reported before any other error: a misspelled option is often the one that seems to be missing.
 void RefuseUnknownOption(const CLI::App& app) {
     for (const std::string& word : app.remaining(true)) {
         if (!word.starts_with('-')) {

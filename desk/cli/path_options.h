@@ -25,8 +25,8 @@ void RequireNoInput(const char* option, const NativePath& file, const std::vecto
 /// True for the null device, which as a log means that no log is wanted.
 bool IsNullDevice(const NativePath& path);
 
-/// Throws Stop if the log is a folder, a pipe, a device or, also by a link of either kind, one of the inputs.
-/// Accepts a missing file and the null device.
+/// Throws Stop if the log is a folder, a pipe, a device, or one of the inputs, directly or through a symbolic
+/// or hard link. Accepts a missing file and the null device.
 void RequireLog(const NativePath& log, const std::vector<NativePath>& inputs);
 
 }  // namespace ventrix::desk

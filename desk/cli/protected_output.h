@@ -1,4 +1,4 @@
-// The output folder of a command while it runs: taken before, settled after it, and put back as it was when
+// The output folder of a command while it runs: prepared before the run, settled after it, and restored if
 // the run is interrupted.
 #pragma once
 
@@ -14,12 +14,12 @@ namespace ventrix::desk {
 
 class ProtectedOutput {
   public:
-    /// Reports what the keeper notes. Throws Stop if the folder is refused.
+    /// Prints the keeper's notes. Throws Stop if the folder is refused.
     ProtectedOutput(const OutputOrder& order, RunReport& report, const Screen& screen);
 
     /// Keeps the result of a run with this exit status, if it is 0 or 1, or restores the folder. Reports what
-    /// became of the user's own files. Returns the exit status, which is another one if the result could not
-    /// be recorded.
+    /// happened to the user's own files. Returns the exit status, which differs if the result could not be
+    /// recorded.
     int Settle(int status);
 
     /// Restores the folder as it was before the run, and prints where the files of the failed run are.

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/document_checks.h"
@@ -5,6 +7,7 @@
 #include "desk/cli/protected_output.h"
 #include "desk/cli/publish_findings.h"
 #include "desk/cli/publish_run.h"
+#include "desk/cli/published_pages.h"
 
 namespace ventrix::desk {
 namespace {
@@ -30,7 +33,7 @@ int ReportFailure(const PublishPlan& plan, const PublishOutcome& outcome, const 
     return kExitTransformation;
 }
 
-/// Throws Stop if the module did not get as far as a result.
+/// Throws Stop if the module did not reach a result.
 void RequireResult(const PublishOutcome& outcome) {
     if (outcome.reply.status == kRequestRefused) {
         throw Stop{kExitRefused, "the module refused the request"};
@@ -47,7 +50,40 @@ void RequireResult(const PublishOutcome& outcome) {
                                        outcome.log.broken.front().utf8};
 }
 
-void FillReport(const PublishPlan& plan, const PublishOutcome& outcome, RunReport& report) {
+/// The files that pages of a DITA transformation may come from. A toolkit also writes a contents page
+/// index.html, which no topic of that name must be taken for.
+std::vector<NativePath> TopicsOf(const DocumentFiles& files) {
+    std::vector<NativePath> topics;
+    for (const DocumentFile& file : files.files) {
+        const std::filesystem::path path = ToFilesystem(file.path);
+        const bool isPage = !file.path.Empty() && file.key == kDocumentKey && !file.opaque;
+        if (isPage && path.extension() != ".ditamap" && path.stem() != "index") {
+            topics.push_back(file.path);
+        }
+    }
+    return topics;
+}
+
+/// The pages with their sources. A stylesheet writes one page under the name that it was given; what a script
+/// made a page from is unknown.
+std::vector<ReportedPage> PagesWithSources(const PublishPlan& plan, const Session& session,
+                                           const PublishOutcome& outcome) {
+    const std::vector<NativePath> sources =
+        plan.ditaOt ? TopicsOf(session.files) : std::vector<NativePath>{session.document};
+    const PageSources pageSources(sources, session.document, outcome.resultFolder);
+    std::vector<ReportedPage> pages;
+    for (const NativePath& page : outcome.pages.files) {
+        NativePath source = plan.transforms ? pageSources.SourceOf(page) : NativePath{};
+        if (!plan.ditaOt && page == plan.outFile) {
+            source = session.document;
+        }
+        pages.push_back({page, source});
+    }
+    return pages;
+}
+
+void FillReport(const PublishPlan& plan, const Session& session, const PublishOutcome& outcome,
+                RunReport& report) {
     report.status = outcome.reply.status;
     report.resultFolder = outcome.resultFolder;
     report.startPage = outcome.startPage;
@@ -56,12 +92,10 @@ void FillReport(const PublishPlan& plan, const PublishOutcome& outcome, RunRepor
     report.toolkit = plan.toolkit;
     report.failed = outcome.log.failed;
     report.missing = outcome.missing;
-    for (const NativePath& page : outcome.pages.files) {
-        report.pages.push_back({page, {}});
-    }
+    report.pages = PagesWithSources(plan, session, outcome);
 }
 
-/// The result of a failed run is not where the module reported it.
+/// The result of a failed run is no longer where the module reported it.
 void ForgetResult(RunReport& report) {
     report.resultFolder = report.startPage = report.buildLog = {};
     report.pages.clear();
@@ -116,7 +150,7 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
     int status = kExitDone;
     try {
         outcome = RunPublish(plan, options, *session, log, screen);
-        FillReport(plan, outcome, report);
+        FillReport(plan, *session, outcome, report);
         RequireResult(outcome);
         status = Conclude(plan, *session, outcome, report, screen);
     } catch (...) {

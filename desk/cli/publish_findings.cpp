@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "desk/cli/file_findings.h"
+
 namespace ventrix::desk {
 namespace {
 
@@ -24,17 +26,13 @@ bool IsNamed(const std::string& line, const std::vector<Finding>& findings) {
 std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& session,
                                      const PublishOutcome& outcome) {
     std::vector<Finding> findings;
-    for (const NativePath& file : outcome.missing) {
-        findings.push_back({file, 0, "missing", "is missing or unreadable and is not in the result"});
-    }
+    AddMissingFiles(session.files, outcome.missing, findings);
     if (outcome.log.graphicsOnOtherDrive) {
         findings.push_back(
             {session.document, 0, "graphics-on-other-drive",
              "some graphics are on a different drive from the document and were not packaged"});
     }
-    for (const FailedFile& failed : outcome.log.failed) {
-        findings.push_back({failed.file, 0, "not-readable", "could not be read: " + failed.reason});
-    }
+    AddFailedFiles(outcome.log, findings);
     std::ranges::copy(outcome.unfinished, std::back_inserter(findings));
     for (const std::string& line : session.record.unread) {
         if (!IsNamed(line, findings)) {

@@ -8,11 +8,11 @@
 
 namespace ventrix::desk {
 
-/// Everything that makes a run less than clean, except a failed transformation or script.
+/// All findings of a run, except a failed transformation or script.
 std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& session,
                                      const PublishOutcome& outcome);
 
-/// Lines that are worth knowing and are no findings.
+/// Further lines for the user, which are not findings.
 std::vector<std::string> PublishNotes(const PublishPlan& plan, const PublishOutcome& outcome);
 
 }  // namespace ventrix::desk

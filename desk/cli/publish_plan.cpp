@@ -25,16 +25,19 @@ bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
     return true;
 }
 
-void CheckStylesheet(const NativePath& path) {
+/// The files of the stylesheet, with those that it imports and includes.
+std::vector<NativePath> CheckStylesheet(const NativePath& path) {
     if (path.Empty()) {
-        return;
+        return {};
     }
     std::string first;
     const auto keepFirst = [&first](const std::string& line) { first = first.empty() ? line : first; };
-    if (LoadStylesheet(path, keepFirst) == nullptr) {
+    const Stylesheet stylesheet = LoadStylesheet(path, keepFirst);
+    if (stylesheet == nullptr) {
         throw Stop{kExitTransformation,
                    "the stylesheet " + path.utf8 + " cannot be used" + (first.empty() ? "" : ": " + first)};
     }
+    return FilesOf(stylesheet.get());
 }
 
 void CheckFilter(const NativePath& path) {
@@ -101,7 +104,7 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     plan.undecoded = plan.outFile.Empty() || IsDecoded(plan) ? NativePath{} : plan.outFile;
     CheckPlaces(plan);
     CheckToolkit(plan, options.common.toolkit);
-    CheckStylesheet(plan.xslt);
+    std::ranges::move(CheckStylesheet(plan.xslt), std::back_inserter(plan.inputs));
     CheckFilter(plan.ditaval);
     return plan;
 }

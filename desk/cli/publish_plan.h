@@ -1,5 +1,5 @@
-// What a publish is going to do, checked as far as it can be before anything is touched: options, toolkit,
-// stylesheet with its imports, filter, scripts, log.
+// The plan of a publish, checked as far as possible before anything is changed: options, toolkit, stylesheet
+// with its imports, filter, scripts, log.
 #pragma once
 
 #include <string>
@@ -19,10 +19,10 @@ struct PublishPlan {
     std::vector<NativePath> inputs;  ///< Everything that the run reads; none may be in the output folder.
     bool ditaOt = false;
     bool transforms = false;  ///< A client transforms the document.
-    std::string toolkit;      ///< The choice, for people; empty without a DITA transformation.
+    std::string toolkit;      ///< The choice, in words; empty without a DITA transformation.
 };
 
-/// Throws Stop for what cannot work, before anything has changed.
+/// Throws Stop, before anything has changed, for options that cannot work.
 PublishPlan MakePublishPlan(const Options& options, const Session& session);
 
 }  // namespace ventrix::desk

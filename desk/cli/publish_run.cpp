@@ -9,6 +9,7 @@
 #include "bridge/contract/request.h"
 #include "desk/checks/package_checks.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/file_findings.h"
 #include "desk/cli/installation.h"
 #include "desk/cli/path_options.h"
 #include "desk/cli/request_text.h"
@@ -54,7 +55,7 @@ class RecordedScripts {
 struct PackageStates {
     std::vector<PackageFile> copied;
     std::vector<PackageFile> transformed;
-    bool isTransformed = false;  ///< The second moment has been.
+    bool isTransformed = false;  ///< The second moment has passed.
 };
 
 SystemPath Optional(const NativePath& path) {
@@ -77,12 +78,12 @@ PublishValues Values(const PublishPlan& plan, const Session& session, const Priv
 }
 
 std::size_t DocumentCount(const DocumentFiles& files) {
-    return static_cast<std::size_t>(std::ranges::count_if(
-        files.files, [](const DocumentFile& file) { return file.key != "graphicsType"; }));
+    return static_cast<std::size_t>(
+        std::ranges::count_if(files.files, [](const DocumentFile& file) { return file.key != kGraphicKey; }));
 }
 
-/// Sends the request and looks at the package on the way. The module asks for the document's path after the
-/// last copy.
+/// Sends the request and records the state of the package on the way. The module asks for the document's path
+/// after the last copy.
 Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session& session,
                    const PrivateLog& log, const Screen& screen, PackageStates& states) {
     Progress progress(screen, log.Path(), DocumentCount(session.files));
@@ -154,7 +155,8 @@ std::vector<NativePath> SourcesOf(const std::vector<NativePath>& copies, const P
     return sources;
 }
 
-/// Files whose encoding the log does not mention: it could not be written, and findings may be lost with it.
+/// Files whose encoding the log does not mention, because it could not be written: findings may be missing
+/// too.
 std::vector<NativePath> Unlogged(std::vector<NativePath> files, const RunLog& log) {
     std::set<NativePath> logged = FailedFiles(log);
     logged.insert(log.encodedFiles.begin(), log.encodedFiles.end());
@@ -166,12 +168,11 @@ std::vector<Finding> CheckPackage(const PublishPlan& plan, const PackageLayout& 
                                   const PublishOutcome& outcome, const PackageStates& states) {
     std::vector<Finding> findings;
     std::vector<NativePath> uncopied = UncopiedSources(layout, states.copied);
-    std::erase_if(uncopied, [&](const NativePath& file) {
-        return std::ranges::find(outcome.missing, file) != outcome.missing.end();
-    });
+    const std::set<NativePath> missing(outcome.missing.begin(), outcome.missing.end());
+    std::erase_if(uncopied, [&missing](const NativePath& file) { return missing.contains(file); });
     Add(findings, uncopied, "not-packaged", "could not be copied into the package and is not in the result");
     Add(findings, SourcesOf(Unlogged(XmlFiles(plan.output, states.copied), outcome.log), plan, layout),
-        "not-logged", "the module's log does not say how it was encoded; check the space in TMPDIR");
+        "not-logged", "the module's log does not report how it was encoded; check the free space in TMPDIR");
     if (states.isTransformed) {
         std::vector<NativePath> encoded = outcome.log.encodedFiles;
         const std::set<NativePath> failed = FailedFiles(outcome.log);
@@ -200,7 +201,7 @@ std::vector<Finding> CheckResult(const PublishPlan& plan, const Session& session
     return findings;
 }
 
-/// The page of the contents, else that of the document, else the first.
+/// The index page, else the page of the document, else the first page.
 NativePath StartPage(const PublishPlan& plan, const Session& session, const PublishOutcome& outcome) {
     const std::filesystem::path folder = ToFilesystem(outcome.resultFolder);
     const std::string stem = FromFilesystem(ToFilesystem(session.document).stem()).utf8;
@@ -213,7 +214,7 @@ NativePath StartPage(const PublishPlan& plan, const Session& session, const Publ
     return outcome.pages.files.empty() ? plan.outFile : outcome.pages.files.front();
 }
 
-/// A failure names the package's copy, which is gone after the run: the user wants the source.
+/// A failure names the packaged copy, which no longer exists after the run; the user needs the source.
 void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& log) {
     for (FailedFile& failed : log.failed) {
         const NativePath source = SourcesOf({failed.file}, plan, layout).front();
@@ -221,12 +222,6 @@ void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& l
             failed.file = source;
         }
     }
-}
-
-std::vector<NativePath> MissingFiles(const Session& session) {
-    std::vector<NativePath> missing = LocalFiles(session.files);
-    std::erase_if(missing, [](const NativePath& file) { return platform::OpensForReading(file.utf8); });
-    return missing;
 }
 
 }  // namespace
@@ -238,10 +233,10 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     session.access.outputFolder = plan.output;
     const RecordedScripts scripts(plan);
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
-    outcome.missing = MissingFiles(session);
+    outcome.missing = MissingFiles(session.files);
     const std::vector<NativePath> absent = AbsentFolders(session.files);
     outcome.reply = SendAndWatch(request, plan, session, log, screen, states);
-    RemoveEmptyFolders(absent);
+    RemoveIfEmpty(absent);
     outcome.log = ReadRunLog(log.Text());
     outcome.resultFolder = ToNative(SystemPath{outcome.reply.first});
     outcome.buildLog = ToNative(SystemPath{outcome.reply.second});
@@ -249,7 +244,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
         return outcome;
     }
     ReadScripts(plan, scripts, outcome, states);
-    const PackageLayout layout = LayoutOf(session.files, session.document);
+    const PackageLayout layout = PackageLayoutOf(session.files, session.document);
     outcome.unfinished = CheckPackage(plan, layout, outcome, states);
     std::ranges::move(CheckResult(plan, session, outcome, states), std::back_inserter(outcome.unfinished));
     NameSources(plan, layout, outcome.log);

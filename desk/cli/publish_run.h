@@ -1,5 +1,5 @@
-// Runs a publish: sends the request with the output folder protected, the log and the scripts under the desk
-// host's own watch, and gathers what happened. Nothing is printed but progress.
+// Runs a publish: sends the request with the output folder protected, monitors the log and the scripts, and
+// collects the outcome. Prints only the progress.
 #pragma once
 
 #include <memory>
@@ -16,7 +16,7 @@
 
 namespace ventrix::desk {
 
-/// A script of the user's that failed.
+/// A user's script that failed.
 struct FailedScript {
     std::string description;             ///< One line that names the script.
     std::vector<std::string> lastLines;  ///< Of its output.
@@ -30,7 +30,7 @@ struct PublishOutcome {
     PublishedPages pages;
     std::vector<FailedScript> failedScripts;
     std::vector<NativePath> missing;  ///< Referenced files that are missing or unreadable.
-    std::vector<Finding> unfinished;  ///< What the module left undone without saying so.
+    std::vector<Finding> unfinished;  ///< What the module left undone without reporting it.
 };
 
 /// The folder must have been taken for this run. Throws Stop if the module sends no reply.

@@ -106,7 +106,28 @@ std::vector<fs::path> PagesAt(const fs::path& place) {
     return pages;
 }
 
+std::string StemBelow(const fs::path& path, const fs::path& folder) {
+    return path.lexically_relative(folder).replace_extension().generic_string();
+}
+
 }  // namespace
+
+PageSources::PageSources(const std::vector<NativePath>& sources, const NativePath& document,
+                         const NativePath& resultFolder)
+    : resultFolder_(ToFilesystem(NormalPath(resultFolder))) {
+    const fs::path folder = ToFilesystem(FolderOf(document));
+    for (const NativePath& source : sources) {
+        const auto [known, isNew] = byStem_.emplace(StemBelow(ToFilesystem(source), folder), source);
+        if (!isNew) {
+            known->second = {};
+        }
+    }
+}
+
+NativePath PageSources::SourceOf(const NativePath& page) const {
+    const auto found = byStem_.find(StemBelow(ToFilesystem(page), resultFolder_));
+    return found == byStem_.end() ? NativePath{} : found->second;
+}
 
 void InspectPages(const NativePath& place, PublishedPages& found) {
     for (const fs::path& page : PagesAt(ToFilesystem(place))) {

@@ -1,17 +1,21 @@
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/file_findings.h"
 #include "desk/cli/protected_output.h"
 #include "desk/cli/request_text.h"
+#include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
 
 namespace ventrix::desk {
 namespace {
 
-/// The folder that the request has the module empty, without a closing slash; empty if it names none. A
-/// request has no option for a folder with other files, so that they are kept without one.
+/// The folder that the module empties for this request, without a closing slash; empty if the request names
+/// none. A request has no option such as --force, so other files in the folder are always kept.
 NativePath OutputFolderOf(const std::string& request) {
     const std::string folder =
         IsRequest(request, kPublishCommand) ? RequestOption(request, kOutputFolderOption) : std::string();
@@ -26,7 +30,7 @@ void RequireSuccess(const std::string& request, const Reply& reply, const Transf
                    "the module refused the request; check its command, document id and required options"};
     }
     if (IsRequest(request, kValidateCommand) && reply.status == kValidateWithoutLog) {
-        throw Stop{kExitRefused, "the module could not write its log; give the request a -logFile"};
+        throw Stop{kExitRefused, "the module could not write its log; add -logFile to the request"};
     }
     if (!IsRequest(request, kPublishCommand)) {
         return;
@@ -36,6 +40,32 @@ void RequireSuccess(const std::string& request, const Reply& reply, const Transf
     }
     if (record.failed > 0) {
         throw Stop{kExitTransformation, "the transformation failed: " + record.reason};
+    }
+}
+
+/// The log that the request names, where it ended before the run.
+struct RequestLog {
+    NativePath path;  ///< Empty if the request names none.
+    std::uint64_t start = 0;
+};
+
+RequestLog LogOf(const std::string& request) {
+    const NativePath path = ToNative(SystemPath{RequestOption(request, kLogFileOption)});
+    return {path, path.Empty() ? 0 : LogSize(path)};
+}
+
+/// Reports the files that a Publish could not read.
+void ReportFiles(const DocumentFiles& files, const RequestLog& log, RunReport& report, const Screen& screen) {
+    std::vector<Finding> findings;
+    report.missing = MissingFiles(files);
+    AddMissingFiles(files, report.missing, findings);
+    if (!log.path.Empty()) {
+        const RunLog run = ReadRunLog(LogFrom(log.path, log.start));
+        report.failed = run.failed;
+        AddFailedFiles(run, findings);
+    }
+    for (const Finding& finding : findings) {
+        Warn(report, screen, finding);
     }
 }
 
@@ -55,6 +85,7 @@ int Request(const Options& options, const Screen& screen, RunReport& report) {
                                    .version = kVersion},
                        report, screen);
     }
+    const RequestLog log = LogOf(request);
     const Reply reply = Send(*session, request);
     report.status = reply.status;
     report.reply = {reply.first, reply.second};
@@ -68,6 +99,9 @@ int Request(const Options& options, const Screen& screen, RunReport& report) {
             output->RollBack();
         }
         throw;
+    }
+    if (output) {
+        ReportFiles(session->files, log, report, screen);
     }
     const int status = output ? output->Settle(kExitDone) : kExitDone;
     return status == kExitDone && (reply.status != 0 || !report.warnings.empty()) ? kExitFindings : status;

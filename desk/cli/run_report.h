@@ -17,10 +17,10 @@ namespace ventrix::desk {
 
 struct ReportedPage {
     NativePath page;
-    NativePath source;  ///< Empty if nothing tells it.
+    NativePath source;  ///< Empty if unknown.
 };
 
-/// The two strings of the module's reply, as they came.
+/// The two strings of the module's reply, unchanged.
 struct ReplyStrings {
     std::string first, second;
 };
@@ -28,7 +28,7 @@ struct ReplyStrings {
 struct RunReport {
     int exitStatus = 0;
     std::string error;                   ///< Why the run failed; empty if it did not.
-    std::optional<std::int32_t> status;  ///< The module's; nothing if it was not asked.
+    std::optional<std::int32_t> status;  ///< The module's; nothing if it did not reply.
     NativePath resultFolder, startPage, buildLog, log;
     std::string toolkit;  ///< What transformed the document; empty if nothing did.
     std::vector<ReportedPage> pages;

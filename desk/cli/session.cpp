@@ -82,10 +82,14 @@ std::vector<NativePath> AllowedFolders(const std::vector<std::string>& options) 
 }
 
 /// An entry that is dropped silently would show only as a file that is not on a mapped drive.
-void WarnAboutDrives(const Screen& screen) {
+void WarnAboutDrives(RunReport& report, const Screen& screen) {
     for (const std::string& entry : platform::MalformedProcessDrives()) {
-        screen.Warning("VENTRIX_DRIVES: '" + entry +
-                       "' is ignored; write DRIVE=FOLDER or \\\\SERVER\\=FOLDER with an absolute folder");
+        Warn(report, screen,
+             {{},
+              0,
+              "malformed-drive",
+              "VENTRIX_DRIVES: '" + entry +
+                  "' is ignored; write DRIVE=FOLDER or \\\\SERVER\\=FOLDER with an absolute folder"});
     }
 }
 
@@ -125,26 +129,17 @@ std::string ToolkitName(const std::string& option) {
     return option == "builtin" || option == "installed" ? option : AbsolutePath({option}).utf8;
 }
 
-std::vector<NativePath> LocalFiles(const DocumentFiles& files) {
-    std::vector<NativePath> local;
-    for (const DocumentFile& file : files.files) {
-        if (!file.path.Empty()) {
-            local.push_back(file.path);
-        }
-    }
-    return local;
-}
-
 std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen& screen, RunReport& report) {
     auto session = std::make_unique<Session>();
     RequireFile("--catalog", {options.catalog});
-    WarnAboutDrives(screen);
+    WarnAboutDrives(report, screen);
     SetDrives(options.drives);
     session->document = AbsolutePath({options.document});
     session->files = ReadDocument(session->document, AllowedFolders(options.allowRead));
     session->access.readable = session->files.readable;
     for (const ListingRemark& remark : session->files.remarks) {
-        Warn(report, screen, {{}, 0, "reference-left-out", remark.what + ": " + remark.reason});
+        Warn(report, screen,
+             {remark.referrer, remark.line, "reference-left-out", remark.what + ": " + remark.reason});
     }
     ReportPassedOverFiles(session->files, report, screen);
     const Installation installation = FindInstallation();

@@ -28,9 +28,6 @@ struct Session {
 /// The value of --toolkit with a folder made absolute.
 std::string ToolkitName(const std::string& option);
 
-/// Returns the document's files, without web addresses.
-std::vector<NativePath> LocalFiles(const DocumentFiles& files);
-
 /// Reads the document and starts the host. Adds a warning to the report for each reference that was left out
 /// and each file that the module passes over. Throws Stop if the document cannot be read or the host cannot
 /// start.

@@ -7,9 +7,9 @@
 
 namespace ventrix::desk {
 
-/// Returns the known word that the given one most likely stands for: one that differs in one letter, or in up
-/// to two if the given word has more than five bytes. A letter that is missing, added or replaced counts as
-/// one difference, two letters that changed places too. Empty if there is none.
+/// Returns the known word that the given one was most likely meant to be: one that differs in one letter, or
+/// in up to two if the given word has more than five bytes. A letter that is missing, added or replaced
+/// counts as one difference, and so do two letters that changed places. Empty if there is none.
 std::string MeantWord(std::string_view word, const std::vector<std::string>& known);
 
 }  // namespace ventrix::desk

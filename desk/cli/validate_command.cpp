@@ -43,7 +43,7 @@ void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
     screen.Result(Summary(mask));
 }
 
-/// Files that the log says nothing about: it could not be written whole.
+/// Files that the log does not mention, because it could not be written completely.
 std::vector<NativePath> Unlisted(std::vector<NativePath> files, const RunLog& log) {
     std::erase_if(files, [&log](const NativePath& file) {
         return std::ranges::any_of(
@@ -79,7 +79,7 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
     report.unsaved = log.unsaved;
     for (const NativePath& file : Unlisted(LocalFiles(session->files), log)) {
         Warn(report, screen,
-             {file, 0, "not-checked", "the module's log does not say whether it is readable"});
+             {file, 0, "not-checked", "the module's log does not report whether it is readable"});
     }
     if (log.graphicsOnOtherDrive) {
         Warn(report, screen,

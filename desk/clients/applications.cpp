@@ -9,7 +9,7 @@ namespace {
 struct Application {
     std::string_view name;
     std::string_view
-        root;  ///< A document that declares nothing else belongs to the first entry with its root.
+        root;  ///< A document that declares only a root belongs to the first entry with that root.
     std::string_view dtd;  ///< The DTD's usual file name.
     std::string_view publicId;
 };
@@ -48,8 +48,8 @@ bool IsOneOfSeveral(std::string_view name) {
                          [name](const Application& row) { return row.name == name; }) > 1;
 }
 
-/// A name with several public ids could lead to another version of the DTD than the document's, so that the
-/// id itself is used as the name.
+/// A name with several public ids could lead to another version of the DTD than the document's, so the id
+/// itself is used as the name.
 std::string NameOfPublicId(const std::string& publicId) {
     const std::string name = NameWhere(&Application::publicId, publicId);
     return name.empty() || IsOneOfSeveral(name) ? publicId : name;

@@ -39,8 +39,8 @@ struct FileAccess {
     NativePath outputFolder;  ///< What a stylesheet may write in; empty for the output file's folder.
 };
 
-/// What an exception of the action says, one line; else what the action returns. The module calls clients and
-/// must not see an exception.
+/// Runs the action and returns its result, or the message of an exception that it throws, in one line. The
+/// module calls clients and must not see an exception.
 std::string ReasonOf(const std::function<std::string()>& action);
 
 /// The outcome of a run's transformations, filled in by the clients for the command line.

@@ -56,7 +56,7 @@ DocumentType TypeOf(const NativePath& path) {
     return type;
 }
 
-/// The DTD in the place that the document's system id names; empty if there is none.
+/// The DTD at the location that the document's system id names; empty if there is none.
 NativePath LocalDtd(const DocumentType& type, const NativePath& document) {
     return ExistingFile(TargetOf(type.systemId, FolderOf(document)).path);
 }

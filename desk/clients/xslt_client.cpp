@@ -1,6 +1,8 @@
 #include "desk/clients/xslt_client.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 #include "desk/clients/client_command.h"
 #include "desk/xml/file_access.h"
@@ -41,7 +43,9 @@ std::string RunStylesheet(XsltRun& run, const FileAccess& access) {
     const NativePath outputFolder = access.outputFolder.Empty() ? FolderOf(run.output) : access.outputFolder;
     ReadScope scope(access.readable);
     scope.Add({FolderOf(run.source), outputFolder});
-    scope.Add(FoldersOf(stylesheet.get()));
+    std::vector<NativePath> folders;
+    std::ranges::transform(FilesOf(stylesheet.get()), std::back_inserter(folders), FolderOf);
+    scope.Add(folders);
     const XmlDocument document = LoadForStylesheet(run.source, run.messages);
     if (document == nullptr) {
         return because("the document " + run.source.utf8 + " cannot be read");
@@ -66,8 +70,8 @@ std::string RunStylesheet(XsltRun& run, const FileAccess& access) {
                : run.output.utf8 + " cannot be written; check its permissions and the free space";
 }
 
-/// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. That is not a transformation
-/// which the user asked for, so that it is not recorded.
+/// The module runs this host's own stylesheet, Ventrix.xsl, to repair a DOCTYPE. The user did not ask for
+/// that transformation, so it is not recorded.
 void Record(const XsltRun& run, const std::string& reason, TransformationRecord& record) {
     if (ToFilesystem(run.stylesheet).filename() == "Ventrix.xsl") {
         return;

@@ -7,12 +7,7 @@
 namespace ventrix::desk {
 namespace {
 
-NativePath CommonFolder(const NativePath& a, const NativePath& b) {
-    const auto ends = std::ranges::mismatch(a.utf8, b.utf8);
-    return FolderOf({std::string(a.utf8.begin(), ends.in1)});
-}
-
-/// Accounts of services have homes such as /bin or /nonexistent, which change nothing here.
+/// Service accounts have homes such as /bin or /nonexistent, which make no difference here.
 bool ContainsHomeFolder(const NativePath& folder) {
     return std::ranges::any_of(platform::HomeFolders(), [&](const std::filesystem::path& home) {
         return IsBelowOrEqual(RealPath(FromFilesystem(home)), folder);

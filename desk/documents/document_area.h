@@ -1,5 +1,5 @@
-// The folders that the text of a document may come from. Markup can name any file of the machine; what
-// becomes part of the published text has to lie where the document lies.
+// The folders that the text of a document may come from. Markup can name any file of the machine; only files
+// in the document's area may become part of the published text.
 #pragma once
 
 #include <vector>

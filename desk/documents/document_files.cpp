@@ -1,6 +1,7 @@
 #include "desk/documents/document_files.h"
 
 #include <filesystem>
+#include <map>
 #include <set>
 #include <unordered_set>
 #include <utility>
@@ -33,8 +34,8 @@ struct ConfinedFile {
 /// because links to folders can give one file any number of paths.
 struct Walk {
     DocumentFiles result;
-    std::vector<Level> levels;  ///< From the document down to the one being visited.
-    std::set<NativePath> listed;
+    std::vector<Level> levels;                 ///< From the document down to the one being visited.
+    std::map<NativePath, std::size_t> listed;  ///< The index of each in the result.
     std::unordered_set<std::string> listedUrls;
     std::set<NativePath> opened;
     std::unordered_set<std::string> remarked;
@@ -44,12 +45,27 @@ struct Walk {
 };
 
 const char* KeyOf(const Reference& reference) {
-    return reference.graphic ? "graphicsType" : "documentType";
+    return reference.graphic ? kGraphicKey : kDocumentKey;
 }
 
-void Remark(Walk& walk, const std::string& what, const std::string& reason) {
-    if (walk.remarked.insert(what).second) {
-        walk.result.remarks.push_back({what, reason});
+void Remark(Walk& walk, const ListingRemark& remark) {
+    if (walk.remarked.insert(remark.what).second) {
+        walk.result.remarks.push_back(remark);
+    }
+}
+
+void List(Walk& walk, const Reference& reference, const NativePath& path, const NativePath& referrer) {
+    const auto [known, isNew] = walk.listed.emplace(path, walk.result.files.size());
+    if (isNew) {
+        walk.result.files.push_back({.key = KeyOf(reference),
+                                     .path = path,
+                                     .url = {},
+                                     .referrer = referrer,
+                                     .line = reference.line,
+                                     .opaque = reference.opaque});
+    } else {
+        DocumentFile& file = walk.result.files[known->second];
+        file.opaque = file.opaque && reference.opaque;
     }
 }
 
@@ -58,7 +74,7 @@ void Follow(Walk& walk, const NativePath& path) {
     std::error_code error;
     if (loaded.identity == decltype(loaded.identity)() &&
         std::filesystem::is_regular_file(ToFilesystem(path), error)) {
-        Remark(walk, path.utf8, loaded.reason);
+        Remark(walk, {path, 0, path.utf8, loaded.reason});
     }
     if (loaded.beyondLimits && walk.result.reason.empty()) {
         walk.result.reason = path.utf8 + ": " + loaded.reason;
@@ -82,12 +98,11 @@ void VisitFile(Walk& walk, const Reference& reference, const NativePath& path, c
         walk.neighbours.push_back(path);
     }
     if (!ToSystem(path)) {
-        Remark(walk, reference.text, path.utf8 + " is not on a mapped drive; map one with --drive");
+        Remark(walk, {referrer, reference.line, reference.text,
+                      path.utf8 + " is not on a mapped drive; map one with --drive"});
         return;
     }
-    if (walk.listed.insert(path).second) {
-        walk.result.files.push_back({.key = KeyOf(reference), .path = path, .url = {}});
-    }
+    List(walk, reference, path, referrer);
     if (reference.follow && walk.opened.insert(path).second) {
         Follow(walk, path);
     }
@@ -96,7 +111,7 @@ void VisitFile(Walk& walk, const Reference& reference, const NativePath& path, c
 void Visit(Walk& walk, const Reference& reference, const NativePath& referrer) {
     const ReferenceTarget target = TargetOf(reference.text, FolderOf(referrer));
     if (!target.remark.empty() && !reference.outside && !reference.optional) {
-        Remark(walk, reference.text, target.remark);
+        Remark(walk, {referrer, reference.line, reference.text, target.remark});
     } else if (!target.url.empty() && walk.listedUrls.insert(target.url).second) {
         walk.result.files.push_back({.key = KeyOf(reference), .path = {}, .url = target.url});
     } else if (!target.path.Empty()) {
@@ -173,8 +188,8 @@ DocumentFiles ListDocumentFiles(const NativePath& document, const std::vector<Na
     }
     walk.result.dita = IsDita(loaded.document.get());
     CollectNames(loaded.document.get(), walk.result.names);
-    walk.result.files.push_back({.key = "documentType", .path = path, .url = {}});
-    walk.listed.insert(path);
+    walk.result.files.push_back({.key = kDocumentKey, .path = path, .url = {}});
+    walk.listed.emplace(path, 0);
     walk.opened.insert(path);
     walk.followed.insert(loaded.identity);
     walk.levels.push_back({path, ReferencesOf(loaded.document.get())});
@@ -182,6 +197,16 @@ DocumentFiles ListDocumentFiles(const NativePath& document, const std::vector<Na
     VisitAll(walk);
     Confine(walk, path, allowRead);
     return walk.result;
+}
+
+std::vector<NativePath> LocalFiles(const DocumentFiles& files) {
+    std::vector<NativePath> local;
+    for (const DocumentFile& file : files.files) {
+        if (!file.path.Empty()) {
+            local.push_back(file.path);
+        }
+    }
+    return local;
 }
 
 }  // namespace ventrix::desk

@@ -10,15 +10,24 @@
 
 namespace ventrix::desk {
 
+// The keys under which the host lists a file to the module.
+inline constexpr char kDocumentKey[] = "documentType";
+inline constexpr char kGraphicKey[] = "graphicsType";
+
 /// One referenced file or web address.
 struct DocumentFile {
-    std::string key;  ///< "graphicsType" for a graphic, "documentType" for everything else.
-    NativePath path;  ///< Absolute and on a mapped drive; empty for a web address.
-    std::string url;  ///< As written; empty for a file.
+    std::string key;           ///< kGraphicKey or kDocumentKey.
+    NativePath path;           ///< Absolute and on a mapped drive; empty for a web address.
+    std::string url;           ///< As written; empty for a file.
+    NativePath referrer = {};  ///< The file that refers to it first; empty for the document itself.
+    int line = 0;              ///< Of that reference; 0 if unknown.
+    bool opaque = false;       ///< All references take it as code, text or a download, not as markup.
 };
 
 /// A reference that is left out of the list.
 struct ListingRemark {
+    NativePath referrer;
+    int line = 0;        ///< 0 if unknown.
     std::string what;    ///< The reference as written.
     std::string reason;  ///< One line.
 };
@@ -45,5 +54,8 @@ struct DocumentFiles {
 /// inclusion as text names a file outside of the document's area (document_area.h) and of the folders in
 /// `allowRead`. `files` may then be incomplete.
 DocumentFiles ListDocumentFiles(const NativePath& document, const std::vector<NativePath>& allowRead = {});
+
+/// The files, without web addresses.
+std::vector<NativePath> LocalFiles(const DocumentFiles& files);
 
 }  // namespace ventrix::desk

@@ -33,11 +33,11 @@ std::vector<PassedOverFile> PassedOverFiles(const DocumentFiles& files) {
     std::vector<PassedOverFile> passedOver;
     for (const DocumentFile& file : files.files) {
         std::error_code error;
-        if (file.key == "graphicsType" || EndsInOneOf(file.path, kEncoded) || EndsInOneOf(file.path, kDtd) ||
+        if (file.key == kGraphicKey || EndsInOneOf(file.path, kEncoded) || EndsInOneOf(file.path, kDtd) ||
             !std::filesystem::is_regular_file(ToFilesystem(file.path), error)) {
             continue;
         }
-        const std::string root = RootName(file.path);
+        const std::string root = file.opaque ? std::string() : RootName(file.path);
         passedOver.push_back({file.path, !root.empty() && root != "html"});
     }
     return passedOver;

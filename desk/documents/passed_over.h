@@ -11,7 +11,7 @@ namespace ventrix::desk {
 
 struct PassedOverFile {
     NativePath path;
-    bool xml = false;  ///< The file has a root element, and is not a page.
+    bool xml = false;  ///< It has a root element, is not a page, and the document refers to it as markup.
 };
 
 /// Returns them in the order of the list, without graphics, missing files and the files of a DTD.

@@ -60,6 +60,10 @@ bool IsImage(const xmlNode* element) {
     return Name(element) == "image" || Name(element) == "img" || HasWord(element, "class", "topic/image");
 }
 
+bool IsCodeReference(const xmlNode* element) {
+    return Name(element) == "coderef" || HasWord(element, "class", "pr-d/coderef");
+}
+
 bool IsAbsolute(std::string_view reference) {
     return reference.starts_with('/') || reference.find(':') != std::string_view::npos;
 }
@@ -81,21 +85,19 @@ bool FormatIsXml(std::string_view format, std::string_view reference) {
 
 void AppendHref(std::vector<Reference>& list, const xmlNode* element, const std::string& href) {
     const bool image = IsImage(element);
-    // An image inside an external link is local all the same, so it inherits nothing.
+    // An image inside an external link is still local, so it inherits nothing.
     const std::string scope = image ? Attribute(element, "scope") : Inherited(element, "scope");
     const std::string format = image ? std::string() : Inherited(element, "format");
     Reference reference{.text = href, .graphic = image};
     reference.outside = scope == "external" || scope == "peer";
     reference.follow = !image && !reference.outside && FormatIsXml(format, href);
+    reference.opaque = IsCodeReference(element) || (!format.empty() && !FormatIsXml(format, href));
     Append(list, std::move(reference));
 }
 
 void AppendInclude(std::vector<Reference>& list, const xmlNode* element) {
     const bool text = Attribute(element, "parse") == "text";
-    Append(list, {.text = Attribute(element, "href"),
-                  .follow = !text,
-                  .confined = text,
-                  .line = static_cast<int>(xmlGetLineNo(element))});
+    Append(list, {.text = Attribute(element, "href"), .follow = !text, .confined = text, .opaque = text});
 }
 
 void AppendConref(std::vector<Reference>& list, const std::string& target) {
@@ -133,11 +135,12 @@ void AppendAttribute(std::vector<Reference>& list, const xmlNode* element, const
     } else if (name == "mapref") {
         Append(list, {.text = text, .follow = true});
     } else if (name == "fileref" || name == "src") {
-        Append(list, {.text = text, .graphic = Name(element) != "textdata"});
+        const bool shown = Name(element) == "textdata";
+        Append(list, {.text = text, .graphic = !shown, .opaque = shown});
     } else if (name == "entityref") {
         AppendEntityReference(list, element, text);
     } else if (Name(element) == "object" || HasWord(element, "class", "topic/object")) {
-        Append(list, {.text = text});
+        Append(list, {.text = text, .opaque = true});
     }
 }
 
@@ -187,7 +190,11 @@ std::vector<Reference> ReferencesOf(xmlDoc* document) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (node->type == XML_ELEMENT_NODE) {
+            const std::size_t first = list.size();
             AppendElement(list, node);
+            for (std::size_t added = first; added < list.size(); ++added) {
+                list[added].line = static_cast<int>(xmlGetLineNo(node));
+            }
         }
     }
     return list;

@@ -16,8 +16,9 @@ struct Reference {
     bool follow = false;    ///< The target may refer to further files: a map, a topic, an included XML file.
     bool optional = false;  ///< Left out if the file is missing: a DTD that may come from a catalog.
     bool confined = false;  ///< Becomes part of the text: an external entity, or a file included as text.
+    bool opaque = false;    ///< The target is code, text or a download: its markup is not the document's.
     bool relative = true;   ///< Begins neither with a scheme or a drive nor with a slash.
-    int line = 0;           ///< Of the referring element; 0 if unknown.
+    int line = 0;           ///< Of the referring element or declaration; 0 if unknown.
     bool outside = false;   ///< `scope` is external or peer: not part of the document.
 };
 

@@ -26,7 +26,7 @@ struct OpenDocument {
     std::optional<DocumentFiles> files;  ///< Read when the client first asks for them.
 };
 
-/// The module is built apart from the host, so that no exception may leave a host method.
+/// The module is built separately from the host, so no exception may leave a host method.
 template <auto Function, class... Arguments>
 HRESULT WithoutException(Arguments... arguments) {
     try {
@@ -149,8 +149,8 @@ void DeskHost::Impl::Release() {
 }
 
 std::uint32_t DeskHost::Impl::Add(const SystemPath& path, std::optional<DocumentFiles> files) {
-    // A module outlives the host and caches the references of a document under its id, so that ids must not
-    // repeat within a process.
+    // A module outlives the host and caches the references of a document under its id, so ids must not repeat
+    // within a process.
     static std::uint32_t lastId = 0;
     documents[++lastId] = {path, std::move(files)};
     return lastId;

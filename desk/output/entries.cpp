@@ -29,6 +29,15 @@ std::vector<fs::path> NamesIn(const fs::path& folder, std::error_code& error) {
     return names;
 }
 
+std::vector<fs::path> NamesIn(const fs::path& folder, std::vector<std::string>& findings) {
+    std::error_code error;
+    std::vector<fs::path> names = NamesIn(folder, error);
+    if (error) {
+        findings.push_back(folder.string() + " cannot be listed: " + error.message());
+    }
+    return names;
+}
+
 bool Exists(const fs::path& path) {
     return platform::StatusOfEntry(path).has_value();
 }

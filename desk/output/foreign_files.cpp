@@ -83,7 +83,7 @@ void MoveEntry(const Restoration& restoration, const Level& level, const fs::pat
     }
 }
 
-/// A folder that holds nothing of a run keeps everything about it when it moves in one step.
+/// A folder that contains nothing of a run is moved in one step and keeps all its attributes.
 bool MoveWhole(const Level& level) {
     if (MakeTarget(*level.above)) {
         return false;
@@ -109,7 +109,7 @@ bool HoldsForeign(const Restoration& restoration, const fs::path& folder) {
     return static_cast<bool>(error);
 }
 
-/// The result has a file of the folder's name: what is foreign in the folder goes to a folder beside it.
+/// The result has a file with the folder's name: the folder's foreign entries go to a folder beside it.
 void GiveOtherTarget(const Restoration& restoration, Level& level) {
     const fs::path wanted = level.target;
     const fs::path neighbours = level.source.parent_path();
@@ -163,7 +163,7 @@ void RestoreFolder(const Restoration& restoration, const Level& level) {
     for (const fs::path& name : names) {
         RestoreEntry(restoration, level, name);
     }
-    // A read-only folder takes entries until here only.
+    // From here on a read-only folder accepts no more entries.
     SetMode(level.target, mode);
 }
 
@@ -171,11 +171,7 @@ void DeleteOwnBelow(const fs::path& folder, const fs::path& below, const Manifes
                     std::vector<std::string>& findings) {
     MakeWritable(folder / below);
     std::error_code error;
-    const std::vector<fs::path> names = NamesIn(folder / below, error);
-    if (error) {
-        findings.push_back((folder / below).string() + " cannot be listed: " + error.message());
-    }
-    for (const fs::path& name : names) {
+    for (const fs::path& name : NamesIn(folder / below, findings)) {
         const fs::path path = below / name;
         const fs::path entry = folder / path;
         if (ListsFolder(manifest, path) && IsFolder(entry)) {
@@ -204,7 +200,7 @@ void RestoreForeign(const fs::path& earlier, const fs::path& result, const Manif
 void DeleteOwn(const fs::path& folder, const Manifest& manifest, std::vector<std::string>& findings) {
     const std::size_t before = findings.size();
     DeleteOwnBelow(folder, {}, manifest, findings);
-    // The manifest goes last: as long as a file of the run is left, it must be known as one.
+    // The manifest is deleted last: as long as a file of the run is left, it must be recognised as one.
     if (findings.size() == before && IsUnmodified(manifest, folder, manifest.mark)) {
         std::error_code error;
         fs::remove(folder / manifest.mark, error);

@@ -74,11 +74,7 @@ Manifest ParseManifest(const fs::path& file) {
 void ListFilesBelow(const fs::path& folder, const fs::path& below, Manifest& manifest,
                     std::vector<std::string>& findings) {
     std::error_code error;
-    const std::vector<fs::path> names = NamesIn(folder / below, error);
-    if (error) {
-        findings.push_back((folder / below).string() + " cannot be listed: " + error.message());
-    }
-    for (const fs::path& name : names) {
+    for (const fs::path& name : NamesIn(folder / below, findings)) {
         const fs::path path = below / name;
         const auto status = platform::StatusOfEntry(folder / path, error);
         if (below.empty() && (name == manifest.mark || name == kVolumeFolder)) {
@@ -131,7 +127,7 @@ bool IsUnmodified(const Manifest& manifest, const fs::path& folder, const fs::pa
         return false;
     }
     if (status->kind == platform::EntryKind::kFolder) {
-        // An ordinary user can't list the volume's own folder, nor have put anything into it.
+        // An ordinary user cannot list the volume's own folder, and cannot have put anything into it.
         return ListsFolder(manifest, name) || (name == kVolumeFolder && IsEmptyFolder(folder / name));
     }
     const auto listed = manifest.files.find(ListedName(name));

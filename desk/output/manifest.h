@@ -1,6 +1,6 @@
-// The manifest of a result: the files and folders that a run made, by which the desk host later tells its own
-// files from the user's. It is a JSON file in the folder that it describes. Paths are native; names in a
-// manifest are relative, with slashes, UTF-8.
+// The manifest of a result: the files and folders that a run made, by which the desk host later distinguishes
+// its own files from the user's. It is a JSON file in the folder that it describes. Paths are native; names
+// in a manifest are relative, with slashes, UTF-8.
 #pragma once
 
 #include <cstdint>
@@ -26,15 +26,16 @@ struct FileStamp {
 struct Manifest {
     bool readable = false;  ///< It was read from a file that holds one.
     std::string mark;       ///< Name of the manifest's own file.
-    std::string request;    ///< What the run was asked for.
+    std::string request;    ///< The request of the run.
     std::string version;    ///< Of the program that made the result.
     std::map<std::string, FileStamp> files;
     std::set<std::string> folders;
 };
 
 /// Reads the manifest `mark` in a folder. Where there is none, or the file is damaged, of an unknown schema
-/// or not a regular file, the manifest lists nothing and is not `readable`: nothing in the folder is a run's
-/// then. The list holds the manifest's own file, also an empty one, which loses nobody anything.
+/// or not a regular file, the manifest lists nothing and is not `readable`: no entry of the folder then
+/// counts as created by a run. The list contains the manifest's own file, even an empty one, since deleting
+/// that loses nothing.
 Manifest ReadManifest(const std::filesystem::path& folder, const std::string& mark);
 
 /// Writes the manifest durably into the folder. On failure an earlier one is as it was.

@@ -65,7 +65,7 @@ std::string WhyNeverAllowed(const fs::path& output, const std::vector<fs::path>&
     }
     if (const std::vector<fs::path> mounts = platform::MountPointsBelow(output); !mounts.empty()) {
         return "contains " + mounts.front().string() +
-               ", at which something is mounted; unmount it, or name another folder for the result";
+               ", which is a mount point; unmount it, or choose another folder for the result";
     }
     return {};
 }
@@ -77,12 +77,11 @@ std::string WhyNotOurs(const fs::path& output, const Manifest& manifest, bool fo
     }
     if (IsTopLevel(output)) {
         return "is a top-level folder and contains " + foreign->string() +
-               ", which no run made; name another folder for the result";
+               ", which no run created; choose another folder for the result";
     }
-    return force
-               ? std::string()
-               : "is not empty and was not made by an earlier run; --force publishes into it and keeps what "
-                 "it contains";
+    return force ? std::string()
+                 : "is not empty and was not created by an earlier run; --force publishes into it and "
+                   "keeps what it contains";
 }
 
 std::string WhyNotMovable(const fs::path& output) {
@@ -104,7 +103,7 @@ std::string WhyNotUsableInPlace(const fs::path& output, const Manifest& manifest
                                 const std::string& notMovable) {
     if (const auto foreign = FirstForeign(output, manifest)) {
         return notMovable + " and contains " + (foreign->empty() ? "files" : foreign->string()) +
-               ", which no run made or a user edited; choose a folder inside it for the result";
+               ", which no run created or a user edited; choose a folder inside it for the result";
     }
     return platform::IsWritableFolder(output) ? std::string() : "cannot be written";
 }

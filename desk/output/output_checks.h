@@ -1,5 +1,5 @@
 // Which folders may take a result. Nothing here changes anything. Paths are native and absolute. A refusal is
-// the rest of a sentence that begins with the folder's name; it is empty if there is nothing against it.
+// the rest of a sentence that begins with the folder's name; it is empty if the folder may be used.
 #pragma once
 
 #include <filesystem>
@@ -10,7 +10,7 @@
 
 namespace ventrix::desk {
 
-/// The folder that the path means, links followed as far as they exist, without a closing separator.
+/// The folder that the path leads to, without a closing separator; links are followed as far as they exist.
 std::filesystem::path RealOutput(const std::filesystem::path& folder);
 
 /// Refuses what no option allows: something that is not a folder, a folder that is or holds a home folder or
@@ -22,8 +22,8 @@ std::string WhyNeverAllowed(const std::filesystem::path& output,
 /// machine: the system or another program keeps files there.
 std::string WhyNotOurs(const std::filesystem::path& output, const Manifest& manifest, bool force);
 
-/// Why the folder must be used where it is: a mount point and the current folder can't be moved aside, nor
-/// can anything in a folder that this process may not write. Empty if it can be moved, or does not exist.
+/// Why the folder must be used where it is: a mount point and the current folder cannot be moved aside, nor
+/// can a folder whose parent this process may not write. Empty if it can be moved, or does not exist.
 std::string WhyNotMovable(const std::filesystem::path& output);
 
 /// Refuses a folder that has to be used where it is, for the reason `notMovable`, if it holds foreign files

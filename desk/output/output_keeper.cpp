@@ -13,7 +13,7 @@ namespace ventrix::desk {
 namespace {
 
 constexpr int kLockAttempts = 1000;
-constexpr const char* kBusy = "is being written by another run; wait for its end, or name another folder";
+constexpr const char* kBusy = "is being written by another run; wait until it ends, or choose another folder";
 
 std::string CannotBe(const char* what, const std::string& reason) {
     return std::string("cannot be ") + what + ": " + reason;
@@ -31,15 +31,15 @@ Manifest ListedResult(const fs::path& folder, const Journal& run, std::vector<st
 std::vector<std::string> NotesOf(const fs::path& output, const Settlement& settlement) {
     std::vector<std::string> notes;
     if (settlement.finished) {
-        notes.push_back("an earlier run had published into " + output.string() +
-                        " but not put all other files back; they are back now");
+        notes.push_back("an earlier run published into " + output.string() +
+                        " but did not put all other files back; they have been put back now");
     }
     if (settlement.undone) {
         notes.push_back(output.string() +
-                        " was put back as it was before an earlier run that did not finish" +
+                        " was restored to its state before an earlier run that did not finish" +
                         (settlement.report.failedFolder.empty()
                              ? ""
-                             : "; what that run made is in " + settlement.report.failedFolder.string()));
+                             : "; the files of that run are in " + settlement.report.failedFolder.string()));
     }
     for (const KeptEntry& entry : settlement.report.kept) {
         notes.push_back(entry.wanted.string() + " is kept as " + entry.kept.string());
@@ -146,7 +146,7 @@ std::string OutputKeeper::SettleEarlierRun() {
     }
     notes_ = NotesOf(places_.output, settlement);
     journal_.madeParents += settlement.madeParents;
-    // The folder that is back now was not there when it was checked.
+    // The folder that has been put back did not exist when the path was checked.
     return settlement.undone ? WhyNeverAllowed(places_.output, order_.inputs) : std::string();
 }
 
@@ -221,7 +221,7 @@ std::string OutputKeeper::UseInPlace(const std::string& notMovable) {
     folderLock_ = std::move(locking.lock);
     if (!folderLock_) {
         notes_.push_back(places_.output.string() + " cannot be locked (" + locking.error.message() +
-                         "); start no second run into it");
+                         "); do not start a second run into it");
     }
     std::error_code ignored;
     fs::remove(places_.journal, ignored);
@@ -283,8 +283,8 @@ OutputReport OutputKeeper::RollBack() {
     return settlement.report;
 }
 
-/// Nothing is aside. A failed run's files stay where they are, and with a manifest, so that the next run may
-/// delete them.
+/// Nothing was moved aside. The files of a failed run stay where they are and get a manifest, so that the
+/// next run may delete them.
 OutputReport OutputKeeper::EndInPlace(bool succeeded) {
     open_ = false;
     OutputReport report;
@@ -302,8 +302,8 @@ OutputReport OutputKeeper::EndInPlace(bool succeeded) {
     return report;
 }
 
-/// Removes what was made beside the output folder, and the folders above it that were made for it and are
-/// empty, and ends the lock.
+/// Removes what was created beside the output folder and the folders that were created above it, if they are
+/// empty, and releases the lock.
 void OutputKeeper::Leave(OutputReport& report) {
     if (lock_) {
         if (const std::error_code error = RemoveRunFolder(places_)) {

@@ -1,5 +1,5 @@
-// Keeps the output folder of one run: takes an earlier result and foreign files aside before the run, and
-// afterwards puts the foreign files back into the new result or everything back as it was. A run that is
+// Keeps the output folder of one run: moves an earlier result and foreign files aside before the run, and
+// afterwards moves the foreign files into the new result or restores the folder as it was. A run that is
 // killed is settled by the next one (run_journal.h). Paths are native.
 //
 //     std::string refusal;
@@ -7,7 +7,7 @@
 //     ... the run writes into keeper->Folder(), which is empty ...
 //     const OutputReport report = succeeded ? keeper->Commit() : keeper->RollBack();
 //
-// What only the machine's crash could lose is not protected: the pages of a new result are not forced to the
+// There is no protection against a crash of the machine: the pages of a new result are not forced to the
 // disk.
 #pragma once
 
@@ -22,11 +22,11 @@
 
 namespace ventrix::desk {
 
-/// What a run wants of its output folder.
+/// What a run requires of its output folder.
 struct OutputOrder {
     std::filesystem::path folder;               ///< Absolute. Need not exist, nor do the folders above it.
     std::vector<std::filesystem::path> inputs;  ///< What the run reads; none may lie in the folder.
-    bool force = false;                         ///< Also a folder that holds files and no result.
+    bool force = false;                         ///< Accepts a folder with files but no result.
     std::string request;                        ///< For the manifest, as is the version.
     std::string version;
 };
@@ -41,8 +41,8 @@ class OutputKeeper {
     /// The folder to write into, links resolved.
     const std::filesystem::path& Folder() const { return places_.output; }
 
-    /// Lines to show before the run: what became of an earlier run that was killed, and that a folder which
-    /// cannot be moved aside loses its earlier result if this run fails.
+    /// Lines to show before the run: what happened to an earlier run that was killed, and a warning if the
+    /// folder cannot be moved aside and loses its earlier result should this run fail.
     const std::vector<std::string>& Notes() const { return notes_; }
 
     /// For a run with exit status 0 or 1: what the folder holds now is the result, and foreign files come

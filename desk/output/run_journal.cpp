@@ -52,7 +52,7 @@ bool IsFolderWithFile(const fs::path& folder, std::uint64_t file) {
     return IsFolder(folder) && identity && identity->file == file;
 }
 
-/// An entry that cannot be examined may hold what the user needs, so it counts as there.
+/// An entry that cannot be examined may contain what the user needs, so it counts as existing.
 bool MayExist(const fs::path& path) {
     std::error_code error;
     return platform::StatusOfEntry(path, error).has_value() || error;
@@ -63,7 +63,8 @@ bool HoldsInput(const fs::path& folder, const std::vector<fs::path>& inputs) {
                                [&](const fs::path& input) { return platform::LiesIn(input, folder); });
 }
 
-/// Frees the name if an earlier failed run made all that is there. False if something of the user's would go.
+/// Frees the name if an earlier failed run created everything in the folder. False if that would delete
+/// something of the user's.
 bool ClearFailedFolder(const fs::path& folder, const std::vector<fs::path>& inputs) {
     if (!Exists(folder)) {
         return true;
@@ -90,7 +91,7 @@ fs::path FreeFailedFolder(const RunPlaces& places, const std::vector<fs::path>& 
     return folder;
 }
 
-/// Takes the failed run's output folder out of the way. An error leaves it.
+/// Moves the failed run's output folder out of the way. On an error it stays.
 std::error_code SetFailedAside(const RunPlaces& places, const Journal& journal,
                                const std::vector<fs::path>& inputs, OutputReport& report) {
     std::error_code error;
@@ -105,7 +106,7 @@ std::error_code SetFailedAside(const RunPlaces& places, const Journal& journal,
     manifest.version = journal.version;
     std::vector<std::string> unlisted;
     ListFiles(places.output, manifest, unlisted);
-    // On a full disk there is no mark, and the next failed run leaves this folder alone.
+    // On a full disk the folder gets no manifest; the next failed run then leaves it alone.
     WriteManifest(places.output, manifest);
     const fs::path failed = FreeFailedFolder(places, inputs);
     error = platform::RenameToFree(places.output, failed);
@@ -117,9 +118,9 @@ std::error_code SetFailedAside(const RunPlaces& places, const Journal& journal,
 
 std::string WhyNotUndone(const RunPlaces& places, const std::error_code& error) {
     const bool isTaken = error == std::errc::file_exists;
-    return "cannot be put back as it was before a run that did not finish: " +
-           (isTaken ? "something else has its name now" : error.message()) + "; what it held is in " +
-           places.earlier.string() + ": move that where you want it, then delete " + places.folder.string();
+    return "cannot be restored to its state before a run that did not finish: " +
+           (isTaken ? "something else has its name" : error.message()) + "; its earlier contents are in " +
+           places.earlier.string() + ": move them where you want them, then delete " + places.folder.string();
 }
 
 /// Moves the earlier output folder back. The place is free.

@@ -1,33 +1,31 @@
 // The run folder: while a run writes into an output folder OUT, the folder `.OUT.ventrix-run` beside it holds
 // the lock, the journal, and what OUT held before. From the journal and from what exists, the state of a run
-// can be told at any moment, and the next run settles it after this one was killed. Paths are native.
+// can be determined at any moment, and the next run settles it after this one was killed. Paths are native.
 //
-//   journal     earlier  OUT                 what happened                     what settling does
-//   ----------  -------  ------------------  --------------------------------
-//   --------------------------------- none        no       any                 nothing was moved nothing none
-//   yes      any                 not made by a run                 refuses, names the run folder prepared no
-//   any                 nothing was moved                 gives OUT its permissions back prepared    yes none
-//   OUT was moved aside               moves earlier back running     yes      none                the new OUT
-//   was not there yet,    moves earlier back
+//   journal        earlier  OUT              what happened                    what settling does
+//   -------------  -------  ---------------  -------------------------------  ------------------------------
+//   none           no       any              nothing was moved                nothing
+//   none           yes      any              not made by a run                refuses, names the run folder
+//   unreadable     any      any              the journal was damaged          refuses, names the run folder
+//   prepared       no       any              nothing was moved                restores OUT's permissions
+//   prepared       yes      none             OUT was moved aside              moves earlier back
+//   running        yes      none             the new OUT was not there yet,   moves earlier back
 //                                            or OUT is at OUT.failed already
-//   running     any      the one made        the run went on                   moves OUT to OUT.failed, or
-//   deletes
-//                                                                              it if it holds no file; then
-//                                                                              moves earlier back
-//   running     no       another or none     everything was moved back, or     nothing
-//                                            there was no OUT before
-//   any but     yes      another, empty      the user made a folder meanwhile  deletes it, moves earlier back
-//   committed
-//   any but     yes      another, with       the user made a folder meanwhile  refuses, names the run folder
-//   committed            entries
-//   committed   yes      any folder          foreign files were being put back goes on with that, then
-//   deletes
-//                                                                              what the manifest lists
-//   committed   yes      none                the user deleted the result       moves earlier back
-//   committed   no       any                 everything was put back           nothing
+//   running        any      the new one      the run went on                  moves OUT to OUT.failed, or
+//                                                                             deletes it if it has no file;
+//                                                                             then moves earlier back
+//   running        no       another or none  everything was moved back, or    nothing
+//                                            OUT did not exist before
+//   not committed  yes      another, empty   the user created a folder        deletes it, moves earlier back
+//   not committed  yes      another, with    the user created a folder        refuses, names the run folder
+//                           entries
+//   committed      yes      any folder       foreign files were being put     continues, then deletes what
+//                                            back                             the manifest lists
+//   committed      yes      none             the user deleted the result      moves earlier back
+//   committed      no       any              everything was put back          nothing
 //
-// Each step moves or deletes one entry, so that a killed settling is settled by the same table. The journal
-// goes last, then the lock and the run folder.
+// Each step moves or deletes one entry, so if settling is killed, the same table applies to the next attempt.
+// The journal goes last, then the lock and the run folder.
 #pragma once
 
 #include <cstdint>
@@ -72,7 +70,7 @@ std::optional<Journal> ReadJournal(const RunPlaces& places);
 /// Writes the journal durably. On failure the earlier one is as it was.
 std::error_code WriteJournal(const RunPlaces& places, const Journal& journal);
 
-/// What settling an unfinished run came to.
+/// The outcome of settling an unfinished run.
 struct Settlement {
     std::string refusal;    ///< Why it could not be settled, for a message; nothing may be written then.
     bool undone = false;    ///< The output folder is as it was before the run.

@@ -76,6 +76,11 @@ NativePath FolderOf(const NativePath& absolutePath) {
     return {absolutePath.utf8.substr(0, absolutePath.utf8.rfind('/') + 1)};
 }
 
+NativePath CommonFolder(const NativePath& a, const NativePath& b) {
+    const auto ends = std::ranges::mismatch(a.utf8, b.utf8);
+    return FolderOf({std::string(a.utf8.begin(), ends.in1)});
+}
+
 std::string WhyUnnameable(const NativePath& path) {
     if (std::ranges::any_of(path.utf8,
                             [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; })) {

@@ -1,8 +1,7 @@
 // The two notations of a path as two types. NativePath is what the machine's own calls take, SystemPath is
-// what the module and the host's clients exchange: drive letters or servers, and backslashes. Nothing
-// converts one into the other but ToNative and ToSystem, which ask the process's drive table
-// (platform/drives.h). Both hold UTF-8; a native name that is not UTF-8 keeps its bytes. An empty path means
-// that there is none.
+// what the module and the host's clients exchange: drive letters or servers, and backslashes. Only ToNative
+// and ToSystem convert between them, with the process's drive table (platform/drives.h). Both hold UTF-8; a
+// native name that is not UTF-8 keeps its bytes. An empty path means that there is none.
 #pragma once
 
 #include <filesystem>
@@ -54,6 +53,9 @@ NativePath NormalPath(const NativePath& absolutePath);
 
 /// The folder part of an absolute path, with its closing slash.
 NativePath FolderOf(const NativePath& absolutePath);
+
+/// The deepest folder that contains both absolute paths, with its closing slash.
+NativePath CommonFolder(const NativePath& a, const NativePath& b);
 
 /// Why the module cannot be given this path, in one line: a control character, a backslash, or bytes that are
 /// not UTF-8. Empty if it can.

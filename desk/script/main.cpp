@@ -1,6 +1,5 @@
 // ventrix-script, the recorder: started by the module in place of a user's script, it starts that script and
-// writes down how it went (script_record.h). What the script prints appears where the module's own output
-// does.
+// records the outcome (script_record.h). What the script prints appears where the module's own output does.
 #include <chrono>
 #include <csignal>
 #include <exception>
@@ -21,7 +20,7 @@ constexpr int kSignalExitBase = 128;
 constexpr auto kBetweenLooks = std::chrono::milliseconds(50);
 
 /// Passes on what has been added to the output since the last call. The script writes to a file and not to a
-/// pipe, so that what it leaves running in the background cannot hold the recorder up.
+/// pipe, so that a program that it leaves running in the background cannot hold up the recorder.
 void PassOn(std::ifstream& output) {
     char bytes[65536];
     output.clear();
@@ -73,7 +72,7 @@ int Record(const std::vector<std::string>& arguments) {
     const std::string path = arguments.empty() ? std::string() : arguments.front();
     const auto settings = TakeScriptSettings(path);
     if (!settings) {
-        std::cerr << "ventrix-script is a part of ventrix, which starts it; run ventrix instead\n";
+        std::cerr << "ventrix-script is started by ventrix; run ventrix instead\n";
         return kExitNoSettings;
     }
     WritePackageState(path, ListPackage(settings->package));
@@ -85,7 +84,7 @@ int Record(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::signal(SIGPIPE, SIG_IGN);  // A reader that is gone must not cost the record.
+    std::signal(SIGPIPE, SIG_IGN);  // A reader that has ended must not prevent the record.
     platform::EndWithStarter();
     try {
         return Record(std::vector<std::string>(argv, argv + argc));

@@ -1,5 +1,5 @@
-// What lies in the folder of a packaged document at one moment, to be compared with what lies there later.
-// Paths are native.
+// The files in the folder of a packaged document at one moment, for comparison with a later one. Paths are
+// native.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ struct PackageFile {
     std::string name;  ///< Relative to the folder, with "/".
     std::uintmax_t size = 0;
     std::int64_t modified = 0;  ///< Nanoseconds since 1970.
-    std::uint64_t file = 0;  ///< The file's number on its device: a file that was replaced has another one.
+    std::uint64_t file = 0;     ///< The file's number on its device: a replaced file has a different one.
 
     bool operator==(const PackageFile&) const = default;
 };

@@ -14,7 +14,7 @@ namespace ventrix::desk {
 namespace {
 
 constexpr std::size_t kLastLines = 10;
-constexpr std::streamoff kLastBytes = 4096;  // What is kept of the output for these lines.
+constexpr std::streamoff kLastBytes = 4096;  // The part of the output that is kept for these lines.
 
 // --- files of fields ---
 
@@ -75,7 +75,7 @@ std::size_t SequenceLength(std::string_view bytes) {
     return continued && !excluded ? length : 0;
 }
 
-/// The line with "?" for each byte that is no part of a character that can be shown.
+/// The line with "?" in place of each byte that does not belong to a printable character.
 std::string Printable(std::string_view line) {
     std::string text;
     while (!line.empty()) {
@@ -126,7 +126,7 @@ std::vector<PackageFile> ReadPackageState(const std::string& path) {
     return files;
 }
 
-/// Gives the recorder its name in the folder: as a link, or as a copy where links cannot be made.
+/// Puts the recorder into the folder under its name: as a link, or as a copy if links cannot be created.
 void PlaceRecorder(const std::string& recorder, const std::string& path) {
     std::error_code error;
     fs::create_symlink(recorder, path, error);
@@ -134,7 +134,7 @@ void PlaceRecorder(const std::string& recorder, const std::string& path) {
         fs::copy_file(recorder, path, error);
     }
     if (error) {
-        throw std::runtime_error(path + " cannot be made: " + error.message());
+        throw std::runtime_error(path + " cannot be created: " + error.message());
     }
 }
 
@@ -151,13 +151,13 @@ std::string DescribeFailure(const ScriptRecord& record, const std::string& scrip
         case ScriptState::kNotStarted:
             return record.reason;
         case ScriptState::kUnknown:
-            return "it is not known how " + script +
-                   " ended: its recorder was ended, or could not write to the folder for temporary files";
+            return "the outcome of " + script +
+                   " is unknown: its recorder was terminated or could not write to the temporary folder";
         case ScriptState::kEnded:
             break;
     }
     if (record.signal != 0) {
-        return script + " was ended by signal " + std::to_string(record.signal);
+        return script + " was terminated by signal " + std::to_string(record.signal);
     }
     return record.exitCode == 0 ? std::string()
                                 : script + " failed with exit status " + std::to_string(record.exitCode);

@@ -1,13 +1,12 @@
-// What became of the user's scripts. The module starts a script and does not look at how it ends. So it is
-// given the recorder in the script's place, a small program of the desk host's own (ventrix-script), which
-// starts the script and writes down how that went. Both sides meet in a private folder of the run. For a
-// script called NAME it holds
+// Records how the user's scripts end. The module starts a script and ignores its outcome. Therefore the desk
+// host gives it the recorder in the script's place: a small program (ventrix-script) that starts the script
+// and records the outcome. The two share a private folder of the run. For a script called NAME it contains
 //
 //     NAME            the recorder, under the name that the module starts
 //     NAME.settings   which script to start, and for whom; the recorder removes it when it has read it
-//     NAME.package    what lay in the package before the script started
+//     NAME.package    the files in the package before the script started
 //     NAME.output     all that the script wrote to standard output and error
-//     NAME.record     how it went
+//     NAME.record     the outcome
 //
 // Paths are native, and may be any bytes; so the fields of a file end with a zero byte each.
 #pragma once
@@ -33,7 +32,7 @@ struct ScriptSettings {
 enum class ScriptState {
     kNotCalled,   ///< The module did not start the recorder.
     kNotStarted,  ///< The script could not be started.
-    kUnknown,     ///< The recorder was started and could not write down the end of the script.
+    kUnknown,     ///< The recorder was started, but could not record the outcome.
     kEnded,
 };
 
@@ -47,11 +46,12 @@ struct ScriptRecord {
     std::vector<PackageFile> package;  ///< Before the script started.
 };
 
-/// True if the script did what it was there for.
+/// True if the script ended with exit status 0.
 bool Succeeded(const ScriptRecord& record);
 
 /// One line that says how the script failed, without its output; empty if it succeeded. `script` is the name
-/// to show. A script that was not called has failed too: ask only about a run that got as far as its scripts.
+/// to show. A script that was not called counts as failed, so this is meaningful only for a run that reached
+/// its scripts.
 std::string DescribeFailure(const ScriptRecord& record, const std::string& script);
 
 /// Puts the recorder into the folder for a script and gives the path that the module is to start. Throws
@@ -59,13 +59,13 @@ std::string DescribeFailure(const ScriptRecord& record, const std::string& scrip
 std::string PrepareScript(const std::string& folder, const std::string& name, const std::string& recorder,
                           const ScriptSettings& settings);
 
-/// Everything that was written down about a script.
+/// Everything that was recorded about a script.
 ScriptRecord ReadScriptRecord(const std::string& folder, const std::string& name);
 
 /// The recorder's side. `path` is that of the recorder in the private folder. Writing throws
 /// std::runtime_error.
 
-/// Reads the settings and removes them, which says that the recorder was started even where nothing can be
+/// Reads the settings and removes them, which shows that the recorder was started, even if nothing can be
 /// written. Nothing if there are none.
 std::optional<ScriptSettings> TakeScriptSettings(const std::string& path);
 std::string ScriptOutputFile(const std::string& path);

@@ -182,8 +182,8 @@ void AddPageNumbers(xmlDoc* document) {
 }
 
 /// The order matters. Reused content brings key references and links with it; keys and neighbours add links,
-/// which RewriteReferences then directs to pages; page numbers count what is there in the end. Elements get
-/// the names of their base types last, for the stylesheet alone.
+/// which RewriteReferences then directs to pages; page numbers count the final elements. Elements get the
+/// names of their base types last, for the stylesheet alone.
 void MakePage(Publication& publication, const NativePath& topic) {
     const NativePath page = PageOf(publication.layout, topic);
     if (page.Empty()) {

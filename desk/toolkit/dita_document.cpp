@@ -60,7 +60,7 @@ xmlNode* FindElement(xmlNode* topic, const std::string& id) {
 DitaDocument LoadDita(const NativePath& path, const Ditaval& rules) {
     DitaDocument result;
     LenientDocument loaded = LoadLeniently(path, LoadFor::kDita);
-    // Only the DTD knows the classes of a specialisation. It is large, so that it is read only for an unknown
+    // Only the DTD knows the classes of a specialisation. It is large, so it is read only for an unknown
     // name.
     if (loaded.wellFormed && !AddMissingClasses(loaded.document.get())) {
         loaded = LoadLeniently(path, LoadFor::kStylesheet);

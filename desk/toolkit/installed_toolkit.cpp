@@ -187,7 +187,7 @@ std::string Outcome(const platform::ProgramEnd& end, int pages, const NativePath
     }
     const std::string failure = FailureIn(logFile);
     if (end.signal != 0) {
-        return "the DITA Open Toolkit was ended by signal " + std::to_string(end.signal);
+        return "the DITA Open Toolkit was terminated by signal " + std::to_string(end.signal);
     }
     if (end.exitCode != 0) {
         return "the DITA Open Toolkit failed with exit status " + std::to_string(end.exitCode) +

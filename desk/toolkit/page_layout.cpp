@@ -1,19 +1,10 @@
 #include "desk/toolkit/page_layout.h"
 
-#include <algorithm>
 #include <filesystem>
 
 #include "desk/documents/document_files.h"
 
 namespace ventrix::desk {
-namespace {
-
-NativePath CommonFolder(const NativePath& a, const NativePath& b) {
-    const auto ends = std::ranges::mismatch(a.utf8, b.utf8);
-    return FolderOf({std::string(a.utf8.begin(), ends.in1)});
-}
-
-}  // namespace
 
 PageLayout LayoutOf(const NativePath& document, const NativePath& outputBase) {
     PageLayout layout{.sourceBase = FolderOf(document), .outputBase = outputBase};

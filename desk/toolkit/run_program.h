@@ -1,4 +1,4 @@
-// Runs a program, with its output in a file, to its end. Strings are UTF-8 and reach the program as they are.
+// Runs a program to its end, with its output in a file. Strings are UTF-8 and reach the program as they are.
 #pragma once
 
 #include <string>

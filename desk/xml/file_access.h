@@ -18,8 +18,7 @@ void ReadRegularFilesOnly();
 /// Whether a file lies in one of the folders or below, wherever links lead.
 bool LiesInOneOf(const NativePath& file, const std::vector<NativePath>& folders);
 
-/// What a message about a file outside of the permitted folders says: the file and the option that permits
-/// it.
+/// The message about a file outside the permitted folders: it names the file and the option that permits it.
 std::string OutsideRefusal(const NativePath& file);
 
 /// While it lives, external entities and the documents that a stylesheet loads come from these folders and

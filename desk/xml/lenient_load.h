@@ -23,7 +23,7 @@ struct LenientDocument {
     std::pair<std::uint64_t, std::uint64_t> identity;
 };
 
-/// What the document is loaded for. A DTD is large, so that it is read only for the purposes that need it.
+/// What the document is loaded for. A DTD is large, so it is read only for the purposes that need it.
 enum class LoadFor {
     kListing,     ///< Entities stay references; the DTD is read only if an entity is undeclared without it.
     kDita,        ///< Entities are expanded; the DTD is read only if an entity is undeclared without it.

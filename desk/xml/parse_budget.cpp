@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kTooMany = kMaxExpansionBytes + 1;
 
-/// What one reference costs at least, so that references to empty entities count too.
+/// The minimum cost of a reference, so that references to empty entities count too.
 constexpr std::size_t kReferenceCost = 64;
 
 std::string AtLine(std::size_t line, const std::string& what) {

@@ -1,4 +1,4 @@
-// Keeps the limits of limits.h while libxml2 parses a document. Strings are UTF-8.
+// Enforces the limits of limits.h while libxml2 parses a document. Strings are UTF-8.
 #pragma once
 
 #include <libxml/parser.h>
@@ -10,8 +10,8 @@
 
 namespace ventrix::desk {
 
-/// Watches one parse. It replaces SAX handlers of the parser and is the parser's private data, so that it
-/// must live until the parse has ended. Once a limit is exceeded, the parser stops.
+/// Watches one parse. It replaces SAX handlers of the parser and is the parser's private data, so it must
+/// live until the parse has ended. Once a limit is exceeded, the parser stops.
 class ParseBudget {
   public:
     explicit ParseBudget(xmlParserCtxt& parser);

@@ -1,4 +1,4 @@
-// Which file a URI reference names, decided from the reference alone, without a look at the file system.
+// Which file a URI reference names, decided from the reference alone, without accessing the file system.
 // Strings are UTF-8.
 #pragma once
 

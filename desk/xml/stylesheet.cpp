@@ -27,7 +27,7 @@ struct FreeTransform {
     void operator()(xsltTransformContext* context) const { xsltFreeTransformContext(context); }
 };
 
-/// What the extension element needs to know and leaves behind; it finds this through the context.
+/// The input and output of the extension element, which finds this record through the context.
 struct RunState {
     NativePath sourcePath;
     NativePath outputPath;
@@ -35,7 +35,7 @@ struct RunState {
     std::optional<std::string> copiedText;
 };
 
-/// xsltTransformError alone reports the error but lets the transformation go on.
+/// xsltTransformError alone reports the error but lets the transformation continue.
 void FailTransform(xsltTransformContext* context, xmlNode* instruction, const std::string& reason) {
     xsltTransformError(context, nullptr, instruction, "%s\n", reason.c_str());
     context->state = XSLT_STATE_STOPPED;
@@ -68,7 +68,7 @@ int MayWrite(xsltSecurityPrefs*, xsltTransformContext* context, const char* path
     }
     FailTransform(context, context->inst,
                   "the stylesheet may not write " + std::string(path) +
-                      (folder.Empty() ? "" : ", which lies outside the output folder " + folder.utf8));
+                      (folder.Empty() ? "" : ", which is outside the output folder " + folder.utf8));
     return 0;
 }
 
@@ -93,10 +93,10 @@ void PrepareLibxslt() {
     static_cast<void>(done);
 }
 
-void AddFoldersOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& folders) {
-    const auto add = [&folders](const xmlDoc* document) {
+void AddFilesOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& files) {
+    const auto add = [&files](const xmlDoc* document) {
         if (document != nullptr) {
-            folders.push_back(FolderOf(TargetOf(View(document->URL), {"/"}).path));
+            files.push_back(TargetOf(View(document->URL), {"/"}).path);
         }
     };
     add(stylesheet->doc);
@@ -104,7 +104,7 @@ void AddFoldersOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& fol
         add(included->doc);
     }
     for (const xsltStylesheet* import = stylesheet->imports; import != nullptr; import = import->next) {
-        AddFoldersOf(import, folders);
+        AddFilesOf(import, files);
     }
 }
 
@@ -130,13 +130,13 @@ Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages) {
     return stylesheet;
 }
 
-std::vector<NativePath> FoldersOf(const xsltStylesheet* stylesheet) {
-    std::vector<NativePath> folders;
-    AddFoldersOf(stylesheet, folders);
-    std::ranges::sort(folders, {}, &NativePath::utf8);
-    const auto repeated = std::unique(folders.begin(), folders.end());
-    folders.erase(repeated, folders.end());
-    return folders;
+std::vector<NativePath> FilesOf(const xsltStylesheet* stylesheet) {
+    std::vector<NativePath> files;
+    AddFilesOf(stylesheet, files);
+    std::ranges::sort(files, {}, &NativePath::utf8);
+    const auto repeated = std::unique(files.begin(), files.end());
+    files.erase(repeated, files.end());
+    return files;
 }
 
 XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages) {

@@ -28,8 +28,8 @@ using Stylesheet = std::unique_ptr<xsltStylesheet, FreeStylesheet>;
 /// Null if the stylesheet is missing or has an error; the first message then gives the reason.
 Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages);
 
-/// The folders of the stylesheet and of those that it imports and includes.
-std::vector<NativePath> FoldersOf(const xsltStylesheet* stylesheet);
+/// The stylesheet's own file and those that it imports and includes.
+std::vector<NativePath> FilesOf(const xsltStylesheet* stylesheet);
 
 /// Loads a document for a stylesheet. An undeclared entity is reported as a message and expands to nothing.
 /// Null, with a message, if the document is missing or not well-formed.

@@ -1,5 +1,5 @@
-// Owners for the objects of libxml2, and the few questions to its tree that several components ask. Strings
-// of libxml2 are UTF-8.
+// Owners for the objects of libxml2, and the queries on its trees that several components share. Strings of
+// libxml2 are UTF-8.
 #pragma once
 
 #include <libxml/parser.h>

@@ -1,4 +1,4 @@
-// A client of the host in a process of its own. Another client calls it by its name, "Word counter", with the
+// A client of the host in its own process. Another client calls it by its name, "Word counter", with the
 // command "Count" and a string, and receives two values: a status (0, or -43 for any other command) and a
 // sentence.
 #pragma once

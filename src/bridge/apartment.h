@@ -1,5 +1,5 @@
-// The component model's apartment and the message filter of a client in a process of its own. Both are part
-// of the connection's state.
+// The component model's apartment and the message filter of a client in its own process. Both are part of the
+// connection's state.
 #pragma once
 
 namespace ventrix {

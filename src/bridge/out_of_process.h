@@ -1,4 +1,4 @@
-// A client that runs as a process of its own.
+// A client that runs in its own process.
 //
 // It finds a running host by class id and connects as a loaded module does. The thread that connects enters a
 // single-threaded apartment, so the component model delivers the host's calls as messages to that thread; the

@@ -8,7 +8,7 @@
 namespace ventrix {
 
 /// True if the existing file or folder is in the existing folder, whatever they are called: only the file
-/// system can tell whether two names mean the same folder.
+/// system can decide whether two names mean the same folder.
 bool LiesIn(const Path& path, const Path& folder);
 
 /// True if the file can be opened for reading. A folder is not readable.

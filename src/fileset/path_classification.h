@@ -1,4 +1,4 @@
-// Operations on the text of a path: the kind of file that it names, its drive or server, the folder that
+// Operations on paths as strings: the kind of file that a path names, its drive or server, the folder that
 // contains it. None of them accesses the file system. Paths are UTF-8 in system notation. The backslash is
 // the only separator; comparisons are exact, case included, and nothing is normalised.
 #pragma once
@@ -12,7 +12,7 @@ namespace ventrix {
 using Path = std::string;          ///< A path. Folders that these operations return end in a backslash.
 using FileList = std::list<Path>;  ///< Paths in the order in which they were added; may have duplicates.
 
-/// True if the text ends in the suffix. Every text ends in the empty suffix.
+/// True if the string ends in the suffix. Every string ends in the empty suffix.
 bool EndsWith(std::string_view text, std::string_view suffix);
 
 /// True for a name ending in ".xml", ".dita" or ".ditamap", in lower case.

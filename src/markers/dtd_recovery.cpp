@@ -26,8 +26,8 @@ std::string AskDispatcher(const std::string& question) {
     return text;
 }
 
-// A DTD that does not exist has no long form, and a form that no path buffer can hold is of no use. The path
-// is then used as the host gave it, so that the next load fails with a reason that names the missing file.
+// A DTD that does not exist has no long form, and a form that no path buffer can hold is useless. The path is
+// then used as the host gave it, so that the next load fails with a reason that names the missing file.
 std::string LongFormOf(const std::string& dtdPath) {
     const std::string longPath = platform::LongPath(dtdPath);
     return longPath.empty() || platform::WideFromUtf8(longPath).size() >= platform::kPathLimit ? dtdPath

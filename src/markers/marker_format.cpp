@@ -160,8 +160,8 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
         }
         const std::size_t separator =
             target.word == QL_TARGET ? FindWord<QL_SEP>(body, target.position) : kNone;
-        // "QL_EQL_TARGET" contains both words, sharing the "Q". There is no room for a value between them, so
-        // they count as out of order too.
+        // "QL_EQL_TARGET" contains both words, sharing the "Q". No value fits between them, so they count as
+        // out of order too.
         const std::size_t valueStart = equals.position + QL_EQ.size();
         if (separator == kNone || target.position < valueStart) {
             return;

@@ -1,6 +1,6 @@
 // The steps of a run that happen outside the module: the DITA Open Toolkit and the caller's scripts. Both
 // block until the other side has finished, without a time limit, and neither reports failure: the steps that
-// follow work on what is there.
+// follow work on the files that exist.
 #pragma once
 
 #include "fileset/path_classification.h"

@@ -9,7 +9,7 @@
 
 namespace ventrix {
 
-/// Scans the document's references anew, reports them in the log and returns the sum of kValidate bits; 0
+/// Scans the document's references again, reports them in the log and returns the sum of kValidate bits; 0
 /// means that the document can be published as it is. `logFile` may be empty: that gives kValidateWithoutLog.
 std::int32_t ValidateDocument(std::uint32_t documentId, Path logFile);
 

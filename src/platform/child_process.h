@@ -45,12 +45,12 @@ ProgramEnd WaitForProgram(StartedProgram& program);
 /// The same, but nothing if the program still runs after that time.
 std::optional<ProgramEnd> WaitForProgram(StartedProgram& program, std::chrono::milliseconds limit);
 
-/// Makes this process answer for every program that it or its libraries start from now on, also for those
-/// that detach themselves, so that EndStartedPrograms finds them.
+/// Makes this process responsible for every program that it or its libraries start from now on, even for
+/// those that detach themselves, so that EndStartedPrograms finds them.
 void OwnStartedPrograms();
 
-/// Ends every running program that this process is the ancestor of or answers for: asks each to end, and
-/// after a second ends by force what is left. No other thread may be waiting for a child process.
+/// Ends every running program that this process is the ancestor of or is responsible for: asks each to end,
+/// and after a second ends the rest by force. No other thread may be waiting for a child process.
 void EndStartedPrograms();
 
 /// Makes this process end when the one that started it does.

@@ -1,5 +1,5 @@
-// Files and folders compared by what the file system says they are, not by their names: links, bind mounts
-// and file systems that ignore case give one thing several names. Paths are native.
+// Compares files and folders by their identity in the file system, not by their names: links, bind mounts and
+// file systems that ignore case give a file several names. Paths are native.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,8 @@ struct FileIdentity {
     bool operator==(const FileIdentity&) const = default;
 };
 
-/// Of what the path leads to, links followed. Nothing if that does not exist or cannot be reached.
+/// The identity of what the path leads to; links are followed. Nothing if it does not exist or cannot be
+/// reached.
 std::optional<FileIdentity> IdentityOf(const std::filesystem::path& path);
 
 /// Whether `path` is `folder` or lies below it: by the folders of the path as it is written, or, where links

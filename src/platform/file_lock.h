@@ -1,4 +1,5 @@
-// An exclusive lock on a file or folder that ends with the process at the latest, however it ends.
+// An exclusive lock on a file or folder, which is released at the latest when the process ends, however it
+// ends.
 #pragma once
 
 #include <filesystem>
@@ -6,7 +7,7 @@
 
 namespace ventrix::platform {
 
-/// Held by whoever has this object. Programs that the process starts do not inherit it.
+/// Held as long as this object exists. Programs that the process starts do not inherit it.
 class FileLock {
   public:
     ~FileLock();
@@ -25,16 +26,16 @@ class FileLock {
 
 struct LockAttempt {
     std::optional<FileLock> lock;
-    bool busy = false;      ///< Somebody else holds it.
+    bool busy = false;      ///< It is held elsewhere.
     std::error_code error;  ///< Why it cannot be locked at all; none if it is locked or busy.
 };
 
-/// Locks a file without waiting and creates it if it is missing; its folder must exist. The lock counts for
-/// the file that has this name now: one that its owner deleted meanwhile is not taken for it. A link is an
-/// error. The file stays when the lock ends; its owner may delete it before.
+/// Locks a file without waiting and creates it if it is missing; its folder must exist. The lock applies to
+/// the file that has this name now, not to one that its owner deleted in the meantime. A link is an error.
+/// The file stays when the lock ends; its owner may delete it before.
 LockAttempt LockFile(const std::filesystem::path& file);
 
-/// The same for an existing folder. Some network file systems can't lock folders, which is an error.
+/// The same for an existing folder. Some network file systems cannot lock folders, which is an error.
 LockAttempt LockFolder(const std::filesystem::path& folder);
 
 }  // namespace ventrix::platform

@@ -1,10 +1,10 @@
 // What happens when the user or the system interrupts a run: Ctrl-C (SIGINT), SIGTERM and SIGHUP on POSIX;
 // Ctrl-C, Ctrl-Break and the closing of the console on Windows.
 //
-// The run, which may be anywhere in the module, stands still from then on. Everything that it started ends,
+// From then on the run, which may be anywhere in the module, is suspended. Everything that it started ends,
 // the registered clean-ups run, the last registered first, "interrupted" goes to standard error, and the
 // process ends with 128 and the signal's number. Further interruptions change nothing. A process that is
-// ended by force cleans nothing up, but what it started ends all the same (child_process.h).
+// ended by force cleans nothing up, but what it started ends nevertheless (child_process.h).
 #pragma once
 
 #include <functional>
@@ -15,12 +15,12 @@ namespace ventrix::platform {
 /// interruption that the process was started to ignore (nohup) stays ignored.
 void HandleInterruptions();
 
-/// Called when the work is done, before the objects that live as long as the process go: from now on an
-/// interruption changes nothing, and the process ends with the status that it has earned.
+/// Called when the work is done, before the static objects are destroyed: from now on an interruption changes
+/// nothing, and the process ends with its own exit status.
 void StopHandlingInterruptions();
 
 /// While it lives, interruptions wait. Used by the main thread only, around a few short steps that belong
-/// together. May be nested. Nothing in a clean-up.
+/// together. May be nested. Has no effect in a clean-up.
 class InterruptionPause {
   public:
     InterruptionPause();

@@ -10,7 +10,7 @@ namespace ventrix::platform {
 /// the same device. False if the folder does not exist.
 bool IsMountPoint(const std::filesystem::path& folder);
 
-/// The mount points below the folder, files included, in no certain order; the folder itself is left out.
+/// The mount points below the folder, files included, in no particular order; the folder itself is left out.
 /// Empty if the folder does not exist.
 std::vector<std::filesystem::path> MountPointsBelow(const std::filesystem::path& folder);
 

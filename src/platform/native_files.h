@@ -1,4 +1,4 @@
-// What the standard library's file operations lack. Paths are native; links at their end are not followed.
+// File operations that the standard library lacks. Paths are native; links at their end are not followed.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +18,8 @@ struct EntryStatus {
     std::int64_t modified = 0;  ///< Nanoseconds since 1970, UTC.
 };
 
-/// Of the entry itself. Nothing with an error if it cannot be examined, without one if there is no such
-/// entry.
+/// The status of the entry itself. Nothing, with an error, if it cannot be examined; nothing, without an
+/// error, if it does not exist.
 std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path, std::error_code& error);
 std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path);
 
@@ -28,18 +28,18 @@ std::optional<EntryStatus> StatusOfEntry(const std::filesystem::path& path);
 /// `content` is empty.
 std::error_code ReadRegularFile(const std::filesystem::path& file, std::uint64_t limit, std::string& content);
 
-/// Gives a file or folder another name on the same file system, in one step. Never replaces anything:
-/// errc::file_exists if the new name is taken, also by an empty folder. On failure nothing has changed.
+/// Renames a file or folder on the same file system, in one step. Never replaces anything: errc::file_exists
+/// if the new name is taken, also by an empty folder. On failure nothing has changed.
 std::error_code RenameToFree(const std::filesystem::path& from, const std::filesystem::path& to);
 
-/// Writes a small file whole, replacing one that has the name. The content survives a crash of the machine
-/// once this has returned; on failure the file is as it was and nothing is left beside it.
+/// Writes a small file as a whole, replacing an existing one. The content survives a crash of the machine
+/// once this has returned; on failure the file is as it was, and no temporary file is left.
 std::error_code WriteDurably(const std::filesystem::path& file, std::string_view content);
 
 /// Whether this process may create and delete entries in the folder.
 bool IsWritableFolder(const std::filesystem::path& folder);
 
-/// Gives `to` the owner and the group of `from`, as far as this process may.
+/// Gives `to` the owner and the group of `from`, as far as this process is permitted to.
 void CopyOwner(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace ventrix::platform

@@ -25,7 +25,7 @@ struct ProcessHandle {
 ErrorCode StartProcess(std::string_view commandLine, ProcessHandle& process);
 
 /// Waits for the process without a time limit and returns its exit code: after a signal, 128 plus its number.
-/// -1 at once if there is no process. The handle is empty afterwards.
+/// Returns -1 immediately if there is no process. The handle is empty afterwards.
 int WaitForProcess(ProcessHandle& process);
 
 }  // namespace ventrix::platform

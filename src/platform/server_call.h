@@ -9,7 +9,7 @@
 
 namespace ventrix::platform {
 
-/// How a waiting call measures time and lets it pass.
+/// How a waiting call measures time and waits.
 struct CallClock {
     std::function<std::uint32_t()> now;                    ///< Milliseconds from any start; may wrap around.
     std::function<void(std::uint32_t milliseconds)> wait;  ///< Returns after that time.

@@ -8,9 +8,8 @@
 
 namespace ventrix::platform {
 
-/// Made below the system's folder for temporary files (TMPDIR, /tmp); removed with all that is in it at the
-/// end of this object or when the run is interrupted. Where that fails, a warning on standard error names
-/// it.
+/// Created in the system's folder for temporary files (TMPDIR, /tmp). Removed with its contents when this
+/// object is destroyed or the run is interrupted; if that fails, a warning on standard error names it.
 class TemporaryFolder {
   public:
     /// The folder's name begins with `prefix`.
@@ -19,13 +18,13 @@ class TemporaryFolder {
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    /// Absolute; empty if the folder could not be made.
+    /// Absolute; empty if the folder could not be created.
     const std::string& Path() const { return path_; }
 
-    /// Lets the folder and what is in it stay.
+    /// Keeps the folder and its contents.
     void Keep() { kept_ = true; }
 
-    /// Why not, naming the folder for temporary files; empty on success.
+    /// Why the folder could not be created, naming its parent; empty on success.
     const std::string& Problem() const { return problem_; }
 
   private:

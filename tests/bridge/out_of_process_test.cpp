@@ -1,4 +1,4 @@
-// A client in a process of its own, with the scripted host as the running host. The clock of the calls is the
+// A client in its own process, with the scripted host as the running host. The clock of the calls is the
 // test's, so that waiting for a busy host takes no time.
 #include "bridge/out_of_process.h"
 

@@ -109,6 +109,8 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         {with({"--drive", "C"}), 2, "", "--drive: 'C' is not of the form X=FOLDER"},
         {with({"--drive", "C=none"}), 2, "", "--drive: 'C=none' names a folder that does not exist"},
         {with({"--drive", "long=src"}), 2, "", "--drive: 'long=src' must begin with a drive letter"},
+        {with({"--no-transform"}), 2, "", "--no-transform leaves nothing to do; add --pre-script"},
+        {with({"--no-transform", "--dita-ot"}), 2, "", "excludes"},
         {{"publish", "src/plain.xml", "-o", "out"}, 2, "", "is not a DITA document"},
         {{"publish", "src/a.dita", "-o", "o\nx"}, 2, "", "o\\x0ax: the name contains a control character"},
     };
@@ -151,7 +153,13 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
 }
 
 TEST_F(CommandLine, RequestPrintsTheReply) {
-    folder.Write("gone.xml", "<a href=\"none.png\"/>");
+    folder.Write("gone.xml", "<a>\n<b href=\"none.png\"/></a>");
+    folder.Write("open.ditamap",
+                 "<map><title>M</title><topicref href=\"src/a.dita\"/><topicref "
+                 "href=\"open.dita\"/></map>");
+    folder.Write("open.dita", "<topic id=\"b\"><title>B</title><body><p>open</body></topic>");
+    const std::string style = platform::ToSystem(folder.Native("page.xsl")).value();
+    const std::string referrer = folder.Native("gone.xml") + ":2 refers to it";
     const std::string log = " -logFile \"Z:" + folder.Native("log.txt") + '"';
     const std::string out = platform::ToSystem(folder.Native("out")).value() + '\\';
     const auto request = [](const std::string& document, const std::string& text) {
@@ -167,6 +175,10 @@ TEST_F(CommandLine, RequestPrintsTheReply) {
          "first:  " + out, "the transformation failed: "},
         {request("src/plain.xml", "Publish -docId {docId} -usePreScript none -outputFolder " + out + log), 0,
          "first:  " + out, "CreateProcess failed (2)"},
+        {request("gone.xml", "Publish -docId {docId} -useXSLT " + style + " -outputFolder " + out + log), 1,
+         "first:  " + out, "none.png: is missing or unreadable and is not in the result; " + referrer},
+        {request("open.ditamap", "Publish -docId {docId} -useDITAOT -outputFolder " + out + log), 1,
+         "first:  " + out, "open.dita: could not be read: "},
         {request("src/plain.xml", "VALIDATE -DOCID {docId}" + log), 0, "status: 0\n", ""},
         {request("gone.xml", "Validate -docId {docId}" + log), 1, "status: 1\n", ""},
     };
@@ -226,6 +238,10 @@ TEST_F(CommandLine, FilesOnSeveralDrivesCannotBePackaged) {
 
 TEST_F(CommandLine, OutputFolderKeepsWhatIsNotFromARun) {
     fs::create_directory_symlink("src", folder.Native("link"));
+    folder.Write("importing.xsl", std::string(kStylesheet)
+                                      .replace(std::string(kStylesheet).find('>') + 1, 0,
+                                               "<xsl:import href=\"full/imported.xsl\"/>"));
+    folder.Write("full/imported.xsl", kStylesheet);
     const auto publish = [](const std::string& output, bool force = false) {
         std::vector<std::string> arguments{"publish", "src/a.dita", "-o", output};
         if (force) {
@@ -234,11 +250,15 @@ TEST_F(CommandLine, OutputFolderKeepsWhatIsNotFromARun) {
         return arguments;
     };
     const Row refused[] = {
-        {publish("full"), 5, "", "is not empty and was not made by an earlier run; --force"},
+        {publish("full"), 5, "", "is not empty and was not created by an earlier run; --force"},
         {publish("src", true), 5, "", "which the run reads"},
         {publish("link", true), 5, "", "which the run reads"},
         {publish(".", true), 5, "", "which the run reads"},
         {publish("src/..", true), 5, "", "which the run reads"},
+        {{"publish", "src/a.dita", "-o", "full", "--force", "--xslt", "importing.xsl"},
+         5,
+         "",
+         "full/imported.xsl, which the run reads"},
         {publish("page.xsl", true), 5, "", "is not a folder"},
         {publish("page.xsl/out"), 5, "", "cannot be created: "},
         {publish("/proc/none"), 5, "", "cannot be created: "},
@@ -272,7 +292,7 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
 }
 
-// The toolkit makes the folder of the document itself, so that the module leaves topics beside it in place.
+// The toolkit makes the folder of the document itself, so the module leaves topics beside it in place.
 TEST_F(CommandLine, GuideWithTopicsOutsideItsFolderIsPublishedWithoutFindings) {
     const Finished finished = Run(
         {"publish", std::string(VENTRIX_EXAMPLES_FOLDER) + "/pump-guide/pump-guide.ditamap", "-o", "out"});

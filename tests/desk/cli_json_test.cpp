@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "desk/command_line.h"
@@ -87,6 +88,17 @@ TEST_F(JsonOutput, ValidateListsFilesAndWarnings) {
     EXPECT_EQ(object["unsaved"], json::array({folder.Native("a.dita")}));
     ASSERT_EQ(object["warnings"].size(), 1U) << object;
     EXPECT_EQ(object["warnings"][0]["code"], "reference-left-out");
+    EXPECT_EQ(object["warnings"][0]["file"], folder.Native("gaps.ditamap"));
+    EXPECT_EQ(object["warnings"][0]["line"], 1);
+}
+
+TEST_F(JsonOutput, MalformedDriveIsAFinding) {
+    setenv("VENTRIX_DRIVES", "Z=/;Q", 1);
+    const json object = Run({"validate", "a.dita"});
+    unsetenv("VENTRIX_DRIVES");
+    EXPECT_EQ(object["exitStatus"], 1);
+    ASSERT_EQ(object["warnings"].size(), 1U) << object;
+    EXPECT_EQ(object["warnings"][0]["code"], "malformed-drive");
 }
 
 TEST_F(JsonOutput, PublishNamesResultAndPages) {
@@ -95,8 +107,8 @@ TEST_F(JsonOutput, PublishNamesResultAndPages) {
     EXPECT_EQ(object["status"], 0);
     EXPECT_EQ(object["resultFolder"], result);
     EXPECT_EQ(object["log"], folder.Native("my.log"));
-    ASSERT_EQ(object["pages"].size(), 1U) << object;
-    EXPECT_EQ(object["pages"][0]["page"], result + "a.html");
+    EXPECT_EQ(object["pages"],
+              json::array({{{"page", result + "a.html"}, {"source", folder.Native("a.dita")}}}));
 }
 
 TEST_F(JsonOutput, RequestRepeatsTheReply) {

@@ -101,7 +101,8 @@ class DocumentChecks : public FolderFixture {
     DocumentChecks() {
         Write("map.ditamap",
               "<map><topicref href='a.dita'/><topicref href='B.DITA'/><topicref href='c.dbk'/>"
-              "<topicref href='page.html' format='html'/><topicref href='text.pdf' format='pdf'/></map>");
+              "<topicref href='page.html' format='html'/><topicref href='text.pdf' format='pdf'/>"
+              "<topicref href='code.dita'/></map>");
         Write("a.dita",
               "<topic><title xml:lang='en'>A</title><p audience='x'><uicontrol>U</uicontrol></p>"
               "<image href='i.svg'/></topic>");
@@ -109,11 +110,18 @@ class DocumentChecks : public FolderFixture {
         Write("c.dbk", "no xml");
         Write("page.html", "<!DOCTYPE html><html><br></html>");
         Write("text.pdf", "%PDF");
+        Write("code.dita",
+              "<topic><codeblock><coderef href='shown.rng'/><xi:include href='text.xsd' parse='text' "
+              "xmlns:xi='http://www.w3.org/2001/XInclude'/></codeblock>"
+              "<xref href='load.xsl' format='xsl'/></topic>");
+        for (const char* shown : {"shown.rng", "text.xsd", "load.xsl"}) {
+            Write(shown, "<grammar/>");
+        }
         Write("i.svg", "<svg/>");
         files = ListDocumentFiles({Native("map.ditamap")});
     }
 
-    /// The texts of the warnings for these options.
+    /// The warnings for these options.
     std::vector<std::string> Misspelled(const PublishOptions& options) const {
         RunReport report;
         ReportAbsentNames(options, files.names, report, TestScreen(true));
@@ -136,10 +144,15 @@ TEST_F(DocumentChecks, XmlThatTheModulePassesOverIsAWarning) {
     ASSERT_EQ(report.warnings.size(), 1U) << printed;
     EXPECT_EQ(report.warnings[0].file.utf8, Native("B.DITA"));
     EXPECT_EQ(report.warnings[0].code, "passed-over");
-    for (const char* name : {"c.dbk", "page.html", "text.pdf"}) {
-        EXPECT_NE(printed.find("\n" + Native(name) + " is not XML"), std::string::npos) << printed;
+    for (const char* name : {"c.dbk", "page.html", "text.pdf", "shown.rng", "text.xsd", "load.xsl"}) {
+        EXPECT_NE(printed.find("\n" + Native(name) + " is packaged as it is"), std::string::npos) << printed;
     }
     EXPECT_EQ(printed.find("i.svg"), std::string::npos) << "graphics are not passed over";
+
+    Write("a.dita", "<topic><xref href='shown.rng' format='xml'/></topic>");
+    RunReport again;
+    ReportPassedOverFiles(ListDocumentFiles({Native("map.ditamap")}), again, TestScreen(true));
+    EXPECT_EQ(again.warnings.at(0).file.utf8, Native("shown.rng")) << "code, but also part of the document";
 
     Write("c.dbk", "<!DOCTYPE article [<!ENTITY e 'e'>]><!-- c --><article><open></article>");
     ReportPassedOverFiles(files, report, TestScreen(true));
@@ -155,14 +168,15 @@ TEST_F(DocumentChecks, ProbableMisspellingsAreWarnings) {
     EXPECT_EQ(
         Misspelled(options),
         (std::vector<std::string>{
-            "--attributes: 'audiance' occurs in no file of the document; did you mean 'audience'?",
-            "--elements: 'uicontrl' occurs in no file of the document; did you mean 'uicontrol'?",
-            "--source-path: 'topik' occurs in no file of the document; did you mean 'topic'?",
-            "--scoped-attributes: 'titel' occurs in no file of the document; did you mean 'title'?",
-            "--scoped-attributes: 'audince' occurs in no file of the document; did you mean 'audience'?"}));
+            "--attributes: 'audiance' does not occur in any file of the document; did you mean 'audience'?",
+            "--elements: 'uicontrl' does not occur in any file of the document; did you mean 'uicontrol'?",
+            "--source-path: 'topik' does not occur in any file of the document; did you mean 'topic'?",
+            "--scoped-attributes: 'titel' does not occur in any file of the document; did you mean 'title'?",
+            "--scoped-attributes: 'audince' does not occur in any file of the document; did you mean "
+            "'audience'?"}));
 }
 
-TEST_F(DocumentChecks, StandardNamesAreNoMisspellings) {
+TEST_F(DocumentChecks, StandardNamesAreNotMisspellings) {
     files.names.attributes = {"prop", "rev1", "platforms"};
     PublishOptions options;
     options.attributes = {"props,rev,platform"};

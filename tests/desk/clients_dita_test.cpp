@@ -171,7 +171,7 @@ TEST_F(DitaClient, UndeclaredEntitiesAreReported) {
     EXPECT_NE(Log().find("t.dita: line 1: Entity 'none' not defined"), std::string::npos) << Log();
 }
 
-TEST_F(DitaClient, ContentThatReusesItselfEnds) {
+TEST_F(DitaClient, ContentThatReusesItselfIsCopiedOnce) {
     WriteTopic(
         "<p id='a'>a<ph conref='#t/b'/></p>"
         "<p><ph id='b'>b<ph conref='#t/b'/><ph conref='u.dita#u/c'/></ph></p>");
@@ -183,7 +183,7 @@ TEST_F(DitaClient, ContentThatReusesItselfEnds) {
     EXPECT_NE(Log().find("has no usable target"), std::string::npos);
 }
 
-TEST_F(DitaClient, EndsOnContentThatMultiplies) {
+TEST_F(DitaClient, ContentThatMultipliesIsLimited) {
     std::string body = "<p><ph id='p0'>x</ph></p>";
     for (int level = 1; level < 7; ++level) {
         const std::string phrase = "<ph conref='#t/p" + std::to_string(level - 1) + "'/>";
@@ -195,7 +195,7 @@ TEST_F(DitaClient, EndsOnContentThatMultiplies) {
     EXPECT_NE(Log().find("has no usable target"), std::string::npos);
 }
 
-TEST_F(DitaClient, ReadsWhatAMapSaysOfItsTopics) {
+TEST_F(DitaClient, MapSetsPropertiesOfItsTopics) {
     const struct {
         const char *map, *xpath, *value;
     } rows[] = {

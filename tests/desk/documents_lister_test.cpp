@@ -97,7 +97,7 @@ TEST_F(DocumentLister, MapsTopicsAndIncludesAreFollowedInPlace) {
     EXPECT_TRUE(files_.dita);
 }
 
-TEST_F(DocumentLister, CyclesAndFilesWithEndlessNamesEnd) {
+TEST_F(DocumentLister, CyclesOfReferencesAndLinksAreFollowedOnce) {
     Write("a.dita", "<topic><xref href='a.dita'/><xref href='b.dita'/></topic>");
     Write("b.dita", "<topic><xref href='a.dita#x'/><xref href='loop/b.dita'/></topic>");
     std::filesystem::create_directory_symlink(".", Native("loop"));
@@ -122,11 +122,13 @@ TEST_F(DocumentLister, DtdIsReadIfAnEntityNeedsIt) {
 
 TEST_F(DocumentLister, OmittedReferencesAreReported) {
     Write("d.xml",
-          "<topic><image href='a\\b.png'/><image href='a%01.png'/><image href='%ff.png'/>"
+          "<topic><image href='a\\b.png'/><image href='a%01.png'/>\n<image href='%ff.png'/>"
           "<image href='a\\b.png'/><image href='ok.png'/></topic>");
     EXPECT_EQ(Listed("d.xml"), "d.xml\n*ok.png\n");
     ASSERT_EQ(files_.remarks.size(), 3U);
     EXPECT_EQ(files_.remarks[0].what, "a\\b.png");
+    EXPECT_EQ(files_.remarks[0].referrer.utf8, Native("d.xml"));
+    EXPECT_EQ(files_.remarks[2].line, 2);
     EXPECT_NE(files_.remarks[0].reason.find("backslash"), std::string::npos);
     EXPECT_NE(files_.remarks[1].reason.find("control"), std::string::npos);
     EXPECT_NE(files_.remarks[2].reason.find("UTF-8"), std::string::npos);

@@ -102,7 +102,7 @@ TEST_F(Interrupting, EndsToolkitsAndScriptsAndRemovesTemporaryFolders) {
     EXPECT_FALSE(Exists("late"));
 }
 
-TEST_F(Interrupting, AKilledRunLeavesNoProgramBehind) {
+TEST_F(Interrupting, AKilledRunLeavesNoProgramRunning) {
     const pid_t process =
         Start({Native("in/m.ditamap"), "-o", Native("out"), "--toolkit", Native("toolkit")});
     ASSERT_TRUE(Waits()) << Read("error");

@@ -129,7 +129,7 @@ TEST_F(Keeper, CommitThatCannotBeRecordedRollsBack) {
     EXPECT_EQ(TreeOf("out"), (Tree{{"index.html", "1"}, {kResultMark, "mark"}}));
 }
 
-TEST_F(Keeper, FolderThatNoRunMadeIsTakenWithForceOnlyAndKept) {
+TEST_F(Keeper, FolderThatNoRunCreatedNeedsForceAndKeepsItsFiles) {
     WriteAll("out", {{"index.html", "mine"}, {kResultMark, "not a manifest"}});
     EXPECT_FALSE(Take());
     EXPECT_THAT(refusal, HasSubstr("--force"));
@@ -163,12 +163,12 @@ TEST_F(Keeper, RefusalNamesItsReasonAndChangesNothing) {
         {Native("file"), "is not a folder", true},
         {Native("file/sub"), "cannot be created", true},
         {Native("dangling"), "is not a folder", true},
-        {Native("mine"), "was not made by an earlier run", false},
+        {Native("mine"), "was not created by an earlier run", false},
         {Native("source"), "which the run reads", true},
         {Native("view"), "which the run reads", true},
         {Native("home"), "home folder or a root", true},
         {"/", "home folder or a root", true},
-        {"/etc", "which no run made", true},
+        {"/etc", "which no run created", true},
         {Native("busy"), "without a readable journal", true},
         {Native(std::string(250, 'x')), "File name too long", true},
     };
@@ -333,7 +333,7 @@ TEST_F(Keeper, FolderWhoseParentIsReadOnlyIsUsedInPlace) {
 TEST_F(Keeper, EntryThatCannotBePutBackIsAFindingUntilItCan) {
     const passwd* nobody = ::getpwnam("nobody");
     if (::geteuid() != 0 || nobody == nullptr) {
-        GTEST_SKIP() << "this process can't give files to another user";
+        GTEST_SKIP() << "this process cannot give files to another user";
     }
     fs::permissions(Native(), fs::perms::all);
     ASSERT_TRUE(SucceedsAsOrdinaryUser([&] {

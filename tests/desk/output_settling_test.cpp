@@ -95,7 +95,7 @@ const Tree kMerged = Below("out", {{"page.html", "new"},
                                    {"git/config", "mine"}});
 const Tree kOther = Below("out", {{"other.txt", "other"}});
 
-TEST_P(Settling, EndsInOneOfTheWholeStates) {
+TEST_P(Settling, EachStateHasADefinedOutcome) {
     const State& state = GetParam();
     Build(state);
     const Tree before = TreeOf();

@@ -44,7 +44,7 @@ class ScriptRecordTest : public FolderFixture {
     ScriptRecord Record() { return ReadScriptRecord(Native("private"), kPreScript); }
 };
 
-TEST_F(ScriptRecordTest, SaysHowAScriptWent) {
+TEST_F(ScriptRecordTest, DescribesHowAScriptEnded) {
     WriteProgram("fine", "#!/bin/sh\ncat >/dev/null\ncd /\n");
     WriteProgram("three", "#!/bin/sh\necho out\necho err >&2\nexit 3\n");
     WriteProgram("killed", "#!/bin/sh\necho before\nkill -SEGV $$\n");
@@ -61,7 +61,7 @@ TEST_F(ScriptRecordTest, SaysHowAScriptWent) {
     } rows[] = {
         {"fine", ScriptState::kEnded, "", {}},
         {"three", ScriptState::kEnded, " failed with exit status 3", {"out", "err"}},
-        {"killed", ScriptState::kEnded, " was ended by signal 11", {"before"}},
+        {"killed", ScriptState::kEnded, " was terminated by signal 11", {"before"}},
         {"lost",
          ScriptState::kNotStarted,
          " cannot be started: its interpreter /no/such/interpreter does not exist",
@@ -82,7 +82,7 @@ TEST_F(ScriptRecordTest, SaysHowAScriptWent) {
     }
 }
 
-TEST_F(ScriptRecordTest, KnowsAScriptThatWasNotCalledFromOneWhoseEndWasLost) {
+TEST_F(ScriptRecordTest, DistinguishesAScriptThatWasNotCalledFromALostRecord) {
     WriteProgram("waits", "#!/bin/sh\necho begun\necho $$ >\"$(dirname \"$0\")/pid\"\nsleep 20\n");
     platform::ProcessHandle process = Start("waits");
     ASSERT_TRUE(test::Eventually([&] { return test::IsRunning(Native("pid")); }));
@@ -137,7 +137,7 @@ TEST_F(ScriptRecordTest, KeepsTheLastLinesOfAnyOutput) {
     }
 }
 
-TEST_F(ScriptRecordTest, BackgroundProgramsDoNotHoldTheRunUpAndEndWithIt) {
+TEST_F(ScriptRecordTest, BackgroundProgramsDoNotDelayTheRunAndEndWithIt) {
     WriteProgram("script",
                  "#!/bin/sh\ncd \"$(dirname \"$0\")\"\nsh -c 'echo $$ >pid; sleep 20; echo late >late' &\n"
                  "until [ -s pid ]; do sleep 0.02; done\n");
@@ -147,11 +147,11 @@ TEST_F(ScriptRecordTest, BackgroundProgramsDoNotHoldTheRunUpAndEndWithIt) {
     EXPECT_FALSE(test::IsRunning(Native("pid")));
 }
 
-TEST_F(ScriptRecordTest, RecorderWithoutSettingsSaysWhatItIs) {
+TEST_F(ScriptRecordTest, RecorderWithoutSettingsDescribesItself) {
     platform::StartedProgram started =
         platform::StartProgram({.arguments = {VENTRIX_RECORDER}, .outputFile = Native("out")});
     EXPECT_EQ(platform::WaitForProgram(started).exitCode, 2);
-    EXPECT_EQ(Read("out"), "ventrix-script is a part of ventrix, which starts it; run ventrix instead\n");
+    EXPECT_EQ(Read("out"), "ventrix-script is started by ventrix; run ventrix instead\n");
 }
 
 }  // namespace

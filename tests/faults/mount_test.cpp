@@ -1,5 +1,5 @@
-// Publishes where mounts are in the way: views of the sources, volumes, disks without room. Skipped where the
-// test may not mount.
+// Publishes where mounts are in the way: views of the sources, volumes, full disks. Skipped where the test
+// may not mount.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -72,7 +72,7 @@ TEST_F(Mounted, AFullDiskLosesNothing) {
     const auto room = static_cast<int>(fs::space(world.Native("disk")).available);
     int failed = 0;
     for (int free = 0; free <= 80 << 10; free += 4 << 10) {
-        SCOPED_TRACE(std::to_string(free) + " bytes of room");
+        SCOPED_TRACE(std::to_string(free) + " bytes free");
         world.Write("disk/in-the-way", std::string(static_cast<std::size_t>(room - free), 'x'));
         const Ended ended = world.Publish();
         fs::remove(world.Native("disk/in-the-way"));

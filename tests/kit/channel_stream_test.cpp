@@ -135,7 +135,7 @@ TEST_F(ChannelStream, CopyToReportsWhatTheTargetTook) {
     EXPECT_EQ(read.QuadPart, 1503u);
     EXPECT_EQ(written.QuadPart, 1503u);
     EXPECT_EQ(target->content, drives_.Read("C:\\a"));
-    target->room = 2000;
+    target->capacity = 2000;
     SeekTo(0, STREAM_SEEK_SET);
     EXPECT_EQ(stream_->CopyTo(target, count, &read, &written), E_FAIL);
     EXPECT_EQ(read.QuadPart, 1024u);
@@ -155,7 +155,7 @@ TEST(StreamLoops, MoveAllInSeveralCalls) {
     EXPECT_EQ(stream->asked.size(), 11u);  // ten calls that read bytes and one that reads none
     EXPECT_EQ(Q_StreamReadAll(stream, buffer, 0), 0u);
     EXPECT_EQ(stream->asked.size(), 11u);
-    stream->room = 100;
+    stream->capacity = 100;
     EXPECT_EQ(Q_StreamWriteAll(stream, text.data(), 95), 5u);
     stream->Release();
 }

@@ -144,7 +144,7 @@ Q_Channel* ChannelOn(SlowStreamC* stream) {
 
 TEST_F(Channels, ReportWhenTheStreamIsFull) {
     auto* stream = new SlowStreamC;
-    stream->room = 100;
+    stream->capacity = 100;
     stream->step = 7;
     Q_Channel* channel = ChannelOn(stream);
     const std::string text(1200, 'x');
@@ -182,7 +182,7 @@ TEST_F(Channels, CopyInBlocksIfTheStreamHasNoCopyTo) {
     EXPECT_EQ(Q_ChannelCopy(source, target), 0);
     EXPECT_EQ(to->content, std::string(1990, 's'));
     from->position = 0;
-    to->room = 2000;
+    to->capacity = 2000;
     EXPECT_EQ(Q_ChannelCopy(source, target), 1);
     Q_ChannelClose(&source);
     Q_ChannelClose(&target);
@@ -213,9 +213,24 @@ TEST_F(Channels, TemporaryChannelHasANewFileUntilItIsDeleted) {
     EXPECT_FALSE(drives_.Exists(path));
 }
 
+/// Restores the setting of the temporary folder.
+class TempFolderScope {
+  public:
+    ~TempFolderScope() {
+        if (former_) {
+            platform::SetEnvironmentValue("TMPDIR", *former_);
+        } else {
+            test::RemoveVariable("TMPDIR");
+        }
+    }
+
+  private:
+    std::optional<std::string> former_ = platform::EnvironmentValue("TMPDIR");
+};
+
 TEST_F(Channels, TemporaryFolderMayHaveAnyNameThatTheEncodingHas) {
     const EncodingScope scope("QuorlRoman");
-    const std::optional<std::string> former = platform::EnvironmentValue("TMPDIR");
+    const TempFolderScope restores;
     const std::pair<std::string, bool> rows[] = {{"C:\\t\xC3\xA4", true}, {"C:\\\xE4\xB8\xAD", false}};
     for (const auto& [folder, exists] : rows) {
         drives_.MakeFolder(folder);
@@ -229,11 +244,6 @@ TEST_F(Channels, TemporaryFolderMayHaveAnyNameThatTheEncodingHas) {
             Q_ChannelCloseAndDelete(&channel);
             EXPECT_EQ(drives_.Tree(folder).size(), 0U);
         }
-    }
-    if (former) {
-        platform::SetEnvironmentValue("TMPDIR", *former);
-    } else {
-        test::RemoveVariable("TMPDIR");
     }
 }
 

@@ -39,6 +39,7 @@ TEST(Format, ConversionsDifferFromTheCLibraryAsDocumented) {
     EXPECT_EQ(Formatted("%'d|%'.2f|%-'6u|", 1234567, 9876.5, 4321), "1234567|9876.50|4321  |");
     EXPECT_EQ(Formatted("%I64d|%I64X|%'012I64d", -1234567890123LL, 0xABCDEF0123ULL, 1234567890LL),
               "-1234567890123|ABCDEF0123|001234567890");
+    EXPECT_EQ(Formatted("%6'4d", 1), "%6'4d") << "a flag after the width";
     EXPECT_EQ(Formatted("%I32d|%Iu|%s", -7, std::size_t{1} << 40, "end"), "-7|1099511627776|end");
     EXPECT_EQ(Formatted(("%" + std::string(150, 'I') + "d").c_str(), 1), "%" + std::string(150, 'I') + "d");
     // From a "%" without a valid conversion on, the format is written unchanged.

@@ -1,4 +1,4 @@
-// A stream in memory that moves at most `step` bytes per call and holds at most `room` bytes.
+// A stream in memory that moves at most `step` bytes per call and holds at most `capacity` bytes.
 #pragma once
 
 #include <algorithm>
@@ -20,7 +20,7 @@ class SlowStreamC : public ImplementComC<IStream, ComUltraliteC> {
         return S_OK;
     }
     HRESULT Write(const void* bytes, ULONG count, ULONG* written) override {
-        *written = std::min({count, step, static_cast<ULONG>(room - content.size())});
+        *written = std::min({count, step, static_cast<ULONG>(capacity - content.size())});
         content.append(static_cast<const char*>(bytes), *written);
         return S_OK;
     }
@@ -36,7 +36,7 @@ class SlowStreamC : public ImplementComC<IStream, ComUltraliteC> {
 
     std::string content;
     ULONG step = 4096;
-    std::size_t room = 1 << 20;
+    std::size_t capacity = 1 << 20;
     std::size_t position = 0;
     std::vector<ULONG> asked;
 };

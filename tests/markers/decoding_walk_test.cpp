@@ -160,7 +160,7 @@ TEST(DecodingWalk, RemovesMarkerWordsFromEveryTextNode) {
               "<p a='QL_SEP'><!--QL_SEP--><mathml>xy<b>z</b></mathml>\n</p>");
 }
 
-TEST(BothWalks, RestoreWhatWasCarried) {
+TEST(BothWalks, RestoreWhatWasEncoded) {
     PublishParams params;
     params.attributes = {"t"};
     params.elements = {"i"};

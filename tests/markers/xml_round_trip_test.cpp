@@ -195,6 +195,7 @@ TEST_F(XmlRoundTrip, BytesInvalidInTheEncodingFailTheLoad) {
         "\xFF\xFE<\0a\0/\0>"s,
         "\xFF\xFE<\0a\0>\0\0\xD8<\0/\0a\0>\0"s,
         "<a>x\0y</a>"s,
+        "<a\0\0\0\0\0\0\0></a"s,
     };
     for (const std::string& document : refused) {
         EXPECT_FALSE(Load(document)) << document;

@@ -55,7 +55,7 @@ TEST(Interruption, EndsTheProcessBySignalNumberWhateverItIsDoing) {
     }
 }
 
-TEST(Interruption, CleansUpBackwardsAfterProgramsEndedAndPausesAreOver) {
+TEST(Interruption, RunsCleanUpsInReverseOrderAfterProgramsAndPausesEnd) {
     const TestFolder tree;
     setenv("TMPDIR", tree.Native().c_str(), 1);
     const pid_t run = StartRun([&] {
@@ -89,7 +89,7 @@ TEST(Interruption, CleansUpBackwardsAfterProgramsEndedAndPausesAreOver) {
     EXPECT_EQ(tree.Count(), 3) << "log, log.ready, program";
 }
 
-TEST(Interruption, LeavesASignalIgnoredThatWasIgnoredAtTheStart) {
+TEST(Interruption, SignalThatWasIgnoredAtTheStartStaysIgnored) {
     std::signal(SIGHUP, SIG_IGN);
     const pid_t run = StartRun([] {
         kill(getpid(), SIGHUP);

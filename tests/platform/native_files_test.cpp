@@ -111,7 +111,7 @@ TEST_F(NativeFiles, RenameNeverReplaces) {
     EXPECT_EQ(Read("b.txt"), "b");
 }
 
-TEST_F(NativeFiles, DurableWriteReplacesWholeOrNotAtAll) {
+TEST_F(NativeFiles, DurableWriteReplacesTheWholeFileOrNothing) {
     EXPECT_FALSE(WriteDurably(Native("a.json"), "one"));
     EXPECT_FALSE(WriteDurably(Native("a.json"), "two"));
     EXPECT_EQ(Read("a.json"), "two");

@@ -14,7 +14,7 @@ class Mount {
     static Mount Bind(const std::string& source, const std::string& target) {
         return Mount(source, target, nullptr, MS_BIND, nullptr);
     }
-    /// A file system of its own with room for `bytes`.
+    /// A separate file system of this size in bytes.
     static Mount Disk(const std::string& target, int bytes) {
         return Mount("none", target, "tmpfs", 0, ("size=" + std::to_string(bytes)).c_str());
     }

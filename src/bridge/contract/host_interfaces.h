@@ -52,7 +52,7 @@ constexpr unsigned kMainHostInterface = 4;
 /// Number of slots that a method table needs for any of the methods below.
 constexpr unsigned kHostMethodSlots = 98;
 
-/// Default class id of a running host, for a client in a process of its own.
+/// Default class id of a running host, for a client in its own process.
 inline constexpr GUID kHostClassId = {
     0x539DB5D0, 0xC0C6, 0x11D0, {0x98, 0x5E, 0x00, 0x60, 0x97, 0x0B, 0xEC, 0x0B}};
 

@@ -48,8 +48,8 @@ class HostMethodTable {
 
     // A table that the compiler generates is preceded by the offset to the complete object and the object's
     // type. Sanitizers read both.
-    std::intptr_t offsetToWhole_ = 0;
-    const std::type_info* type_ = &typeid(IUnknown);
+    [[maybe_unused]] std::intptr_t offsetToWhole_ = 0;
+    [[maybe_unused]] const std::type_info* type_ = &typeid(IUnknown);
     void* slots_[kHostMethodSlots];
 };
 

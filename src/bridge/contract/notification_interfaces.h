@@ -17,7 +17,7 @@ struct Q_ResourceRecord {
     void* data;
 };
 
-/// What CMSCommand hands out. String and array are in the client's memory.
+/// What CMSCommand hands out. The string and the array are in the client's memory.
 struct Q_CmsRecord {
     std::uint8_t head[8];
     char* text;

@@ -2,7 +2,8 @@
 // operation's failure result and sets Q_ApiLastError: -1 if the interface is missing or the call failed, -88
 // if the host is busy, else the status that the host reported. Success does not change Q_ApiLastError.
 // Results are copies in kit memory, which the caller frees; arguments stay the caller's. Strings are in the
-// connection's text mode (UTF-8 after Q_ApiSetTextMode). Object id 0 is no object, or the host application.
+// connection's text mode (UTF-8 after Q_ApiSetTextMode). Object id 0 means no object, or the host
+// application.
 #pragma once
 
 #include <cstdint>

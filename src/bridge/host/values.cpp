@@ -13,7 +13,7 @@ namespace {
 
 // Two ways of copying share the code below, since they differ only in details. A value is copied in three
 // steps: its plain bytes, then the block that its tag owns, then each string and string list within that
-// block. Which those are, the table in value_shapes.cpp says.
+// block. The table in value_shapes.cpp defines which those are.
 //
 // Within the kit, memory is zeroed, a null string becomes the empty string, and an array keeps its count even
 // if it could not be copied. Across the boundary bytes are copied as they are, and the count of an array that

@@ -88,7 +88,7 @@ int ChannelStreamC::OpenFile(const char* path, int mode, bool truncate) {
         return 0;
     }
     const std::optional<std::string> local = LocalPath(Q_PathAlias(path), mode);
-    // A path that were cut to the limit would name another file.
+    // A path that is cut to the limit would name another file.
     if (!local || platform::WideFromUtf8(*local).size() > kLongestPath) {
         return 0;
     }

@@ -49,6 +49,10 @@ std::uint32_t AppendSizeInBits(const char* form, FormatItem& item, std::uint32_t
     return prefix == "z" ? 1 : 3;
 }
 
+bool HoldsOnlyFlags(std::string_view text) {
+    return text.find_first_not_of(" +-#0") == std::string_view::npos;
+}
+
 // The letters between the width and the conversion character, such as "ll".
 std::string_view SizePrefix(const FormatItem& item) {
     std::string_view text = item.text;
@@ -116,7 +120,7 @@ bool ReadFormatItem(const char* format, FormatArguments& arguments, FormatItem& 
             }
             continue;
         }
-        if (format[at] == '\'') {
+        if (format[at] == '\'' && HoldsOnlyFlags({item.text + 1, length - 1})) {
             continue;  // Groups the digits as the locale says, and none is set.
         }
         if (format[at] == 'I') {

@@ -31,7 +31,7 @@ FilePath* NewFilePath(const char* text) {
     return path;
 }
 
-// A text that the buffer cannot hold gives null: cut, it would name another file.
+// A string that does not fit into the buffer gives null: truncated, it would name another file.
 FilePath* Resolve(const char* text, const FilePath* anchor) {
     char path[kPathBufferSize];
     if (Q_StrCopyN(path, text, sizeof path) != Q_StrLen(text)) {

@@ -32,8 +32,8 @@ enum Q_PathMode : int {
 };
 
 /// Resolves a path, relative to the anchor's path if that is not null, into a new record, which the caller
-/// frees with Q_FreeFilePath. Null for a null or empty text, a text of more than 4095 bytes, malformed
-/// portable text, an empty result, mode 3, and when memory runs out. Any other mode outside Q_PathMode is
+/// frees with Q_FreeFilePath. Null for a null or empty string, a string of more than 4095 bytes, malformed
+/// portable notation, an empty result, mode 3, and when memory runs out. Any other mode outside Q_PathMode is
 /// fatal.
 FilePath* Q_PathToFilePath(const char* text, const FilePath* anchor, int mode);
 

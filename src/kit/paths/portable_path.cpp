@@ -126,7 +126,7 @@ std::optional<std::string> ToPortable(std::string_view native) {
     std::string portable = TakeRoot(native);
     while (!native.empty()) {
         const std::size_t end = std::min(native.find('\\'), native.size());
-        // A component that were cut to the limit would name another file.
+        // A component that is cut to the limit would name another file.
         if (end > kLongestComponent) {
             return std::nullopt;
         }

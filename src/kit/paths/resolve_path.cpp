@@ -150,7 +150,7 @@ void ResolveUrl(char* path, const char* base) {
     char* url = nullptr;
     const bool isDone = Q_AbsoluteUrl((std::string(base) + "/").c_str(), path, &url) == 0;
     const Q_String owner(url);
-    // A URL that were cut to the limit would name another file.
+    // A URL that is cut to the limit would name another file.
     Q_StrCopy(path, isDone && Q_StrLen(url) < kPathBufferSize ? url : nullptr);
 }
 

@@ -8,8 +8,8 @@ namespace ventrix::xml {
 // run between two escapes costs more than the run. So the whole entry of each byte is copied, all 16 bytes of
 // it, and the next entry overwrites what exceeds the escape's length.
 void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& table) {
-    constexpr std::size_t kPieceSize =
-        4096;  // resize() clears the room; in small pieces it stays in the cache.
+    // resize() zeroes the new bytes. In small pieces they stay in the cache.
+    constexpr std::size_t kPieceSize = 4096;
     while (!text.empty()) {
         const std::string_view piece = text.substr(0, kPieceSize);
         const std::size_t start = out.size();

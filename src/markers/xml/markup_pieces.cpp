@@ -7,8 +7,6 @@
 namespace ventrix::xml {
 namespace {
 
-constexpr std::size_t kNotFound = std::string_view::npos;
-
 struct Delimiters {
     PieceKind kind;
     std::string_view opening, closing;

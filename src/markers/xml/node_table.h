@@ -34,8 +34,8 @@ enum NodeFlags : std::uint8_t {
     kReplaceable = 64,  ///< Text node, attribute: its own string is one of the replaceable ones.
 };
 
-/// One node. Building and walking a tree costs what memory it touches, so a record has 32 bytes, and its
-/// private fields hold something else for each kind of node:
+/// One node. The cost of building and walking a tree is the memory that it touches, so a record has 32 bytes,
+/// and its private fields hold something else for each kind of node:
 ///
 ///     field       element, document      text node            attribute                other kinds
 ///     previous_   previous sibling       previous sibling     first one: end of the    previous sibling
@@ -180,8 +180,8 @@ class NodeTable {
         return static_cast<NodeIndex>(size_++);
     }
 
-    /// Makes room for this many more nodes. The room at least doubles, since many small scratch documents may
-    /// follow.
+    /// Reserves space for this many more nodes. The capacity at least doubles, since many small scratch
+    /// documents may follow.
     void Reserve(std::size_t nodes);
 
   private:

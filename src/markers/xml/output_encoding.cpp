@@ -63,8 +63,9 @@ char LowerCase(char c) {
 
 /// The position past the first `word`, given in lower case, in a text of any case; npos without one.
 std::size_t FindWordEnd(std::string_view text, std::string_view word) {
-    const auto found = std::ranges::search(text, word, {}, LowerCase);
-    return found.empty() ? kNotFound : static_cast<std::size_t>(found.end() - text.begin());
+    const auto* const found = std::search(text.begin(), text.end(), word.begin(), word.end(),
+                                          [](char c, char lower) { return LowerCase(c) == lower; });
+    return found == text.end() ? kNotFound : static_cast<std::size_t>(found - text.begin()) + word.size();
 }
 
 /// The markup with UTF-8 as the encoding that follows `key` and an equals sign; unchanged without one.

@@ -262,7 +262,7 @@ struct QueryTree::Copy {
         attribute->children = attribute->last = value;
     }
 
-    /// The name comes last: only the element's own declarations tell the namespace of its prefix. An
+    /// The name comes last: only the element's own declarations define the namespace of its prefix. An
     /// undeclared prefix stays part of the name.
     xmlNode* CopyElement(NodeIndex index) {
         xmlNode* node = MakeNode(index, XML_ELEMENT_NODE, nullptr, nullptr);

@@ -3,7 +3,7 @@
 //
 // Content never holds a reference: decoding a text node's bytes resolves character references and the
 // predefined entities (a reference to any other entity is a node of its own), decoding an attribute value
-// resolves declared entities too. Writing goes the other way with escape tables. What nobody changed is not
+// resolves declared entities too. Writing goes the other way with escape tables. Unchanged content is not
 // decoded and escaped again, but copied from the source.
 #pragma once
 

@@ -22,7 +22,7 @@ class TagNames {
   public:
     void Clear() { count_ = 0; }
 
-    /// False for a duplicate or if there is no room.
+    /// False for a duplicate, or if the array is full.
     bool Add(std::string_view name) {
         const auto end = names_.begin() + static_cast<std::ptrdiff_t>(count_);
         if (count_ == names_.size() || std::find(names_.begin(), end, name) != end) {
@@ -196,7 +196,9 @@ class TreeBuilder {
         const std::size_t name = at_ + sizeof "</" - 1;
         std::size_t close = name;
         const char* opened = data_ + (element.begin - source_.base) + 1;
-        while (close < name + element.nameLength && data_[close] == *opened) {
+        // The opened name may contain NULs, which the NUL after the text equals.
+        const std::size_t nameEnd = std::min(name + element.nameLength, text_.size());
+        while (close < nameEnd && data_[close] == *opened) {
             ++close;
             ++opened;
         }

@@ -1,4 +1,4 @@
-// Writes trees as XML: what nobody changed as the bytes of its source, the rest anew.
+// Writes trees as XML: unchanged content as the bytes of its source, the rest from the tree.
 #pragma once
 
 #include <string>

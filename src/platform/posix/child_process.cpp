@@ -25,11 +25,11 @@
 //
 //     run  ->  guard  ->  program  ->  whatever the program starts
 //
-// The guard takes over what the program leaves behind (it is a "child subreaper"), watches the owner through
-// a descriptor that becomes readable when the owner ends, however it ends, and then ends all that runs below
-// it. It ends itself when nothing is left below it. Two reports reach the run through a pipe: whether the
-// program started, and how it ended. The guard has a process group of its own, as has the program, so that no
-// signal from a terminal reaches either: the run decides when they end.
+// The guard adopts the processes that the program leaves running (it is a "child subreaper"), watches the
+// owner through a descriptor that becomes readable when the owner ends, however it ends, and then ends all
+// that runs below it. It ends itself when nothing is left below it. Two reports reach the run through a pipe:
+// whether the program started, and how it ended. The guard has a process group of its own, as has the
+// program, so that no signal from a terminal reaches either: the run decides when they end.
 
 namespace ventrix::platform {
 namespace {

@@ -27,8 +27,8 @@
 //     4. let the cleaner end the programs and run the clean-ups
 //     5. leave by _exit, without the destructors of objects that the main thread still uses
 //
-// Between 2 and 3 the main thread may go on for some microseconds. A clean-up therefore relies on what lies
-// on the disk where memory may have changed since; what registers and unregisters clean-ups is covered by 1.
+// Between 2 and 3 the main thread may continue for some microseconds. A clean-up therefore relies on the disk
+// where memory may have changed since; what registers and unregisters clean-ups is covered by 1.
 
 namespace ventrix::platform {
 namespace {

@@ -65,7 +65,7 @@ std::error_code ReadAll(const Descriptor& file, std::uint64_t expected, std::uin
     }
 }
 
-/// A name is durable once its folder is. Some file systems can't sync folders; the file itself is safe then.
+/// A name is durable once its folder is. Some file systems cannot sync folders; the file itself is safe then.
 void SyncFolder(const fs::path& folder) {
     const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened.IsOpen()) {
@@ -121,7 +121,7 @@ std::error_code RenameToFree(const fs::path& from, const fs::path& to) {
     if (errno != EINVAL && errno != ENOSYS) {
         return ErrorOf(errno);
     }
-    // Some network file systems know no such flag.
+    // Some network file systems do not support the flag.
     if (StatusOfEntry(to)) {
         return ErrorOf(EEXIST);
     }
@@ -156,7 +156,7 @@ void CopyOwner(const fs::path& from, const fs::path& to) {
     const bool differs = ::lstat(from.c_str(), &source) == 0 && ::lstat(to.c_str(), &target) == 0 &&
                          (source.st_uid != target.st_uid || source.st_gid != target.st_gid);
     if (differs && ::lchown(to.c_str(), source.st_uid, source.st_gid) != 0) {
-        // An ordinary user may give nothing away, but may share it with a group of their own.
+        // An ordinary user cannot change the owner, but can share the file with one of their own groups.
         [[maybe_unused]] const int ignored = ::lchown(to.c_str(), static_cast<uid_t>(-1), source.st_gid);
     }
 }

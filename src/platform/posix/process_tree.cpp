@@ -100,7 +100,7 @@ void EndDescendants(pid_t root) {
     SignalDescendants(root, SIGTERM);
     SignalDescendants(root, SIGCONT);  // A stopped process does not see the other signal.
     bool ended = AwaitEnd(root, start + kGrace);
-    // One look may miss what is being started at that moment.
+    // A single pass may miss a program that is being started at that moment.
     while (!ended && Steady::now() < start + kPatience) {
         SignalDescendants(root, SIGKILL);
         ended = AwaitEnd(root, Steady::now() + kBetweenLooks);

@@ -11,8 +11,8 @@ namespace ventrix::platform {
 /// waited for do not count. Empty where /proc is missing.
 std::vector<pid_t> RunningDescendants(pid_t root);
 
-/// Ends them: SIGTERM, and SIGKILL to what still runs after a second. Returns when none is left, or after ten
-/// seconds if the system cannot end one.
+/// Ends them with SIGTERM, and after a second with SIGKILL. Returns when none is left, or after ten seconds
+/// if the system cannot end one.
 void EndDescendants(pid_t root);
 
 }  // namespace ventrix::platform
