@@ -199,6 +199,7 @@ TEST_F(XmlRoundTrip, BytesInvalidInTheEncodingFailTheLoad) {
         "<?xml version='1.0' encoding='UTF-8'?><a>\xE4</a>",
         "<?xml version='1.0' encoding='no-such-encoding'?><a/>",
         "<?xml version='1.0' encoding='ibm-367'?><a>x\x94y</a>",
+        "<?xml version='1.0' encoding='utf-7'?><a/>",
         "<?xml version='1.0' encoding='UTF-16'?><a/>",
         "<?xml version='1.0' encoding='UtF-\n8'?><a/>",
         "\xFF\xFE<\0a\0/\0>"s,

@@ -118,7 +118,8 @@ DecodedSource DecodeSource(platform::Bytes bytes) {
     source.encoding = EncodingOf(text);
     if (source.encoding.empty()) {
         source.text = std::move(bytes);
-    } else if (!FindHandler(source.encoding)) {
+    } else if (!FindHandler(source.encoding) || !CanEncode("<>", source.encoding)) {
+        // UTF-7 writes markup with an escape that its converter does not end.
         source.problem = "Unsupported encoding " + source.encoding;
     } else if (!Decode(source.encoding, text, source.text)) {
         source.problem = "The bytes are not valid in the encoding " + source.encoding;
