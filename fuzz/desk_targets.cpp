@@ -30,7 +30,7 @@ void CheckReason(const std::string& reason) {
 
 void ReferenceListing(std::string_view input) {
     const desk::XmlDocument document = Parse(std::string(input));
-    if (document == nullptr) {
+    if (document == nullptr || xmlDocGetRootElement(document.get()) == nullptr) {
         return;
     }
     for (const desk::Reference& reference : desk::ReferencesOf(document.get())) {

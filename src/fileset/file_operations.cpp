@@ -50,7 +50,8 @@ void Collect(const Path& folder, const FileList& suffixes, OpenFolders& open, Fi
 
 /// The copy of a read-only source has the read-only bit too, but later steps have to rewrite it.
 void MakeWritable(const Path& path) {
-    if (const auto attributes = platform::AttributesOf(path)) {
+    const auto attributes = platform::AttributesOf(path);
+    if (attributes && (*attributes & platform::kAttributeReadOnly) != 0) {
         platform::SetAttributes(path, *attributes & ~platform::kAttributeReadOnly);
     }
 }
@@ -83,10 +84,13 @@ bool IsFolder(const Path& path) {
 }
 
 bool EnsureFolder(const Path& folder) {
+    if (IsFolder(folder)) {
+        return true;
+    }
     const Path parent = ParentFolder(folder);
     // A drive, a server or a bare name has no parent: such a folder exists or cannot be created here.
     if (parent.empty()) {
-        return IsFolder(folder);
+        return false;
     }
     if (!IsFolder(parent) && !EnsureFolder(parent)) {
         return false;

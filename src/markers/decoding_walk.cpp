@@ -1,5 +1,7 @@
 #include "markers/decoding_walk.h"
 
+#include <algorithm>
+#include <span>
 #include <utility>
 
 #include "markers/dom_helpers.h"
@@ -8,54 +10,54 @@ namespace ventrix {
 namespace {
 
 constexpr char kDefaultTagsAttribute[] = "data-twtags";
-constexpr char kMarkerPrefix[] = "QL_";  // Every marker word begins with it.
+constexpr std::size_t kLongValue = 1000;  // Bytes; a shorter value is searched each time.
+constexpr std::string_view kMarkerPrefix = "QL_";  // Every marker word begins with it.
 
 std::string_view TagsAttribute(const PublishParams& params) {
     return params.targetAttr.empty() ? std::string_view(kDefaultTagsAttribute) : params.targetAttr;
 }
 
-/// The entry of the innermost open element.
-TagTokens& TokensOf(xml::Node element, DecodingState& state) {
-    if (state.open.empty() || state.open.back().element != element) {
-        state.open.emplace_back().element = element;
-    }
-    return state.open.back();
+/// The tokens of the innermost open element, if they are kept.
+TagTokens* KeptTokens(xml::Node element, DecodingState& state) {
+    const bool areKept = !state.open.empty() && state.open.back().element == element;
+    return areKept ? &state.open.back() : nullptr;
 }
 
 /// Adds what follows the value that the tokens were read from.
 void AddTokens(TagTokens& tokens, std::string_view value) {
     const std::string text = tokens.tail.append(value);
-    for (std::string& token : SplitTagsValue(text)) {
-        tokens.firstPositions.emplace(std::move(token), tokens.count++);
+    for (const std::string_view token : SplitTagsValue(text)) {
+        tokens.firstPositions.emplace(token, tokens.count++);
     }
     const std::size_t last = text.rfind(QL_SEP);
     tokens.tail = last == std::string::npos ? text : text.substr(last + QL_SEP.size());
 }
 
-/// Reads the tokens that the attribute has. Most elements have one text node, and so no tokens when it is
-/// decoded.
-void ReadTokens(TagTokens& tokens, std::string_view attribute) {
-    if (!tokens.isRead) {
-        const std::string value = AttributeValue(tokens.element, attribute);
-        tokens.isRead = !value.empty();
-        AddTokens(tokens, value);
-    }
+// Names are at the even positions. A name that occurs first as a value counts as new.
+
+bool HasName(const TagTokens& tokens, std::string_view name) {
+    const auto found = tokens.firstPositions.find(std::string(name));
+    return found != tokens.firstPositions.end() && found->second % 2 == 0;
 }
 
-/// Names are at the even positions. A name that occurs first as a value counts as new.
-bool HasName(const TagTokens& tokens, const std::string& name) {
-    const auto found = tokens.firstPositions.find(name);
-    return found != tokens.firstPositions.end() && found->second % 2 == 0;
+bool HasName(std::string_view value, std::string_view name) {
+    if (value.empty()) {
+        return false;
+    }
+    const std::vector<std::string_view> tokens = SplitTagsValue(value);
+    const auto found = std::ranges::find(tokens, name);
+    return found != tokens.end() && (found - tokens.begin()) % 2 == 0;
 }
 
 void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string_view text,
                          const PublishParams& params, DecodingState& state) {
-    AttributePairs tagPairs;
-    AttributePairs targetPairs;
-    ParseAttributeGroup(text, tagPairs, targetPairs);
-    if (!tagPairs.empty()) {
-        ApplyTagPairs(document, element, tagPairs, params, state);
+    state.tagPairs.clear();
+    state.targetPairs.clear();
+    ParseAttributeGroup(text, state.tagPairs, state.targetPairs);
+    if (!state.tagPairs.empty()) {
+        ApplyTagPairs(document, element, state.tagPairs, params, state);
     }
+    const AttributePairs& targetPairs = state.targetPairs;
     for (std::size_t i = 0; i < targetPairs.size(); i += 2) {
         SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1], true);
         if (targetPairs[i] == TagsAttribute(params)) {
@@ -74,37 +76,53 @@ bool AddsTags(const ScopedEntries& entries, const PublishParams& params) {
     return false;
 }
 
+bool HasMarkerPrefix(std::string_view text) {
+    return text.find(kMarkerPrefix) != std::string_view::npos;
+}
+
+/// The text of a node after the pass. No later step of the pass reads the words that are removed here.
+std::string_view WithoutMarkerWords(std::string_view text, std::string& buffer) {
+    return HasMarkerPrefix(text) ? buffer = RemoveMarkerWords(text) : text;
+}
+
+void InsertElementGroup(xml::Document& document, std::string_view piece, xml::Node textNode) {
+    const auto xmlText = ElementGroupXml(piece);
+    const xml::Node element = xmlText ? ParseElementXml(document, *xmlText) : xml::Node();
+    if (!element) {
+        return;
+    }
+    // A reference may stand for a part of a word.
+    if (HasMarkerPrefix(*xmlText) || xmlText->find('&') != std::string::npos) {
+        ClearMarkerWords(element);
+    }
+    textNode.get_parentNode().insertBefore(element, textNode);
+}
+
 }  // namespace
 
 // The order of the steps matters, since each reads what the one before has left of the text. Attribute groups
 // go first, wherever they are: only without them do the scoped groups begin the text. What remains after the
-// scoped groups is split at its element groups. If there are any, the pieces replace the text node, which
-// then need not be written.
+// scoped groups is split at its element groups, and the marker words left in the pieces are removed.
 xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
                          DecodingState& state) {
-    std::string buffer;
-    const std::string_view content = textNode.get_text(buffer);
+    const std::string_view content = textNode.get_text(state.content);
     // Without a marker word the text would stay as it is. Most text nodes of a file end here, without a copy.
-    if (content.find(kMarkerPrefix) == std::string_view::npos) {
+    if (!HasMarkerPrefix(content)) {
         return textNode.get_nextSibling();
     }
-    xml::Node parent = textNode.get_parentNode();
-    ApplyAttributeGroup(document, parent, content, params, state);
-    std::string text = StripAttributeGroups(content);
+    ApplyAttributeGroup(document, textNode.get_parentNode(), content, params, state);
+    std::string_view text = StripAttributeGroups(content, state.stripped);
     ScopedEntries entries = TakeScopedGroups(text);
     if (AddsTags(entries, params)) {
         state.open.clear();
     }
     ApplyScopedEntries(document, textNode, std::move(entries));
-    const std::vector<std::string> pieces = SplitElementGroups(text);
-    if (pieces.size() < 2) {
+    if (HasMarkerPrefix(text)) {
+        InsertPieces(document, SplitElementGroups(text), textNode);
+    } else {
         textNode.put_text(text);
-        return textNode.get_nextSibling();
     }
-    InsertPieces(document, pieces, textNode);
-    const xml::Node next = textNode.get_nextSibling();
-    parent.removeChild(textNode);
-    return next;
+    return textNode.get_nextSibling();
 }
 
 void LeaveElement(xml::Node element, DecodingState& state) {
@@ -116,11 +134,17 @@ void LeaveElement(xml::Node element, DecodingState& state) {
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
                    const PublishParams& params, DecodingState& state) {
     const std::string_view attribute = TagsAttribute(params);
-    TagTokens& tokens = TokensOf(element, state);
-    ReadTokens(tokens, attribute);
-    std::string added;
+    TagTokens* tokens = KeptTokens(element, state);
+    const std::string value = tokens == nullptr ? AttributeValue(element, attribute) : std::string();
+    if (value.size() > kLongValue) {
+        tokens = &state.open.emplace_back();
+        tokens->element = element;
+        AddTokens(*tokens, value);
+    }
+    std::string& added = state.added;
+    added.clear();
     for (std::size_t i = 0; i < tagPairs.size(); i += 2) {
-        if (!HasName(tokens, tagPairs[i])) {
+        if (tokens == nullptr ? !HasName(value, tagPairs[i]) : !HasName(*tokens, tagPairs[i])) {
             added.append(tagPairs[i]).append(QL_SEP).append(tagPairs[i + 1]).append(QL_SEP);
         }
     }
@@ -129,8 +153,8 @@ void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePa
         return;
     }
     SetOrAppendAttribute(document, element, attribute, added, false);
-    if (tokens.isRead) {
-        AddTokens(tokens, added);
+    if (tokens != nullptr) {
+        AddTokens(*tokens, added);
     }
 }
 
@@ -151,18 +175,22 @@ void ApplyScopedEntries(xml::Document& document, xml::Node textNode, ScopedEntri
     }
 }
 
-void InsertPieces(xml::Document& document, const std::vector<std::string>& pieces, xml::Node textNode) {
+void InsertPieces(xml::Document& document, const std::vector<std::string_view>& pieces, xml::Node textNode) {
     xml::Node parent = textNode.get_parentNode();
-    for (const std::string& piece : pieces) {
-        if (!piece.starts_with(QL_ELEM_S)) {
-            parent.insertBefore(NewTextNode(document, piece), textNode);
-            continue;
-        }
-        const auto xmlText = ElementGroupXml(piece);
-        if (const xml::Node element = xmlText ? ParseElementXml(document, *xmlText) : xml::Node()) {
-            parent.insertBefore(element, textNode);
+    std::string buffer;
+    for (const std::string_view piece : std::span(pieces).first(pieces.size() - 1)) {
+        if (piece.starts_with(QL_ELEM_S)) {
+            InsertElementGroup(document, piece, textNode);
+        } else {
+            parent.insertBefore(NewTextNode(document, WithoutMarkerWords(piece, buffer)), textNode);
         }
     }
+    // After a group, an unbalanced one does not stay in the text.
+    const bool endsWithGroup = pieces.size() > 1 && pieces.back().starts_with(QL_ELEM_S);
+    if (endsWithGroup) {
+        InsertElementGroup(document, pieces.back(), textNode);
+    }
+    textNode.put_text(endsWithGroup ? std::string_view() : WithoutMarkerWords(pieces.back(), buffer));
 }
 
 void ClearMarkerWords(xml::Node element) {
@@ -173,7 +201,7 @@ void ClearMarkerWords(xml::Node element) {
             continue;
         }
         const std::string_view text = node.get_text(buffer);
-        if (text.find(kMarkerPrefix) != std::string_view::npos) {
+        if (HasMarkerPrefix(text)) {
             node.put_text(RemoveMarkerWords(text));
         }
     }

@@ -1,10 +1,11 @@
 // What a pass does to one node of the generated HTML: marker text becomes attributes of the elements around
-// the text and elements in the text. Nothing here fails; marker text that cannot be read stays in the text,
-// and ClearMarkerWords removes its words.
+// the text and elements in the text. Nothing here fails; marker text that cannot be read stays in the text
+// without its words.
 #pragma once
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -17,19 +18,25 @@ namespace ventrix {
 /// The tokens of an element's tags attribute.
 struct TagTokens {
     xml::Node element;
-    bool isRead = false;  ///< The other fields are up to date.
     std::unordered_map<std::string, std::size_t> firstPositions;
     std::size_t count = 0;
     std::string tail;  ///< What follows the last token in the value.
 };
 
-/// What the walk keeps from one text node to the next: the tokens of the open elements with tag pairs,
-/// innermost last, so that each text node of an element costs only what it adds.
+/// What the walk keeps from one text node to the next.
 struct DecodingState {
+    /// The tokens of the open elements with a long tags attribute, innermost last, so that each text node of
+    /// an element costs only what it adds.
     std::vector<TagTokens> open;
+    std::string content;         ///< Scratch memory: of the text node.
+    std::string stripped;        ///< Scratch memory: the content without attribute groups.
+    AttributePairs tagPairs;     ///< Scratch memory: of the content's attribute group.
+    AttributePairs targetPairs;  ///< Scratch memory: the same.
+    std::string added;           ///< Scratch memory: to the tags attribute.
 };
 
-/// Decodes one filled text node. Returns the sibling at which the walk continues; null after the last one.
+/// Decodes one filled text node. No marker word is left in it and in the elements that it contained. Returns
+/// the sibling at which the walk continues; null after the last one.
 xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
                          DecodingState& state);
 
@@ -44,11 +51,13 @@ void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePa
 /// has a value already. Entries without such an element are dropped.
 void ApplyScopedEntries(xml::Document& document, xml::Node textNode, ScopedEntries entries);
 
-/// Inserts the pieces of a text node in front of it: element groups as elements, others as text nodes. An
-/// element group whose XML does not parse is dropped.
-void InsertPieces(xml::Document& document, const std::vector<std::string>& pieces, xml::Node textNode);
+/// Puts the pieces in the place of the text node: element groups as elements, others as text nodes, of which
+/// the text node itself becomes the last. An element group whose XML does not parse is dropped. There is at
+/// least one piece; marker words that are left in the pieces are removed.
+void InsertPieces(xml::Document& document, const std::vector<std::string_view>& pieces, xml::Node textNode);
 
-/// Removes the marker words from all text nodes below the element.
+/// Removes the marker words from all text nodes below the element. The walk does this for elements that it
+/// does not enter.
 void ClearMarkerWords(xml::Node element);
 
 }  // namespace ventrix

@@ -13,12 +13,20 @@ namespace {
 // null after the last one, or the node itself if the walk is to enter it. The step fetches the sibling, since
 // only it knows whether the node is still in the tree.
 
+// The marker words of a skipped element are removed all the same.
 xml::Node DecodeNode(xml::Document& document, xml::Node node, const PublishParams& params,
                      DecodingState& state) {
-    if (IsElement(node)) {
-        return IsListedElement(node, params.skipElements) ? node.get_nextSibling() : node;
+    if (IsFilledTextNode(node)) {
+        return DecodeTextNode(document, node, params, state);
     }
-    return IsFilledTextNode(node) ? DecodeTextNode(document, node, params, state) : node.get_nextSibling();
+    if (!IsElement(node)) {
+        return node.get_nextSibling();
+    }
+    if (IsListedElement(node, params.skipElements)) {
+        ClearMarkerWords(node);
+        return node.get_nextSibling();
+    }
+    return node;
 }
 
 xml::Node EncodeElement(xml::Document& document, xml::Node element, const PublishParams& params,
@@ -77,9 +85,7 @@ std::unique_ptr<xml::Document> ApplyMarkerPass(std::string path, bool decode, co
         // The walk does this only for the elements below its start.
         EncodeScopedAttributes(root, params.scopedAttributes);
         CodeChildNodes(*document, root, decode, params);
-        if (decode) {
-            ClearMarkerWords(root);
-        } else if (!params.preserveXPathList.empty()) {
+        if (!decode && !params.preserveXPathList.empty()) {
             StampPreservedXPaths(*document, params.preserveXPathList, params.preserveXPathAttr);
         }
     }

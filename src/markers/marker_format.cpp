@@ -1,6 +1,7 @@
 #include "markers/marker_format.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -11,6 +12,50 @@ namespace ventrix {
 namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
+constexpr std::size_t kDistinct = 4;  ///< Where most marker words differ from each other.
+
+constexpr std::string_view kElementHead = "QL_ELEM_";  ///< Both element words begin with it.
+
+/// As text.find(word, from), for a marker word. Faster, since a "Q" is rare in a text, one further byte mostly
+/// tells whether it begins the word, and the word's length is known when this is compiled.
+template <const std::string_view& Word>
+std::size_t FindWord(std::string_view text, std::size_t from = 0) {
+    while (from + Word.size() <= text.size()) {
+        const void* const found =
+            std::memchr(text.data() + from, Word.front(), text.size() - Word.size() + 1 - from);
+        if (found == nullptr) {
+            return kNone;
+        }
+        const auto* const at = static_cast<const char*>(found);
+        from = static_cast<std::size_t>(at - text.data());
+        if (at[kDistinct] == Word[kDistinct] && std::memcmp(at, Word.data(), Word.size()) == 0) {
+            return from;
+        }
+        ++from;
+    }
+    return kNone;
+}
+
+struct EntryWord {
+    std::size_t position = kNone;
+    std::string_view word;
+};
+
+/// The first of the words of an entry at or after `from`.
+EntryWord NextEntryWord(std::string_view text, std::size_t from) {
+    while ((from = text.find(QL_EQ.front(), from)) != kNone) {
+        const std::string_view rest = text.substr(from);
+        const char distinct = rest.size() > kDistinct ? rest[kDistinct] : '\0';
+        const std::string_view word = distinct == QL_EQ[kDistinct]       ? QL_EQ
+                                      : distinct == QL_TARGET[kDistinct] ? QL_TARGET
+                                                                         : QL_SEP;
+        if (rest.starts_with(word)) {
+            return {from, word};
+        }
+        ++from;
+    }
+    return {};
+}
 
 struct ElementWord {
     std::size_t position;
@@ -20,15 +65,24 @@ struct ElementWord {
 // Both element words begin with the same bytes. A search for those finds the next word of either kind in one
 // scan; two searches, one per word, could each run to the end of the text for every word.
 std::optional<ElementWord> NextElementWord(std::string_view text, std::size_t position) {
-    constexpr std::string_view kHead = "QL_ELEM_";
-    while ((position = text.find(kHead, position)) != kNone) {
-        const std::size_t last = position + kHead.size();
+    while ((position = FindWord<kElementHead>(text, position)) != kNone) {
+        const std::size_t last = position + kElementHead.size();
         if (last < text.size() && (text[last] == 'S' || text[last] == 'E')) {
             return ElementWord{position, text[last] == 'S'};
         }
         position = last;
     }
     return std::nullopt;
+}
+
+/// The length of the start of `rest` that completes a QL_START begun by the end of `text`; 0 if there is none.
+std::size_t CompletedStart(std::string_view text, std::string_view rest) {
+    for (std::size_t begun = std::min(text.size(), QL_START.size() - 1); begun > 0; --begun) {
+        if (text.ends_with(QL_START.substr(0, begun)) && rest.starts_with(QL_START.substr(begun))) {
+            return QL_START.size() - begun;
+        }
+    }
+    return 0;
 }
 
 /// The position after the balanced group whose opening word is at `start`; nothing if it is not balanced.
@@ -83,8 +137,8 @@ std::string TakeAttributeGroup(std::string& text) {
 }
 
 void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, AttributePairs& targetPairs) {
-    const std::size_t start = text.find(QL_START);
-    const std::size_t end = start == kNone ? kNone : text.find(QL_END);
+    const std::size_t start = FindWord<QL_START>(text);
+    const std::size_t end = start == kNone ? kNone : FindWord<QL_END>(text);
     if (end == kNone) {
         return;
     }
@@ -94,55 +148,64 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
         body = body.substr(0, end - start - QL_START.size());
     }
     while (!body.empty()) {
-        const std::size_t equals = body.find(QL_EQ);
-        const std::size_t target = body.find(QL_TARGET);
-        const std::size_t separator = body.find(QL_SEP);
-        if (equals == kNone || target == kNone || separator == kNone) {
+        // The first word of each kind counts, and they must be in this order. A further QL_EQ is part of the
+        // value.
+        const EntryWord equals = NextEntryWord(body, 0);
+        if (equals.word != QL_EQ) {
             return;
         }
+        EntryWord target = equals;
+        while (target.word == QL_EQ) {
+            target = NextEntryWord(body, target.position + 1);
+        }
+        const std::size_t separator =
+            target.word == QL_TARGET ? FindWord<QL_SEP>(body, target.position) : kNone;
         // "QL_EQL_TARGET" contains both words, sharing the "Q". No value fits between them, so they count as
         // out of order too.
-        const std::size_t valueStart = equals + QL_EQ.size();
-        if (target < valueStart || separator < target) {
+        const std::size_t valueStart = equals.position + QL_EQ.size();
+        if (separator == kNone || target.position < valueStart) {
             return;
         }
-        const std::size_t targetStart = target + QL_TARGET.size();
+        const std::size_t targetStart = target.position + QL_TARGET.size();
         const std::string_view targetName = body.substr(targetStart, separator - targetStart);
         AttributePairs& pairs = targetName.empty() ? tagPairs : targetPairs;
-        pairs.emplace_back(targetName.empty() ? body.substr(0, equals) : targetName);
-        pairs.emplace_back(body.substr(valueStart, target - valueStart));
+        pairs.push_back(targetName.empty() ? body.substr(0, equals.position) : targetName);
+        pairs.push_back(body.substr(valueStart, target.position - valueStart));
         body.remove_prefix(separator + QL_SEP.size());
     }
 }
 
 // Removing a group can bring the bytes on either side of it together to a new QL_START, which opens a group
-// in its turn. Starting again from the front after each removal would take quadratic time. Instead the kept
-// bytes are copied up to each "T", the last byte of QL_START, and the end of the copy is compared: it shows
-// both words of the text and words that a removal has formed.
-std::string StripAttributeGroups(std::string_view text) {
-    if (text.find(QL_START) == kNone) {
-        return std::string(text);
+// in its turn. Starting again from the front after each removal would take quadratic time. Instead, the bytes
+// around each removal are compared before the rest is searched for the next QL_START.
+std::string_view StripAttributeGroups(std::string_view text, std::string& buffer) {
+    std::size_t start = FindWord<QL_START>(text);
+    std::size_t end = start == kNone ? kNone : FindWord<QL_END>(text, start + QL_START.size());
+    if (end == kNone) {
+        return text;
     }
-    std::string result;
-    std::size_t position = 0;
-    while (position < text.size()) {
-        const std::size_t last = text.find(QL_START.back(), position);
-        const std::size_t next = last == kNone ? text.size() : last + 1;
-        result.append(text.substr(position, next - position));
-        position = next;
-        if (!result.ends_with(QL_START)) {
-            continue;
+    buffer.clear();
+    std::string_view rest = text;
+    while (end != kNone) {
+        buffer += rest.substr(0, start);
+        rest.remove_prefix(end + QL_END.size());
+        if (const std::size_t completed = CompletedStart(buffer, rest); completed != 0) {
+            end = FindWord<QL_END>(rest, completed);
+            if (end != kNone) {
+                buffer.resize(buffer.size() - (QL_START.size() - completed));
+                start = 0;
+            }
+        } else {
+            start = FindWord<QL_START>(rest);
+            end = start == kNone ? kNone : FindWord<QL_END>(rest, start + QL_START.size());
         }
-        // Only a QL_END after the QL_START closes its group. Without one the rest stays, as it does in
-        // TakeAttributeGroup; RemoveMarkerWords removes the words at the end of the pass.
-        const std::size_t end = text.find(QL_END, position);
-        if (end == kNone) {
-            return result.append(text.substr(position));
-        }
-        result.resize(result.size() - QL_START.size());
-        position = end + QL_END.size();
     }
-    return result;
+    // Only a QL_END after the QL_START closes its group. Without one the rest stays, as it does in
+    // TakeAttributeGroup; RemoveMarkerWords removes the words at the end.
+    if (buffer.empty()) {
+        return rest;
+    }
+    return buffer += rest;
 }
 
 std::string ComposeScopedGroups(const ScopedEntries& entries) {
@@ -154,15 +217,14 @@ std::string ComposeScopedGroups(const ScopedEntries& entries) {
     return result;
 }
 
-ScopedEntries TakeScopedGroups(std::string& text) {
+ScopedEntries TakeScopedGroups(std::string_view& text) {
     ScopedEntries entries;
-    std::string_view rest = text;
-    while (rest.starts_with(QL_SA_S)) {
-        const std::size_t end = rest.find(QL_SA_E);
+    while (text.starts_with(QL_SA_S)) {
+        const std::size_t end = text.find(QL_SA_E);
         if (end == kNone) {
             break;
         }
-        const std::string_view body = rest.substr(QL_SA_S.size(), end - QL_SA_S.size());
+        const std::string_view body = text.substr(QL_SA_S.size(), end - QL_SA_S.size());
         const std::size_t first = body.find(QL_SEP);
         const std::size_t second = first == kNone ? kNone : body.find(QL_SEP, first + QL_SEP.size());
         if (second != kNone) {
@@ -171,9 +233,8 @@ ScopedEntries TakeScopedGroups(std::string& text) {
             entries.emplace_back(body.substr(attributeStart, second - attributeStart));
             entries.emplace_back(body.substr(second + QL_SEP.size()));
         }
-        rest.remove_prefix(end + QL_SA_E.size());
+        text.remove_prefix(end + QL_SA_E.size());
     }
-    text.erase(0, text.size() - rest.size());
     return entries;
 }
 
@@ -183,26 +244,30 @@ std::string WrapElementGroup(std::string_view xml) {
     return std::string(QL_ELEM_S).append(escaped).append(QL_ELEM_E);
 }
 
-std::vector<std::string> SplitElementGroups(std::string_view text) {
-    std::vector<std::string> pieces;
+std::vector<std::string_view> SplitElementGroups(std::string_view text) {
+    constexpr std::size_t kUsualPieces = 5;
+    std::vector<std::string_view> pieces;
     // Splitting ends at the first group that is not balanced. The last QL_ELEM_E of the text need not be
     // compared with the first QL_ELEM_S: if none follows the opening word, the group is not balanced either.
     std::size_t start = 0;
-    while ((start = text.find(QL_ELEM_S)) != kNone) {
+    while ((start = FindWord<QL_ELEM_S>(text)) != kNone) {
         const auto end = ElementGroupEnd(text, start);
         if (!end) {
             break;
         }
-        pieces.emplace_back(text.substr(0, start));
-        pieces.emplace_back(text.substr(start, *end - start));
+        if (pieces.empty()) {
+            pieces.reserve(kUsualPieces);
+        }
+        pieces.push_back(text.substr(0, start));
+        pieces.push_back(text.substr(start, *end - start));
         text.remove_prefix(*end);
     }
-    pieces.emplace_back(text);
+    pieces.push_back(text);
     return pieces;
 }
 
 std::optional<std::string> ElementGroupXml(std::string_view piece) {
-    const std::size_t end = piece.find(QL_ELEM_E);
+    const std::size_t end = FindWord<QL_ELEM_E>(piece);
     if (end == kNone) {
         return std::nullopt;
     }
@@ -211,11 +276,11 @@ std::optional<std::string> ElementGroupXml(std::string_view piece) {
     return xml;
 }
 
-std::vector<std::string> SplitTagsValue(std::string_view tagsValue) {
-    std::vector<std::string> tokens;
+std::vector<std::string_view> SplitTagsValue(std::string_view tagsValue) {
+    std::vector<std::string_view> tokens;
     std::size_t end = 0;
-    while ((end = tagsValue.find(QL_SEP)) != kNone) {
-        tokens.emplace_back(tagsValue.substr(0, end));
+    while ((end = FindWord<QL_SEP>(tagsValue)) != kNone) {
+        tokens.push_back(tagsValue.substr(0, end));
         tagsValue.remove_prefix(end + QL_SEP.size());
     }
     return tokens;
@@ -241,20 +306,19 @@ void EscapeMarkup(std::string& text) {
     text = std::move(escaped);
 }
 
+// The text gets shorter, so it can be changed in place.
 void UnescapeMarkup(std::string& text) {
-    std::string unescaped;
-    std::string_view rest = text;
-    for (std::size_t mark = 0; (mark = rest.find('&')) != std::string_view::npos;) {
-        unescaped += rest.substr(0, mark);
-        rest.remove_prefix(mark);
-        const auto pair = std::ranges::find_if(xml::kMarkupCharacters, [&](const auto& candidate) {
-            return rest.starts_with(candidate.second);
-        });
-        const bool isEscape = pair != xml::kMarkupCharacters.end();
-        unescaped += isEscape ? pair->first : '&';
-        rest.remove_prefix(isEscape ? pair->second.size() : 1);
+    const char* const end = text.data() + text.size();
+    const char* from = text.data() + std::min(text.find('&'), text.size());
+    char* to = text.data() + (from - text.data());
+    while (from != end) {
+        const bool mayBeNamed = *from == '&';
+        const xml::NamedCharacter named =
+            mayBeNamed ? xml::NamedCharacterAt({from, end}) : xml::NamedCharacter{};
+        *to++ = named.length == 0 ? *from : named.character;
+        from += std::max<std::size_t>(named.length, 1);
     }
-    text = unescaped.append(rest);
+    text.resize(static_cast<std::size_t>(to - text.data()));
 }
 
 void ReplaceAll(std::string& text, std::string_view oldText, std::string_view newText) {

@@ -25,7 +25,7 @@ inline constexpr std::string_view QL_ELEM_E = "QL_ELEM_E";  ///< Closes an eleme
 
 using AttributeEntries = std::vector<std::string>;  ///< Flat: name, value, target, name, value, target, ...
 using ScopedEntries = std::vector<std::string>;     ///< Flat: element, attribute, value, ...
-using AttributePairs = std::vector<std::string>;    ///< Flat: name (or target), value, ...
+using AttributePairs = std::vector<std::string_view>;  ///< Flat: name (or target), value, ...
 
 /// Puts the entries into an attribute group at the front of the text. If the text begins with an attribute
 /// group, its entries follow the new ones in the same group. Without entries the text stays unchanged.
@@ -42,35 +42,36 @@ void AppendEntry(std::string& group, std::string_view name, std::string_view val
 std::string TakeAttributeGroup(std::string& text);
 
 /// Reads the first attribute group, wherever it is in the text. Entries with a target are appended to
-/// `targetPairs`, the others to `tagPairs`. Reading ends at the first entry that lacks a word or has its
-/// words out of order.
+/// `targetPairs`, the others to `tagPairs`, as views of the text. Reading ends at the first entry that lacks a
+/// word or has its words out of order.
 void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, AttributePairs& targetPairs);
 
-/// Returns the text without its attribute groups. A QL_START without a QL_END after it stays.
-std::string StripAttributeGroups(std::string_view text);
+/// Returns the text without its attribute groups. A QL_START without a QL_END after it stays. The view points
+/// into the text where the result is a part of it, otherwise into `buffer`, which is overwritten.
+std::string_view StripAttributeGroups(std::string_view text, std::string& buffer);
 
 /// Returns one scoped group per entry, in order; empty without entries.
 std::string ComposeScopedGroups(const ScopedEntries& entries);
 
 /// Cuts the scoped groups off the front of the text and returns their entries. A group with fewer than three
 /// fields is cut off too, but gives no entry.
-ScopedEntries TakeScopedGroups(std::string& text);
+ScopedEntries TakeScopedGroups(std::string_view& text);
 
 /// Returns the element group that carries the XML of an element.
 std::string WrapElementGroup(std::string_view xml);
 
 /// Splits the text at its balanced element groups. Plain pieces, possibly empty, and groups alternate,
 /// beginning and ending with a plain piece; concatenated, they give the text. A text without a balanced group
-/// is one piece.
-std::vector<std::string> SplitElementGroups(std::string_view text);
+/// is one piece. The pieces are views of the text.
+std::vector<std::string_view> SplitElementGroups(std::string_view text);
 
 /// Returns the XML of a piece that begins with QL_ELEM_S. It ends at the first QL_ELEM_E; nothing without
 /// one.
 std::optional<std::string> ElementGroupXml(std::string_view piece);
 
 /// Returns the tokens of a tags value: names at the even positions, counted from 0, values at the odd ones.
-/// Bytes after the last QL_SEP are not a token.
-std::vector<std::string> SplitTagsValue(std::string_view tagsValue);
+/// Bytes after the last QL_SEP are not a token. The tokens are views of the value.
+std::vector<std::string_view> SplitTagsValue(std::string_view tagsValue);
 
 /// Returns the text without marker words. The bytes between the words stay.
 std::string RemoveMarkerWords(std::string_view text);

@@ -127,6 +127,14 @@ TEST_F(XmlRoundTrip, SavesInTheOriginalEncoding) {
 }
 
 TEST_F(XmlRoundTrip, WritesCharactersThatTheEncodingLacksAsReferences) {
+    for (const char* encoding : {"US-ASCII", "windows-1250", "ibm-367", "x-mac-cyrillic", "macce"}) {
+        const std::string declaration = "<?xml version='1.0' encoding='"s + encoding + "'?>";
+        const auto document = Load(declaration + "<a b='&#20013;'>1</a>");
+        ASSERT_TRUE(document) << reason;
+        document->get_documentElement().get_firstChild().put_text("\xE4\xB8\xAD 2");
+        document->get_documentElement().get_attributes().get_item(0).put_value("\xE4\xB8\xAD");
+        EXPECT_EQ(Saved(*document), declaration + "<a b='&#20013;'>&#20013; 2</a>");
+    }
     const auto document = Load("<?xml version='1.0' encoding='ISO-8859-1'?><a b=''>\xE4</a>");
     ASSERT_TRUE(document) << reason;
     xml::Node root = document->get_documentElement();
@@ -190,6 +198,8 @@ TEST_F(XmlRoundTrip, BytesInvalidInTheEncodingFailTheLoad) {
         "<a>\xE4</a>",
         "<?xml version='1.0' encoding='UTF-8'?><a>\xE4</a>",
         "<?xml version='1.0' encoding='no-such-encoding'?><a/>",
+        "<?xml version='1.0' encoding='ibm-367'?><a>x\x94y</a>",
+        "<?xml version='1.0' encoding='utf-7'?><a/>",
         "<?xml version='1.0' encoding='UTF-16'?><a/>",
         "<?xml version='1.0' encoding='UtF-\n8'?><a/>",
         "\xFF\xFE<\0a\0/\0>"s,

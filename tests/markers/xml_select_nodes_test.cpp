@@ -1,4 +1,6 @@
 // What queries select in the current document.
+#include <random>
+
 #include "markers/xml_fixture.h"
 
 namespace ventrix::test {
@@ -26,6 +28,17 @@ std::string Selected(xml::Document& document, std::string_view query) {
         }
     }
     return line;
+}
+
+std::string RandomElement(std::minstd_rand& random, int depth) {
+    const std::string name(1, "abc"[random() % 3]);
+    std::string xml = "<" + name;
+    for (const char* attribute : {" x='1'", " y='2'", " x:x='1'", " xml:lang='en'"})
+        xml += random() % 4 == 0 ? attribute : "";
+    xml += random() % 8 == 0 ? " z='&#49;'>" : ">";
+    for (auto children = random() % 4; children > 0 && depth < 6; --children)
+        xml += RandomElement(random, depth + 1) + (random() % 2 == 0 ? "text" : "<!-- c -->");
+    return xml + "</" + name + ">";
 }
 
 struct Query {
@@ -92,6 +105,23 @@ TEST_F(XmlSelectNodes, KnowsLanguagesIdsAndTheContentOfEntities) {
     FindElement(document->get_documentElement(), "p").get_attributes().get_item(0).put_value("i3");
     EXPECT_EQ(Selected(*document, "id('i3')"), "p:one");
     EXPECT_EQ(Selected(*document, "id('i1')"), "");
+}
+
+// A query with a leading space is not a simple path, so that libxml2 evaluates it.
+TEST_F(XmlSelectNodes, SimplePathsSelectWhatLibxml2Selects) {
+    const char* const queries[] = {
+        "/a",       "/a/b",           "//b",       "//b//c",       "//b/c",      "/a//c/b",     "//*",
+        "/*/*",     "//b/*/c",        "//b[@x]",   "//b[@x='1']",  "//*[@x]//c", "//c[@y=\"2\"]", "/a/b[@x]/b",
+        "//b[@lang]", "//a//a[@x='1']", "//b[@x='']", "/b",         "//nothing",  "//b//b//b",   "/a[@x]/*[@y]",
+    };
+    std::minstd_rand random(7);
+    for (int turn = 0; turn < 60; ++turn) {
+        const auto document = Load(RandomElement(random, 0));
+        ASSERT_TRUE(document) << reason;
+        for (const std::string query : queries) {
+            EXPECT_EQ(Selected(*document, query), Selected(*document, " " + query)) << query;
+        }
+    }
 }
 
 TEST_F(XmlSelectNodes, SeesEarlierChanges) {

@@ -26,18 +26,14 @@ std::size_t CharacterLength(std::string_view text) {
     return overlong || surrogate || beyond || nonCharacter ? 0 : length;
 }
 
-bool IsPlain(std::string_view text) {
-    std::uint64_t found = 0;
-    std::size_t at = 0;
-    for (; at + sizeof found <= text.size(); at += sizeof found) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data() + at, sizeof word);
-        found |= word | detail::MatchesControl(word) | detail::Matches(word, '&') |
-                 detail::Matches(word, '<') | detail::Matches(word, '>');
-    }
-    return (found & detail::Each(0x80)) == 0 && std::ranges::all_of(text.substr(at), [](char c) {
-               return ' ' <= c && c <= '~' && c != '&' && c != '<' && c != '>';
-           });
+bool IsPlainName(std::string_view name) {
+    const std::size_t colon = name.find(':');
+    const auto isLocal = [](std::string_view part) {
+        return !part.empty() && (ClassOf(part[0]) & kNameStart) != 0 && part.find(':') == std::string_view::npos;
+    };
+    const bool parts = colon == std::string_view::npos ? isLocal(name)
+                                          : isLocal(name.substr(0, colon)) && isLocal(name.substr(colon + 1));
+    return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & kNameByte) != 0; });
 }
 
 bool HoldsOnlyCharacters(std::string_view text) {

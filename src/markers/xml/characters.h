@@ -3,6 +3,7 @@
 
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -12,8 +13,8 @@ namespace ventrix::xml {
 /// The length in bytes of the first character; 0 if it is not a character that XML allows, or not UTF-8.
 std::size_t CharacterLength(std::string_view text);
 
-/// True if the text is ASCII without markup and control characters.
-bool IsPlain(std::string_view text);
+/// True for a name of ASCII with at most one colon, which has a name on either side.
+bool IsPlainName(std::string_view name);
 
 /// True if the text consists of characters that XML allows.
 bool HoldsOnlyCharacters(std::string_view text);
@@ -80,24 +81,30 @@ constexpr std::uint64_t MatchesControl(std::uint64_t word) {
 
 }  // namespace detail
 
-/// The first position at or after `at` where a scan of a text node may have to stop: anything but letters,
-/// digits, spaces and most punctuation. Looks at eight bytes at a time and leaves up to seven at the end.
-inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
+/// The first position at or after `at` of a byte that is beyond ASCII, a control character or one of `bytes`.
+/// Looks at eight bytes at a time and leaves up to seven at the end.
+template <typename... Bytes>
+std::size_t SkipAllBut(std::string_view text, std::size_t at, Bytes... bytes) {
     using detail::Each;
     using detail::Matches;
+    using detail::MatchesControl;
     for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, text.data() + at, sizeof word);
         // A byte beyond ASCII counts too, so that none below the lowest one found is missed.
-        const std::uint64_t found = (word | detail::MatchesControl(word) | Matches(word, '&') |
-                                     Matches(word, '<') | Matches(word, ']')) &
-                                    Each(0x80);
+        const std::uint64_t found = ((word | MatchesControl(word)) | ... | Matches(word, bytes)) & Each(0x80);
         if (found != 0) {
             const bool isLowFirst = std::endian::native == std::endian::little;
             return isLowFirst ? at + static_cast<std::size_t>(std::countr_zero(found)) / 8 : at;
         }
     }
     return at;
+}
+
+/// The first position at or after `at` where a scan of a text node may have to stop: anything but letters,
+/// digits, spaces and most punctuation. Leaves up to seven bytes at the end.
+inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
+    return SkipAllBut(text, at, '&', '<', ']');
 }
 
 inline bool IsWhitespace(char byte) {

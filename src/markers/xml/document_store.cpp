@@ -67,19 +67,55 @@ void DocumentStore::Unlink(NodeIndex child) {
 }
 
 SourceText* DocumentStore::AddSource(platform::Bytes text) {
+    const std::size_t size = text.size();
+    strings.ExpectBytes(size);
+    text.push_back('\0');
+    return AppendSource(std::move(text), size);
+}
+
+SourceText* DocumentStore::AppendSource(platform::Bytes bytes, std::size_t textSize) {
     const std::uint64_t base =
-        sources_.empty() ? 0 : std::uint64_t{sources_.back().base} + sources_.back().text.size() + 1;
-    if (base + text.size() >= UINT32_MAX) {
+        sources_.empty() ? 0 : std::uint64_t{sources_.back().base} + sources_.back().bytes.size();
+    if (base + bytes.size() > UINT32_MAX) {
         return nullptr;
     }
     SourceText& source = sources_.emplace_back();
     source.base = static_cast<std::uint32_t>(base);
-    strings.ExpectBytes(text.size());
-    source.bytes = std::move(text);
-    source.bytes.push_back('\0');
-    source.text = {source.bytes.data(), source.bytes.size() - 1};
+    source.bytes = std::move(bytes);
+    source.text = {source.bytes.data(), textSize};
     first_ = &sources_.front();
     return latest_ = &source;
+}
+
+// A source for each piece would take more memory than most pieces, and a search among all of them for each
+// access.
+bool DocumentStore::AddPiece(std::string_view xml, SourceText& piece) {
+    constexpr std::size_t kSize = std::size_t{64} * 1024;
+    if (xml.size() >= kSize / 4) {
+        return false;
+    }
+    if (pieces_ == nullptr || pieces_->bytes.size() - pieces_->text.size() <= xml.size() + 1) {
+        SourceText* const added = AppendSource(platform::Bytes(kSize), 0);
+        if (added == nullptr) {
+            return false;
+        }
+        added->document = Add(NODE_DOCUMENT);
+        pieces_ = added;
+    }
+    const std::size_t at = pieces_->text.size() + (pieces_->text.empty() ? 0 : 1);
+    char* const place = pieces_->bytes.data() + at;
+    std::ranges::copy(xml, place);
+    place[xml.size()] = '\0';
+    pieces_->text = {pieces_->bytes.data(), at + xml.size()};
+    piece.base = pieces_->base + static_cast<std::uint32_t>(at);
+    piece.text = {place, xml.size()};
+    piece.document = pieces_->document;
+    return true;
+}
+
+void DocumentStore::TakeBackPiece(const SourceText& piece) {
+    const std::uint32_t at = piece.base - pieces_->base;
+    pieces_->text = pieces_->text.substr(0, at == 0 ? 0 : at - 1);
 }
 
 SourceText& DocumentStore::LaterSourceOf(std::uint32_t offset) {
@@ -94,6 +130,11 @@ SourceText* DocumentStore::SourceOfDocument(NodeIndex document) {
     const auto found = std::find_if(sources_.rbegin(), sources_.rend(),
                                     [&](const SourceText& source) { return source.document == document; });
     return found == sources_.rend() ? nullptr : &*found;
+}
+
+bool DocumentStore::HasOnlyPlainSources() const {
+    return std::ranges::none_of(
+        sources_, [](const SourceText& source) { return source.hasNamespaces || source.hasDeclarations; });
 }
 
 std::string_view DocumentStore::AttributeNameOf(const NodeRecord& record) {

@@ -23,7 +23,7 @@ class QueryTree;
 /// A file or string that was loaded, as UTF-8, and what its DTD declares.
 struct SourceText {
     std::uint32_t base = 0;  ///< The offset of its first byte in the store.
-    platform::Bytes bytes;   ///< The text and a NUL.
+    platform::Bytes bytes;   ///< The text and a NUL; room for more in a source of pieces.
     std::string_view text;   ///< With a byte-order mark if the file had one.
     std::string encoding;    ///< Of the file; empty if that is UTF-8.
     XmlDocument dtd;         ///< Holds declarations only; null without a DOCTYPE.
@@ -44,6 +44,7 @@ class DocumentStore {
     NodeRecord& At(NodeIndex index) { return nodes_[index]; }
     NodeIndex Add(NodeType type) { return nodes_.Add(type); }
     void Reserve(std::size_t nodes);
+    std::size_t NodeCount() const { return nodes_.Size(); }  ///< One more than the highest index.
     Node Handle(NodeIndex index) { return {this, index}; }
 
     NodeIndex FirstChild(NodeIndex index) { return At(index).FirstChild(); }
@@ -66,6 +67,12 @@ class DocumentStore {
 
     /// Adds a source and sets its base; null if the offsets no longer fit in 32 bits.
     SourceText* AddSource(platform::Bytes text);
+    /// Adds a piece of XML to a source that it shares with others, as `piece`, whose document node has no
+    /// children yet. False if there is no room for it, as for a long one.
+    bool AddPiece(std::string_view xml, SourceText& piece);
+    /// Removes the piece that was added last. Its nodes must not be used.
+    void TakeBackPiece(const SourceText& piece);
+
     SourceText& SourceOf(std::uint32_t offset) {
         return offset <= first_->text.size() ? *first_ : LaterSourceOf(offset);
     }
@@ -76,6 +83,9 @@ class DocumentStore {
 
     /// The source from which this document node was loaded last; null before the first load.
     SourceText* SourceOfDocument(NodeIndex document);
+
+    /// True if no source has namespaces, or declarations in its DTD.
+    bool HasOnlyPlainSources() const;
 
     /// Past the element's start tag.
     std::uint32_t StartTagEnd(const NodeRecord& element) {
@@ -135,6 +145,7 @@ class DocumentStore {
     bool listChanges = false;
 
   private:
+    SourceText* AppendSource(platform::Bytes bytes, std::size_t textSize);
     SourceText& LaterSourceOf(std::uint32_t offset);
     std::string_view AttributeNameOf(const NodeRecord& record);
     std::string_view TextNodeContent(const NodeRecord& text, std::string& buffer);
@@ -146,6 +157,7 @@ class DocumentStore {
     std::deque<SourceText> sources_;
     SourceText* first_ = nullptr;   ///< The source of most nodes.
     SourceText* latest_ = nullptr;  ///< The one of the others that was used last.
+    SourceText* pieces_ = nullptr;  ///< The one that pieces are added to.
 
   public:
     /// The copy of a document that the last query made. Declared last: its destructor uses the store.

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 
+#include "markers/xml/characters.h"
 #include "markers/xml/document_store.h"
 #include "markers/xml/libxml.h"
 #include "markers/xml/loading.h"
 #include "markers/xml/output_encoding.h"
+#include "markers/xml/path_query.h"
 #include "markers/xml/query.h"
 #include "markers/xml/writer.h"
 #include "platform/files.h"
@@ -223,15 +225,18 @@ Node Document::createQuotedXml(std::string_view before, Node element, std::strin
     return store_->Handle(store_->AddQuoted(before, record.begin, store_->ElementEnd(record), after));
 }
 
+Node Document::createElementFrom(std::string_view xml) {
+    return {store_.get(), LoadElement(*store_, xml)};
+}
+
 Node Document::createAttribute(std::string_view name) {
-    const std::string terminated(name);
-    if (xmlValidateQName(Chars(terminated), 0) != 0) {
+    if (!IsPlainName(name) && xmlValidateQName(Chars(std::string(name)), 0) != 0) {
         return {};
     }
     const NodeIndex index = store_->Add(NODE_ATTRIBUTE);
     NodeRecord& record = store_->At(index);
     record.Set(kCreated | kOwnContent);
-    record.SetNameString(store_->strings.Intern(terminated));
+    record.SetNameString(store_->strings.Intern(name));
     return {store_.get(), index};
 }
 
@@ -257,23 +262,29 @@ bool Document::save(std::string_view path) {
 }
 
 std::optional<NodeList> Document::selectNodes(std::string_view query) {
-    const SourceText* source = store_->SourceOfDocument(index_);
-    if (source == nullptr || store_->FirstChild(index_) == 0) {
+    if (store_->SourceOfDocument(index_) == nullptr || store_->FirstChild(index_) == 0) {
         return std::nullopt;
     }
+    const auto steps = store_->HasOnlyPlainSources() ? ParsePath(query) : std::nullopt;
+    const std::optional<std::vector<NodeIndex>> found =
+        steps ? SelectByPath(*store_, index_, *steps) : Evaluate(query);
+    if (!found) {
+        return std::nullopt;
+    }
+    std::vector<Node> nodes;
+    nodes.reserve(found->size());
+    std::ranges::transform(*found, std::back_inserter(nodes),
+                           [&](NodeIndex index) { return store_->Handle(index); });
+    return NodeList(std::move(nodes));
+}
+
+std::optional<std::vector<std::uint32_t>> Document::Evaluate(std::string_view query) {
     if (store_->queries == nullptr || store_->queriedDocument != index_ || !store_->queries->IsUsable()) {
         store_->queries.reset();
         store_->queries = std::make_shared<QueryTree>(*store_, index_);
         store_->queriedDocument = index_;
     }
-    const auto found = store_->queries->Select(std::string(query));
-    if (!found) {
-        return std::nullopt;
-    }
-    std::vector<Node> nodes;
-    std::ranges::transform(*found, std::back_inserter(nodes),
-                           [&](NodeIndex index) { return store_->Handle(index); });
-    return NodeList(std::move(nodes));
+    return store_->queries->Select(std::string(query));
 }
 
 std::unique_ptr<Document> CreateDocument() {

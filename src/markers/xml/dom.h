@@ -218,6 +218,10 @@ class Document {
     /// document does not hold the element in the form that get_xml returns.
     Node createQuotedXml(std::string_view before, Node element, std::string_view after);
 
+    /// The element that a piece of XML consists of, not yet in the tree. Null if the piece is not certainly
+    /// well-formed, or has declarations; a scratch document can still parse it then.
+    Node createElementFrom(std::string_view xml);
+
     /// A new attribute without a value, not yet on an element; null if `name` is not an XML name.
     Node createAttribute(std::string_view name);
 
@@ -237,6 +241,7 @@ class Document {
     explicit Document(std::shared_ptr<DocumentStore> store);
 
     bool Parse(std::string_view path, platform::Bytes bytes, bool isFile);
+    std::optional<std::vector<std::uint32_t>> Evaluate(std::string_view query);
 
     std::shared_ptr<DocumentStore> store_;
     std::uint32_t index_ = 0;  ///< The document node.

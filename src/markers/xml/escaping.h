@@ -62,6 +62,37 @@ inline constexpr std::array<std::pair<char, std::string_view>, 5> kMarkupCharact
 }};
 inline constexpr EscapeTable kMarkupEscapes = MakeEscapeTable(kMarkupCharacters);
 
+struct NamedCharacter {
+    char character;
+    std::size_t length;  ///< Of the entity, from its "&" to past its ";"; 0 if there is none.
+};
+
+/// The predefined entity of this number at the start of the text.
+template <std::size_t Index>
+NamedCharacter EntityAt(std::string_view text) {
+    constexpr std::string_view kEntity = kMarkupCharacters[Index].second;
+    return {kMarkupCharacters[Index].first, text.starts_with(kEntity) ? kEntity.size() : 0};
+}
+
+/// The predefined entity at the start of the text.
+inline NamedCharacter NamedCharacterAt(std::string_view text) {
+    if (text.size() < sizeof "&lt;" - 1 || text[0] != '&') {
+        return {'&', 0};
+    }
+    switch (text[1]) {
+        case 'a':
+            return text[2] == 'm' ? EntityAt<0>(text) : EntityAt<4>(text);
+        case 'l':
+            return EntityAt<1>(text);
+        case 'g':
+            return EntityAt<2>(text);
+        case 'q':
+            return EntityAt<3>(text);
+        default:
+            return {'&', 0};
+    }
+}
+
 void AppendEscaped(std::string& out, std::string_view text, const EscapeTable& table);
 
 }  // namespace ventrix::xml

@@ -101,4 +101,22 @@ std::string LoadSource(DocumentStore& store, NodeIndex document, platform::Bytes
     return ReadSource(store, *source, settings);
 }
 
+NodeIndex LoadElement(DocumentStore& store, std::string_view xml) {
+    SourceText piece;
+    if (RootBegin(xml) != 0 || !store.AddPiece(xml, piece)) {
+        return 0;
+    }
+    const BuildResult built = BuildTree(store, piece);
+    const NodeIndex element = store.FirstChild(piece.document);
+    store.RemoveRoot(piece.document);
+    const bool isPlain =
+        built == BuildResult::kWellFormed && !piece.hasNamespaces &&
+        std::ranges::all_of(piece.text.substr(piece.rootEnd - piece.base), IsWhitespace);
+    if (!isPlain) {
+        store.TakeBackPiece(piece);
+        return 0;
+    }
+    return element;
+}
+
 }  // namespace ventrix::xml

@@ -1,11 +1,13 @@
 #include "markers/xml/query.h"
 
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 #include <libxml/valid.h>
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
 #include <algorithm>
+#include <array>
 
 #include "markers/xml/attributes.h"
 #include "markers/xml/characters.h"
@@ -57,27 +59,70 @@ bool UsesXmlPrefix(std::string_view query) {
 /// other way, so that a changed text or attribute value can be carried over without copying the tree again.
 ///
 /// The copy is made node by node instead of by parsing the saved document: adjacent text nodes stay apart,
-/// and undeclared prefixes do no harm. Names are kept in libxml2's dictionary, once each. While the copy is
-/// made, `scope` holds the namespace declarations in force, as a stack: `scopeMarks` has its height before
-/// each open element.
+/// and undeclared prefixes do no harm. Allocating each node would take longer than a query. So the copy of a
+/// node, and of an attribute, has the place of its index in one block of memory, and strings are in an arena;
+/// libxml2 must neither free nor replace them. It owns only the names, in its dictionary, once each, the
+/// namespace declarations and the content of entities.
+///
+/// While the copy is made, `scope` holds the namespace declarations in force, as a stack: `scopeMarks` has its
+/// height before each open element.
 struct QueryTree::Copy {
-    explicit Copy(DocumentStore& treeStore) : store(treeStore), shape(treeStore.shape) {
+    union Place {
+        xmlNode node;
+        xmlAttr attribute;
+    };
+    struct Release {
+        void operator()(Place* memory) const { platform::ReleaseMemory(memory); }
+    };
+
+    explicit Copy(DocumentStore& treeStore)
+        : store(treeStore),
+          shape(treeStore.shape),
+          places(TakePlaces(treeStore)),
+          isCopied(treeStore.NodeCount()) {
         document->dict = xmlDictCreate();
+    }
+    Copy(const Copy&) = delete;
+    Copy& operator=(const Copy&) = delete;
+    ~Copy() {
+        document->children = document->last = nullptr;
+        for (const xmlNode* element : declaringElements) {
+            xmlFreeNsList(element->nsDef);
+        }
+        for (xmlNode* content : entityContent) {
+            xmlFreeNode(content);
+        }
+    }
+
+    /// All attributes become nodes first, so that their indices are known.
+    static Place* TakePlaces(DocumentStore& store) {
+        const auto elementsEnd = static_cast<NodeIndex>(store.NodeCount());
+        for (NodeIndex index = 1; index < elementsEnd; ++index) {
+            store.ReadAttributes(index);
+        }
+        return static_cast<Place*>(platform::TakeMemory(store.NodeCount() * sizeof(Place)));
     }
 
     DocumentStore& store;
     std::uint64_t shape;
     XmlDocument document{xmlNewDoc(Chars("1.0"))};
-    std::vector<xmlNode*> copies;  ///< Of text nodes and attributes, by index of the original; else null.
+    std::unique_ptr<Place[], Release> places;  ///< By index of the original.
+    std::vector<bool> isCopied;                ///< The places that are in use.
+    StringArena strings;
+    std::string buffer;
+    std::vector<xmlNode*> declaringElements;
+    std::vector<xmlNode*> entityContent;
+    std::array<std::pair<std::string_view, const xmlChar*>, 16> recentNames{};
+    std::size_t recentCount = 0;  ///< Counts on; the remainder is the place of the next one.
 
     /// Prefix and namespace, innermost last; null for xmlns="".
     std::vector<std::pair<std::string, xmlNs*>> scope;
     std::vector<std::size_t> scopeMarks;
 
-    std::string Content(NodeIndex index) {
-        std::string buffer;
-        return std::string(store.ContentOf(index, buffer));
-    }
+    /// A string in the form of libxml2, which ends at a NUL.
+    xmlChar* Keep(std::string_view text) { return reinterpret_cast<xmlChar*>(strings.AddTerminated(text)); }
+
+    xmlChar* Content(NodeIndex index) { return Keep(store.ContentOf(index, buffer)); }
 
     /// The namespace of a prefix; null for none.
     xmlNs* Find(std::string_view prefix) const {
@@ -92,14 +137,32 @@ struct QueryTree::Copy {
         return nullptr;
     }
 
-    void Mark(xmlNode* node, NodeIndex index) {
+    static void Mark(xmlNode* node, NodeIndex index) {
         node->_private = reinterpret_cast<void*>(std::uintptr_t{index});
     }
 
-    xmlNode* CopyText(NodeIndex index) {
-        xmlNode* text = xmlNewDocText(document.get(), Chars(Content(index)));
-        NoteCopy(index, text);
-        return text;
+    void Fill(xmlNode* node, xmlElementType type, const xmlChar* name, xmlChar* content) {
+        *node = {};
+        node->type = type;
+        node->name = name;
+        node->content = content;
+        node->doc = document.get();
+    }
+
+    xmlNode* MakeNode(NodeIndex index, xmlElementType type, const xmlChar* name, xmlChar* content) {
+        xmlNode* const node = &places[index].node;
+        isCopied[index] = true;
+        Fill(node, type, name, content);
+        Mark(node, index);
+        return node;
+    }
+
+    /// A text node without an original.
+    xmlNode* MakeText(xmlChar* content) {
+        static_assert(alignof(xmlNode) <= alignof(void*));
+        auto* const node = reinterpret_cast<xmlNode*>(strings.TakeAligned(sizeof(xmlNode)));
+        Fill(node, XML_TEXT_NODE, xmlStringText, content);
+        return node;
     }
 
     /// An entity counts with its content, whose nodes have no counterpart in the store. `parent` is the copy
@@ -109,11 +172,12 @@ struct QueryTree::Copy {
                                              store.SourceOf(reference.begin).dtd.get());
         xmlNode* content = xml.find('<') == std::string::npos ? nullptr : ParseContent(xml, parent);
         if (content == nullptr) {
-            Link(parent, xmlNewDocText(document.get(), Chars(WithoutTags(xml))));
+            Link(parent, MakeText(Keep(WithoutTags(xml))));
         }
         while (content != nullptr) {
             xmlNode* next = content->next;
             content->next = nullptr;
+            entityContent.push_back(content);
             Link(parent, content);
             content = next;
         }
@@ -129,16 +193,17 @@ struct QueryTree::Copy {
         return content;
     }
 
-    void NoteCopy(NodeIndex index, xmlNode* node) {
-        if (copies.size() <= index) {
-            copies.resize(std::max<std::size_t>(index + 1U, 2 * copies.size()));
-        }
-        copies[index] = node;
-    }
-
     const xmlChar* Name(std::string_view name) {
-        return xmlDictLookup(document->dict, reinterpret_cast<const xmlChar*>(name.data()),
-                             static_cast<int>(name.size()));
+        const auto known = std::ranges::find(
+            recentNames, name, &std::pair<std::string_view, const xmlChar*>::first);
+        if (known != recentNames.end()) {
+            return known->second;
+        }
+        const xmlChar* const added =
+            xmlDictLookup(document->dict, reinterpret_cast<const xmlChar*>(name.data()),
+                          static_cast<int>(name.size()));
+        recentNames[recentCount++ % recentNames.size()] = {View(added), added};
+        return added;
     }
 
     void DeclareNamespaces(NodeIndex element, xmlNode* node) {
@@ -147,45 +212,67 @@ struct QueryTree::Copy {
             if (prefix.data() == nullptr) {
                 continue;
             }
-            const std::string uri = Content(index);
+            const xmlChar* const uri = Content(index);
             const std::string terminated(prefix);
             const xmlChar* declaredPrefix = prefix.empty() ? nullptr : Chars(terminated);
-            xmlNs* declared = uri.empty() ? nullptr : xmlNewNs(node, Chars(uri), declaredPrefix);
+            xmlNs* declared = *uri == 0 ? nullptr : xmlNewNs(node, uri, declaredPrefix);
             scope.emplace_back(prefix, declared);
+        }
+        if (node->nsDef != nullptr) {
+            declaringElements.push_back(node);
         }
     }
 
     void CopyAttributes(NodeIndex element, xmlNode* node) {
+        xmlAttr* last = nullptr;
         for (NodeIndex index = store.FirstAttribute(element); index != 0; index = store.At(index).next) {
-            const std::string_view name = store.NameOf(index);
-            if (DeclaredPrefix(name).data() != nullptr) {
+            if (DeclaredPrefix(store.NameOf(index)).data() != nullptr) {
                 continue;
             }
-            xmlNs* space = PrefixOf(name).empty() ? nullptr : Find(PrefixOf(name));
-            const std::string_view local = space == nullptr ? name : name.substr(PrefixOf(name).size() + 1);
-            xmlAttr* attribute =
-                xmlNewNsPropEatName(node, space, const_cast<xmlChar*>(Name(local)), Chars(Content(index)));
-            Mark(reinterpret_cast<xmlNode*>(attribute), index);
-            if (DeclaredType(store, index) == XML_ATTRIBUTE_ID) {
-                xmlAddID(nullptr, document.get(), Chars(Content(index)), attribute);
-            }
-            NoteCopy(index, reinterpret_cast<xmlNode*>(attribute));
+            xmlAttr* const attribute = CopyAttribute(index, node);
+            attribute->prev = last;
+            (last == nullptr ? node->properties : last->next) = attribute;
+            last = attribute;
         }
+    }
+
+    xmlAttr* CopyAttribute(NodeIndex index, xmlNode* element) {
+        const std::string_view name = store.NameOf(index);
+        xmlAttr* const attribute = &places[index].attribute;
+        isCopied[index] = true;
+        *attribute = {};
+        attribute->type = XML_ATTRIBUTE_NODE;
+        attribute->parent = element;
+        attribute->doc = document.get();
+        attribute->ns = PrefixOf(name).empty() ? nullptr : Find(PrefixOf(name));
+        attribute->name = Name(attribute->ns == nullptr ? name : name.substr(PrefixOf(name).size() + 1));
+        Mark(reinterpret_cast<xmlNode*>(attribute), index);
+        SetValue(attribute, index);
+        if (DeclaredType(store, index) == XML_ATTRIBUTE_ID ||
+            xmlIsID(document.get(), element, attribute) == 1) {
+            xmlAddID(nullptr, document.get(), attribute->children->content, attribute);
+        }
+        return attribute;
+    }
+
+    /// The value is a text node, which needs no escapes.
+    void SetValue(xmlAttr* attribute, NodeIndex index) {
+        xmlNode* const value = MakeText(Content(index));
+        value->parent = reinterpret_cast<xmlNode*>(attribute);
+        attribute->children = attribute->last = value;
     }
 
     /// The name comes last: only the element's own declarations define the namespace of its prefix. An
     /// undeclared prefix stays part of the name.
     xmlNode* CopyElement(NodeIndex index) {
-        store.ReadAttributes(index);
-        xmlNode* node =
-            xmlNewDocNodeEatName(document.get(), nullptr, const_cast<xmlChar*>(Name("x")), nullptr);
+        xmlNode* node = MakeNode(index, XML_ELEMENT_NODE, nullptr, nullptr);
         scopeMarks.push_back(scope.size());
         DeclareNamespaces(index, node);
         const std::string_view name = store.NameOf(index);
         xmlNs* space = Find(PrefixOf(name));
         const bool literal = space == nullptr || PrefixOf(name).empty();
         node->name = Name(literal ? name : name.substr(PrefixOf(name).size() + 1));
-        xmlSetNs(node, space);
+        node->ns = space;
         CopyAttributes(index, node);
         return node;
     }
@@ -197,17 +284,17 @@ struct QueryTree::Copy {
                 return CopyElement(index);
             case NODE_TEXT:
             case NODE_CDATA_SECTION:
-                return CopyText(index);
+                return MakeNode(index, XML_TEXT_NODE, xmlStringText, Content(index));
             case NODE_COMMENT:
-                return xmlNewDocComment(document.get(),
-                                        Chars(std::string(store.Slice(record.begin + 4, record.End() - 3))));
+                return MakeNode(index, XML_COMMENT_NODE, xmlStringComment,
+                                Keep(store.Slice(record.begin + 4, record.End() - 3)));
             case NODE_PROCESSING_INSTRUCTION: {
                 const std::string_view body = store.Slice(record.begin + 2, record.End() - 2);
                 const std::size_t targetEnd = std::min(body.find_first_of(" \t\r\n"), body.size());
                 const std::size_t content =
                     std::min(body.find_first_not_of(" \t\r\n", targetEnd), body.size());
-                return xmlNewDocPI(document.get(), Chars(std::string(body.substr(0, targetEnd))),
-                                   Chars(std::string(body.substr(content))));
+                return MakeNode(index, XML_PI_NODE, Name(body.substr(0, targetEnd)),
+                                Keep(body.substr(content)));
             }
             default:
                 return nullptr;
@@ -223,7 +310,6 @@ struct QueryTree::Copy {
                 AddEntityContent(store.At(index), parent);
             } else {
                 Link(parent, CopyNode(index));
-                Mark(parent->last, index);
             }
             if (store.At(index).Type() == NODE_ELEMENT) {
                 if (store.FirstChild(index) != 0) {
@@ -258,31 +344,28 @@ struct QueryTree::Copy {
         parent->last = node;
     }
 
-    void UpdateAttribute(xmlNode* copy, const std::string& value) {
-        auto* attribute = reinterpret_cast<xmlAttr*>(copy);
+    void UpdateAttribute(xmlAttr* attribute, NodeIndex index) {
         const bool isId = attribute->atype == XML_ATTRIBUTE_ID;
         if (isId) {
             xmlRemoveID(document.get(), attribute);
         }
-        // Removes the old value; the new one is added as a text node, which needs no escapes.
-        xmlNodeSetContent(copy, nullptr);
-        Link(copy, xmlNewDocText(document.get(), Chars(value)));
+        SetValue(attribute, index);
         if (isId) {
-            xmlAddID(nullptr, document.get(), Chars(value), attribute);
+            xmlAddID(nullptr, document.get(), attribute->children->content, attribute);
         }
     }
 
     /// Carries over the changes of content since the last query.
     void Update() {
         for (const NodeIndex index : store.changedNodes) {
-            xmlNode* copy = index < copies.size() ? copies[index] : nullptr;
-            if (copy == nullptr) {
+            if (index >= isCopied.size() || !isCopied[index]) {
                 continue;
             }
-            if (copy->type == XML_ATTRIBUTE_NODE) {
-                UpdateAttribute(copy, Content(index));
+            Place& place = places[index];
+            if (place.node.type == XML_ATTRIBUTE_NODE) {
+                UpdateAttribute(&place.attribute, index);
             } else {
-                xmlNodeSetContent(copy, Chars(Content(index)));
+                place.node.content = Content(index);
             }
         }
         store.changedNodes.clear();
@@ -290,7 +373,7 @@ struct QueryTree::Copy {
 };
 
 QueryTree::QueryTree(DocumentStore& store, NodeIndex document) : copy_(std::make_unique<Copy>(store)) {
-    copy_->Mark(reinterpret_cast<xmlNode*>(copy_->document.get()), document);
+    Copy::Mark(reinterpret_cast<xmlNode*>(copy_->document.get()), document);
     copy_->CopyTree(store.FirstChild(document));
     xmlXPathOrderDocElems(copy_->document.get());
     store.changedNodes.clear();

@@ -46,17 +46,6 @@ std::optional<std::uint32_t> CharacterCode(std::string_view name) {
     return code;
 }
 
-std::optional<char> Predefined(std::string_view name) {
-    constexpr std::pair<std::string_view, char> kEntities[] = {
-        {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
-    for (const auto& [entity, character] : kEntities) {
-        if (name == entity) {
-            return character;
-        }
-    }
-    return std::nullopt;
-}
-
 bool IsCharacter(std::uint32_t code) {
     std::string utf8;
     AppendUtf8(utf8, code);
@@ -91,25 +80,31 @@ std::string_view Replacement(std::string_view name, xmlDoc* dtd) {
     return internal ? View(entity->content) : std::string_view();
 }
 
-/// Appends the character of a character reference or predefined entity; false for another name.
-bool AppendReferred(std::string& out, std::string_view name) {
+/// Appends the character that the reference at the "&" stands for, if it is a character reference or a
+/// predefined entity. The length of the reference; 0 for another one.
+std::size_t AppendReferred(std::string& out, std::string_view raw, std::size_t at) {
+    if (const NamedCharacter named = NamedCharacterAt(raw.substr(at)); named.length != 0) {
+        out += named.character;
+        return named.length;
+    }
+    const std::string_view name = NameAt(raw, at);
     if (const auto code = CharacterCode(name)) {
         AppendUtf8(out, *code);
-        return true;
+        return name.size() + 2;
     }
-    if (const auto character = Predefined(name)) {
-        out += *character;
-        return true;
-    }
-    return false;
+    return 0;
 }
 
 void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth) {
     for (std::size_t at = 0; at < raw.size() && out.size() < kExpansionLimit; ++at) {
         const char c = raw[at];
         if (c == '&') {
+            if (const std::size_t length = AppendReferred(out, raw, at); length != 0) {
+                at += length - 1;
+                continue;
+            }
             const std::string_view name = NameAt(raw, at);
-            if (!AppendReferred(out, name) && depth < kDeepestEntity) {
+            if (depth < kDeepestEntity) {
                 AppendValue(out, Replacement(name, dtd), dtd, depth + 1);
             }
             at += name.size() + 1;
@@ -124,7 +119,7 @@ void AppendValue(std::string& out, std::string_view raw, xmlDoc* dtd, int depth)
 void AppendExpanded(std::string& out, std::string_view content, xmlDoc* dtd, int depth) {
     for (std::size_t at = 0; at < content.size() && out.size() < kExpansionLimit; ++at) {
         const std::string_view name = content[at] == '&' ? NameAt(content, at) : std::string_view();
-        if (name.empty() || name[0] == '#' || Predefined(name)) {
+        if (name.empty() || name[0] == '#' || NamedCharacterAt(content.substr(at)).length != 0) {
             out += content[at];
         } else {
             if (depth < kDeepestEntity) {
@@ -159,28 +154,34 @@ constexpr EscapeTable ValueEscapes(Escapes quote) {
 constexpr EscapeTable kValueEscapes = ValueEscapes({'"', "&quot;"});
 constexpr EscapeTable kValueEscapesInApostrophes = ValueEscapes({'\'', "&#39;"});
 
-/// The text with U+FFFD in place of what XML does not allow.
-std::string Repaired(std::string_view text) {
-    std::string repaired;
-    while (!text.empty()) {
-        const std::size_t length = CharacterLength(text.substr(0, 4));
-        repaired.append(length == 0 ? std::string_view(kReplacementCharacter) : text.substr(0, length));
-        text.remove_prefix(std::max<std::size_t>(length, 1));
+/// Copies the runs of bytes that stay as they are, and escapes what is between them. `skip` returns the next
+/// position that may need an escape.
+template <typename Skip>
+void AppendXml(std::string& xml, std::string_view text, const EscapeTable& table, Skip skip) {
+    std::size_t run = 0;
+    for (std::size_t at = skip(0); at < text.size(); at = skip(at)) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        const Escape& escape = table[byte];
+        const bool isPlain = byte >= ' ' && byte <= '~';
+        const std::size_t length = isPlain ? 1 : CharacterLength(text.substr(at, 4));
+        if (length > 1 || (length == 1 && escape.length == 1)) {
+            at += length;
+            continue;
+        }
+        xml.append(text, run, at - run);
+        xml += length == 0 ? std::string_view(kReplacementCharacter)
+                           : std::string_view(escape.text.data(), escape.length);
+        run = ++at;
     }
-    return repaired;
-}
-
-void AppendXml(std::string& xml, std::string_view text, const EscapeTable& table) {
-    if (HoldsOnlyCharacters(text)) {
-        AppendEscaped(xml, text, table);
-    } else {
-        AppendEscaped(xml, Repaired(text), table);
-    }
+    xml.append(text, run);
 }
 
 }  // namespace
 
 Reference ReadReference(std::string_view text) {
+    if (const NamedCharacter named = NamedCharacterAt(text); named.length != 0) {
+        return {ReferenceKind::kCharacter, named.length};
+    }
     const auto end = static_cast<std::size_t>(
         std::ranges::find_if(text.substr(1), [](char c) { return c == ';' || c == '<' || c == '&'; }) -
         text.begin());
@@ -191,7 +192,7 @@ Reference ReadReference(std::string_view text) {
     if (name.starts_with('#')) {
         return {CharacterKind(name), end + 1};
     }
-    return {Predefined(name) ? ReferenceKind::kCharacter : ReferenceKind::kOther, end + 1};
+    return {ReferenceKind::kOther, end + 1};
 }
 
 void AppendDecodedText(std::string& out, std::string_view raw) {
@@ -206,9 +207,8 @@ void AppendDecodedText(std::string& out, std::string_view raw) {
         if (mark == raw.size()) {
             return;
         }
-        const std::string_view name = NameAt(raw, mark);
-        AppendReferred(out, name);
-        at = mark + name.size() + 2;
+        const std::size_t length = AppendReferred(out, raw, mark);
+        at = mark + (length != 0 ? length : NameAt(raw, mark).size() + 2);
     }
 }
 
@@ -246,11 +246,8 @@ std::string CollapseSpaces(std::string_view value) {
 }
 
 void AppendEscapedText(std::string& xml, std::string_view text, LineEnd lineEnd) {
-    if (IsPlain(text)) {
-        xml += text;
-    } else {
-        AppendXml(xml, text, lineEnd == LineEnd::kLineFeed ? kTextEscapes : kTextEscapesWithReturns);
-    }
+    AppendXml(xml, text, lineEnd == LineEnd::kLineFeed ? kTextEscapes : kTextEscapesWithReturns,
+              [&](std::size_t at) { return SkipAllBut(text, at, '&', '<', '>'); });
 }
 
 void AppendQuotedText(std::string& xml, std::string_view markup, LineEnd lineEnd) {
@@ -258,7 +255,8 @@ void AppendQuotedText(std::string& xml, std::string_view markup, LineEnd lineEnd
 }
 
 void AppendEscapedValue(std::string& xml, std::string_view value, char quote) {
-    AppendXml(xml, value, quote == '"' ? kValueEscapes : kValueEscapesInApostrophes);
+    AppendXml(xml, value, quote == '"' ? kValueEscapes : kValueEscapesInApostrophes,
+              [&](std::size_t at) { return SkipAllBut(value, at, '&', '<', '>', quote); });
 }
 
 std::string ExpandEntity(std::string_view name, xmlDoc* dtd) {

@@ -91,6 +91,25 @@ bool ConvertAll(Convert* convert, const std::string& encoding, std::string_view 
     return true;
 }
 
+/// True for the converters of ICU, which drop the bytes that are not valid in the encoding and report
+/// nothing.
+bool DropsInvalidBytes(const xmlCharEncodingHandler& handler) {
+#ifdef LIBXML_ICONV_ENABLED
+    return handler.input == nullptr && handler.iconv_in == nullptr;
+#else
+    return handler.input == nullptr;
+#endif
+}
+
+bool Decode(const std::string& encoding, std::string_view bytes, platform::Bytes& text) {
+    if (!ConvertAll(&xmlCharEncInFunc, encoding, bytes, text)) {
+        return false;
+    }
+    std::string back;
+    return !DropsInvalidBytes(*FindHandler(encoding)) ||
+           (ConvertAll(&xmlCharEncOutFunc, encoding, {text.data(), text.size()}, back) && back == bytes);
+}
+
 }  // namespace
 
 DecodedSource DecodeSource(platform::Bytes bytes) {
@@ -99,9 +118,10 @@ DecodedSource DecodeSource(platform::Bytes bytes) {
     source.encoding = EncodingOf(text);
     if (source.encoding.empty()) {
         source.text = std::move(bytes);
-    } else if (!FindHandler(source.encoding)) {
+    } else if (!FindHandler(source.encoding) || !CanEncode("<>", source.encoding)) {
+        // UTF-7 writes markup with an escape that its converter does not end.
         source.problem = "Unsupported encoding " + source.encoding;
-    } else if (!ConvertAll(&xmlCharEncInFunc, source.encoding, text, source.text)) {
+    } else if (!Decode(source.encoding, text, source.text)) {
         source.problem = "The bytes are not valid in the encoding " + source.encoding;
     }
     return source;

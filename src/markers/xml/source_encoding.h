@@ -20,8 +20,8 @@ DecodedSource DecodeSource(platform::Bytes bytes);
 /// True if the named encoding has all characters of the text, which is UTF-8.
 bool CanEncode(std::string_view text, const std::string& encoding);
 
-/// Converts UTF-8 to the named encoding; characters that it lacks become character references. False if the
-/// encoding is unknown or the conversion fails.
+/// Converts UTF-8 to the named encoding, which must have all characters of the text. False if the encoding is
+/// unknown or the conversion fails.
 bool EncodeSource(const std::string& text, const std::string& encoding, std::string& bytes);
 
 }  // namespace ventrix::xml

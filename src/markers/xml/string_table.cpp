@@ -13,18 +13,37 @@ void StringArena::Expect(std::size_t size) {
     nextBlock_ = std::clamp(size, nextBlock_, kLargestBlock);
 }
 
-std::string_view StringArena::Add(std::string_view text) {
-    if (text.size() > left_) {
-        left_ = std::max(text.size(), nextBlock_);
+char* StringArena::Take(std::size_t size) {
+    if (size > left_) {
+        left_ = std::max(size, nextBlock_);
         nextBlock_ = std::min(2 * nextBlock_, kLargestBlock);
         blocks_.emplace_back(static_cast<char*>(platform::TakeMemory(left_)));
         free_ = blocks_.back().get();
     }
     char* const place = free_;
+    free_ += size;
+    left_ -= size;
+    return place;
+}
+
+std::string_view StringArena::Add(std::string_view text) {
+    char* const place = Take(text.size());
     std::ranges::copy(text, place);
-    free_ += text.size();
-    left_ -= text.size();
     return {place, text.size()};
+}
+
+char* StringArena::AddTerminated(std::string_view text) {
+    char* const place = Take(text.size() + 1);
+    std::ranges::copy(text, place);
+    place[text.size()] = '\0';
+    return place;
+}
+
+void* StringArena::TakeAligned(std::size_t size) {
+    constexpr std::size_t kSpare = alignof(void*) - 1;
+    void* place = Take(size + kSpare);
+    std::size_t room = size + kSpare;
+    return std::align(alignof(void*), size, place, room);
 }
 
 StringIndex StringTable::Add(std::string_view text) {

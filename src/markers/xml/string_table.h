@@ -32,7 +32,15 @@ class StringArena {
 
     std::string_view Add(std::string_view text);
 
+    /// Adds the text and a NUL after it.
+    char* AddTerminated(std::string_view text);
+
+    /// Memory for a structure, aligned as a pointer is.
+    void* TakeAligned(std::size_t size);
+
   private:
+    char* Take(std::size_t size);
+
     static constexpr std::size_t kFirstBlock = std::size_t{16} * 1024;
 
     struct Release {

@@ -17,17 +17,6 @@ bool EndsName(char c) {
     return IsWhitespace(c) || c == '>' || c == '/' || c == '=';
 }
 
-/// True for a name of ASCII with at most one colon, which has a name on either side.
-bool IsPlainName(std::string_view name) {
-    const std::size_t colon = name.find(':');
-    const auto isLocal = [](std::string_view part) {
-        return !part.empty() && (ClassOf(part[0]) & kNameStart) != 0 && part.find(':') == kNotFound;
-    };
-    const bool parts = colon == kNotFound ? isLocal(name)
-                                          : isLocal(name.substr(0, colon)) && isLocal(name.substr(colon + 1));
-    return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & kNameByte) != 0; });
-}
-
 /// The attribute names of one start tag, to find duplicates. A tag with more than fit is left to the parser.
 class TagNames {
   public:
@@ -48,14 +37,16 @@ class TagNames {
     std::size_t count_ = 0;
 };
 
-/// An estimate with some reserve: two nodes for each tag in the first part of the text, extrapolated to all
-/// of it. Bounded, since the rest may have fewer tags.
+/// An estimate with room for the nodes that a pass adds: five for each tag in the first part of the text,
+/// extrapolated to all of it. Memory that is not used costs nothing, while growing the table copies it. Bounded,
+/// since the rest may have fewer tags.
 std::size_t ExpectedNodes(std::string_view text) {
     constexpr std::size_t kSampleSize = std::size_t{64} * 1024;
+    constexpr std::size_t kNodesPerTag = 5;
     const std::string_view sample = text.substr(0, kSampleSize);
     const auto tags = static_cast<std::size_t>(std::ranges::count(sample, '<'));
-    const std::size_t expected = 2 * tags * text.size() / std::max<std::size_t>(sample.size(), 1);
-    return std::min(expected + expected / 4, text.size() / 4) + 2;
+    const std::size_t expected = kNodesPerTag * tags * text.size() / std::max<std::size_t>(sample.size(), 1);
+    return std::min(expected, text.size() / 2) + 2;
 }
 
 /// One pass over the text, with a position `at_` and the open element `parent_`. Each turn of the loop in

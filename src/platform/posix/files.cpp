@@ -76,12 +76,6 @@ int ReadAll(int descriptor, std::size_t expectedSize, Bytes& bytes) {
     }
 }
 
-bool IsSameFile(const struct stat& source, const std::string& native) {
-    struct stat other = {};
-    return ::stat(native.c_str(), &other) == 0 && other.st_dev == source.st_dev &&
-           other.st_ino == source.st_ino;
-}
-
 }  // namespace
 
 ErrorCode RemoveFile(std::string_view path) {
@@ -90,8 +84,9 @@ ErrorCode RemoveFile(std::string_view path) {
     if (::lstat(native.c_str(), &itself) != 0) {
         return ErrorFromErrno(errno, native);
     }
-    struct stat reached = {};
-    const bool leadsToFolder = ::stat(native.c_str(), &reached) == 0 && S_ISDIR(reached.st_mode);
+    struct stat reached = itself;
+    const bool leadsSomewhere = !S_ISLNK(itself.st_mode) || ::stat(native.c_str(), &reached) == 0;
+    const bool leadsToFolder = leadsSomewhere && S_ISDIR(reached.st_mode);
     const bool readOnly = S_ISREG(itself.st_mode) && (itself.st_mode & S_IWUSR) == 0;
     if (readOnly || leadsToFolder) {
         return kErrorAccessDenied;
@@ -109,12 +104,11 @@ ErrorCode CopyFileOver(std::string_view source, std::string_view target) {
     if (error != kErrorNone) {
         return error;
     }
-    const std::string nativeTarget = ToNative(target);
-    if (IsSameFile(found, nativeTarget)) {
+    WriteTarget to;
+    error = FindWriteTarget(ToNative(target), to);
+    if (to.exists && to.device == found.st_dev && to.inode == found.st_ino) {
         return kErrorSharingViolation;
     }
-    WriteTarget to;
-    error = FindWriteTarget(nativeTarget, to);
     if (error != kErrorNone) {
         return error;
     }

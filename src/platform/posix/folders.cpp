@@ -120,13 +120,15 @@ std::vector<FolderEntry> ListFolder(std::string_view folder) {
 
 std::optional<std::uint32_t> AttributesOf(std::string_view path) {
     const std::string native = ToNative(path);
-    struct stat reached = {};
-    if (::stat(native.c_str(), &reached) != 0) {
+    struct stat found = {};
+    if (::lstat(native.c_str(), &found) != 0) {
         return std::nullopt;
     }
-    struct stat itself = {};
-    const bool link = ::lstat(native.c_str(), &itself) == 0 && S_ISLNK(itself.st_mode);
-    return BitsOfMode(reached.st_mode) | (link ? kAttributeLink : 0);
+    const bool isLink = S_ISLNK(found.st_mode);
+    if (isLink && ::stat(native.c_str(), &found) != 0) {
+        return std::nullopt;
+    }
+    return BitsOfMode(found.st_mode) | (isLink ? kAttributeLink : 0);
 }
 
 ErrorCode SetAttributes(std::string_view path, std::uint32_t attributes) {

@@ -54,20 +54,26 @@ Descriptor CreateBeside(const std::string& path, mode_t mode, std::string& creat
 
 ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target) {
     target = {};
+    target.path = nativePath;
     struct stat found = {};
-    if (::stat(nativePath.c_str(), &found) != 0) {
-        if (errno != ENOENT) {
-            return ErrorFromErrno(errno, nativePath);
-        }
-        target.path = nativePath;
-        return kErrorNone;
+    int result = ::lstat(nativePath.c_str(), &found);
+    const bool isLink = result == 0 && S_ISLNK(found.st_mode);
+    if (isLink) {
+        result = ::stat(nativePath.c_str(), &found);
     }
+    if (result != 0) {
+        return errno == ENOENT ? kErrorNone : ErrorFromErrno(errno, nativePath);
+    }
+    target.exists = true;
+    target.device = found.st_dev;
+    target.inode = found.st_ino;
+    target.mode = found.st_mode & 07777;
     if (!S_ISREG(found.st_mode) || (found.st_mode & S_IWUSR) == 0) {
         return kErrorAccessDenied;
     }
-    target.path = Resolved(nativePath);
-    target.exists = true;
-    target.mode = found.st_mode & 07777;
+    if (isLink) {
+        target.path = Resolved(nativePath);
+    }
     return kErrorNone;
 }
 

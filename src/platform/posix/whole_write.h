@@ -17,10 +17,13 @@ namespace ventrix::platform {
 struct WriteTarget {
     std::string path;  ///< The path with links resolved, if the file exists.
     bool exists = false;
+    dev_t device = 0;  ///< With `inode`, the identity of what exists there.
+    ino_t inode = 0;
     mode_t mode = 0;  ///< Permissions of the existing file.
 };
 
-/// Finds the target of a write. kErrorAccessDenied for a folder, a device and a read-only file.
+/// Finds the target of a write. kErrorAccessDenied for a folder, a device and a read-only file, whose identity
+/// is known all the same.
 ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target);
 
 /// Creates a new file in the folder of `path` (native) for writing, and reports its path. Its name does not
