@@ -152,22 +152,19 @@ void AddShape(const std::string& shape, const WorkFolder& folder, const std::str
         [](const std::string& copy) { LibxmlLoadAndSave(copy, copy); });
     Add("pugixml_encoded/" + shape, folder, encoded,
         [](const std::string& copy) { PugixmlLoadAndSave(copy, copy); });
-    Add("decode/" + shape, folder, encoded,
-        [](const std::string& copy) { Pass(copy, true, Attributes()); });
+    Add("decode/" + shape, folder, encoded, [](const std::string& copy) { Pass(copy, true, Attributes()); });
 }
 
 void AddXPaths(const std::string& shape, const WorkFolder& folder, const std::string& content) {
     const std::string file = folder.Put(shape + "-xpath.xml", content);
     Add("encode_xpath/" + shape, folder, file,
         [](const std::string& copy) { Pass(copy, false, AttributesAndXPaths()); });
-    Add("encode_queries/" + shape, folder, file,
-        [](const std::string& copy) {
-            Pass(copy, false, Queries({"//section[@id]", "//p[@audience='expert']"}));
-        });
-    // Not a simple path, so that it needs a copy of the tree.
-    Add("encode_function/" + shape, folder, file, [](const std::string& copy) {
-        Pass(copy, false, Queries({"//section[starts-with(@id, 's')]"}));
+    Add("encode_queries/" + shape, folder, file, [](const std::string& copy) {
+        Pass(copy, false, Queries({"//section[@id]", "//p[@audience='expert']"}));
     });
+    // Not a simple path, so that it needs a copy of the tree.
+    Add("encode_function/" + shape, folder, file,
+        [](const std::string& copy) { Pass(copy, false, Queries({"//section[starts-with(@id, 's')]"})); });
 }
 
 constexpr std::size_t kTopicElements = 240000;
@@ -193,10 +190,14 @@ std::vector<Ratio> Ratios() {
         {"encode: an XPath on every text node, over libxml2 load and save", "encode_xpath/topic",
          "libxml2/topic", 0.5},
         {"encode: two queries, over libxml2 load and save", "encode_queries/topic", "libxml2/topic", 1.2},
-        {"encode: a query with a function, over libxml2 load and save", "encode_function/topic",
-         "libxml2/topic", {}},
-        {"decode, over libxml2 load and save of the encoded file", "decode/topic", "libxml2_encoded/topic", 0.5},
-        {"decode, over pugixml load and save of the encoded file", "decode/topic", "pugixml_encoded/topic", 1.2},
+        {"encode: a query with a function, over libxml2 load and save",
+         "encode_function/topic",
+         "libxml2/topic",
+         {}},
+        {"decode, over libxml2 load and save of the encoded file", "decode/topic", "libxml2_encoded/topic",
+         0.5},
+        {"decode, over pugixml load and save of the encoded file", "decode/topic", "pugixml_encoded/topic",
+         1.2},
         {"load and save, over libxml2", "load_save/topic", "libxml2/topic", {}},
         {"load and save, over pugixml", "load_save/topic", "pugixml/topic", {}},
         {"small document: encode, over libxml2 load and save", "encode/small", "libxml2/small", 0.8},

@@ -62,10 +62,21 @@ void DitavalRules(std::string_view input) {
 }
 
 void DitaMap(std::string_view input) {
-    const auto checkWarning = [](const std::string& line) {
-        Check(line.find('\n') == std::string::npos, "a warning of several lines: " + line);
+    const desk::MessageSink checkLine = [](const std::string& line) {
+        Check(line.find('\n') == std::string::npos, "a message of several lines: " + line);
     };
-    desk::ReadNavigation(NativeFileWith("map", input), {}, checkWarning);
+    const desk::DitaRun run{
+        .document = NativeFileWith("map", input),
+        .filters = {},
+        .pages = {},
+        .log = checkLine,
+        .unread = checkLine,
+        .finding = [&checkLine](const desk::DitaFinding& finding) { checkLine(finding.text); },
+        .resources = {},
+        .parameters = {}};
+    const desk::Ditaval noRules;
+    desk::DitaLibrary library(noRules, checkLine);
+    desk::ReadNavigation(run.document, library, run);
 }
 
 }  // namespace ventrix::fuzz

@@ -10,7 +10,7 @@ namespace ventrix {
 namespace {
 
 constexpr char kDefaultTagsAttribute[] = "data-twtags";
-constexpr std::size_t kLongValue = 1000;  // Bytes; a shorter value is searched each time.
+constexpr std::size_t kLongValue = 1000;           // Bytes; a shorter value is searched each time.
 constexpr std::string_view kMarkerPrefix = "QL_";  // Every marker word begins with it.
 
 std::string_view TagsAttribute(const PublishParams& params) {

@@ -16,8 +16,8 @@ constexpr std::size_t kDistinct = 4;  ///< Where most marker words differ from e
 
 constexpr std::string_view kElementHead = "QL_ELEM_";  ///< Both element words begin with it.
 
-/// As text.find(word, from), for a marker word. Faster, since a "Q" is rare in a text, one further byte mostly
-/// tells whether it begins the word, and the word's length is known when this is compiled.
+/// As text.find(word, from), for a marker word. Faster, since a "Q" is rare in a text, one further byte
+/// mostly tells whether it begins the word, and the word's length is known when this is compiled.
 template <const std::string_view& Word>
 std::size_t FindWord(std::string_view text, std::size_t from = 0) {
     while (from + Word.size() <= text.size()) {
@@ -75,7 +75,8 @@ std::optional<ElementWord> NextElementWord(std::string_view text, std::size_t po
     return std::nullopt;
 }
 
-/// The length of the start of `rest` that completes a QL_START begun by the end of `text`; 0 if there is none.
+/// The length of the start of `rest` that completes a QL_START begun by the end of `text`; 0 if there is
+/// none.
 std::size_t CompletedStart(std::string_view text, std::string_view rest) {
     for (std::size_t begun = std::min(text.size(), QL_START.size() - 1); begun > 0; --begun) {
         if (text.ends_with(QL_START.substr(0, begun)) && rest.starts_with(QL_START.substr(begun))) {

@@ -42,8 +42,8 @@ void AppendEntry(std::string& group, std::string_view name, std::string_view val
 std::string TakeAttributeGroup(std::string& text);
 
 /// Reads the first attribute group, wherever it is in the text. Entries with a target are appended to
-/// `targetPairs`, the others to `tagPairs`, as views of the text. Reading ends at the first entry that lacks a
-/// word or has its words out of order.
+/// `targetPairs`, the others to `tagPairs`, as views of the text. Reading ends at the first entry that lacks
+/// a word or has its words out of order.
 void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, AttributePairs& targetPairs);
 
 /// Returns the text without its attribute groups. A QL_START without a QL_END after it stays. The view points

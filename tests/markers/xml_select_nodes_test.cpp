@@ -110,9 +110,27 @@ TEST_F(XmlSelectNodes, KnowsLanguagesIdsAndTheContentOfEntities) {
 // A query with a leading space is not a simple path, so that libxml2 evaluates it.
 TEST_F(XmlSelectNodes, SimplePathsSelectWhatLibxml2Selects) {
     const char* const queries[] = {
-        "/a",       "/a/b",           "//b",       "//b//c",       "//b/c",      "/a//c/b",     "//*",
-        "/*/*",     "//b/*/c",        "//b[@x]",   "//b[@x='1']",  "//*[@x]//c", "//c[@y=\"2\"]", "/a/b[@x]/b",
-        "//b[@lang]", "//a//a[@x='1']", "//b[@x='']", "/b",         "//nothing",  "//b//b//b",   "/a[@x]/*[@y]",
+        "/a",
+        "/a/b",
+        "//b",
+        "//b//c",
+        "//b/c",
+        "/a//c/b",
+        "//*",
+        "/*/*",
+        "//b/*/c",
+        "//b[@x]",
+        "//b[@x='1']",
+        "//*[@x]//c",
+        "//c[@y=\"2\"]",
+        "/a/b[@x]/b",
+        "//b[@lang]",
+        "//a//a[@x='1']",
+        "//b[@x='']",
+        "/b",
+        "//nothing",
+        "//b//b//b",
+        "/a[@x]/*[@y]",
     };
     std::minstd_rand random(7);
     for (int turn = 0; turn < 60; ++turn) {

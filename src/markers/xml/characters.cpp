@@ -29,10 +29,12 @@ std::size_t CharacterLength(std::string_view text) {
 bool IsPlainName(std::string_view name) {
     const std::size_t colon = name.find(':');
     const auto isLocal = [](std::string_view part) {
-        return !part.empty() && (ClassOf(part[0]) & kNameStart) != 0 && part.find(':') == std::string_view::npos;
+        return !part.empty() && (ClassOf(part[0]) & kNameStart) != 0 &&
+               part.find(':') == std::string_view::npos;
     };
-    const bool parts = colon == std::string_view::npos ? isLocal(name)
-                                          : isLocal(name.substr(0, colon)) && isLocal(name.substr(colon + 1));
+    const bool parts = colon == std::string_view::npos
+                           ? isLocal(name)
+                           : isLocal(name.substr(0, colon)) && isLocal(name.substr(colon + 1));
     return parts && std::ranges::all_of(name, [](char c) { return (ClassOf(c) & kNameByte) != 0; });
 }
 

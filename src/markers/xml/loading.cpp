@@ -109,9 +109,8 @@ NodeIndex LoadElement(DocumentStore& store, std::string_view xml) {
     const BuildResult built = BuildTree(store, piece);
     const NodeIndex element = store.FirstChild(piece.document);
     store.RemoveRoot(piece.document);
-    const bool isPlain =
-        built == BuildResult::kWellFormed && !piece.hasNamespaces &&
-        std::ranges::all_of(piece.text.substr(piece.rootEnd - piece.base), IsWhitespace);
+    const bool isPlain = built == BuildResult::kWellFormed && !piece.hasNamespaces &&
+                         std::ranges::all_of(piece.text.substr(piece.rootEnd - piece.base), IsWhitespace);
     if (!isPlain) {
         store.TakeBackPiece(piece);
         return 0;

@@ -19,8 +19,8 @@ struct LoadSettings {
 std::string LoadSource(DocumentStore& store, NodeIndex document, platform::Bytes bytes,
                        const LoadSettings& settings);
 
-/// The element that a piece of XML consists of, without a parent. 0 if the piece is not certainly well-formed,
-/// or has declarations.
+/// The element that a piece of XML consists of, without a parent. 0 if the piece is not certainly
+/// well-formed, or has declarations.
 NodeIndex LoadElement(DocumentStore& store, std::string_view xml);
 
 }  // namespace ventrix::xml

@@ -19,8 +19,8 @@ bool Consume(std::string_view& text, std::string_view prefix) {
 
 /// Removes a name without a colon from the front; empty if there is none.
 std::string_view ConsumeName(std::string_view& text) {
-    const auto end = std::ranges::find_if(
-        text, [](char c) { return (ClassOf(c) & kNameByte) == 0 || c == ':'; });
+    const auto end =
+        std::ranges::find_if(text, [](char c) { return (ClassOf(c) & kNameByte) == 0 || c == ':'; });
     const std::string_view name(text.begin(), end);
     if (!IsPlainName(name)) {
         return {};
@@ -98,8 +98,7 @@ class PathMatcher {
         StepSet here = 0;
         for (std::size_t i = 0; i < steps_.size(); ++i) {
             const StepSet before = steps_[i].atAnyDepth ? parent.above : parent.here;
-            const bool isReached =
-                i == 0 ? isRoot || steps_[0].atAnyDepth : (before >> (i - 1) & 1) != 0;
+            const bool isReached = i == 0 ? isRoot || steps_[0].atAnyDepth : (before >> (i - 1) & 1) != 0;
             if (isReached && Matches(element, steps_[i])) {
                 here |= StepSet{1} << i;
             }

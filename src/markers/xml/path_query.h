@@ -1,5 +1,5 @@
-// Queries that are simple location paths, like //section[@id]/p[@audience='expert']. They are matched on the tree
-// itself in one walk, while any other query needs a copy of the tree.
+// Queries that are simple location paths, like //section[@id]/p[@audience='expert']. They are matched on the
+// tree itself in one walk, while any other query needs a copy of the tree.
 #pragma once
 
 #include <optional>
@@ -11,9 +11,9 @@
 namespace ventrix::xml {
 
 struct PathStep {
-    bool atAnyDepth = false;  ///< After "//": below the element of the step before; else its child.
-    std::string_view name;    ///< "*" for any.
-    std::string_view attribute;             ///< That the element must have; empty for none.
+    bool atAnyDepth = false;     ///< After "//": below the element of the step before; else its child.
+    std::string_view name;       ///< "*" for any.
+    std::string_view attribute;  ///< That the element must have; empty for none.
     std::optional<std::string_view> value;  ///< Of the attribute; nothing for any.
 };
 

@@ -64,8 +64,8 @@ bool UsesXmlPrefix(std::string_view query) {
 /// libxml2 must neither free nor replace them. It owns only the names, in its dictionary, once each, the
 /// namespace declarations and the content of entities.
 ///
-/// While the copy is made, `scope` holds the namespace declarations in force, as a stack: `scopeMarks` has its
-/// height before each open element.
+/// While the copy is made, `scope` holds the namespace declarations in force, as a stack: `scopeMarks` has
+/// its height before each open element.
 struct QueryTree::Copy {
     union Place {
         xmlNode node;
@@ -194,14 +194,13 @@ struct QueryTree::Copy {
     }
 
     const xmlChar* Name(std::string_view name) {
-        const auto known = std::ranges::find(
-            recentNames, name, &std::pair<std::string_view, const xmlChar*>::first);
+        const auto known =
+            std::ranges::find(recentNames, name, &std::pair<std::string_view, const xmlChar*>::first);
         if (known != recentNames.end()) {
             return known->second;
         }
-        const xmlChar* const added =
-            xmlDictLookup(document->dict, reinterpret_cast<const xmlChar*>(name.data()),
-                          static_cast<int>(name.size()));
+        const xmlChar* const added = xmlDictLookup(
+            document->dict, reinterpret_cast<const xmlChar*>(name.data()), static_cast<int>(name.size()));
         recentNames[recentCount++ % recentNames.size()] = {View(added), added};
         return added;
     }

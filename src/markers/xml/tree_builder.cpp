@@ -38,8 +38,8 @@ class TagNames {
 };
 
 /// An estimate with room for the nodes that a pass adds: five for each tag in the first part of the text,
-/// extrapolated to all of it. Memory that is not used costs nothing, while growing the table copies it. Bounded,
-/// since the rest may have fewer tags.
+/// extrapolated to all of it. Memory that is not used costs nothing, while growing the table copies it.
+/// Bounded, since the rest may have fewer tags.
 std::size_t ExpectedNodes(std::string_view text) {
     constexpr std::size_t kSampleSize = std::size_t{64} * 1024;
     constexpr std::size_t kNodesPerTag = 5;

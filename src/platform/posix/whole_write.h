@@ -22,8 +22,8 @@ struct WriteTarget {
     mode_t mode = 0;  ///< Permissions of the existing file.
 };
 
-/// Finds the target of a write. kErrorAccessDenied for a folder, a device and a read-only file, whose identity
-/// is known all the same.
+/// Finds the target of a write. kErrorAccessDenied for a folder, a device and a read-only file, whose
+/// identity is known all the same.
 ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target);
 
 /// Creates a new file in the folder of `path` (native) for writing, and reports its path. Its name does not
