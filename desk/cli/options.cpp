@@ -71,10 +71,7 @@ void AddNames(CLI::App& command, const char* name, std::vector<std::string>& lis
     command.add_option(name, list, what)->type_name("NAME,...")->allow_extra_args(false);
 }
 
-void AddPublish(CLI::App& command, PublishOptions& publish) {
-    command.add_option("-o,--output", publish.output, "Folder for the result; replaces an earlier result")
-        ->required()
-        ->type_name("FOLDER");
+void AddTransformation(CLI::App& command, PublishOptions& publish) {
     auto* ditaOt =
         command.add_flag("--dita-ot", publish.ditaOt,
                          "Transform as DITA, with the toolkit that --toolkit names (default for DITA)");
@@ -120,6 +117,14 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
     command.add_option("--out-file", publish.outFile, "Output path of the transformation")->type_name("PATH");
+    command
+        .add_flag("--no-transform", publish.noTransform,
+                  "Do not transform the document; only package it and run the scripts")
+        ->excludes(ditaOt)
+        ->excludes(xslt);
+}
+
+void AddPreservation(CLI::App& command, PublishOptions& publish) {
     AddNames(command, "--attributes", publish.attributes, "Attributes to preserve");
     AddNames(command, "--elements", publish.elements, "Inline elements to preserve, with their markup");
     AddNames(command, "--scoped-attributes", publish.scopedAttributes,
@@ -152,11 +157,14 @@ void AddPublish(CLI::App& command, PublishOptions& publish) {
     command.add_flag(
         "--keep-markers", publish.keepMarkers,
         "Leave marker text in attribute values, comments, scripts and other files of the result");
-    command
-        .add_flag("--no-transform", publish.noTransform,
-                  "Do not transform the document; only package it and run the scripts")
-        ->excludes(ditaOt)
-        ->excludes(xslt);
+}
+
+void AddPublish(CLI::App& command, PublishOptions& publish) {
+    command.add_option("-o,--output", publish.output, "Folder for the result; replaces an earlier result")
+        ->required()
+        ->type_name("FOLDER");
+    AddTransformation(command, publish);
+    AddPreservation(command, publish);
     command.add_flag("--force", publish.force,
                      "Use an output folder that contains other files; they are kept");
 }

@@ -100,18 +100,15 @@ void AppendUnescaped(std::string& page, std::string_view text) {
 void AppendScript(std::string& page, const xmlNode* element) {
     const XmlString content(xmlNodeGetContent(element));
     std::string text(View(content.get()));
-    if (text.find_first_of("<&") == std::string::npos) {
-        page += text;
-    } else if (Attribute(element, "type").find("json") != std::string::npos) {
+    const bool needsEscapes = text.find_first_of("<&") != std::string::npos;
+    if (needsEscapes && Attribute(element, "type").find("json") != std::string::npos) {
         Replace(text, "<", "\\u003c");
         Replace(text, "&", "\\u0026");
-        page += text;
-    } else if (text.find("<![CDATA[") != std::string::npos) {
-        page += text;
-    } else {
+    } else if (needsEscapes && text.find("<![CDATA[") == std::string::npos) {
         Replace(text, "]]>", "]] >");
-        page.append("/*<![CDATA[*/").append(text).append("/*]]>*/");
+        text = "/*<![CDATA[*/" + text + "/*]]>*/";
     }
+    page += text;
 }
 
 std::string QualifiedName(const xmlNs* space, const xmlChar* name) {
