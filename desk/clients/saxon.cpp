@@ -1,10 +1,14 @@
 #include "desk/clients/saxon.h"
 
+#include <libxml/catalog.h>
+#include <libxml/entities.h>
+
 #include <filesystem>
 #include <fstream>
 
 #include "desk/toolkit/run_program.h"
 #include "desk/xml/lenient_load.h"
+#include "desk/xml/reference_path.h"
 #include "platform/temp_folder.h"
 
 namespace ventrix::desk {
@@ -47,7 +51,54 @@ bool WritesHtml(const NativePath& stylesheet) {
     return false;
 }
 
-std::vector<std::string> Arguments(const SaxonJob& job) {
+std::string Escaped(std::string_view text) {
+    const XmlString escaped(xmlEncodeSpecialChars(nullptr, Xml(std::string(text).c_str())));
+    return std::string(View(escaped.get()));
+}
+
+/// Where the DTD of a document is: through the catalogs, which include the user's, else beside the document.
+/// Empty if it is missing.
+NativePath DtdOf(const xmlDtd& declared, const NativePath& document) {
+    const XmlString found(xmlCatalogResolve(declared.ExternalID, declared.SystemID));
+    const std::string reference(View(found == nullptr ? declared.SystemID : found.get()));
+    const NativePath folder{FromFilesystem(ToFilesystem(document).parent_path()).utf8 + '/'};
+    const NativePath file = TargetOf(reference, folder).path;
+    std::error_code error;
+    return fs::is_regular_file(ToFilesystem(file), error) ? file : NativePath{};
+}
+
+/// The entry for the DTD of the document. One that is missing is replaced by an empty one, as libxslt does
+/// without it: a parser in Java would refuse the document.
+std::string DtdEntry(const NativePath& document) {
+    const LenientDocument loaded = LoadLeniently(document);
+    const xmlDtd* declared = loaded.document == nullptr ? nullptr : loaded.document->intSubset;
+    if (declared == nullptr || View(declared->SystemID).empty()) {
+        return {};
+    }
+    const NativePath file = DtdOf(*declared, document);
+    if (file.Empty()) {
+        const std::string_view id = View(declared->SystemID);
+        return "<systemSuffix systemIdSuffix=\"" + Escaped(id.substr(id.rfind('/') + 1)) +
+               "\" uri=\"empty.dtd\"/>";
+    }
+    if (View(declared->ExternalID).empty()) {
+        return {};
+    }
+    return "<public publicId=\"" + Escaped(View(declared->ExternalID)) + "\" uri=\"" +
+           Escaped(FileUri(file)) + "\"/>";
+}
+
+/// Writes the catalog for a run.
+NativePath WriteCatalog(const NativePath& document, const std::string& folder) {
+    NativePath catalog{folder + "/catalog.xml"};
+    std::ofstream(ToFilesystem({folder + "/empty.dtd"}));
+    std::ofstream(ToFilesystem(catalog))
+        << "<catalog xmlns=\"urn:oasis:names:tc:entity:xmlns:xml:catalog\">" << DtdEntry(document)
+        << "<nextCatalog catalog=\"file:///etc/xml/catalog\"/></catalog>";
+    return catalog;
+}
+
+std::vector<std::string> Arguments(const SaxonJob& job, const NativePath& catalog) {
     std::vector<std::string> arguments{FindProgram("java").utf8,
                                        "-cp",
                                        ClassPath(),
@@ -56,9 +107,8 @@ std::vector<std::string> Arguments(const SaxonJob& job) {
                                        "-s:" + FileUri(job.source),
                                        "-xsl:" + FileUri(job.stylesheet),
                                        "-o:" + job.output.utf8};
-    std::error_code error;
-    if (ClassPath().find("resolver") != std::string::npos && fs::exists("/etc/xml/catalog", error)) {
-        arguments.push_back("-catalog:/etc/xml/catalog");
+    if (ClassPath().find("resolver") != std::string::npos) {
+        arguments.push_back("-catalog:" + FileUri(catalog));
     }
     if (WritesHtml(job.stylesheet)) {
         arguments.push_back("!method=xhtml");
@@ -124,7 +174,8 @@ std::string RunSaxon(const SaxonJob& job, const MessageSink& messages) {
     std::error_code error;
     fs::create_directories(ToFilesystem(job.output).parent_path(), error);
     const NativePath messageFile{folder.Path() + "/messages"};
-    const platform::ProgramEnd end = RunProgram(Arguments(job), messageFile);
+    const platform::ProgramEnd end =
+        RunProgram(Arguments(job, WriteCatalog(job.source, folder.Path())), messageFile);
     const std::string first = PassOn(messageFile, messages);
     if (!end.notStarted.empty()) {
         return end.notStarted;
