@@ -90,8 +90,8 @@ std::string DtdEntry(const NativePath& document) {
 
 /// Writes the catalog for a run.
 NativePath WriteCatalog(const NativePath& document, const std::string& folder) {
+    const std::ofstream empty(ToFilesystem({folder + "/empty.dtd"}));
     NativePath catalog{folder + "/catalog.xml"};
-    std::ofstream(ToFilesystem({folder + "/empty.dtd"}));
     std::ofstream(ToFilesystem(catalog))
         << "<catalog xmlns=\"urn:oasis:names:tc:entity:xmlns:xml:catalog\">" << DtdEntry(document)
         << "<nextCatalog catalog=\"file:///etc/xml/catalog\"/></catalog>";
