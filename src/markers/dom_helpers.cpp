@@ -8,13 +8,7 @@ namespace ventrix {
 namespace {
 
 xml::Node AttributeNode(xml::Node element, std::string_view name) {
-    const xml::NamedNodeMap attributes = element.get_attributes();
-    for (std::size_t i = 0; i < attributes.get_length(); ++i) {
-        if (const xml::Node attribute = attributes.get_item(i); NodeName(attribute) == name) {
-            return attribute;
-        }
-    }
-    return {};
+    return element.get_attributes().getNamedItem(name);
 }
 
 }  // namespace

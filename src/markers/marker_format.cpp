@@ -16,17 +16,25 @@ constexpr std::size_t kDistinct = 4;  ///< Where most marker words differ from e
 
 constexpr std::string_view kElementHead = "QL_ELEM_";  ///< Both element words begin with it.
 
-/// As text.find(word, from), for a marker word. Faster, since a "Q" is rare in a text, one further byte
-/// mostly tells whether it begins the word, and the word's length is known when this is compiled.
+/// The byte of a marker word to search for. A "Q" is rare in a text, but begins every marker word. The "D" of
+/// QL_END is in no other one.
+constexpr std::size_t RareByte(std::string_view word) {
+    const std::size_t position = word.find('D');
+    return position == kNone ? 0 : position;
+}
+
+/// As text.find(word, from), for a marker word. Faster, since the byte that it searches for is rare, one
+/// further byte mostly tells whether the word is there, and the word's length is known when this is compiled.
 template <const std::string_view& Word>
 std::size_t FindWord(std::string_view text, std::size_t from = 0) {
+    constexpr std::size_t kRare = RareByte(Word);
     while (from + Word.size() <= text.size()) {
         const void* const found =
-            std::memchr(text.data() + from, Word.front(), text.size() - Word.size() + 1 - from);
+            std::memchr(text.data() + from + kRare, Word[kRare], text.size() - Word.size() + 1 - from);
         if (found == nullptr) {
             return kNone;
         }
-        const auto* const at = static_cast<const char*>(found);
+        const char* const at = static_cast<const char*>(found) - kRare;
         from = static_cast<std::size_t>(at - text.data());
         if (at[kDistinct] == Word[kDistinct] && std::memcmp(at, Word.data(), Word.size()) == 0) {
             return from;
@@ -36,21 +44,31 @@ std::size_t FindWord(std::string_view text, std::size_t from = 0) {
     return kNone;
 }
 
+enum class EntryWordKind { kOther, kEquals, kTarget, kSeparator };
+
 struct EntryWord {
     std::size_t position = kNone;
-    std::string_view word;
+    EntryWordKind kind = EntryWordKind::kOther;
 };
+
+/// The word of an entry that the text begins with.
+EntryWordKind EntryWordAt(std::string_view text) {
+    const char distinct = text.size() > kDistinct ? text[kDistinct] : '\0';
+    if (distinct == QL_EQ[kDistinct]) {
+        return text.starts_with(QL_EQ) ? EntryWordKind::kEquals : EntryWordKind::kOther;
+    }
+    if (distinct == QL_TARGET[kDistinct]) {
+        return text.starts_with(QL_TARGET) ? EntryWordKind::kTarget : EntryWordKind::kOther;
+    }
+    return text.starts_with(QL_SEP) ? EntryWordKind::kSeparator : EntryWordKind::kOther;
+}
 
 /// The first of the words of an entry at or after `from`.
 EntryWord NextEntryWord(std::string_view text, std::size_t from) {
     while ((from = text.find(QL_EQ.front(), from)) != kNone) {
-        const std::string_view rest = text.substr(from);
-        const char distinct = rest.size() > kDistinct ? rest[kDistinct] : '\0';
-        const std::string_view word = distinct == QL_EQ[kDistinct]       ? QL_EQ
-                                      : distinct == QL_TARGET[kDistinct] ? QL_TARGET
-                                                                         : QL_SEP;
-        if (rest.starts_with(word)) {
-            return {from, word};
+        const EntryWordKind kind = EntryWordAt(text.substr(from));
+        if (kind != EntryWordKind::kOther) {
+            return {from, kind};
         }
         ++from;
     }
@@ -152,15 +170,15 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
         // The first word of each kind counts, and they must be in this order. A further QL_EQ is part of the
         // value.
         const EntryWord equals = NextEntryWord(body, 0);
-        if (equals.word != QL_EQ) {
+        if (equals.kind != EntryWordKind::kEquals) {
             return;
         }
         EntryWord target = equals;
-        while (target.word == QL_EQ) {
+        while (target.kind == EntryWordKind::kEquals) {
             target = NextEntryWord(body, target.position + 1);
         }
         const std::size_t separator =
-            target.word == QL_TARGET ? FindWord<QL_SEP>(body, target.position) : kNone;
+            target.kind == EntryWordKind::kTarget ? FindWord<QL_SEP>(body, target.position) : kNone;
         // "QL_EQL_TARGET" contains both words, sharing the "Q". No value fits between them, so they count as
         // out of order too.
         const std::size_t valueStart = equals.position + QL_EQ.size();

@@ -92,7 +92,9 @@ std::size_t SkipAllBut(std::string_view text, std::size_t at, Bytes... bytes) {
         std::uint64_t word = 0;
         std::memcpy(&word, text.data() + at, sizeof word);
         // A byte beyond ASCII counts too, so that none below the lowest one found is missed.
-        const std::uint64_t found = ((word | MatchesControl(word)) | ... | Matches(word, bytes)) & Each(0x80);
+        const std::uint64_t found =
+            ((word | MatchesControl(word)) | ... | Matches(word, static_cast<unsigned char>(bytes))) &
+            Each(0x80);
         if (found != 0) {
             const bool isLowFirst = std::endian::native == std::endian::little;
             return isLowFirst ? at + static_cast<std::size_t>(std::countr_zero(found)) / 8 : at;

@@ -121,18 +121,37 @@ void Node::Remove(Node parent, Node child) {
 }
 
 NamedNodeMap::NamedNodeMap(Node element) : element_(element) {
-    if (!element_) {
-        return;
-    }
-    DocumentStore& store = *element_.store_;
-    store.ReadAttributes(element_.index_);
-    for (NodeIndex index = store.FirstAttribute(element_.index_); index != 0; index = store.At(index).next) {
-        ++length_;
+    if (element_) {
+        element_.store_->ReadAttributes(element_.index_);
     }
 }
 
+std::size_t NamedNodeMap::get_length() const {
+    if (!length_) {
+        std::size_t count = 0;
+        for (NodeIndex index = element_ ? element_.store_->FirstAttribute(element_.index_) : 0; index != 0;
+             index = element_.store_->At(index).next) {
+            ++count;
+        }
+        length_ = count;
+    }
+    return *length_;
+}
+
+Node NamedNodeMap::getNamedItem(std::string_view name) const {
+    if (!element_) {
+        return {};
+    }
+    DocumentStore& store = *element_.store_;
+    NodeIndex attribute = store.FirstAttribute(element_.index_);
+    while (attribute != 0 && store.NameOf(attribute) != name) {
+        attribute = store.At(attribute).next;
+    }
+    return {&store, attribute};
+}
+
 Node NamedNodeMap::get_item(std::size_t position) const {
-    if (position >= length_) {
+    if (position >= get_length()) {
         return {};
     }
     DocumentStore& store = *element_.store_;
@@ -171,7 +190,7 @@ void NamedNodeMap::setNamedItem(Node attribute) {
     if (same != 0) {
         store.At(same).parent = store.At(same).next = 0;
     }
-    length_ += same == 0 ? 1 : 0;
+    length_.reset();
     last_ = Node();
     store.NoteAttributeChange(element_.index_);
     ++store.shape;

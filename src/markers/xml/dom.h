@@ -133,10 +133,13 @@ class Node {
 /// The attributes of one element. Visiting the positions in ascending order is linear.
 class NamedNodeMap {
   public:
-    std::size_t get_length() const { return length_; }
+    std::size_t get_length() const;
 
     /// By position from 0; a null node past the end.
     Node get_item(std::size_t position) const;
+
+    /// By qualified name; a null node without such an attribute.
+    Node getNamedItem(std::string_view name) const;
 
     /// Adds an attribute from createAttribute of the same document; it replaces one of the same name.
     void setNamedItem(Node attribute);
@@ -146,8 +149,8 @@ class NamedNodeMap {
     explicit NamedNodeMap(Node element);
 
     Node element_;
-    std::size_t length_ = 0;
-    mutable Node last_;  ///< The item that was requested last, and its position.
+    mutable std::optional<std::size_t> length_;  ///< Counted when it is requested first.
+    mutable Node last_;                          ///< The item that was requested last, and its position.
     mutable std::size_t lastPosition_ = 0;
 };
 

@@ -201,15 +201,26 @@ void AppendDecodedText(std::string& out, std::string_view raw) {
         AppendDecodedText(out, NormalizeLineEnds(raw));
         return;
     }
-    for (std::size_t at = 0; at < raw.size();) {
-        const std::size_t mark = std::min(raw.find('&', at), raw.size());
-        out.append(raw, at, mark - at);
-        if (mark == raw.size()) {
-            return;
+    // A reference is longer than the character that it stands for, so the result fits into as many bytes.
+    const std::size_t start = out.size();
+    out.resize(start + raw.size());
+    char* to = out.data() + start;
+    std::string character;
+    for (std::size_t mark = 0; (mark = raw.find('&')) != std::string_view::npos;) {
+        to = std::copy_n(raw.data(), mark, to);
+        raw.remove_prefix(mark);
+        if (const NamedCharacter named = NamedCharacterAt(raw); named.length != 0) {
+            *to++ = named.character;
+            raw.remove_prefix(named.length);
+            continue;
         }
-        const std::size_t length = AppendReferred(out, raw, mark);
-        at = mark + (length != 0 ? length : NameAt(raw, mark).size() + 2);
+        character.clear();
+        const std::size_t length = AppendReferred(character, raw, 0);
+        to = std::ranges::copy(character, to).out;
+        raw.remove_prefix(length != 0 ? length : std::min(NameAt(raw, 0).size() + 2, raw.size()));
     }
+    to = std::ranges::copy(raw, to).out;
+    out.resize(static_cast<std::size_t>(to - out.data()));
 }
 
 std::string NormalizeLineEnds(std::string_view raw) {
