@@ -97,9 +97,9 @@ void AddFilters(CLI::App& command, PublishOptions& publish) {
 
 void AddReporting(CLI::App& command, CommonOptions& common) {
     command.add_option("--log", common.log, "Report log; each run appends to it")->type_name("FILE");
-    command.add_option("--color", common.color, "Use colours: auto, always or never")
-        ->check(CLI::IsMember({"auto", "always", "never"}))
-        ->type_name("WHEN")
+    command.add_option("--color", common.color, "When to use colours")
+        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+        ->type_name("auto|always|never")
         ->capture_default_str();
     auto* quiet = command.add_flag("--quiet,-q", common.quiet, "Print only results and errors");
     command.add_flag("--verbose,-v", common.verbose, "Also print the host's console output")->excludes(quiet);
@@ -109,9 +109,9 @@ void AddReporting(CLI::App& command, CommonOptions& common) {
 void AddFormat(CLI::App& command, CommonOptions& common) {
     command
         .add_option("--format", common.format,
-                    "Format of the findings: text, json, sarif (for code hosting) or junit (for CI)")
-        ->check(CLI::IsMember({"text", "json", "sarif", "junit"}))
-        ->type_name("FORMAT")
+                    "Format of the findings; sarif is for code hosting services, junit for CI servers")
+        ->check(CLI::IsMember({"text", "json", "sarif", "junit"}).description(""))
+        ->type_name("text|json|sarif|junit")
         ->excludes(command.get_option("--json"))
         ->capture_default_str();
 }
@@ -140,8 +140,8 @@ void AddTransformation(CLI::App& command, PublishOptions& publish) {
     command
         .add_option("--xslt-engine", publish.xsltEngine,
                     "XSLT processor: libxslt (default for XSLT 1.0) or saxon (default for 2.0 and 3.0)")
-        ->check(CLI::IsMember({"libxslt", "saxon"}))
-        ->type_name("WHICH");
+        ->check(CLI::IsMember({"libxslt", "saxon"}).description(""))
+        ->type_name("libxslt|saxon");
     command
         .add_option("--pre-script", publish.preScript,
                     "Program to run on the packaged document before the transformation")
@@ -261,15 +261,14 @@ void AddValidate(CLI::App& command, Options& options) {
 
 constexpr char kRequestText[] = "TEXT";
 constexpr char kHint[] = "; see --help";
-constexpr char kUsage[] = R"(
-
-Usage:
+constexpr char kUsage[] = R"(Usage:
   ventrix publish DOCUMENT -o FOLDER [OPTIONS]   publish a document as HTML pages
   ventrix publish [NAME]                         publish what ventrix.toml describes
   ventrix validate DOCUMENT [OPTIONS]            check whether a document can be published
   ventrix request --document DOCUMENT TEXT       send a request to the module as given
   ventrix init [DOCUMENT]                        write a ventrix.toml for a document
-  ventrix help [COMMAND]                         list all options of a command)";
+  ventrix help [COMMAND]                         list all options of a command
+)";
 
 std::string Suggestion(const std::string& meant) {
     return "; did you mean '" + meant + "'? See --help";
@@ -340,7 +339,8 @@ void RequireKnownCommand(const std::string& word, const CLI::App& app) {
 
 void RequireCommand(const std::vector<std::string>& words, const CLI::App& app) {
     if (words.empty()) {
-        throw Stop{kExitUsage, std::string("missing command") + kExpected + kUsage};
+        std::cerr << kUsage;
+        throw Stop{kExitUsage, std::string("missing command") + kExpected};
     }
     if (!words.front().starts_with('-')) {
         RequireKnownCommand(words.front(), app);
@@ -383,10 +383,9 @@ void RefuseEmptyValues(const CLI::App& command) {
     }
 }
 
-/// The type of an option's value, without the values that CLI11 appends to it.
+/// The type of an option's value; empty for a flag.
 std::string TypeOf(const CLI::Option& option) {
-    const std::string type = option.get_type_name();
-    return option.get_expected_min() == 0 ? std::string() : type.substr(0, type.find(':'));
+    return option.get_expected_min() == 0 ? std::string() : option.get_type_name();
 }
 
 OptionDescription Describe(const CLI::Option& option) {
@@ -433,11 +432,17 @@ void NoteGiven(const CLI::App& command, std::set<std::string>& given) {
     }
 }
 
-void PrintHelp(const CLI::App& app, const std::string& topic) {
-    if (!topic.empty()) {
-        RequireKnownCommand(topic, app);
+/// The help for a command; for all if the name is empty.
+std::string HelpFor(const std::string& name) {
+    CLI::App app{kDescription, "ventrix"};
+    Options options;
+    std::string topic;
+    AddCommands(app, options, topic);
+    if (name.empty()) {
+        return app.help();
     }
-    std::cout << (topic.empty() ? app.help() : app.get_subcommand(topic)->help(app.get_name()));
+    RequireKnownCommand(name, app);
+    return app.get_subcommand(name)->help(app.get_name());
 }
 
 /// False if help or the version was printed instead.
@@ -485,7 +490,7 @@ bool ReadOptions(const std::vector<std::string>& words, Options& options) {
     }
     const CLI::App& command = *app.get_subcommands().front();
     if (command.get_name() == "help") {
-        PrintHelp(app, topic);
+        std::cout << HelpFor(topic);
         return false;
     }
     RefuseEmptyValues(command);
@@ -495,7 +500,8 @@ bool ReadOptions(const std::vector<std::string>& words, Options& options) {
 }
 
 void RequireComplete(const Options& options) {
-    if (options.common.document.empty()) {
+    const bool takesProject = options.command == Command::kPublish || options.command == Command::kValidate;
+    if (takesProject && options.common.document.empty()) {
         throw Stop{kExitUsage, std::string("DOCUMENT is required, or a ventrix.toml in this folder") + kHint};
     }
     if (options.command == Command::kPublish && options.publish.output.empty()) {

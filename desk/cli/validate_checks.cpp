@@ -123,7 +123,8 @@ std::vector<NativePath> SourceFolders(const Session& session) {
     return {folders.begin(), folders.end()};
 }
 
-void AddToolkitFindings(const Session& session, const Options& options, const std::vector<Finding>& known,
+/// `named` are the findings so far, whose files are not reported again as not transformed.
+void AddToolkitFindings(const Session& session, const Options& options, const std::vector<Finding>& named,
                         std::vector<Finding>& findings) {
     std::set<std::string> unread;
     std::vector<Finding> found;
@@ -150,7 +151,7 @@ void AddToolkitFindings(const Session& session, const Options& options, const st
         unread.insert(failure);
     }
     for (const std::string& line : unread) {
-        if (!NamesFileOf(line, known) && !NamesFileOf(line, findings)) {
+        if (!NamesFileOf(line, named)) {
             findings.push_back({session.document, 0, "not-transformed", line});
         }
     }
@@ -177,11 +178,13 @@ std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::ve
 }
 
 std::vector<Finding> PublishProblems(const Session& session, const Options& options,
-                                     const std::vector<Finding>& known) {
+                                     const std::vector<NativePath>& missing) {
     std::vector<Finding> findings;
     AddUnreadable(session.files, findings);
     if (session.files.dita) {
-        AddToolkitFindings(session, options, known, findings);
+        std::vector<Finding> named = findings;
+        AddMissingFiles(session.files, missing, named);
+        AddToolkitFindings(session, options, named, findings);
     }
     AddColumns(findings);
     return findings;

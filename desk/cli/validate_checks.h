@@ -14,8 +14,8 @@ std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::ve
 
 /// XML files that are not well-formed, and for a DITA document what the built-in toolkit reports: broken
 /// links, unknown keys, dead content references, and what it does not handle. The last is left out if the
-/// options name another toolkit. `known` are the findings so far, whose files are not named twice.
+/// options name another toolkit. The `missing` files, which are findings already, are not reported again.
 std::vector<Finding> PublishProblems(const Session& session, const Options& options,
-                                     const std::vector<Finding>& known);
+                                     const std::vector<NativePath>& missing);
 
 }  // namespace ventrix::desk

@@ -140,7 +140,7 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
     }
     // A publish of files on several drives ends before it reads them.
     if ((mask & kValidateOnSeveralRoots) == 0) {
-        for (const Finding& finding : PublishProblems(*session, options, report.unusable)) {
+        for (const Finding& finding : PublishProblems(*session, options, log.broken)) {
             Warn(report, screen, finding);
         }
     }

@@ -77,7 +77,7 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         return further;
     };
     const Row rows[] = {
-        {{}, 2, "", "error: missing command (expected publish, validate, request, init or help)\n\nUsage:\n"},
+        {{}, 2, "", "error: missing command (expected publish, validate, request, init or help)"},
         {{"publsh"}, 2, "", "error: unknown command 'publsh'; did you mean 'publish'? See --help"},
         {{"frob"},
          2,

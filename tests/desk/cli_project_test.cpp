@@ -23,7 +23,7 @@ TEST(ProjectFile, ErrorsNameTheLineAndSayWhatToDo) {
         const char* text;
         const char* message;  ///< After "/p/ventrix.toml:".
     } rows[] = {
-        {"a = [1,\n", "2:1: "},
+        {"a = [1,\n", "1:9: "},
         {"[[publish]\n", "1:"},
         {"quiet = true\nquiet = true\n", "2:"},
         {"\natributes = \"a\"\n", "2: unknown key 'atributes'; did you mean 'attributes'?"},
@@ -163,14 +163,14 @@ TEST_F(ProjectCommands, TheCommandLineWins) {
                  "output = \"out/a\"\nxpath = true\n");
     EXPECT_EQ(Run({"publish", "a", "--xslt", "page.xsl", "--xpath=false"}).status, 0)
         << "--xslt replaces the option that it excludes";
-    EXPECT_EQ(folder.Read("out/a/a.html").find("data-twtags"), std::string::npos);
+    EXPECT_EQ(folder.Read("out/a/a.html").find("data-qlxpath"), std::string::npos);
     folder.Write("ventrix.toml",
                  "dita-ot = true\nxpath = true\n[[publish]]\nname = \"a\"\n"
                  "document = \"src/a.dita\"\noutput = \"out/a\"\nxslt = \"page.xsl\"\n"
                  "xpath = false\n");
     EXPECT_EQ(Run({"publish"}).status, 0) << "a deliverable replaces a default that it excludes";
     EXPECT_TRUE(folder.Exists("out/a/a.html"));
-    EXPECT_EQ(folder.Read("out/a/a.html").find("data-twtags"), std::string::npos);
+    EXPECT_EQ(folder.Read("out/a/a.html").find("data-qlxpath"), std::string::npos);
 }
 
 TEST_F(ProjectCommands, DefaultsHoldForADocumentBesideTheFile) {
