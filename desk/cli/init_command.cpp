@@ -147,15 +147,20 @@ NativePath ChooseDocument(const std::string& named) {
                             : "there are several DITA maps in this folder; name one: ventrix init DOCUMENT"};
 }
 
+void RefuseExisting(const NativePath& path) {
+    std::error_code error;
+    if (fs::exists(fs::symlink_status(ToFilesystem(path), error))) {
+        throw Stop{kExitUsage, path.utf8 + " exists already; edit it, or move it away"};
+    }
+}
+
 /// Throws Stop if the file exists or cannot be written, which leaves no file behind.
 void WriteNew(const NativePath& path, const std::string& text) {
     // Opened so that an existing file is an error, even one that appears at this moment.
     std::FILE* file = std::fopen(path.utf8.c_str(), "wx");
     if (file == nullptr) {
-        std::error_code error;
-        const bool exists = fs::exists(fs::symlink_status(ToFilesystem(path), error));
-        throw Stop{kExitUsage, path.utf8 + (exists ? " exists already; edit it, or move it away"
-                                                   : " cannot be written; check the permissions")};
+        RefuseExisting(path);
+        throw Stop{kExitUsage, path.utf8 + " cannot be written; check the permissions"};
     }
     const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
     const bool closed = std::fclose(file) == 0;
@@ -169,12 +174,13 @@ void WriteNew(const NativePath& path, const std::string& text) {
 }  // namespace
 
 int Init(const Options& options, const Screen& screen) {
+    const NativePath file = AbsolutePath({kProjectFileName});
+    RefuseExisting(file);
     const NativePath document = ChooseDocument(options.common.document);
     const DocumentFiles files = ListDocumentFiles(document);
     if (files.refused) {
         throw Stop{kExitUnreadable, document.utf8 + " cannot be read: " + files.reason};
     }
-    const NativePath file = AbsolutePath({kProjectFileName});
     WriteNew(file, ProjectText(document, file, files));
     screen.Result("wrote " + file.utf8);
     screen.Note(files.dita || !StylesheetFor(files).empty()

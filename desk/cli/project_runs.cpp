@@ -23,6 +23,12 @@ bool IsFile(const NativePath& path) {
     return !path.Empty() && fs::is_regular_file(ToFilesystem(path), error);
 }
 
+/// Whether there is anything with this name. What is not a readable file is reported, not passed over.
+bool IsPresent(const NativePath& path) {
+    std::error_code error;
+    return fs::exists(fs::symlink_status(ToFilesystem(path), error));
+}
+
 /// Empty if there is none.
 NativePath FindProject(const CommonOptions& common) {
     if (!common.config.empty()) {
@@ -32,12 +38,12 @@ NativePath FindProject(const CommonOptions& common) {
     const NativePath document = AbsolutePath({common.document});
     if (IsFile(document)) {
         NativePath beside{FolderOf(document).utf8 + kProjectFileName};
-        if (IsFile(beside)) {
+        if (IsPresent(beside)) {
             return beside;
         }
     }
     NativePath here = AbsolutePath({kProjectFileName});
-    return IsFile(here) ? here : NativePath{};
+    return IsPresent(here) ? here : NativePath{};
 }
 
 std::string Quoted(const std::vector<Deliverable>& deliverables) {

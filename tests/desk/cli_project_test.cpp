@@ -215,6 +215,23 @@ TEST_F(ProjectCommands, InvalidOptionsAreReportedWithTheirLineBeforeAnythingRuns
     EXPECT_EQ(Run({"publish", "-o", "."}).status, 5) << "a folder with the project file is refused";
 }
 
+TEST_F(ProjectCommands, AProjectFileThatCannotBeReadIsReported) {
+    fs::remove(folder.Native("ventrix.toml"));
+    fs::create_directory(folder.Native("ventrix.toml"));
+    const std::string message = "the project file " + folder.Native("ventrix.toml") + " cannot be read: ";
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"publish"}, {"publish", "src/a.dita", "-o", "o"}, {"validate"}}) {
+        const Finished finished = Run(arguments);
+        EXPECT_EQ(finished.status, 2);
+        EXPECT_TRUE(Has(finished.error, message)) << finished.error;
+    }
+    fs::remove(folder.Native("ventrix.toml"));
+    fs::create_symlink("nowhere", folder.Native("ventrix.toml"));
+    EXPECT_TRUE(Has(Run({"publish"}).error, message));
+    EXPECT_TRUE(Has(Run({"init", "src/a.dita"}).error, "ventrix.toml exists already"));
+    EXPECT_FALSE(folder.Exists("o"));
+}
+
 TEST_F(ProjectCommands, SeveralDeliverablesCannotShareAPlaceOfTheCommandLine) {
     const Finished finished = Run({"publish", "-o", "one"});
     EXPECT_EQ(finished.status, 2);
