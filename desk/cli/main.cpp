@@ -80,7 +80,7 @@ int RunAll(const std::vector<Options>& runs) {
     if (first.common.format != "text") {
         std::cout << FormatFindings(first.common.format, reports);
     }
-    if (first.command == Command::kPublish && runs.size() > 1) {
+    if (first.command == Command::kPublish && runs.size() > 1 && !first.publish.dryRun) {
         const auto published = std::ranges::count_if(
             reports, [](const RunReport& report) { return report.exitStatus <= kExitFindings; });
         Screen(first.common)

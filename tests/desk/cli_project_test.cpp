@@ -330,6 +330,8 @@ TEST_F(ProjectCommands, DryRunPrintsWhatWouldHappenAndChangesNothing) {
                                    folder.Native("out/a") + "\nreplace (0)\nkeep (0)\n"))
         << fresh.out;
     EXPECT_FALSE(folder.Exists("out"));
+    EXPECT_EQ(Run({"publish", "--dry-run"}).out.find("published"), std::string::npos);
+    EXPECT_FALSE(folder.Exists("out"));
 
     ASSERT_EQ(Run({"publish", "a"}).status, 0);
     folder.Write("out/a/mine.txt", "keep");
