@@ -53,7 +53,7 @@ void Guard(const Options& options, RunReport& report, const std::function<void()
 
 RunReport RunOne(const Options& options) {
     // The drives of one deliverable do not apply to the next.
-    const platform::DriveTable drives = platform::ProcessDrives();
+    const std::string drives = platform::FormatDrives(platform::ProcessDrives());
     const Screen screen(options.common);
     RunReport report;
     report.deliverable = options.deliverable;
@@ -61,7 +61,7 @@ RunReport RunOne(const Options& options) {
         screen.Heading(options.deliverable);
     }
     Guard(options, report, [&] { report.exitStatus = RunCommand(options, screen, report); });
-    platform::SetProcessDrives(drives);
+    platform::SetProcessDrives(platform::ParseDrives(drives));
     if (options.common.json) {
         PrintReport(report);
     }
