@@ -13,6 +13,7 @@ struct Finding {
     int line = 0;      ///< 0 if unknown.
     std::string code;  ///< A word for scripts, listed in docs/json.md, such as "not-encoded".
     std::string text;  ///< One line, without the file's name.
+    int column = 0;    ///< In characters, from 1; 0 if unknown.
 };
 
 }  // namespace ventrix::desk

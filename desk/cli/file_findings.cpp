@@ -1,5 +1,6 @@
 #include "desk/cli/file_findings.h"
 
+#include <algorithm>
 #include <set>
 #include <string>
 
@@ -38,6 +39,13 @@ void AddFailedFiles(const RunLog& log, std::vector<Finding>& findings) {
     for (const FailedFile& failed : log.failed) {
         findings.push_back({failed.file, 0, "not-readable", "could not be read: " + failed.reason});
     }
+}
+
+bool NamesFileOf(const std::string& line, const std::vector<Finding>& findings) {
+    return std::ranges::any_of(findings, [&line](const Finding& finding) {
+        const std::string name = ToFilesystem(finding.file).filename().string();
+        return !name.empty() && line.find("/" + name) != std::string::npos;
+    });
 }
 
 }  // namespace ventrix::desk

@@ -19,4 +19,8 @@ void AddMissingFiles(const DocumentFiles& files, const std::vector<NativePath>& 
 /// Adds a finding for each file that the module could not load.
 void AddFailedFiles(const RunLog& log, std::vector<Finding>& findings);
 
+/// Whether one of the findings is about the file that a toolkit's line names. The line may name the packaged
+/// copy, which has the same file name.
+bool NamesFileOf(const std::string& line, const std::vector<Finding>& findings);
+
 }  // namespace ventrix::desk

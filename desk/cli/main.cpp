@@ -1,17 +1,23 @@
+#include <algorithm>
 #include <csignal>
 #include <exception>
+#include <functional>
 #include <iostream>
 
 #include "desk/cli/commands.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/findings_format.h"
 #include "desk/cli/options.h"
+#include "desk/cli/project_runs.h"
 #include "desk/cli/run_report.h"
 #include "desk/cli/screen.h"
 #include "platform/child_process.h"
+#include "platform/drives.h"
 #include "platform/interruption.h"
 
 namespace {
 
+namespace platform = ventrix::platform;
 using namespace ventrix::desk;
 
 int RunCommand(const Options& options, const Screen& screen, RunReport& report) {
@@ -22,6 +28,8 @@ int RunCommand(const Options& options, const Screen& screen, RunReport& report) 
             return Validate(options, screen, report);
         case Command::kRequest:
             return Request(options, screen, report);
+        case Command::kInit:
+            return Init(options, screen);
     }
     return kExitUsage;
 }
@@ -32,23 +40,78 @@ void ReportFailure(const CommonOptions& options, int status, const std::string& 
     report.error = text;
 }
 
-int Run(int argc, char** argv) {
-    Options options;
-    RunReport report;
+/// Calls the action and reports what it throws.
+void Guard(const Options& options, RunReport& report, const std::function<void()>& action) {
     try {
-        if (!ReadOptions(argc, argv, options)) {
-            return kExitDone;
-        }
-        report.exitStatus = RunCommand(options, Screen(options.common), report);
+        action();
     } catch (const Stop& stop) {
-        ReportFailure(options.common, stop.status, stop.text, report);
+        ReportFailure(options.common, stop.status, WithOrigin(stop.text, options), report);
     } catch (const std::exception& error) {
         ReportFailure(options.common, kExitNoModule, error.what(), report);
     }
+}
+
+RunReport RunOne(const Options& options) {
+    // The drives of one deliverable do not apply to the next.
+    const std::string drives = platform::FormatDrives(platform::ProcessDrives());
+    const Screen screen(options.common);
+    RunReport report;
+    report.deliverable = options.deliverable;
+    if (!options.deliverable.empty()) {
+        screen.Heading(options.deliverable);
+    }
+    Guard(options, report, [&] { report.exitStatus = RunCommand(options, screen, report); });
+    platform::SetProcessDrives(platform::ParseDrives(drives));
     if (options.common.json) {
         PrintReport(report);
     }
-    return report.exitStatus;
+    return report;
+}
+
+/// The worst exit status of the runs.
+int RunAll(const std::vector<Options>& runs) {
+    int worst = kExitDone;
+    std::vector<RunReport> reports;
+    for (const Options& run : runs) {
+        reports.push_back(RunOne(run));
+        worst = std::max(worst, reports.back().exitStatus);
+    }
+    const Options& first = runs.front();
+    if (first.common.format != "text") {
+        std::cout << FormatFindings(first.common.format, reports);
+    }
+    if (first.command == Command::kPublish && runs.size() > 1 && !first.publish.dryRun) {
+        const auto published = std::ranges::count_if(
+            reports, [](const RunReport& report) { return report.exitStatus <= kExitFindings; });
+        Screen(first.common)
+            .Heading(std::to_string(published) + " of " + std::to_string(runs.size()) +
+                     " deliverables published");
+    }
+    return worst;
+}
+
+int Run(const std::vector<std::string>& words) {
+    Options options;
+    RunReport report;
+    RunPlan plan;
+    Guard(options, report, [&] {
+        if (ReadOptions(words, options)) {
+            plan = PlanRuns(words, options);
+        }
+    });
+    if (report.exitStatus != kExitDone) {
+        if (options.common.json) {
+            PrintReport(report);
+        }
+        return report.exitStatus;
+    }
+    if (plan.runs.empty()) {
+        return kExitDone;
+    }
+    for (const std::string& note : plan.notes) {
+        Screen(plan.runs.front().common).Note(note);
+    }
+    return RunAll(plan.runs);
 }
 
 volatile std::sig_atomic_t readerGone = 0;
@@ -73,7 +136,7 @@ int Finish(int status) {
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, RecordReaderGone);
     ventrix::platform::HandleInterruptions();
-    const int status = Run(argc, argv);
+    const int status = Run({argv + std::min(argc, 1), argv + argc});
     // A script may have left a program running that would still write.
     ventrix::platform::EndStartedPrograms();
     const int finished = Finish(status);

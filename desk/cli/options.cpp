@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <string_view>
+#include <iostream>
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/option_checks.h"
@@ -19,6 +19,7 @@ constexpr char kFooter[] = R"(Examples:
   ventrix publish guide.ditamap -o out --attributes audience,product --elements uicontrol --xpath
   ventrix publish book.xml -o out --xslt /usr/share/xml/docbook/stylesheet/docbook-xsl/xhtml/docbook.xsl
   ventrix validate guide.ditamap
+  ventrix init guide.ditamap && ventrix publish
   ventrix request --document guide.ditamap "Validate -docId {docId} -logFile Z:\tmp\log.txt"
 
 Exit status:
@@ -31,8 +32,30 @@ Exit status:
 
 Results are printed to standard output, all other messages to standard error.)";
 
-void AddCommon(CLI::App& command, CommonOptions& common) {
-    command.add_option("--log", common.log, "Report log; each run appends to it")->type_name("FILE");
+// The groups of the help, in the order in which people decide.
+constexpr char kCarryGroup[] = "What to carry";
+constexpr char kTransformGroup[] = "How to transform";
+constexpr char kPlaceGroup[] = "Where to";
+constexpr char kReadGroup[] = "What to read";
+constexpr char kReportGroup[] = "How to report";
+
+/// Moves the options that were added since the last call to a group of the help.
+void GroupAdded(CLI::App& command, const char* group) {
+    for (CLI::Option* option : command.get_options()) {
+        if (option->get_group() == "Options" && option->nonpositional()) {
+            option->group(group);
+        }
+    }
+}
+
+void AddConfig(CLI::App& command, CommonOptions& common) {
+    command
+        .add_option("--config", common.config,
+                    "Project file (default: ventrix.toml beside the document, else in this folder)")
+        ->type_name("FILE");
+}
+
+void AddReading(CLI::App& command, CommonOptions& common) {
     command
         .add_option("--unsaved", common.unsaved,
                     "Treat a referenced file as having unsaved changes; may be repeated")
@@ -49,22 +72,48 @@ void AddCommon(CLI::App& command, CommonOptions& common) {
         ->type_name("X=FOLDER")
         ->allow_extra_args(false);
     command
+        .add_option("--catalog", common.catalog, "XML catalog to search for DTDs before the system catalogs")
+        ->type_name("FILE");
+}
+
+void AddToolkit(CLI::App& command, CommonOptions& common) {
+    command
         .add_option(
             "--toolkit", common.toolkit,
             "Toolkit for DITA: builtin (the default, Ventrix's own), installed (the DITA Open Toolkit "
             "on this machine), or the folder of a DITA Open Toolkit")
-        ->type_name("WHICH")
+        ->type_name("builtin|installed|FOLDER")
         ->capture_default_str();
+}
+
+void AddFilters(CLI::App& command, PublishOptions& publish) {
     command
-        .add_option("--catalog", common.catalog, "XML catalog to search for DTDs before the system catalogs")
-        ->type_name("FILE");
-    command.add_option("--color", common.color, "Use colours: auto, always or never")
-        ->check(CLI::IsMember({"auto", "always", "never"}))
-        ->type_name("WHEN")
+        .add_option(
+            "--ditaval", publish.ditaval,
+            "DITAVAL file that filters a DITA document; may be repeated, the first matching rule counts")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+}
+
+void AddReporting(CLI::App& command, CommonOptions& common) {
+    command.add_option("--log", common.log, "Report log; each run appends to it")->type_name("FILE");
+    command.add_option("--color", common.color, "When to use colours")
+        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+        ->type_name("auto|always|never")
         ->capture_default_str();
     auto* quiet = command.add_flag("--quiet,-q", common.quiet, "Print only results and errors");
     command.add_flag("--verbose,-v", common.verbose, "Also print the host's console output")->excludes(quiet);
     command.add_flag("--json", common.json, "Print one JSON object to standard output and nothing else");
+}
+
+void AddFormat(CLI::App& command, CommonOptions& common) {
+    command
+        .add_option("--format", common.format,
+                    "Format of the findings; sarif is for code hosting services, junit for CI servers")
+        ->check(CLI::IsMember({"text", "json", "sarif", "junit"}).description(""))
+        ->type_name("text|json|sarif|junit")
+        ->excludes(command.get_option("--json"))
+        ->capture_default_str();
 }
 
 void AddNames(CLI::App& command, const char* name, std::vector<std::string>& list, const char* what) {
@@ -91,8 +140,8 @@ void AddTransformation(CLI::App& command, PublishOptions& publish) {
     command
         .add_option("--xslt-engine", publish.xsltEngine,
                     "XSLT processor: libxslt (default for XSLT 1.0) or saxon (default for 2.0 and 3.0)")
-        ->check(CLI::IsMember({"libxslt", "saxon"}))
-        ->type_name("WHICH");
+        ->check(CLI::IsMember({"libxslt", "saxon"}).description(""))
+        ->type_name("libxslt|saxon");
     command
         .add_option("--pre-script", publish.preScript,
                     "Program to run on the packaged document before the transformation")
@@ -101,12 +150,7 @@ void AddTransformation(CLI::App& command, PublishOptions& publish) {
         .add_option("--post-script", publish.postScript,
                     "Program to run on the packaged document after the transformation")
         ->type_name("FILE");
-    command
-        .add_option(
-            "--ditaval", publish.ditaval,
-            "DITAVAL file that filters a DITA document; may be repeated, the first matching rule counts")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
+    AddFilters(command, publish);
     command
         .add_option("--transtype", publish.transtype,
                     "Transformation type of an installed toolkit that writes XHTML (default: xhtml)")
@@ -116,7 +160,6 @@ void AddTransformation(CLI::App& command, PublishOptions& publish) {
                     "Parameter for an installed toolkit; may be repeated")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
-    command.add_option("--out-file", publish.outFile, "Output path of the transformation")->type_name("PATH");
     command
         .add_flag("--no-transform", publish.noTransform,
                   "Do not transform the document; only package it and run the scripts")
@@ -159,38 +202,148 @@ void AddPreservation(CLI::App& command, PublishOptions& publish) {
         "Leave marker text in attribute values, comments, scripts and other files of the result");
 }
 
-void AddPublish(CLI::App& command, PublishOptions& publish) {
+void AddPlaces(CLI::App& command, PublishOptions& publish) {
     command.add_option("-o,--output", publish.output, "Folder for the result; replaces an earlier result")
-        ->required()
         ->type_name("FOLDER");
-    AddTransformation(command, publish);
-    AddPreservation(command, publish);
+    command.add_option("--out-file", publish.outFile, "Output path of the transformation")->type_name("PATH");
     command.add_flag("--force", publish.force,
                      "Use an output folder that contains other files; they are kept");
+    command.add_flag("--dry-run", publish.dryRun,
+                     "Print what would be packaged, transformed, replaced and kept, and change nothing");
+}
+
+void AddResources(CLI::App& command, CommonOptions& common) {
+    command
+        .add_option("--resource", common.resources,
+                    "Map that defines keys for the document, for an installed toolkit; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+}
+
+void AddPublish(CLI::App& command, Options& options) {
+    command
+        .add_option("DOCUMENT", options.common.document,
+                    "DITA map, DITA topic or other XML file, or a deliverable of the project file "
+                    "(default: all deliverables)")
+        ->type_name("");
+    AddPreservation(command, options.publish);
+    GroupAdded(command, kCarryGroup);
+    AddTransformation(command, options.publish);
+    AddToolkit(command, options.common);
+    GroupAdded(command, kTransformGroup);
+    AddPlaces(command, options.publish);
+    GroupAdded(command, kPlaceGroup);
+    AddConfig(command, options.common);
+    AddResources(command, options.common);
+    AddReading(command, options.common);
+    GroupAdded(command, kReadGroup);
+    AddReporting(command, options.common);
+    GroupAdded(command, kReportGroup);
+    command.get_option("--dry-run")->excludes(command.get_option("--json"));
+}
+
+void AddValidate(CLI::App& command, Options& options) {
+    command
+        .add_option("DOCUMENT", options.common.document,
+                    "DITA map, DITA topic or other XML file, or a deliverable of the project file "
+                    "(default: all deliverables)")
+        ->type_name("");
+    AddFilters(command, options.publish);
+    AddToolkit(command, options.common);
+    GroupAdded(command, kTransformGroup);
+    AddConfig(command, options.common);
+    AddReading(command, options.common);
+    GroupAdded(command, kReadGroup);
+    AddReporting(command, options.common);
+    AddFormat(command, options.common);
+    GroupAdded(command, kReportGroup);
 }
 
 constexpr char kRequestText[] = "TEXT";
 constexpr char kHint[] = "; see --help";
+constexpr char kUsage[] = R"(Usage:
+  ventrix publish DOCUMENT -o FOLDER [OPTIONS]   publish a document as HTML pages
+  ventrix publish [NAME]                         publish what ventrix.toml describes
+  ventrix validate DOCUMENT [OPTIONS]            check whether a document can be published
+  ventrix request --document DOCUMENT TEXT       send a request to the module as given
+  ventrix init [DOCUMENT]                        write a ventrix.toml for a document
+  ventrix help [COMMAND]                         list all options of a command
+)";
 
 std::string Suggestion(const std::string& meant) {
     return "; did you mean '" + meant + "'? See --help";
 }
 
-void RequireCommand(int argc, char** argv, const CLI::App& app) {
-    if (argc < 2) {
-        throw Stop{kExitUsage,
-                   std::string("missing command (expected publish, validate or request)") + kHint};
+void AddRequest(CLI::App& command, Options& options) {
+    command
+        .add_option("--document", options.common.document,
+                    "Document to open; {docId} in TEXT is replaced by its id")
+        ->required()
+        ->type_name("DOCUMENT");
+    GroupAdded(command, kReadGroup);
+    command.add_option(kRequestText, options.requestText, "Text of the request")->required()->type_name("");
+    AddToolkit(command, options.common);
+    GroupAdded(command, kTransformGroup);
+    AddReading(command, options.common);
+    GroupAdded(command, kReadGroup);
+    AddReporting(command, options.common);
+    GroupAdded(command, kReportGroup);
+}
+
+/// All commands with their options, which store their values in `options`, and that of help in `helpTopic`.
+void AddCommands(CLI::App& app, Options& options, std::string& helpTopic) {
+    app.set_version_flag("-V,--version", std::string("ventrix ") + kVersion);
+    app.set_help_flag("--help,-h", "Print this help and exit");
+    app.require_subcommand(1);
+    app.footer(kFooter);
+    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    AddPublish(*app.add_subcommand("publish", "Publish a document as a folder of HTML pages"), options);
+    AddValidate(*app.add_subcommand("validate", "Check whether a document can be published"), options);
+    AddRequest(*app.add_subcommand("request", "Send a request to the module as given, and print the reply"),
+               options);
+    app.add_subcommand("init", "Write a commented project file, ventrix.toml, for a document")
+        ->add_option("DOCUMENT", options.common.document,
+                     "The document (default: the only DITA map in this folder)")
+        ->type_name("");
+    for (CLI::App* command : app.get_subcommands({})) {
+        // Set again, so that the help lists it last.
+        command->set_help_flag("--help,-h", "Print this help and exit");
+        GroupAdded(*command, kReportGroup);
+        command->group("Commands");
+        command->footer("Run 'ventrix --help' for examples and exit statuses.");
     }
-    const std::string word = argv[1];
-    const auto all = app.get_subcommands([](const CLI::App*) { return true; });
-    const bool known =
-        std::ranges::any_of(all, [&](const CLI::App* command) { return command->get_name() == word; });
-    if (!word.starts_with('-') && !known) {
-        const std::string meant = MeantWord(word, {"publish", "validate", "request"});
-        throw Stop{kExitUsage,
-                   "unknown command '" + word + '\'' +
-                       (meant.empty() ? std::string(" (expected publish, validate or request)") + kHint
-                                      : Suggestion(meant))};
+    app.add_subcommand("help", "Print the help for a command")
+        ->group("Commands")
+        ->add_option("COMMAND", helpTopic, "The command (default: all)")
+        ->type_name("");
+}
+
+std::vector<std::string> CommandNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands(nullptr)) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+constexpr char kExpected[] = " (expected publish, validate, request, init or help)";
+
+void RequireKnownCommand(const std::string& word, const CLI::App& app) {
+    const std::vector<std::string> names = CommandNames(app);
+    if (std::ranges::find(names, word) == names.end()) {
+        const std::string meant = MeantWord(word, names);
+        throw Stop{kExitUsage, "unknown command '" + word + '\'' +
+                                   (meant.empty() ? std::string(kExpected) + kHint : Suggestion(meant))};
+    }
+}
+
+void RequireCommand(const std::vector<std::string>& words, const CLI::App& app) {
+    if (words.empty()) {
+        std::cerr << kUsage;
+        throw Stop{kExitUsage, std::string("missing command") + kExpected};
+    }
+    if (!words.front().starts_with('-')) {
+        RequireKnownCommand(words.front(), app);
     }
 }
 
@@ -230,48 +383,74 @@ void RefuseEmptyValues(const CLI::App& command) {
     }
 }
 
-}  // namespace
+/// The type of an option's value; empty for a flag.
+std::string TypeOf(const CLI::Option& option) {
+    return option.get_expected_min() == 0 ? std::string() : option.get_type_name();
+}
 
-bool ReadOptions(int argc, char** argv, Options& options) {
-    CLI::App app{kDescription, "ventrix"};
-    app.set_version_flag("--version", std::string("ventrix ") + kVersion);
-    app.set_help_flag("--help,-h", "Print this help and exit");
-    app.require_subcommand(1);
-    app.footer(kFooter);
-    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    auto* publish = app.add_subcommand("publish", "Publish a document as a folder of HTML pages");
-    auto* validate = app.add_subcommand("validate", "Check whether a document can be published");
-    auto* request =
-        app.add_subcommand("request", "Send a request to the module as given, and print the reply");
-    publish->add_option("DOCUMENT", options.common.document, "DITA map, DITA topic or other XML file")
-        ->required()
-        ->type_name("");
-    validate->add_option("DOCUMENT", options.common.document, "DITA map, DITA topic or other XML file")
-        ->required()
-        ->type_name("");
-    request
-        ->add_option("--document", options.common.document,
-                     "Document to open; {docId} in TEXT is replaced by its id")
-        ->required()
-        ->type_name("DOCUMENT");
-    request->add_option(kRequestText, options.requestText, "Text of the request")->required()->type_name("");
-    AddPublish(*publish, options.publish);
-    publish
-        ->add_option("--resource", options.common.resources,
-                     "Map that defines keys for the document, for an installed toolkit; may be repeated")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
-    for (CLI::App* command : {publish, validate, request}) {
-        AddCommon(*command, options.common);
-        command->group("Commands");
-        command->footer("Run 'ventrix --help' for examples and exit statuses.");
+OptionDescription Describe(const CLI::Option& option) {
+    OptionDescription description{.name = option.get_lnames().front(),
+                                  .type = TypeOf(option),
+                                  .text = option.get_description(),
+                                  .group = option.get_group(),
+                                  .repeats = option.get_expected_max() > 1,
+                                  .excludes = {}};
+    for (const CLI::Option* other : option.get_excludes()) {
+        description.excludes.insert(other->get_lnames().front());
     }
-    // Set before parsing, so that usage errors are reported as JSON too.
-    options.common.json =
-        std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--json"; });
-    RequireCommand(argc, argv, app);
+    return description;
+}
+
+const char* NameOf(Command command) {
+    switch (command) {
+        case Command::kPublish:
+            return "publish";
+        case Command::kValidate:
+            return "validate";
+        case Command::kRequest:
+            return "request";
+        case Command::kInit:
+            return "init";
+    }
+    return "";
+}
+
+Command CommandOf(const std::string& name) {
+    for (const Command command : {Command::kValidate, Command::kRequest, Command::kInit}) {
+        if (name == NameOf(command)) {
+            return command;
+        }
+    }
+    return Command::kPublish;
+}
+
+void NoteGiven(const CLI::App& command, std::set<std::string>& given) {
+    for (const CLI::Option* option : command.get_options()) {
+        if (option->count() > 0 && !option->get_lnames().empty()) {
+            given.insert(option->get_lnames().front());
+        }
+    }
+}
+
+/// The help for a command; for all if the name is empty.
+std::string HelpFor(const std::string& name) {
+    CLI::App app{kDescription, "ventrix"};
+    Options options;
+    std::string topic;
+    AddCommands(app, options, topic);
+    if (name.empty()) {
+        return app.help();
+    }
+    RequireKnownCommand(name, app);
+    return app.get_subcommand(name)->help(app.get_name());
+}
+
+/// False if help or the version was printed instead.
+bool Parse(CLI::App& app, const std::vector<std::string>& words) {
+    // CLI11 takes the words from the end.
+    std::vector<std::string> reversed(words.rbegin(), words.rend());
     try {
-        app.parse(argc, argv);
+        app.parse(reversed);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) {
             RefuseUnknownOption(app);
@@ -280,10 +459,57 @@ bool ReadOptions(int argc, char** argv, Options& options) {
         app.exit(error);
         return false;
     }
-    RefuseEmptyValues(*app.get_subcommands().front());
-    options.command = *publish ? Command::kPublish : *validate ? Command::kValidate : Command::kRequest;
-    CheckPublishOptions(options.publish);
     return true;
+}
+
+}  // namespace
+
+std::vector<OptionDescription> OptionsOf(Command command) {
+    CLI::App app;
+    Options options;
+    std::string topic;
+    AddCommands(app, options, topic);
+    std::vector<OptionDescription> list;
+    for (const CLI::Option* option : app.get_subcommand(NameOf(command))->get_options()) {
+        if (!option->get_lnames().empty() && option->get_lnames().front() != "help") {
+            list.push_back(Describe(*option));
+        }
+    }
+    return list;
+}
+
+bool ReadOptions(const std::vector<std::string>& words, Options& options) {
+    CLI::App app{kDescription, "ventrix"};
+    std::string topic;
+    AddCommands(app, options, topic);
+    // Set before parsing, so that usage errors are reported as JSON too.
+    options.common.json = std::ranges::find(words, "--json") != words.end();
+    RequireCommand(words, app);
+    if (!Parse(app, words)) {
+        return false;
+    }
+    const CLI::App& command = *app.get_subcommands().front();
+    if (command.get_name() == "help") {
+        std::cout << HelpFor(topic);
+        return false;
+    }
+    RefuseEmptyValues(command);
+    NoteGiven(command, options.given);
+    options.command = CommandOf(command.get_name());
+    return true;
+}
+
+void RequireComplete(const Options& options) {
+    const bool takesProject = options.command == Command::kPublish || options.command == Command::kValidate;
+    if (takesProject && options.common.document.empty()) {
+        throw Stop{kExitUsage, std::string("DOCUMENT is required, or a ventrix.toml in this folder") + kHint};
+    }
+    if (options.command == Command::kPublish && options.publish.output.empty()) {
+        throw Stop{kExitUsage, std::string("--output is required") + kHint};
+    }
+    if (options.command == Command::kPublish) {
+        CheckPublishOptions(options.publish);
+    }
 }
 
 }  // namespace ventrix::desk

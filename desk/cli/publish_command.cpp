@@ -3,6 +3,7 @@
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/document_checks.h"
+#include "desk/cli/dry_run.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/protected_output.h"
 #include "desk/cli/publish_findings.h"
@@ -139,6 +140,10 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
     const auto session = StartSession(options.common, screen, report);
     const PublishPlan plan = MakePublishPlan(options, *session);
     ReportAbsentNames(options.publish, session->files.names, report, screen);
+    if (options.publish.dryRun) {
+        ShowDryRun(plan, options, *session, report, screen);
+        return report.warnings.empty() ? kExitDone : kExitFindings;
+    }
     PrivateLog log;
     ProtectedOutput output({.folder = ToFilesystem(plan.output),
                             .inputs = InputPaths(plan.inputs),

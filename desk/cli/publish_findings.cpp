@@ -12,15 +12,6 @@ bool IsPage(const FailedFile& failed) {
     return failed.file.utf8.ends_with(".html") || failed.file.utf8.ends_with(".htm");
 }
 
-/// Whether a finding is about the file that the line names. The line names the packaged copy, which has the
-/// same file name.
-bool IsNamed(const std::string& line, const std::vector<Finding>& findings) {
-    return std::ranges::any_of(findings, [&line](const Finding& finding) {
-        const std::string name = ToFilesystem(finding.file).filename().string();
-        return !name.empty() && line.find("/" + name) != std::string::npos;
-    });
-}
-
 }  // namespace
 
 std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& session,
@@ -35,7 +26,7 @@ std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& ses
     AddFailedFiles(outcome.log, findings);
     std::ranges::copy(outcome.unfinished, std::back_inserter(findings));
     for (const std::string& line : session.record.unread) {
-        if (!IsNamed(line, findings)) {
+        if (!NamesFileOf(line, findings)) {
             findings.push_back({session.document, 0, "not-transformed", line});
         }
     }

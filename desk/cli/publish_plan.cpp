@@ -128,6 +128,7 @@ std::vector<NativePath> Inputs(const PublishPlan& plan, const Session& session) 
     std::ranges::copy(plan.ditaval, std::back_inserter(inputs));
     std::ranges::copy(plan.resources, std::back_inserter(inputs));
     std::ranges::copy(LocalFiles(session.files), std::back_inserter(inputs));
+    inputs.push_back(plan.config);
     std::erase_if(inputs, [](const NativePath& path) { return path.Empty(); });
     return inputs;
 }
@@ -143,6 +144,7 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     plan.output = NormalPath(AbsolutePath({publish.output}));
     plan.log = options.common.log.empty() ? NativePath{plan.output.utf8 + ".log"}
                                           : AbsolutePath({options.common.log});
+    plan.config = AbsolutePath({options.common.config});
     plan.xslt = AbsolutePath({publish.xslt});
     plan.preScript = AbsolutePath({publish.preScript});
     plan.postScript = AbsolutePath({publish.postScript});

@@ -58,6 +58,7 @@ void Warn(RunReport& report, const Screen& screen, const Finding& finding) {
 
 void PrintReport(const RunReport& report) {
     PrintObject({{"schema", kSchema},
+                 {"deliverable", TextOrNull(report.deliverable)},
                  {"exitStatus", report.exitStatus},
                  {"error", TextOrNull(report.error)},
                  {"status", report.status ? json(*report.status) : json()},

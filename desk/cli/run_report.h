@@ -26,8 +26,12 @@ struct ReplyStrings {
 };
 
 struct RunReport {
+    NativePath document;      ///< Empty if the run did not come to it.
+    std::string deliverable;  ///< Of a project file; empty if it has no name.
     int exitStatus = 0;
-    std::string error;                   ///< Why the run failed; empty if it did not.
+    std::string error;  ///< Why the run failed; empty if it did not.
+    int errorLine = 0;  ///< In a document that cannot be read; 0 if unknown.
+    int errorColumn = 0;
     std::optional<std::int32_t> status;  ///< The module's; nothing if it did not reply.
     NativePath resultFolder, startPage, buildLog, log;
     std::string toolkit;  ///< What transformed the document; empty if nothing did.
@@ -36,6 +40,7 @@ struct RunReport {
     std::vector<FailedFile> failed;          ///< Files that the module could not load.
     std::vector<NativePath> missing;         ///< Referenced files that are missing or unreadable.
     std::vector<NativePath> valid, unsaved;  ///< From a Validate.
+    std::vector<Finding> unusable;           ///< From a Validate: missing and unsaved files, as findings.
     std::optional<ReplyStrings> reply;       ///< From a request that was given as text.
 };
 

@@ -47,15 +47,22 @@ bool WantsColors(const std::string& option) {
 }  // namespace
 
 Screen::Screen(const CommonOptions& options)
-    : json_(options.json),
+    : data_(options.json || options.format != "text"),
       quiet_(options.quiet),
       verbose_(options.verbose),
       colors_(WantsColors(options.color)),
-      progress_(!options.quiet && !options.json && isatty(STDERR_FILENO) == 1) {}
+      progress_(!options.quiet && !data_ && isatty(STDERR_FILENO) == 1) {}
 
 void Screen::Result(const std::string& text) const {
-    if (!json_) {
+    if (!data_) {
         std::cout << OneLine(text) << '\n';
+    }
+}
+
+void Screen::Heading(const std::string& text) const {
+    if (!data_) {
+        // Flushed, so that messages on standard error come after it.
+        std::cout << "== " << OneLine(text) << std::endl;
     }
 }
 

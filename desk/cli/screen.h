@@ -16,7 +16,8 @@ class Screen {
   public:
     explicit Screen(const CommonOptions& options);
 
-    void Result(const std::string& text) const;   ///< One line of the result; nothing with --json.
+    void Result(const std::string& text) const;   ///< One line of the result, unless it is printed as data.
+    void Heading(const std::string& text) const;  ///< Above the result of one of several runs.
     void Note(const std::string& text) const;     ///< Nothing with --quiet.
     void Warning(const std::string& text) const;  ///< Nothing with --quiet.
     void Error(const std::string& text) const;
@@ -27,7 +28,7 @@ class Screen {
   private:
     void Print(const char* color, const char* label, const std::string& text) const;
 
-    bool json_, quiet_, verbose_, colors_, progress_;
+    bool data_, quiet_, verbose_, colors_, progress_;
 };
 
 /// Prints a JSON object, the only output of --json, in one line on standard output. Invalid UTF-8, which a

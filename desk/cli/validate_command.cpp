@@ -9,6 +9,9 @@
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
+#include "desk/cli/validate_checks.h"
+#include "desk/toolkit/ditaval.h"
+#include "desk/xml/lenient_load.h"
 
 namespace ventrix::desk {
 namespace {
@@ -53,30 +56,79 @@ std::vector<NativePath> Unlisted(std::vector<NativePath> files, const RunLog& lo
     return files;
 }
 
-}  // namespace
+/// The referenced files that cannot be published, as findings.
+std::vector<Finding> UnusableFiles(const Session& session, const RunLog& log, std::int32_t mask) {
+    std::vector<Finding> findings = MissingReferences(session.files, log.broken);
+    for (const NativePath& file : log.unsaved) {
+        findings.push_back({file, 0, "unsaved", "has unsaved changes"});
+    }
+    if ((mask & kValidateOnSeveralRoots) != 0) {
+        findings.push_back({session.document, 0, "several-drives",
+                            "the files are on several drives and cannot be packaged"});
+    }
+    return findings;
+}
 
-int Validate(const Options& options, const Screen& screen, RunReport& report) {
-    const auto session = StartSession(options.common, screen, report);
-    const NativePath userLog = AbsolutePath({options.common.log});
-    RequireLog(userLog, LocalFiles(session->files));
+/// For a document that cannot be read, the place of its first error too.
+std::unique_ptr<Session> StartChecked(const Options& options, const Screen& screen, RunReport& report) {
+    report.document = AbsolutePath({options.common.document});
+    try {
+        return StartSession(options.common, screen, report);
+    } catch (const Stop& stop) {
+        if (stop.status == kExitUnreadable) {
+            const LenientDocument loaded = LoadLeniently(report.document);
+            report.errorLine = loaded.line;
+            report.errorColumn = loaded.column;
+        }
+        throw;
+    }
+}
+
+void CheckFilters(const std::vector<std::string>& filters) {
+    for (const std::string& filter : filters) {
+        std::string reason;
+        RequireFile("--ditaval", {filter});
+        if (!ReadDitaval(AbsolutePath({filter}), reason)) {
+            throw Stop{kExitUsage, "--ditaval: " + filter + " cannot be used: " + reason};
+        }
+    }
+}
+
+/// Sends the request. Throws Stop if the module did not check the files.
+RunLog CheckFiles(Session& session, const NativePath& userLog, const Screen& screen, RunReport& report) {
     PrivateLog privateLog;
     const Reply reply =
-        Send(*session, ValidateRequest(session->documentId, RequireSystemPath(privateLog.Path())));
+        Send(session, ValidateRequest(session.documentId, RequireSystemPath(privateLog.Path())));
     if (reply.status < 0) {
         throw Stop{kExitRefused, "the module refused the request"};
     }
     if (reply.status == kValidateWithoutLog) {
         throw Stop{kExitRefused, "the module could not write its log"};
     }
-    const RunLog log = ReadRunLog(privateLog.Text());
+    report.status = reply.status;
+    RunLog log = ReadRunLog(privateLog.Text());
     if (const std::string problem = privateLog.AppendTo(userLog); !problem.empty()) {
         Warn(report, screen, {{}, 0, "log", problem});
     }
-    report.status = reply.status;
+    return log;
+}
+
+}  // namespace
+
+int Validate(const Options& options, const Screen& screen, RunReport& report) {
+    CheckFilters(options.publish.ditaval);
+    const auto session = StartChecked(options, screen, report);
+    const NativePath userLog = AbsolutePath({options.common.log});
+    std::vector<NativePath> inputs = LocalFiles(session->files);
+    inputs.push_back(AbsolutePath({options.common.config}));
+    RequireLog(userLog, inputs);
+    const RunLog log = CheckFiles(*session, userLog, screen, report);
+    const std::int32_t mask = *report.status;
     report.log = userLog;
     report.valid = log.valid;
     report.missing = log.broken;
     report.unsaved = log.unsaved;
+    report.unusable = UnusableFiles(*session, log, mask);
     for (const NativePath& file : Unlisted(LocalFiles(session->files), log)) {
         Warn(report, screen,
              {file, 0, "not-checked", "the module's log does not report whether it is readable"});
@@ -86,8 +138,14 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
              {session->document, 0, "graphics-on-other-drive",
               "some graphics are on a different drive from the document and would not be packaged"});
     }
-    Show(screen, log, reply.status);
-    return reply.status == 0 && report.warnings.empty() ? kExitDone : kExitFindings;
+    // A publish of files on several drives ends before it reads them.
+    if ((mask & kValidateOnSeveralRoots) == 0) {
+        for (const Finding& finding : PublishProblems(*session, options, log.broken)) {
+            Warn(report, screen, finding);
+        }
+    }
+    Show(screen, log, mask);
+    return mask == 0 && report.warnings.empty() ? kExitDone : kExitFindings;
 }
 
 }  // namespace ventrix::desk

@@ -51,10 +51,11 @@ void ReportUnread(Publication& publication, const std::string& reason) {
 }
 
 /// What a page lacks: a warning in the log and a finding.
-void Remark(Publication& publication, const NativePath& topic, long line, const std::string& text) {
+void Remark(Publication& publication, const NativePath& topic, long line, const char* rule,
+            const std::string& text) {
     publication.warn(topic.utf8 + (line > 0 ? ": line " + std::to_string(line) : std::string()) + ": " +
                      text);
-    publication.run.finding({topic, static_cast<int>(line), text});
+    publication.run.finding({topic, static_cast<int>(line), text, rule});
 }
 
 void WaitForPage(Publication& publication, const NativePath& topic) {
@@ -81,6 +82,9 @@ void CopyFile(Publication& publication, const NativePath& source, const NativePa
     std::error_code error;
     if (!std::filesystem::is_regular_file(ToFilesystem(source), error)) {
         ReportUnread(publication, source.utf8 + ": the file is missing");
+        return;
+    }
+    if (!publication.run.writes) {
         return;
     }
     std::filesystem::create_directories(ToFilesystem(target).parent_path(), error);
@@ -178,7 +182,7 @@ void Write(Publication& publication, const NativePath& page, const std::string& 
     if (content.empty()) {
         return;
     }
-    if (!WriteOutput(page, content)) {
+    if (publication.run.writes && !WriteOutput(page, content)) {
         Fail(publication, page.utf8 + " cannot be written; check its permissions and the free space");
         return;
     }
@@ -227,8 +231,8 @@ void MakePage(Publication& publication, const NativePath& topic) {
         publication.warn(remark);
     }
     xmlDoc* document = loaded.document.get();
-    const RemarkSink remarks = [&](long line, const std::string& text) {
-        Remark(publication, topic, line, text);
+    const RemarkSink remarks = [&](long line, const char* rule, const std::string& text) {
+        Remark(publication, topic, line, rule, text);
     };
     ReportUnhandled(document, topic, publication.run.finding);
     ResolveConrefs(document, publication.navigation.keys, publication.library, remarks);
@@ -280,7 +284,7 @@ std::string MakePages(Publication& publication) {
         MakeIndex(publication);
     }
     for (const DeadLink& link : publication.links.DeadLinks(publication.written)) {
-        Remark(publication, link.topic, link.line, link.problem);
+        Remark(publication, link.topic, link.line, kBrokenLink, link.problem);
     }
     return publication.failure;
 }
@@ -300,7 +304,8 @@ bool ReadRules(const DitaRun& run, Ditaval& rules, std::string& reason) {
         if (read->firstFlag > 0) {
             run.finding({filter, read->firstFlag,
                          "flagging is not handled: what the rule flags is published without a flag; the DITA "
-                         "Open Toolkit handles it (--toolkit)"});
+                         "Open Toolkit handles it (--toolkit)",
+                         kNotHandled});
         }
         rules.excludes.merge(read->excludes);
     }

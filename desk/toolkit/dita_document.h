@@ -13,8 +13,9 @@
 
 namespace ventrix::desk {
 
-/// Receives what could not be done in a document: the line, 0 if unknown, and one line of text.
-using RemarkSink = std::function<void(long line, const std::string& text)>;
+/// Receives what could not be done in a document: the line, 0 if unknown, the rule (dita_run.h), and one line
+/// of text.
+using RemarkSink = std::function<void(long line, const char* rule, const std::string& text)>;
 
 struct DitaDocument {
     XmlDocument document;  ///< Null if it is missing, not well-formed, or excluded as a whole.

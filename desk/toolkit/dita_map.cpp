@@ -21,9 +21,10 @@ struct MapReader {
     std::vector<NativePath> openMaps;  ///< From the root map down, to detect maps that contain themselves.
 };
 
-void Remark(const MapReader& reader, const NativePath& map, long line, const std::string& text) {
+void Remark(const MapReader& reader, const NativePath& map, long line, const char* rule,
+            const std::string& text) {
     reader.run.log("warning: " + map.utf8 + ": " + text);
-    reader.run.finding({map, static_cast<int>(line), text});
+    reader.run.finding({map, static_cast<int>(line), text, rule});
 }
 
 /// What topicrefs pass on to the topicrefs in them.
@@ -71,7 +72,9 @@ const DitaDocument& Load(MapReader& reader, const NativePath& path) {
     if (map.document != nullptr) {
         ReportUnhandled(map.document.get(), path, reader.run.finding);
         ResolveConrefs(map.document.get(), {}, reader.library,
-                       [&](long line, const std::string& text) { Remark(reader, path, line, text); });
+                       [&](long line, const char* rule, const std::string& text) {
+                           Remark(reader, path, line, rule, text);
+                       });
     } else if (!map.excluded) {
         reader.run.log("warning: " + map.reason);
         reader.run.unread(map.reason);
@@ -102,8 +105,8 @@ void LoadMaps(MapReader& reader, const NativePath& map) {
             continue;
         }
         const NativePath& file = path;
-        const RemarkSink remarks = [&](long line, const std::string& text) {
-            Remark(reader, file, line, text);
+        const RemarkSink remarks = [&](long line, const char* rule, const std::string& text) {
+            Remark(reader, file, line, rule, text);
         };
         ResolveConrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
         ResolveKeyrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
@@ -245,7 +248,7 @@ void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherit
              std::vector<NavigationItem>& items) {
     auto& open = reader.openMaps;
     if (std::find(open.begin(), open.end(), path) != open.end()) {
-        Remark(reader, path, 0, "the map contains itself; remove the reference to it");
+        Remark(reader, path, 0, kToolkitRule, "the map contains itself; remove the reference to it");
         return;
     }
     const DitaDocument& map = Load(reader, path);

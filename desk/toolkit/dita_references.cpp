@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "desk/toolkit/dita_classes.h"
+#include "desk/toolkit/dita_run.h"
 #include "desk/xml/file_access.h"
 #include "desk/xml/limits.h"
 #include "platform/native_files.h"
@@ -120,7 +121,7 @@ xmlNode* ReplaceWithTarget(xmlNode* referring, const std::string& conref, DitaLi
     xmlReplaceNode(referring, copy);
     xmlFreeNode(referring);
     if (!CopyRange(original, copy, end)) {
-        remarks(xmlGetLineNo(copy),
+        remarks(xmlGetLineNo(copy), kDeadReference,
                 "conrefend=\"" + end + "\" is no element after the target; only the target is reused");
     }
     return copy;
@@ -170,10 +171,10 @@ void KeepOwnContent(const ConrefRun& run, xmlNode* element, const std::string& c
         return;
     }
     if (!conref.empty()) {
-        run.remarks(xmlGetLineNo(element),
+        run.remarks(xmlGetLineNo(element), kDeadReference,
                     "conref=\"" + conref + "\" has no usable target; the element keeps its own content");
     } else if (!key.empty()) {
-        run.remarks(xmlGetLineNo(element),
+        run.remarks(xmlGetLineNo(element), kUnknownKey,
                     "conkeyref=\"" + key +
                         "\": the map does not define this key with a target; the element "
                         "keeps its own content");
@@ -287,7 +288,7 @@ std::optional<std::string> CodeOf(const xmlNode* element, const RemarkSink& rema
     if (!target.has_value() || (scope != nullptr && !scope->Permits(target->path, nullptr)) ||
         platform::ReadRegularFile(ToFilesystem(target->path), kMaxFileBytes, content) ||
         xmlCheckUTF8(Xml(content.c_str())) == 0) {
-        remarks(xmlGetLineNo(element),
+        remarks(xmlGetLineNo(element), kDeadReference,
                 "coderef \"" + href + "\" is not a readable UTF-8 file; its lines are missing");
         return std::nullopt;
     }
@@ -349,7 +350,8 @@ void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library
         const std::size_t slash = std::min(reference.find('/'), reference.size());
         const auto key = keys.find(reference.substr(0, slash));
         if (key == keys.end()) {
-            remarks(xmlGetLineNo(node), "keyref=\"" + reference + "\": the map does not define this key");
+            remarks(xmlGetLineNo(node), kUnknownKey,
+                    "keyref=\"" + reference + "\": the map does not define this key");
             continue;
         }
         ApplyKey(node, key->second, slash < reference.size() ? reference.substr(slash + 1) : std::string(),

@@ -9,11 +9,19 @@
 
 namespace ventrix::desk {
 
+// The rules of the built-in toolkit, by which a finding is sorted; docs/findings.md describes them.
+inline constexpr char kBrokenLink[] = "broken-link";
+inline constexpr char kUnknownKey[] = "unknown-key";
+inline constexpr char kDeadReference[] = "dead-reference";
+inline constexpr char kNotHandled[] = "not-handled";
+inline constexpr char kToolkitRule[] = "toolkit";  ///< Everything else.
+
 /// Something in a document that a toolkit did not do.
 struct DitaFinding {
     NativePath file;
     int line = 0;  ///< 0 if unknown.
     std::string text;
+    std::string rule = kToolkitRule;
 };
 
 /// One run of a DITA transformation.
@@ -28,6 +36,9 @@ struct DitaRun {
 
     /// Receives what was not done, although the run succeeds.
     std::function<void(const DitaFinding&)> finding = [](const DitaFinding&) {};
+
+    /// False to look for findings only: no file is written, and `pages` need not exist.
+    bool writes = true;
 
     // For an installed toolkit only.
     std::string transtype = "xhtml";

@@ -65,14 +65,15 @@ void ReportElement(const xmlNode* node, const NativePath& file,
     for (const UnhandledType& row : kTypes) {
         if (types.find(row.type) != std::string::npos && HasType(node, row.type) &&
             MakesList(node, row.type)) {
-            finding({file, line, element + " is not handled: " + row.effect + kAdvice});
+            finding({file, line, element + " is not handled: " + row.effect + kAdvice, kNotHandled});
         }
     }
     for (const UnhandledAttribute& row : kAttributes) {
         if (node->properties != nullptr && xmlHasProp(node, Xml(row.name)) != nullptr) {
             finding({file, line,
                      row.name + ("=\"" + Attribute(node, row.name)) + "\" of " + element +
-                         " is not handled: " + row.effect + kAdvice});
+                         " is not handled: " + row.effect + kAdvice,
+                     kNotHandled});
         }
     }
 }

@@ -18,6 +18,7 @@ namespace {
 /// The parse errors that count; libxml2 recovers from the others.
 struct Errors {
     std::string first;
+    int line = 0, column = 0;  ///< Of the first.
     std::vector<std::string> undeclared;
 };
 
@@ -42,6 +43,8 @@ void CollectError(void* context, xmlErrorPtr error) {
         errors.undeclared.push_back(text);
     } else if (error->level == XML_ERR_FATAL && errors.first.empty()) {
         errors.first = text;
+        errors.line = error->line;
+        errors.column = error->int2;
     }
 }
 
@@ -104,6 +107,8 @@ void Parse(const std::string& content, const NativePath& path, int extraOptions,
     if (result.document == nullptr && result.reason.empty()) {
         result.reason = "the file contains no XML element";
     }
+    result.line = errors.line;
+    result.column = errors.column;
     result.wellFormed = result.reason.empty();
     result.undeclaredEntities = std::move(errors.undeclared);
 }

@@ -16,6 +16,7 @@ struct LenientDocument {
     XmlDocument document;       ///< What could be read; null if there is not even a root element.
     bool wellFormed = false;    ///< True too if undeclared entities are the only errors.
     std::string reason;         ///< The first error, one line, with its line number; empty if well-formed.
+    int line = 0, column = 0;   ///< Of the first error; 0 if unknown.
     bool beyondLimits = false;  ///< The document exceeds a limit of limits.h, which `reason` names.
     std::vector<std::string> undeclaredEntities;  ///< One message for each, in document order.
 

@@ -77,12 +77,17 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         return further;
     };
     const Row rows[] = {
-        {{}, 2, "", "error: missing command (expected publish, validate or request); see --help"},
+        {{}, 2, "", "error: missing command (expected publish, validate, request, init or help)"},
         {{"publsh"}, 2, "", "error: unknown command 'publsh'; did you mean 'publish'? See --help"},
         {{"frob"},
          2,
          "",
-         "error: unknown command 'frob' (expected publish, validate or request); see --help"},
+         "error: unknown command 'frob' (expected publish, validate, request, init or help); see --help"},
+        {{"help", "publsh"}, 2, "", "error: unknown command 'publsh'; did you mean 'publish'? See --help"},
+        {with({"--dry-run", "--json"}), 2, "\"exitStatus\":2", "excludes"},
+        {{"validate", "src/a.dita", "--format", "xml"}, 2, "", "--format: xml not in"},
+        {{"validate", "src/a.dita", "--ditaval", "none"}, 2, "", "--ditaval: none is not a readable file"},
+        {with({"--config", "none.toml"}), 2, "", "--config: none.toml is not a readable file"},
         {{"publish", "--outptu", "out"}, 2, "", "unknown option '--outptu'; did you mean '--output'?"},
         {{"publish"}, 2, "", "DOCUMENT is required"},
         {{"publish", "src/a.dita"}, 2, "", "--output is required"},
@@ -146,10 +151,24 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
     const Row rows[] = {
         {{"--help"}, 0, "128  plus the number of the signal", ""},
         {{"publish", "--help"}, 0, "--scoped-attributes", ""},
+        {{"help"}, 0, "128  plus the number of the signal", ""},
+        {{"help", "validate"}, 0, "Usage: ventrix validate [OPTIONS] [DOCUMENT]", ""},
         {{"--version"}, 0, "ventrix 1.0.0.1\n", ""},
+        {{"-V"}, 0, "ventrix 1.0.0.1\n", ""},
     };
     for (const Row& row : rows) {
         ExpectRow(row, Run(row.arguments));
+    }
+}
+
+TEST_F(CommandLine, HelpListsOptionsInGroups) {
+    const std::string help = Run({"help", "publish"}).out;
+    std::size_t at = 0;
+    for (const char* text : {"What to carry:", "--attributes", "How to transform:", "--xslt", "Where to:",
+                             "--output", "What to read:", "--config", "How to report:", "--json", "--help"}) {
+        const std::size_t found = help.find(text, at);
+        ASSERT_NE(found, std::string::npos) << text << "\n" << help;
+        at = found;
     }
 }
 

@@ -86,10 +86,12 @@ TEST_F(JsonOutput, ValidateListsFilesAndWarnings) {
     EXPECT_EQ(object["valid"], json::array({folder.Native("gaps.ditamap"), folder.Native("open.dita")}));
     EXPECT_EQ(object["missing"], json::array({folder.Native("none.dita")}));
     EXPECT_EQ(object["unsaved"], json::array({folder.Native("a.dita")}));
-    ASSERT_EQ(object["warnings"].size(), 1U) << object;
+    ASSERT_EQ(object["warnings"].size(), 2U) << object;
     EXPECT_EQ(object["warnings"][0]["code"], "reference-left-out");
     EXPECT_EQ(object["warnings"][0]["file"], folder.Native("gaps.ditamap"));
     EXPECT_EQ(object["warnings"][0]["line"], 1);
+    EXPECT_EQ(object["warnings"][1]["code"], "not-readable");
+    EXPECT_EQ(object["warnings"][1]["file"], folder.Native("open.dita"));
 }
 
 TEST_F(JsonOutput, MalformedDriveIsAFinding) {

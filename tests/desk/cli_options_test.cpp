@@ -11,16 +11,12 @@ namespace {
 
 /// The message of the refusal; empty if the options are accepted.
 std::string Refusal(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words{"ventrix", "publish", "a.dita", "-o", "out"};
+    std::vector<std::string> words{"publish", "a.dita", "-o", "out"};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    pointers.reserve(words.size());
-    for (std::string& word : words) {
-        pointers.push_back(word.data());
-    }
     Options options;
     try {
-        ReadOptions(static_cast<int>(pointers.size()), pointers.data(), options);
+        ReadOptions(words, options);
+        RequireComplete(options);
     } catch (const Stop& stop) {
         EXPECT_EQ(stop.status, kExitUsage);
         return stop.text;

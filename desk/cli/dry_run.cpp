@@ -1,0 +1,122 @@
+#include "desk/cli/dry_run.h"
+
+#include <filesystem>
+#include <set>
+
+#include "desk/checks/package_checks.h"
+#include "desk/cli/exit_status.h"
+#include "desk/cli/file_findings.h"
+#include "desk/cli/protected_output.h"
+#include "desk/output/manifest.h"
+#include "desk/output/output_checks.h"
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+namespace {
+
+/// What an output folder contains, as paths below it.
+struct FolderContent {
+    std::vector<std::string> replaced;  ///< Made by the earlier result.
+    std::vector<std::string> kept;      ///< The user's own files, and pages that were edited.
+};
+
+void ShowList(const Screen& screen, const char* title, const std::vector<std::string>& lines) {
+    screen.Result(title + (" (" + std::to_string(lines.size()) + ")"));
+    for (const std::string& line : lines) {
+        screen.Result("  " + line);
+    }
+}
+
+/// Throws Stop for the reasons for which a publish refuses the folder.
+void RequireOutput(const fs::path& output, const Manifest& manifest, const PublishPlan& plan, bool force) {
+    std::string refusal = WhyNeverAllowed(output, InputPaths(plan.inputs));
+    if (refusal.empty()) {
+        refusal = WhyNotOurs(output, manifest, force);
+    }
+    const std::string notMovable = refusal.empty() ? WhyNotMovable(output) : std::string();
+    if (!notMovable.empty()) {
+        refusal = WhyNotUsableInPlace(output, manifest, notMovable);
+    }
+    if (!refusal.empty()) {
+        throw Stop{kExitOutputRefused, plan.output.utf8 + ' ' + refusal};
+    }
+}
+
+FolderContent ContentOf(const fs::path& output, const Manifest& manifest,
+                        std::vector<std::string>& findings) {
+    FolderContent content;
+    std::error_code error;
+    if (!fs::exists(output, error)) {
+        return content;
+    }
+    Manifest present;
+    present.mark = manifest.mark;
+    ListFiles(output, present, findings);
+    for (const auto& [name, stamp] : present.files) {
+        const bool isOurs = IsUnmodified(manifest, output, ToFilesystem({name}));
+        const bool edited = !isOurs && ListsFile(manifest, ToFilesystem({name}));
+        (isOurs ? content.replaced : content.kept).push_back(name + (edited ? " (edited)" : ""));
+    }
+    return content;
+}
+
+std::vector<std::string> PackagedFiles(const Session& session, const std::vector<NativePath>& missing) {
+    const std::set<NativePath> absent(missing.begin(), missing.end());
+    std::vector<std::string> packaged;
+    for (const NativePath& source : PackageLayoutOf(session.files, session.document).sources) {
+        if (!absent.contains(source)) {
+            packaged.push_back(source.utf8);
+        }
+    }
+    return packaged;
+}
+
+std::vector<std::string> Steps(const PublishPlan& plan) {
+    std::vector<std::string> steps;
+    if (!plan.preScript.Empty()) {
+        steps.push_back("script " + plan.preScript.utf8);
+    }
+    if (plan.ditaOt) {
+        steps.push_back("toolkit: " + plan.toolkit);
+    }
+    if (!plan.xslt.Empty()) {
+        steps.push_back("stylesheet " + plan.xslt.utf8 + " (" + plan.xsltEngine + ')');
+    }
+    for (const NativePath& filter : plan.ditaval) {
+        steps.push_back("filter " + filter.utf8);
+    }
+    if (!plan.postScript.Empty()) {
+        steps.push_back("script " + plan.postScript.utf8);
+    }
+    return steps;
+}
+
+}  // namespace
+
+void ShowDryRun(const PublishPlan& plan, const Options& options, const Session& session, RunReport& report,
+                const Screen& screen) {
+    const fs::path output = RealOutput(ToFilesystem(plan.output));
+    const Manifest manifest = ReadManifest(output, kResultMark);
+    RequireOutput(output, manifest, plan, options.publish.force);
+    const std::vector<NativePath> missing = MissingFiles(session.files);
+    std::vector<Finding> findings;
+    AddMissingFiles(session.files, missing, findings);
+    std::vector<std::string> unlisted;
+    const FolderContent content = ContentOf(output, manifest, unlisted);
+    for (const std::string& line : unlisted) {
+        findings.push_back({{}, 0, "output", line});
+    }
+    for (const Finding& finding : findings) {
+        Warn(report, screen, finding);
+    }
+    ShowList(screen, "package", PackagedFiles(session, missing));
+    ShowList(screen, "transform", Steps(plan));
+    screen.Result("output:    " + FromFilesystem(output).utf8);
+    ShowList(screen, "replace", content.replaced);
+    ShowList(screen, "keep", content.kept);
+    screen.Result("log:       " + plan.log.utf8);
+    screen.Note("dry run: nothing was changed");
+}
+
+}  // namespace ventrix::desk

@@ -1,0 +1,275 @@
+#include "desk/cli/project_runs.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <optional>
+
+#include "desk/cli/exit_status.h"
+#include "desk/cli/path_options.h"
+#include "desk/cli/project_file.h"
+#include "desk/cli/spelling.h"
+
+namespace fs = std::filesystem;
+
+namespace ventrix::desk {
+namespace {
+
+/// Options that name a result, which two deliverables cannot share.
+constexpr std::array<const char*, 3> kResultOptions = {"output", "out-file", "report"};
+
+bool IsFile(const NativePath& path) {
+    std::error_code error;
+    return !path.Empty() && fs::is_regular_file(ToFilesystem(path), error);
+}
+
+/// Whether there is anything with this name. What is not a readable file is reported, not passed over.
+bool IsPresent(const NativePath& path) {
+    std::error_code error;
+    return fs::exists(fs::symlink_status(ToFilesystem(path), error));
+}
+
+/// Empty if there is none.
+NativePath FindProject(const CommonOptions& common) {
+    if (!common.config.empty()) {
+        RequireFile("--config", {common.config});
+        return AbsolutePath({common.config});
+    }
+    const NativePath document = AbsolutePath({common.document});
+    if (IsFile(document)) {
+        NativePath beside{FolderOf(document).utf8 + kProjectFileName};
+        if (IsPresent(beside)) {
+            return beside;
+        }
+    }
+    NativePath here = AbsolutePath({kProjectFileName});
+    return IsPresent(here) ? here : NativePath{};
+}
+
+std::string Quoted(const std::vector<Deliverable>& deliverables) {
+    std::string names;
+    for (const Deliverable& deliverable : deliverables) {
+        names += (names.empty() ? "'" : ", '") + deliverable.name + '\'';
+    }
+    return names;
+}
+
+std::vector<std::string> NamesOf(const Project& project) {
+    std::vector<std::string> names;
+    for (const Deliverable& deliverable : project.deliverables) {
+        if (!deliverable.name.empty()) {
+            names.push_back(deliverable.name);
+        }
+    }
+    return names;
+}
+
+[[noreturn]] void RefuseUnknown(const Project& project, const std::string& name) {
+    const std::string meant = MeantWord(name, NamesOf(project));
+    throw Stop{kExitUsage, "'" + name + "' is neither a file nor a deliverable of " + project.file.utf8 +
+                               (meant.empty() ? " (deliverables: " + Quoted(project.deliverables) + ")"
+                                              : "; did you mean '" + meant + "'?")};
+}
+
+/// The deliverables that the word on the command line means: by name, else those of the document; all without
+/// a word. None for a document that is no deliverable.
+std::vector<Deliverable> Select(const Project& project, const std::string& word,
+                                std::vector<std::string>& notes) {
+    if (word.empty()) {
+        return project.deliverables;
+    }
+    const NativePath path = RealPath(AbsolutePath({word}));
+    std::vector<Deliverable> selected;
+    const auto named = std::ranges::find(project.deliverables, word, &Deliverable::name);
+    if (named != project.deliverables.end()) {
+        if (IsFile(path) && path != RealPath(named->document)) {
+            notes.push_back("'" + word + "' is taken as the deliverable of this name; for the file write ./" +
+                            word);
+        }
+        return {*named};
+    }
+    std::ranges::copy_if(project.deliverables, std::back_inserter(selected),
+                         [&path](const Deliverable& one) { return RealPath(one.document) == path; });
+    std::error_code error;
+    const bool exists = fs::exists(ToFilesystem(path), error);
+    if (!exists && word.find('/') == std::string::npos && !NamesOf(project).empty()) {
+        RefuseUnknown(project, word);
+    }
+    return selected;
+}
+
+const ProjectSetting* Find(const std::vector<ProjectSetting>& settings, const std::string& option) {
+    const auto found = std::ranges::find(settings, option, &ProjectSetting::option);
+    return found == settings.end() ? nullptr : &*found;
+}
+
+/// What the file sets for the deliverable: the deliverable's own value, else the default. Null if neither.
+const ProjectSetting* Find(const Project& project, const Deliverable& deliverable,
+                           const std::string& option) {
+    const ProjectSetting* own = Find(deliverable.settings, option);
+    return own != nullptr ? own : Find(project.defaults, option);
+}
+
+/// Whether two results would be written to one place. A folder also contains what is below it.
+bool Collide(const ProjectSetting& a, const ProjectSetting& b) {
+    const NativePath first = RealPath({a.values.front()});
+    const NativePath second = RealPath({b.values.front()});
+    return first == second ||
+           (a.option == "output" && (IsBelowOrEqual(first, second) || IsBelowOrEqual(second, first)));
+}
+
+void RequireSeparateResults(const Project& project, const Deliverable& a, const Deliverable& b) {
+    for (const char* option : kResultOptions) {
+        const ProjectSetting* first = Find(project, a, option);
+        const ProjectSetting* second = Find(project, b, option);
+        if (first != nullptr && second != nullptr && Collide(*first, *second)) {
+            throw Stop{kExitUsage, project.file.utf8 + ':' + std::to_string(second->line) + ": " + option +
+                                       ": the deliverables '" + a.name + "' and '" + b.name +
+                                       "' would replace each other's results in " + second->values.front() +
+                                       "; give each a place of its own"};
+        }
+    }
+}
+
+void RequireSeparateResults(const Project& project) {
+    const std::vector<Deliverable>& all = project.deliverables;
+    for (auto b = all.begin(); b != all.end(); ++b) {
+        for (auto a = all.begin(); a != b; ++a) {
+            RequireSeparateResults(project, *a, *b);
+        }
+    }
+}
+
+/// One place on the command line for the results of several deliverables.
+void RefuseSharedResult(const std::vector<Deliverable>& selected, const Options& options) {
+    for (const char* option : kResultOptions) {
+        if (selected.size() > 1 && options.given.contains(option)) {
+            throw Stop{kExitUsage, std::string("--") + option + ": the deliverables " + Quoted(selected) +
+                                       " cannot share it; name the one to publish"};
+        }
+    }
+}
+
+/// Whether one of the options is on: a flag that is set to false excludes nothing.
+bool ExcludedBy(const OptionDescription& option, const std::vector<ProjectSetting>& settings) {
+    return std::ranges::any_of(settings, [&option](const ProjectSetting& setting) {
+        const bool off = setting.isFlag && setting.values.front() == "false";
+        return option.excludes.contains(setting.option) && !off;
+    });
+}
+
+bool ExcludedBy(const OptionDescription& option, const std::set<std::string>& given) {
+    return std::ranges::any_of(option.excludes,
+                               [&given](const std::string& other) { return given.contains(other); });
+}
+
+/// The settings that apply to a command: a later layer replaces an earlier one's value of the same option,
+/// and removes options that cannot be combined with its own.
+std::vector<ProjectSetting> Merge(const Project& project, const Deliverable* deliverable,
+                                  const Options& options) {
+    const std::vector<ProjectSetting> none;
+    const std::vector<ProjectSetting>& own = deliverable == nullptr ? none : deliverable->settings;
+    std::vector<ProjectSetting> merged;
+    for (const OptionDescription& option : OptionsOf(options.command)) {
+        if (options.given.contains(option.name) || ExcludedBy(option, options.given)) {
+            continue;
+        }
+        if (const ProjectSetting* setting = Find(own, option.name)) {
+            merged.push_back(*setting);
+        } else if (const ProjectSetting* common = Find(project.defaults, option.name);
+                   common != nullptr && !ExcludedBy(option, own)) {
+            merged.push_back(*common);
+        }
+    }
+    return merged;
+}
+
+/// The command line with the settings in front.
+std::vector<std::string> WithSettings(const std::vector<std::string>& words,
+                                      const std::vector<ProjectSetting>& settings) {
+    std::vector<std::string> all{words.front()};
+    for (const ProjectSetting& setting : settings) {
+        for (const std::string& value : setting.values) {
+            if (!setting.isFlag) {
+                all.push_back("--" + setting.option + '=' + value);
+            } else if (value == "true") {
+                all.push_back("--" + setting.option);
+            }
+        }
+    }
+    all.insert(all.end(), words.begin() + 1, words.end());
+    return all;
+}
+
+/// Reports an error of a run with its place in the project file.
+[[noreturn]] void RefuseRun(const Stop& stop, const Options& run, const Project& project,
+                            const Deliverable* deliverable) {
+    std::string text = WithOrigin(stop.text, run);
+    if (text == stop.text && deliverable != nullptr) {
+        text = project.file.utf8 + ':' + std::to_string(deliverable->line) + ": " +
+               (deliverable->name.empty() ? "" : "deliverable '" + deliverable->name + "': ") + text;
+    }
+    throw Stop{stop.status, text};
+}
+
+Options PlanRun(const std::vector<std::string>& words, const Options& options, const Project& project,
+                const Deliverable* deliverable) {
+    const std::vector<ProjectSetting> settings = Merge(project, deliverable, options);
+    Options run;
+    for (const ProjectSetting& setting : settings) {
+        run.origins[setting.option] = project.file.utf8 + ':' + std::to_string(setting.line);
+    }
+    try {
+        ReadOptions(WithSettings(words, settings), run);
+        run.common.document = deliverable == nullptr ? options.common.document : deliverable->document.utf8;
+        run.common.config = project.file.utf8;
+        run.deliverable = deliverable == nullptr ? std::string() : deliverable->name;
+        RequireComplete(run);
+    } catch (const Stop& stop) {
+        RefuseRun(stop, run, project, deliverable);
+    }
+    return run;
+}
+
+}  // namespace
+
+RunPlan PlanRuns(const std::vector<std::string>& words, const Options& options) {
+    RunPlan plan;
+    const bool usesProject = options.command == Command::kPublish || options.command == Command::kValidate;
+    const NativePath file = usesProject ? FindProject(options.common) : NativePath{};
+    if (file.Empty()) {
+        RequireComplete(options);
+        plan.runs.push_back(options);
+        return plan;
+    }
+    const Project project = ReadProject(file);
+    RequireSeparateResults(project);
+    const std::vector<Deliverable> selected = Select(project, options.common.document, plan.notes);
+    if (selected.empty() && options.common.document.empty()) {
+        throw Stop{kExitUsage, file.utf8 +
+                                   " names no document; add one as document = \"...\", or as a "
+                                   "[[publish]] table"};
+    }
+    if (options.common.config.empty()) {
+        plan.notes.push_back("options from " + file.utf8);
+    }
+    RefuseSharedResult(selected, options);
+    if (selected.empty()) {
+        plan.runs.push_back(PlanRun(words, options, project, nullptr));
+    }
+    for (const Deliverable& deliverable : selected) {
+        plan.runs.push_back(PlanRun(words, options, project, &deliverable));
+    }
+    return plan;
+}
+
+std::string WithOrigin(const std::string& text, const Options& options) {
+    if (!text.starts_with("--")) {
+        return text;
+    }
+    const std::string option = text.substr(2, text.find_first_of(": ", 2) - 2);
+    const auto origin = options.origins.find(option);
+    return origin == options.origins.end() ? text : origin->second + ": " + text;
+}
+
+}  // namespace ventrix::desk

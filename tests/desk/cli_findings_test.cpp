@@ -1,0 +1,205 @@
+#include <gtest/gtest.h>
+#include <libxml/parser.h>
+
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "desk/cli/findings_format.h"
+#include "desk/command_line.h"
+#include "desk/xml/xml_handles.h"
+
+namespace ventrix::desk {
+namespace {
+
+using nlohmann::json;
+using test::Finished;
+using test::RunVentrix;
+
+/// Runs validations of a guide with one fault of each kind.
+class Findings : public testing::Test {
+  protected:
+    Findings() {
+        folder.Write("guide.ditamap",
+                     "<map><title>Guide</title>\n"
+                     "  <topicref href=\"good.dita\"/><topicref href=\"faults.dita\"/>\n"
+                     "  <topicref href=\"none.dita\"/><topicref href=\"open.dita\"/>\n"
+                     "  <keydef keys=\"known\" href=\"good.dita\"/>\n"
+                     "</map>");
+        folder.Write("good.dita",
+                     "<topic id=\"g\"><title>Good</title><body><p id=\"p\">P <keyword keyref=\"known\"/>"
+                     "</p></body></topic>");
+        folder.Write("faults.dita",
+                     "<topic id=\"f\"><title>Faults</title><body>\n"
+                     "  <p>\xc3\xa4\xc3\xb6 <xref href=\"good.dita#g/absent\">link</xref></p>\n"
+                     "  <p>The <keyword keyref=\"unknown\"/> pump</p>\n"
+                     "  <p conref=\"good.dita#g/gone\"/>\n"
+                     "  <p conkeyref=\"lost/p\"/>\n"
+                     "  <p><longdescref href=\"good.dita\"/></p>\n"
+                     "  <p><xref href=\"good.dita#g/p\">works</xref></p>\n"
+                     "</body></topic>");
+        folder.Write("open.dita", "<topic id=\"o\"><title>Open</title><body>\n<p>open</body></topic>");
+        folder.Write("clean.dita", "<topic id=\"c\"><title>Clean</title></topic>");
+    }
+
+    Finished Validate(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "validate");
+        return RunVentrix(folder, arguments);
+    }
+
+    /// What the schema says about the objects, each printed by one run.
+    std::string Check(const std::string& schema, const std::vector<std::string>& objects) {
+        std::string lines;
+        for (const std::string& object : objects) {
+            lines += json::parse(object).dump() + '\n';
+        }
+        folder.Write("objects", lines);
+        return RunVentrix(folder,
+                          {"-c", "exec /usr/bin/python3 \"$@\"", "sh", VENTRIX_JSON_CHECK, schema, "objects"},
+                          {.program = "/bin/sh"})
+            .out;
+    }
+
+    test::TestFolder folder;
+};
+
+TEST_F(Findings, HaveRulesLinesAndColumns) {
+    const Finished finished = Validate({"guide.ditamap", "--format", "json"});
+    EXPECT_EQ(finished.status, 1);
+    const json object = json::parse(finished.out);
+    ASSERT_EQ(object["documents"].size(), 1U);
+    std::vector<std::string> found;
+    for (const json& finding : object["documents"][0]["findings"]) {
+        const auto number = [&finding](const char* member) {
+            return finding[member].is_null() ? std::string("-") : std::to_string(finding[member].get<int>());
+        };
+        const auto file = finding["file"].get<std::string>();
+        found.push_back(finding["rule"].get<std::string>() + ' ' + file.substr(file.find_last_of('/') + 1) +
+                        ' ' + number("line") + ' ' + number("column"));
+    }
+    EXPECT_EQ(found, (std::vector<std::string>{
+                         "missing guide.ditamap 3 19",
+                         "not-readable open.dita 2 15",
+                         "not-handled faults.dita 6 -",
+                         "dead-reference faults.dita 4 6",
+                         "unknown-key faults.dita 5 6",
+                         "unknown-key faults.dita 3 19",
+                         "broken-link faults.dita 2 15",
+                     }))
+        << object.dump(1);
+}
+
+TEST_F(Findings, AreThoseOfAPublish) {
+    const std::string published = RunVentrix(folder, {"publish", "guide.ditamap", "-o", "out"}).error;
+    const std::string validated = Validate({"guide.ditamap"}).error;
+    for (const char* text :
+         {"faults.dita:2: the link leads to \"g__absent\"", "faults.dita:3: keyref=\"unknown\"",
+          "faults.dita:4: conref=", "faults.dita:5: conkeyref=\"lost/p\"", "faults.dita:6: <longdescref>",
+          "open.dita"}) {
+        EXPECT_NE(published.find(text), std::string::npos) << text << published;
+        EXPECT_NE(validated.find(text), std::string::npos) << text << validated;
+    }
+    EXPECT_FALSE(folder.Exists("xhtml")) << "a validation writes nothing";
+    EXPECT_EQ(folder.Count(), 7) << "the sources and the result of the publish with its log";
+}
+
+TEST_F(Findings, DependOnTheFilterAndTheToolkit) {
+    folder.Write("f.ditaval", "<val><prop att=\"audience\" val=\"x\" action=\"exclude\"/></val>");
+    folder.Write("t.dita",
+                 "<topic id=\"t\"><title>T</title><body><p audience=\"x\" conref=\"good.dita#g/gone\"/>"
+                 "</body></topic>");
+    EXPECT_EQ(Validate({"t.dita"}).status, 1);
+    EXPECT_EQ(Validate({"t.dita", "--ditaval", "f.ditaval"}).status, 0);
+    folder.Write(
+        "t.dita",
+        "<topic id=\"t\"><title>T</title><body><p><longdescref href=\"good.dita\"/></p></body></topic>");
+    EXPECT_EQ(Validate({"t.dita"}).status, 1);
+    EXPECT_EQ(Validate({"t.dita", "--toolkit", "installed"}).status, 0);
+}
+
+TEST_F(Findings, JsonAndSarifMatchTheirSchemas) {
+    folder.Write("broken.dita", "<topic>\n <p></topic>");
+    folder.Write("ventrix.toml",
+                 "[[publish]]\nname = \"g\"\ndocument = \"guide.ditamap\"\n"
+                 "output = \"o1\"\n[[publish]]\nname = \"c\"\ndocument = \"clean.dita\"\n"
+                 "output = \"o2\"\n[[publish]]\nname = \"b\"\ndocument = \"broken.dita\"\n"
+                 "output = \"o3\"\n");
+    std::map<std::string, std::vector<std::string>> printed;
+    for (const std::string format : {"json", "sarif"}) {
+        for (const std::string word : {"g", "clean.dita", "broken.dita"}) {
+            printed[format].push_back(Validate({word, "--format", format}).out);
+        }
+        const Finished all = Validate({"--format", format});
+        EXPECT_EQ(all.status, 3) << "the worst";
+        printed[format].push_back(all.out);
+    }
+    EXPECT_EQ(Check(VENTRIX_FINDINGS_SCHEMA, printed["json"]), "4 objects are valid\n");
+    EXPECT_EQ(Check(VENTRIX_SARIF_STRUCTURE, printed["sarif"]), "4 objects are valid\n");
+
+    const json sarif = json::parse(printed["sarif"].back());
+    ASSERT_EQ(sarif["runs"].size(), 3U);
+    EXPECT_EQ(sarif["runs"][0]["automationDetails"]["id"], "g");
+    EXPECT_EQ(sarif["runs"][1]["results"], json::array());
+    const json& broken = sarif["runs"][2]["results"][0];
+    EXPECT_EQ(broken["ruleId"], "unreadable-document");
+    EXPECT_EQ(broken["level"], "error");
+    const json& place = broken["locations"][0]["physicalLocation"];
+    EXPECT_EQ(place["artifactLocation"], json({{"uri", "broken.dita"}, {"uriBaseId", "%SRCROOT%"}}));
+    EXPECT_EQ(place["region"]["startLine"], 2);
+
+    std::set<std::string> rules;
+    for (const json& rule : sarif["runs"][0]["tool"]["driver"]["rules"]) {
+        rules.insert(rule["id"]);
+    }
+    for (const json& result : sarif["runs"][0]["results"]) {
+        EXPECT_TRUE(rules.contains(result["ruleId"])) << result;
+    }
+}
+
+TEST_F(Findings, JunitCountsATestForEachFindingAndEachCleanFile) {
+    const Finished finished = Validate({"guide.ditamap", "--format", "junit"});
+    const XmlDocument document(xmlReadMemory(finished.out.data(), static_cast<int>(finished.out.size()),
+                                             "junit.xml", nullptr, XML_PARSE_NOERROR));
+    ASSERT_NE(document, nullptr) << finished.out;
+    const xmlNode* suites = xmlDocGetRootElement(document.get());
+    const xmlNode* suite = xmlFirstElementChild(const_cast<xmlNode*>(suites));
+    ASSERT_NE(suite, nullptr);
+    EXPECT_EQ(Attribute(suite, "name"), "guide.ditamap");
+    int tests = 0;
+    int failures = 0;
+    for (const xmlNode* one = xmlFirstElementChild(const_cast<xmlNode*>(suite)); one != nullptr;
+         one = one->next) {
+        if (one->type == XML_ELEMENT_NODE) {
+            ++tests;
+            failures += xmlFirstElementChild(const_cast<xmlNode*>(one)) == nullptr ? 0 : 1;
+        }
+    }
+    EXPECT_EQ(failures, 7);
+    EXPECT_EQ(Attribute(suite, "failures"), std::to_string(failures));
+    EXPECT_EQ(Attribute(suite, "tests"), std::to_string(tests));
+    EXPECT_EQ(tests, 8) << "good.dita passes";
+    EXPECT_NE(finished.out.find("keyref=&quot;unknown&quot;"), std::string::npos) << finished.out;
+}
+
+TEST(FindingsFormat, ExpressesEveryPathAndText) {
+    RunReport report;
+    report.document = {"/d/a b.dita"};
+    report.exitStatus = 1;
+    report.warnings = {{{"/d/\xff.dita"}, 2, "toolkit", "text \x01 <&\">", 3}, {{}, 0, "log", "lost"}};
+    for (const char* format : {"json", "sarif"}) {
+        const json object = json::parse(FormatFindings(format, {report}), nullptr, false);
+        EXPECT_FALSE(object.is_discarded()) << format;
+    }
+    const json sarif = json::parse(FormatFindings("sarif", {report}));
+    const json& results = sarif["runs"][0]["results"];
+    EXPECT_EQ(results[1]["locations"][0]["physicalLocation"]["artifactLocation"]["uri"],
+              "file:///d/a%20b.dita")
+        << "a finding without a file is about the document";
+    const std::string junit = FormatFindings("junit", {report});
+    const XmlDocument document(
+        xmlReadMemory(junit.data(), static_cast<int>(junit.size()), "j.xml", nullptr, XML_PARSE_NOERROR));
+    EXPECT_NE(document, nullptr) << junit;
+    EXPECT_NE(junit.find("text \\x01 &lt;&amp;&quot;&gt;"), std::string::npos) << junit;
+}
+
+}  // namespace
+}  // namespace ventrix::desk
