@@ -159,12 +159,27 @@ void AddPreservation(CLI::App& command, PublishOptions& publish) {
         "Leave marker text in attribute values, comments, scripts and other files of the result");
 }
 
+/// What readers and programs are given to use what the pages carry.
+void AddPageData(CLI::App& command, PublishOptions& publish) {
+    command.add_flag("--map", publish.map,
+                     "Write ventrix-map.json beside the start page: where each element that carries data is "
+                     "and comes from");
+    CLI::Option* const viewer = command.add_flag(
+        "--viewer", publish.viewer, "Add a viewer to the pages that filters them and shows their sources");
+    command
+        .add_option("--editor-root", publish.editorRoot,
+                    "Folder where an editor finds the sources; the viewer links to them")
+        ->type_name("FOLDER")
+        ->needs(viewer);
+}
+
 void AddPublish(CLI::App& command, PublishOptions& publish) {
     command.add_option("-o,--output", publish.output, "Folder for the result; replaces an earlier result")
         ->required()
         ->type_name("FOLDER");
     AddTransformation(command, publish);
     AddPreservation(command, publish);
+    AddPageData(command, publish);
     command.add_flag("--force", publish.force,
                      "Use an output folder that contains other files; they are kept");
 }

@@ -33,6 +33,9 @@ struct PublishOptions {
     bool noTransform = false;
     bool xpath = false;
     bool keepMarkers = false;
+    bool map = false;
+    bool viewer = false;
+    std::string editorRoot;
     std::string xslt, preScript, postScript, outFile, transtype;
     std::vector<std::string> ditaval;
     std::vector<std::string> toolkitParams, params, stringParams;  ///< Each as `NAME=VALUE`.
