@@ -202,6 +202,20 @@ void AddPreservation(CLI::App& command, PublishOptions& publish) {
         "Leave marker text in attribute values, comments, scripts and other files of the result");
 }
 
+/// What readers and programs are given to use what the pages carry.
+void AddPageData(CLI::App& command, PublishOptions& publish) {
+    command.add_flag("--map", publish.map,
+                     "Write ventrix-map.json beside the start page: where each element that carries data is "
+                     "and comes from");
+    CLI::Option* const viewer = command.add_flag(
+        "--viewer", publish.viewer, "Add a viewer to the pages that filters them and shows their sources");
+    command
+        .add_option("--editor-root", publish.editorRoot,
+                    "Folder where an editor finds the sources; the viewer links to them")
+        ->type_name("FOLDER")
+        ->needs(viewer);
+}
+
 void AddPlaces(CLI::App& command, PublishOptions& publish) {
     command.add_option("-o,--output", publish.output, "Folder for the result; replaces an earlier result")
         ->type_name("FOLDER");
@@ -232,6 +246,7 @@ void AddPublish(CLI::App& command, Options& options) {
     AddToolkit(command, options.common);
     GroupAdded(command, kTransformGroup);
     AddPlaces(command, options.publish);
+    AddPageData(command, options.publish);
     GroupAdded(command, kPlaceGroup);
     AddConfig(command, options.common);
     AddResources(command, options.common);

@@ -38,6 +38,9 @@ struct PublishOptions {
     bool xpath = false;
     bool keepMarkers = false;
     bool dryRun = false;
+    bool map = false;
+    bool viewer = false;
+    std::string editorRoot;
     std::string xslt, preScript, postScript, outFile, transtype;
     std::vector<std::string> ditaval;
     std::vector<std::string> toolkitParams, params, stringParams;  ///< Each as `NAME=VALUE`.

@@ -1,10 +1,13 @@
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/document_checks.h"
 #include "desk/cli/dry_run.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/page_data.h"
 #include "desk/cli/protected_output.h"
 #include "desk/cli/publish_findings.h"
 #include "desk/cli/publish_run.h"
@@ -157,6 +160,8 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
         outcome = RunPublish(plan, options, *session, log, screen);
         FillReport(plan, *session, outcome, report);
         RequireResult(outcome);
+        std::ranges::move(AddPageData(options.publish, *session, outcome, report.pages),
+                          std::back_inserter(outcome.unfinished));
         status = Conclude(plan, *session, outcome, report, screen);
     } catch (...) {
         DeliverLog(log, plan, report, screen);

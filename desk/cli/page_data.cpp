@@ -1,0 +1,58 @@
+#include "desk/cli/page_data.h"
+
+#include "desk/cli/installation.h"
+#include "desk/pages/page_map.h"
+#include "desk/pages/viewer.h"
+
+namespace ventrix::desk {
+namespace {
+
+CarryingAttributes AttributesOf(const PublishOptions& options) {
+    CarryingAttributes names;
+    names.tags = options.targetAttr.empty() ? names.tags : options.targetAttr;
+    names.xpath = options.xpathAttr;
+    names.sourcePath = options.sourcePathAttr;
+    return names;
+}
+
+std::vector<NativePath> XmlSources(const DocumentFiles& files) {
+    std::vector<NativePath> sources;
+    for (const DocumentFile& file : files.files) {
+        if (!file.path.Empty() && file.key == kDocumentKey && !file.opaque) {
+            sources.push_back(file.path);
+        }
+    }
+    return sources;
+}
+
+}  // namespace
+
+std::vector<Finding> AddPageData(const PublishOptions& options, const Session& session,
+                                 const PublishOutcome& outcome, const std::vector<ReportedPage>& pages) {
+    std::vector<Finding> findings;
+    if ((!options.map && !options.viewer) || outcome.startPage.Empty()) {
+        return findings;
+    }
+    const CarryingAttributes names = AttributesOf(options);
+    const NativePath folder = FolderOf(outcome.startPage);
+    SourcePlaces places(XmlSources(session.files), session.document);
+    std::vector<MappedPage> mapped;
+    for (const ReportedPage& page : pages) {
+        mapped.push_back(MapPage(page.page, page.source, names, places, findings));
+    }
+    if (options.map && !WriteMap(mapped, session.document, folder)) {
+        findings.push_back({NormalPath({folder.utf8 + kMapName}), 0, "map", "cannot be written"});
+    }
+    if (options.viewer) {
+        AddViewer(mapped, folder,
+                  {.data = FindInstallation().folder,
+                   .document = session.document,
+                   .tags = names.tags,
+                   .xpath = names.xpath,
+                   .editorRoot = AbsolutePath({options.editorRoot})},
+                  findings);
+    }
+    return findings;
+}
+
+}  // namespace ventrix::desk

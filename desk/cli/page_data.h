@@ -1,0 +1,19 @@
+// What is added to the pages of a result on request: the map of their elements, and the viewer.
+#pragma once
+
+#include <vector>
+
+#include "desk/checks/finding.h"
+#include "desk/cli/options.h"
+#include "desk/cli/publish_run.h"
+#include "desk/cli/run_report.h"
+#include "desk/cli/session.h"
+
+namespace ventrix::desk {
+
+/// Writes the map beside the start page and adds the viewer to the pages, as far as the options ask for them.
+/// Returns what could not be done.
+std::vector<Finding> AddPageData(const PublishOptions& options, const Session& session,
+                                 const PublishOutcome& outcome, const std::vector<ReportedPage>& pages);
+
+}  // namespace ventrix::desk
