@@ -159,12 +159,20 @@ void AddPreservation(CLI::App& command, PublishOptions& publish) {
         "Leave marker text in attribute values, comments, scripts and other files of the result");
 }
 
+void AddReporting(CLI::App& command, PublishOptions& publish) {
+    command
+        .add_option("--report", publish.report,
+                    "Write which of the preserved places did not arrive, as a page (.html) or as data (.json)")
+        ->type_name("FILE");
+}
+
 void AddPublish(CLI::App& command, PublishOptions& publish) {
     command.add_option("-o,--output", publish.output, "Folder for the result; replaces an earlier result")
         ->required()
         ->type_name("FOLDER");
     AddTransformation(command, publish);
     AddPreservation(command, publish);
+    AddReporting(command, publish);
     command.add_flag("--force", publish.force,
                      "Use an output folder that contains other files; they are kept");
 }

@@ -34,6 +34,7 @@ struct PublishOptions {
     bool xpath = false;
     bool keepMarkers = false;
     std::string xslt, preScript, postScript, outFile, transtype;
+    std::string report;  ///< The file of the loss report.
     std::vector<std::string> ditaval;
     std::vector<std::string> toolkitParams, params, stringParams;  ///< Each as `NAME=VALUE`.
     std::string xsltEngine;                                        ///< libxslt or saxon.
