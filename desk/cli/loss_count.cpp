@@ -219,7 +219,7 @@ LossReport LossOf(CountedMarkers markers, const PublishPlan& plan, const Publish
     }
     LossReport report = MakeLossReport(std::move(markers.sources), markers.result, markers.strings,
                                        PreservedItems(PreservationOf(options)), files);
-    report.notCounted = markers.notCounted;
+    report.notCounted = pages.empty() ? "the run wrote no pages" : markers.notCounted;
     report.document = session.document;
     report.resultFolder = resultFolder;
     report.toolkit = plan.toolkit;

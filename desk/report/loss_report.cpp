@@ -19,6 +19,8 @@ struct Reason {
     const char* sentence;
 };
 
+constexpr int kAnyFile = -2;  ///< No file and no unknown file.
+
 constexpr Reason kAbsent{"absent", "its marker text is not in the result"};
 constexpr Reason kCopied{"only-copied", "its marker text is only in places that are not decoded, such as attribute values"};
 constexpr Reason kChanged{"changed", "the transformation changed the letters of its marker text"};
@@ -91,15 +93,20 @@ class ReportMaker {
         AddRepeats(match);
     }
 
-    void AddCopies() {
-        std::unordered_map<int, Candidates> byGroup;
+    /// Of equal groups, those in the file that the page was made from are more likely.
+    void AddCopies(const std::vector<int>& sourceOfPage) {
+        std::map<std::pair<int, int>, Candidates> byGroupAndFile;
         for (const Carrier& carrier : sources_.carriers) {
             if (copiedGroups_.contains(carrier.group)) {
-                byGroup[carrier.group].Add(carrier.place);
+                byGroupAndFile[{carrier.group, carrier.place.file}].Add(carrier.place);
+                byGroupAndFile[{carrier.group, kAnyFile}].Add(carrier.place);
             }
         }
         for (const MarkerCopy& copy : result_.copies) {
-            report_.copied.push_back({SpotOf(copy), Shown(copy), byGroup[copy.group]});
+            const auto near = byGroupAndFile.find({copy.group, At(sourceOfPage, copy.page)});
+            const Candidates candidates =
+                near == byGroupAndFile.end() ? byGroupAndFile[{copy.group, kAnyFile}] : near->second;
+            report_.copied.push_back({SpotOf(copy), Shown(copy), candidates});
         }
         for (const MarkerCopy& change : result_.changed) {
             report_.changed.push_back({SpotOf(change), Shown(change), {}});
@@ -287,7 +294,7 @@ LossReport MakeLossReport(SourceTrace sources, const ResultTrace& result, const 
     for (const Match& match : MatchGroups(report.sources, result, sourceOfPage)) {
         maker.Add(match);
     }
-    maker.AddCopies();
+    maker.AddCopies(sourceOfPage);
     std::ranges::stable_sort(report.lost, [](const LostPlace& a, const LostPlace& b) {
         return OrderOf(a) < OrderOf(b);
     });

@@ -26,18 +26,18 @@ body { margin: 0 auto; max-width: 90rem; padding: 1.5rem; background: var(--back
 h1 { font-size: 1.6rem; margin: 0 0 .3rem; } h2 { font-size: 1.2rem; margin: 2rem 0 .5rem; }
 p { margin: .3rem 0; max-width: 60rem; } .quiet { color: var(--quiet); } a { color: var(--link); }
 .scroll { overflow-x: auto; }
-table { border-collapse: collapse; width: 100%; } caption { text-align: left; color: var(--quiet); padding: .3rem 0; }
+table { border-collapse: collapse; width: 100%; } .wide { min-width: 60rem; }
 th, td { text-align: left; vertical-align: top; padding: .4rem .6rem; border-bottom: 1px solid var(--line); }
 thead th { background: var(--panel); } .number { text-align: right; font-variant-numeric: tabular-nums; }
-th button { font: inherit; font-weight: bold; color: inherit; background: none; border: 0; padding: 0; cursor: pointer; }
+th button { font: inherit; font-weight: bold; text-align: left; white-space: nowrap; color: inherit; background: none; border: 0; padding: 0; cursor: pointer; }
 th button::after { content: " \2195"; color: var(--quiet); } th[aria-sort=ascending] button::after { content: " \2191"; }
 th[aria-sort=descending] button::after { content: " \2193"; }
 code { font: .85rem/1.5 ui-monospace, monospace; overflow-wrap: anywhere; } ul { margin: 0; padding-left: 1.1rem; }
 .good { color: var(--good); } .bad { color: var(--bad); font-weight: bold; }
 meter { width: 8rem; height: .9rem; }
 form { display: flex; flex-wrap: wrap; gap: .5rem 1.2rem; align-items: end; background: var(--panel); padding: .7rem;
-  border-radius: .4rem; } label { display: grid; gap: .1rem; color: var(--quiet); font-size: .9rem; }
-input, select { font: inherit; color: var(--text); background: var(--back); border: 1px solid var(--quiet);
+  border-radius: .4rem; } label { display: grid; gap: .1rem; min-width: 0; color: var(--quiet); font-size: .9rem; }
+input, select { max-width: 100%; font: inherit; color: var(--text); background: var(--back); border: 1px solid var(--quiet);
   border-radius: .25rem; padding: .25rem .4rem; }
 :focus-visible { outline: 2px solid var(--link); outline-offset: 2px; }
 .js form { display: flex; } form { display: none; } [hidden] { display: none; }
@@ -172,7 +172,7 @@ class PageWriter {
         const std::size_t places = PlacesOf(report_);
         const std::size_t lost = LostOf(report_);
         page_ += "<h1>Loss report</h1>\n<p class=\"quiet\">" + Escaped(NameOf(report_.document)) +
-                 (report_.toolkit.empty() ? "" : ", transformed with " + Escaped(report_.toolkit)) + "</p>\n";
+                 (report_.toolkit.empty() ? "" : "; toolkit: " + Escaped(report_.toolkit)) + "</p>\n";
         if (!report_.notCounted.empty()) {
             page_ += "<p><strong>Not counted:</strong> " + Escaped(report_.notCounted) + "</p>\n";
             return;
@@ -194,7 +194,7 @@ class PageWriter {
             const std::string arrived = std::to_string(count.arrived);
             const std::string share =
                 count.places == 0 ? "<span class=\"quiet\">none in the sources</span>"
-                                  : "<meter min=\"0\" max=\"" + places + "\" value=\"" + arrived + "\">" + arrived +
+                                  : "<meter aria-label=\"arrived\" min=\"0\" max=\"" + places + "\" value=\"" + arrived + "\">" + arrived +
                                         " of " + places + "</meter>";
             page_ += "<tr><th scope=\"row\">" + Escaped(NameOf(count.item)) + "</th>" + Number(places) +
                      Number(arrived) + Number(std::to_string(lost), lost > 0 ? " bad" : "") + "<td data-value=\"" +
@@ -215,8 +215,10 @@ class PageWriter {
         for (const LostPlace& lost : report_.lost) {
             const PreservedItem& item = report_.items[static_cast<std::size_t>(lost.item)].item;
             const std::string kind = Escaped(NameOf(item));
+            // The XPath of the place says it already.
+            const std::string value = item.kind == ItemKind::kXPath ? std::string() : Code(lost.value);
             page_ += "<tr data-item=\"" + kind + "\" data-reason=\"" + Escaped(lost.reason) + "\"><td>" + kind +
-                     "</td><td>" + Code(lost.value) + "</td>";
+                     "</td><td>" + value + "</td>";
             WritePlace(lost.candidates, lost.count);
             page_ += "<td>" + Escaped(DescribeReason(lost.reason)) + "</td></tr>\n";
         }
@@ -315,7 +317,7 @@ class PageWriter {
     /// The heads of the columns; one that begins with "#" has numbers.
     void OpenTable(const std::string& id, const std::vector<std::string>& heads) {
         page_ += "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-labelledby=\"" + id + "-title\"><table id=\"" +
-                 id + "\"><thead><tr>";
+                 id + (id == "items" ? "\"" : "\" class=\"wide\"") + "><thead><tr>";
         for (const std::string& head : heads) {
             const bool isNumber = head.starts_with('#');
             page_ += std::string("<th scope=\"col\"") + (isNumber ? " class=\"number\"" : "") +
