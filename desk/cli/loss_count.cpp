@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
-#include <set>
 
 #include "desk/checks/package_checks.h"
 #include "desk/cli/exit_status.h"
@@ -55,30 +54,6 @@ bool IsDecodedName(const fs::path& name) {
     return name.extension() == ".html" || name.extension() == ".htm";
 }
 
-std::vector<EncodedFile> EncodedFiles(const MarkedFolders& copies, const NativePath& commonFolder) {
-    std::vector<EncodedFile> files;
-    for (const fs::path& name : FilesBelow(copies.sources)) {
-        files.push_back({FromFilesystem(fs::path(copies.sources) / name),
-                         FromFilesystem(ToFilesystem(commonFolder) / name)});
-    }
-    return files;
-}
-
-std::vector<ResultFile> ResultFiles(const MarkedFolders& copies, const PublishPlan& plan, const RunLog& log) {
-    std::set<NativePath> undecoded;
-    for (const FailedFile& failed : log.failed) {
-        undecoded.insert(failed.file);
-    }
-    std::vector<ResultFile> files;
-    for (const fs::path& name : FilesBelow(copies.result)) {
-        const NativePath place = FromFilesystem(ToFilesystem(plan.output) / name);
-        const bool isPage = IsDecodedName(name) || name.extension() == ".xhtml" || place == plan.outFile;
-        files.push_back({FromFilesystem(fs::path(copies.result) / name), FromFilesystem(name), isPage,
-                         IsDecodedName(name) && !undecoded.contains(place)});
-    }
-    return files;
-}
-
 /// The pages of a run that the module does not decode, in their own place.
 void AddUndecoded(const PublishPlan& plan, std::vector<ResultFile>& files) {
     if (plan.undecoded.Empty() || IsBelowOrEqual(RealPath(plan.undecoded), RealPath(plan.output))) {
@@ -107,7 +82,8 @@ class FinalPlaces {
         const fs::path depth =
             ToFilesystem(FolderOf(session.document)).lexically_relative(ToFilesystem(base));
         former_ = result_;
-        if (!depth.empty() && result_.string().ends_with("/" + NormalPath({"/" + depth.string()}).utf8.substr(1))) {
+        if (!depth.empty() &&
+            result_.string().ends_with("/" + NormalPath({"/" + depth.string()}).utf8.substr(1))) {
             for (const fs::path& part : depth) {
                 former_ = part.empty() || part == "." ? former_ : former_.parent_path();
             }
@@ -130,8 +106,8 @@ std::string ItemNames(const LossReport& report) {
     std::string names;
     for (const ItemCount& count : report.items) {
         if (count.arrived < count.places) {
-            names += (names.empty() ? "" : ", ") + (count.item.name.empty() ? "XPath" : count.item.name) + ' ' +
-                     std::to_string(count.places - count.arrived);
+            names += (names.empty() ? "" : ", ") + (count.item.name.empty() ? "XPath" : count.item.name) +
+                     ' ' + std::to_string(count.places - count.arrived);
         }
     }
     return names;
@@ -151,13 +127,6 @@ void RequireReport(const NativePath& report, const PublishPlan& plan) {
     if (!IsReportName(report.utf8)) {
         refuse("must end in .html or .json");
     }
-    if (!fs::is_directory(path.parent_path(), error)) {
-        refuse("is in a folder that does not exist; create it first");
-    }
-    if (fs::exists(path, error) && !fs::is_regular_file(path, error)) {
-        refuse("is not a file; choose another name");
-    }
-    RequireNoInput("--report", report, plan.inputs);
     const NativePath real = RealPath(report);
     if (IsBelowOrEqual(real, RealPath(plan.output))) {
         refuse("is in the output folder, which is replaced; choose a file outside it");
@@ -167,6 +136,13 @@ void RequireReport(const NativePath& report, const PublishPlan& plan) {
     }
     if (!plan.outFile.Empty() && IsBelowOrEqual(real, RealPath(plan.outFile))) {
         refuse("is the output path of the transformation or in it; choose another file");
+    }
+    RequireNoInput("--report", report, plan.inputs);
+    if (!fs::is_directory(path.parent_path(), error)) {
+        refuse("is in a folder that does not exist; create it first");
+    }
+    if (fs::exists(path, error) && !fs::is_regular_file(path, error)) {
+        refuse("is not a file; choose another name");
     }
 }
 
@@ -184,23 +160,80 @@ Preservation PreservationOf(const PublishOptions& options) {
     return preservation;
 }
 
-CountedMarkers CountMarkers(const MarkedFolders& copies, const PublishPlan& plan,
-                            const PublishOptions& options, const Session& session, const RunLog& log) {
-    CountedMarkers markers;
-    if (!AreCopied(copies)) {
-        markers.notCounted =
-            "the marker text could not be copied for it; check the free space in the folder for temporary files";
-        return markers;
+MarkerCounter::MarkerCounter(const PublishPlan& plan, const PublishOptions& options, const Session& session,
+                             MarkedFolders copies)
+    : plan_(plan), session_(session), copies_(std::move(copies)), preservation_(PreservationOf(options)) {}
+
+/// A pre-script may have changed the package, of which its recorder has a copy.
+void MarkerCounter::TransformationStarts() {
+    if (!hasSources_ && plan_.preScript.Empty()) {
+        ReadSources(plan_.output.utf8);
+    } else if (!hasSources_ && AreCopied(copies_.sources)) {
+        ReadSources(copies_.sources);
     }
-    const Preservation preservation = PreservationOf(options);
-    const PreservedItems items(preservation);
-    const NativePath base = PackageLayoutOf(session.files, session.document).commonFolder;
-    markers.sources = TraceSources(EncodedFiles(copies, base), preservation, items, markers.strings);
-    std::vector<ResultFile> files = ResultFiles(copies, plan, log);
-    AddUndecoded(plan, files);
-    markers.result = TraceResult(files, preservation, markers.strings);
-    markers.notCounted.clear();
-    return markers;
+}
+
+/// A post-script may change the result, which its recorder then copies.
+void MarkerCounter::TransformationEnds() {
+    if (plan_.postScript.Empty()) {
+        ReadResult(plan_.output.utf8);
+    }
+}
+
+void MarkerCounter::ReadSources(const std::string& folder) {
+    markers_.notCounted = ReasonOf([&] {
+        const NativePath base = PackageLayoutOf(session_.files, session_.document).commonFolder;
+        sourceNames_ = XmlFilesBelow(folder);
+        std::vector<EncodedFile> files;
+        for (const fs::path& name : sourceNames_) {
+            files.push_back({FromFilesystem(folder / name), FromFilesystem(ToFilesystem(base) / name)});
+        }
+        markers_.sources =
+            TraceSources(files, preservation_, PreservedItems(preservation_), markers_.strings);
+        hasSources_ = true;
+        return std::string();
+    });
+}
+
+void MarkerCounter::ReadResult(const std::string& folder) {
+    if (!hasSources_ || hasResult_) {
+        return;
+    }
+    markers_.notCounted = ReasonOf([&] {
+        std::vector<ResultFile> files;
+        for (const fs::path& name : MarkedFilesBelow(folder, sourceNames_)) {
+            const bool isOutFile = plan_.output.utf8 + '/' + name.string() == plan_.outFile.utf8;
+            const bool isPage = IsDecodedName(name) || name.extension() == ".xhtml" || isOutFile;
+            files.push_back(
+                {FromFilesystem(folder / name), FromFilesystem(name), isPage, IsDecodedName(name)});
+        }
+        AddUndecoded(plan_, files);
+        markers_.result = TraceResult(files, preservation_, markers_.strings);
+        hasResult_ = true;
+        return std::string();
+    });
+}
+
+CountedMarkers MarkerCounter::Finish(const RunLog& log) {
+    if (!hasSources_ && AreCopied(copies_.sources)) {
+        ReadSources(copies_.sources);
+    }
+    if (AreCopied(copies_.result)) {
+        ReadResult(copies_.result);
+    }
+    if (!hasResult_ && markers_.notCounted.empty()) {
+        markers_.notCounted =
+            "the files with marker text could not be copied; check the free space in the folder for "
+            "temporary "
+            "files";
+    }
+    const std::string folder = plan_.output.utf8 + '/';
+    for (const FailedFile& failed : log.failed) {
+        if (failed.file.utf8.starts_with(folder)) {
+            MarkUndecoded({failed.file.utf8.substr(folder.size())}, markers_.strings, markers_.result);
+        }
+    }
+    return std::move(markers_);
 }
 
 LossReport LossOf(CountedMarkers markers, const PublishPlan& plan, const PublishOptions& options,

@@ -1,7 +1,8 @@
-// Counts what a publish preserved: reads the copies of files with marker text that a run has made, and makes
-// the loss report of them.
+// Counts what a publish preserved: reads the files with marker text of a run, before and after the
+// transformation, and makes the loss report of them.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -18,21 +19,45 @@ namespace ventrix::desk {
 
 /// The marker groups of a run on both sides of the transformation.
 struct CountedMarkers {
-    std::string notCounted = "the run did not get that far";  ///< Empty if they were counted.
+    std::string notCounted;  ///< Empty if they were counted.
     SourceTrace sources;
     ResultTrace result;
     StringTable strings;
 };
 
+Preservation PreservationOf(const PublishOptions& options);
+
+/// Reads the marker groups of a run when it reaches them. The module calls it in the middle of its work, so
+/// nothing is thrown.
+class MarkerCounter {
+  public:
+    /// Everything must outlive the counter. `copies` is where the recorder of a script copies what it finds.
+    MarkerCounter(const PublishPlan& plan, const PublishOptions& options, const Session& session,
+                  MarkedFolders copies);
+
+    void TransformationStarts();
+    void TransformationEnds();
+
+    /// What was read, and what the recorder has copied. `log` names the pages that were not decoded.
+    CountedMarkers Finish(const RunLog& log);
+
+  private:
+    void ReadSources(const std::string& folder);
+    void ReadResult(const std::string& folder);
+
+    const PublishPlan& plan_;
+    const Session& session_;
+    MarkedFolders copies_;
+    Preservation preservation_;
+    std::vector<std::filesystem::path> sourceNames_;
+    bool hasSources_ = false;
+    bool hasResult_ = false;
+    CountedMarkers markers_;
+};
+
 /// Throws Stop, before anything has changed, if the file cannot be the report: its name has another ending,
 /// its folder is missing, it is an input of the run, or the run replaces it. Accepts an empty path.
 void RequireReport(const NativePath& report, const PublishPlan& plan);
-
-Preservation PreservationOf(const PublishOptions& options);
-
-/// Reads the copies, before the module's result is cleaned. `log` names the pages that were not decoded.
-CountedMarkers CountMarkers(const MarkedFolders& copies, const PublishPlan& plan,
-                            const PublishOptions& options, const Session& session, const RunLog& log);
 
 /// The report of a run. `pages` are those of its result.
 LossReport LossOf(CountedMarkers markers, const PublishPlan& plan, const PublishOptions& options,

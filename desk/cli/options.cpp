@@ -161,8 +161,9 @@ void AddPreservation(CLI::App& command, PublishOptions& publish) {
 
 void AddReporting(CLI::App& command, PublishOptions& publish) {
     command
-        .add_option("--report", publish.report,
-                    "Write which of the preserved places did not arrive, as a page (.html) or as data (.json)")
+        .add_option(
+            "--report", publish.report,
+            "Write which of the preserved places did not arrive, as a page (.html) or as data (.json)")
         ->type_name("FILE");
 }
 

@@ -130,10 +130,13 @@ int Conclude(const PublishPlan& plan, const Session& session, const PublishOutco
 /// Writes the report, if one is wanted, when its links lead to the result. A report that is lost is a
 /// finding.
 void DeliverLoss(const LossReport& loss, const PublishPlan& plan, RunReport& report, const Screen& screen) {
-    report.loss = {plan.report, loss.notCounted, loss.items, loss.copied.size(), loss.repeated.size(),
-                   loss.changed.size()};
+    report.loss = {plan.report,        loss.notCounted,      loss.items,
+                   loss.copied.size(), loss.repeated.size(), loss.changed.size()};
     if (plan.report.Empty()) {
         return;
+    }
+    if (!loss.notCounted.empty() && !report.pages.empty()) {
+        Warn(report, screen, {{}, 0, "report", "the report has no counts: " + loss.notCounted});
     }
     if (const std::string problem = WriteLossReport(loss, plan.report); !problem.empty()) {
         report.loss->file = {};

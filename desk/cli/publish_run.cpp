@@ -113,7 +113,7 @@ std::size_t DocumentCount(const DocumentFiles& files) {
 /// Sends the request and records the state of the package on the way. The module asks for the document's path
 /// after the last copy.
 Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session& session,
-                   const PrivateLog& log, const Screen& screen, const MarkedFolders& copies,
+                   const PrivateLog& log, const Screen& screen, MarkerCounter& counter,
                    PackageStates& states) {
     Progress progress(screen, log.Path(), DocumentCount(session.files));
     session.documentPathAsked = [&] {
@@ -126,12 +126,9 @@ Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session&
             states.transformed = ListPackage(plan.output.utf8);
             states.isTransformed = true;
         }
-        CopySources(plan.output.utf8, copies);
+        counter.TransformationStarts();
     };
-    // A post-script has its recorder copy the result instead.
-    if (plan.postScript.Empty()) {
-        session.transformationEnded = [&] { CopyResult(plan.output.utf8, copies); };
-    }
+    session.transformationEnded = [&] { counter.TransformationEnds(); };
     // The module also calls the client of stylesheets to repair a DOCTYPE, in the middle of the encoding.
     session.xslt.starts = transformationStarts;
     session.clientCalled = [&](const std::string& client) {
@@ -330,10 +327,11 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     session.access.outputFolder = plan.output;
     SetTransformationOptions(plan, options.publish, session);
     const RecordedScripts scripts(plan);
+    MarkerCounter counter(plan, options.publish, session, scripts.Copies());
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
     outcome.missing = MissingFiles(session.files);
     const std::vector<NativePath> absent = AbsentFolders(session.files);
-    outcome.reply = SendAndWatch(request, plan, session, log, screen, scripts.Copies(), states);
+    outcome.reply = SendAndWatch(request, plan, session, log, screen, counter, states);
     RemoveIfEmpty(absent);
     outcome.log = ReadRunLog(log.Text());
     outcome.resultFolder = ToNative(SystemPath{outcome.reply.first});
@@ -348,7 +346,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     NameSources(plan, layout, outcome.log, session.record);
     RemoveDtdCopies(plan, layout, session.files);
     InspectResult(plan, outcome);
-    outcome.markers = CountMarkers(scripts.Copies(), plan, options.publish, session, outcome.log);
+    outcome.markers = counter.Finish(outcome.log);
     if (!options.publish.keepMarkers && (plan.transforms || !outcome.pages.files.empty())) {
         CleanResult(plan, session, outcome);
     }

@@ -56,9 +56,12 @@ json ItemAsJson(const ItemCount& count) {
 }
 
 json LossAsJson(const LossSummary& loss) {
-    return {{"file", PathOrNull(loss.file)},     {"notCounted", TextOrNull(loss.notCounted)},
-            {"items", List(loss.items, ItemAsJson)}, {"copied", loss.copied},
-            {"repeated", loss.repeated},             {"changed", loss.changed}};
+    return {{"file", PathOrNull(loss.file)},
+            {"notCounted", TextOrNull(loss.notCounted)},
+            {"items", List(loss.items, ItemAsJson)},
+            {"copied", loss.copied},
+            {"repeated", loss.repeated},
+            {"changed", loss.changed}};
 }
 
 }  // namespace

@@ -127,8 +127,8 @@ void AddClients(Session& session, const CommonOptions& options, const NativePath
     session.ditaOt.dataFolder = dataFolder;
     session.host->AddClient(
         kDitaOtClient, Reporting(MakeDitaOtClient(session.ditaOt, session.access, session.record), session));
-    session.host->AddClient(
-        kXsltClient, Reporting(MakeXsltClient(session.xslt, session.access, session.record), session));
+    session.host->AddClient(kXsltClient,
+                            Reporting(MakeXsltClient(session.xslt, session.access, session.record), session));
     session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }
 

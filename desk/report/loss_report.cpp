@@ -22,7 +22,8 @@ struct Reason {
 constexpr int kAnyFile = -2;  ///< No file and no unknown file.
 
 constexpr Reason kAbsent{"absent", "its marker text is not in the result"};
-constexpr Reason kCopied{"only-copied", "its marker text is only in places that are not decoded, such as attribute values"};
+constexpr Reason kCopied{"only-copied",
+                         "its marker text is only in places that are not decoded, such as attribute values"};
 constexpr Reason kChanged{"changed", "the transformation changed the letters of its marker text"};
 
 constexpr Reason kUncarriedReasons[] = {
@@ -79,8 +80,11 @@ class ReportMaker {
         for (const UncarriedPlace& place : sources_.uncarried) {
             ItemCount& count = CountOf(place.item);
             ++count.places;
-            LostPlace lost{place.item, place.value, 1,
-                           kUncarriedReasons[static_cast<std::size_t>(place.reason)].word, {}};
+            LostPlace lost{place.item,
+                           place.value,
+                           1,
+                           kUncarriedReasons[static_cast<std::size_t>(place.reason)].word,
+                           {}};
             lost.candidates.Add(place.place);
             report_.lost.push_back(std::move(lost));
         }
@@ -149,8 +153,11 @@ class ReportMaker {
         if (arrived == carriers.size()) {
             return;
         }
-        LostPlace lost{item, ValueOf(CarrierAt(carriers.front()), item, entry), perCarrier,
-                       ReasonFor(match, carriers, entry), {}};
+        LostPlace lost{item,
+                       ValueOf(CarrierAt(carriers.front()), item, entry),
+                       perCarrier,
+                       ReasonFor(match, carriers, entry),
+                       {}};
         AddLost(std::move(lost), carriers, arrived);
     }
 
@@ -295,9 +302,8 @@ LossReport MakeLossReport(SourceTrace sources, const ResultTrace& result, const 
         maker.Add(match);
     }
     maker.AddCopies(sourceOfPage);
-    std::ranges::stable_sort(report.lost, [](const LostPlace& a, const LostPlace& b) {
-        return OrderOf(a) < OrderOf(b);
-    });
+    std::ranges::stable_sort(report.lost,
+                             [](const LostPlace& a, const LostPlace& b) { return OrderOf(a) < OrderOf(b); });
     return report;
 }
 

@@ -64,15 +64,16 @@ struct LossReport {
 
     std::string notCounted;  ///< Why nothing could be counted, one line; empty if everything was.
     NativePath document, resultFolder;
-    std::string toolkit;            ///< What transformed the document.
-    std::vector<NativePath> pages;  ///< The files of the result, in no order that matters.
+    std::string toolkit;                 ///< What transformed the document.
+    std::vector<NativePath> pages;       ///< The files of the result, in no order that matters.
     std::vector<NativePath> pageOfFile;  ///< By file: the page that was made from it; may be empty.
     std::vector<ItemCount> items;
-    std::vector<LostPlace> lost;          ///< By item, then in the order of the sources.
-    std::vector<RepeatedPlace> repeated;  ///< Those with one candidate have all spots, others the further ones.
-    std::vector<CopiedPlace> copied;      ///< To attribute values and other places that are not decoded.
-    std::vector<CopiedPlace> changed;     ///< Marker text in pages that no source has as it is.
-    SourceTrace sources;                  ///< Owns the places.
+    std::vector<LostPlace> lost;  ///< By item, then in the order of the sources.
+    std::vector<RepeatedPlace>
+        repeated;                      ///< Those with one candidate have all spots, others the further ones.
+    std::vector<CopiedPlace> copied;   ///< To attribute values and other places that are not decoded.
+    std::vector<CopiedPlace> changed;  ///< Marker text in pages that no source has as it is.
+    SourceTrace sources;               ///< Owns the places.
 };
 
 /// Sums over the items.

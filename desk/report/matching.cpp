@@ -21,7 +21,8 @@ class GroupMatching {
         : sources_(sources), result_(result), sourceOfPage_(sourceOfPage) {
         std::map<std::pair<int, int>, std::size_t> known;
         for (const int carrier : carriers) {
-            const auto [place, isNew] = known.try_emplace({FileOf(carrier), WordsOf(carrier)}, matches_.size());
+            const auto [place, isNew] =
+                known.try_emplace({FileOf(carrier), WordsOf(carrier)}, matches_.size());
             if (isNew) {
                 matches_.emplace_back();
             }
@@ -34,9 +35,11 @@ class GroupMatching {
     std::vector<Match> Run(const std::vector<int>& arrivals) {
         TakeAlike(arrivals);
         const auto words = [this](int carrier) { return WordsOf(carrier); };
-        Compare(words, [this](int arrival) { return At(result_.arrivals, arrival).context; }, true);
+        Compare(
+            words, [this](int arrival) { return At(result_.arrivals, arrival).context; }, true);
         const auto file = [this](int carrier) { return FileOf(carrier); };
-        Compare(file, [this](int arrival) { return SourceOf(arrival); }, false);
+        Compare(
+            file, [this](int arrival) { return SourceOf(arrival); }, false);
         const auto every = [](int) { return kEveryKey; };
         Compare(every, every, true);
         return std::move(matches_);
@@ -138,7 +141,8 @@ class GroupMatching {
     const SourceTrace& sources_;
     const ResultTrace& result_;
     const std::vector<int>& sourceOfPage_;
-    std::map<std::pair<int, int>, std::size_t> alike_;  ///< By file and words: a match, before the first Compare.
+    std::map<std::pair<int, int>, std::size_t>
+        alike_;  ///< By file and words: a match, before the first Compare.
     std::vector<Match> matches_;
     std::vector<int> left_;  ///< Arrivals that belong to no match yet.
 };

@@ -51,13 +51,6 @@ bool IsSkipped(const xmlNode* element) {
     return false;
 }
 
-bool IsWellFormed(const std::string& xml) {
-    const XmlDocument document(xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr,
-                                             XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET |
-                                                 XML_PARSE_HUGE));
-    return document != nullptr;
-}
-
 /// The words after the group at this index, up to the next group that has words of its own.
 std::string_view WordsAfter(const std::vector<MarkerPiece>& pieces, std::size_t index) {
     for (++index; index < pieces.size(); ++index) {
@@ -79,17 +72,24 @@ std::string_view WordsAround(const std::vector<MarkerPiece>& pieces, std::size_t
     return hasWords ? pieces[index - 1].content : std::string_view();
 }
 
+/// The position of the first word that begins a group; npos if there is none.
+std::size_t BrokenGroup(std::string_view words) {
+    return std::min({words.find("QL_START"), words.find("QL_SA_S"), words.find("QL_ELEM_S")});
+}
+
 bool IsKnownPair(const std::vector<std::pair<std::string, std::string>>& pairs, std::string_view name,
                  std::string_view value) {
-    return std::ranges::any_of(
-        pairs, [&](const auto& pair) { return pair.first == name && pair.second == value; });
+    return std::ranges::any_of(pairs,
+                               [&](const auto& pair) { return pair.first == name && pair.second == value; });
 }
 
 }  // namespace
 
-PageWalk::PageWalk(const std::string& tagsAttribute, const StringTable& strings, ResultTrace& trace)
+PageWalk::PageWalk(const std::string& tagsAttribute, const StringTable& strings,
+                   WellFormedElements& wellFormed, ResultTrace& trace)
     : tagsAttribute_(tagsAttribute),
       strings_(strings),
+      wellFormed_(wellFormed),
       trace_(trace),
       page_(static_cast<int>(trace.pages.size()) - 1) {}
 
@@ -126,6 +126,7 @@ void PageWalk::ReadText(const xmlNode& text) {
         const MarkerPiece& piece = pieces[i];
         textCameBefore |= piece.kind == PieceKind::kPlain || piece.kind == PieceKind::kElement;
         if (piece.kind == PieceKind::kPlain) {
+            AddBroken(piece.content, element);
             continue;
         }
         Arrival* const arrival = AddArrival(piece, WordsAround(pieces, i), element);
@@ -143,8 +144,8 @@ void PageWalk::ReadText(const xmlNode& text) {
         }
         NotApplied problem = isSkipped ? NotApplied::kMisplaced : NotApplied::kApplied;
         if (piece.kind == PieceKind::kElement) {
-            const std::string xml = ElementXml(piece.content);
-            problem = xml.find("QL_ELEM_S") != std::string::npos || !IsWellFormed(xml) ? NotApplied::kBroken : problem;
+            const bool isWhole = arrival == nullptr || IsWellFormed(arrival->group, piece.content);
+            problem = isWhole ? problem : NotApplied::kBroken;
         } else if (!isSkipped) {
             problem = textCameBefore ? NotApplied::kMisplaced : ApplyScoped(element, FieldsOf(piece.content));
         }
@@ -155,12 +156,26 @@ void PageWalk::ReadText(const xmlNode& text) {
     }
 }
 
+/// An element group that contains another is not.
+bool PageWalk::IsWellFormed(int group, std::string_view content) {
+    const auto [known, isNew] = wellFormed_.try_emplace(group);
+    if (isNew) {
+        const std::string xml = ElementXml(content);
+        const XmlDocument document(
+            xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr,
+                          XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET | XML_PARSE_HUGE));
+        known->second = document != nullptr && xml.find("QL_ELEM_S") == std::string::npos;
+    }
+    return known->second;
+}
+
 PageWalk::Applied& PageWalk::AppliedTo(const xmlNode& element) {
     const auto [known, isNew] = applied_.try_emplace(&element);
     if (isNew) {
         std::string value = ValueOf(element, tagsAttribute_);
         std::vector<std::string> tokens;
-        for (std::size_t end = value.find(kSeparator); end != std::string::npos; end = value.find(kSeparator)) {
+        for (std::size_t end = value.find(kSeparator); end != std::string::npos;
+             end = value.find(kSeparator)) {
             tokens.push_back(value.substr(0, end));
             value.erase(0, end + kSeparator.size());
         }
@@ -192,7 +207,8 @@ void PageWalk::Apply(const xmlNode& element, const std::vector<MarkerEntry>& ent
 /// The nearest element of the name gets the attribute, unless it has a value for it.
 NotApplied PageWalk::ApplyScoped(const xmlNode& element, const ScopedFields& fields) {
     const xmlNode* target = &element;
-    while (target != nullptr && target->type == XML_ELEMENT_NODE && QualifiedName(*target) != fields.element) {
+    while (target != nullptr && target->type == XML_ELEMENT_NODE &&
+           QualifiedName(*target) != fields.element) {
         target = target->parent;
     }
     if (target == nullptr || target->type != XML_ELEMENT_NODE) {
@@ -247,16 +263,28 @@ Arrival* PageWalk::AddArrival(const MarkerPiece& piece, std::string_view words, 
     return &trace_.arrivals.back();
 }
 
+/// A group that lost its end, of which the words stay in the text.
+void PageWalk::AddBroken(std::string_view words, const xmlNode& element) {
+    const std::size_t begin = BrokenGroup(words);
+    if (begin != std::string_view::npos) {
+        std::string key = GroupKey(PieceKind::kAttributes, words.substr(begin));
+        trace_.changed.push_back(
+            {kUnknownString, page_, '<' + QualifiedName(element) + '>', std::move(key), AnchorOf(&element)});
+    }
+}
+
 // --- what is not decoded ---
 
 void PageWalk::ReadValues(const xmlNode& element) {
     for (const xmlAttr* attribute = element.properties; attribute != nullptr; attribute = attribute->next) {
-        const std::string_view start = attribute->children == nullptr ? std::string_view() : View(attribute->children->content);
+        const std::string_view start =
+            attribute->children == nullptr ? std::string_view() : View(attribute->children->content);
         // Mostly the value is one node; only those with references have more.
         const bool isWhole = attribute->children == attribute->last;
         if (!isWhole || start.find(kMarkerPrefix) != std::string_view::npos) {
             AddCopies(ValueOf(*attribute),
-                      '<' + QualifiedName(element) + ' ' + std::string(View(attribute->name)) + '>', &element);
+                      '<' + QualifiedName(element) + ' ' + std::string(View(attribute->name)) + '>',
+                      &element);
         }
     }
 }

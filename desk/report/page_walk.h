@@ -15,10 +15,14 @@
 
 namespace ventrix::desk {
 
+/// Whether the element of a group is well-formed XML, by group, so that each is parsed once.
+using WellFormedElements = std::unordered_map<int, bool>;
+
 class PageWalk {
   public:
     /// Everything must outlive the walk, which adds to the trace. The page is the last one of the trace.
-    PageWalk(const std::string& tagsAttribute, const StringTable& strings, ResultTrace& trace);
+    PageWalk(const std::string& tagsAttribute, const StringTable& strings, WellFormedElements& wellFormed,
+             ResultTrace& trace);
 
     void Run(const xmlNode& root);
 
@@ -40,16 +44,19 @@ class PageWalk {
     void ReadOther(const xmlNode& node, const std::string& where);
     void Apply(const xmlNode& element, const std::vector<MarkerEntry>& entries);
     NotApplied ApplyScoped(const xmlNode& element, const ScopedFields& fields);
+    bool IsWellFormed(int group, std::string_view content);
     Applied& AppliedTo(const xmlNode& element);
     bool Has(const xmlNode& element, const MarkerEntry& entry);
     void ComparePending();
 
     /// Adds the group as an arrival; nothing if it is not one of the sources.
     Arrival* AddArrival(const MarkerPiece& piece, std::string_view words, const xmlNode& element);
+    void AddBroken(std::string_view words, const xmlNode& element);
     void AddCopies(std::string_view text, const std::string& where, const xmlNode* element);
 
     const std::string& tagsAttribute_;
     const StringTable& strings_;
+    WellFormedElements& wellFormed_;
     ResultTrace& trace_;
     int page_;
     std::unordered_map<const xmlNode*, Applied> applied_;

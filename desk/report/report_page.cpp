@@ -157,10 +157,12 @@ class PageWriter {
             WriteLost();
             WriteRepeated();
             WriteCopies("copied", "Copied to places that are not decoded", report_.copied,
-                        "Marker text in attribute values, comments and files that are not pages. Ventrix takes it out "
+                        "Marker text in attribute values, comments and files that are not pages. Ventrix "
+                        "takes it out "
                         "there; what it carries does not reach a reader.");
-            WriteCopies("changed", "Changed by the transformation", report_.changed,
-                        "Marker text in pages that is not as it was in the sources, for example in other case.");
+            WriteCopies(
+                "changed", "Changed by the transformation", report_.changed,
+                "Marker text in pages that is not as it was in the sources, for example in other case.");
         }
         page_ += "</main>\n";
         page_ += kScript;
@@ -178,10 +180,11 @@ class PageWriter {
             return;
         }
         page_ += "<p><strong>" + std::to_string(places - lost) + " of " + Counted(places, "place") +
-                 "</strong> of the sources arrived in the result; <strong class=\"" + (lost > 0 ? "bad" : "good") +
-                 "\">" + std::to_string(lost) + " did not</strong>.</p>\n";
+                 "</strong> of the sources arrived in the result; <strong class=\"" +
+                 (lost > 0 ? "bad" : "good") + "\">" + std::to_string(lost) + " did not</strong>.</p>\n";
         for (const NativePath& file : report_.sources.unread) {
-            page_ += "<p class=\"bad\">" + Escaped(NameOf(file)) + " could not be read and is not counted.</p>\n";
+            page_ +=
+                "<p class=\"bad\">" + Escaped(NameOf(file)) + " could not be read and is not counted.</p>\n";
         }
     }
 
@@ -192,14 +195,15 @@ class PageWriter {
             const std::size_t lost = count.places - count.arrived;
             const std::string places = std::to_string(count.places);
             const std::string arrived = std::to_string(count.arrived);
-            const std::string share =
-                count.places == 0 ? "<span class=\"quiet\">none in the sources</span>"
-                                  : "<meter aria-label=\"arrived\" min=\"0\" max=\"" + places + "\" value=\"" + arrived + "\">" + arrived +
-                                        " of " + places + "</meter>";
+            const std::string share = count.places == 0 ? "<span class=\"quiet\">none in the sources</span>"
+                                                        : "<meter aria-label=\"arrived\" min=\"0\" max=\"" +
+                                                              places + "\" value=\"" + arrived + "\">" +
+                                                              arrived + " of " + places + "</meter>";
             page_ += "<tr><th scope=\"row\">" + Escaped(NameOf(count.item)) + "</th>" + Number(places) +
-                     Number(arrived) + Number(std::to_string(lost), lost > 0 ? " bad" : "") + "<td data-value=\"" +
-                     std::to_string(count.places == 0 ? 100 : count.arrived * 100 / count.places) + "\">" + share +
-                     "</td></tr>\n";
+                     Number(arrived) + Number(std::to_string(lost), lost > 0 ? " bad" : "") +
+                     "<td data-value=\"" +
+                     std::to_string(count.places == 0 ? 100 : count.arrived * 100 / count.places) + "\">" +
+                     share + "</td></tr>\n";
         }
         CloseTable();
     }
@@ -217,8 +221,8 @@ class PageWriter {
             const std::string kind = Escaped(NameOf(item));
             // The XPath of the place says it already.
             const std::string value = item.kind == ItemKind::kXPath ? std::string() : Code(lost.value);
-            page_ += "<tr data-item=\"" + kind + "\" data-reason=\"" + Escaped(lost.reason) + "\"><td>" + kind +
-                     "</td><td>" + value + "</td>";
+            page_ += "<tr data-item=\"" + kind + "\" data-reason=\"" + Escaped(lost.reason) + "\"><td>" +
+                     kind + "</td><td>" + value + "</td>";
             WritePlace(lost.candidates, lost.count);
             page_ += "<td>" + Escaped(DescribeReason(lost.reason)) + "</td></tr>\n";
         }
@@ -235,29 +239,35 @@ class PageWriter {
         const SourcePlace& first = *candidates.first.front();
         page_ += "<td>" + FileOf(first);
         if (candidates.count > 1) {
-            page_ += "<details><summary>" + std::to_string(count) + " of " + Counted(candidates.count, "place") +
-                     "</summary><ul>";
+            page_ += "<details><summary>" + std::to_string(count) + " of " +
+                     Counted(candidates.count, "place") + "</summary><ul>";
             for (const SourcePlace* place : candidates.first) {
-                page_ += "<li>" + FileOf(*place) + (place->line > 0 ? ":" + std::to_string(place->line) : "") + ' ' +
+                page_ += "<li>" + FileOf(*place) +
+                         (place->line > 0 ? ":" + std::to_string(place->line) : "") + ' ' +
                          Code(place->xpath) + "</li>";
             }
-            page_ += candidates.count > candidates.first.size()
-                         ? "<li>and " + std::to_string(candidates.count - candidates.first.size()) + " more</li>"
-                         : "";
+            page_ +=
+                candidates.count > candidates.first.size()
+                    ? "<li>and " + std::to_string(candidates.count - candidates.first.size()) + " more</li>"
+                    : "";
             page_ += "</ul></details>";
         } else if (count > 1) {
             page_ += " (" + std::to_string(count) + " times)";
         }
-        page_ += "</td>" + Number(first.line > 0 ? std::to_string(first.line) : "") + "<td>" + Code(first.xpath) +
-                 "</td><td>" + Escaped(first.text) + "</td>";
+        page_ += "</td>" + Number(first.line > 0 ? std::to_string(first.line) : "") + "<td>" +
+                 Code(first.xpath) + "</td><td>" + Escaped(first.text) + "</td>";
     }
 
     void WriteRepeated() {
-        page_ += "<h2 id=\"repeated-title\">Arrived more than once: " + std::to_string(report_.repeated.size()) + "</h2>\n";
+        page_ +=
+            "<h2 id=\"repeated-title\">Arrived more than once: " + std::to_string(report_.repeated.size()) +
+            "</h2>\n";
         if (report_.repeated.empty()) {
             return;
         }
-        page_ += "<p class=\"quiet\">The transformation used the text in several places, as a contents page does.</p>\n";
+        page_ +=
+            "<p class=\"quiet\">The transformation used the text in several places, as a contents page "
+            "does.</p>\n";
         WriteFilter("repeated", false);
         OpenTable("repeated", {"Place", "Line", "XPath", "Text", "#Times", "In the result"});
         for (const RepeatedPlace& repeated : report_.repeated) {
@@ -316,8 +326,8 @@ class PageWriter {
 
     /// The heads of the columns; one that begins with "#" has numbers.
     void OpenTable(const std::string& id, const std::vector<std::string>& heads) {
-        page_ += "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-labelledby=\"" + id + "-title\"><table id=\"" +
-                 id + (id == "items" ? "\"" : "\" class=\"wide\"") + "><thead><tr>";
+        page_ += "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-labelledby=\"" + id +
+                 "-title\"><table id=\"" + id + (id == "items" ? "\"" : "\" class=\"wide\"") + "><thead><tr>";
         for (const std::string& head : heads) {
             const bool isNumber = head.starts_with('#');
             page_ += std::string("<th scope=\"col\"") + (isNumber ? " class=\"number\"" : "") +

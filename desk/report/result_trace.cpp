@@ -1,5 +1,7 @@
 #include "desk/report/result_trace.h"
 
+#include <algorithm>
+
 #include "desk/report/marker_pieces.h"
 #include "desk/report/page_walk.h"
 #include "desk/xml/lenient_load.h"
@@ -12,6 +14,16 @@ namespace {
 int FindGroup(const MarkerPiece& piece, const StringTable& strings) {
     const int group = strings.Find(GroupKey(piece.kind, piece.content));
     return group != kUnknownString ? group : strings.Find(GroupKey(piece.kind, ElementXml(piece.content)));
+}
+
+void SetUndecoded(Arrival& arrival, const StringTable& strings) {
+    const std::string& key = strings[arrival.group];
+    const std::size_t entries = key.front() == 'A' ? EntriesOf(std::string_view(key).substr(1)).size() : 1;
+    arrival.problem = NotApplied::kNotDecoded;
+    arrival.unapplied.clear();
+    for (std::size_t i = 0; i < entries; ++i) {
+        arrival.unapplied.push_back(static_cast<int>(i));
+    }
 }
 
 /// The groups of a file whose text is not decoded.
@@ -30,18 +42,10 @@ void ReadBytes(const ResultFile& file, const StringTable& strings, ResultTrace& 
             trace.copies.push_back({group, page, "file", GroupKey(piece.kind, piece.content), {}});
             continue;
         }
-        Arrival arrival{.group = group,
-                        .context = kUnknownString,
-                        .page = page,
-                        .element = {},
-                        .anchor = {},
-                        .problem = NotApplied::kNotDecoded,
-                        .unapplied = {}};
-        const std::size_t entries =
-            piece.kind == PieceKind::kAttributes ? EntriesOf(piece.content).size() : 1;
-        for (std::size_t i = 0; i < entries; ++i) {
-            arrival.unapplied.push_back(static_cast<int>(i));
-        }
+        Arrival arrival;
+        arrival.group = group;
+        arrival.page = page;
+        SetUndecoded(arrival, strings);
         trace.arrivals.push_back(std::move(arrival));
     }
 }
@@ -51,12 +55,13 @@ void ReadBytes(const ResultFile& file, const StringTable& strings, ResultTrace& 
 ResultTrace TraceResult(const std::vector<ResultFile>& files, const Preservation& preservation,
                         const StringTable& strings) {
     ResultTrace trace;
+    WellFormedElements wellFormed;
     for (const ResultFile& file : files) {
         trace.pages.push_back(file.name);
         if (file.decoded) {
             const LenientDocument loaded = LoadLeniently(file.copy);
             if (loaded.document != nullptr && loaded.wellFormed) {
-                PageWalk(preservation.tagsAttribute, strings, trace)
+                PageWalk(preservation.tagsAttribute, strings, wellFormed, trace)
                     .Run(*xmlDocGetRootElement(loaded.document.get()));
                 continue;
             }
@@ -64,6 +69,16 @@ ResultTrace TraceResult(const std::vector<ResultFile>& files, const Preservation
         ReadBytes(file, strings, trace);
     }
     return trace;
+}
+
+void MarkUndecoded(const NativePath& name, const StringTable& strings, ResultTrace& trace) {
+    const auto page = std::ranges::find(trace.pages, name);
+    const auto index = static_cast<int>(page - trace.pages.begin());
+    for (Arrival& arrival : trace.arrivals) {
+        if (arrival.page == index) {
+            SetUndecoded(arrival, strings);
+        }
+    }
 }
 
 }  // namespace ventrix::desk

@@ -22,7 +22,7 @@ SourceTrace TraceSources(const std::vector<EncodedFile>& files, const Preservati
                          const PreservedItems& items, StringTable& strings) {
     SourceTrace trace;
     for (const EncodedFile& file : files) {
-        const LenientDocument loaded = LoadLeniently(file.copy, LoadFor::kDita);
+        const LenientDocument loaded = LoadLeniently(file.copy);
         if (loaded.document == nullptr || !loaded.wellFormed) {
             trace.unread.push_back(file.source);
             continue;

@@ -191,8 +191,9 @@ void SourceWalk::CollectWanted(const xmlNode& element, Open& open) const {
     for (const xmlAttr* attribute = element.properties; attribute != nullptr; attribute = attribute->next) {
         const std::string name = QualifiedName(*attribute);
         if (const int item = items_.Find(ItemKind::kAttribute, name); item != kNoItem) {
-            open.wanted.push_back(
-                {.item = item, .name = items_.All()[static_cast<std::size_t>(item)].name, .value = ValueOf(*attribute)});
+            open.wanted.push_back({.item = item,
+                                   .name = items_.All()[static_cast<std::size_t>(item)].name,
+                                   .value = ValueOf(*attribute)});
         }
         for (const ScopedNames& scoped : preservation_.scoped) {
             if (scoped[0] == elementName && scoped[1] == name) {
@@ -250,21 +251,30 @@ NotCarried SourceWalk::ReasonFor(const Wanted& wanted, const Open& open) {
 
 // --- text ---
 
-void SourceWalk::Read(const xmlNode& text) {
-    if (IsFilledText(text)) {
-        const std::vector<MarkerPiece> pieces = SplitAtGroups(View(text.content));
-        const bool isMarked = std::ranges::any_of(
-            pieces, [](const MarkerPiece& piece) { return piece.kind != PieceKind::kPlain; });
-        if (!isMarked && preservation_.xpath) {
-            AddUncarried(items_.Find(ItemKind::kXPath, {}), NotCarried::kNotEncoded,
-                         PlaceHere(line_, Shortened(Collapsed(View(text.content)))));
-        }
-        open_.back().hasMarkedText |= isMarked;
-        open_.back().hasPlainText |= !isMarked;
-        ReadPieces(pieces);
-    } else {
-        line_ += LinesIn(View(text.content));
+void SourceWalk::Read(const xmlNode& node) {
+    const std::string_view content = View(node.content);
+    const bool isCdata = node.type == XML_CDATA_SECTION_NODE;
+    if ((node.type != XML_TEXT_NODE && !isCdata) || !IsFilled(content)) {
+        line_ += LinesIn(content);
+        return;
     }
+    const std::vector<MarkerPiece> pieces = SplitAtGroups(content);
+    const bool isMarked = !isCdata && std::ranges::any_of(pieces, [](const MarkerPiece& piece) {
+        return piece.kind != PieceKind::kPlain;
+    });
+    open_.back().hasMarkedText |= isMarked;
+    open_.back().hasPlainText |= !isMarked;
+    if (isMarked) {
+        ReadPieces(pieces);
+        return;
+    }
+    // The rest of a text after an entity has its group in front of the entity.
+    const bool isRest = node.prev != nullptr && node.prev->type == XML_ENTITY_REF_NODE;
+    if (preservation_.xpath && !isRest) {
+        AddUncarried(items_.Find(ItemKind::kXPath, {}), NotCarried::kNotEncoded,
+                     PlaceHere(line_, Shortened(Collapsed(content))));
+    }
+    line_ += LinesIn(content);
 }
 
 void SourceWalk::ReadPieces(const std::vector<MarkerPiece>& pieces) {
@@ -273,7 +283,8 @@ void SourceWalk::ReadPieces(const std::vector<MarkerPiece>& pieces) {
         const bool wordsFollow = i + 1 < pieces.size() && pieces[i + 1].kind == PieceKind::kPlain;
         // A text begins with its first word, not with the line end before it.
         const std::string_view next = wordsFollow ? pieces[i + 1].content : std::string_view();
-        const int line = line_ + LinesIn(next.substr(0, std::min(next.find_first_not_of(" \t\r\n"), next.size())));
+        const int line =
+            line_ + LinesIn(next.substr(0, std::min(next.find_first_not_of(" \t\r\n"), next.size())));
         switch (piece.kind) {
             case PieceKind::kAttributes:
                 AddAttributeGroup(piece.content, WordsAfter(pieces, i), line);
@@ -369,7 +380,7 @@ void SourceWalk::AddElementGroup(std::string_view group, const std::string& cont
     if (root == nullptr) {
         return;
     }
-    SourcePlace place = PlaceHere(line, Shortened(Collapsed(WithoutGroups(xml))));
+    SourcePlace place = PlaceHere(line, FirstWords(*root));
     place.xpath += StepOf(QualifiedName(*root));
     std::vector<CarriedItem> items;
     for (const xmlNode* node = root; node != nullptr; node = NextNode(const_cast<xmlNode*>(node), root)) {
@@ -377,7 +388,8 @@ void SourceWalk::AddElementGroup(std::string_view group, const std::string& cont
             AddNestedItems(*node, place, items);
         }
         // A scoped group of an element around is in the first text, which may be in this element.
-        for (const MarkerPiece& piece : SplitAtGroups(View(node->type == XML_TEXT_NODE ? node->content : nullptr))) {
+        for (const MarkerPiece& piece :
+             SplitAtGroups(View(node->type == XML_TEXT_NODE ? node->content : nullptr))) {
             Wanted* const wanted =
                 piece.kind == PieceKind::kScoped ? FindScoped(FieldsOf(piece.content)) : nullptr;
             if (wanted != nullptr) {

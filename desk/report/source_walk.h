@@ -37,7 +37,7 @@ class SourceWalk {
         const xmlNode* node = nullptr;
         std::size_t pathLength = 0;
         int line = 0;
-        bool skipped = false;  ///< In a part that is not encoded.
+        bool skipped = false;        ///< In a part that is not encoded.
         bool hasMarkedText = false;  ///< In it or below.
         bool hasPlainText = false;   ///< A filled text node without a group.
         std::vector<Wanted> wanted;
@@ -56,7 +56,7 @@ class SourceWalk {
     void ReportUncarried(const Open& open);
     static NotCarried ReasonFor(const Wanted& wanted, const Open& open);
 
-    void Read(const xmlNode& text);
+    void Read(const xmlNode& node);
     void ReadPieces(const std::vector<MarkerPiece>& pieces);
     void AddAttributeGroup(std::string_view group, const std::string& context, int line);
     void AddScopedGroup(std::string_view group, const std::string& context, int line);
@@ -85,8 +85,8 @@ class SourceWalk {
     std::string path_;
     int line_ = 1;
     std::unordered_map<const xmlNode*, Selected> elements_;  ///< All, if there are queries.
-    std::map<int, SourcePlace> sourcePathElements_;           ///< The first element of each item.
-    std::vector<bool> sourcePathCarried_;                     ///< By item.
+    std::map<int, SourcePlace> sourcePathElements_;          ///< The first element of each item.
+    std::vector<bool> sourcePathCarried_;                    ///< By item.
 };
 
 }  // namespace ventrix::desk

@@ -66,11 +66,11 @@ struct Carrier {
 
 /// Why a place has no group that could carry it.
 enum class NotCarried {
-    kNoText,          ///< The element contains no text node of its own or below.
-    kOverridden,      ///< Each text in the element has a nearer value.
-    kStandsAlone,     ///< An inline element that is not in running text.
-    kInElement,       ///< The text is in a preserved element, which has no room for it.
-    kNotEncoded,      ///< The element is in a part of the file that is left as it is.
+    kNoText,       ///< The element contains no text node of its own or below.
+    kOverridden,   ///< Each text in the element has a nearer value.
+    kStandsAlone,  ///< An inline element that is not in running text.
+    kInElement,    ///< The text is in a preserved element, which has no room for it.
+    kNotEncoded,   ///< The element is in a part of the file that is left as it is.
 };
 
 struct UncarriedPlace {
@@ -100,11 +100,11 @@ enum class NotApplied {
 struct Arrival {
     int group = 0;
     int context = kUnknownString;
-    int page = 0;                         ///< Index in ResultTrace::pages.
-    std::string element;                  ///< The name of the HTML element around it.
-    std::string anchor;                   ///< The id of the nearest element around it that has one; may be empty.
+    int page = 0;         ///< Index in ResultTrace::pages.
+    std::string element;  ///< The name of the HTML element around it.
+    std::string anchor;   ///< The id of the nearest element around it that has one; may be empty.
     NotApplied problem = NotApplied::kApplied;
-    std::vector<int> unapplied;           ///< The entries that were not applied; empty if all were.
+    std::vector<int> unapplied;  ///< The entries that were not applied; empty if all were.
 };
 
 /// Marker text in a place that is not decoded.

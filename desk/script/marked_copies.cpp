@@ -1,9 +1,8 @@
 #include "desk/script/marked_copies.h"
 
-#include <filesystem>
+#include <algorithm>
+#include <cstdint>
 #include <fstream>
-#include <functional>
-#include <iterator>
 #include <string_view>
 
 namespace fs = std::filesystem;
@@ -18,7 +17,7 @@ bool IsXml(const fs::path& path) {
     return extension == ".xml" || extension == ".dita" || extension == ".ditamap";
 }
 
-/// Whether the bytes may be those of a page with marker text. A graphic has null bytes near its beginning, as
+/// Whether the bytes may be those of a file with marker text. A graphic has null bytes near its beginning, as
 /// UTF-16 has, which begins with a byte order mark.
 bool MayHoldMarkers(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -31,71 +30,75 @@ bool MayHoldMarkers(const fs::path& path) {
     if (content.find('\0') != std::string::npos) {
         return false;
     }
-    content.append(std::istreambuf_iterator<char>(file), {});
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    const std::size_t first = content.size();
+    content.resize(error ? first : std::max<std::size_t>(first, size));
+    file.read(content.data() + first, static_cast<std::streamsize>(content.size() - first));
     return content.find("QL_") != std::string::npos;
 }
 
-/// Copies the files that are chosen by their path and their name below the folder. False if it stopped.
-bool CopyFiles(const fs::path& from, const fs::path& to,
-               const std::function<bool(const fs::path& path, const fs::path& name)>& isChosen) {
+/// The regular files below the folder, relative to it, by name.
+std::vector<fs::path> FilesBelow(const std::string& folder) {
+    std::vector<fs::path> names;
     std::error_code error;
-    fs::create_directories(to, error);
-    fs::recursive_directory_iterator entry(from, error);
+    fs::recursive_directory_iterator entry(folder, error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        const fs::path name = entry->path().lexically_relative(from);
         std::error_code ignored;
-        if (!fs::is_regular_file(entry->symlink_status(ignored)) || !isChosen(entry->path(), name)) {
-            continue;
-        }
-        fs::create_directories((to / name).parent_path(), error);
-        if (error || !fs::copy_file(entry->path(), to / name, fs::copy_options::overwrite_existing, error)) {
-            return false;
+        if (fs::is_regular_file(entry->symlink_status(ignored))) {
+            names.push_back(entry->path().lexically_relative(folder));
         }
     }
-    return !error;
+    std::ranges::sort(names);
+    return names;
 }
 
-void Complete(const std::string& folder) {
-    std::ofstream mark(folder + kCompleteMark);
-}
-
-bool IsComplete(const std::string& folder) {
+/// Marks the copies as complete when all are made.
+void CopyFiles(const fs::path& from, const std::string& to, const std::vector<fs::path>& names) {
     std::error_code error;
-    return fs::exists(folder + kCompleteMark, error);
+    for (const fs::path& name : names) {
+        const fs::path target = to / name;
+        fs::create_directories(target.parent_path(), error);
+        if (error || !fs::copy_file(from / name, target, fs::copy_options::overwrite_existing, error)) {
+            return;
+        }
+    }
+    const std::ofstream mark(to + kCompleteMark);
 }
 
 }  // namespace
+
+std::vector<fs::path> XmlFilesBelow(const std::string& folder) {
+    std::vector<fs::path> names = FilesBelow(folder);
+    std::erase_if(names, [](const fs::path& name) { return !IsXml(name); });
+    return names;
+}
+
+std::vector<fs::path> MarkedFilesBelow(const std::string& folder, const std::vector<fs::path>& sources) {
+    std::vector<fs::path> names = FilesBelow(folder);
+    std::erase_if(names, [&](const fs::path& name) {
+        return std::ranges::binary_search(sources, name) || !MayHoldMarkers(folder / name);
+    });
+    return names;
+}
 
 MarkedFolders MarkedFoldersIn(const std::string& runFolder) {
     return {runFolder + "/sources", runFolder + "/result"};
 }
 
 void CopySources(const std::string& package, const MarkedFolders& folders) {
-    if (IsComplete(folders.sources)) {
-        return;
-    }
-    const auto isXml = [](const fs::path& path, const fs::path&) { return IsXml(path); };
-    if (CopyFiles(package, folders.sources, isXml)) {
-        Complete(folders.sources);
+    if (!AreCopied(folders.sources)) {
+        CopyFiles(package, folders.sources, XmlFilesBelow(package));
     }
 }
 
 void CopyResult(const std::string& package, const MarkedFolders& folders) {
-    std::error_code error;
-    fs::remove(folders.result + kCompleteMark, error);
-    fs::remove_all(folders.result, error);
-    const fs::path sources = folders.sources;
-    const auto isMarked = [&sources](const fs::path& path, const fs::path& name) {
-        std::error_code ignored;
-        return !fs::exists(sources / name, ignored) && MayHoldMarkers(path);
-    };
-    if (CopyFiles(package, folders.result, isMarked)) {
-        Complete(folders.result);
-    }
+    CopyFiles(package, folders.result, MarkedFilesBelow(package, XmlFilesBelow(folders.sources)));
 }
 
-bool AreCopied(const MarkedFolders& folders) {
-    return IsComplete(folders.sources) && IsComplete(folders.result);
+bool AreCopied(const std::string& folder) {
+    std::error_code error;
+    return fs::exists(folder + kCompleteMark, error);
 }
 
 }  // namespace ventrix::desk

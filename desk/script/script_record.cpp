@@ -168,7 +168,7 @@ std::string PrepareScript(const std::string& folder, const std::string& name, co
     std::string path = folder + "/" + name;
     PlaceRecorder(recorder, path);
     WriteFields(path + ".settings", {settings.script, settings.package, std::to_string(settings.owner),
-                                      std::to_string(static_cast<int>(settings.last))});
+                                     std::to_string(static_cast<int>(settings.last))});
     return path;
 }
 
