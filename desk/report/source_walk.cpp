@@ -268,9 +268,7 @@ void SourceWalk::Read(const xmlNode& node) {
         ReadPieces(pieces);
         return;
     }
-    // The rest of a text after an entity has its group in front of the entity.
-    const bool isRest = node.prev != nullptr && node.prev->type == XML_ENTITY_REF_NODE;
-    if (preservation_.xpath && !isRest) {
+    if (preservation_.xpath) {
         AddUncarried(items_.Find(ItemKind::kXPath, {}), NotCarried::kNotEncoded,
                      PlaceHere(line_, Shortened(Collapsed(content))));
     }

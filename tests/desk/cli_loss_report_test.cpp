@@ -9,6 +9,7 @@ namespace {
 
 using nlohmann::json;
 using test::Finished;
+using test::RunSettings;
 using test::RunVentrix;
 
 /// Six text nodes, of which five have the attribute; an element that has it and no text; a preserved element.
@@ -24,7 +25,8 @@ constexpr char kDocument[] =
 
 /// Makes a paragraph of each block. The templates come after it, and so override its own.
 std::string Stylesheet(const std::string& templates) {
-    return "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\">"
+    return "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\" "
+           "xmlns:ext=\"http://exslt.org/common\" extension-element-prefixes=\"ext\">"
            "<xsl:output method=\"xml\"/><xsl:template match=\"/root\"><html><head><title>t</title></head>"
            "<body><xsl:apply-templates/></body></html></xsl:template>"
            "<xsl:template match=\"h|p|q\"><p id=\"{name()}{position()}\"><xsl:apply-templates/></p>"
@@ -173,8 +175,8 @@ TEST_F(LossReportOfPublish, FollowsEachPlaceThroughTheTransformation) {
          0,
          0},
         {"copies into an attribute, a comment and a script file",
-         "<xsl:template match='p[1]'><p title='{.}' xmlns:ext='http://exslt.org/common' "
-         "xsl:extension-element-prefixes='ext'><xsl:apply-templates/><xsl:comment><xsl:value-of select='.'/>"
+         "<xsl:template match='p[1]'><p title='{.}'><xsl:apply-templates/><xsl:comment><xsl:value-of "
+         "select='.'/>"
          "</xsl:comment><ext:document href='data.js' method='text'><xsl:value-of "
          "select='.'/></ext:document></p>"
          "</xsl:template>",
@@ -247,12 +249,12 @@ TEST_F(LossReportOfPublish, CountsEachKindOfItem) {
                             }));
 }
 
-TEST_F(LossReportOfPublish, ATextWithAnEntityIsOnePlaceAndACdataSectionIsNotEncoded) {
+TEST_F(LossReportOfPublish, TextsAroundAnEntityArePlacesAndACdataSectionIsNotEncoded) {
     folder.Write("d/doc.xml",
                  "<!DOCTYPE root [<!ENTITY prod \"Pump\">\n]>\n<root>\n<p>\n  The &prod; runs</p>\n"
                  "<p><![CDATA[raw]]></p>\n<p>&prod; first</p>\n<p\n class='c'>late</p></root>");
     const json report = Publish("<xsl:template match='p[4]'/>", {"--xpath"});
-    EXPECT_EQ(Counts(report), "xpath 2/4 ");
+    EXPECT_EQ(Counts(report), "xpath 3/5 ");
     EXPECT_EQ(Lost(report), (std::vector<std::string>{"xpath 6 /root/p[2] raw: not-encoded",
                                                       "xpath=/root/p[4] 9 /root/p[4] late: absent"}));
 }
@@ -286,6 +288,36 @@ TEST_F(LossReportOfPublish, IsAPageThatLinksToTheResult) {
                         "<td><code>/root/q</code></td><td>Four</td>"),
               std::string::npos)
         << page;
+}
+
+TEST_F(LossReportOfPublish, ThePageSortsAndFiltersInABrowser) {
+    const RunSettings shell{.program = "/bin/sh"};
+    if (RunVentrix(folder, {"-c", "command -v chromium"}, shell).status != 0) {
+        GTEST_SKIP() << "chromium is not installed";
+    }
+    folder.Write("page.xsl", Stylesheet("<xsl:template match='q|p[3]'/>"));
+    finished = RunVentrix(folder, {"publish", "d/doc.xml", "-o", "out", "--xslt", "page.xsl", "--attributes",
+                                   "audience", "--report", "report.html"});
+    // Three rows are lost; by value in descending order, "novice" comes before "expert".
+    std::string page = folder.Read("report.html");
+    const std::string end = "</body>";
+    page.insert(page.rfind(end),
+                "<script>{ const value = document.querySelectorAll('#lost th button')[1]; value.click(); "
+                "value.click();"
+                "const words = document.forms[0].elements.words; words.value = 'EXPERT root/q';"
+                "words.dispatchEvent(new Event('input', { bubbles: true }));"
+                "document.title = Array.from(document.querySelectorAll('#lost tbody tr'), row => "
+                "row.cells[1].textContent + (row.hidden ? '-' : '+')).join(' ') + "
+                "document.forms[0].querySelector('output').value; }</script>");
+    folder.Write("driven.html", page);
+    const Finished browser =
+        RunVentrix(folder,
+                   {"-c",
+                    "exec timeout 60 chromium --headless --no-sandbox --disable-gpu --user-data-dir=profile "
+                    "--dump-dom driven.html"},
+                   shell);
+    EXPECT_NE(browser.out.find("<title>novice- expert+ expert-1 of 3 rows</title>"), std::string::npos)
+        << browser.status << browser.error << browser.out.substr(0, 400);
 }
 
 TEST_F(LossReportOfPublish, RefusesAPathThatTheRunNeeds) {
