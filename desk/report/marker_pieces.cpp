@@ -89,6 +89,19 @@ std::vector<MarkerPiece> SplitAtGroups(std::string_view text) {
     return pieces;
 }
 
+std::string_view WordsAround(const std::vector<MarkerPiece>& pieces, std::size_t index) {
+    const auto isPlain = [&pieces](std::size_t at) {
+        return at < pieces.size() && pieces[at].kind == PieceKind::kPlain;
+    };
+    if (pieces[index].kind == PieceKind::kElement) {
+        return index > 0 && isPlain(index - 1) ? pieces[index - 1].content : std::string_view();
+    }
+    do {
+        ++index;
+    } while (index < pieces.size() && pieces[index].kind == PieceKind::kScoped);
+    return isPlain(index) ? pieces[index].content : std::string_view();
+}
+
 std::vector<MarkerEntry> EntriesOf(std::string_view attributeGroup) {
     std::vector<MarkerEntry> entries;
     while (HasInOrder(attributeGroup, {kEquals, kTarget, kSeparator})) {

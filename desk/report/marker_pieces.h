@@ -2,6 +2,7 @@
 // describes the groups. Views point into the string.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,10 @@ struct ScopedFields {
 
 /// The pieces of a string, in order; a plain piece is never empty. A group without its end is plain.
 std::vector<MarkerPiece> SplitAtGroups(std::string_view text);
+
+/// The words that tell the group at the index from equal ones: those after it, up to the next group with
+/// words of its own; for an element group, those before it. Empty if there are none.
+std::string_view WordsAround(const std::vector<MarkerPiece>& pieces, std::size_t index);
 
 /// The entries of an attribute group, up to the first that lacks a word.
 std::vector<MarkerEntry> EntriesOf(std::string_view attributeGroup);

@@ -1,7 +1,8 @@
 #include "desk/report/page_walk.h"
 
 #include <algorithm>
-#include <array>
+
+#include "desk/report/qualified_names.h"
 
 namespace ventrix::desk {
 namespace {
@@ -10,19 +11,8 @@ constexpr std::string_view kSeparator = "QL_SEP";
 constexpr std::string_view kMarkerPrefix = "QL_";
 constexpr std::string_view kSkippedElement = "mathml";
 
-std::string QualifiedName(const xmlNode& node) {
-    const std::string local(View(node.name));
-    const bool hasPrefix = node.ns != nullptr && node.ns->prefix != nullptr;
-    return hasPrefix ? std::string(View(node.ns->prefix)) + ':' + local : local;
-}
-
-std::string ValueOf(const xmlAttr& attribute) {
-    const XmlString value(xmlNodeListGetString(attribute.doc, attribute.children, 1));
-    return std::string(View(value.get()));
-}
-
 /// The value of the attribute with this qualified name; empty if there is none.
-std::string ValueOf(const xmlNode& element, std::string_view name) {
+std::string AttributeValue(const xmlNode& element, std::string_view name) {
     for (const xmlAttr* attribute = element.properties; attribute != nullptr; attribute = attribute->next) {
         if (View(attribute->name) == name && attribute->ns == nullptr) {
             return ValueOf(*attribute);
@@ -34,7 +24,7 @@ std::string ValueOf(const xmlNode& element, std::string_view name) {
 /// The id of the nearest element at or around this one that has an id without marker text.
 std::string AnchorOf(const xmlNode* element) {
     for (; element != nullptr && element->type == XML_ELEMENT_NODE; element = element->parent) {
-        std::string id = element->properties == nullptr ? std::string() : ValueOf(*element, "id");
+        std::string id = element->properties == nullptr ? std::string() : AttributeValue(*element, "id");
         if (!id.empty() && id.find(kMarkerPrefix) == std::string::npos) {
             return id;
         }
@@ -49,27 +39,6 @@ bool IsSkipped(const xmlNode* element) {
         }
     }
     return false;
-}
-
-/// The words after the group at this index, up to the next group that has words of its own.
-std::string_view WordsAfter(const std::vector<MarkerPiece>& pieces, std::size_t index) {
-    for (++index; index < pieces.size(); ++index) {
-        if (pieces[index].kind == PieceKind::kPlain) {
-            return pieces[index].content;
-        }
-        if (pieces[index].kind != PieceKind::kScoped) {
-            break;
-        }
-    }
-    return {};
-}
-
-std::string_view WordsAround(const std::vector<MarkerPiece>& pieces, std::size_t index) {
-    if (pieces[index].kind != PieceKind::kElement) {
-        return WordsAfter(pieces, index);
-    }
-    const bool hasWords = index > 0 && pieces[index - 1].kind == PieceKind::kPlain;
-    return hasWords ? pieces[index - 1].content : std::string_view();
 }
 
 /// The position of the first word that begins a group; npos if there is none.
@@ -172,7 +141,7 @@ bool PageWalk::IsWellFormed(int group, std::string_view content) {
 PageWalk::Applied& PageWalk::AppliedTo(const xmlNode& element) {
     const auto [known, isNew] = applied_.try_emplace(&element);
     if (isNew) {
-        std::string value = ValueOf(element, tagsAttribute_);
+        std::string value = AttributeValue(element, tagsAttribute_);
         std::vector<std::string> tokens;
         for (std::size_t end = value.find(kSeparator); end != std::string::npos;
              end = value.find(kSeparator)) {
@@ -215,7 +184,7 @@ NotApplied PageWalk::ApplyScoped(const xmlNode& element, const ScopedFields& fie
         return NotApplied::kMisplaced;
     }
     Applied& applied = AppliedTo(*target);
-    std::string value = ValueOf(*target, fields.attribute);
+    std::string value = AttributeValue(*target, fields.attribute);
     const auto known = std::ranges::find(applied.attributes, fields.attribute, &Pair::first);
     if (value.empty() && known != applied.attributes.end()) {
         value = known->second;

@@ -6,6 +6,7 @@
 #include <ranges>
 
 #include "desk/report/marker_pieces.h"
+#include "desk/report/qualified_names.h"
 
 namespace ventrix::desk {
 namespace {
@@ -15,23 +16,6 @@ constexpr std::string_view kSourceEntry = "data-qlsource";
 constexpr std::string_view kSkippedElement = "mathml";
 constexpr char kTitle[] = "title";
 constexpr int kLastExactLine = 65534;  // libxml2 keeps lines of elements up to here.
-
-std::string QualifiedName(const xmlNode& node) {
-    const std::string local(View(node.name));
-    const bool hasPrefix = node.ns != nullptr && node.ns->prefix != nullptr;
-    return hasPrefix ? std::string(View(node.ns->prefix)) + ':' + local : local;
-}
-
-std::string QualifiedName(const xmlAttr& attribute) {
-    const std::string local(View(attribute.name));
-    const bool hasPrefix = attribute.ns != nullptr && attribute.ns->prefix != nullptr;
-    return hasPrefix ? std::string(View(attribute.ns->prefix)) + ':' + local : local;
-}
-
-std::string ValueOf(const xmlAttr& attribute) {
-    const XmlString value(xmlNodeListGetString(attribute.doc, attribute.children, 1));
-    return std::string(View(value.get()));
-}
 
 int LinesIn(std::string_view text) {
     return static_cast<int>(std::ranges::count(text, '\n'));
@@ -72,24 +56,6 @@ std::string FirstWords(const xmlNode& element) {
         }
     }
     return Shortened(Collapsed(words));
-}
-
-/// The words after the group at this index, up to the next group that has words of its own.
-std::string WordsAfter(const std::vector<MarkerPiece>& pieces, std::size_t index) {
-    for (++index; index < pieces.size(); ++index) {
-        if (pieces[index].kind == PieceKind::kPlain) {
-            return Collapsed(pieces[index].content);
-        }
-        if (pieces[index].kind != PieceKind::kScoped) {
-            break;
-        }
-    }
-    return {};
-}
-
-std::string WordsBefore(const std::vector<MarkerPiece>& pieces, std::size_t index) {
-    const bool hasWords = index > 0 && pieces[index - 1].kind == PieceKind::kPlain;
-    return hasWords ? Collapsed(pieces[index - 1].content) : std::string();
 }
 
 struct FreeXPath {
@@ -285,13 +251,13 @@ void SourceWalk::ReadPieces(const std::vector<MarkerPiece>& pieces) {
             line_ + LinesIn(next.substr(0, std::min(next.find_first_not_of(" \t\r\n"), next.size())));
         switch (piece.kind) {
             case PieceKind::kAttributes:
-                AddAttributeGroup(piece.content, WordsAfter(pieces, i), line);
+                AddAttributeGroup(piece.content, Collapsed(WordsAround(pieces, i)), line);
                 break;
             case PieceKind::kScoped:
-                AddScopedGroup(piece.content, WordsAfter(pieces, i), line);
+                AddScopedGroup(piece.content, Collapsed(WordsAround(pieces, i)), line);
                 break;
             case PieceKind::kElement:
-                AddElementGroup(piece.content, WordsBefore(pieces, i), line_);
+                AddElementGroup(piece.content, Collapsed(WordsAround(pieces, i)), line_);
                 line_ += LinesIn(piece.content);
                 break;
             case PieceKind::kPlain:
