@@ -216,6 +216,14 @@ void AddPageData(CLI::App& command, PublishOptions& publish) {
         ->needs(viewer);
 }
 
+void AddLossReport(CLI::App& command, PublishOptions& publish) {
+    command
+        .add_option(
+            "--report", publish.report,
+            "Write which of the preserved places did not arrive, as a page (.html) or as data (.json)")
+        ->type_name("FILE");
+}
+
 void AddPlaces(CLI::App& command, PublishOptions& publish) {
     command.add_option("-o,--output", publish.output, "Folder for the result; replaces an earlier result")
         ->type_name("FOLDER");
@@ -252,6 +260,7 @@ void AddPublish(CLI::App& command, Options& options) {
     AddResources(command, options.common);
     AddReading(command, options.common);
     GroupAdded(command, kReadGroup);
+    AddLossReport(command, options.publish);
     AddReporting(command, options.common);
     GroupAdded(command, kReportGroup);
     command.get_option("--dry-run")->excludes(command.get_option("--json"));

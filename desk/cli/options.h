@@ -42,6 +42,7 @@ struct PublishOptions {
     bool viewer = false;
     std::string editorRoot;
     std::string xslt, preScript, postScript, outFile, transtype;
+    std::string report;  ///< The file of the loss report.
     std::vector<std::string> ditaval;
     std::vector<std::string> toolkitParams, params, stringParams;  ///< Each as `NAME=VALUE`.
     std::string xsltEngine;                                        ///< libxslt or saxon.

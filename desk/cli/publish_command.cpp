@@ -12,6 +12,7 @@
 #include "desk/cli/publish_findings.h"
 #include "desk/cli/publish_run.h"
 #include "desk/cli/published_pages.h"
+#include "desk/report/report_files.h"
 
 namespace ventrix::desk {
 namespace {
@@ -130,6 +131,23 @@ int Conclude(const PublishPlan& plan, const Session& session, const PublishOutco
     return ReportFailure(plan, outcome, session.record, report, screen);
 }
 
+/// Writes the report, if one is wanted, when its links lead to the result. A report that is lost is a
+/// finding.
+void DeliverLoss(const LossReport& loss, const PublishPlan& plan, RunReport& report, const Screen& screen) {
+    report.loss = {plan.report,        loss.notCounted,      loss.items,
+                   loss.copied.size(), loss.repeated.size(), loss.changed.size()};
+    if (plan.report.Empty()) {
+        return;
+    }
+    if (!loss.notCounted.empty() && !report.pages.empty()) {
+        Warn(report, screen, {{}, 0, "report", "the report has no counts: " + loss.notCounted});
+    }
+    if (const std::string problem = WriteLossReport(loss, plan.report); !problem.empty()) {
+        report.loss->file = {};
+        Warn(report, screen, {{}, 0, "report", problem});
+    }
+}
+
 /// Appends the run's log to the user's. A log that is lost is a finding.
 void DeliverLog(PrivateLog& log, const PublishPlan& plan, RunReport& report, const Screen& screen) {
     if (const std::string problem = log.AppendTo(plan.log); !problem.empty()) {
@@ -171,11 +189,19 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
     }
     DeliverLog(log, plan, report, screen);
     status = output.Settle(status);
+    const bool hasResult = status == kExitDone || status == kExitFindings;
+    LossReport loss;
+    if (hasResult) {
+        loss = LossOf(std::move(outcome.markers), plan, options.publish, *session, outcome.resultFolder,
+                      report.pages);
+        DeliverLoss(loss, plan, report, screen);
+    }
     if (status == kExitDone && !report.warnings.empty()) {
         status = kExitFindings;
     }
-    if (status == kExitDone || status == kExitFindings) {
+    if (hasResult) {
         PrintResult(plan, outcome, screen);
+        PrintLoss(loss, report.loss->file, screen);
     } else {
         ForgetResult(report);
     }

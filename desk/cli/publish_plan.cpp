@@ -5,6 +5,7 @@
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
+#include "desk/cli/loss_count.h"
 #include "desk/cli/option_checks.h"
 #include "desk/cli/path_options.h"
 #include "desk/clients/saxon.h"
@@ -119,6 +120,7 @@ void CheckPlaces(const PublishPlan& plan) {
                                    " is in the output folder, which is replaced; choose a file outside it"};
     }
     RequireNoInput("--out-file", plan.outFile, plan.inputs);
+    RequireReport(plan.report, plan);
 }
 
 std::vector<NativePath> Inputs(const PublishPlan& plan, const Session& session) {
@@ -145,6 +147,7 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     plan.log = options.common.log.empty() ? NativePath{plan.output.utf8 + ".log"}
                                           : AbsolutePath({options.common.log});
     plan.config = AbsolutePath({options.common.config});
+    plan.report = AbsolutePath({publish.report});
     plan.xslt = AbsolutePath({publish.xslt});
     plan.preScript = AbsolutePath({publish.preScript});
     plan.postScript = AbsolutePath({publish.postScript});

@@ -15,6 +15,7 @@ struct PublishPlan {
     NativePath output;                                ///< Absolute.
     NativePath log;                                   ///< The user's report log, absolute.
     NativePath config;                                ///< The project file; empty without one.
+    NativePath report;                                ///< The loss report, absolute; empty if not given.
     NativePath xslt, preScript, postScript, outFile;  ///< Absolute; empty if not given.
     std::vector<NativePath> ditaval, resources;       ///< Absolute.
     NativePath undecoded;  ///< `outFile` if the module does not decode what is written there; else empty.

@@ -31,20 +31,23 @@ class RecordedScripts {
     }
 
     /// The path that the module is to start for a script; empty for an empty one.
-    SystemPath Prepare(const char* name, const NativePath& script) const {
+    SystemPath Prepare(const char* name, const NativePath& script, bool isLast) const {
         if (script.Empty()) {
             return {};
         }
         try {
             return RequireSystemPath(
                 {PrepareScript(folder_.Path(), name, FindInstallation().recorder.utf8,
-                               {script.utf8, plan_.output.utf8, platform::ProcessId()})});
+                               {script.utf8, plan_.output.utf8, platform::ProcessId(), isLast})});
         } catch (const std::runtime_error& error) {
             throw Stop{kExitNoModule, error.what()};
         }
     }
 
     ScriptRecord Read(const char* name) const { return ReadScriptRecord(folder_.Path(), name); }
+
+    /// Where the run copies the files with marker text.
+    MarkedFolders Copies() const { return MarkedFoldersIn(folder_.Path()); }
 
   private:
     const PublishPlan& plan_;
@@ -68,8 +71,9 @@ PublishValues Values(const PublishPlan& plan, const Session& session, const Priv
     values.documentId = session.documentId;
     values.outputFolder = {RequireSystemPath(plan.output).utf8 + '\\'};
     values.xslt = Optional(plan.xslt);
-    values.preScript = scripts.Prepare(kPreScript, plan.preScript);
-    values.postScript = scripts.Prepare(kPostScript, plan.postScript);
+    values.preScript =
+        scripts.Prepare(kPreScript, plan.preScript, !plan.transforms && plan.postScript.Empty());
+    values.postScript = scripts.Prepare(kPostScript, plan.postScript, true);
     values.ditaval = plan.ditaval.empty() ? SystemPath{} : RequireSystemPath(plan.ditaval.front());
     values.outFile = Optional(plan.outFile);
     values.log = RequireSystemPath(log.Path());
@@ -109,7 +113,8 @@ std::size_t DocumentCount(const DocumentFiles& files) {
 /// Sends the request and records the state of the package on the way. The module asks for the document's path
 /// after the last copy.
 Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session& session,
-                   const PrivateLog& log, const Screen& screen, PackageStates& states) {
+                   const PrivateLog& log, const Screen& screen, MarkerCounter& counter,
+                   PackageStates& states) {
     Progress progress(screen, log.Path(), DocumentCount(session.files));
     session.documentPathAsked = [&] {
         if (!states.isTransformed) {
@@ -121,7 +126,9 @@ Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session&
             states.transformed = ListPackage(plan.output.utf8);
             states.isTransformed = true;
         }
+        counter.TransformationStarts();
     };
+    session.transformationEnded = [&] { counter.TransformationEnds(); };
     // The module also calls the client of stylesheets to repair a DOCTYPE, in the middle of the encoding.
     session.xslt.starts = transformationStarts;
     session.clientCalled = [&](const std::string& client) {
@@ -134,6 +141,7 @@ Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session&
     session.documentPathAsked = nullptr;
     session.clientCalled = nullptr;
     session.xslt.starts = nullptr;
+    session.transformationEnded = nullptr;
     return reply;
 }
 
@@ -319,10 +327,11 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     session.access.outputFolder = plan.output;
     SetTransformationOptions(plan, options.publish, session);
     const RecordedScripts scripts(plan);
+    MarkerCounter counter(plan, options.publish, session, scripts.Copies());
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
     outcome.missing = MissingFiles(session.files);
     const std::vector<NativePath> absent = AbsentFolders(session.files);
-    outcome.reply = SendAndWatch(request, plan, session, log, screen, states);
+    outcome.reply = SendAndWatch(request, plan, session, log, screen, counter, states);
     RemoveIfEmpty(absent);
     outcome.log = ReadRunLog(log.Text());
     outcome.resultFolder = ToNative(SystemPath{outcome.reply.first});
@@ -337,6 +346,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     NameSources(plan, layout, outcome.log, session.record);
     RemoveDtdCopies(plan, layout, session.files);
     InspectResult(plan, outcome);
+    outcome.markers = counter.Finish(outcome.log);
     if (!options.publish.keepMarkers && (plan.transforms || !outcome.pages.files.empty())) {
         CleanResult(plan, session, outcome);
     }

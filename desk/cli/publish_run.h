@@ -8,6 +8,7 @@
 
 #include "desk/checks/finding.h"
 #include "desk/checks/leftover_markers.h"
+#include "desk/cli/loss_count.h"
 #include "desk/cli/private_log.h"
 #include "desk/cli/publish_plan.h"
 #include "desk/cli/published_pages.h"
@@ -33,6 +34,7 @@ struct PublishOutcome {
     std::vector<NativePath> missing;  ///< Referenced files that are missing or unreadable.
     std::vector<Finding> unfinished;  ///< What the module left undone without reporting it.
     CleanedFiles cleaned;             ///< Marker text that was taken out of places that are not decoded.
+    CountedMarkers markers;           ///< For the loss report.
     NativePath markedSource;          ///< A source with a marker word, which turns that off; may be empty.
 };
 

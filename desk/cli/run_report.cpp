@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "desk/report/report_files.h"
+
 namespace ventrix::desk {
 namespace {
 
@@ -45,6 +47,23 @@ json ReplyAsJson(const ReplyStrings& reply) {
     return {{"first", reply.first}, {"second", reply.second}};
 }
 
+json ItemAsJson(const ItemCount& count) {
+    return {{"kind", KindOf(count.item)},
+            {"name", TextOrNull(count.item.name)},
+            {"places", count.places},
+            {"arrived", count.arrived},
+            {"lost", count.places - count.arrived}};
+}
+
+json LossAsJson(const LossSummary& loss) {
+    return {{"file", PathOrNull(loss.file)},
+            {"notCounted", TextOrNull(loss.notCounted)},
+            {"items", List(loss.items, ItemAsJson)},
+            {"copied", loss.copied},
+            {"repeated", loss.repeated},
+            {"changed", loss.changed}};
+}
+
 }  // namespace
 
 void Warn(RunReport& report, const Screen& screen, const Finding& finding) {
@@ -73,6 +92,7 @@ void PrintReport(const RunReport& report) {
                  {"missing", report.missing},
                  {"valid", report.valid},
                  {"unsaved", report.unsaved},
+                 {"loss", report.loss ? LossAsJson(*report.loss) : json()},
                  {"reply", report.reply ? ReplyAsJson(*report.reply) : json()}});
 }
 

@@ -12,12 +12,21 @@
 #include "desk/cli/run_log.h"
 #include "desk/cli/screen.h"
 #include "desk/paths/paths.h"
+#include "desk/report/loss_report.h"
 
 namespace ventrix::desk {
 
 struct ReportedPage {
     NativePath page;
     NativePath source;  ///< Empty if unknown.
+};
+
+/// What the loss report has counted.
+struct LossSummary {
+    NativePath file;         ///< Empty if none was written.
+    std::string notCounted;  ///< Why nothing was counted; empty if it was.
+    std::vector<ItemCount> items;
+    std::size_t copied = 0, repeated = 0, changed = 0;
 };
 
 /// The two strings of the module's reply, unchanged.
@@ -41,6 +50,7 @@ struct RunReport {
     std::vector<NativePath> missing;         ///< Referenced files that are missing or unreadable.
     std::vector<NativePath> valid, unsaved;  ///< From a Validate.
     std::vector<Finding> unusable;           ///< From a Validate: missing and unsaved files, as findings.
+    std::optional<LossSummary> loss;         ///< Of a publish with a result.
     std::optional<ReplyStrings> reply;       ///< From a request that was given as text.
 };
 

@@ -109,11 +109,26 @@ void WarnAboutDrives(RunReport& report, const Screen& screen) {
     }
 }
 
+/// The client, which reports when it has transformed the document. It also repairs a DOCTYPE, which is no
+/// transformation.
+Client Reporting(Client client, Session& session) {
+    return [client = std::move(client), &session](const std::string& command, const HostServices& host) {
+        const int before = session.record.started;
+        ClientAnswer answer = client(command, host);
+        if (session.record.started > before && session.transformationEnded) {
+            session.transformationEnded();
+        }
+        return answer;
+    };
+}
+
 void AddClients(Session& session, const CommonOptions& options, const NativePath& dataFolder) {
     session.ditaOt.toolkit = ToolkitName(options.toolkit);
     session.ditaOt.dataFolder = dataFolder;
-    session.host->AddClient(kDitaOtClient, MakeDitaOtClient(session.ditaOt, session.access, session.record));
-    session.host->AddClient(kXsltClient, MakeXsltClient(session.xslt, session.access, session.record));
+    session.host->AddClient(
+        kDitaOtClient, Reporting(MakeDitaOtClient(session.ditaOt, session.access, session.record), session));
+    session.host->AddClient(kXsltClient,
+                            Reporting(MakeXsltClient(session.xslt, session.access, session.record), session));
     session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
 }
 

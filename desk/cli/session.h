@@ -26,6 +26,7 @@ struct Session {
     TransformationRecord record;              ///< What the clients report about the transformation.
     std::function<void()> documentPathAsked;  ///< The module reads the document's path; may be empty.
     std::function<void(const std::string& client)> clientCalled;  ///< For progress; may be empty.
+    std::function<void()> transformationEnded;  ///< A client has transformed the document; may be empty.
     std::unique_ptr<DeskHost> host;
 };
 

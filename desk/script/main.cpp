@@ -3,9 +3,11 @@
 #include <chrono>
 #include <csignal>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 
+#include "desk/script/marked_copies.h"
 #include "desk/script/script_record.h"
 #include "platform/child_process.h"
 
@@ -76,7 +78,12 @@ int Record(const std::vector<std::string>& arguments) {
         return kExitNoSettings;
     }
     WritePackageState(path, ListPackage(settings->package));
+    const MarkedFolders copies = MarkedFoldersIn(std::filesystem::path(path).parent_path().string());
+    CopySources(settings->package, copies);
     const ScriptRecord record = Run(path, *settings, arguments);
+    if (settings->last) {
+        CopyResult(settings->package, copies);
+    }
     WriteScriptRecord(path, record);
     return ExitStatus(record);
 }

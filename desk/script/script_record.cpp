@@ -167,7 +167,8 @@ std::string PrepareScript(const std::string& folder, const std::string& name, co
                           const ScriptSettings& settings) {
     std::string path = folder + "/" + name;
     PlaceRecorder(recorder, path);
-    WriteFields(path + ".settings", {settings.script, settings.package, std::to_string(settings.owner)});
+    WriteFields(path + ".settings", {settings.script, settings.package, std::to_string(settings.owner),
+                                     std::to_string(static_cast<int>(settings.last))});
     return path;
 }
 
@@ -192,12 +193,12 @@ ScriptRecord ReadScriptRecord(const std::string& folder, const std::string& name
 
 std::optional<ScriptSettings> TakeScriptSettings(const std::string& path) {
     const std::vector<std::string> fields = ReadFields(path + ".settings");
-    if (fields.size() != 3) {
+    if (fields.size() != 4) {
         return std::nullopt;
     }
     std::error_code ignored;
     fs::remove(path + ".settings", ignored);
-    return ScriptSettings{fields[0], fields[1], ToNumber<std::int64_t>(fields[2])};
+    return ScriptSettings{fields[0], fields[1], ToNumber<std::int64_t>(fields[2]), fields[3] == "1"};
 }
 
 std::string ScriptOutputFile(const std::string& path) {

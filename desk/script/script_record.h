@@ -7,6 +7,7 @@
 //     NAME.package    the files in the package before the script started
 //     NAME.output     all that the script wrote to standard output and error
 //     NAME.record     the outcome
+//     sources, result copies of files with marker text (marked_copies.h)
 //
 // Paths are native, and may be any bytes; so the fields of a file end with a zero byte each.
 #pragma once
@@ -27,6 +28,7 @@ struct ScriptSettings {
     std::string script;      ///< The user's, absolute.
     std::string package;     ///< The folder whose state is noted before the script starts.
     std::int64_t owner = 0;  ///< The desk host's process number.
+    bool last = false;       ///< No transformation and no other script follows.
 };
 
 enum class ScriptState {

@@ -305,9 +305,9 @@ TEST_F(CommandLine, PublishPrintsWhereTheResultIs) {
     const std::string build = folder.Native("new/out/build-a.dita/");
     EXPECT_EQ(finished.status, 0);
     EXPECT_EQ(finished.error, "");
-    EXPECT_EQ(finished.out, "result:    " + build +
-                                "xhtml/\npages:     1\ntoolkit:   built-in\nbuild log: " + build +
-                                "buildlog-xhtml.txt\nlog:       " + folder.Native("new/out.log") + "\n");
+    EXPECT_EQ(finished.out, "result:    " + build + "xhtml/\npages:     1\ntoolkit:   built-in\nbuild log: " +
+                                build + "buildlog-xhtml.txt\nlog:       " + folder.Native("new/out.log") +
+                                "\npreserved: 4 of 4 places\nlost:      0\n");
     const std::string page = folder.Read(build + "xhtml/a.html");
     EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpert"), std::string::npos) << page;
 }
