@@ -53,9 +53,9 @@ MappedPage MapPage(const NativePath& page, const NativePath& source, const Carry
     MappedPage mapped{page, source, {}, false};
     TaggedPage tagged = ReadTaggedElements(page, names);
     if (!tagged.problem.empty()) {
-        findings.push_back({page, 0, "page-not-xml",
-                            "is not well-formed XML, so that what it carries cannot be listed: " +
-                                tagged.problem});
+        findings.push_back(
+            {page, 0, "page-not-xml",
+             "is not well-formed XML, so that what it carries cannot be listed: " + tagged.problem});
         return mapped;
     }
     mapped.isReadable = true;

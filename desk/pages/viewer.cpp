@@ -26,8 +26,8 @@ std::string ReferenceTo(const char* name, const NativePath& folder, const Native
 }
 
 std::string HeadElements(const NativePath& page, const NativePath& folder, const ViewerSettings& settings) {
-    return "<link rel=\"stylesheet\" href=\"" + ReferenceTo(kFiles[1], folder, page) +
-           "\" /><script src=\"" + ReferenceTo(kFiles[0], folder, page) + "\" defer=\"defer\"" +
+    return "<link rel=\"stylesheet\" href=\"" + ReferenceTo(kFiles[1], folder, page) + "\" /><script src=\"" +
+           ReferenceTo(kFiles[0], folder, page) + "\" defer=\"defer\"" +
            DataAttribute("tags-attribute", settings.tags) + DataAttribute("xpath-attribute", settings.xpath) +
            DataAttribute("editor-root", settings.editorRoot.utf8) + "></script>";
 }
