@@ -16,7 +16,7 @@ std::string RelativeName(const NativePath& file, const NativePath& folder) {
     return FromFilesystem(path).utf8;
 }
 
-void AddPlace(ordered_json& object, const SourcePlace& place, const NativePath& folder) {
+void AddPlace(ordered_json& object, const ElementSource& place, const NativePath& folder) {
     if (!place.file.Empty()) {
         object["source"] = RelativeName(place.file, folder);
     }
@@ -61,10 +61,10 @@ MappedPage MapPage(const NativePath& page, const NativePath& source, const Carry
     mapped.isReadable = true;
     NativePath latest;
     for (TaggedElement& element : tagged.elements) {
-        SourcePlace place = places.PlaceOf(element, {latest, source});
+        ElementSource place = places.PlaceOf(element, {latest, source});
         latest = places.FileOf(element.sourcePath).Empty() ? latest : place.file;
         const bool isReused = !place.file.Empty() && !source.Empty() && !(place.file == source);
-        SourcePlace reusedBy = isReused ? places.ReferenceTo(place, source) : SourcePlace{};
+        ElementSource reusedBy = isReused ? places.ReferenceTo(place, source) : ElementSource{};
         mapped.elements.push_back({std::move(element), std::move(place), std::move(reusedBy)});
     }
     return mapped;

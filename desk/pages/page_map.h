@@ -16,8 +16,8 @@ inline constexpr char kMapName[] = "ventrix-map.json";
 
 struct MappedElement {
     TaggedElement element;
-    SourcePlace place;
-    SourcePlace reusedBy;  ///< The reference that brought it into the page's topic; no file if none did.
+    ElementSource place;
+    ElementSource reusedBy;  ///< The reference that brought it into the page's topic; no file if none did.
 };
 
 struct MappedPage {

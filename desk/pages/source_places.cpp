@@ -99,7 +99,7 @@ NativePath SourcePlaces::FileOf(const std::string& sourcePath) const {
     return std::ranges::find(files_, path) == files_.end() ? NativePath{} : path;
 }
 
-SourcePlace SourcePlaces::PlaceOf(const TaggedElement& element, const std::vector<NativePath>& likely) {
+ElementSource SourcePlaces::PlaceOf(const TaggedElement& element, const std::vector<NativePath>& likely) {
     if (const NativePath own = FileOf(element.sourcePath); !own.Empty()) {
         const xmlNode* const node = Find(own, element.xpath);
         return {own, element.xpath, node == nullptr ? 0 : static_cast<int>(xmlGetLineNo(node))};
@@ -118,7 +118,7 @@ SourcePlace SourcePlaces::PlaceOf(const TaggedElement& element, const std::vecto
     return {{}, element.xpath, 0};
 }
 
-SourcePlace SourcePlaces::ReferenceTo(const SourcePlace& place, const NativePath& file) {
+ElementSource SourcePlaces::ReferenceTo(const ElementSource& place, const NativePath& file) {
     const xmlNode* const target = Find(place.file, place.xpath);
     const xmlDoc* const document = target == nullptr ? nullptr : Load(file);
     const xmlNode* const root = document == nullptr ? nullptr : xmlDocGetRootElement(document);

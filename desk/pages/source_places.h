@@ -13,7 +13,7 @@
 namespace ventrix::desk {
 
 /// A place in a source.
-struct SourcePlace {
+struct ElementSource {
     NativePath file;    ///< Empty if it is not known.
     std::string xpath;  ///< Empty if it is not known.
     int line = 0;       ///< 0 if it is not known.
@@ -27,10 +27,10 @@ class SourcePlaces {
 
     /// The place that an element comes from. `likely` are the files to look into first. A file counts if the
     /// element's XPath leads to an element of it that has, or inherits, the attributes with their values.
-    SourcePlace PlaceOf(const TaggedElement& element, const std::vector<NativePath>& likely);
+    ElementSource PlaceOf(const TaggedElement& element, const std::vector<NativePath>& likely);
 
     /// The element of the file whose content reference brings the place into it; no file if there is none.
-    SourcePlace ReferenceTo(const SourcePlace& place, const NativePath& file);
+    ElementSource ReferenceTo(const ElementSource& place, const NativePath& file);
 
     /// The file with this path, relative to the document; empty if it is not one of the document's.
     NativePath FileOf(const std::string& sourcePath) const;
