@@ -22,7 +22,7 @@ std::string DataAttribute(const char* name, const std::string& value) {
 /// A relative reference from a page to a file in the folder.
 std::string ReferenceTo(const char* name, const NativePath& folder, const NativePath& page) {
     const auto up = ToFilesystem(folder).lexically_relative(ToFilesystem(page).parent_path());
-    return PercentEncoded(FromFilesystem(up / name).utf8);
+    return PercentEncoded(FromFilesystem((up / name).lexically_normal()).utf8);
 }
 
 std::string HeadElements(const NativePath& page, const NativePath& folder, const ViewerSettings& settings) {
