@@ -37,6 +37,7 @@ std::vector<Finding> AddPageData(const PublishOptions& options, const Session& s
     const NativePath folder = FolderOf(outcome.startPage);
     SourcePlaces places(XmlSources(session.files), session.document);
     std::vector<MappedPage> mapped;
+    mapped.reserve(pages.size());
     for (const ReportedPage& page : pages) {
         mapped.push_back(MapPage(page.page, page.source, names, places, findings));
     }

@@ -3,7 +3,6 @@
 #include <libxml/xpath.h>
 
 #include <algorithm>
-#include <ranges>
 
 #include "desk/report/marker_pieces.h"
 #include "desk/report/qualified_names.h"
@@ -274,10 +273,10 @@ void SourceWalk::AddAttributeGroup(std::string_view group, const std::string& co
 
 std::vector<CarriedItem> SourceWalk::ItemsOf(const std::vector<MarkerEntry>& entries) {
     std::vector<CarriedItem> items;
-    const auto reversed = std::views::reverse(entries);
-    const auto last = std::ranges::find(reversed, kXPathEntry, &MarkerEntry::name);
+    const auto last = std::find_if(entries.rbegin(), entries.rend(),
+                                   [](const MarkerEntry& entry) { return entry.name == kXPathEntry; });
     for (const MarkerEntry& entry : entries) {
-        const bool isLastXPath = last != reversed.end() && &*last == &entry;
+        const bool isLastXPath = last != entries.rend() && &*last == &entry;
         if (const int item = ItemOf(entry, isLastXPath); item != kNoItem) {
             items.push_back({item, static_cast<int>(&entry - entries.data())});
         }
@@ -304,8 +303,8 @@ int SourceWalk::ItemOf(const MarkerEntry& entry, bool isLastXPath) {
 
 /// The text has the attribute of the nearest element.
 void SourceWalk::MarkAttribute(std::string_view name) {
-    for (Open& open : std::views::reverse(open_)) {
-        for (Wanted& wanted : open.wanted) {
+    for (auto open = open_.rbegin(); open != open_.rend(); ++open) {
+        for (Wanted& wanted : open->wanted) {
             if (wanted.scoped == nullptr && wanted.name == name) {
                 wanted.carried = true;
                 return;
@@ -316,8 +315,8 @@ void SourceWalk::MarkAttribute(std::string_view name) {
 
 /// The groups of a text are in the order from the inner elements to the outer ones.
 SourceWalk::Wanted* SourceWalk::FindScoped(const ScopedFields& fields) {
-    for (Open& open : std::views::reverse(open_)) {
-        for (Wanted& wanted : open.wanted) {
+    for (auto open = open_.rbegin(); open != open_.rend(); ++open) {
+        for (Wanted& wanted : open->wanted) {
             const bool isFree = wanted.scoped != nullptr && !wanted.carried && !wanted.inElement;
             if (isFree && (*wanted.scoped)[2] == fields.element && (*wanted.scoped)[3] == fields.attribute &&
                 Collapsed(wanted.value) == Collapsed(fields.value)) {
