@@ -9,6 +9,7 @@
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/options.h"
+#include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
 namespace {
@@ -191,26 +192,7 @@ std::string Printable(const std::string& text) {
 }
 
 std::string Escaped(const std::string& text) {
-    std::string escaped;
-    for (const char c : Printable(text)) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
+    return EscapedXml(Printable(text));
 }
 
 std::string PlaceOf(const Finding& finding) {

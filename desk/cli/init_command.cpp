@@ -74,10 +74,6 @@ std::string ExampleOf(const OptionDescription& option) {
     return option.repeats ? "[" + Quoted(option.type) + "]" : Quoted(option.type);
 }
 
-bool IsCommandLineOnly(const std::string& name) {
-    return name == "config" || name == "dry-run" || name == "json";
-}
-
 /// The other options, as comments, by their groups.
 std::string FurtherOptions(const std::string& set) {
     std::string text;

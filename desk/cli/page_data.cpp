@@ -10,6 +10,7 @@ namespace {
 CarryingAttributes AttributesOf(const PublishOptions& options) {
     CarryingAttributes names;
     names.tags = options.targetAttr.empty() ? names.tags : options.targetAttr;
+    names.tagsHaveXPath = options.xpath && options.xpathAttr.empty();
     names.xpath = options.xpathAttr;
     names.sourcePath = options.sourcePathAttr;
     return names;

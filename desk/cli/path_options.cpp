@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "desk/cli/exit_status.h"
+#include "desk/toolkit/ditaval.h"
 #include "platform/file_identity.h"
 
 namespace fs = std::filesystem;
@@ -35,6 +36,24 @@ void RequireFile(const char* option, const NativePath& file) {
     std::error_code error;
     if (!file.Empty() && !fs::is_regular_file(ToFilesystem(file), error)) {
         throw Stop{kExitUsage, std::string(option) + ": " + file.utf8 + " is not a readable file"};
+    }
+}
+
+std::vector<NativePath> RequiredFiles(const char* option, const std::vector<std::string>& files) {
+    std::vector<NativePath> paths;
+    for (const std::string& file : files) {
+        RequireFile(option, {file});
+        paths.push_back(AbsolutePath({file}));
+    }
+    return paths;
+}
+
+void RequireFilters(const std::vector<NativePath>& filters) {
+    for (const NativePath& filter : filters) {
+        std::string reason;
+        if (!ReadDitaval(filter, reason)) {
+            throw Stop{kExitUsage, "--ditaval: " + filter.utf8 + " cannot be used: " + reason};
+        }
     }
 }
 

@@ -15,6 +15,12 @@ SystemPath RequireSystemPath(const NativePath& path);
 /// Throws Stop if the file that this option names is missing. Accepts an empty path.
 void RequireFile(const char* option, const NativePath& file);
 
+/// The files that this option names, made absolute. Throws Stop if one is missing.
+std::vector<NativePath> RequiredFiles(const char* option, const std::vector<std::string>& files);
+
+/// Throws Stop if a file cannot be used as a DITAVAL filter.
+void RequireFilters(const std::vector<NativePath>& filters);
+
 /// As RequireFile, for a file that must be executable.
 void RequireProgram(const char* option, const NativePath& file);
 

@@ -2,7 +2,6 @@
 
 #include <toml++/toml.h>
 #include <algorithm>
-#include <array>
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/options.h"
@@ -16,9 +15,6 @@ constexpr std::size_t kMaxBytes = 1 << 20;
 constexpr char kName[] = "name";
 constexpr char kDocument[] = "document";
 constexpr char kPublish[] = "publish";
-
-/// Options that belong to one call of the program.
-constexpr std::array<std::string_view, 3> kCommandLineOnly = {"config", "dry-run", "json"};
 
 /// The options that are keys, by where the key may stand.
 struct Keys {
@@ -42,13 +38,11 @@ bool Contains(const std::vector<OptionDescription>& options, std::string_view na
 
 Keys ReadKeys() {
     Keys keys{.ofProject = OptionsOf(Command::kPublish), .ofDeliverable = {}};
-    std::erase_if(keys.ofProject, [](const OptionDescription& option) {
-        return std::ranges::find(kCommandLineOnly, option.name) != kCommandLineOnly.end();
-    });
+    std::erase_if(keys.ofProject,
+                  [](const OptionDescription& option) { return IsCommandLineOnly(option.name); });
     keys.ofDeliverable = keys.ofProject;
     for (OptionDescription& option : OptionsOf(Command::kValidate)) {
-        const bool only = std::ranges::find(kCommandLineOnly, option.name) != kCommandLineOnly.end();
-        if (!only && !Contains(keys.ofProject, option.name)) {
+        if (!IsCommandLineOnly(option.name) && !Contains(keys.ofProject, option.name)) {
             keys.ofProject.push_back(std::move(option));
         }
     }
@@ -77,7 +71,7 @@ std::vector<Entry> EntriesOf(const toml::table& table) {
 
 [[noreturn]] void RefuseKey(const Place& place, const std::string& key,
                             const std::vector<OptionDescription>& options, std::vector<std::string> further) {
-    if (std::ranges::find(kCommandLineOnly, key) != kCommandLineOnly.end()) {
+    if (IsCommandLineOnly(key)) {
         Refuse(place, '\'' + key + "' can be given on the command line only");
     }
     for (const OptionDescription& option : options) {
@@ -263,6 +257,10 @@ Project ReadTable(const toml::table& table, const NativePath& file) {
 }
 
 }  // namespace
+
+bool IsCommandLineOnly(std::string_view option) {
+    return option == "config" || option == "dry-run" || option == "json";
+}
 
 Project ParseProject(std::string_view text, const NativePath& file) {
     try {

@@ -34,6 +34,9 @@ struct Project {
     std::vector<Deliverable> deliverables;
 };
 
+/// Whether the option belongs to one call of the program, so that it cannot be a key.
+bool IsCommandLineOnly(std::string_view option);
+
 /// Throws Stop, with the line, for what is not TOML, an unknown key, a value of a wrong type, and a
 /// deliverable without a name or document.
 Project ReadProject(const NativePath& file);

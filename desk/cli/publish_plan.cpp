@@ -9,7 +9,6 @@
 #include "desk/cli/option_checks.h"
 #include "desk/cli/path_options.h"
 #include "desk/clients/saxon.h"
-#include "desk/toolkit/ditaval.h"
 #include "desk/toolkit/installed_toolkit.h"
 #include "desk/xml/stylesheet.h"
 
@@ -66,15 +65,6 @@ std::vector<NativePath> CheckStylesheet(const NativePath& path, const std::strin
     return FilesOf(stylesheet.get());
 }
 
-void CheckFilters(const std::vector<NativePath>& filters) {
-    for (const NativePath& path : filters) {
-        std::string reason;
-        if (!ReadDitaval(path, reason)) {
-            throw Stop{kExitUsage, "--ditaval: " + path.utf8 + " cannot be used: " + reason};
-        }
-    }
-}
-
 /// Refuses what only the DITA Open Toolkit understands where another transformation runs.
 void CheckToolkitOptions(const Options& options, bool installedToolkit) {
     const auto require = [&](const char* option, bool given) {
@@ -87,15 +77,6 @@ void CheckToolkitOptions(const Options& options, bool installedToolkit) {
     require("--resource", !options.common.resources.empty());
     require("--transtype", !options.publish.transtype.empty());
     require("--toolkit-param", !options.publish.toolkitParams.empty());
-}
-
-std::vector<NativePath> RequiredFiles(const char* option, const std::vector<std::string>& files) {
-    std::vector<NativePath> paths;
-    for (const std::string& file : files) {
-        RequireFile(option, {file});
-        paths.push_back(AbsolutePath({file}));
-    }
-    return paths;
 }
 
 void CheckToolkit(const PublishPlan& plan, const std::string& toolkit) {
@@ -164,7 +145,7 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     plan.xsltEngine = ChooseEngine(plan.xslt, publish.xsltEngine);
     std::ranges::move(CheckStylesheet(plan.xslt, plan.xsltEngine), std::back_inserter(plan.inputs));
     CheckToolkitOptions(options, plan.ditaOt && options.common.toolkit != "builtin");
-    CheckFilters(plan.ditaval);
+    RequireFilters(plan.ditaval);
     return plan;
 }
 

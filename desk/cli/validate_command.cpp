@@ -10,7 +10,6 @@
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
 #include "desk/cli/validate_checks.h"
-#include "desk/toolkit/ditaval.h"
 #include "desk/xml/lenient_load.h"
 
 namespace ventrix::desk {
@@ -84,16 +83,6 @@ std::unique_ptr<Session> StartChecked(const Options& options, const Screen& scre
     }
 }
 
-void CheckFilters(const std::vector<std::string>& filters) {
-    for (const std::string& filter : filters) {
-        std::string reason;
-        RequireFile("--ditaval", {filter});
-        if (!ReadDitaval(AbsolutePath({filter}), reason)) {
-            throw Stop{kExitUsage, "--ditaval: " + filter + " cannot be used: " + reason};
-        }
-    }
-}
-
 /// Sends the request. Throws Stop if the module did not check the files.
 RunLog CheckFiles(Session& session, const NativePath& userLog, const Screen& screen, RunReport& report) {
     PrivateLog privateLog;
@@ -116,7 +105,7 @@ RunLog CheckFiles(Session& session, const NativePath& userLog, const Screen& scr
 }  // namespace
 
 int Validate(const Options& options, const Screen& screen, RunReport& report) {
-    CheckFilters(options.publish.ditaval);
+    RequireFilters(RequiredFiles("--ditaval", options.publish.ditaval));
     const auto session = StartChecked(options, screen, report);
     const NativePath userLog = AbsolutePath({options.common.log});
     std::vector<NativePath> inputs = LocalFiles(session->files);

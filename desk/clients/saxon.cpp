@@ -1,7 +1,6 @@
 #include "desk/clients/saxon.h"
 
 #include <libxml/catalog.h>
-#include <libxml/entities.h>
 
 #include <filesystem>
 #include <fstream>
@@ -51,11 +50,6 @@ bool WritesHtml(const NativePath& stylesheet) {
     return false;
 }
 
-std::string Escaped(std::string_view text) {
-    const XmlString escaped(xmlEncodeSpecialChars(nullptr, Xml(std::string(text).c_str())));
-    return std::string(View(escaped.get()));
-}
-
 /// Where the DTD of a document is: through the catalogs, which include the user's, else beside the document.
 /// Empty if it is missing.
 NativePath DtdOf(const xmlDtd& declared, const NativePath& document) {
@@ -78,14 +72,14 @@ std::string DtdEntry(const NativePath& document) {
     const NativePath file = DtdOf(*declared, document);
     if (file.Empty()) {
         const std::string_view id = View(declared->SystemID);
-        return "<systemSuffix systemIdSuffix=\"" + Escaped(id.substr(id.rfind('/') + 1)) +
+        return "<systemSuffix systemIdSuffix=\"" + EscapedXml(id.substr(id.rfind('/') + 1)) +
                "\" uri=\"empty.dtd\"/>";
     }
     if (View(declared->ExternalID).empty()) {
         return {};
     }
-    return "<public publicId=\"" + Escaped(View(declared->ExternalID)) + "\" uri=\"" +
-           Escaped(FileUri(file)) + "\"/>";
+    return "<public publicId=\"" + EscapedXml(View(declared->ExternalID)) + "\" uri=\"" +
+           EscapedXml(FileUri(file)) + "\"/>";
 }
 
 /// Writes the catalog for a run.

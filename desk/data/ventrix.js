@@ -52,8 +52,12 @@
   function readPassage(element, places) {
     const tags = pairsOf(element.getAttribute(tagsAttribute) || '');
     const own = element.id && document.getElementById(element.id) === element ? places.get(element.id) : undefined;
-    const named = name => tags.find(pair => pair[0] === name)?.[1];
-    const place = own || places.get(positionOf(element)) || {};
+    // The XPath comes after preserved queries, which have the same name.
+    const named = name => tags.filter(pair => pair[0] === name).pop()?.[1];
+    const found = own || places.get(positionOf(element)) || {};
+    // A browser adds elements that HTML implies, such as tbody, which leads to the place of another element.
+    const isOwn = found.element === element.localName && (!found.xpath || [undefined, found.xpath].includes(named('data-qlxpath')));
+    const place = isOwn ? found : {};
     return {
       element,
       attributes: tags.filter(pair => !pair[0].startsWith('data-ql')),
@@ -194,7 +198,10 @@
       shown?.classList.remove('ventrix-shown');
       shown = element;
       shown.classList.add('ventrix-shown');
-      panel.style.bottom = bar.offsetHeight + 12 + 'px';
+      // In the half of the window that the passage is not in.
+      const isLow = element.getBoundingClientRect().top > window.innerHeight / 2;
+      panel.style.top = isLow ? '12px' : 'auto';
+      panel.style.bottom = isLow ? 'auto' : bar.offsetHeight + 12 + 'px';
       panel.replaceChildren(...describe(passage));
       panel.hidden = false;
     };

@@ -31,6 +31,9 @@ void AddPlace(ordered_json& object, const ElementSource& place, const NativePath
 ordered_json ElementAsJson(const MappedElement& mapped, const NativePath& folder) {
     ordered_json object = {{"id", mapped.element.id}, {"element", mapped.element.name}};
     AddPlace(object, mapped.place, folder);
+    if (!mapped.element.queries.empty()) {
+        object["queries"] = mapped.element.queries;
+    }
     object["attributes"] = ordered_json::object();
     for (const auto& [name, value] : mapped.element.attributes) {
         object["attributes"][name] = value;
@@ -50,6 +53,7 @@ std::string Text(const ordered_json& value) {
 
 MappedPage MapPage(const NativePath& page, const NativePath& source, const CarryingAttributes& names,
                    SourcePlaces& places, std::vector<Finding>& findings) {
+    places.LimitMemory();
     MappedPage mapped{page, source, {}, false};
     TaggedPage tagged = ReadTaggedElements(page, names);
     if (!tagged.problem.empty()) {

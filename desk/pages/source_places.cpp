@@ -1,65 +1,68 @@
 #include "desk/pages/source_places.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 
+#include "desk/xml/qualified_names.h"
 #include "desk/xml/reference_path.h"
 
 namespace ventrix::desk {
 namespace {
 
-std::string QualifiedName(const xmlNode* node) {
-    const std::string prefix = node->ns == nullptr ? std::string() : std::string(View(node->ns->prefix));
-    return (prefix.empty() ? "" : prefix + ':') + std::string(View(node->name));
+constexpr std::size_t kMostFiles = 64;
+
+int LineOf(const xmlNode* node) {
+    return node == nullptr ? 0 : static_cast<int>(xmlGetLineNo(node));
 }
 
-/// One step of a path as Ventrix writes it: a name, and a number where it is not the first of its name.
-struct Step {
-    std::string_view name;
-    int number = 1;
+/// An element on the way down, with the numbers of its children so far.
+struct Level {
+    const xmlNode* element;
+    std::size_t pathLength;
+    std::unordered_map<std::string, int> counts;
 };
 
-Step ReadStep(std::string_view text) {
-    const std::size_t bracket = text.find('[');
-    Step step{text.substr(0, bracket)};
-    if (bracket != std::string_view::npos) {
-        std::from_chars(text.data() + bracket + 1, text.data() + text.size(), step.number);
-    }
-    return step;
-}
+/// Composes the XPaths of the elements in document order, in which a number stands where an element is not
+/// the first of its name.
+class PathWalk {
+  public:
+    explicit PathWalk(SourceFile& file) : file_(file) { levels_.push_back({nullptr, 0, {}}); }
 
-xmlNode* FollowStep(xmlNode* first, const Step& step) {
-    int left = step.number;
-    for (xmlNode* node = first; node != nullptr; node = NextElement(node)) {
-        if (QualifiedName(node) == step.name && --left == 0) {
-            return node;
+    void Run(const xmlNode* root) {
+        const xmlNode* node = root;
+        while (node != nullptr) {
+            Enter(node);
+            const xmlNode* next = FirstElement(node);
+            while (next == nullptr && levels_.size() > 1) {
+                const xmlNode* const left = levels_.back().element;
+                levels_.pop_back();
+                path_.resize(levels_.back().pathLength);
+                next = left == root ? nullptr : NextElement(left);
+            }
+            node = next;
         }
     }
-    return nullptr;
-}
 
-/// The element at an absolute path of names and numbers; null if there is none.
-xmlNode* Follow(const xmlDoc* document, std::string_view path) {
-    xmlNode* node = xmlDocGetRootElement(document);
-    xmlNode* found = nullptr;
-    while (path.starts_with('/')) {
-        path.remove_prefix(1);
-        const std::size_t end = std::min(path.find('/'), path.size());
-        found = FollowStep(node, ReadStep(path.substr(0, end)));
-        if (found == nullptr) {
-            return nullptr;
-        }
-        node = FirstElement(found);
-        path.remove_prefix(end);
+  private:
+    void Enter(const xmlNode* element) {
+        const std::string name = QualifiedName(*element);
+        const int number = ++levels_.back().counts[name];
+        path_ += '/' + name + (number > 1 ? '[' + std::to_string(number) + ']' : std::string());
+        file_.elements.emplace(path_, element);
+        levels_.push_back({element, path_.size(), {}});
     }
-    return found;
-}
+
+    SourceFile& file_;
+    std::vector<Level> levels_;
+    std::string path_;
+};
 
 bool HasValue(const xmlNode* node, const std::string& name, const std::string& value) {
     for (; node != nullptr && node->type == XML_ELEMENT_NODE; node = node->parent) {
-        if (xmlHasProp(node, Xml(name.c_str())) != nullptr) {
-            return Attribute(node, name.c_str()) == value;
+        for (const xmlAttr* attribute = node->properties; attribute != nullptr; attribute = attribute->next) {
+            if (QualifiedName(*attribute) == name) {
+                return ValueOf(*attribute) == value;
+            }
         }
     }
     return false;
@@ -72,79 +75,111 @@ bool Matches(const xmlNode* node, const TaggedElement& element) {
 }
 
 /// The id at the end of a reference such as "lib.dita#topic/id"; empty if it names none.
-std::string_view ElementId(std::string_view reference) {
+std::string ElementId(const std::string& reference) {
     const std::size_t hash = reference.find('#');
     const std::size_t slash = reference.rfind('/');
-    return hash == std::string_view::npos || slash == std::string_view::npos || slash < hash
-               ? std::string_view()
+    return hash == std::string::npos || slash == std::string::npos || slash < hash
+               ? std::string()
                : reference.substr(slash + 1);
 }
 
-bool IsInside(const xmlNode* node, std::string_view id) {
-    for (; node != nullptr && node->type == XML_ELEMENT_NODE; node = node->parent) {
-        if (Attribute(node, "id") == id) {
-            return true;
+void CollectReferences(const NativePath& file, SourceFile& source) {
+    for (const auto& [path, element] : source.elements) {
+        const std::string reference = Attribute(element, "conref");
+        const std::string id = ElementId(reference);
+        if (id.empty()) {
+            continue;
+        }
+        const ElementSource place{file, path, LineOf(element)};
+        const auto [known, isNew] =
+            source.references.try_emplace({TargetOf(reference, FolderOf(file)).path, id}, place);
+        if (!isNew && place.line < known->second.line) {
+            known->second = place;
         }
     }
-    return false;
 }
 
 }  // namespace
 
 SourcePlaces::SourcePlaces(std::vector<NativePath> files, const NativePath& document)
-    : files_(std::move(files)), folder_(FolderOf(document)) {}
+    : files_(std::move(files)), folder_(FolderOf(document)) {
+    std::sort(files_.begin(), files_.end());
+}
 
 NativePath SourcePlaces::FileOf(const std::string& sourcePath) const {
     const NativePath path = sourcePath.empty() ? NativePath{} : NormalPath({folder_.utf8 + sourcePath});
-    return std::ranges::find(files_, path) == files_.end() ? NativePath{} : path;
+    return IsDocuments(path) ? path : NativePath{};
 }
 
 ElementSource SourcePlaces::PlaceOf(const TaggedElement& element, const std::vector<NativePath>& likely) {
     if (const NativePath own = FileOf(element.sourcePath); !own.Empty()) {
-        const xmlNode* const node = Find(own, element.xpath);
-        return {own, element.xpath, node == nullptr ? 0 : static_cast<int>(xmlGetLineNo(node))};
+        return {own, element.xpath, LineOf(Find(own, element.xpath))};
     }
     if (element.xpath.empty()) {
         return {};
     }
-    for (const std::vector<NativePath>* files : {&likely, &std::as_const(files_)}) {
-        for (const NativePath& file : *files) {
+    const auto placeIn = [&](const std::vector<NativePath>& files) {
+        for (const NativePath& file : files) {
             const xmlNode* const node = file.Empty() ? nullptr : Find(file, element.xpath);
             if (Matches(node, element)) {
-                return {file, element.xpath, static_cast<int>(xmlGetLineNo(node))};
+                return ElementSource{file, element.xpath, LineOf(node)};
             }
         }
+        return ElementSource{{}, element.xpath, 0};
+    };
+    ElementSource place = placeIn(likely);
+    for (auto file = likely.begin(); place.file.Empty() && file != likely.end(); ++file) {
+        place = file->Empty() ? place : placeIn(Load(*file).reused);
     }
-    return {{}, element.xpath, 0};
+    return place;
 }
 
 ElementSource SourcePlaces::ReferenceTo(const ElementSource& place, const NativePath& file) {
-    const xmlNode* const target = Find(place.file, place.xpath);
-    const xmlDoc* const document = target == nullptr ? nullptr : Load(file);
-    const xmlNode* const root = document == nullptr ? nullptr : xmlDocGetRootElement(document);
-    for (const xmlNode* node = root; node != nullptr; node = NextNode(const_cast<xmlNode*>(node), root)) {
-        const std::string reference =
-            node->type == XML_ELEMENT_NODE ? Attribute(node, "conref") : std::string();
-        const std::string_view id = ElementId(reference);
-        if (!id.empty() && TargetOf(reference, FolderOf(file)).path == place.file && IsInside(target, id)) {
-            const XmlString path(xmlGetNodePath(node));
-            return {file, std::string(View(path.get())), static_cast<int>(xmlGetLineNo(node))};
+    const xmlNode* node = Find(place.file, place.xpath);
+    for (; node != nullptr && node->type == XML_ELEMENT_NODE; node = node->parent) {
+        const auto& references = Load(file).references;
+        const auto found = references.find({place.file, Attribute(node, "id")});
+        if (found != references.end()) {
+            return found->second;
         }
     }
     return {};
 }
 
-xmlNode* SourcePlaces::Find(const NativePath& file, const std::string& xpath) {
-    const xmlDoc* const document = Load(file);
-    return document == nullptr || xpath.empty() ? nullptr : Follow(document, xpath);
+void SourcePlaces::LimitMemory() {
+    if (loaded_.size() > kMostFiles) {
+        loaded_.clear();
+    }
 }
 
-const xmlDoc* SourcePlaces::Load(const NativePath& file) {
+bool SourcePlaces::IsDocuments(const NativePath& file) const {
+    return std::binary_search(files_.begin(), files_.end(), file);
+}
+
+const xmlNode* SourcePlaces::Find(const NativePath& file, const std::string& xpath) {
+    const SourceFile& source = Load(file);
+    const auto found = source.elements.find(xpath);
+    return found == source.elements.end() ? nullptr : found->second;
+}
+
+const SourceFile& SourcePlaces::Load(const NativePath& file) {
     const auto [entry, isNew] = loaded_.try_emplace(file);
+    SourceFile& source = entry->second;
     if (isNew) {
-        entry->second = LoadLeniently(file, LoadFor::kDita);
+        source.loaded = LoadLeniently(file, LoadFor::kDita);
+        if (source.loaded.document != nullptr) {
+            PathWalk(source).Run(xmlDocGetRootElement(source.loaded.document.get()));
+            CollectReferences(file, source);
+        }
+        // The references are in the order of their files.
+        for (const auto& [target, place] : source.references) {
+            if (IsDocuments(target.first) &&
+                (source.reused.empty() || source.reused.back() != target.first)) {
+                source.reused.push_back(target.first);
+            }
+        }
     }
-    return entry->second.document.get();
+    return source;
 }
 
 }  // namespace ventrix::desk

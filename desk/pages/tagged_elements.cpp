@@ -33,12 +33,16 @@ TaggedElement ReadElement(const xmlNode* node, const CarryingAttributes& names) 
     const std::vector<std::string> parts = Parts(Attribute(node, names.tags.c_str()));
     for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
         if (parts[i] == kXpathName) {
-            element.xpath = parts[i + 1];
+            element.queries.push_back(parts[i + 1]);
         } else if (parts[i] == kSourceName) {
             element.sourcePath = parts[i + 1];
         } else {
             element.attributes.emplace_back(parts[i], parts[i + 1]);
         }
+    }
+    if (names.tagsHaveXPath && !element.queries.empty()) {
+        element.xpath = element.queries.back();
+        element.queries.pop_back();
     }
     // Of several texts in one element each adds its own; the first one is where the element begins.
     if (!names.xpath.empty()) {
@@ -53,7 +57,8 @@ TaggedElement ReadElement(const xmlNode* node, const CarryingAttributes& names) 
 }
 
 bool CarriesNothing(const TaggedElement& element) {
-    return element.xpath.empty() && element.sourcePath.empty() && element.attributes.empty();
+    return element.xpath.empty() && element.sourcePath.empty() && element.queries.empty() &&
+           element.attributes.empty();
 }
 
 /// Numbers the elements on the way to the current one.

@@ -12,8 +12,9 @@ namespace ventrix::desk {
 /// The attributes of a page that carry data. Each is that of the request, or its default.
 struct CarryingAttributes {
     std::string tags = "data-twtags";  ///< Names and values, each with QL_SEP after it.
-    std::string xpath = {};            ///< Has the XPaths; empty if they are among the tags.
-    std::string sourcePath = {};       ///< The same for source paths.
+    bool tagsHaveXPath = false;        ///< The XPath is among the tags, after any preserved queries.
+    std::string xpath = {};            ///< Has the XPaths; empty if none has.
+    std::string sourcePath = {};       ///< Has the source paths; empty if they are among the tags.
 };
 
 struct TaggedElement {
@@ -21,6 +22,7 @@ struct TaggedElement {
     std::string name;        ///< As in the page.
     std::string xpath;       ///< In the source; empty if it is not carried.
     std::string sourcePath;  ///< Of the source, with slashes, relative to the document; the same.
+    std::vector<std::string> queries;                             ///< Preserved ones among the tags.
     std::vector<std::pair<std::string, std::string>> attributes;  ///< Further names with their values.
 };
 

@@ -1,7 +1,5 @@
 #include "desk/pages/viewer.h"
 
-#include <libxml/entities.h>
-
 #include "desk/xml/xml_handles.h"
 #include "platform/files.h"
 
@@ -10,13 +8,8 @@ namespace {
 
 constexpr const char* kFiles[] = {"ventrix.js", "ventrix.css"};
 
-std::string EscapedValue(const std::string& text) {
-    const XmlString escaped(xmlEncodeSpecialChars(nullptr, Xml(text.c_str())));
-    return std::string(View(escaped.get()));
-}
-
 std::string DataAttribute(const char* name, const std::string& value) {
-    return value.empty() ? std::string() : std::string(" data-") + name + "=\"" + EscapedValue(value) + '"';
+    return value.empty() ? std::string() : std::string(" data-") + name + "=\"" + EscapedXml(value) + '"';
 }
 
 /// A relative reference from a page to a file in the folder.

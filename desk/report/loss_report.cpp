@@ -143,7 +143,7 @@ class ReportMaker {
     void AddCount(const Match& match, ItemAndEntry key, std::vector<int> carriers) {
         const auto [item, entry] = key;
         const std::size_t places = carriers.size();
-        carriers.erase(std::ranges::unique(carriers).begin(), carriers.end());
+        carriers.erase(std::unique(carriers.begin(), carriers.end()), carriers.end());
         const std::size_t perCarrier = places / carriers.size();
         const auto applied = static_cast<std::size_t>(std::ranges::count_if(
             match.arrivals, [&, entry = entry](int index) { return IsApplied(ArrivalAt(index), entry); }));

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "desk/report/qualified_names.h"
+#include "desk/xml/qualified_names.h"
 
 namespace ventrix::desk {
 namespace {

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "desk/report/report_files.h"
+#include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
 namespace {
@@ -91,31 +92,8 @@ for (const form of document.querySelectorAll("form")) {
 </html>
 )";
 
-std::string Escaped(std::string_view text) {
-    std::string escaped;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
-}
-
 std::string Code(std::string_view text) {
-    return text.empty() ? std::string() : "<code>" + Escaped(text) + "</code>";
+    return text.empty() ? std::string() : "<code>" + EscapedXml(text) + "</code>";
 }
 
 /// A count with its noun, as "1 place" or "3 places".
@@ -173,18 +151,18 @@ class PageWriter {
     void WriteIntroduction() {
         const std::size_t places = PlacesOf(report_);
         const std::size_t lost = LostOf(report_);
-        page_ += "<h1>Loss report</h1>\n<p class=\"quiet\">" + Escaped(NameOf(report_.document)) +
-                 (report_.toolkit.empty() ? "" : "; toolkit: " + Escaped(report_.toolkit)) + "</p>\n";
+        page_ += "<h1>Loss report</h1>\n<p class=\"quiet\">" + EscapedXml(NameOf(report_.document)) +
+                 (report_.toolkit.empty() ? "" : "; toolkit: " + EscapedXml(report_.toolkit)) + "</p>\n";
         if (!report_.notCounted.empty()) {
-            page_ += "<p><strong>Not counted:</strong> " + Escaped(report_.notCounted) + "</p>\n";
+            page_ += "<p><strong>Not counted:</strong> " + EscapedXml(report_.notCounted) + "</p>\n";
             return;
         }
         page_ += "<p><strong>" + std::to_string(places - lost) + " of " + Counted(places, "place") +
                  "</strong> of the sources arrived in the result; <strong class=\"" +
                  (lost > 0 ? "bad" : "good") + "\">" + std::to_string(lost) + " did not</strong>.</p>\n";
         for (const NativePath& file : report_.sources.unread) {
-            page_ +=
-                "<p class=\"bad\">" + Escaped(NameOf(file)) + " could not be read and is not counted.</p>\n";
+            page_ += "<p class=\"bad\">" + EscapedXml(NameOf(file)) +
+                     " could not be read and is not counted.</p>\n";
         }
     }
 
@@ -199,7 +177,7 @@ class PageWriter {
                                                         : "<meter aria-label=\"arrived\" min=\"0\" max=\"" +
                                                               places + "\" value=\"" + arrived + "\">" +
                                                               arrived + " of " + places + "</meter>";
-            page_ += "<tr><th scope=\"row\">" + Escaped(NameOf(count.item)) + "</th>" + Number(places) +
+            page_ += "<tr><th scope=\"row\">" + EscapedXml(NameOf(count.item)) + "</th>" + Number(places) +
                      Number(arrived) + Number(std::to_string(lost), lost > 0 ? " bad" : "") +
                      "<td data-value=\"" +
                      std::to_string(count.places == 0 ? 100 : count.arrived * 100 / count.places) + "\">" +
@@ -218,13 +196,13 @@ class PageWriter {
         OpenTable("lost", {"Preserved", "Value", "Place", "Line", "XPath", "Text", "Why"});
         for (const LostPlace& lost : report_.lost) {
             const PreservedItem& item = report_.items[static_cast<std::size_t>(lost.item)].item;
-            const std::string kind = Escaped(NameOf(item));
+            const std::string kind = EscapedXml(NameOf(item));
             // The XPath of the place says it already.
             const std::string value = item.kind == ItemKind::kXPath ? std::string() : Code(lost.value);
-            page_ += "<tr data-item=\"" + kind + "\" data-reason=\"" + Escaped(lost.reason) + "\"><td>" +
+            page_ += "<tr data-item=\"" + kind + "\" data-reason=\"" + EscapedXml(lost.reason) + "\"><td>" +
                      kind + "</td><td>" + value + "</td>";
             WritePlace(lost.candidates, lost.count);
-            page_ += "<td>" + Escaped(DescribeReason(lost.reason)) + "</td></tr>\n";
+            page_ += "<td>" + EscapedXml(DescribeReason(lost.reason)) + "</td></tr>\n";
         }
         CloseTable();
     }
@@ -255,7 +233,7 @@ class PageWriter {
             page_ += " (" + std::to_string(count) + " times)";
         }
         page_ += "</td>" + Number(first.line > 0 ? std::to_string(first.line) : "") + "<td>" +
-                 Code(first.xpath) + "</td><td>" + Escaped(first.text) + "</td>";
+                 Code(first.xpath) + "</td><td>" + EscapedXml(first.text) + "</td>";
     }
 
     void WriteRepeated() {
@@ -319,7 +297,7 @@ class PageWriter {
                    const std::map<std::string, std::string>& choices) {
         page_ += "<label>" + label + " <select name=\"" + name + "\"><option value=\"\">all</option>";
         for (const auto& [value, shown] : choices) {
-            page_ += "<option value=\"" + Escaped(value) + "\">" + Escaped(shown) + "</option>";
+            page_ += "<option value=\"" + EscapedXml(value) + "\">" + EscapedXml(shown) + "</option>";
         }
         page_ += "</select></label>";
     }
@@ -363,11 +341,11 @@ class PageWriter {
 
     std::string Link(const NativePath& page, const std::string& anchor, const std::string& shown) const {
         if (page.Empty()) {
-            return Escaped(shown);
+            return EscapedXml(shown);
         }
         const NativePath relative = FromFilesystem(ToFilesystem(page).lexically_relative(folder_));
         return "<a href=\"" + PercentEncoded(relative.utf8) +
-               (anchor.empty() ? "" : '#' + PercentEncoded(anchor)) + "\">" + Escaped(shown) + "</a>";
+               (anchor.empty() ? "" : '#' + PercentEncoded(anchor)) + "\">" + EscapedXml(shown) + "</a>";
     }
 
     const LossReport& report_;

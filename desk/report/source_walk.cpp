@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "desk/report/marker_pieces.h"
-#include "desk/report/qualified_names.h"
+#include "desk/xml/qualified_names.h"
 
 namespace ventrix::desk {
 namespace {

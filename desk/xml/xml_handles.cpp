@@ -16,6 +16,11 @@ bool MayDescend(const xmlNode* node) {
 
 }  // namespace
 
+std::string EscapedXml(std::string_view text) {
+    const XmlString escaped(xmlEncodeSpecialChars(nullptr, Xml(std::string(text).c_str())));
+    return std::string(View(escaped.get()));
+}
+
 std::string Attribute(const xmlNode* element, const char* name) {
     const XmlString value(xmlGetNoNsProp(element, Xml(name)));
     return std::string(View(value.get()));

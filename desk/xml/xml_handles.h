@@ -30,6 +30,9 @@ inline std::string_view View(const xmlChar* text) {
     return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));
 }
 
+/// The text with its reserved characters escaped, for the content of an element or for a quoted value.
+std::string EscapedXml(std::string_view text);
+
 /// The value of the attribute that has this name and no namespace; empty if there is none.
 std::string Attribute(const xmlNode* element, const char* name);
 

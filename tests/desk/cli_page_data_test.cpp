@@ -77,6 +77,21 @@ TEST_F(PageData, TheMapNamesTheSourceAndTheReferenceOfEachElement) {
     }
 }
 
+TEST_F(PageData, QueriesAndNamesWithPrefixesAreKept) {
+    folder.Write("d/t.dita",
+                 "<topic id=\"t\"><title>T</title><body><p>1</p><p audience=\"expert\" xml:lang=\"de\">2</p>"
+                 "</body></topic>");
+    const Finished finished =
+        Publish({"--attributes", "xml:lang", "--preserve-xpath", "//p[@audience]", "--xpath", "--map"});
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    const std::vector<json> elements = Mapped();
+    ASSERT_EQ(elements.size(), 1U) << folder.Read(kPage);
+    EXPECT_EQ(elements[0].at("queries"), json{"//p[@audience]"});
+    EXPECT_EQ(elements[0].at("xpath"), "/topic/body/p[2]");
+    EXPECT_EQ(elements[0].at("source"), "t.dita");
+    EXPECT_EQ(elements[0].at("attributes"), (json{{"audience", "expert"}, {"xml:lang", "de"}}));
+}
+
 TEST_F(PageData, TheViewerIsAddedToPagesWithAHead) {
     Finished finished = Publish({"--viewer", "--xpath", "--editor-root", "d"});
     EXPECT_EQ(finished.status, 0) << finished.error;

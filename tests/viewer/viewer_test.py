@@ -80,7 +80,7 @@ class Viewer(unittest.TestCase):
         self.assertEqual(len(self.visible("#table tr")), 1)
         self.assertEqual(self.visible("#section, #note"), [])
         self.assertEqual(len(self.visible("#picture, #plain")), 2)
-        self.assertEqual(self.browser.find_element(By.CSS_SELECTOR, "[role=status]").text, "8 of 9 passages hidden")
+        self.assertEqual(self.browser.find_element(By.CSS_SELECTOR, "[role=status]").text, "8 of 11 passages hidden")
         self.button("audience: novice").click()
         self.assertEqual([e.text for e in self.visible("#list > li")], ["first"])
         for name in ("expert", "novice"):
@@ -105,6 +105,13 @@ class Viewer(unittest.TestCase):
         self.assertEqual(self.panel(), "")
         self.assertIsNone(item.get_attribute("tabindex"))
         self.assertEqual(self.browser.switch_to.active_element, show)
+
+    def test_an_element_that_the_browser_adds_shifts_no_places(self):
+        self.open(self.place / "passages.html")
+        self.button("Show source").click()
+        self.browser.execute_script("document.getElementById('bare').focus();")
+        self.assertIn("x2", self.panel())
+        self.assertNotIn("cell.dita", self.panel())
 
     def test_a_published_page_names_lines_and_no_private_folder(self):
         elements = json.loads(self.map_file.read_text(encoding="utf-8"))["elements"]

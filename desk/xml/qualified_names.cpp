@@ -1,4 +1,4 @@
-#include "desk/report/qualified_names.h"
+#include "desk/xml/qualified_names.h"
 
 namespace ventrix::desk {
 namespace {
