@@ -2,6 +2,7 @@
 // interrupted ends with 128 plus the number of the signal (platform/interruption.h).
 #pragma once
 
+#include <array>
 #include <string>
 
 namespace ventrix::desk {
@@ -16,6 +17,26 @@ enum ExitStatus : int {
     kExitTransformation = 6,  ///< The transformation failed or wrote no pages.
     kExitNoModule = 7,        ///< The host or the module could not start.
 };
+
+struct ExitMeaning {
+    ExitStatus status;
+    const char* text;
+};
+
+/// What the help and the documents say about each.
+inline constexpr std::array<ExitMeaning, 8> kExitMeanings = {{
+    {kExitDone, "success"},
+    {kExitFindings, "completed, with findings"},
+    {kExitUsage, "invalid usage"},
+    {kExitUnreadable, "the document cannot be read"},
+    {kExitRefused, "the module refused the request, or packaging failed"},
+    {kExitOutputRefused, "the output folder cannot be used"},
+    {kExitTransformation, "the transformation failed or wrote no pages"},
+    {kExitNoModule, "the host or the module could not start"},
+}};
+
+inline constexpr char kSignalStatus[] = "128+n";
+inline constexpr char kSignalMeaning[] = "signal n ended the run, for example 130 after Ctrl-C";
 
 /// Thrown to end the command with an exit status and an error message.
 struct Stop {

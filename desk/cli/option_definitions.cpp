@@ -1,24 +1,26 @@
 #include "desk/cli/option_definitions.h"
 
+#include "desk/cli/exit_status.h"
+
 namespace ventrix::desk {
 namespace {
 
-constexpr char kFooter[] = R"(Examples:
+constexpr char kExamples[] = R"(Examples:
   ventrix publish guide.ditamap -o out --attributes audience,product --elements uicontrol --xpath
   ventrix publish book.xml -o out --xslt /usr/share/xml/docbook/stylesheet/docbook-xsl/xhtml/docbook.xsl
   ventrix validate guide.ditamap
   ventrix init guide.ditamap && ventrix publish
   ventrix request --document guide.ditamap "Validate -docId {docId} -logFile Z:\tmp\log.txt"
+)";
 
-Exit status:
-  0  success                             5  the output folder cannot be used
-  1  completed, with findings            6  the transformation failed or wrote no pages
-  2  invalid usage                       7  the host or the module could not start
-  3  the document cannot be read       128  plus the number of the signal that ended the run,
-  4  the module refused the request,        for example 130 after Ctrl-C
-     or packaging failed
-
-Results are printed to standard output, all other messages to standard error.)";
+std::string Footer() {
+    std::string text = std::string(kExamples) + "\nExit status:\n";
+    for (const ExitMeaning& meaning : kExitMeanings) {
+        text += "  " + std::to_string(meaning.status) + "      " + meaning.text + '\n';
+    }
+    return text + "  " + kSignalStatus + "  " + kSignalMeaning +
+           "\n\nResults are printed to standard output, all other messages to standard error.";
+}
 
 // The groups of the help, in the order in which people decide.
 constexpr char kCarryGroup[] = "What to carry";
@@ -293,7 +295,7 @@ void AddCommands(CLI::App& app, Options& options, std::string& helpTopic) {
     app.set_version_flag("-V,--version", std::string("ventrix ") + kVersion);
     app.set_help_flag("--help,-h", "Print this help and exit");
     app.require_subcommand(1);
-    app.footer(kFooter);
+    app.footer(Footer());
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     AddPublish(*app.add_subcommand("publish", "Publish a document as a folder of HTML pages"), options);
     AddValidate(*app.add_subcommand("validate", "Check whether a document can be published"), options);

@@ -101,7 +101,9 @@ std::string TypeOf(const CLI::Option& option) {
 }
 
 OptionDescription Describe(const CLI::Option& option) {
+    const std::vector<std::string>& letters = option.get_snames();
     OptionDescription description{.name = option.get_lnames().front(),
+                                  .letter = letters.empty() ? std::string() : letters.front(),
                                   .type = TypeOf(option),
                                   .text = option.get_description(),
                                   .group = option.get_group(),
@@ -111,20 +113,6 @@ OptionDescription Describe(const CLI::Option& option) {
         description.excludes.insert(other->get_lnames().front());
     }
     return description;
-}
-
-const char* NameOf(Command command) {
-    switch (command) {
-        case Command::kPublish:
-            return "publish";
-        case Command::kValidate:
-            return "validate";
-        case Command::kRequest:
-            return "request";
-        case Command::kInit:
-            return "init";
-    }
-    return "";
 }
 
 Command CommandOf(const std::string& name) {
@@ -175,6 +163,28 @@ bool Parse(CLI::App& app, const std::vector<std::string>& words) {
 }
 
 }  // namespace
+
+const char* NameOf(Command command) {
+    switch (command) {
+        case Command::kPublish:
+            return "publish";
+        case Command::kValidate:
+            return "validate";
+        case Command::kRequest:
+            return "request";
+        case Command::kInit:
+            return "init";
+    }
+    return "";
+}
+
+std::string DescriptionOf(Command command) {
+    CLI::App app;
+    Options options;
+    std::string topic;
+    AddCommands(app, options, topic);
+    return app.get_subcommand(NameOf(command))->get_description();
+}
 
 std::vector<OptionDescription> OptionsOf(Command command) {
     CLI::App app;

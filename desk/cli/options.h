@@ -66,13 +66,20 @@ struct Options {
 /// One option of a command, for what is derived from all of them. The positional arguments and --help are not
 /// among them.
 struct OptionDescription {
-    std::string name;  ///< The long name without dashes.
-    std::string type;  ///< Of its value, as the help shows it, such as "FILE"; empty for a flag.
-    std::string text;  ///< What it does, one line.
+    std::string name;    ///< The long name without dashes.
+    std::string letter;  ///< The short name without a dash; empty if it has none.
+    std::string type;    ///< Of its value, as the help shows it, such as "FILE"; empty for a flag.
+    std::string text;    ///< What it does, one line.
     std::string group;
     bool repeats = false;
     std::set<std::string> excludes;  ///< Options that cannot be combined with it.
 };
+
+/// The name of a command on the command line.
+const char* NameOf(Command command);
+
+/// What a command does, one line.
+std::string DescriptionOf(Command command);
 
 /// The options of a command, in the order of the help.
 std::vector<OptionDescription> OptionsOf(Command command);

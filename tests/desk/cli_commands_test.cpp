@@ -149,9 +149,9 @@ TEST_F(CommandLine, UnreadableDocumentsAreReported) {
 
 TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
     const Row rows[] = {
-        {{"--help"}, 0, "128  plus the number of the signal", ""},
+        {{"--help"}, 0, "128+n  signal n ended the run", ""},
         {{"publish", "--help"}, 0, "--scoped-attributes", ""},
-        {{"help"}, 0, "128  plus the number of the signal", ""},
+        {{"help"}, 0, "128+n  signal n ended the run", ""},
         {{"help", "validate"}, 0, "Usage: ventrix validate [OPTIONS] [DOCUMENT]", ""},
         {{"--version"}, 0, "ventrix 1.0.0.1\n", ""},
         {{"-V"}, 0, "ventrix 1.0.0.1\n", ""},
