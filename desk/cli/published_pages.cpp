@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 #include <vector>
+
+#include "desk/xml/limits.h"
+#include "platform/native_files.h"
 
 namespace fs = std::filesystem;
 
@@ -21,9 +22,11 @@ bool ContainsMarkers(std::string_view text) {
         kOpeningWords, [&](std::string_view word) { return text.find(word) != std::string_view::npos; });
 }
 
+/// Empty if the page cannot be read.
 std::string ReadPage(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string content;
+    platform::ReadRegularFile(path, kMaxFileBytes, content);
+    return content;
 }
 
 std::string_view LeadingName(std::string_view text) {

@@ -1,5 +1,6 @@
 #include "desk/pages/page_map.h"
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "platform/files.h"
@@ -11,14 +12,28 @@ using nlohmann::ordered_json;
 
 constexpr int kSchema = 1;
 
-std::string RelativeName(const NativePath& file, const NativePath& folder) {
-    const auto path = ToFilesystem(file).lexically_relative(ToFilesystem(folder));
-    return FromFilesystem(path).utf8;
-}
+/// Names files relative to a folder. Remembers the latest one, since elements of one file follow each other.
+class RelativeNames {
+  public:
+    explicit RelativeNames(const NativePath& folder) : folder_(ToFilesystem(folder)) {}
 
-void AddPlace(ordered_json& object, const ElementSource& place, const NativePath& folder) {
+    const std::string& Of(const NativePath& file) {
+        if (!(file == latest_)) {
+            latest_ = file;
+            name_ = FromFilesystem(ToFilesystem(file).lexically_relative(folder_)).utf8;
+        }
+        return name_;
+    }
+
+  private:
+    std::filesystem::path folder_;
+    NativePath latest_;
+    std::string name_;
+};
+
+void AddPlace(ordered_json& object, const ElementSource& place, RelativeNames& names) {
     if (!place.file.Empty()) {
-        object["source"] = RelativeName(place.file, folder);
+        object["source"] = names.Of(place.file);
     }
     if (!place.xpath.empty()) {
         object["xpath"] = place.xpath;
@@ -28,20 +43,21 @@ void AddPlace(ordered_json& object, const ElementSource& place, const NativePath
     }
 }
 
-ordered_json ElementAsJson(const MappedElement& mapped, const NativePath& folder) {
-    ordered_json object = {{"id", mapped.element.id}, {"element", mapped.element.name}};
-    AddPlace(object, mapped.place, folder);
+/// Adds the members of the element to the object.
+void AddElement(ordered_json& object, const MappedElement& mapped, RelativeNames& names) {
+    object["id"] = mapped.element.id;
+    object["element"] = mapped.element.name;
+    AddPlace(object, mapped.place, names);
     if (!mapped.element.queries.empty()) {
         object["queries"] = mapped.element.queries;
     }
-    object["attributes"] = ordered_json::object();
+    ordered_json& attributes = object["attributes"] = ordered_json::object();
     for (const auto& [name, value] : mapped.element.attributes) {
-        object["attributes"][name] = value;
+        attributes[name] = value;
     }
     if (!mapped.reusedBy.file.Empty()) {
-        AddPlace(object["reusedBy"], mapped.reusedBy, folder);
+        AddPlace(object["reusedBy"], mapped.reusedBy, names);
     }
-    return object;
 }
 
 std::string Text(const ordered_json& value) {
@@ -76,8 +92,9 @@ MappedPage MapPage(const NativePath& page, const NativePath& source, const Carry
 
 std::string PlacesAsJson(const MappedPage& page, const NativePath& document) {
     ordered_json list = ordered_json::array();
+    RelativeNames names(FolderOf(document));
     for (const MappedElement& element : page.elements) {
-        list.push_back(ElementAsJson(element, FolderOf(document)));
+        AddElement(list.emplace_back(ordered_json::object()), element, names);
     }
     std::string text;
     for (const char c : Text(list)) {
@@ -87,19 +104,23 @@ std::string PlacesAsJson(const MappedPage& page, const NativePath& document) {
 }
 
 bool WriteMap(const std::vector<MappedPage>& pages, const NativePath& document, const NativePath& folder) {
-    const NativePath sources = FolderOf(document);
-    ordered_json map = {{"schema", kSchema},
-                        {"document", RelativeName(document, sources)},
-                        {"elements", ordered_json::array()}};
+    RelativeNames sources(FolderOf(document));
+    RelativeNames results(folder);
+    std::string text = Text({{"schema", kSchema}, {"document", sources.Of(document)}});
+    text.back() = ',';
+    text += "\"elements\":[";
+    const std::size_t start = text.size();
+    // Element by element, since a map of all of them takes many times the memory of its text.
     for (const MappedPage& page : pages) {
-        const std::string name = RelativeName(page.page, folder);
         for (const MappedElement& element : page.elements) {
-            ordered_json object = {{"page", name}};
-            object.update(ElementAsJson(element, sources));
-            map["elements"].push_back(std::move(object));
+            ordered_json object = {{"page", results.Of(page.page)}};
+            AddElement(object, element, sources);
+            text += text.size() == start ? "" : ",";
+            text += Text(object);
         }
     }
-    return platform::WriteWholeFile(NormalPath({folder.utf8 + '/' + kMapName}).utf8, Text(map) + '\n') ==
+    text += "]}\n";
+    return platform::WriteWholeFile(NormalPath({folder.utf8 + '/' + kMapName}).utf8, text) ==
            platform::kErrorNone;
 }
 

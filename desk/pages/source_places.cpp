@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <tuple>
 
 #include "desk/xml/qualified_names.h"
 #include "desk/xml/reference_path.h"
@@ -9,7 +10,7 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr std::size_t kMostFiles = 64;
+constexpr std::size_t kMostElements = 100'000;  // About 50 MB.
 
 int LineOf(const xmlNode* node) {
     return node == nullptr ? 0 : static_cast<int>(xmlGetLineNo(node));
@@ -147,8 +148,10 @@ ElementSource SourcePlaces::ReferenceTo(const ElementSource& place, const Native
 }
 
 void SourcePlaces::LimitMemory() {
-    if (loaded_.size() > kMostFiles) {
+    if (elements_ > kMostElements) {
         loaded_.clear();
+        latest_ = loaded_.end();
+        elements_ = 0;
     }
 }
 
@@ -163,13 +166,18 @@ const xmlNode* SourcePlaces::Find(const NativePath& file, const std::string& xpa
 }
 
 const SourceFile& SourcePlaces::Load(const NativePath& file) {
-    const auto [entry, isNew] = loaded_.try_emplace(file);
-    SourceFile& source = entry->second;
+    if (latest_ != loaded_.end() && latest_->first == file) {
+        return latest_->second;
+    }
+    bool isNew = false;
+    std::tie(latest_, isNew) = loaded_.try_emplace(file);
+    SourceFile& source = latest_->second;
     if (isNew) {
         source.loaded = LoadLeniently(file, LoadFor::kDita);
         if (source.loaded.document != nullptr) {
             PathWalk(source).Run(xmlDocGetRootElement(source.loaded.document.get()));
             CollectReferences(file, source);
+            elements_ += source.elements.size();
         }
         // The references are in the order of their files.
         for (const auto& [target, place] : source.references) {

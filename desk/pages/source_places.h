@@ -1,6 +1,7 @@
 // Where the text of a page is in the sources of the document. Strings are UTF-8.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -58,6 +59,8 @@ class SourcePlaces {
     std::vector<NativePath> files_;  ///< Sorted.
     NativePath folder_;
     std::map<NativePath, SourceFile> loaded_;
+    std::size_t elements_ = 0;                                           ///< In all of them.
+    std::map<NativePath, SourceFile>::iterator latest_ = loaded_.end();  ///< Mostly the next one, too.
 };
 
 }  // namespace ventrix::desk

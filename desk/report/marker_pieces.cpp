@@ -4,11 +4,12 @@
 #include <array>
 #include <cstddef>
 
+#include "desk/xml/xml_handles.h"
+
 namespace ventrix::desk {
 namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
-constexpr std::string_view kWhitespace = " \t\r\n";
 
 struct GroupWords {
     PieceKind kind;
@@ -136,18 +137,17 @@ std::string ElementXml(std::string_view elementGroup) {
 std::string Collapsed(std::string_view text) {
     std::string words;
     words.reserve(text.size());
-    for (std::size_t at = text.find_first_not_of(kWhitespace); at != kNone;
-         at = text.find_first_not_of(kWhitespace, at)) {
-        const std::size_t end = std::min(text.find_first_of(kWhitespace, at), text.size());
-        words += words.empty() ? "" : " ";
-        words += text.substr(at, end - at);
-        at = end;
+    const auto end = text.end();
+    for (auto word = std::find_if_not(text.begin(), end, IsXmlWhitespace); word != end;) {
+        const auto wordEnd = std::find_if(word, end, IsXmlWhitespace);
+        words.append(words.empty() ? "" : " ").append(word, wordEnd);
+        word = std::find_if_not(wordEnd, end, IsXmlWhitespace);
     }
     return words;
 }
 
 bool IsFilled(std::string_view text) {
-    return text.find_first_not_of(kWhitespace) != kNone;
+    return !std::ranges::all_of(text, IsXmlWhitespace);
 }
 
 }  // namespace ventrix::desk

@@ -18,7 +18,7 @@ int StringTable::Find(std::string_view text) const {
 
 std::string GroupKey(PieceKind kind, std::string_view content) {
     const char letter = kind == PieceKind::kAttributes ? 'A' : kind == PieceKind::kScoped ? 'S' : 'E';
-    return letter + Collapsed(content);
+    return std::string(1, letter) += Collapsed(content);
 }
 
 std::string Shortened(std::string_view text) {

@@ -51,6 +51,29 @@ std::string AttributeRefusal(const std::string& what) {
     return what + " has more than " + std::to_string(kMaxAttributes) + " attributes, which is the limit";
 }
 
+/// The attributes of the tag that the text begins with. The text ends before the next '<'.
+std::size_t CountAttributes(std::string_view tag) {
+    std::size_t attributes = 0;
+    char quote = '\0';
+    char previous = '\0';  // The last character that is not whitespace.
+    for (const char c : tag) {
+        if (c == '\0') {
+            continue;  // Half of an ASCII character in UTF-16.
+        }
+        const bool opens = quote == '\0' && (c == '"' || c == '\'') && previous == '=';
+        if ((c == '>' && quote == '\0') ||
+            (previous == '<' && (c == '!' || c == '?' || IsXmlWhitespace(c)))) {
+            break;  // The end of a tag, or a comment, a CDATA section, or no tag at all.
+        }
+        if (opens || c == quote) {
+            attributes += opens ? 1 : 0;
+            quote = opens ? c : '\0';
+        }
+        previous = IsXmlWhitespace(c) ? previous : c;
+    }
+    return attributes;
+}
+
 }  // namespace
 
 ParseBudget::ParseBudget(xmlParserCtxt& parser) : document_(parser) {
@@ -158,29 +181,15 @@ void ParseBudget::DeclareAttribute(void* context, const xmlChar* element, const 
 }
 
 std::string FindTooManyAttributes(std::string_view text) {
-    std::size_t line = 1;
-    std::size_t attributes = 0;
-    bool inTag = false;
-    char quote = '\0';
-    char previous = '\0';  // The last character that is not whitespace.
-    for (const char c : text) {
-        line += c == '\n' ? 1 : 0;
-        if (c == '\0') {
-            continue;  // Half of an ASCII character in UTF-16.
+    constexpr std::size_t kShortest = 2;  // Bytes of an attribute that counts: the equals sign and a quote.
+    for (std::size_t start = text.find('<'); start != std::string_view::npos;) {
+        const std::size_t next = text.find('<', start + 1);
+        const std::string_view tag = text.substr(start, next - start);
+        if (tag.size() > kShortest * kMaxAttributes && CountAttributes(tag) > kMaxAttributes) {
+            return AtLine(1 + static_cast<std::size_t>(std::ranges::count(text.substr(0, start), '\n')),
+                          AttributeRefusal("an element"));
         }
-        const bool opens = quote == '\0' && (c == '"' || c == '\'') && previous == '=';
-        if (c == '<') {
-            inTag = true;
-            quote = '\0';
-            attributes = 0;
-        } else if ((c == '>' && quote == '\0') || (previous == '<' && (c == '!' || c == '?' || c == ' '))) {
-            inTag = false;  // The end of a tag, or a comment, a CDATA section, or no tag at all.
-        } else if (inTag && opens && ++attributes > kMaxAttributes) {
-            return AtLine(line, AttributeRefusal("an element"));
-        } else if (inTag && (opens || c == quote)) {
-            quote = opens ? c : '\0';
-        }
-        previous = c == ' ' || c == '\t' || c == '\r' || c == '\n' ? (previous == '<' ? ' ' : previous) : c;
+        start = next;
     }
     return {};
 }

@@ -25,6 +25,10 @@ inline const xmlChar* Xml(const char* text) {
     return reinterpret_cast<const xmlChar*>(text);
 }
 
+inline bool IsXmlWhitespace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
 /// Null reads as empty.
 inline std::string_view View(const xmlChar* text) {
     return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -67,11 +68,14 @@ struct NamedCharacter {
     std::size_t length;  ///< Of the entity, from its "&" to past its ";"; 0 if there is none.
 };
 
-/// The predefined entity of this number at the start of the text.
+/// The predefined entity of this number at the start of the text. For a length that is known when this is
+/// compiled, memcmp is no call, as starts_with would be.
 template <std::size_t Index>
 NamedCharacter EntityAt(std::string_view text) {
     constexpr std::string_view kEntity = kMarkupCharacters[Index].second;
-    return {kMarkupCharacters[Index].first, text.starts_with(kEntity) ? kEntity.size() : 0};
+    const bool isThere =
+        text.size() >= kEntity.size() && std::memcmp(text.data(), kEntity.data(), kEntity.size()) == 0;
+    return {kMarkupCharacters[Index].first, isThere ? kEntity.size() : 0};
 }
 
 /// The predefined entity at the start of the text.

@@ -43,24 +43,27 @@ int WriteAndSync(Descriptor& file, std::string_view content) {
 /// `expected` is the size that the file had; it may have grown.
 std::error_code ReadAll(const Descriptor& file, std::uint64_t expected, std::uint64_t limit,
                         std::string& content) {
-    constexpr std::size_t kPiece = std::size_t{64} * 1024;
-    content.reserve(static_cast<std::size_t>(std::min(expected, limit)) + kPiece);
+    // One byte more than expected, so that the end is found without growing.
+    content.resize(static_cast<std::size_t>(std::min(expected, limit)) + 1);
+    std::size_t filled = 0;
     while (true) {
-        const std::size_t size = content.size();
-        content.resize(size + kPiece);
-        const ssize_t got = ::read(file.Number(), content.data() + size, kPiece);
-        const int error = errno;
-        content.resize(size + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        const ssize_t got = ::read(file.Number(), content.data() + filled, content.size() - filled);
+        if (got < 0 && errno != EINTR) {
+            const std::error_code error = ErrorOf(errno);
+            content.clear();
+            return error;
+        }
+        filled += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
         if (got == 0) {
+            content.resize(filled);
             return {};
         }
-        if (got < 0 && error != EINTR) {
-            content.clear();
-            return ErrorOf(error);
-        }
-        if (content.size() > limit) {
+        if (filled > limit) {
             content.clear();
             return std::make_error_code(std::errc::file_too_large);
+        }
+        if (filled == content.size()) {
+            content.resize(2 * filled);
         }
     }
 }
