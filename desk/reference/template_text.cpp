@@ -1,6 +1,5 @@
 #include "desk/reference/template_text.h"
 
-#include <algorithm>
 #include <array>
 #include <functional>
 #include <map>
@@ -40,14 +39,15 @@ const std::map<std::string, std::function<std::string()>> kParts = {
 
 /// The text for the words between two "@", such as "man-options publish".
 std::string PartFor(const std::string& words) {
-    const std::string name = words.substr(0, words.find(' '));
     if (const auto part = kParts.find(words); part != kParts.end()) {
         return part->second();
     }
-    if (const auto part = kPartsOfCommand.find(name); part != kPartsOfCommand.end()) {
-        return part->second(CommandNamed(words.substr(std::min(name.size() + 1, words.size()))));
+    const std::size_t space = words.find(' ');
+    const auto part = kPartsOfCommand.find(words.substr(0, space));
+    if (part == kPartsOfCommand.end() || space == std::string::npos) {
+        throw std::invalid_argument("unknown part '" + words + "' in the template");
     }
-    throw std::invalid_argument("unknown part '" + words + "' in the template");
+    return part->second(CommandNamed(words.substr(space + 1)));
 }
 
 /// Shells use "@" too, but not around such words.
