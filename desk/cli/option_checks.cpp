@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "desk/cli/exit_status.h"
+#include "desk/xml/xml_handles.h"
 #include "desk/xml/xpath_syntax.h"
 
 namespace ventrix::desk {
@@ -125,6 +126,14 @@ void RequireStep(const PublishOptions& options) {
     }
 }
 
+/// The title goes into pages, which are XML.
+void CheckTitle(const std::string& title) {
+    const bool hasControls = std::ranges::any_of(title, [](unsigned char c) { return c < ' ' || c == 0x7f; });
+    if (hasControls || xmlCheckUTF8(Xml(title.c_str())) == 0) {
+        throw Stop{kExitUsage, "--title: the title has a control character or is not UTF-8; remove it"};
+    }
+}
+
 }  // namespace
 
 bool AsksForDitaTransformation(const PublishOptions& options) {
@@ -163,6 +172,7 @@ void CheckPublishOptions(const PublishOptions& options) {
         RequireOption("--ditaval", filter, "a DITA transformation (--dita-ot)",
                       AsksForDitaTransformation(options));
     }
+    CheckTitle(options.title);
     CheckParams("--param", options.params, !options.xslt.empty());
     CheckParams("--string-param", options.stringParams, !options.xslt.empty());
     RequireOption("--xslt-engine", options.xsltEngine, "a stylesheet (--xslt)", !options.xslt.empty());

@@ -76,6 +76,19 @@ void AddToolkit(CLI::App& command, CommonOptions& common) {
         ->capture_default_str();
 }
 
+void AddDesign(CLI::App& command, PublishOptions& publish) {
+    command
+        .add_option("--title", publish.title,
+                    "Title of the publication, for the built-in toolkit (default: that of the document)")
+        ->type_name("TEXT");
+    command
+        .add_option("--css", publish.css,
+                    "Style sheet for the pages of the built-in toolkit, which counts after its own")
+        ->type_name("FILE");
+    command.add_option("--logo", publish.logo, "Image for the head of each page of the built-in toolkit")
+        ->type_name("FILE");
+}
+
 void AddFilters(CLI::App& command, PublishOptions& publish) {
     command
         .add_option(
@@ -242,6 +255,7 @@ void AddPublish(CLI::App& command, Options& options) {
     GroupAdded(command, kCarryGroup);
     AddTransformation(command, options.publish);
     AddToolkit(command, options.common);
+    AddDesign(command, options.publish);
     GroupAdded(command, kTransformGroup);
     AddPlaces(command, options.publish);
     AddPageData(command, options.publish);

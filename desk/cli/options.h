@@ -41,6 +41,7 @@ struct PublishOptions {
     bool map = false;
     bool viewer = false;
     std::string editorRoot;
+    std::string title, css, logo;  ///< Of the built-in toolkit's pages.
     std::string xslt, preScript, postScript, outFile, transtype;
     std::string report;  ///< The file of the loss report.
     std::vector<std::string> ditaval;

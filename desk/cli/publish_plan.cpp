@@ -1,7 +1,9 @@
 #include "desk/cli/publish_plan.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
+#include <string_view>
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
@@ -65,18 +67,51 @@ std::vector<NativePath> CheckStylesheet(const NativePath& path, const std::strin
     return FilesOf(stylesheet.get());
 }
 
-/// Refuses what only the DITA Open Toolkit understands where another transformation runs.
-void CheckToolkitOptions(const Options& options, bool installedToolkit) {
-    const auto require = [&](const char* option, bool given) {
-        if (given && !installedToolkit) {
-            throw Stop{kExitUsage, std::string(option) +
-                                       " has no effect without an installed toolkit; add "
-                                       "--toolkit installed or --toolkit FOLDER"};
+/// Refuses what only the DITA Open Toolkit, or only the built-in toolkit, understands where another
+/// transformation runs.
+void CheckToolkitOptions(const Options& options, bool ditaOt) {
+    const bool builtIn = options.common.toolkit == "builtin";
+    const auto require = [](const char* option, bool fits, const char* advice) {
+        if (!fits) {
+            throw Stop{kExitUsage, std::string(option) + " has no effect without " + advice};
         }
     };
-    require("--resource", !options.common.resources.empty());
-    require("--transtype", !options.publish.transtype.empty());
-    require("--toolkit-param", !options.publish.toolkitParams.empty());
+    const auto requireInstalled = [&](const char* option, bool given) {
+        require(option, !given || (ditaOt && !builtIn),
+                "an installed toolkit; add --toolkit installed or --toolkit FOLDER");
+    };
+    const auto requireBuiltIn = [&](const char* option, const std::string& value) {
+        require(option, value.empty() || (ditaOt && builtIn),
+                "the built-in toolkit; remove it, or publish as DITA with --toolkit builtin");
+    };
+    requireInstalled("--resource", !options.common.resources.empty());
+    requireInstalled("--transtype", !options.publish.transtype.empty());
+    requireInstalled("--toolkit-param", !options.publish.toolkitParams.empty());
+    requireBuiltIn("--title", options.publish.title);
+    requireBuiltIn("--css", options.publish.css);
+    requireBuiltIn("--logo", options.publish.logo);
+}
+
+/// Throws Stop if a browser does not show the file as an image.
+void RequireImage(const char* option, const NativePath& file) {
+    constexpr std::string_view kExtensions[] = {".svg", ".png", ".jpg", ".jpeg", ".gif", ".webp", ".avif"};
+    RequireFile(option, file);
+    std::string extension = FromFilesystem(ToFilesystem(file).extension()).utf8;
+    std::ranges::transform(extension, extension.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (!file.Empty() && std::ranges::find(kExtensions, extension) == std::end(kExtensions)) {
+        throw Stop{kExitUsage, std::string(option) + ": " + file.utf8 +
+                                   " is not an image that browsers show (expected .svg, .png, .jpg, .jpeg, "
+                                   ".gif, .webp or .avif)"};
+    }
+}
+
+PageDesign DesignOf(const PublishOptions& publish) {
+    RequireFile("--css", {publish.css});
+    RequireImage("--logo", {publish.logo});
+    return {.title = publish.title,
+            .styleSheet = AbsolutePath({publish.css}),
+            .logo = AbsolutePath({publish.logo})};
 }
 
 void CheckToolkit(const PublishPlan& plan, const std::string& toolkit) {
@@ -106,8 +141,8 @@ void CheckPlaces(const PublishPlan& plan) {
 
 std::vector<NativePath> Inputs(const PublishPlan& plan, const Session& session) {
     const Installation own = FindInstallation();
-    std::vector<NativePath> inputs{session.document, plan.xslt,  plan.preScript,
-                                   plan.postScript,  own.module, own.folder};
+    std::vector<NativePath> inputs{session.document, plan.xslt,  plan.preScript,         plan.postScript,
+                                   own.module,       own.folder, plan.design.styleSheet, plan.design.logo};
     std::ranges::copy(plan.ditaval, std::back_inserter(inputs));
     std::ranges::copy(plan.resources, std::back_inserter(inputs));
     std::ranges::copy(LocalFiles(session.files), std::back_inserter(inputs));
@@ -135,6 +170,7 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     plan.ditaval = RequiredFiles("--ditaval", publish.ditaval);
     plan.resources = RequiredFiles("--resource", options.common.resources);
     plan.outFile = AbsolutePath({publish.outFile});
+    plan.design = DesignOf(publish);
     plan.ditaOt = WantsDitaRun(publish, session);
     plan.transforms = plan.ditaOt || !plan.xslt.Empty();
     plan.toolkit = plan.ditaOt ? DescribeToolkit(ToolkitName(options.common.toolkit)) : std::string();
@@ -144,7 +180,7 @@ PublishPlan MakePublishPlan(const Options& options, const Session& session) {
     CheckToolkit(plan, options.common.toolkit);
     plan.xsltEngine = ChooseEngine(plan.xslt, publish.xsltEngine);
     std::ranges::move(CheckStylesheet(plan.xslt, plan.xsltEngine), std::back_inserter(plan.inputs));
-    CheckToolkitOptions(options, plan.ditaOt && options.common.toolkit != "builtin");
+    CheckToolkitOptions(options, plan.ditaOt);
     RequireFilters(plan.ditaval);
     return plan;
 }

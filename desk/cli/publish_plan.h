@@ -8,6 +8,7 @@
 #include "desk/cli/options.h"
 #include "desk/cli/session.h"
 #include "desk/paths/paths.h"
+#include "desk/toolkit/dita_run.h"
 
 namespace ventrix::desk {
 
@@ -20,6 +21,7 @@ struct PublishPlan {
     std::vector<NativePath> ditaval, resources;       ///< Absolute.
     NativePath undecoded;  ///< `outFile` if the module does not decode what is written there; else empty.
     std::vector<NativePath> inputs;  ///< Everything that the run reads; none may be in the output folder.
+    PageDesign design;               ///< With absolute paths.
     std::string xsltEngine;          ///< libxslt or saxon; empty without a stylesheet.
     bool ditaOt = false;
     bool transforms = false;  ///< A client transforms the document.

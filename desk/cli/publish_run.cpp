@@ -100,6 +100,7 @@ void SetTransformationOptions(const PublishPlan& plan, const PublishOptions& opt
     }
     settings.filters = plan.ditaval;
     settings.parameters = NamedValues(options.toolkitParams);
+    settings.design = plan.design;
     session.xslt.expressions = NamedValues(options.params);
     session.xslt.strings = NamedValues(options.stringParams);
     session.xslt.engine = plan.xsltEngine;

@@ -93,6 +93,7 @@ std::string RunWithLog(const DitaOtSettings& settings, const FileAccess& access,
         .log = [&log](const std::string& line) { log << line << std::endl; },
         .unread = [&record](const std::string& line) { record.unread.insert(line); },
         .finding = [&record](const DitaFinding& finding) { record.findings.push_back(finding); },
+        .design = settings.design,
         .transtype = settings.transtype.empty() ? OptionOf(command, "-transtype") : settings.transtype,
         .resources = settings.resources,
         .parameters = settings.parameters};

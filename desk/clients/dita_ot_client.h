@@ -13,13 +13,14 @@ namespace ventrix::desk {
 struct DitaOtSettings {
     /// "builtin", "installed" (found on this machine), or a toolkit's folder or command.
     std::string toolkit = "builtin";
-    NativePath dataFolder;  ///< Contains dita-to-xhtml.xsl.
+    NativePath dataFolder;  ///< Contains dita-to-xhtml.xsl and pages.css.
 
     // The rest is what a command of the module can't say.
     std::vector<NativePath> filters = {};    ///< Instead of the command's; may be empty.
     std::string transtype = {};              ///< Instead of the command's; may be empty.
     std::vector<NativePath> resources = {};  ///< Maps that define keys.
     std::vector<std::pair<std::string, std::string>> parameters = {};  ///< Of the toolkit, by name.
+    PageDesign design = {};                                            ///< Of the built-in toolkit's pages.
 };
 
 /// A client for the command

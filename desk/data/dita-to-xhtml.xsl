@@ -1,12 +1,13 @@
 <?xml version="1.0" encoding="UTF-8"?>
-<!-- Transforms one DITA document into one XHTML page: a topic, a document with several topics, or the table of contents of
-     a map (element "contents"). The desk host has renamed specialised elements to their base types, resolved conditions,
+<!-- Transforms one DITA document into one page: a topic, a document with several topics, or the table of contents of a map
+     (element "contents"). The element "page-frame" in it describes what the page has around this content, which is in
+     "main". The desk host has renamed specialised elements to their base types, resolved conditions,
      content references, keys and link targets, and numbered figures, tables and footnotes.
      Each source element becomes one element of the page if possible, with its types as class names. Text is copied
      unchanged. -->
-<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
-  <xsl:output method="xml" encoding="UTF-8" doctype-public="-//W3C//DTD XHTML 1.0 Transitional//EN"
-              doctype-system="http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd"/>
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform" xmlns="http://www.w3.org/1999/xhtml">
+  <!-- The desk host writes this as HTML that is well-formed XML. -->
+  <xsl:output method="html" encoding="UTF-8"/>
 
   <!-- The map's language, for topics without a language. -->
   <xsl:param name="language"/>
@@ -22,25 +23,94 @@
 
   <!-- ===== Pages ===== -->
 
+  <xsl:variable name="frame" select="/*/page-frame"/>
+
   <xsl:template match="/">
     <html lang="{$page-language}" xml:lang="{$page-language}">
       <head>
-        <meta http-equiv="Content-Type" content="text/html; charset=UTF-8"/>
         <meta name="viewport" content="width=device-width, initial-scale=1"/>
-        <title><xsl:apply-templates select="*" mode="page-title"/></title>
-        <xsl:call-template name="style"/>
+        <title>
+          <xsl:value-of select="$frame/@title"/>
+          <xsl:if test="$frame/@title != $frame/@site"><xsl:value-of select="concat(' - ', $frame/@site)"/></xsl:if>
+        </title>
+        <xsl:if test="$frame/@description"><meta name="description" content="{$frame/@description}"/></xsl:if>
+        <xsl:for-each select="$frame/style"><link rel="stylesheet" href="{@href}"/></xsl:for-each>
+        <xsl:for-each select="$frame/script"><script src="{@href}" defer="defer"></script></xsl:for-each>
       </head>
       <body>
-        <xsl:apply-templates select="*" mode="page"/>
+        <xsl:if test="not($frame/item)"><xsl:attribute name="class">ventrix-single</xsl:attribute></xsl:if>
+        <xsl:call-template name="page-head"/>
+        <xsl:if test="$frame/item">
+          <xsl:call-template name="page-contents"/>
+          <xsl:call-template name="breadcrumb"/>
+        </xsl:if>
+        <main id="ventrix-main"><xsl:apply-templates select="*" mode="page"/></main>
+        <xsl:if test="$frame/previous | $frame/next"><xsl:call-template name="previous-and-next"/></xsl:if>
       </body>
     </html>
   </xsl:template>
 
-  <xsl:template match="contents" mode="page-title"><xsl:value-of select="@title"/></xsl:template>
-  <xsl:template match="*" mode="page-title">
-    <xsl:value-of select="descendant-or-self::topic[1]/title"/>
+  <xsl:template name="page-head">
+    <a class="ventrix-skip" href="#ventrix-main">
+      <xsl:call-template name="word"><xsl:with-param name="key" select="'skip'"/></xsl:call-template>
+    </a>
+    <header class="ventrix-head">
+      <a class="ventrix-home" href="{$frame/@home}">
+        <xsl:if test="$frame/@start"><xsl:attribute name="aria-current">page</xsl:attribute></xsl:if>
+        <xsl:if test="$frame/@logo"><img src="{$frame/@logo}" alt=""/></xsl:if>
+        <span><xsl:value-of select="$frame/@site"/></span>
+      </a>
+      <xsl:if test="$frame/item">
+        <a class="ventrix-jump" href="#ventrix-contents">
+          <xsl:call-template name="word"><xsl:with-param name="key" select="'contents'"/></xsl:call-template>
+        </a>
+      </xsl:if>
+    </header>
+    <xsl:text>&#10;</xsl:text>
   </xsl:template>
 
+  <xsl:template name="page-contents">
+    <nav class="ventrix-contents" id="ventrix-contents">
+      <xsl:attribute name="aria-label">
+        <xsl:call-template name="word"><xsl:with-param name="key" select="'contents'"/></xsl:call-template>
+      </xsl:attribute>
+      <ul><xsl:apply-templates select="$frame/item | $frame/more"/></ul>
+    </nav>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
+  <xsl:template name="breadcrumb">
+    <nav class="ventrix-breadcrumb">
+      <xsl:attribute name="aria-label">
+        <xsl:call-template name="word"><xsl:with-param name="key" select="'place'"/></xsl:call-template>
+      </xsl:attribute>
+      <ol>
+        <li>
+          <a href="{$frame/@home}"><xsl:call-template name="word"><xsl:with-param name="key" select="'home'"/></xsl:call-template></a>
+        </li>
+        <xsl:for-each select="$frame/crumb"><li><xsl:call-template name="item-label"/></li></xsl:for-each>
+        <li aria-current="page"><xsl:value-of select="$frame/@title"/></li>
+      </ol>
+    </nav>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
+  <xsl:template name="previous-and-next">
+    <nav class="ventrix-pager">
+      <xsl:attribute name="aria-label">
+        <xsl:call-template name="word"><xsl:with-param name="key" select="'pager'"/></xsl:call-template>
+      </xsl:attribute>
+      <xsl:for-each select="$frame/previous | $frame/next">
+        <a class="ventrix-{name()}" href="{@href}" rel="{substring('prevnext', 1 + 4 * boolean(self::next), 4)}">
+          <span><xsl:call-template name="word"><xsl:with-param name="key" select="concat(name(), '-page')"/></xsl:call-template></span>
+          <xsl:text> </xsl:text>
+          <xsl:value-of select="@title"/>
+        </a>
+      </xsl:for-each>
+    </nav>
+  </xsl:template>
+
+  <!-- The start page of a map. -->
   <xsl:template match="contents" mode="page">
     <h1 class="title"><xsl:value-of select="@title"/></h1>
     <ul class="contents"><xsl:apply-templates select="item"/></ul>
@@ -48,17 +118,33 @@
 
   <xsl:template match="item">
     <li>
-      <xsl:choose>
-        <xsl:when test="@href"><a href="{@href}"><xsl:value-of select="@title"/></a></xsl:when>
-        <xsl:otherwise><span class="heading"><xsl:value-of select="@title"/></span></xsl:otherwise>
-      </xsl:choose>
-      <xsl:if test="item"><ul><xsl:apply-templates select="item"/></ul></xsl:if>
+      <xsl:if test="@closed"><xsl:attribute name="class">ventrix-closed</xsl:attribute></xsl:if>
+      <xsl:call-template name="item-label"/>
+      <xsl:if test="item"><ul><xsl:apply-templates select="item | more"/></ul></xsl:if>
     </li>
     <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+  <xsl:template name="item-label">
+    <xsl:choose>
+      <xsl:when test="@href">
+        <a href="{@href}">
+          <xsl:if test="@current"><xsl:attribute name="aria-current"><xsl:value-of select="@current"/></xsl:attribute></xsl:if>
+          <xsl:value-of select="@title"/>
+        </a>
+      </xsl:when>
+      <xsl:otherwise><span class="heading"><xsl:value-of select="@title"/></span></xsl:otherwise>
+    </xsl:choose>
+  </xsl:template>
+  <!-- Entries that a large table of contents leaves out here. -->
+  <xsl:template match="more">
+    <li class="ventrix-more">
+      <a href="{$frame/@home}"><xsl:call-template name="word"><xsl:with-param name="key" select="'all'"/></xsl:call-template></a>
+    </li>
   </xsl:template>
 
   <xsl:template match="*" mode="page"><xsl:apply-templates select="."/></xsl:template>
   <xsl:template match="dita" mode="page"><xsl:apply-templates select="*"/></xsl:template>
+  <xsl:template match="page-frame" priority="3"/>
 
   <!-- ===== Attributes of all elements ===== -->
 
@@ -221,8 +307,10 @@
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
 
+  <!-- Long lines are scrolled, with the keyboard too. -->
   <xsl:template match="pre">
-    <xsl:call-template name="block"><xsl:with-param name="name" select="'pre'"/></xsl:call-template>
+    <pre tabindex="0"><xsl:call-template name="common"/><xsl:apply-templates/></pre>
+    <xsl:text>&#10;</xsl:text>
   </xsl:template>
   <xsl:template match="lines"><xsl:call-template name="block"/></xsl:template>
 
@@ -349,7 +437,7 @@
   <!-- An image is inline unless its placement asks for a line of its own. -->
   <xsl:template match="image">
     <xsl:choose>
-      <xsl:when test="@placement = 'break'"><div class="imageblock"><xsl:call-template name="image"/></div></xsl:when>
+      <xsl:when test="@placement = 'break'"><span class="imageblock"><xsl:call-template name="image"/></span></xsl:when>
       <xsl:otherwise><xsl:call-template name="image"/></xsl:otherwise>
     </xsl:choose>
   </xsl:template>
@@ -372,9 +460,18 @@
           <xsl:for-each select=".."><xsl:call-template name="map-name"/></xsl:for-each>
         </xsl:attribute>
       </xsl:if>
-      <xsl:if test="@width"><xsl:attribute name="width"><xsl:value-of select="@width"/></xsl:attribute></xsl:if>
-      <xsl:if test="@height"><xsl:attribute name="height"><xsl:value-of select="@height"/></xsl:attribute></xsl:if>
+      <xsl:call-template name="image-size"/>
     </img>
+  </xsl:template>
+  <!-- HTML's attributes are numbers of pixels; other lengths are CSS. -->
+  <xsl:template name="image-size">
+    <xsl:copy-of select="@*[(name() = 'width' or name() = 'height') and number(.) = number(.)]"/>
+    <xsl:variable name="lengths" select="@*[(name() = 'width' or name() = 'height') and number(.) != number(.)]"/>
+    <xsl:if test="$lengths">
+      <xsl:attribute name="style">
+        <xsl:for-each select="$lengths"><xsl:value-of select="concat(name(), ': ', ., '; ')"/></xsl:for-each>
+      </xsl:attribute>
+    </xsl:if>
   </xsl:template>
 
   <!-- Marker text is decoded in text nodes only, so that it must not get into an attribute. -->
@@ -446,13 +543,17 @@
     <xsl:variable name="first" select="count($columns[@colname = current()/@namest]/preceding-sibling::colspec)"/>
     <xsl:variable name="last" select="count($columns[@colname = current()/@nameend]/preceding-sibling::colspec)"/>
     <xsl:element name="{substring('tdth', 1 + 2 * $head, 2)}">
-      <xsl:call-template name="common"/>
+      <xsl:call-template name="common">
+        <xsl:with-param name="after">
+          <xsl:if test="@align"><xsl:value-of select="concat('align-', @align, ' ')"/></xsl:if>
+          <xsl:if test="@valign"><xsl:value-of select="concat('valign-', @valign)"/></xsl:if>
+        </xsl:with-param>
+      </xsl:call-template>
+      <xsl:if test="$head"><xsl:attribute name="scope">col</xsl:attribute></xsl:if>
       <xsl:if test="@morerows &gt; 0"><xsl:attribute name="rowspan"><xsl:value-of select="@morerows + 1"/></xsl:attribute></xsl:if>
       <xsl:if test="@namest and @nameend and $last &gt; $first">
         <xsl:attribute name="colspan"><xsl:value-of select="$last - $first + 1"/></xsl:attribute>
       </xsl:if>
-      <xsl:if test="@align"><xsl:attribute name="align"><xsl:value-of select="@align"/></xsl:attribute></xsl:if>
-      <xsl:if test="@valign"><xsl:attribute name="valign"><xsl:value-of select="@valign"/></xsl:attribute></xsl:if>
       <xsl:apply-templates/>
     </xsl:element>
   </xsl:template>
@@ -465,6 +566,9 @@
     <xsl:variable name="head" select="parent::sthead or $key"/>
     <xsl:element name="{substring('tdth', 1 + 2 * $head, 2)}">
       <xsl:call-template name="common"/>
+      <xsl:if test="$head">
+        <xsl:attribute name="scope"><xsl:value-of select="substring('rowcol', 1 + 3 * boolean(parent::sthead), 3)"/></xsl:attribute>
+      </xsl:if>
       <xsl:apply-templates/>
     </xsl:element>
   </xsl:template>
@@ -520,7 +624,7 @@
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'u'"/></xsl:call-template>
   </xsl:template>
   <xsl:template match="ph[contains(@class, ' hi-d/tt ')]" priority="2">
-    <xsl:call-template name="inline"><xsl:with-param name="name" select="'tt'"/></xsl:call-template>
+    <xsl:call-template name="inline"><xsl:with-param name="name" select="'span'"/></xsl:call-template>
   </xsl:template>
   <xsl:template match="ph[contains(@class, ' hi-d/sup ')]" priority="2">
     <xsl:call-template name="inline"><xsl:with-param name="name" select="'sup'"/></xsl:call-template>
@@ -574,7 +678,8 @@
       <div class="fn" id="fn{@page-number}">
         <a href="#fnref{@page-number}"><sup><xsl:value-of select="@page-number"/></sup></a>
         <xsl:text> </xsl:text>
-        <span><xsl:apply-templates/></span>
+        <xsl:variable name="blocks" select="p | pre | ul | sl | ol | lq | dl | note | lines | fig"/>
+        <xsl:element name="{substring('spandiv', 1 + 4 * boolean($blocks), 4)}"><xsl:apply-templates/></xsl:element>
       </div>
     </xsl:for-each>
   </xsl:template>
@@ -672,53 +777,33 @@
     </a>
   </xsl:template>
 
-  <!-- ===== Generated words and style ===== -->
+  <!-- ===== Generated words ===== -->
 
+  <!-- Each "|key=word|". Words in elements would have to be read with document(''), which parses this file for each page. -->
+  <xsl:variable name="english" select="'
+    |figure=Figure| |table=Table| |parent=Parent topic| |related=Related information| |previous=Previous topic|
+    |next=Next topic| |note=Note| |tip=Tip| |fastpath=Fastpath| |important=Important| |remember=Remember|
+    |restriction=Restriction| |attention=Attention| |caution=Caution| |danger=Danger| |warning=Warning| |notice=Notice|
+    |trouble=Trouble| |contents=Contents| |skip=Skip to the content| |place=You are here| |home=Home|
+    |pager=Previous and next page| |previous-page=Previous| |next-page=Next| |all=All topics|'"/>
+  <xsl:variable name="german" select="'
+    |figure=Abbildung| |table=Tabelle| |parent=Übergeordnetes Thema| |related=Zugehörige Informationen|
+    |previous=Vorheriges Thema| |next=Nächstes Thema| |note=Anmerkung| |tip=Tipp| |fastpath=Direktaufruf|
+    |important=Wichtig| |remember=Hinweis| |restriction=Einschränkung| |attention=Achtung| |caution=Vorsicht|
+    |danger=Gefahr| |warning=Warnung| |notice=Hinweis| |trouble=Fehlerbehebung| |contents=Inhalt|
+    |skip=Zum Inhalt der Seite| |place=Sie sind hier| |home=Start| |pager=Vorige und nächste Seite| |previous-page=Zurück|
+    |next-page=Weiter| |all=Alle Themen|'"/>
+
+  <!-- A type of note that is not among the words is its own word. -->
   <xsl:template name="word">
     <xsl:param name="key"/>
-    <xsl:variable name="word" select="document('')/*/w:words[@lang = substring($page-language, 1, 2)]/w:w[@key = $key]"
-                  xmlns:w="urn:ventrix:words"/>
-    <xsl:variable name="english" select="document('')/*/w:words[@lang = 'en']/w:w[@key = $key]" xmlns:w="urn:ventrix:words"/>
+    <xsl:variable name="entry" select="concat('|', $key, '=')"/>
     <xsl:choose>
-      <xsl:when test="$word"><xsl:value-of select="$word"/></xsl:when>
-      <xsl:when test="$english"><xsl:value-of select="$english"/></xsl:when>
+      <xsl:when test="starts-with($page-language, 'de') and contains($german, $entry)">
+        <xsl:value-of select="substring-before(substring-after($german, $entry), '|')"/>
+      </xsl:when>
+      <xsl:when test="contains($english, $entry)"><xsl:value-of select="substring-before(substring-after($english, $entry), '|')"/></xsl:when>
       <xsl:otherwise><xsl:value-of select="$key"/></xsl:otherwise>
     </xsl:choose>
-  </xsl:template>
-
-  <words xmlns="urn:ventrix:words" lang="en">
-    <w key="figure">Figure</w><w key="table">Table</w><w key="parent">Parent topic</w><w key="related">Related information</w>
-    <w key="previous">Previous topic</w><w key="next">Next topic</w>
-    <w key="note">Note</w><w key="tip">Tip</w><w key="fastpath">Fastpath</w><w key="important">Important</w>
-    <w key="remember">Remember</w><w key="restriction">Restriction</w><w key="attention">Attention</w>
-    <w key="caution">Caution</w><w key="danger">Danger</w><w key="warning">Warning</w><w key="notice">Notice</w>
-    <w key="trouble">Trouble</w>
-  </words>
-  <words xmlns="urn:ventrix:words" lang="de">
-    <w key="figure">Abbildung</w><w key="table">Tabelle</w><w key="parent">Übergeordnetes Thema</w>
-    <w key="related">Zugehörige Informationen</w><w key="previous">Vorheriges Thema</w><w key="next">Nächstes Thema</w>
-    <w key="note">Anmerkung</w><w key="tip">Tipp</w><w key="fastpath">Direktaufruf</w><w key="important">Wichtig</w>
-    <w key="remember">Hinweis</w><w key="restriction">Einschränkung</w><w key="attention">Achtung</w>
-    <w key="caution">Vorsicht</w><w key="danger">Gefahr</w><w key="warning">Warnung</w><w key="notice">Hinweis</w>
-    <w key="trouble">Fehlerbehebung</w>
-  </words>
-
-  <xsl:template name="style">
-    <style type="text/css">
-body { max-width: 48em; margin: 2em auto; padding: 0 1.5em; font: 16px/1.55 system-ui, "Segoe UI", Roboto, "Noto Sans", sans-serif; color: #1d2733; }
-h1, h2, h3, h4 { line-height: 1.25; margin: 1.6em 0 0.5em; } h1 { margin-top: 0; font-size: 1.9em; } h2 { font-size: 1.3em; }
-a { color: #0b5fa5; } p, ul, ol, dl, pre, table, .fig, .note { margin: 0.8em 0; } li { margin: 0.3em 0; }
-.shortdesc { font-size: 1.1em; color: #4a5866; }
-.note { border-left: 4px solid #4a90c2; background: #eef5fa; padding: 0.5em 1em; }
-.warning, .caution, .danger { border-color: #c0392b; background: #fdf0ee; } .tip { border-color: #3a9a5b; background: #eef8f1; }
-.notetitle { font-weight: bold; } .note > .notetitle + p { margin-top: 0.2em; }
-pre, code, tt, kbd, samp, .filepath, .cmdname { font-family: ui-monospace, "DejaVu Sans Mono", Consolas, monospace; font-size: 0.92em; }
-pre { background: #f4f5f7; border: 1px solid #dde1e6; border-radius: 4px; padding: 0.8em 1em; overflow-x: auto; }
-.lines { white-space: pre-line; } .uicontrol, .wintitle { font-weight: 600; } dt { font-weight: 600; margin-top: 0.5em; } dd { margin-left: 1.5em; }
-table { border-collapse: collapse; width: 100%; } th, td { border: 1px solid #cfd6dd; padding: 0.4em 0.7em; text-align: left; vertical-align: top; }
-th { background: #f0f3f6; } caption, .figcap { display: block; font-weight: 600; text-align: left; margin: 0.4em 0; } caption { display: table-caption; }
-img { max-width: 100%; } .imageblock { margin: 0.8em 0; } .related-links { border-top: 1px solid #dde1e6; margin-top: 2.5em; padding-top: 1em; }
-ul.ullinks, ul.sl { list-style: none; padding-left: 0; } .stepsection { list-style: none; } .desc { color: #4a5866; } .fn { font-size: 0.9em; }
-</style>
   </xsl:template>
 </xsl:stylesheet>

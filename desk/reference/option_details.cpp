@@ -10,12 +10,14 @@ std::string DetailsOf(const std::string& option) {
          "A name that does not occur in any file of the document gets a note, and a probable misspelling a "
          "warning."},
         {"color", "`auto` uses colours on a terminal, unless the environment variable NO_COLOR is set."},
+        {"css", "Files that it refers to are not copied."},
         {"drive", "Without this option, Z is the root folder."},
         {"format", "With `text`, the findings go to standard error."},
         {"keep-markers", "Without this option, it is taken out of there."},
         {"log",
          "Publishing without this option writes it beside the output folder, with `.log` appended to its "
          "name."},
+        {"logo", "An image that browsers show: SVG, PNG, JPEG, GIF, WebP or AVIF."},
         {"output",
          "Your own files in it are kept. A failed run leaves the folder as it was. A folder with files that "
          "no run created is refused."},

@@ -1,13 +1,16 @@
 #include "desk/toolkit/builtin_toolkit.h"
 
+#include <algorithm>
 #include <deque>
 #include <filesystem>
 #include <set>
 
+#include "desk/toolkit/contents.h"
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_map.h"
 #include "desk/toolkit/dita_references.h"
 #include "desk/toolkit/link_check.h"
+#include "desk/toolkit/page_frame.h"
 #include "desk/toolkit/page_layout.h"
 #include "desk/toolkit/page_navigation.h"
 #include "desk/toolkit/subject_scheme.h"
@@ -19,7 +22,7 @@ namespace {
 /// The state of a run. It goes through three stages. First, the map gives the navigation, the keys and the
 /// topics that wait for a page. Then each waiting topic becomes a page (MakePage); a link to a topic that the
 /// map does not name makes that topic wait too, so the list grows until every topic that can be reached has
-/// its page. Last, the table of contents becomes the index, when it is known which pages exist.
+/// its page. Last, the table of contents becomes the start page of a map.
 struct Publication {
     const DitaRun& run;
     const Ditaval& rules;
@@ -27,11 +30,13 @@ struct Publication {
     PageLayout layout;
     Navigation navigation;
     PageNeighbours neighbours;
+    Contents contents;
+    PageAssets assets;
     DitaLibrary& library;
     LinkCheck links;
     std::deque<NativePath> waiting;
-    std::set<NativePath> known;  ///< Topics that wait or have their page.
-    std::set<NativePath> copied;
+    std::set<NativePath> known;   ///< Topics that wait or have their page.
+    std::set<NativePath> copied;  ///< The targets.
     MessageSink warn;
     std::set<NativePath> written;  ///< Pages.
     int warnings = 0;
@@ -65,18 +70,8 @@ void WaitForPage(Publication& publication, const NativePath& topic) {
     }
 }
 
-void WaitForPages(Publication& publication, const std::vector<NavigationItem>& items) {
-    for (const NavigationItem& item : items) {
-        const auto target = item.page ? DitaTargetOf(item.href) : std::nullopt;
-        if (target.has_value()) {
-            WaitForPage(publication, target->path);
-        }
-        WaitForPages(publication, item.children);
-    }
-}
-
 void CopyFile(Publication& publication, const NativePath& source, const NativePath& target) {
-    if (target.Empty() || !publication.copied.insert(source).second) {
+    if (target.Empty() || !publication.copied.insert(target).second) {
         return;
     }
     std::error_code error;
@@ -92,6 +87,19 @@ void CopyFile(Publication& publication, const NativePath& source, const NativePa
                                std::filesystem::copy_options::overwrite_existing, error);
     if (error) {
         Fail(publication, target.utf8 + " cannot be written: " + error.message());
+    }
+}
+
+/// The map's topics wait for their pages; its other files are copied if the contents show them.
+void TakeItems(Publication& publication, const std::vector<NavigationItem>& items) {
+    for (const NavigationItem& item : items) {
+        const auto target = DitaTargetOf(item.href);
+        if (target.has_value() && item.page) {
+            WaitForPage(publication, target->path);
+        } else if (target.has_value() && item.shown) {
+            CopyFile(publication, target->path, OutputOf(publication.layout, target->path));
+        }
+        TakeItems(publication, item.children);
     }
 }
 
@@ -175,7 +183,8 @@ std::string Rendered(Publication& publication, xmlDoc* document, const NativePat
     if (!result.done) {
         Fail(publication, source.utf8 + ": the stylesheet failed on this topic");
     }
-    return result.output;
+    // A stylesheet cannot write this form of the declaration.
+    return result.output.empty() ? std::string() : "<!DOCTYPE html>\n" + result.output;
 }
 
 void Write(Publication& publication, const NativePath& page, const std::string& content) {
@@ -211,6 +220,16 @@ void AddPageNumbers(xmlDoc* document) {
     }
 }
 
+/// What the head of a topic's page says, when its references are resolved.
+FramedPage FramedTopic(const xmlDoc* document, const NativePath& topic, const NativePath& page) {
+    const xmlNode* first = FirstTopic(document);
+    std::string title = PlainText(ShownText(ChildOfType(first, "topic/title")));
+    if (title.empty()) {
+        title = FromFilesystem(ToFilesystem(topic).stem()).utf8;
+    }
+    return {page, std::move(title), PlainText(ShownText(ShortDescriptionOf(first)))};
+}
+
 /// The order matters. Reused content brings key references, samples and links with it; keys and neighbours
 /// add links, which RewriteReferences then directs to pages; page numbers count the final elements. Elements
 /// get the names of their base types last, for the stylesheet alone.
@@ -241,19 +260,54 @@ void MakePage(Publication& publication, const NativePath& topic) {
     AddNeighbours(document, publication.neighbours, topic, publication.library);
     RewriteReferences(publication, document, topic);
     AddPageNumbers(document);
+    AddPageFrame(document, FramedTopic(document, topic, page), publication.contents, publication.assets);
     NameByBaseType(document);
     const std::string content = Rendered(publication, document, topic);
     publication.links.AddPage(page, content);
     Write(publication, page, content);
 }
 
-void MakeIndex(Publication& publication) {
-    const NativePath page =
-        FreePage(publication.layout,
-                 {OutputOf(publication.layout, FolderOf(publication.run.document)).utf8 + "index.html"});
-    const XmlDocument contents = ContentsDocument(publication.navigation, publication.layout, page,
-                                                  publication.written, publication.library);
-    Write(publication, page, Rendered(publication, contents.get(), publication.run.document));
+void MakeStartPage(Publication& publication) {
+    const ContentsEntry& start = publication.contents.entries.front();
+    const XmlDocument document = ContentsDocument(publication.contents);
+    AddPageFrame(document.get(), {start.page, start.label, {}}, publication.contents, publication.assets);
+    Write(publication, start.page, Rendered(publication, document.get(), publication.run.document));
+}
+
+void CopyAssets(Publication& publication) {
+    const auto copy = [&publication](const PageAsset& asset) {
+        CopyFile(publication, asset.source, asset.target);
+    };
+    std::ranges::for_each(publication.assets.styleSheets, copy);
+    std::ranges::for_each(publication.assets.logo, copy);
+    copy(publication.assets.script);
+}
+
+std::string TitleOr(const Publication& publication, const std::string& title) {
+    if (!publication.run.design.title.empty()) {
+        return publication.run.design.title;
+    }
+    return title.empty() ? FromFilesystem(ToFilesystem(publication.run.document).stem()).utf8 : title;
+}
+
+void ReadMap(Publication& publication) {
+    publication.navigation = ReadNavigation(publication.run.document, publication.library, publication.run);
+    publication.neighbours = NeighboursIn(publication.navigation);
+    TakeItems(publication, publication.navigation.items);
+    PageLayout& layout = publication.layout;
+    const NativePath startPage =
+        FreePage(layout, {OutputOf(layout, FolderOf(publication.run.document)).utf8 + "index.html"});
+    layout.taken.insert(startPage);
+    publication.contents =
+        ContentsOfMap(publication.navigation, layout, startPage,
+                      TitleOr(publication, publication.navigation.title), publication.library);
+}
+
+void ReadTopic(Publication& publication) {
+    const NativePath& topic = publication.run.document;
+    WaitForPage(publication, topic);
+    publication.contents = ContentsOfTopic(PageOf(publication.layout, topic),
+                                           TitleOr(publication, publication.library.Summary(topic).title));
 }
 
 std::string MakePages(Publication& publication) {
@@ -264,12 +318,9 @@ std::string MakePages(Publication& publication) {
     }
     const bool isMap = HasType(xmlDocGetRootElement(document.document.get()), "map/map");
     if (isMap) {
-        publication.navigation =
-            ReadNavigation(publication.run.document, publication.library, publication.run);
-        publication.neighbours = NeighboursIn(publication.navigation);
-        WaitForPages(publication, publication.navigation.items);
+        ReadMap(publication);
     } else {
-        WaitForPage(publication, publication.run.document);
+        ReadTopic(publication);
     }
     while (!publication.waiting.empty()) {
         const NativePath topic = publication.waiting.front();
@@ -281,8 +332,9 @@ std::string MakePages(Publication& publication) {
                ": none of its topics could be published; see the warnings in the log";
     }
     if (isMap) {
-        MakeIndex(publication);
+        MakeStartPage(publication);
     }
+    CopyAssets(publication);
     for (const DeadLink& link : publication.links.DeadLinks(publication.written)) {
         Remark(publication, link.topic, link.line, kBrokenLink, link.problem);
     }
@@ -334,6 +386,8 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
                             .layout = LayoutOf(run.document, run.pages),
                             .navigation = {},
                             .neighbours = {},
+                            .contents = {},
+                            .assets = {},
                             .library = library,
                             .links = {},
                             .waiting = {},
@@ -346,6 +400,7 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
         ++publication.warnings;
         publication.run.log("warning: " + line);
     };
+    publication.assets = AssetsFor(run.design, publication.layout, FolderOf(stylesheetPath));
     reason = MakePages(publication);
     run.log(std::to_string(publication.written.size()) + " pages, " +
             std::to_string(publication.copied.size()) + " other files, " +

@@ -1,5 +1,7 @@
 #include "desk/toolkit/dita_document.h"
 
+#include <algorithm>
+
 #include "desk/toolkit/dita_classes.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/reference_path.h"
@@ -65,6 +67,13 @@ xmlNode* FindElement(xmlNode* topic, const std::string& id) {
         }
     }
     return nullptr;
+}
+
+/// Whether an element has no place in a line of text.
+bool IsHidden(const xmlNode* element) {
+    constexpr const char* kHidden[] = {"topic/indexterm", "topic/data", "topic/draft-comment",
+                                       "topic/required-cleanup", "topic/fn"};
+    return std::ranges::any_of(kHidden, [element](const char* type) { return HasType(element, type); });
 }
 
 }  // namespace
@@ -137,6 +146,24 @@ xmlNode* ChildOfType(const xmlNode* parent, std::string_view type) {
 std::string TextOf(const xmlNode* node) {
     const XmlString text(node == nullptr ? nullptr : xmlNodeGetContent(node));
     return std::string(View(text.get()));
+}
+
+std::string ShownText(const xmlNode* node) {
+    std::string text;
+    for (const xmlNode* child = node == nullptr ? nullptr : node->children; child != nullptr;
+         child = child->next) {
+        if (child->type == XML_ELEMENT_NODE) {
+            text += IsHidden(child) ? std::string() : ShownText(child);
+        } else if (child->type != XML_COMMENT_NODE && child->type != XML_PI_NODE) {
+            text += TextOf(child);
+        }
+    }
+    return text;
+}
+
+const xmlNode* ShortDescriptionOf(const xmlNode* topic) {
+    const xmlNode* own = ChildOfType(topic, "topic/shortdesc");
+    return own != nullptr ? own : ChildOfType(ChildOfType(topic, "topic/abstract"), "topic/shortdesc");
 }
 
 }  // namespace ventrix::desk

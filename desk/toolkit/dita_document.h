@@ -52,4 +52,10 @@ xmlNode* ChildOfType(const xmlNode* parent, std::string_view type);
 /// The text content of the node and its descendants; empty for null.
 std::string TextOf(const xmlNode* node);
 
+/// The same without what a page does not show there, such as index terms, comments and footnotes.
+std::string ShownText(const xmlNode* node);
+
+/// Null if the topic, which may be null, has none.
+const xmlNode* ShortDescriptionOf(const xmlNode* topic);
+
 }  // namespace ventrix::desk

@@ -28,10 +28,10 @@ std::string NumberOf(const xmlNode* item) {
 /// What a link to the element says: its title, the term that it defines, or its number.
 std::string WordsFor(const xmlNode* node) {
     if (const xmlNode* title = ChildOfType(node, "topic/title")) {
-        return TextOf(title);
+        return ShownText(title);
     }
     if (HasType(node, "topic/dlentry")) {
-        return TextOf(ChildOfType(node, "topic/dt"));
+        return ShownText(ChildOfType(node, "topic/dt"));
     }
     return HasType(node, "topic/li") && HasType(node->parent, "topic/ol") ? NumberOf(node) : std::string();
 }
@@ -56,11 +56,8 @@ TopicSummary SummaryOf(const xmlDoc* document) {
     TopicSummary summary;
     const xmlNode* topic = FirstTopic(document);
     summary.topicId = topic == nullptr ? std::string() : Attribute(topic, "id");
-    summary.title = TextOf(ChildOfType(topic, "topic/title"));
-    const xmlNode* shortDescription = ChildOfType(topic, "topic/shortdesc");
-    const xmlNode* abstract = ChildOfType(topic, "topic/abstract");
-    summary.shortDescription =
-        TextOf(shortDescription != nullptr ? shortDescription : ChildOfType(abstract, "topic/shortdesc"));
+    summary.title = ShownText(ChildOfType(topic, "topic/title"));
+    summary.shortDescription = ShownText(ShortDescriptionOf(topic));
     CollectTitles(document, summary);
     return summary;
 }
@@ -330,6 +327,7 @@ const TopicSummary& DitaLibrary::Summary(const NativePath& path) {
         summary = SummaryOf(loaded.document.get());
     }
     summary.excluded = loaded.excluded;
+    summary.readable = loaded.document != nullptr;
     return summaries_.insert({path, std::move(summary)}).first->second;
 }
 

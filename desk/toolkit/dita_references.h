@@ -19,6 +19,7 @@ struct TopicSummary {
     std::string title;
     std::string shortDescription;
     bool excluded = false;
+    bool readable = false;  ///< Exists, is well-formed and not excluded.
     /// The words for links, by "topic" and by "topic/element": titles, defined terms, numbers of list items.
     std::unordered_map<std::string, std::string> titles;
 };

@@ -24,6 +24,13 @@ struct DitaFinding {
     std::string rule = kToolkitRule;
 };
 
+/// How the built-in toolkit's pages look, beyond its own style sheet. Each member may be empty.
+struct PageDesign {
+    std::string title;      ///< Of the publication, instead of the document's.
+    NativePath styleSheet;  ///< Counts after the toolkit's own.
+    NativePath logo;        ///< An image for the head of each page.
+};
+
 /// One run of a DITA transformation.
 struct DitaRun {
     NativePath document;
@@ -39,6 +46,8 @@ struct DitaRun {
 
     /// False to look for findings only: no file is written, and `pages` need not exist.
     bool writes = true;
+
+    PageDesign design = {};  ///< For the built-in toolkit only.
 
     // For an installed toolkit only.
     std::string transtype = "xhtml";

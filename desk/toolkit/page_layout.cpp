@@ -1,19 +1,40 @@
 #include "desk/toolkit/page_layout.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 #include "desk/documents/document_files.h"
 
 namespace ventrix::desk {
+namespace {
+
+/// The source folder that a folder of the document's folder corresponds to; none of the files is in it.
+NativePath UnusedFolder(const NativePath& document, const std::string& name, const DocumentFiles& files) {
+    NativePath folder{FolderOf(document).utf8 + name + '/'};
+    const auto isUsed = [&files](const NativePath& candidate) {
+        return std::ranges::any_of(files.files, [&candidate](const DocumentFile& file) {
+            return file.path.utf8.starts_with(candidate.utf8);
+        });
+    };
+    for (int number = 2; isUsed(folder); ++number) {
+        folder = {FolderOf(document).utf8 + name + '-' + std::to_string(number) + '/'};
+    }
+    return folder;
+}
+
+}  // namespace
 
 PageLayout LayoutOf(const NativePath& document, const NativePath& outputBase) {
     PageLayout layout{.sourceBase = FolderOf(document), .outputBase = outputBase};
+    const DocumentFiles files = ListDocumentFiles(document);
     std::error_code error;
-    for (const DocumentFile& file : ListDocumentFiles(document).files) {
+    for (const DocumentFile& file : files.files) {
         if (!file.path.Empty() && std::filesystem::exists(ToFilesystem(file.path), error)) {
             layout.sourceBase = CommonFolder(layout.sourceBase, file.path);
         }
     }
+    layout.assets = OutputOf(layout, UnusedFolder(document, "ventrix-style", files));
     return layout;
 }
 
@@ -49,8 +70,18 @@ NativePath FreePage(const PageLayout& layout, const NativePath& page) {
 }
 
 std::string RelativeReference(const NativePath& fromPage, const NativePath& toFile) {
-    const std::filesystem::path folder = ToFilesystem(fromPage).parent_path();
-    return PercentEncoded(FromFilesystem(ToFilesystem(toFile).lexically_relative(folder)).utf8);
+    const std::string& from = fromPage.utf8;
+    const std::string& to = toFile.utf8;
+    const auto differ = std::ranges::mismatch(from, to).in1;
+    // Up to the last slash that both have.
+    const auto common = static_cast<std::size_t>(
+        std::find(std::reverse_iterator(differ), from.rend(), '/').base() - from.begin());
+    std::string reference;
+    for (auto up = std::count(from.begin() + static_cast<std::ptrdiff_t>(common), from.end(), '/'); up > 0;
+         --up) {
+        reference += "../";
+    }
+    return PercentEncoded(reference + to.substr(common));
 }
 
 }  // namespace ventrix::desk

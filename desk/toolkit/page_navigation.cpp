@@ -126,54 +126,6 @@ void AddLink(xmlNode* links, const MapLink& map, DitaLibrary& library) {
     }
 }
 
-struct ContentsWriter {
-    const PageLayout& layout;
-    const NativePath& page;
-    const std::set<NativePath>& written;
-    DitaLibrary& library;
-};
-
-/// The title and the reference of an item; both empty if the publication does not contain it.
-std::pair<std::string, std::string> TitleAndReference(const ContentsWriter& writer,
-                                                      const NavigationItem& item) {
-    const auto target = DitaTargetOf(item.href);
-    if (!target.has_value()) {
-        return {item.title.empty() ? item.href : item.title, item.href};
-    }
-    if (!item.page) {
-        const NativePath output = OutputOf(writer.layout, target->path);
-        const std::string title =
-            item.title.empty() ? FromFilesystem(ToFilesystem(target->path).filename()).utf8 : item.title;
-        return output.Empty() ? std::pair<std::string, std::string>()
-                              : std::pair(title, RelativeReference(writer.page, output));
-    }
-    const NativePath topicPage = PageOf(writer.layout, target->path);
-    const std::string own = TitleOf(item.href, writer.library);
-    if (!writer.written.contains(topicPage)) {
-        return {};
-    }
-    const std::string anchor = target->topic.empty() ? "" : "#" + target->topic;
-    const std::string name = FromFilesystem(ToFilesystem(target->path).stem()).utf8;
-    const std::string title = item.titleLocked || own.empty() ? item.title : own;
-    return {title.empty() ? name : title, RelativeReference(writer.page, topicPage) + anchor};
-}
-
-void AddItems(const ContentsWriter& writer, xmlNode* parent, const std::vector<NavigationItem>& items) {
-    for (const NavigationItem& item : items) {
-        const auto [title, reference] =
-            item.shown ? TitleAndReference(writer, item) : std::pair<std::string, std::string>();
-        xmlNode* place = parent;
-        if (!title.empty()) {
-            place = xmlNewChild(parent, nullptr, Xml("item"), nullptr);
-            xmlNewProp(place, Xml("title"), Xml(title.c_str()));
-            if (!reference.empty()) {
-                xmlNewProp(place, Xml("href"), Xml(reference.c_str()));
-            }
-        }
-        AddItems(writer, place, item.children);
-    }
-}
-
 }  // namespace
 
 PageNeighbours NeighboursIn(const Navigation& navigation) {
@@ -200,18 +152,6 @@ void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const Nat
     for (const MapLink& link : own->second) {
         AddLink(links, link, library);
     }
-}
-
-XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const NativePath& page,
-                             const std::set<NativePath>& written, DitaLibrary& library) {
-    XmlDocument document(xmlNewDoc(Xml("1.0")));
-    xmlNode* root = xmlNewDocNode(document.get(), nullptr, Xml("contents"), nullptr);
-    xmlDocSetRootElement(document.get(), root);
-    xmlNewProp(root, Xml("title"), Xml(navigation.title.c_str()));
-    xmlNewProp(root, Xml("language"), Xml(navigation.language.c_str()));
-    AddItems({.layout = layout, .page = page, .written = written, .library = library}, root,
-             navigation.items);
-    return document;
 }
 
 }  // namespace ventrix::desk

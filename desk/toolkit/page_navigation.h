@@ -1,15 +1,12 @@
-// Navigation as input of the stylesheet: the table of contents as a document, and links from a topic to its
-// parent and children in the map as elements of the topic.
+// The links that a map gives a topic, to its parent, its children and others, as elements of the topic.
 #pragma once
 
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "desk/toolkit/dita_map.h"
 #include "desk/toolkit/dita_references.h"
-#include "desk/toolkit/page_layout.h"
 
 namespace ventrix::desk {
 
@@ -29,11 +26,5 @@ PageNeighbours NeighboursIn(const Navigation& navigation);
 /// Adds absolute links to the related links of the document's first topic.
 void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const NativePath& topic,
                    DitaLibrary& library);
-
-/// `<contents title="..." language="..."><item href="..." title="..."><item .../></item></contents>`, with
-/// references relative to the page that will contain it. A topic without one of the `written` pages gets no
-/// item; its children take its place.
-XmlDocument ContentsDocument(const Navigation& navigation, const PageLayout& layout, const NativePath& page,
-                             const std::set<NativePath>& written, DitaLibrary& library);
 
 }  // namespace ventrix::desk

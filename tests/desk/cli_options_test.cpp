@@ -55,6 +55,8 @@ TEST(OptionChecks, RefusalsNameTheOptionAndTheValueAndSayWhatToDo) {
         {{"--param", "a=1"}, "--param: 'a=1' has no effect without a stylesheet"},
         {{"--string-param", "1=1", "--xslt", "s"}, "--string-param: '1=1' is not of the form NAME=VALUE"},
         {{"--ditaval", "f", "--post-script", "s"}, "--ditaval: 'f' has no effect without a DITA"},
+        {{"--title", "a\nb"}, "--title: the title has a control character or is not UTF-8"},
+        {{"--title", "a\xff"}, "--title: the title has a control character or is not UTF-8"},
         {{"--colour=always"}, "unknown option '--colour'; did you mean '--color'? See --help"},
         {{"--zzzzz", "x"}, "unknown option '--zzzzz'; see --help"},
     };

@@ -101,11 +101,12 @@ TEST_F(DitaClient, ContentsComeFromMapsAndSubmaps) {
     }
     ASSERT_EQ(Run("m/g.ditamap"), 0) << record_.reason;
     EXPECT_EQ(Query("m/index.html", "//h1"), "Guide");
-    EXPECT_EQ(Query("m/index.html", "/html/body/ul/li[1]/ul/li/a/@href"), "../t/b%20%C3%A4.html");
-    EXPECT_EQ(Query("m/index.html",
-                    "concat(//li[1]/ul/li/a, '|', /html/body/ul/li[2]/a, '|', /html/body/ul/li[3]/span,"
-                    " '|', /html/body/ul/li[3]/ul/li/a, '|', /html/body/ul/li[4]/a/@href)"),
-              "t/b ä|m/c|Head|m/d|https://example.org");
+    EXPECT_EQ(Query("m/index.html", "/html/body/main/ul/li[1]/ul/li/a/@href"), "../t/b%20%C3%A4.html");
+    EXPECT_EQ(
+        Query("m/index.html",
+              "concat(//li[1]/ul/li/a, '|', /html/body/main/ul/li[2]/a, '|', /html/body/main/ul/li[3]/span,"
+              " '|', /html/body/main/ul/li[3]/ul/li/a, '|', /html/body/main/ul/li[4]/a/@href)"),
+        "t/b ä|m/c|Head|m/d|https://example.org");
     EXPECT_EQ(Query("m/index.html", "count(//li)"), "6");
     EXPECT_EQ(Query("m/a.html", "concat(//ul[@class='ullinks']/li/a/@href, '|', //div[@class='desc'])"),
               "../t/b%20%C3%A4.html|About");

@@ -28,9 +28,26 @@ class DitaClient : public FolderFixture {
     std::string Page(const std::string& name) const { return Read("out/xhtml/" + name); }
     std::string Log() const { return Read("out/buildlog-xhtml.txt"); }
 
-    /// The value of an XPath expression on a page: a string, or that of the first node.
+    /// The value of an XPath expression on a page: a string, or that of the first node. The body has the
+    /// content of "main" only.
     std::string Query(const std::string& page, const std::string& xpath) const {
         std::string text = Page(page);
+        const auto cut = [&text](const char* from, const char* to) {
+            const std::size_t start = text.find(from) + std::string(from).size();
+            text.erase(start, std::min(text.find(to, start), text.size()) - start);
+        };
+        if (text.find("<main") != std::string::npos) {
+            cut("<body", "<main");
+            text.insert(text.find("<main"), ">");
+            cut("</main>", "</body>");
+        }
+        return QueryIn(text, xpath);
+    }
+    /// The same with the whole body.
+    std::string QueryFrame(const std::string& page, const std::string& xpath) const {
+        return QueryIn(Page(page), xpath);
+    }
+    static std::string QueryIn(std::string text, const std::string& xpath) {
         const std::string space = " xmlns=\"http://www.w3.org/1999/xhtml\"";
         if (const std::size_t at = text.find(space); at != std::string::npos) {
             text.erase(at, space.size());
