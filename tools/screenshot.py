@@ -13,7 +13,7 @@ from selenium import webdriver
 from selenium.webdriver.common.by import By
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-SWITCHES = ["--headless=new", "--no-sandbox", "--disable-gpu", "--hide-scrollbars", "--window-size=1000,760"]
+SWITCHES = ["--headless=new", "--no-sandbox", "--disable-gpu", "--hide-scrollbars", "--window-size=1200,883"]
 
 
 def publish(program, folder):
