@@ -292,6 +292,7 @@ std::string TitleOr(const Publication& publication, const std::string& title) {
 
 void ReadMap(Publication& publication) {
     publication.navigation = ReadNavigation(publication.run.document, publication.library, publication.run);
+    publication.library.UseKeys(publication.navigation.keys);
     publication.neighbours = NeighboursIn(publication.navigation);
     TakeItems(publication, publication.navigation.items);
     PageLayout& layout = publication.layout;

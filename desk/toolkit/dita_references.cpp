@@ -292,7 +292,27 @@ std::optional<std::string> CodeOf(const xmlNode* element, const RemarkSink& rema
     return Lines(content, RangeIn(href.substr(std::min(href.find('#'), href.size()))));
 }
 
+/// Gives empty phrases the text of their key.
+void FillPhrases(xmlDoc* document, const DitaKeys& keys) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (!IsPhrase(node) || node->children != nullptr) {
+            continue;
+        }
+        const auto key = keys.find(Attribute(node, "keyref"));
+        if (key != keys.end() && !key->second.text.empty()) {
+            xmlNodeAddContent(node, Xml(key->second.text.c_str()));
+        }
+    }
+}
+
 }  // namespace
+
+void DitaLibrary::UseKeys(const DitaKeys& keys) {
+    keys_ = &keys;
+    recent_.clear();
+    summaries_.clear();
+}
 
 const DitaDocument& DitaLibrary::Load(const NativePath& path) {
     const auto known = std::find_if(recent_.begin(), recent_.end(),
@@ -305,6 +325,9 @@ const DitaDocument& DitaLibrary::Load(const NativePath& path) {
     const DitaDocument& loaded = recent_.front().loaded;
     if (loaded.document == nullptr && !loaded.excluded) {
         unread_(loaded.reason);
+    }
+    if (loaded.document != nullptr && keys_ != nullptr) {
+        FillPhrases(loaded.document.get(), *keys_);
     }
     if (recent_.size() > kKeptDocuments) {
         recent_.pop_back();

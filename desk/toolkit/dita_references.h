@@ -32,6 +32,10 @@ class DitaLibrary {
 
     const Ditaval& Rules() const { return rules_; }
 
+    /// From now on, phrases that a key gives their text have it, also in summaries. The keys must exist as
+    /// long as the library is used. Documents that were requested before are freed.
+    void UseKeys(const DitaKeys& keys);
+
     /// Null if the document cannot be read or is excluded. The library owns it and may free it when eight
     /// other documents have been requested.
     const xmlDoc* Document(const NativePath& path);
@@ -48,6 +52,7 @@ class DitaLibrary {
 
     const Ditaval& rules_;
     const MessageSink& unread_;
+    const DitaKeys* keys_ = nullptr;
     std::list<Entry> recent_;
     std::map<NativePath, TopicSummary> summaries_;
 };

@@ -127,6 +127,11 @@ TEST_F(BuiltinToolkit, KeysGiveTopicsTextAndTargets) {
     EXPECT_EQ(Query("t.html", "concat(//div[@class='note'], '|', count(//li), //li[2], '|', //p[2])"),
               "Note: Hot!|2two|kept");
     EXPECT_EQ(Query("t.html", "string((//p)[last()])"), "own");
+    // Where another page shows a title, its keys have their text too.
+    WriteTopicAt("intro.dita", "Intro to <keyword keyref='product'/>", "<p/>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(QueryFrame("t.html", "concat(//nav[@id='ventrix-contents']//li[1], '|', //p[1]/span/a)"),
+              "Intro to P40|Intro to P40");
     EXPECT_EQ(Findings(),
               "t.dita:1: conkeyref=\"none/x\": the map does not define this key with a target; the "
               "element keeps its own content\n");
