@@ -8,6 +8,7 @@
 #include "desk/cli/exit_status.h"
 #include "desk/cli/project_file.h"
 #include "desk/documents/document_files.h"
+#include "platform/native_files.h"
 
 namespace fs = std::filesystem;
 
@@ -152,18 +153,10 @@ void RefuseExisting(const NativePath& path) {
 
 /// Throws Stop if the file exists or cannot be written, which leaves no file behind.
 void WriteNew(const NativePath& path, const std::string& text) {
-    // Opened so that an existing file is an error, even one that appears at this moment.
-    std::FILE* file = std::fopen(path.utf8.c_str(), "wx");
-    if (file == nullptr) {
+    const std::error_code error = platform::WriteNewFile(ToFilesystem(path), text);
+    if (error) {
         RefuseExisting(path);
-        throw Stop{kExitUsage, path.utf8 + " cannot be written; check the permissions"};
-    }
-    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    const bool closed = std::fclose(file) == 0;
-    if (!written || !closed) {
-        std::error_code error;
-        fs::remove(ToFilesystem(path), error);
-        throw Stop{kExitUsage, path.utf8 + " cannot be written; check the free space"};
+        throw Stop{kExitUsage, path.utf8 + " cannot be written: " + error.message()};
     }
 }
 

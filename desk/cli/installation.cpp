@@ -1,6 +1,10 @@
 #include "desk/cli/installation.h"
 
 #include <filesystem>
+#include <string>
+
+#include "platform/native_roots.h"
+#include "platform/program.h"
 
 namespace fs = std::filesystem;
 
@@ -8,14 +12,18 @@ namespace ventrix::desk {
 
 Installation FindInstallation() {
     std::error_code error;
-    const fs::path bin = fs::read_symlink("/proc/self/exe", error).parent_path();
+    const fs::path bin = ToFilesystem({platform::ProgramFile()}).parent_path();
+    const std::string module = "Ventrix" + std::string(platform::LibrarySuffix());
+    const std::string recorder = "ventrix-script" + std::string(platform::ProgramSuffix());
     const fs::path share = bin.parent_path() / "share" / "ventrix";
     if (fs::is_directory(share, error)) {
         const fs::path library = bin.parent_path() / "lib" / "ventrix";
-        return {FromFilesystem(library / "Ventrix.so"), FromFilesystem(library / "ventrix-script"),
-                FromFilesystem(share)};
+        return {FromFilesystem(library / module), FromFilesystem(library / recorder), FromFilesystem(share)};
     }
-    return {FromFilesystem(bin.parent_path() / "src" / "Ventrix.so"), FromFilesystem(bin / "ventrix-script"),
+    if (fs::exists(bin / "data" / "Ventrix.xsl", error)) {
+        return {FromFilesystem(bin / module), FromFilesystem(bin / recorder), FromFilesystem(bin / "data")};
+    }
+    return {FromFilesystem(bin.parent_path() / "src" / module), FromFilesystem(bin / recorder),
             FromFilesystem(bin / "installation")};
 }
 

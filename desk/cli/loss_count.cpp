@@ -82,8 +82,8 @@ class FinalPlaces {
         const fs::path depth =
             ToFilesystem(FolderOf(session.document)).lexically_relative(ToFilesystem(base));
         former_ = result_;
-        if (!depth.empty() &&
-            result_.string().ends_with("/" + NormalPath({"/" + depth.string()}).utf8.substr(1))) {
+        if (!depth.empty() && FromFilesystem(result_).utf8.ends_with(
+                                  "/" + NormalPath({"/" + FromFilesystem(depth).utf8}).utf8.substr(1))) {
             for (const fs::path& part : depth) {
                 former_ = part.empty() || part == "." ? former_ : former_.parent_path();
             }
@@ -202,7 +202,7 @@ void MarkerCounter::ReadResult(const std::string& folder) {
     markers_.notCounted = ReasonOf([&] {
         std::vector<ResultFile> files;
         for (const fs::path& name : MarkedFilesBelow(folder, sourceNames_)) {
-            const bool isOutFile = plan_.output.utf8 + '/' + name.string() == plan_.outFile.utf8;
+            const bool isOutFile = plan_.output.utf8 + '/' + FromFilesystem(name).utf8 == plan_.outFile.utf8;
             const bool isPage = IsDecodedName(name) || name.extension() == ".xhtml" || isOutFile;
             files.push_back(
                 {FromFilesystem(folder / name), FromFilesystem(name), isPage, IsDecodedName(name)});

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <csignal>
 #include <exception>
 #include <functional>
 #include <iostream>
@@ -14,6 +13,8 @@
 #include "platform/child_process.h"
 #include "platform/drives.h"
 #include "platform/interruption.h"
+#include "platform/native_roots.h"
+#include "platform/standard_streams.h"
 
 namespace {
 
@@ -61,7 +62,9 @@ RunReport RunOne(const Options& options) {
         screen.Heading(options.deliverable);
     }
     Guard(options, report, [&] { report.exitStatus = RunCommand(options, screen, report); });
-    platform::SetProcessDrives(platform::ParseDrives(drives));
+    if (!platform::SystemHasDrives()) {
+        platform::SetProcessDrives(platform::ParseDrives(drives));
+    }
     if (options.common.json) {
         PrintReport(report);
     }
@@ -114,17 +117,11 @@ int Run(const std::vector<std::string>& words) {
     return RunAll(plan.runs);
 }
 
-volatile std::sig_atomic_t readerGone = 0;
-
-extern "C" void RecordReaderGone(int) {
-    readerGone = 1;
-}
-
 /// A closed pipe is not an error, since a reader such as `head` stops when it has read enough. Any other
 /// write error means that output was lost.
 int Finish(int status) {
     std::cout.flush();
-    if (std::cout || readerGone == 1) {
+    if (std::cout || platform::WroteToClosedPipe()) {
         return status;
     }
     std::cerr << "error: the result could not be written to standard output\n";
@@ -134,12 +131,14 @@ int Finish(int status) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::signal(SIGPIPE, RecordReaderGone);
-    ventrix::platform::HandleInterruptions();
-    const int status = Run({argv + std::min(argc, 1), argv + argc});
+    std::vector<std::string> words = platform::ProgramArguments(argc, argv);
+    words.erase(words.begin(), words.begin() + std::min<std::ptrdiff_t>(std::ssize(words), 1));
+    platform::SurviveClosedPipes();
+    platform::HandleInterruptions();
+    const int status = Run(words);
     // A script may have left a program running that would still write.
-    ventrix::platform::EndStartedPrograms();
+    platform::EndStartedPrograms();
     const int finished = Finish(status);
-    ventrix::platform::StopHandlingInterruptions();
+    platform::StopHandlingInterruptions();
     return finished;
 }

@@ -1,12 +1,11 @@
 #include "desk/cli/path_options.h"
 
-#include <unistd.h>
-
 #include <filesystem>
 
 #include "desk/cli/exit_status.h"
 #include "desk/toolkit/ditaval.h"
 #include "platform/file_identity.h"
+#include "platform/program.h"
 
 namespace fs = std::filesystem;
 
@@ -59,9 +58,9 @@ void RequireFilters(const std::vector<NativePath>& filters) {
 
 void RequireProgram(const char* option, const NativePath& file) {
     RequireFile(option, file);
-    if (!file.Empty() && access(file.utf8.c_str(), X_OK) != 0) {
-        throw Stop{kExitUsage,
-                   std::string(option) + ": " + file.utf8 + " is not executable; run chmod +x on it"};
+    if (!file.Empty() && !platform::IsExecutable(file.utf8)) {
+        throw Stop{kExitUsage, std::string(option) + ": " + file.utf8 + " is not executable; " +
+                                   platform::HowToMakeExecutable()};
     }
 }
 

@@ -1,16 +1,15 @@
 #include "desk/cli/screen.h"
 
-#include <unistd.h>
-
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <mutex>
 #include <nlohmann/json.hpp>
 
 #include "desk/cli/run_log.h"
+#include "platform/environment.h"
+#include "platform/standard_streams.h"
 
 namespace ventrix::desk {
 namespace {
@@ -40,8 +39,7 @@ bool WantsColors(const std::string& option) {
     if (option != "auto") {
         return option == "always";
     }
-    const char* noColor = std::getenv("NO_COLOR");
-    return (noColor == nullptr || *noColor == '\0') && isatty(STDERR_FILENO) == 1;
+    return platform::EnvironmentValue("NO_COLOR").value_or("").empty() && platform::IsErrorTerminal();
 }
 
 }  // namespace
@@ -51,7 +49,7 @@ Screen::Screen(const CommonOptions& options)
       quiet_(options.quiet),
       verbose_(options.verbose),
       colors_(WantsColors(options.color)),
-      progress_(!options.quiet && !data_ && isatty(STDERR_FILENO) == 1) {}
+      progress_(!options.quiet && !data_ && platform::IsErrorTerminal()) {}
 
 void Screen::Result(const std::string& text) const {
     if (!data_) {
@@ -98,20 +96,6 @@ void PrintObject(const nlohmann::json& object) {
 
 void to_json(nlohmann::json& json, const NativePath& path) {
     json = path.utf8;
-}
-
-StandardOutputRedirection::StandardOutputRedirection() {
-    std::cout.flush();
-    kept_ = dup(STDOUT_FILENO);
-    dup2(STDERR_FILENO, STDOUT_FILENO);
-}
-
-StandardOutputRedirection::~StandardOutputRedirection() {
-    std::fflush(stdout);
-    if (kept_ >= 0) {
-        dup2(kept_, STDOUT_FILENO);
-        close(kept_);
-    }
 }
 
 Progress::Progress(const Screen& screen, NativePath logFile, std::size_t files) {

@@ -38,19 +38,6 @@ void PrintObject(const nlohmann::json& object);
 /// Converts a path to a JSON string. The JSON library finds this function by its name.
 void to_json(nlohmann::json& json, const NativePath& path);
 
-/// During its lifetime, redirects standard output of this process and its children to standard error,
-/// because the output of scripts and clients is not part of the result.
-class StandardOutputRedirection {
-  public:
-    StandardOutputRedirection();
-    ~StandardOutputRedirection();
-    StandardOutputRedirection(const StandardOutputRedirection&) = delete;
-    StandardOutputRedirection& operator=(const StandardOutputRedirection&) = delete;
-
-  private:
-    int kept_;
-};
-
 /// Shows the progress of a run in one line of the terminal, from what the run appends to its log. Does
 /// nothing if standard error is not a terminal.
 class Progress {

@@ -13,6 +13,8 @@
 #include "desk/clients/dita_ot_client.h"
 #include "desk/clients/xslt_client.h"
 #include "platform/drives.h"
+#include "platform/native_roots.h"
+#include "platform/standard_streams.h"
 
 namespace fs = std::filesystem;
 
@@ -41,6 +43,13 @@ std::string DriveEntry(const std::string& drive) {
 }
 
 void SetDrives(const std::vector<std::string>& drives) {
+    if (platform::SystemHasDrives()) {
+        if (!drives.empty()) {
+            throw Stop{kExitUsage,
+                       "--drive: this system has drives of its own; map one with subst or net use"};
+        }
+        return;
+    }
     std::string text = platform::FormatDrives(platform::ProcessDrives());
     for (const std::string& drive : drives) {
         text += ';' + DriveEntry(drive);
@@ -196,7 +205,8 @@ std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen
 }
 
 Reply Send(Session& session, const std::string& request) {
-    const StandardOutputRedirection redirection;
+    // The output of scripts and clients is not part of the result.
+    const platform::StandardOutputRedirection redirection;
     const auto values = session.host->CallModule(request);
     if (!values || values->size() != 3) {
         throw Stop{kExitNoModule, "the module sent no reply"};

@@ -83,7 +83,7 @@ NativePath DtdOf(const Catalog& catalog, const std::string& application) {
             return file;
         }
     }
-    return application.starts_with('/') ? ExistingFile({application}) : NativePath{};
+    return IsAbsolute({application}) ? ExistingFile({application}) : NativePath{};
 }
 
 /// StructAppInfo receives nothing but the name that is returned here. A DTD that is in no catalog is

@@ -1,19 +1,10 @@
 #include "desk/host/module_library.h"
 
-#include <dlfcn.h>
-
 #include <filesystem>
 
+#include "platform/library.h"
+
 namespace ventrix::desk {
-namespace {
-
-std::string LoaderReason() {
-    const char* reason = dlerror();
-    return reason == nullptr ? "unknown reason" : reason;
-}
-
-}  // namespace
-
 ModuleLibrary LoadModuleLibrary(const NativePath& path) {
     ModuleLibrary library;
     std::error_code ignored;
@@ -21,12 +12,13 @@ ModuleLibrary LoadModuleLibrary(const NativePath& path) {
         library.problem = "the module is missing: " + path.utf8;
         return library;
     }
-    library.handle = dlopen(path.utf8.c_str(), RTLD_NOW | RTLD_LOCAL);
+    std::string reason;
+    library.handle = platform::OpenLibraryFile(path.utf8, reason);
     if (library.handle == nullptr) {
-        library.problem = "the module cannot be loaded: " + LoaderReason();
+        library.problem = "the module cannot be loaded: " + reason;
         return library;
     }
-    library.entry = reinterpret_cast<ClientInitEntry*>(dlsym(library.handle, kClientInitEntryName));
+    library.entry = platform::FindFunction<ClientInitEntry>(library.handle, kClientInitEntryName);
     if (library.entry == nullptr) {
         library.problem = "the module has no export " + std::string(kClientInitEntryName) + ": " + path.utf8;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/native_files.h"
+#include "platform/path_text.h"
 
 namespace fs = std::filesystem;
 
@@ -79,7 +80,7 @@ fs::path MoveToFreeName(const fs::path& from, const fs::path& folder, const std:
                         const std::string& suffix, std::error_code& error) {
     error = std::make_error_code(std::errc::file_exists);
     for (int number = 1; number < kNumberLimit; ++number) {
-        const std::string free = NumberedName(name, suffix, number);
+        const fs::path free = platform::PathFromUtf8(NumberedName(name, suffix, number));
         if (Exists(from.parent_path() / free)) {
             continue;
         }

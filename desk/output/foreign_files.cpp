@@ -2,6 +2,7 @@
 
 #include "desk/output/entries.h"
 #include "platform/native_files.h"
+#include "platform/path_text.h"
 
 namespace fs = std::filesystem;
 
@@ -113,9 +114,10 @@ bool HoldsForeign(const Restoration& restoration, const fs::path& folder) {
 void GiveOtherTarget(const Restoration& restoration, Level& level) {
     const fs::path wanted = level.target;
     const fs::path neighbours = level.source.parent_path();
-    std::string name = wanted.filename().string();
+    fs::path name = wanted.filename();
     for (int number = 1; Exists(wanted.parent_path() / name) || Exists(neighbours / name); ++number) {
-        name = NumberedName(wanted.filename().string(), ".kept", number);
+        name =
+            platform::PathFromUtf8(NumberedName(platform::Utf8FromPath(wanted.filename()), ".kept", number));
     }
     level.target = wanted.parent_path() / name;
     restoration.report.kept.push_back({wanted, level.target, false});

@@ -306,11 +306,16 @@ OutputReport OutputKeeper::EndInPlace(bool succeeded) {
 /// empty, and releases the lock.
 void OutputKeeper::Leave(OutputReport& report) {
     if (lock_) {
-        if (const std::error_code error = RemoveRunFolder(places_)) {
+        std::error_code error = RemoveRunFolder(places_);
+        lock_.reset();
+        if (error) {
+            // Windows keeps the name of the lock, and so the folder, until the lock is released.
+            fs::remove(places_.folder, error);
+        }
+        if (error) {
             report.findings.push_back(places_.folder.string() + " cannot be removed: " + error.message() +
                                       "; the next run tries again");
         }
-        lock_.reset();
     }
     std::error_code error;
     fs::path parent = places_.output.parent_path();

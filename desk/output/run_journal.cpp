@@ -7,6 +7,7 @@
 #include "desk/output/entries.h"
 #include "platform/file_identity.h"
 #include "platform/native_files.h"
+#include "platform/path_text.h"
 
 namespace fs = std::filesystem;
 
@@ -80,10 +81,10 @@ bool ClearFailedFolder(const fs::path& folder, const std::vector<fs::path>& inpu
 }
 
 fs::path FreeFailedFolder(const RunPlaces& places, const std::vector<fs::path>& inputs) {
-    const std::string name = places.output.filename().string();
+    const std::string name = platform::Utf8FromPath(places.output.filename());
     fs::path folder;
     for (int number = 1; number < kFailedFolders; ++number) {
-        folder = places.output.parent_path() / NumberedName(name, ".failed", number);
+        folder = places.output.parent_path() / platform::PathFromUtf8(NumberedName(name, ".failed", number));
         if (ClearFailedFolder(folder, inputs)) {
             break;
         }
@@ -196,7 +197,8 @@ void RemoveHalfWritten(const fs::path& runFolder) {
 }  // namespace
 
 RunPlaces PlacesOf(const fs::path& output) {
-    const fs::path folder = output.parent_path() / ("." + output.filename().string() + ".ventrix-run");
+    const std::string name = "." + platform::Utf8FromPath(output.filename()) + ".ventrix-run";
+    const fs::path folder = output.parent_path() / platform::PathFromUtf8(name);
     return {output, folder, folder / "lock", folder / "journal.json", folder / "earlier", folder / "new"};
 }
 

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "platform/drives.h"
+#include "platform/native_roots.h"
+#include "platform/path_text.h"
 
 namespace fs = std::filesystem;
 
@@ -21,12 +23,15 @@ std::optional<SystemPath> ToSystem(const NativePath& path) {
 }
 
 fs::path ToFilesystem(const NativePath& path) {
-    return {std::u8string(path.utf8.begin(), path.utf8.end())};
+    return platform::PathFromUtf8(path.utf8);
 }
 
 NativePath FromFilesystem(const fs::path& path) {
-    const std::u8string name = path.u8string();
-    return {std::string(name.begin(), name.end())};
+    return {platform::Utf8FromPath(path)};
+}
+
+bool IsAbsolute(const NativePath& path) {
+    return platform::NativeRootLength(path.utf8) > 0;
 }
 
 NativePath AbsolutePath(const NativePath& path) {
@@ -53,7 +58,8 @@ bool IsBelowOrEqual(const NativePath& path, const NativePath& folder) {
 }
 
 NativePath NormalPath(const NativePath& absolutePath) {
-    const std::string_view path = absolutePath.utf8;
+    const std::size_t rootLength = platform::NativeRootLength(absolutePath.utf8);
+    const std::string_view path = std::string_view(absolutePath.utf8).substr(rootLength);
     std::vector<std::string_view> names;
     for (std::size_t start = 0; start <= path.size();) {
         const std::size_t end = std::min(path.find('/', start), path.size());
@@ -65,11 +71,14 @@ NativePath NormalPath(const NativePath& absolutePath) {
         }
         start = end + 1;
     }
-    NativePath normal;
+    NativePath normal{rootLength == 0 ? "/" : absolutePath.utf8.substr(0, rootLength)};
     for (const std::string_view name : names) {
-        normal.utf8.append("/").append(name);
+        if (normal.utf8.back() != '/') {
+            normal.utf8 += '/';
+        }
+        normal.utf8 += name;
     }
-    return normal.Empty() ? NativePath{"/"} : normal;
+    return normal;
 }
 
 NativePath FolderOf(const NativePath& absolutePath) {
@@ -112,7 +121,14 @@ std::string PercentEncoded(std::string_view path) {
 }
 
 std::string FileUri(const NativePath& absolutePath) {
-    return "file://" + PercentEncoded(absolutePath.utf8);
+    const std::string_view path = absolutePath.utf8;
+    const std::size_t rootLength = platform::NativeRootLength(path);
+    if (rootLength <= 1) {
+        return "file://" + PercentEncoded(path);
+    }
+    const bool isServer = path.starts_with("//");
+    return (isServer ? "file:" : "file:///") + std::string(path.substr(0, rootLength)) +
+           PercentEncoded(path.substr(rootLength));
 }
 
 }  // namespace ventrix::desk

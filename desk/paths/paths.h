@@ -37,6 +37,9 @@ std::optional<SystemPath> ToSystem(const NativePath& path);
 std::filesystem::path ToFilesystem(const NativePath& path);
 NativePath FromFilesystem(const std::filesystem::path& path);
 
+/// Whether the path begins at a root: with a slash, on Windows also with a drive.
+bool IsAbsolute(const NativePath& path);
+
 /// The path made absolute against the current folder, without "." and "..". Links stay as they are written,
 /// except where removing a ".." would lead to another place. Empty gives empty.
 NativePath AbsolutePath(const NativePath& path);

@@ -1,7 +1,6 @@
 // ventrix-script, the recorder: started by the module in place of a user's script, it starts that script and
 // records the outcome (script_record.h). What the script prints appears where the module's own output does.
 #include <chrono>
-#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +9,8 @@
 #include "desk/script/marked_copies.h"
 #include "desk/script/script_record.h"
 #include "platform/child_process.h"
+#include "platform/path_text.h"
+#include "platform/standard_streams.h"
 
 namespace {
 
@@ -33,7 +34,7 @@ void PassOn(std::ifstream& output) {
 }
 
 platform::ProgramEnd WaitAndPassOn(platform::StartedProgram& script, const std::string& outputFile) {
-    std::ifstream output(outputFile, std::ios::binary);
+    std::ifstream output(platform::PathFromUtf8(outputFile), std::ios::binary);
     std::optional<platform::ProgramEnd> end;
     while (!end) {
         end = platform::WaitForProgram(script, kBetweenLooks);
@@ -78,7 +79,8 @@ int Record(const std::vector<std::string>& arguments) {
         return kExitNoSettings;
     }
     WritePackageState(path, ListPackage(settings->package));
-    const MarkedFolders copies = MarkedFoldersIn(std::filesystem::path(path).parent_path().string());
+    const MarkedFolders copies =
+        MarkedFoldersIn(platform::Utf8FromPath(platform::PathFromUtf8(path).parent_path()));
     CopySources(settings->package, copies);
     const ScriptRecord record = Run(path, *settings, arguments);
     if (settings->last) {
@@ -91,10 +93,11 @@ int Record(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::signal(SIGPIPE, SIG_IGN);  // A reader that has ended must not prevent the record.
+    const std::vector<std::string> arguments = platform::ProgramArguments(argc, argv);
+    platform::SurviveClosedPipes();  // A reader that has ended must not prevent the record.
     platform::EndWithStarter();
     try {
-        return Record(std::vector<std::string>(argv, argv + argc));
+        return Record(arguments);
     } catch (const std::exception& error) {
         std::cerr << "error: " << error.what() << '\n';
         return kExitNotStarted;

@@ -5,6 +5,9 @@
 #include <fstream>
 #include <string_view>
 
+#include "platform/native_files.h"
+#include "platform/path_text.h"
+
 namespace fs = std::filesystem;
 
 namespace ventrix::desk {
@@ -42,11 +45,11 @@ bool MayHoldMarkers(const fs::path& path) {
 std::vector<fs::path> FilesBelow(const std::string& folder) {
     std::vector<fs::path> names;
     std::error_code error;
-    fs::recursive_directory_iterator entry(folder, error);
+    fs::recursive_directory_iterator entry(platform::PathFromUtf8(folder), error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
         std::error_code ignored;
         if (fs::is_regular_file(entry->symlink_status(ignored))) {
-            names.push_back(entry->path().lexically_relative(folder));
+            names.push_back(entry->path().lexically_relative(platform::PathFromUtf8(folder)));
         }
     }
     std::ranges::sort(names);
@@ -54,16 +57,18 @@ std::vector<fs::path> FilesBelow(const std::string& folder) {
 }
 
 /// Marks the copies as complete when all are made.
-void CopyFiles(const fs::path& from, const std::string& to, const std::vector<fs::path>& names) {
+void CopyFiles(const std::string& source, const std::string& target, const std::vector<fs::path>& names) {
+    const fs::path from = platform::PathFromUtf8(source);
+    const fs::path to = platform::PathFromUtf8(target);
     std::error_code error;
     for (const fs::path& name : names) {
-        const fs::path target = to / name;
-        fs::create_directories(target.parent_path(), error);
-        if (error || !fs::copy_file(from / name, target, fs::copy_options::overwrite_existing, error)) {
+        const fs::path copy = to / name;
+        fs::create_directories(copy.parent_path(), error);
+        if (error || platform::CopyReplacing(from / name, copy)) {
             return;
         }
     }
-    const std::ofstream mark(to + kCompleteMark);
+    const std::ofstream mark(platform::PathFromUtf8(target + kCompleteMark));
 }
 
 }  // namespace
@@ -77,7 +82,8 @@ std::vector<fs::path> XmlFilesBelow(const std::string& folder) {
 std::vector<fs::path> MarkedFilesBelow(const std::string& folder, const std::vector<fs::path>& sources) {
     std::vector<fs::path> names = FilesBelow(folder);
     std::erase_if(names, [&](const fs::path& name) {
-        return std::ranges::binary_search(sources, name) || !MayHoldMarkers(folder / name);
+        return std::ranges::binary_search(sources, name) ||
+               !MayHoldMarkers(platform::PathFromUtf8(folder) / name);
     });
     return names;
 }
@@ -98,7 +104,7 @@ void CopyResult(const std::string& package, const MarkedFolders& folders) {
 
 bool AreCopied(const std::string& folder) {
     std::error_code error;
-    return fs::exists(folder + kCompleteMark, error);
+    return fs::exists(platform::PathFromUtf8(folder + kCompleteMark), error);
 }
 
 }  // namespace ventrix::desk

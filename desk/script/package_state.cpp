@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "platform/file_identity.h"
+#include "platform/path_text.h"
 
 namespace fs = std::filesystem;
 
@@ -28,7 +29,7 @@ void Add(const fs::directory_entry& entry, const fs::path& folder, std::vector<P
     }
     file.modified = Nanoseconds(entry.last_write_time(error));
     file.file = platform::IdentityOf(entry.path()).value_or(platform::FileIdentity{}).file;
-    file.name = entry.path().lexically_relative(folder).generic_string();
+    file.name = platform::Utf8FromPath(entry.path().lexically_relative(folder));
     if (!error) {
         files.push_back(std::move(file));
     }
@@ -37,11 +38,12 @@ void Add(const fs::directory_entry& entry, const fs::path& folder, std::vector<P
 }  // namespace
 
 std::vector<PackageFile> ListPackage(const std::string& folder) {
+    const fs::path root = platform::PathFromUtf8(folder);
     std::vector<PackageFile> files;
     std::error_code error;
-    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
+    fs::recursive_directory_iterator entry(root, fs::directory_options::skip_permission_denied, error);
     while (!error && entry != fs::recursive_directory_iterator()) {
-        Add(*entry, folder, files);
+        Add(*entry, root, files);
         entry.increment(error);
     }
     std::ranges::sort(files, {}, &PackageFile::name);

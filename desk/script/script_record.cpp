@@ -8,6 +8,9 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "platform/native_roots.h"
+#include "platform/path_text.h"
+
 namespace fs = std::filesystem;
 
 namespace ventrix::desk {
@@ -20,7 +23,7 @@ constexpr std::streamoff kLastBytes = 4096;  // The part of the output that is k
 
 /// Replaces the file as a whole, so that a reader finds the old fields or the new ones.
 void WriteFields(const std::string& file, const std::vector<std::string>& fields) {
-    const std::string unfinished = file + ".new";
+    const fs::path unfinished = platform::PathFromUtf8(file + ".new");
     std::ofstream out(unfinished, std::ios::binary);
     for (const std::string& field : fields) {
         out.write(field.c_str(), static_cast<std::streamsize>(field.size() + 1));
@@ -28,7 +31,7 @@ void WriteFields(const std::string& file, const std::vector<std::string>& fields
     out.close();
     std::error_code error;
     if (out) {
-        fs::rename(unfinished, file, error);
+        fs::rename(unfinished, platform::PathFromUtf8(file), error);
     }
     if (!out || error) {
         throw std::runtime_error(file +
@@ -37,7 +40,7 @@ void WriteFields(const std::string& file, const std::vector<std::string>& fields
 }
 
 std::vector<std::string> ReadFields(const std::string& file) {
-    std::ifstream in(file, std::ios::binary);
+    std::ifstream in(platform::PathFromUtf8(file), std::ios::binary);
     std::vector<std::string> fields;
     for (std::string field; std::getline(in, field, '\0');) {
         fields.push_back(field);
@@ -90,7 +93,7 @@ std::string Printable(std::string_view line) {
 
 /// At most kLastBytes from the end of a file; whole lines, if there is a line end.
 std::string Tail(const std::string& file) {
-    std::ifstream in(file, std::ios::binary | std::ios::ate);
+    std::ifstream in(platform::PathFromUtf8(file), std::ios::binary | std::ios::ate);
     const std::streamoff size = in ? static_cast<std::streamoff>(in.tellg()) : 0;
     const std::streamoff begin = std::max<std::streamoff>(size - kLastBytes, 0);
     in.seekg(begin);
@@ -128,10 +131,12 @@ std::vector<PackageFile> ReadPackageState(const std::string& path) {
 
 /// Puts the recorder into the folder under its name: as a link, or as a copy if links cannot be created.
 void PlaceRecorder(const std::string& recorder, const std::string& path) {
+    const fs::path source = platform::PathFromUtf8(recorder);
+    const fs::path place = platform::PathFromUtf8(path + std::string(platform::ProgramSuffix()));
     std::error_code error;
-    fs::create_symlink(recorder, path, error);
+    fs::create_symlink(source, place, error);
     if (error) {
-        fs::copy_file(recorder, path, error);
+        fs::copy_file(source, place, error);
     }
     if (error) {
         throw std::runtime_error(path + " cannot be created: " + error.message());
@@ -180,8 +185,8 @@ ScriptRecord ReadScriptRecord(const std::string& folder, const std::string& name
     record.package = ReadPackageState(path);
     if (fields.size() != 4) {
         std::error_code error;
-        record.state =
-            fs::exists(path + ".settings", error) ? ScriptState::kNotCalled : ScriptState::kUnknown;
+        record.state = fs::exists(platform::PathFromUtf8(path + ".settings"), error) ? ScriptState::kNotCalled
+                                                                                     : ScriptState::kUnknown;
         return record;
     }
     record.state = static_cast<ScriptState>(ToNumber<int>(fields[0]));
@@ -197,7 +202,7 @@ std::optional<ScriptSettings> TakeScriptSettings(const std::string& path) {
         return std::nullopt;
     }
     std::error_code ignored;
-    fs::remove(path + ".settings", ignored);
+    fs::remove(platform::PathFromUtf8(path + ".settings"), ignored);
     return ScriptSettings{fields[0], fields[1], ToNumber<std::int64_t>(fields[2]), fields[3] == "1"};
 }
 

@@ -15,6 +15,7 @@
 #include "desk/toolkit/page_navigation.h"
 #include "desk/toolkit/subject_scheme.h"
 #include "desk/toolkit/unhandled.h"
+#include "platform/native_files.h"
 
 namespace ventrix::desk {
 namespace {
@@ -83,8 +84,7 @@ void CopyFile(Publication& publication, const NativePath& source, const NativePa
         return;
     }
     std::filesystem::create_directories(ToFilesystem(target).parent_path(), error);
-    std::filesystem::copy_file(ToFilesystem(source), ToFilesystem(target),
-                               std::filesystem::copy_options::overwrite_existing, error);
+    error = platform::CopyReplacing(ToFilesystem(source), ToFilesystem(target));
     if (error) {
         Fail(publication, target.utf8 + " cannot be written: " + error.message());
     }

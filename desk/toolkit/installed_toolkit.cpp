@@ -13,6 +13,7 @@
 #include "desk/toolkit/toolkit_filter.h"
 #include "desk/toolkit/toolkit_log.h"
 #include "desk/xml/lenient_load.h"
+#include "platform/native_roots.h"
 #include "platform/temp_folder.h"
 
 namespace ventrix::desk {
@@ -57,9 +58,10 @@ bool HasBuildFile(const NativePath& folder) {
 
 /// `place` is the folder of a toolkit or its `dita` command.
 Toolkit ToolkitAt(const NativePath& place) {
-    for (const NativePath& command : {place, NativePath{place.utf8 + "/bin/dita"}}) {
-        if (IsFile(command)) {
-            return CommandToolkit(command);
+    const std::string command = "/bin/dita" + std::string(platform::StartScriptSuffix());
+    for (const NativePath& candidate : {place, NativePath{place.utf8 + command}}) {
+        if (IsFile(candidate)) {
+            return CommandToolkit(candidate);
         }
     }
     if (HasBuildFile(place)) {
@@ -126,7 +128,7 @@ bool IsSafeArgument(const std::string& path) {
 std::string JoinedUris(const std::vector<NativePath>& files) {
     std::string joined;
     for (const NativePath& file : files) {
-        joined += (joined.empty() ? "" : ":") + JavaFileUri(file);
+        joined += (joined.empty() ? "" : std::string(1, platform::PathListSeparator())) + JavaFileUri(file);
     }
     return joined;
 }

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "platform/native_roots.h"
+
 namespace ventrix::desk {
 namespace {
 
@@ -66,7 +68,7 @@ std::string PropertyLine(std::string_view name, std::string_view value) {
 }
 
 std::string JavaFileUri(const NativePath& path) {
-    std::string uri = "file:";
+    std::string uri = platform::NativeRootLength(path.utf8) > 1 ? "file:/" : "file:";
     for (std::size_t at = 0; at < path.utf8.size();) {
         const Character character = CharacterAt(path.utf8, at);
         const std::string_view bytes = std::string_view(path.utf8).substr(at, character.bytes);

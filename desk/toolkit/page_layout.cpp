@@ -63,8 +63,9 @@ NativePath PageOf(const PageLayout& layout, const NativePath& topic) {
 NativePath FreePage(const PageLayout& layout, const NativePath& page) {
     NativePath free = page;
     for (int number = 2; layout.taken.contains(free); ++number) {
-        const std::string stem = ToFilesystem(page).stem().string() + "-" + std::to_string(number) + ".html";
-        free = FromFilesystem(ToFilesystem(page).replace_filename(stem));
+        const std::string name =
+            FromFilesystem(ToFilesystem(page).stem()).utf8 + "-" + std::to_string(number) + ".html";
+        free = FromFilesystem(ToFilesystem(page).replace_filename(ToFilesystem({name})));
     }
     return free;
 }

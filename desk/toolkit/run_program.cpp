@@ -1,17 +1,13 @@
 #include "desk/toolkit/run_program.h"
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <cstdlib>
-
 #include "platform/process.h"
+#include "platform/program.h"
 
 namespace ventrix::desk {
 
 NativePath FindProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
-        return access(name.c_str(), X_OK) == 0 ? NativePath{name} : NativePath{};
+        return platform::IsExecutable(name) ? NativePath{name} : NativePath{};
     }
     return {platform::FindInPath(name)};
 }

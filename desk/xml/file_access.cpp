@@ -14,6 +14,7 @@
 #include "desk/xml/parse_budget.h"
 #include "desk/xml/xml_handles.h"
 #include "platform/native_files.h"
+#include "platform/native_roots.h"
 
 namespace ventrix::desk {
 namespace {
@@ -32,7 +33,9 @@ struct OpenContent {
 std::string_view WithoutScheme(std::string_view name) {
     for (const std::string_view prefix : {"file://localhost/", "file:///"}) {
         if (name.starts_with(prefix)) {
-            return name.substr(prefix.size() - 1);
+            const std::string_view path = name.substr(prefix.size() - 1);
+            const bool hasDrive = platform::NativeRootLength(path.substr(1)) > 1;
+            return hasDrive ? path.substr(1) : path;
         }
     }
     return name;

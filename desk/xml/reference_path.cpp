@@ -85,7 +85,7 @@ ReferenceTarget FileTarget(std::string_view written, const NativePath& folder) {
     }
     target.remark = WhyUnnameable(path);
     if (target.remark.empty()) {
-        target.path = NormalPath(path.utf8.starts_with('/') ? path : NativePath{folder.utf8 + path.utf8});
+        target.path = NormalPath(IsAbsolute(path) ? path : NativePath{folder.utf8 + path.utf8});
     }
     return target;
 }

@@ -1,7 +1,7 @@
 // The two notations of a path. System notation has drive letters, servers and backslashes (`C:\docs\a.xml`);
 // native notation is what the operating system takes. A drive table maps roots in system notation to native
-// folders. Strings are UTF-8. On a platform whose native notation is system notation, the conversions return
-// their argument.
+// folders. Strings are UTF-8. On Windows, native notation has slashes in place of backslashes, and the table
+// of the process is empty: drives and servers are the system's.
 #pragma once
 
 #include <optional>
@@ -55,15 +55,15 @@ std::optional<std::string> ToSystem(const DriveTable& drives, std::string_view n
 /// True if the path begins with a drive letter, a colon and a separator, or with two backslashes and a name.
 bool IsAbsoluteSystemPath(std::string_view path);
 
-/// The table of the process, as the environment variable VENTRIX_DRIVES defines it now. It is kept in the
-/// environment so that a module which is loaded later, with its own copy of this library, sees the same
-/// table. The reference is valid until this thread calls the function again.
+/// The table of the process, on POSIX as the environment variable VENTRIX_DRIVES defines it now. It is kept
+/// in the environment so that a module which is loaded later, with its own copy of this library, sees the
+/// same table. The reference is valid until this thread calls the function again.
 const DriveTable& ProcessDrives();
 
 /// The entries of VENTRIX_DRIVES that are not in this table because they are malformed.
 std::vector<std::string> MalformedProcessDrives();
 
-/// Sets the table of the process by setting VENTRIX_DRIVES, which child processes inherit.
+/// Sets the table: on POSIX in VENTRIX_DRIVES, for child processes, too; on Windows for this library only.
 void SetProcessDrives(const DriveTable& drives);
 
 /// The two conversions with the table of the process.

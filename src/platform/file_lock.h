@@ -2,6 +2,7 @@
 // ends.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 
@@ -19,9 +20,9 @@ class FileLock {
   private:
     friend struct LockAttempt LockFile(const std::filesystem::path& file);
     friend struct LockAttempt LockFolder(const std::filesystem::path& folder);
-    explicit FileLock(int descriptor) : descriptor_(descriptor) {}
+    explicit FileLock(std::intptr_t handle) : handle_(handle) {}
 
-    int descriptor_;
+    std::intptr_t handle_;  ///< Of the system; -1 for none.
 };
 
 struct LockAttempt {

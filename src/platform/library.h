@@ -1,6 +1,7 @@
 // Libraries that are loaded at run time. They stay loaded until the process ends.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace ventrix::platform {
@@ -13,6 +14,10 @@ LibraryHandle ProcessLibrary();
 /// Loads a library by its name or path (system notation). Null if there is none. "ole32.dll", in any case,
 /// gives the platform's own component runtime.
 LibraryHandle OpenLibrary(std::string_view name);
+
+/// Loads a library by its native path. Null if that fails; `problem` is then the reason that the loader
+/// gives, else empty.
+LibraryHandle OpenLibraryFile(const std::string& file, std::string& problem);
 
 /// Loads a library from the folder of the main program; `name` has neither folder nor suffix. Null if there
 /// is none.

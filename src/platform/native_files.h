@@ -36,6 +36,14 @@ std::error_code RenameToFree(const std::filesystem::path& from, const std::files
 /// once this has returned; on failure the file is as it was, and no temporary file is left.
 std::error_code WriteDurably(const std::filesystem::path& file, std::string_view content);
 
+/// Writes a file that does not exist yet: errc::file_exists even for one that appears at this moment. On
+/// failure no file is left behind.
+std::error_code WriteNewFile(const std::filesystem::path& file, std::string_view content);
+
+/// Copies a file and replaces an existing one. On Windows, the standard library's own function takes all
+/// files for the same one.
+std::error_code CopyReplacing(const std::filesystem::path& from, const std::filesystem::path& to);
+
 /// Whether this process may create and delete entries in the folder.
 bool IsWritableFolder(const std::filesystem::path& folder);
 

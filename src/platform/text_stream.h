@@ -2,6 +2,7 @@
 // written when it is complete. The stream owns the open file; it can be moved but not copied.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -36,7 +37,7 @@ class TextStream {
   private:
     void Flush();
 
-    int file_ = -1;
+    std::intptr_t file_ = -1;  ///< Of the system; -1 for none.
     std::string line_;
 };
 

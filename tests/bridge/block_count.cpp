@@ -33,13 +33,20 @@ bool FailsNow() {
 
 }  // namespace
 
-// The linker fixes these names: __real_ is the original function, __wrap_ its replacement.
+// The linker fixes these names: __real_ is the original function, __wrap_ its replacement. The code of
+// std::size_t in them depends on the platform.
+#ifdef _WIN32
+#define TASK_ALLOCATION(prefix) prefix##_ZN7ventrix14CoTaskMemAllocEy
+#else
+#define TASK_ALLOCATION(prefix) prefix##_ZN7ventrix14CoTaskMemAllocEm
+#endif
+
 extern "C" {
 void* __real__ZN7ventrix7Q_AllocEjj(std::uint32_t size, std::uint32_t flags);
 void* __real__ZN7ventrix8Q_CallocEjjj(std::uint32_t count, std::uint32_t size, std::uint32_t flags);
 void* __real__ZN7ventrix9Q_ReallocEPvjj(void* block, std::uint32_t size, std::uint32_t flags);
 int __real__ZN7ventrix6Q_FreeEPv(void* block);
-void* __real__ZN7ventrix14CoTaskMemAllocEm(std::size_t size);
+void* TASK_ALLOCATION(__real_)(std::size_t size);
 void __real__ZN7ventrix13CoTaskMemFreeEPv(void* block);
 
 void* __wrap__ZN7ventrix7Q_AllocEjj(std::uint32_t size, std::uint32_t flags) {
@@ -61,8 +68,8 @@ int __wrap__ZN7ventrix6Q_FreeEPv(void* block) {
     return Forget(kitBlocks, block, "the kit") ? __real__ZN7ventrix6Q_FreeEPv(block) : 0;
 }
 
-void* __wrap__ZN7ventrix14CoTaskMemAllocEm(std::size_t size) {
-    return Note(taskBlocks, __real__ZN7ventrix14CoTaskMemAllocEm(size));
+void* TASK_ALLOCATION(__wrap_)(std::size_t size) {
+    return Note(taskBlocks, TASK_ALLOCATION(__real_)(size));
 }
 
 void __wrap__ZN7ventrix13CoTaskMemFreeEPv(void* block) {

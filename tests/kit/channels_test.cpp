@@ -218,14 +218,14 @@ class TempFolderScope {
   public:
     ~TempFolderScope() {
         if (former_) {
-            platform::SetEnvironmentValue("TMPDIR", *former_);
+            platform::SetEnvironmentValue(test::kTemporary, *former_);
         } else {
-            test::RemoveVariable("TMPDIR");
+            test::RemoveVariable(test::kTemporary);
         }
     }
 
   private:
-    std::optional<std::string> former_ = platform::EnvironmentValue("TMPDIR");
+    std::optional<std::string> former_ = platform::EnvironmentValue(test::kTemporary);
 };
 
 TEST_F(Channels, TemporaryFolderMayHaveAnyNameThatTheEncodingHas) {
@@ -234,7 +234,7 @@ TEST_F(Channels, TemporaryFolderMayHaveAnyNameThatTheEncodingHas) {
     const std::pair<std::string, bool> rows[] = {{"C:\\t\xC3\xA4", true}, {"C:\\\xE4\xB8\xAD", false}};
     for (const auto& [folder, exists] : rows) {
         drives_.MakeFolder(folder);
-        platform::SetEnvironmentValue("TMPDIR", drives_.Native(folder).string());
+        platform::SetEnvironmentValue(test::kTemporary, drives_.Native(folder).string());
         Q_Channel* channel = Q_ChannelOpenTemp();
         ASSERT_EQ(channel != nullptr, exists) << folder;
         EXPECT_EQ(drives_.Tree(folder).size(), exists ? 1U : 0U) << folder;
@@ -269,13 +269,19 @@ TEST_F(Channels, DifferFromCStreamsAsDocumented) {
     Q_ChannelClose(&channel);
 }
 
+// As the mode of a C stream, which would otherwise write CR LF on Windows.
+std::string BinaryMode(const char* mode) {
+    const std::string text = mode;
+    return text.find('b') == std::string::npos ? text + 'b' : text;
+}
+
 // Performs the same random operations on a channel and on a C stream, on two files with the same content.
 class Pair {
   public:
     Pair(test::TestDrives& drives, std::mt19937& random, Q_Channel* channel, const char* mode)
         : random_(random),
           channel_(channel),
-          stream_(std::fopen(drives.Native("C:\\theirs").c_str(), mode)) {}
+          stream_(std::fopen(drives.Native("C:\\theirs").string().c_str(), BinaryMode(mode).c_str())) {}
     ~Pair() {
         Q_ChannelClose(&channel_);
         std::fclose(stream_);

@@ -29,11 +29,11 @@ class NetworkFiles : public testing::Test {
 
     void Serve(bool isThere) {
         auto* serve = platform::FindFunction<void(const char*, const char*)>(library_, "RivletServe");
-        const std::string server = drives_.Native("C:\\server");
+        const std::string server = drives_.Native("C:\\server").string();
         serve(isThere ? server.c_str() : nullptr, cache().c_str());
     }
 
-    std::string cache() const { return drives_.Native("C:\\cache"); }
+    std::string cache() const { return drives_.Native("C:\\cache").string(); }
 
     std::string ReadAll(const char* url) {
         Q_Channel* channel = OpenChannel(url, "r");
@@ -88,7 +88,7 @@ TEST_F(NetworkFiles, OperationsReachTheLibrary) {
     drives_.Write("C:\\server\\a.txt", "a");
     drives_.Write("C:\\local.txt", "local");
     drives_.Write("C:\\folder\\b.txt", "b");
-    const std::string local = drives_.Native("C:\\local.txt");
+    const std::string local = drives_.Native("C:\\local.txt").string();
     char* text = nullptr;
     std::int32_t error = -1;
     EXPECT_EQ(Q_CachedPathOf("net://a.txt", &text), 1);
@@ -104,7 +104,7 @@ TEST_F(NetworkFiles, OperationsReachTheLibrary) {
     EXPECT_EQ(Take(text), "net://b");
     EXPECT_EQ(Q_PutNetFile("net://put.txt", local.c_str(), &error), 0);
     EXPECT_EQ(drives_.Read("C:\\server\\put.txt"), "local");
-    EXPECT_EQ(Q_UploadNetFolder("net://up", drives_.Native("C:\\folder").c_str(), &error), 0);
+    EXPECT_EQ(Q_UploadNetFolder("net://up", drives_.Native("C:\\folder").string().c_str(), &error), 0);
     EXPECT_EQ(drives_.Read("C:\\server\\up\\b.txt"), "b");
     EXPECT_EQ(Q_StatNetFile("net://put.txt", kFetchToRead, &error), 0);
     EXPECT_EQ(error, -1) << "success stores no error";

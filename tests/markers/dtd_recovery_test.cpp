@@ -1,11 +1,11 @@
 #include "markers/dtd_recovery.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
+#include <optional>
 
 #include "markers/document_pass.h"
+#include "support/full_disk.h"
 #include "support/test_folder.h"
 #include "support/test_host.h"
 
@@ -95,20 +95,16 @@ TEST(RepairDoctype, KeepsTheDocumentIfTheStylesheetGivesNoOutput) {
 
 TEST(RepairDoctype, KeepsDocumentOrOutputOnAFullDisk) {
     RepairCase repair;
-    rlimit usual = {};
-    ::getrlimit(RLIMIT_FSIZE, &usual);
-    const auto usualHandler = std::signal(SIGXFSZ, SIG_IGN);
+    std::optional<FullDisk> full;
     repair.host.onClient = [&](const std::string& command) {
         repair.host.values = {Text(repair.dtdAnswer)};
         if (!command.starts_with("XSLT"))
             return;
         repair.tree.Write("doc.xml.ql.temp", "<a/>");
-        const rlimit full = {0, usual.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &full);
+        full.emplace(0);
     };
     EXPECT_TRUE(RepairDoctype(repair.tree.System("doc.xml")));
-    ::setrlimit(RLIMIT_FSIZE, &usual);
-    std::signal(SIGXFSZ, usualHandler);
+    full.reset();
     EXPECT_TRUE(repair.tree.Exists("doc.xml") || repair.tree.Exists("doc.xml.ql.temp"));
 }
 

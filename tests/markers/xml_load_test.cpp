@@ -108,13 +108,14 @@ TEST_F(XmlLoad, ReadsTheExternalDtdFromALocalFileOnly) {
     drives.Write(R"(C:\dtd\parts\more.ent)", "<!ENTITY more 'M'>");
     drives.Write(R"(C:\docs\my dtd\x.dtd)",
                  "<!ENTITY nbsp ' '><!ENTITY more 'M'><!ATTLIST a d CDATA 'from the DTD'>");
-    const std::string native = drives.Native(R"(C:\dtd\x.dtd)");
+    const std::string native = platform::Utf8FromPath(drives.Native(R"(C:\dtd\x.dtd)"));
+    const std::string inUrl = native.starts_with('/') ? native : '/' + native;
     const SystemId ids[] = {
         {R"(C:\dtd\x.dtd)", true},
         {R"(c:\dtd\x.dtd)", true},
         {native, true},
-        {"file://" + native, true},
-        {"file://localhost" + native, true},
+        {"file://" + inUrl, true},
+        {"file://localhost" + inUrl, true},
         {"file:///C:/dtd/x.dtd", true},
         {"../dtd/x.dtd", true},
         {R"(..\dtd\x.dtd)", true},
@@ -123,7 +124,7 @@ TEST_F(XmlLoad, ReadsTheExternalDtdFromALocalFileOnly) {
         {"missing.dtd", false},
         {"http://localhost/x.dtd", false},
         {"ftp://localhost/x.dtd", false},
-        {"file://elsewhere" + native, false},
+        {"file://elsewhere" + inUrl, false},
     };
     for (const SystemId& id : ids) {
         const std::string document = "<!DOCTYPE a SYSTEM '" + id.id + "'><a t=' 1  2 '>&nbsp;&more;</a>";

@@ -4,8 +4,15 @@
 #include "markers/marker_format.h"
 #include "markers/xml_fixture.h"
 
-/// The bytes allocated now; part of the address sanitizer, which all tests are built with.
+/// The bytes allocated now; part of the address sanitizer, with which all tests are built but those for
+/// Windows.
+#ifdef _WIN32
+static std::size_t __sanitizer_get_current_allocated_bytes() {
+    return 0;  // The test that asks for it is left out (tests/windows_left_out.txt).
+}
+#else
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#endif
 
 namespace ventrix::test {
 namespace {

@@ -1,16 +1,16 @@
 #include "platform/files.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <csignal>
 #include <filesystem>
 
 #include "platform/folders.h"
+#include "support/full_disk.h"
 #include "support/test_folder.h"
 
 using namespace ventrix::platform;
+using ventrix::test::FullDisk;
 using ventrix::test::TestFolder;
 namespace fs = std::filesystem;
 
@@ -27,21 +27,6 @@ std::vector<std::string> NamesIn(const std::string& folder) {
 unsigned ModeOf(const fs::path& file) {
     return static_cast<unsigned>(fs::status(file).permissions());
 }
-
-/// Limits the size of files that this process writes, as a full disk would, while the object exists.
-class FullDisk {
-  public:
-    explicit FullDisk(rlim_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit small = {bytes, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &before_); }
-
-  private:
-    rlimit before_ = {};
-};
 
 TEST(ListFolder, OrdersEntriesAsNtfs) {
     const TestFolder tree;

@@ -93,7 +93,7 @@ std::string TextOf(const std::string& file) {
 TEST(ResourceScript, HasTheModulesStringsAndVersion) {
     const std::string script = TextOf(VENTRIX_RESOURCE_SCRIPT);
     for (const char* line :
-         {"#pragma code_page(65001)\n", "\n    4 L\"Liste der beschädigten Links\"\n",
+         {"#pragma code_page(65001)\n", "\n    4 L\"Liste der besch\\x00e4digten Links\"\n",
           "\nFILEVERSION 1,0,0,1\nPRODUCTVERSION 1,0,0,1\n", "\nFILETYPE 0x2\n", "BLOCK \"040904b0\"\n",
           "VALUE \"ClientType\", \"QCK\"\n", "VALUE \"Translation\", 0x0409, 0x04b0\n"}) {
         EXPECT_NE(script.find(line), std::string::npos) << line;

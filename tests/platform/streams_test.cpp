@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "platform/drives.h"
 #include "platform/environment.h"
@@ -9,6 +8,7 @@
 #include "platform/temp_files.h"
 #include "platform/text_stream.h"
 #include "support/environment.h"
+#include "support/pipe.h"
 #include "support/test_folder.h"
 
 using namespace ventrix::platform;
@@ -42,15 +42,18 @@ TEST(TextStream, AppendsLinesThatEndInCrLf) {
 
 TEST(TextStream, StaysClosedIfThePathCannotBeOpened) {
     const TestFolder tree;
-    ASSERT_EQ(::mkfifo(tree.Native("pipe").c_str(), 0600), 0);
-    for (const std::string& path :
-         {std::string(), tree.System(""), tree.System("none/log"), tree.System("pipe")}) {
+    std::vector<std::string> paths = {"", tree.System(""), tree.System("none/log")};
+    const bool hasPipe = ventrix::test::MakePipe(tree.Native("pipe"));
+    if (hasPipe) {
+        paths.push_back(tree.System("pipe"));
+    }
+    for (const std::string& path : paths) {
         TextStream log(path);
         EXPECT_FALSE(log.IsOpen()) << path;
         log.Write("dropped\n");
         log.EndLine();
     }
-    EXPECT_EQ(tree.Count(), 1);
+    EXPECT_EQ(tree.Count(), hasPipe ? 1 : 0);
 }
 
 TEST(FileHandle, DispositionDecidesAboutMissingAndExistingFiles) {
@@ -107,15 +110,15 @@ TEST(FileHandle, ReadsWritesAndSeeks) {
 
 TEST(TempFiles, AreNewAndEmpty) {
     const TestFolder tree;
-    SetEnvironmentValue("TMPDIR", tree.Native(""));
+    SetEnvironmentValue(ventrix::test::kTemporary, tree.Native(""));
     EXPECT_EQ(TempFolder(), tree.System("") + "\\");
     const std::string a = MakeTempFile(TempFolder(), "QLTX");
     const std::string b = MakeTempFile(TempFolder(), "QLT");
-    ventrix::test::RemoveVariable("TMPDIR");
+    ventrix::test::RemoveVariable(ventrix::test::kTemporary);
     EXPECT_NE(a, b);
     EXPECT_EQ(AttributesOf(a), 0u);
     EXPECT_EQ(a.substr(a.rfind('\\') + 1, 3), "QLT");
-    EXPECT_EQ(a.size() - a.rfind('\\'), 1u + 3 + 8 + 4);
+    EXPECT_TRUE(a.ends_with(".tmp")) << a;
     EXPECT_EQ(MakeTempFile(tree.System("none"), "QLT"), "");
 }
 

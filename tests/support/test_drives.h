@@ -17,7 +17,7 @@ class TestDrives {
         for (const char* drive : {"c", "d", "server"}) {
             std::filesystem::create_directory(root_.Native(drive));
         }
-        platform::SetProcessDrives({{R"(Z:\)", "/"},
+        platform::SetProcessDrives({kWholeSystem,
                                     {R"(C:\)", root_.Native("c")},
                                     {R"(D:\)", root_.Native("d")},
                                     {R"(\\server\)", root_.Native("server")}});
@@ -26,14 +26,16 @@ class TestDrives {
     TestDrives(const TestDrives&) = delete;
     TestDrives& operator=(const TestDrives&) = delete;
 
-    std::filesystem::path Native(const std::string& path) const { return platform::ToNative(path); }
+    std::filesystem::path Native(const std::string& path) const {
+        return platform::PathFromUtf8(platform::ToNative(path));
+    }
 
     void Write(const std::string& path, const std::string& content) const {
-        root_.Write(Native(path), content);
+        root_.Write(platform::ToNative(path), content);
     }
 
     void WriteScript(const std::string& path, const std::string& body) const {
-        root_.WriteProgram(Native(path), "#!/bin/sh\n" + body);
+        root_.WriteProgram(platform::ToNative(path), "#!/bin/sh\n" + body);
     }
 
     void MakeFolder(const std::string& path) const { std::filesystem::create_directories(Native(path)); }
@@ -42,7 +44,7 @@ class TestDrives {
 
     /// The content of the file, or "(missing)".
     std::string Read(const std::string& path) const {
-        return Exists(path) ? root_.Read(Native(path)) : "(missing)";
+        return Exists(path) ? root_.Read(platform::ToNative(path)) : "(missing)";
     }
 
     /// Everything below the folder, sorted and relative to it; folders end in a backslash.
@@ -52,7 +54,7 @@ class TestDrives {
             return tree;
         }
         for (const auto& entry : std::filesystem::recursive_directory_iterator(Native(folder))) {
-            std::string name = entry.path().lexically_relative(Native(folder)).string();
+            std::string name = platform::Utf8FromPath(entry.path().lexically_relative(Native(folder)));
             std::replace(name.begin(), name.end(), '/', '\\');
             tree.push_back(entry.is_directory() ? name + '\\' : name);
         }
@@ -61,6 +63,13 @@ class TestDrives {
     }
 
   private:
+#ifdef _WIN32
+    // Z: is the system's own, under Wine for the root folder.
+    inline static const platform::Drive kWholeSystem = {R"(Z:\)", "Z:"};
+#else
+    inline static const platform::Drive kWholeSystem = {R"(Z:\)", "/"};
+#endif
+
     const platform::DriveTable former_ = platform::ProcessDrives();
     const TestFolder root_;
 };

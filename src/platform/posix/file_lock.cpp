@@ -52,13 +52,13 @@ DescriptorAttempt LockNamed(const fs::path& path, int flags) {
 }  // namespace
 
 FileLock::~FileLock() {
-    Descriptor(descriptor_).Close();
+    Descriptor(static_cast<int>(handle_)).Close();
 }
 
-FileLock::FileLock(FileLock&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+FileLock::FileLock(FileLock&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
 
 FileLock& FileLock::operator=(FileLock&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
+    std::swap(handle_, other.handle_);
     return *this;
 }
 

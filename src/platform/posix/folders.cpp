@@ -6,14 +6,13 @@
 #include <unistd.h>
 #include <wctype.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <memory>
 
 #include "platform/drives.h"
+#include "platform/folder_order.h"
 #include "platform/posix/errno_codes.h"
-#include "platform/wide_text.h"
 
 namespace ventrix::platform {
 namespace {
@@ -51,31 +50,6 @@ char16_t Capital(char16_t unit) {
     return paired ? static_cast<char16_t>(upper) : unit;
 }
 
-struct SortKey {
-    std::u16string capitals;
-    std::u16string units;
-};
-
-SortKey KeyOf(const std::string& name) {
-    SortKey key;
-    key.units = WideFromUtf8(name);
-    key.capitals = key.units;
-    std::transform(key.units.begin(), key.units.end(), key.capitals.begin(), Capital);
-    return key;
-}
-
-struct KeyedEntry {
-    FolderEntry entry;
-    SortKey key;
-};
-
-bool Precedes(const KeyedEntry& a, const KeyedEntry& b) {
-    if (a.key.capitals != b.key.capitals) {
-        return a.key.capitals < b.key.capitals;
-    }
-    return a.key.units != b.key.units ? a.key.units < b.key.units : a.entry.name < b.entry.name;
-}
-
 bool IsListed(const std::string& name) {
     return name != "." && name != ".." && name.find('\\') == std::string::npos;
 }
@@ -102,19 +76,14 @@ std::vector<FolderEntry> ListFolder(std::string_view folder) {
     if (listing == nullptr) {
         return {};
     }
-    std::vector<KeyedEntry> found;
+    std::vector<FolderEntry> entries;
     while (const dirent* item = ::readdir(listing.get())) {
         const std::string name = item->d_name;
         if (IsListed(name)) {
-            found.push_back({{name, EntryAttributes(::dirfd(listing.get()), name)}, KeyOf(name)});
+            entries.push_back({name, EntryAttributes(::dirfd(listing.get()), name)});
         }
     }
-    std::sort(found.begin(), found.end(), Precedes);
-    std::vector<FolderEntry> entries;
-    entries.reserve(found.size());
-    for (KeyedEntry& item : found) {
-        entries.push_back(std::move(item.entry));
-    }
+    SortAsListed(entries, Capital);
     return entries;
 }
 

@@ -9,6 +9,7 @@
 #include "platform/drives.h"
 #include "platform/posix/activation.h"
 #include "platform/posix/native_paths.h"
+#include "platform/program.h"
 
 namespace ventrix::platform {
 namespace {
@@ -43,6 +44,13 @@ LibraryHandle OpenLibrary(std::string_view name) {
         return nullptr;
     }
     return IsComponentLibrary(name) ? &componentLibraryMark : OpenNative(ToNative(name));
+}
+
+LibraryHandle OpenLibraryFile(const std::string& file, std::string& problem) {
+    LibraryHandle library = OpenNative(file);
+    const char* reason = library == nullptr ? ::dlerror() : "";
+    problem = reason == nullptr ? "unknown reason" : reason;
+    return library;
 }
 
 LibraryHandle OpenLibraryBesideProgram(std::string_view name) {

@@ -2,16 +2,14 @@
 
 #include <dlfcn.h>
 #include <link.h>
-#include <strings.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <map>
 #include <system_error>
 
+#include "platform/bound_resources.h"
 #include "platform/drives.h"
 #include "platform/posix/image_resources.h"
-#include "platform/posix/native_paths.h"
+#include "platform/program.h"
 #include "platform/wide_text.h"
 
 namespace ventrix::platform {
@@ -50,56 +48,14 @@ bool IsAddressInModule(const void* address, ModuleHandle module) {
     return map != nullptr && map == MapOfAddress(address);
 }
 
-std::map<ModuleHandle, const ModuleResources*>& BoundResources() {
-    static std::map<ModuleHandle, const ModuleResources*> bound;
-    return bound;
-}
-
 const ModuleResources kNoResources = {};
 
 const ModuleResources& ResourcesOf(ModuleHandle module) {
-    const auto bound = BoundResources().find(module);
-    if (bound != BoundResources().end()) {
-        return *bound->second;
+    if (const ModuleResources* bound = BoundResources(module)) {
+        return *bound;
     }
     const bool own = &kImageResources != nullptr && IsAddressInModule(&kImageResources, module);
     return own ? kImageResources : kNoResources;
-}
-
-bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && ::strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
-
-std::u16string_view FindString(ModuleHandle module, std::uint32_t id) {
-    for (const StringResource& string : ResourcesOf(module).strings) {
-        if (string.id == id) {
-            return string.text;
-        }
-    }
-    return {};
-}
-
-/// Copies as much as fits with a terminator. Returns the units copied.
-template <typename Unit>
-int CopyCut(std::basic_string_view<Unit> text, Unit* buffer, int size) {
-    const std::size_t count = std::min(text.size(), static_cast<std::size_t>(size - 1));
-    std::copy_n(text.data(), count, buffer);
-    buffer[count] = 0;
-    return static_cast<int>(count);
-}
-
-bool IsContinuation(char byte) {
-    return (byte & 0xC0) == 0x80;
-}
-
-std::string_view CutAtCharacter(std::string_view text, std::size_t limit) {
-    if (text.size() <= limit) {
-        return text;
-    }
-    while (limit > 0 && IsContinuation(text[limit])) {
-        --limit;
-    }
-    return text.substr(0, limit);
 }
 
 }  // namespace
@@ -116,44 +72,26 @@ std::string ModuleFileName(ModuleHandle module) {
     return ToSystem(map == MainMap() ? ProgramFile() : AbsoluteNative(map->l_name)).value_or("");
 }
 
-void BindResources(ModuleHandle module, const ModuleResources* resources) {
-    if (resources == nullptr) {
-        BoundResources().erase(module);
-    } else {
-        BoundResources()[module] = resources;
-    }
-}
-
 std::optional<std::string> VersionBlockText(ModuleHandle module, std::string_view languageBlock,
                                             std::string_view key) {
-    for (const VersionString& entry : ResourcesOf(module).version) {
-        if (EqualIgnoringCase(entry.languageBlock, languageBlock) && EqualIgnoringCase(entry.key, key)) {
-            return std::string(entry.value);
-        }
-    }
-    return std::nullopt;
+    return VersionTextIn(ResourcesOf(module), languageBlock, key);
 }
 
 int LoadWideString(ModuleHandle module, std::uint32_t id, char16_t* buffer, int size) {
-    return size <= 0 ? 0 : CopyCut(FindString(module, id), buffer, size);
+    return size <= 0 ? 0 : CopyCut(StringIn(ResourcesOf(module), id), buffer, size);
 }
 
 int LoadNarrowString(ModuleHandle module, std::uint32_t id, char* buffer, int size) {
     if (size <= 0) {
         return 0;
     }
-    const std::string text = Utf8FromWide(FindString(module, id));
+    const std::string text = Utf8FromWide(StringIn(ResourcesOf(module), id));
     return CopyCut(CutAtCharacter(text, static_cast<std::size_t>(size - 1)), buffer, size);
 }
 
 std::optional<std::string_view> FindNamedResource(ModuleHandle module, std::uint16_t type,
                                                   std::string_view name) {
-    for (const NamedResource& resource : ResourcesOf(module).named) {
-        if (resource.type == type && EqualIgnoringCase(resource.name, name)) {
-            return resource.bytes;
-        }
-    }
-    return std::nullopt;
+    return NamedIn(ResourcesOf(module), type, name);
 }
 
 }  // namespace ventrix::platform

@@ -149,6 +149,27 @@ std::error_code WriteDurably(const fs::path& file, std::string_view content) {
     return {};
 }
 
+std::error_code WriteNewFile(const fs::path& file, std::string_view content) {
+    Descriptor opened(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!opened.IsOpen()) {
+        return ErrorOf(errno);
+    }
+    int error = WriteAll(opened.Number(), content.data(), content.size());
+    if (!opened.Close() && error == 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        ::unlink(file.c_str());
+    }
+    return error == 0 ? std::error_code() : ErrorOf(error);
+}
+
+std::error_code CopyReplacing(const fs::path& from, const fs::path& to) {
+    std::error_code error;
+    fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
+    return error;
+}
+
 bool IsWritableFolder(const fs::path& folder) {
     return ::access(folder.c_str(), W_OK | X_OK) == 0;
 }

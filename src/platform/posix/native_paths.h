@@ -9,7 +9,4 @@ namespace ventrix::platform {
 /// end of the path are ignored. Empty gives empty.
 std::string NativeParent(const std::string& nativePath);
 
-/// The absolute path of the main program's file. Empty if the system does not provide it.
-std::string ProgramFile();
-
 }  // namespace ventrix::platform

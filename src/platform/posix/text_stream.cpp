@@ -13,11 +13,13 @@ namespace ventrix::platform {
 
 TextStream::TextStream(std::string_view path) {
     // Without O_NONBLOCK, opening a pipe that nobody reads would wait.
-    file_ = ::open(ToNative(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (file_ >= 0) {
-        ::fcntl(file_, F_SETFL, O_APPEND);
-        HoldFile(file_);
+    const int file =
+        ::open(ToNative(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (file >= 0) {
+        ::fcntl(file, F_SETFL, O_APPEND);
+        HoldFile(file);
     }
+    file_ = file;
 }
 
 TextStream::~TextStream() {
@@ -37,39 +39,19 @@ bool TextStream::IsOpen() const {
     return file_ >= 0;
 }
 
-void TextStream::Write(std::string_view text) {
-    if (!IsOpen()) {
-        return;
-    }
-    for (const char c : text) {
-        if (c == '\n') {
-            EndLine();
-        } else {
-            line_ += c;
-        }
-    }
-}
-
-void TextStream::EndLine() {
-    if (!IsOpen()) {
-        return;
-    }
-    line_ += "\r\n";
-    Flush();
-}
-
 void TextStream::Close() {
     if (!IsOpen()) {
         return;
     }
     Flush();
-    ReleaseFile(file_);
-    ::close(std::exchange(file_, -1));
+    const auto file = static_cast<int>(std::exchange(file_, -1));
+    ReleaseFile(file);
+    ::close(file);
 }
 
 void TextStream::Flush() {
     // A line that cannot be written, for example on a full disk, is lost; later lines are still tried.
-    WriteAll(file_, line_.data(), line_.size());
+    WriteAll(static_cast<int>(file_), line_.data(), line_.size());
     line_.clear();
 }
 

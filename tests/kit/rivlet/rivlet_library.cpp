@@ -88,11 +88,11 @@ RIVLET std::int32_t RivletOpen(const char* url, std::int32_t, char** path) {
         return Fail(7);
     }
     const std::int32_t answer = CopyFile(fs::path(serverFolder) / NameOf(url), CacheOf(url));
-    return answer == 0 ? Store(CacheOf(url), path) : answer;
+    return answer == 0 ? Store(CacheOf(url).generic_string(), path) : answer;
 }
 
 RIVLET std::int32_t RivletQueryCacheForPath(const char* url, char** path) {
-    return fs::exists(CacheOf(url)) ? Store(CacheOf(url), path) : 1;
+    return fs::exists(CacheOf(url)) ? Store(CacheOf(url).generic_string(), path) : 1;
 }
 
 RIVLET std::int32_t RivletQueryCacheForURL(const char* path, char** url) {
@@ -102,7 +102,7 @@ RIVLET std::int32_t RivletQueryCacheForURL(const char* path, char** url) {
 }
 
 RIVLET std::int32_t RivletGetCacheFile(const char* url, char** path) {
-    return cacheFolder.empty() ? 1 : Store(CacheOf(url), path);
+    return cacheFolder.empty() ? 1 : Store(CacheOf(url).generic_string(), path);
 }
 
 RIVLET std::int32_t RivletSave(const char* url, std::int32_t) {

@@ -1,0 +1,21 @@
+# Reads tests/windows_left_out.txt. Sets VENTRIX_LEFT_OUT_TESTS to the tests that the Windows programs leave out, as a
+# filter, and defines ventrix_leave_out(LIST), which removes the source files from a list.
+file(STRINGS ${CMAKE_SOURCE_DIR}/tests/windows_left_out.txt lines REGEX "^[^#]")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/windows_left_out.txt)
+set(left_out_files "")
+set(left_out_tests "")
+foreach(line IN LISTS lines)
+    string(REGEX REPLACE "[ \t].*" "" name "${line}")
+    if(name MATCHES "/")
+        list(APPEND left_out_files ${CMAKE_SOURCE_DIR}/tests/${name})
+    else()
+        list(APPEND left_out_tests ${name})
+    endif()
+endforeach()
+list(JOIN left_out_tests ":" VENTRIX_LEFT_OUT_TESTS)
+
+function(ventrix_leave_out list)
+    set(kept ${${list}})
+    list(REMOVE_ITEM kept ${left_out_files})
+    set(${list} ${kept} PARENT_SCOPE)
+endfunction()

@@ -1,0 +1,29 @@
+#include "platform/native_roots.h"
+
+namespace ventrix::platform {
+
+std::size_t NativeRootLength(std::string_view nativePath) {
+    return nativePath.starts_with('/') ? 1 : 0;
+}
+
+bool SystemHasDrives() {
+    return false;
+}
+
+char PathListSeparator() {
+    return ':';
+}
+
+std::string_view ProgramSuffix() {
+    return {};
+}
+
+std::string_view LibrarySuffix() {
+    return ".so";
+}
+
+std::string_view StartScriptSuffix() {
+    return {};
+}
+
+}  // namespace ventrix::platform

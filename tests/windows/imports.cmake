@@ -1,0 +1,20 @@
+# Fails unless the module imports DLLs of the system and of ICU only, and the program those of the system.
+cmake_policy(VERSION 3.23)
+set(system ADVAPI32 KERNEL32 ole32 PSAPI SHELL32 USER32 VERSION WS2_32 msvcrt)
+
+function(check file)
+    execute_process(COMMAND ${OBJDUMP} -p ${file} OUTPUT_VARIABLE text RESULT_VARIABLE failed)
+    string(REGEX MATCHALL "DLL Name: [^\n\r]+" lines "${text}")
+    if(failed OR NOT lines)
+        message(FATAL_ERROR "the imports of ${file} cannot be read")
+    endif()
+    foreach(line IN LISTS lines)
+        string(REGEX REPLACE "DLL Name: (.*)\\.dll$" "\\1" name "${line}")
+        if(NOT name IN_LIST system AND NOT name IN_LIST ARGN)
+            message(FATAL_ERROR "${file} imports ${name}.dll")
+        endif()
+    endforeach()
+endfunction()
+
+check(${MODULE} icuuc72 icuin72)
+check(${PROGRAM})
