@@ -37,13 +37,13 @@ std::vector<ScopedNames> ScopedNamesIn(const std::vector<std::string>& lists) {
 }
 
 /// The regular files below the folder, relative to it, by name.
-std::vector<fs::path> FilesBelow(const std::string& folder) {
+std::vector<fs::path> FilesBelow(const NativePath& folder) {
     std::vector<fs::path> names;
     std::error_code error;
-    for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
+    for (fs::recursive_directory_iterator entry(ToFilesystem(folder), error), end; !error && entry != end;
          entry.increment(error)) {
         if (entry->is_regular_file(error)) {
-            names.push_back(entry->path().lexically_relative(folder));
+            names.push_back(entry->path().lexically_relative(ToFilesystem(folder)));
         }
     }
     std::ranges::sort(names);
@@ -64,7 +64,7 @@ void AddUndecoded(const PublishPlan& plan, std::vector<ResultFile>& files) {
         files.push_back({plan.undecoded, plan.undecoded, true, false});
         return;
     }
-    for (const fs::path& name : FilesBelow(plan.undecoded.utf8)) {
+    for (const fs::path& name : FilesBelow(plan.undecoded)) {
         const NativePath place = FromFilesystem(ToFilesystem(plan.undecoded) / name);
         if (IsDecodedName(name)) {
             files.push_back({place, place, true, false});
@@ -186,7 +186,8 @@ void MarkerCounter::ReadSources(const std::string& folder) {
         sourceNames_ = XmlFilesBelow(folder);
         std::vector<EncodedFile> files;
         for (const fs::path& name : sourceNames_) {
-            files.push_back({FromFilesystem(folder / name), FromFilesystem(ToFilesystem(base) / name)});
+            files.push_back(
+                {FromFilesystem(ToFilesystem({folder}) / name), FromFilesystem(ToFilesystem(base) / name)});
         }
         markers_.sources =
             TraceSources(files, preservation_, PreservedItems(preservation_), markers_.strings);
@@ -204,8 +205,8 @@ void MarkerCounter::ReadResult(const std::string& folder) {
         for (const fs::path& name : MarkedFilesBelow(folder, sourceNames_)) {
             const bool isOutFile = plan_.output.utf8 + '/' + FromFilesystem(name).utf8 == plan_.outFile.utf8;
             const bool isPage = IsDecodedName(name) || name.extension() == ".xhtml" || isOutFile;
-            files.push_back(
-                {FromFilesystem(folder / name), FromFilesystem(name), isPage, IsDecodedName(name)});
+            files.push_back({FromFilesystem(ToFilesystem({folder}) / name), FromFilesystem(name), isPage,
+                             IsDecodedName(name)});
         }
         AddUndecoded(plan_, files);
         markers_.result = TraceResult(files, preservation_, markers_.strings);

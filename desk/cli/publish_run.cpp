@@ -280,7 +280,8 @@ void RemoveDtdCopies(const PublishPlan& plan, const PackageLayout& layout, const
         if (!file.dtd || !file.path.utf8.starts_with(layout.commonFolder.utf8)) {
             continue;
         }
-        std::filesystem::path copy = output / file.path.utf8.substr(layout.commonFolder.utf8.size());
+        std::filesystem::path copy =
+            output / ToFilesystem({file.path.utf8.substr(layout.commonFolder.utf8.size())});
         std::filesystem::remove(copy, error);
         for (copy = copy.parent_path(); copy != output && std::filesystem::is_empty(copy, error) && !error;
              copy = copy.parent_path()) {
