@@ -109,12 +109,13 @@ void CheckFormat(const std::string& format, Argument argument, bool isStandard) 
     }
 }
 
-/// The longest run of digits is too short for an output of more than kLongestOutput bytes.
+/// The longest run of digits is too short for an output of more than kLongestOutput bytes. A size such as
+/// "I32" does not end a run, since what stands before and after it becomes one number.
 bool HasShortNumbers(std::string_view text) {
     std::size_t run = 0;
     for (const char c : text) {
-        run = c >= '0' && c <= '9' ? run + 1 : 0;
-        if (run > 3) {
+        run = c >= '0' && c <= '9' ? run + 1 : c == 'I' ? run : 0;
+        if (run > 4) {
             return false;
         }
     }
