@@ -7,8 +7,7 @@
 namespace ventrix::platform {
 
 /// The length of the root of an absolute native path with its closing slash: of "/", on Windows also of "C:/"
-/// and
-/// "//server/". 0 for a relative path.
+/// and "//server/". 0 for a relative path.
 std::size_t NativeRootLength(std::string_view nativePath);
 
 /// Whether the system has drives of its own, so that none can be mapped.
