@@ -152,12 +152,9 @@
   <xsl:template name="common">
     <xsl:param name="before"/>
     <xsl:param name="after"/>
-    <xsl:variable name="types">
-      <xsl:if test="$before != ''"><xsl:value-of select="concat($before, ' ')"/></xsl:if>
-      <xsl:call-template name="type-names"><xsl:with-param name="class" select="@class"/></xsl:call-template>
-      <xsl:value-of select="concat(' ', $after, ' ', @outputclass)"/>
-    </xsl:variable>
-    <xsl:attribute name="class"><xsl:value-of select="normalize-space($types)"/></xsl:attribute>
+    <xsl:attribute name="class">
+      <xsl:value-of select="normalize-space(concat($before, ' ', @page-types, ' ', $after, ' ', @outputclass))"/>
+    </xsl:attribute>
     <xsl:if test="@id">
       <xsl:attribute name="id"><xsl:call-template name="anchor"/></xsl:attribute>
     </xsl:if>
@@ -166,17 +163,6 @@
       <xsl:attribute name="xml:lang"><xsl:value-of select="@xml:lang"/></xsl:attribute>
     </xsl:if>
     <xsl:if test="@dir"><xsl:attribute name="dir"><xsl:value-of select="@dir"/></xsl:attribute></xsl:if>
-  </xsl:template>
-
-  <xsl:template name="type-names">
-    <xsl:param name="class"/>
-    <xsl:variable name="rest" select="substring-after($class, '/')"/>
-    <xsl:if test="$rest != ''">
-      <xsl:value-of select="concat(substring-before(concat($rest, ' '), ' '), ' ')"/>
-      <xsl:call-template name="type-names">
-        <xsl:with-param name="class" select="substring-after($rest, ' ')"/>
-      </xsl:call-template>
-    </xsl:if>
   </xsl:template>
 
   <xsl:template name="anchor">
@@ -229,10 +215,7 @@
 
   <xsl:template match="topic/title" priority="2">
     <xsl:variable name="depth" select="count(ancestor::topic)"/>
-    <xsl:variable name="level">
-      <xsl:choose><xsl:when test="$depth &gt; 6">6</xsl:when><xsl:otherwise><xsl:value-of select="$depth"/></xsl:otherwise></xsl:choose>
-    </xsl:variable>
-    <xsl:element name="h{$level}">
+    <xsl:element name="h{$depth * ($depth &lt; 7) + 6 * ($depth &gt; 6)}">
       <xsl:call-template name="common"><xsl:with-param name="after" select="concat('topictitle', $depth)"/></xsl:call-template>
       <xsl:apply-templates/>
     </xsl:element>
@@ -263,14 +246,10 @@
 
   <!-- XHTML does not allow a block in a p, so that a paragraph with one becomes a div. -->
   <xsl:template match="p">
+    <xsl:variable name="blocks" select="descendant::*[self::pre or self::ul or self::sl or self::ol or self::lq or self::dl or
+                                        self::note or self::lines or self::fig or self::table or self::simpletable]"/>
     <xsl:call-template name="block">
-      <xsl:with-param name="name">
-        <xsl:choose>
-          <xsl:when test="descendant::*[self::pre or self::ul or self::sl or self::ol or self::lq or self::dl or
-                          self::note or self::lines or self::fig or self::table or self::simpletable]">div</xsl:when>
-          <xsl:otherwise>p</xsl:otherwise>
-        </xsl:choose>
-      </xsl:with-param>
+      <xsl:with-param name="name" select="substring('pdiv', 1 + boolean($blocks), 1 + 2 * boolean($blocks))"/>
     </xsl:call-template>
   </xsl:template>
 

@@ -348,6 +348,29 @@ bool InForeign(const xmlNode* node) {
     return false;
 }
 
+/// The types of a class without their modules: "ph uicontrol " for "+ topic/ph ui-d/uicontrol ".
+std::string TypeNames(std::string_view types) {
+    std::string names;
+    for (std::size_t slash = types.find('/'); slash != std::string_view::npos; slash = types.find('/')) {
+        types.remove_prefix(slash + 1);
+        const std::size_t end = std::min(types.find(' '), types.size());
+        names.append(types.substr(0, end)) += ' ';
+        types.remove_prefix(end);
+    }
+    return names;
+}
+
+/// "ph" for "+ topic/ph ui-d/uicontrol "; empty if the class has no type of this module.
+std::string BaseTopicType(const std::string& types) {
+    constexpr std::string_view kModule = " topic/";
+    const std::size_t module = types.find(kModule);
+    if (module == std::string::npos) {
+        return {};
+    }
+    const std::size_t begin = module + kModule.size();
+    return types.substr(begin, types.find(' ', begin) - begin);
+}
+
 }  // namespace
 
 bool AddMissingClasses(xmlDoc* document) {
@@ -372,12 +395,11 @@ void NameByBaseType(xmlDoc* document) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         const std::string types = node->type == XML_ELEMENT_NODE ? Attribute(node, "class") : std::string();
-        const std::size_t slash = types.find(" topic/");
-        if (slash == std::string::npos) {
+        if (types.find('/') == std::string::npos) {
             continue;
         }
-        const std::size_t begin = slash + std::string_view(" topic/").size();
-        const std::string base = types.substr(begin, types.find(' ', begin) - begin);
+        xmlSetProp(node, Xml("page-types"), Xml(TypeNames(types).c_str()));
+        const std::string base = BaseTopicType(types);
         if (!base.empty() && View(node->name) != base) {
             xmlNodeSetName(node, Xml(base.c_str()));
         }

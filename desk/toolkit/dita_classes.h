@@ -13,8 +13,9 @@ namespace ventrix::desk {
 /// except in foreign content: the document's DTD may know it.
 bool AddMissingClasses(xmlDoc* document);
 
-/// Renames the elements to their base types ("uicontrol" to "ph") and keeps their classes. A processor finds
-/// the template for a name much faster than it evaluates a pattern for each class.
+/// Renames the elements to their base types ("uicontrol" to "ph") and keeps their classes. The attribute
+/// "page-types" gets the types without their modules ("ph uicontrol "). A processor finds the template for a
+/// name much faster than it evaluates a pattern for each class, and a stylesheet takes classes apart slowly.
 void NameByBaseType(xmlDoc* document);
 
 /// True if the element's class contains the type, such as "topic/ph". False for null and for other nodes.

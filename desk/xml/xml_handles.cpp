@@ -22,13 +22,28 @@ std::string EscapedXml(std::string_view text) {
 }
 
 std::string Attribute(const xmlNode* element, const char* name) {
+    const xmlAttr* attribute = xmlHasNsProp(element, Xml(name), nullptr);
+    if (attribute == nullptr) {
+        return {};
+    }
+    // Nearly every value is one text, which needs no copy by libxml2.
+    if (attribute->type == XML_ATTRIBUTE_NODE && attribute->children != nullptr &&
+        attribute->children->next == nullptr && attribute->children->type == XML_TEXT_NODE) {
+        return std::string(View(attribute->children->content));
+    }
     const XmlString value(xmlGetNoNsProp(element, Xml(name)));
     return std::string(View(value.get()));
 }
 
 bool HasWord(const xmlNode* element, const char* name, std::string_view word) {
-    const std::string padded = Attribute(element, name) + " ";
-    return padded.find(std::string(" ").append(word).append(" ")) != std::string::npos;
+    const std::string words = Attribute(element, name);
+    for (std::size_t at = words.find(word); at != std::string::npos; at = words.find(word, at + 1)) {
+        const std::size_t end = at + word.size();
+        if (at > 0 && words[at - 1] == ' ' && (end == words.size() || words[end] == ' ')) {
+            return true;
+        }
+    }
+    return false;
 }
 
 xmlNode* NextNode(xmlNode* node, const xmlNode* top) {
