@@ -74,8 +74,8 @@ void DitaMap(std::string_view input) {
         .finding = [&checkLine](const desk::DitaFinding& finding) { checkLine(finding.text); },
         .resources = {},
         .parameters = {}};
-    const desk::Ditaval noRules;
-    desk::DitaLibrary library(noRules, checkLine);
+    const desk::DitaSources unfiltered;
+    desk::DitaLibrary library(unfiltered, checkLine);
     desk::ReadNavigation(run.document, library, run);
 }
 

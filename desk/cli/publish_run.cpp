@@ -90,13 +90,24 @@ std::vector<std::pair<std::string, std::string>> NamedValues(const std::vector<s
     return values;
 }
 
+/// A script may change the package, of which the toolkit then has to find the files.
+DocumentCopies CopiesOf(const PublishPlan& plan, const PackageLayout& layout) {
+    DocumentCopies copies{.files = {}, .originals = layout.commonFolder, .folder = {plan.output.utf8 + '/'}};
+    if (plan.preScript.Empty()) {
+        for (const NativePath& source : layout.sources) {
+            copies.files.push_back(CopyOf(copies, source));
+        }
+    }
+    return copies;
+}
+
 /// What the request cannot express. The toolkit reads the packaged copies of the resources.
 void SetTransformationOptions(const PublishPlan& plan, const PublishOptions& options, Session& session) {
     DitaOtSettings& settings = session.ditaOt;
     settings.transtype = options.transtype;
-    const std::string base = PackageLayoutOf(session.files, session.document).commonFolder.utf8;
+    settings.copies = CopiesOf(plan, PackageLayoutOf(session.files, session.document));
     for (const NativePath& resource : plan.resources) {
-        settings.resources.push_back({plan.output.utf8 + '/' + resource.utf8.substr(base.size())});
+        settings.resources.push_back(CopyOf(settings.copies, resource));
     }
     settings.filters = plan.ditaval;
     settings.parameters = NamedValues(options.toolkitParams);

@@ -94,6 +94,7 @@ std::string RunWithLog(const DitaOtSettings& settings, const FileAccess& access,
         .unread = [&record](const std::string& line) { record.unread.insert(line); },
         .finding = [&record](const DitaFinding& finding) { record.findings.push_back(finding); },
         .design = settings.design,
+        .copies = settings.copies,
         .transtype = settings.transtype.empty() ? OptionOf(command, "-transtype") : settings.transtype,
         .resources = settings.resources,
         .parameters = settings.parameters};

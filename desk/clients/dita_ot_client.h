@@ -21,6 +21,7 @@ struct DitaOtSettings {
     std::vector<NativePath> resources = {};  ///< Maps that define keys.
     std::vector<std::pair<std::string, std::string>> parameters = {};  ///< Of the toolkit, by name.
     PageDesign design = {};                                            ///< Of the built-in toolkit's pages.
+    DocumentCopies copies = {};                                        ///< What the package holds.
 };
 
 /// A client for the command

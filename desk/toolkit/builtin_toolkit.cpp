@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <set>
 
+#include "desk/documents/document_files.h"
 #include "desk/toolkit/contents.h"
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_map.h"
@@ -26,7 +27,7 @@ namespace {
 /// its page. Last, the table of contents becomes the start page of a map.
 struct Publication {
     const DitaRun& run;
-    const Ditaval& rules;
+    const DitaSources& sources;
     const Stylesheet& stylesheet;
     PageLayout layout;
     Navigation navigation;
@@ -239,7 +240,7 @@ void MakePage(Publication& publication, const NativePath& topic) {
         publication.warn(topic.utf8 + ": is outside the folders of the document and is left out");
         return;
     }
-    DitaDocument loaded = LoadDita(topic, publication.rules);
+    DitaDocument loaded = LoadDita(topic, publication.sources);
     if (loaded.document == nullptr) {
         if (!loaded.excluded) {
             ReportUnread(publication, loaded.reason);
@@ -312,7 +313,7 @@ void ReadTopic(Publication& publication) {
 }
 
 std::string MakePages(Publication& publication) {
-    const DitaDocument document = LoadDita(publication.run.document, publication.rules);
+    const DitaDocument document = LoadDita(publication.run.document, publication.sources);
     if (document.document == nullptr) {
         return document.excluded ? publication.run.document.utf8 + ": the filter excludes the whole document"
                                  : document.reason;
@@ -342,10 +343,6 @@ std::string MakePages(Publication& publication) {
     return publication.failure;
 }
 
-}  // namespace
-
-namespace {
-
 /// False, with the reason, if a filter cannot be used: nothing is published without it.
 bool ReadRules(const DitaRun& run, Ditaval& rules, std::string& reason) {
     for (const NativePath& filter : run.filters) {
@@ -368,23 +365,28 @@ bool ReadRules(const DitaRun& run, Ditaval& rules, std::string& reason) {
     return true;
 }
 
+std::vector<NativePath> FilesOf(const DitaRun& run) {
+    return run.copies.files.empty() ? LocalFiles(ListDocumentFiles(run.document)) : run.copies.files;
+}
+
 }  // namespace
 
 std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPath) {
-    Ditaval rules;
+    DitaSources sources;
+    sources.copies = run.copies;
     std::string reason;
-    if (!ReadRules(run, rules, reason)) {
+    if (!ReadRules(run, sources.rules, reason)) {
         return reason;
     }
     const Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);
     if (stylesheet == nullptr) {
         return "the stylesheet " + stylesheetPath.utf8 + " is missing or has an error";
     }
-    DitaLibrary library(rules, run.unread);
+    DitaLibrary library(sources, run.unread);
     Publication publication{.run = run,
-                            .rules = rules,
+                            .sources = sources,
                             .stylesheet = stylesheet,
-                            .layout = LayoutOf(run.document, run.pages),
+                            .layout = LayoutOf(run.document, FilesOf(run), run.pages),
                             .navigation = {},
                             .neighbours = {},
                             .contents = {},

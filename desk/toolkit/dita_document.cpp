@@ -16,7 +16,7 @@ std::string TopicAround(const xmlNode* node) {
     return node != nullptr && node->type == XML_ELEMENT_NODE ? Attribute(node, "id") : std::string();
 }
 
-void MakeAbsolute(xmlNode* element, const char* name, const NativePath& path) {
+void MakeAbsolute(xmlNode* element, const char* name, const NativePath& path, const DocumentCopies& copies) {
     std::string reference = Attribute(element, name);
     if (reference.empty() || reference.starts_with("-dita-")) {
         return;
@@ -26,13 +26,13 @@ void MakeAbsolute(xmlNode* element, const char* name, const NativePath& path) {
         // The topic that the element is in.
         reference.replace(hash + 1, 1, TopicAround(element));
     }
-    const NativePath target = hash == 0 ? path : TargetOf(reference, FolderOf(path)).path;
+    const NativePath target = hash == 0 ? path : CopyOf(copies, TargetOf(reference, FolderOf(path)).path);
     if (!target.Empty()) {
         xmlSetProp(element, Xml(name), Xml((FileUri(target) + reference.substr(hash)).c_str()));
     }
 }
 
-void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path) {
+void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path, const DocumentCopies& copies) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (node->type != XML_ELEMENT_NODE || node->properties == nullptr) {
@@ -40,12 +40,12 @@ void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path) {
         }
         const std::string scope = Attribute(node, "scope");
         if (scope != "external" && scope != "peer") {
-            MakeAbsolute(node, "href", path);
+            MakeAbsolute(node, "href", path, copies);
         }
-        MakeAbsolute(node, "conref", path);
-        MakeAbsolute(node, "conrefend", path);
+        MakeAbsolute(node, "conref", path, copies);
+        MakeAbsolute(node, "conrefend", path, copies);
         if (HasType(node, "topic/object")) {
-            MakeAbsolute(node, "data", path);
+            MakeAbsolute(node, "data", path, copies);
         }
     }
 }
@@ -78,7 +78,7 @@ bool IsHidden(const xmlNode* element) {
 
 }  // namespace
 
-DitaDocument LoadDita(const NativePath& path, const Ditaval& rules) {
+DitaDocument LoadDita(const NativePath& path, const DitaSources& sources) {
     DitaDocument result;
     LenientDocument loaded = LoadLeniently(path, LoadFor::kDita);
     // Only the DTD knows the classes of a specialisation. It is large, so it is read only for an unknown
@@ -89,10 +89,10 @@ DitaDocument LoadDita(const NativePath& path, const Ditaval& rules) {
     }
     if (!loaded.wellFormed) {
         result.reason = path.utf8 + ": " + loaded.reason;
-    } else if (!Filter(rules, loaded.document.get())) {
+    } else if (!Filter(sources.rules, loaded.document.get())) {
         result.excluded = true;
     } else {
-        MakeReferencesAbsolute(loaded.document.get(), path);
+        MakeReferencesAbsolute(loaded.document.get(), path, sources.copies);
         result.document = std::move(loaded.document);
         for (const std::string& entity : loaded.undeclaredEntities) {
             result.remarks.push_back(path.utf8 + ": " + entity);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "desk/toolkit/ditaval.h"
+#include "desk/toolkit/document_copies.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
@@ -24,7 +25,14 @@ struct DitaDocument {
     std::string reason;                ///< Why it cannot be read, one line; empty if it can or is excluded.
 };
 
-DitaDocument LoadDita(const NativePath& path, const Ditaval& rules);
+/// What applies to all documents of a run.
+struct DitaSources {
+    Ditaval rules;
+    DocumentCopies
+        copies;  ///< An absolute reference in a copy leads to an original; it is turned to the copy.
+};
+
+DitaDocument LoadDita(const NativePath& path, const DitaSources& sources);
 
 /// What an absolute reference points to.
 struct DitaTarget {

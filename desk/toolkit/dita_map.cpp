@@ -68,7 +68,7 @@ const DitaDocument& Load(MapReader& reader, const NativePath& path) {
         return known->second;
     }
     DitaDocument& map = reader.maps[path];
-    map = LoadDita(path, reader.library.Rules());
+    map = LoadDita(path, reader.library.Sources());
     if (map.document != nullptr) {
         ReportUnhandled(map.document.get(), path, reader.run.finding);
         ResolveConrefs(map.document.get(), {}, reader.library,

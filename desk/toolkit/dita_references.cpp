@@ -321,7 +321,7 @@ const DitaDocument& DitaLibrary::Load(const NativePath& path) {
         recent_.splice(recent_.begin(), recent_, known);
         return recent_.front().loaded;
     }
-    recent_.push_front({path, LoadDita(path, rules_)});
+    recent_.push_front({path, LoadDita(path, sources_)});
     const DitaDocument& loaded = recent_.front().loaded;
     if (loaded.document == nullptr && !loaded.excluded) {
         unread_(loaded.reason);

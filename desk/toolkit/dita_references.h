@@ -25,12 +25,12 @@ struct TopicSummary {
 };
 
 /// Loads the documents that topics refer to. The most recently used ones stay in memory, and the titles of
-/// all. `rules` and `unread`, which receives why a document could not be read, must outlive the library.
+/// all. `sources` and `unread`, which receives why a document could not be read, must outlive the library.
 class DitaLibrary {
   public:
-    DitaLibrary(const Ditaval& rules, const MessageSink& unread) : rules_(rules), unread_(unread) {}
+    DitaLibrary(const DitaSources& sources, const MessageSink& unread) : sources_(sources), unread_(unread) {}
 
-    const Ditaval& Rules() const { return rules_; }
+    const DitaSources& Sources() const { return sources_; }
 
     /// From now on, phrases that a key gives their text have it, also in summaries. The keys must exist as
     /// long as the library is used. Documents that were requested before are freed.
@@ -50,7 +50,7 @@ class DitaLibrary {
     };
     const DitaDocument& Load(const NativePath& path);
 
-    const Ditaval& rules_;
+    const DitaSources& sources_;
     const MessageSink& unread_;
     const DitaKeys* keys_ = nullptr;
     std::list<Entry> recent_;

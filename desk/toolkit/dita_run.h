@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "desk/toolkit/document_copies.h"
 #include "desk/xml/stylesheet.h"
 
 namespace ventrix::desk {
@@ -47,7 +48,9 @@ struct DitaRun {
     /// False to look for findings only: no file is written, and `pages` need not exist.
     bool writes = true;
 
-    PageDesign design = {};  ///< For the built-in toolkit only.
+    // For the built-in toolkit only.
+    PageDesign design = {};
+    DocumentCopies copies = {};
 
     // For an installed toolkit only.
     std::string transtype = "xhtml";

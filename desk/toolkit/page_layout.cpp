@@ -4,18 +4,16 @@
 #include <filesystem>
 #include <iterator>
 
-#include "desk/documents/document_files.h"
-
 namespace ventrix::desk {
 namespace {
 
 /// The source folder that a folder of the document's folder corresponds to; none of the files is in it.
-NativePath UnusedFolder(const NativePath& document, const std::string& name, const DocumentFiles& files) {
+NativePath UnusedFolder(const NativePath& document, const std::string& name,
+                        const std::vector<NativePath>& files) {
     NativePath folder{FolderOf(document).utf8 + name + '/'};
     const auto isUsed = [&files](const NativePath& candidate) {
-        return std::ranges::any_of(files.files, [&candidate](const DocumentFile& file) {
-            return file.path.utf8.starts_with(candidate.utf8);
-        });
+        return std::ranges::any_of(
+            files, [&candidate](const NativePath& file) { return file.utf8.starts_with(candidate.utf8); });
     };
     for (int number = 2; isUsed(folder); ++number) {
         folder = {FolderOf(document).utf8 + name + '-' + std::to_string(number) + '/'};
@@ -25,13 +23,13 @@ NativePath UnusedFolder(const NativePath& document, const std::string& name, con
 
 }  // namespace
 
-PageLayout LayoutOf(const NativePath& document, const NativePath& outputBase) {
+PageLayout LayoutOf(const NativePath& document, const std::vector<NativePath>& files,
+                    const NativePath& outputBase) {
     PageLayout layout{.sourceBase = FolderOf(document), .outputBase = outputBase};
-    const DocumentFiles files = ListDocumentFiles(document);
     std::error_code error;
-    for (const DocumentFile& file : files.files) {
-        if (!file.path.Empty() && std::filesystem::exists(ToFilesystem(file.path), error)) {
-            layout.sourceBase = CommonFolder(layout.sourceBase, file.path);
+    for (const NativePath& file : files) {
+        if (std::filesystem::exists(ToFilesystem(file), error)) {
+            layout.sourceBase = CommonFolder(layout.sourceBase, file);
         }
     }
     layout.assets = OutputOf(layout, UnusedFolder(document, "ventrix-style", files));

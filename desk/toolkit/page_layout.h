@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "desk/paths/paths.h"
 
@@ -18,9 +19,11 @@ struct PageLayout {
     std::set<NativePath> taken = {};              ///< These pages, and other output files.
 };
 
-/// The layout for the document and all local files that it refers to. The style sheets go to "ventrix-style"
-/// in the folder of the document, or with a number if the document has files in such a folder.
-PageLayout LayoutOf(const NativePath& document, const NativePath& outputBase);
+/// The layout for the document and all local files that it refers to, of which some may not exist. The style
+/// sheets go to "ventrix-style" in the folder of the document, or with a number if the document has files in
+/// such a folder.
+PageLayout LayoutOf(const NativePath& document, const std::vector<NativePath>& files,
+                    const NativePath& outputBase);
 
 /// Where a file is copied to; empty if it is not in the common folder.
 NativePath OutputOf(const PageLayout& layout, const NativePath& source);

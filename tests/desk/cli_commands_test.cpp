@@ -397,6 +397,21 @@ TEST_F(CommandLine, GuideWithTopicsOutsideItsFolderIsPublishedWithoutFindings) {
     EXPECT_TRUE(folder.Exists("out/build-pump-guide.ditamap/xhtml/shared/contact.html"));
 }
 
+TEST_F(CommandLine, AbsoluteReferencesLeadToTheCopiesInThePackage) {
+    folder.Write("m.ditamap", "<map><topicref href=\"" + folder.Native("deep/t.dita") + "\"/></map>");
+    folder.Write("deep/t.dita",
+                 "<topic id=\"t\"><title>T</title><body><p audience=\"expert\">See <image href=\"" +
+                     folder.Native("img/i.png") + "\"/></p></body></topic>");
+    folder.Write("img/i.png", "image");
+    const Finished finished = Run({"publish", "m.ditamap", "-o", "out", "--attributes", "audience"});
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    const std::string page = folder.Read("out/build-m.ditamap/xhtml/deep/t.html");
+    EXPECT_NE(page.find("data-twtags=\"audienceQL_SEPexpertQL_SEP\">See <img src=\"../img/i.png\""),
+              std::string::npos)
+        << page;
+    EXPECT_EQ(folder.Read("out/build-m.ditamap/xhtml/img/i.png"), "image");
+}
+
 TEST_F(CommandLine, PublishReportsFindings) {
     const auto publish = [](std::vector<std::string> further) {
         further.insert(further.begin(), {"publish", "src/plain.xml", "--attributes", "kind"});
