@@ -36,23 +36,25 @@ std::vector<Finding> AddPageData(const PublishOptions& options, const Session& s
     }
     const CarryingAttributes names = AttributesOf(options);
     const NativePath folder = FolderOf(outcome.startPage);
+    const ViewerSettings viewer{.data = FindInstallation().folder,
+                                .document = session.document,
+                                .tags = names.tags,
+                                .xpath = names.xpath,
+                                .editorRoot = AbsolutePath({options.editorRoot})};
+    const bool hasViewer = options.viewer && CopyViewer(folder, viewer, findings);
     SourcePlaces places(XmlSources(session.files), session.document);
-    std::vector<MappedPage> mapped;
-    mapped.reserve(pages.size());
+    MapText map(session.document, folder);
     for (const ReportedPage& page : pages) {
-        mapped.push_back(MapPage(page.page, page.source, names, places, findings));
+        const MappedPage mapped = MapPage(page.page, page.source, names, places, findings);
+        if (options.map) {
+            map.Add(mapped);
+        }
+        if (hasViewer) {
+            AddViewer(mapped, folder, viewer, findings);
+        }
     }
-    if (options.map && !WriteMap(mapped, session.document, folder)) {
+    if (options.map && !map.Write()) {
         findings.push_back({NormalPath({folder.utf8 + kMapName}), 0, "map", "cannot be written"});
-    }
-    if (options.viewer) {
-        AddViewer(mapped, folder,
-                  {.data = FindInstallation().folder,
-                   .document = session.document,
-                   .tags = names.tags,
-                   .xpath = names.xpath,
-                   .editorRoot = AbsolutePath({options.editorRoot})},
-                  findings);
     }
     return findings;
 }

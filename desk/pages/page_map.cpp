@@ -1,6 +1,5 @@
 #include "desk/pages/page_map.h"
 
-#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "platform/files.h"
@@ -11,25 +10,6 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr int kSchema = 1;
-
-/// Names files relative to a folder. Remembers the latest one, since elements of one file follow each other.
-class RelativeNames {
-  public:
-    explicit RelativeNames(const NativePath& folder) : folder_(ToFilesystem(folder)) {}
-
-    const std::string& Of(const NativePath& file) {
-        if (!(file == latest_)) {
-            latest_ = file;
-            name_ = FromFilesystem(ToFilesystem(file).lexically_relative(folder_)).utf8;
-        }
-        return name_;
-    }
-
-  private:
-    std::filesystem::path folder_;
-    NativePath latest_;
-    std::string name_;
-};
 
 void AddPlace(ordered_json& object, const ElementSource& place, RelativeNames& names) {
     if (!place.file.Empty()) {
@@ -103,24 +83,35 @@ std::string PlacesAsJson(const MappedPage& page, const NativePath& document) {
     return text;
 }
 
-bool WriteMap(const std::vector<MappedPage>& pages, const NativePath& document, const NativePath& folder) {
-    RelativeNames sources(FolderOf(document));
-    RelativeNames results(folder);
-    std::string text = Text({{"schema", kSchema}, {"document", sources.Of(document)}});
-    text.back() = ',';
-    text += "\"elements\":[";
-    const std::size_t start = text.size();
-    // Element by element, since a map of all of them takes many times the memory of its text.
-    for (const MappedPage& page : pages) {
-        for (const MappedElement& element : page.elements) {
-            ordered_json object = {{"page", results.Of(page.page)}};
-            AddElement(object, element, sources);
-            text += text.size() == start ? "" : ",";
-            text += Text(object);
-        }
+const std::string& RelativeNames::Of(const NativePath& file) {
+    if (!(file == latest_)) {
+        latest_ = file;
+        name_ = FromFilesystem(ToFilesystem(file).lexically_relative(folder_)).utf8;
     }
-    text += "]}\n";
-    return platform::WriteWholeFile(NormalPath({folder.utf8 + '/' + kMapName}).utf8, text) ==
+    return name_;
+}
+
+MapText::MapText(const NativePath& document, const NativePath& folder)
+    : folder_(folder), sources_(FolderOf(document)), results_(folder) {
+    text_ = Text({{"schema", kSchema}, {"document", sources_.Of(document)}});
+    text_.back() = ',';
+    text_ += "\"elements\":[";
+}
+
+/// Element by element, since the JSON objects of all of them take many times the memory of their text.
+void MapText::Add(const MappedPage& page) {
+    for (const MappedElement& element : page.elements) {
+        ordered_json object = {{"page", results_.Of(page.page)}};
+        AddElement(object, element, sources_);
+        text_ += isFirst_ ? "" : ",";
+        text_ += Text(object);
+        isFirst_ = false;
+    }
+}
+
+bool MapText::Write() {
+    text_ += "]}\n";
+    return platform::WriteWholeFile(NormalPath({folder_.utf8 + '/' + kMapName}).utf8, text_) ==
            platform::kErrorNone;
 }
 

@@ -2,6 +2,7 @@
 // docs/reading-tags.md describes it, docs/map-schema.json is its schema. Strings are UTF-8.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -35,8 +36,37 @@ MappedPage MapPage(const NativePath& page, const NativePath& source, const Carry
 /// an HTML script element.
 std::string PlacesAsJson(const MappedPage& page, const NativePath& document);
 
-/// Writes the map of all pages into the folder, which the names of the pages are relative to. False if it
-/// cannot be written.
-bool WriteMap(const std::vector<MappedPage>& pages, const NativePath& document, const NativePath& folder);
+/// Names files relative to a folder. Remembers the latest one, since elements of one file follow each other.
+class RelativeNames {
+  public:
+    explicit RelativeNames(const NativePath& folder) : folder_(ToFilesystem(folder)) {}
+
+    const std::string& Of(const NativePath& file);
+
+  private:
+    std::filesystem::path folder_;
+    NativePath latest_;
+    std::string name_;
+};
+
+/// The text of a map, to which one page after the other is added: a large result has more elements than fit
+/// into memory.
+class MapText {
+  public:
+    /// The map's sources are relative to the folder of the document, its pages to `folder`.
+    MapText(const NativePath& document, const NativePath& folder);
+
+    void Add(const MappedPage& page);
+
+    /// Writes the map into the folder. False if it cannot be written.
+    bool Write();
+
+  private:
+    NativePath folder_;
+    RelativeNames sources_;
+    RelativeNames results_;
+    std::string text_;
+    bool isFirst_ = true;
+};
 
 }  // namespace ventrix::desk

@@ -38,8 +38,26 @@ Finding NotAdded(const NativePath& page, const std::string& reason) {
     return {page, 0, "viewer", reason + "; the viewer was not added"};
 }
 
-void AddToPage(const MappedPage& mapped, const NativePath& folder, const ViewerSettings& settings,
+}  // namespace
+
+bool CopyViewer(const NativePath& folder, const ViewerSettings& settings, std::vector<Finding>& findings) {
+    for (const char* name : kFiles) {
+        std::string content;
+        const NativePath target = NormalPath({folder.utf8 + '/' + name});
+        if (platform::ReadWholeFile(settings.data.utf8 + '/' + name, content) != platform::kErrorNone ||
+            platform::WriteWholeFile(target.utf8, content) != platform::kErrorNone) {
+            findings.push_back(NotAdded(target, "cannot be written"));
+            return false;
+        }
+    }
+    return true;
+}
+
+void AddViewer(const MappedPage& mapped, const NativePath& folder, const ViewerSettings& settings,
                std::vector<Finding>& findings) {
+    if (!mapped.isReadable) {
+        return;
+    }
     std::string page;
     if (platform::ReadWholeFile(mapped.page.utf8, page) != platform::kErrorNone) {
         findings.push_back(NotAdded(mapped.page, "cannot be read"));
@@ -52,26 +70,6 @@ void AddToPage(const MappedPage& mapped, const NativePath& folder, const ViewerS
         findings.push_back(NotAdded(mapped.page, "has no head or no body"));
     } else if (platform::WriteWholeFile(mapped.page.utf8, page) != platform::kErrorNone) {
         findings.push_back(NotAdded(mapped.page, "cannot be written"));
-    }
-}
-
-}  // namespace
-
-void AddViewer(const std::vector<MappedPage>& pages, const NativePath& folder, const ViewerSettings& settings,
-               std::vector<Finding>& findings) {
-    for (const char* name : kFiles) {
-        std::string content;
-        const NativePath target = NormalPath({folder.utf8 + '/' + name});
-        if (platform::ReadWholeFile(settings.data.utf8 + '/' + name, content) != platform::kErrorNone ||
-            platform::WriteWholeFile(target.utf8, content) != platform::kErrorNone) {
-            findings.push_back(NotAdded(target, "cannot be written"));
-            return;
-        }
-    }
-    for (const MappedPage& page : pages) {
-        if (page.isReadable) {
-            AddToPage(page, folder, settings, findings);
-        }
     }
 }
 

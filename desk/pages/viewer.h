@@ -18,10 +18,13 @@ struct ViewerSettings {
     NativePath editorRoot;  ///< Where an editor finds the sources; empty for pages without links to one.
 };
 
-/// Copies the viewer into the folder and adds it to each page that is XML: two elements at the end of its
-/// head, and the places of its elements at the end of its body. Nothing else of a page changes. Files that
-/// cannot be written, and pages without a head, are findings.
-void AddViewer(const std::vector<MappedPage>& pages, const NativePath& folder, const ViewerSettings& settings,
+/// Copies the viewer into the folder. False, with a finding, if it cannot be written.
+bool CopyViewer(const NativePath& folder, const ViewerSettings& settings, std::vector<Finding>& findings);
+
+/// Adds the viewer in the folder to a page: two elements at the end of its head, and the places of its
+/// elements at the end of its body. Nothing else of the page changes. A page that is not XML is left as it
+/// is. One that cannot be written or has no head is a finding.
+void AddViewer(const MappedPage& page, const NativePath& folder, const ViewerSettings& settings,
                std::vector<Finding>& findings);
 
 }  // namespace ventrix::desk
