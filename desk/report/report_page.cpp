@@ -37,8 +37,8 @@ code { font: .85rem/1.5 ui-monospace, monospace; overflow-wrap: anywhere; } ul {
 .good { color: var(--good); } .bad { color: var(--bad); font-weight: bold; }
 meter { width: 8rem; height: .9rem; }
 form { display: flex; flex-wrap: wrap; gap: .5rem 1.2rem; align-items: end; background: var(--panel); padding: .7rem;
-  border-radius: .4rem; } label { display: grid; gap: .1rem; min-width: 0; color: var(--quiet); font-size: .9rem; }
-input, select { max-width: 100%; font: inherit; color: var(--text); background: var(--back); border: 1px solid var(--quiet);
+  border-radius: .4rem; } label { display: grid; grid-template-columns: minmax(0, auto); gap: .1rem; min-width: 0; max-width: 100%; color: var(--quiet); font-size: .9rem; }
+input, select { min-width: 0; max-width: 100%; font: inherit; color: var(--text); background: var(--back); border: 1px solid var(--quiet);
   border-radius: .25rem; padding: .25rem .4rem; }
 :focus-visible { outline: 2px solid var(--link); outline-offset: 2px; }
 .js form { display: flex; } form { display: none; } [hidden] { display: none; }

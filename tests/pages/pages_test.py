@@ -148,8 +148,8 @@ class Pages(unittest.TestCase):
         self.assertEqual(broken_links([*self.guide, *self.viewed, *self.all]), [])
 
     def test_pages_fit_windows_of_all_widths(self):
-        for page in [*self.guide, *self.all, self.named(self.viewed, "controller.html")]:
-            for width in (320, 480, 961, 1280, 2560):
+        for page in [*self.guide, *self.all, self.named(self.viewed, "controller.html"), self.place / "report.html"]:
+            for width in (320, 360, 480, 961, 1280, 2560):
                 self.open(page, width)
                 over = self.browser.execute_script("return document.documentElement.scrollWidth - innerWidth;")
                 self.assertLessEqual(over, 0, f"{page} {width}")
