@@ -11,6 +11,7 @@ import tempfile
 
 from selenium import webdriver
 from selenium.webdriver.common.by import By
+from selenium.webdriver.support.ui import WebDriverWait
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SWITCHES = ["--headless=new", "--no-sandbox", "--disable-gpu", "--hide-scrollbars", "--window-size=1200,883"]
@@ -33,6 +34,8 @@ def take(page, result):
         browser.find_element(By.XPATH, "//button[.='Show source']").click()
         passage = browser.find_element(By.XPATH, "//p[contains(@data-twtags, 'P40-Smart')]")
         webdriver.ActionChains(browser).move_to_element(passage).perform()
+        # The panel comes when the pointer rests.
+        WebDriverWait(browser, 10).until(lambda _: browser.find_element(By.CLASS_NAME, "ventrix-panel").is_displayed())
         browser.save_screenshot(str(result))
     finally:
         browser.quit()
