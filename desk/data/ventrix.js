@@ -16,11 +16,11 @@
   const xpathAttribute = script?.dataset.xpathAttribute || '';
   const editorRoot = script?.dataset.editorRoot || '';
   // What goes as a whole when all of its text is hidden, with its images; and what only goes if it has no image.
-  const wholes = 'li, tr, section, article, aside, div, dl, ul, ol, table, thead, tbody, tfoot, figure, blockquote';
-  const parts = 'p, span, a, em, strong, dd, dt, caption, figcaption';
+  const containers = 'li, tr, section, article, aside, div, dl, ul, ol, table, thead, tbody, tfoot, figure, blockquote';
+  const textElements = 'p, span, a, em, strong, dd, dt, caption, figcaption';
   const images = 'img, svg, canvas, object';
   const unread = '[data-ventrix-hidden], .number, .notetitle, script, style, template, ' + images;
-  const controls = 'a[href], button, input, select, textarea, summary, label';
+  const controls = 'a[href], button, input, select, textarea, summary';
   const restTime = 300;  // Milliseconds after which a pointer that does not move rests on what is under it.
 
   /** The pairs of a tags value: "audienceQL_SEPexpertQL_SEP" gives [['audience', 'expert']]. */
@@ -133,7 +133,7 @@
       hideElement(element);
     }
     for (let above = element.parentElement; above && above !== document.body && !hasText(above); above = above.parentElement) {
-      if (above.matches(wholes) || (above.matches(parts) && !hasImage(above))) {
+      if (above.matches(containers) || (above.matches(textElements) && !hasImage(above))) {
         hideElement(above);
       }
     }
@@ -332,8 +332,8 @@
       },
       click: event => {
         const passage = passageAt(event.target);
-        // Links still lead to their pages, and a text can be selected.
-        if (passage && !event.target.closest(controls) && window.getSelection().isCollapsed) {
+        // Links still lead to their pages, and text can be selected.
+        if (passage && window.getSelection().isCollapsed) {
           pinPassage(panel, passage);
         }
       },

@@ -117,17 +117,29 @@ class Pages(unittest.TestCase):
         return self.browser.execute_script("return getComputedStyle(document.querySelector(arguments[0]), arguments[2])[arguments[1]];",
                                            selector, name, pseudo or None)
 
+    def assert_axe_finds_nothing(self, name):
+        self.browser.execute_script(AXE.read_text(encoding="utf-8"))
+        result = self.browser.execute_async_script("axe.run().then(arguments[arguments.length - 1]);")
+        found = [f"{v['id']}: {node['html']}" for v in result["violations"] for node in v["nodes"]]
+        self.assertEqual(found, [], name)
+        self.assertGreater(len(result["passes"]), 10)
+
     @unittest.skipUnless(AXE.exists(), f"axe-core is not installed ({AXE})")
     def test_axe_finds_nothing(self):
-        script = AXE.read_text(encoding="utf-8")
         for page in [*self.guide, *self.viewed, *self.all, *self.restored, self.place / "report.html"]:
             for width, scheme in ((1280, "light"), (320, "dark")):
                 self.open(page, width, scheme)
-                self.browser.execute_script(script)
-                result = self.browser.execute_async_script("axe.run().then(arguments[arguments.length - 1]);")
-                found = [f"{v['id']}: {node['html']}" for v in result["violations"] for node in v["nodes"]]
-                self.assertEqual(found, [], f"{page} {width} {scheme}")
-                self.assertGreater(len(result["passes"]), 10)
+                self.assert_axe_finds_nothing(f"{page} {width} {scheme}")
+
+    @unittest.skipUnless(AXE.exists(), f"axe-core is not installed ({AXE})")
+    def test_axe_finds_nothing_while_the_viewer_is_used(self):
+        for width, scheme in ((1280, "light"), (320, "dark")):
+            self.open(self.named(self.viewed, "controller.html"), width, scheme)
+            for label in ("audience: expert", "Show source"):
+                self.browser.find_element(By.XPATH, f"//button[@aria-label='{label}' or .='{label}']").send_keys(Keys.ENTER)
+            self.find("main .shortdesc, main p").send_keys(Keys.ENTER)
+            self.assertTrue(self.find(".ventrix-panel").is_displayed())
+            self.assert_axe_finds_nothing(f"{width} {scheme}")
 
     @unittest.skipUnless(VALIDATOR.exists() and shutil.which("java"), f"java or the validator is not installed ({VALIDATOR})")
     def test_pages_are_valid_html(self):
