@@ -3,6 +3,7 @@
 #include "desk/cli/installation.h"
 #include "desk/pages/page_map.h"
 #include "desk/pages/viewer.h"
+#include "desk/toolkit/dita_map.h"
 
 namespace ventrix::desk {
 namespace {
@@ -26,6 +27,25 @@ std::vector<NativePath> XmlSources(const DocumentFiles& files) {
     return sources;
 }
 
+/// Without a filter, so that a key that is defined several times may stand for another target.
+KeyTargets KeysOf(const Session& session) {
+    KeyTargets targets;
+    if (!session.files.dita) {
+        return targets;
+    }
+    DitaRun run;
+    run.document = session.document;
+    run.log = [](const std::string&) {};
+    const DitaSources sources;
+    DitaLibrary library(sources, run.unread);
+    for (const auto& [name, key] : ReadNavigation(run.document, library, run).keys) {
+        if (!key.href.empty()) {
+            targets.emplace(name, key.href);
+        }
+    }
+    return targets;
+}
+
 }  // namespace
 
 std::vector<Finding> AddPageData(const PublishOptions& options, const Session& session,
@@ -42,7 +62,7 @@ std::vector<Finding> AddPageData(const PublishOptions& options, const Session& s
                                 .xpath = names.xpath,
                                 .editorRoot = AbsolutePath({options.editorRoot})};
     const bool hasViewer = options.viewer && CopyViewer(folder, viewer, findings);
-    SourcePlaces places(XmlSources(session.files), session.document);
+    SourcePlaces places(XmlSources(session.files), session.document, [&session] { return KeysOf(session); });
     MapText map(session.document, folder);
     for (const ReportedPage& page : pages) {
         const MappedPage mapped = MapPage(page.page, page.source, names, places, findings);

@@ -27,7 +27,7 @@ void AddPlace(ordered_json& object, const ElementSource& place, RelativeNames& n
 void AddElement(ordered_json& object, const MappedElement& mapped, RelativeNames& names) {
     object["id"] = mapped.element.id;
     object["element"] = mapped.element.name;
-    AddPlace(object, mapped.place, names);
+    AddPlace(object, mapped.origin.place, names);
     if (!mapped.element.queries.empty()) {
         object["queries"] = mapped.element.queries;
     }
@@ -35,8 +35,8 @@ void AddElement(ordered_json& object, const MappedElement& mapped, RelativeNames
     for (const auto& [name, value] : mapped.element.attributes) {
         attributes[name] = value;
     }
-    if (!mapped.reusedBy.file.Empty()) {
-        AddPlace(object["reusedBy"], mapped.reusedBy, names);
+    if (!mapped.origin.reusedBy.file.Empty()) {
+        AddPlace(object["reusedBy"], mapped.origin.reusedBy, names);
     }
 }
 
@@ -59,13 +59,10 @@ MappedPage MapPage(const NativePath& page, const NativePath& source, const Carry
         return mapped;
     }
     mapped.isReadable = true;
-    NativePath latest;
-    for (TaggedElement& element : tagged.elements) {
-        ElementSource place = places.PlaceOf(element, {latest, source});
-        latest = places.FileOf(element.sourcePath).Empty() ? latest : place.file;
-        const bool isReused = !place.file.Empty() && !source.Empty() && !(place.file == source);
-        ElementSource reusedBy = isReused ? places.ReferenceTo(place, source) : ElementSource{};
-        mapped.elements.push_back({std::move(element), std::move(place), std::move(reusedBy)});
+    std::vector<ElementOrigin> origins = OriginsOf(tagged.elements, source, places);
+    for (std::size_t i = 0; i < origins.size(); ++i) {
+        mapped.elements.push_back({std::move(tagged.elements[i]), std::move(origins[i])});
+        mapped.elements.back().element.node = nullptr;
     }
     return mapped;
 }
@@ -84,11 +81,14 @@ std::string PlacesAsJson(const MappedPage& page, const NativePath& document) {
 }
 
 const std::string& RelativeNames::Of(const NativePath& file) {
-    if (!(file == latest_)) {
-        latest_ = file;
-        name_ = FromFilesystem(ToFilesystem(file).lexically_relative(folder_)).utf8;
+    if (latest_ == nullptr || !(latest_->first == file)) {
+        const auto [entry, isNew] = names_.try_emplace(file);
+        if (isNew) {
+            entry->second = FromFilesystem(ToFilesystem(file).lexically_relative(folder_)).utf8;
+        }
+        latest_ = &*entry;
     }
-    return name_;
+    return latest_->second;
 }
 
 MapText::MapText(const NativePath& document, const NativePath& folder)

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "desk/checks/finding.h"
-#include "desk/pages/source_places.h"
+#include "desk/pages/element_origins.h"
 #include "desk/pages/tagged_elements.h"
 #include "desk/paths/paths.h"
 
@@ -17,8 +19,7 @@ inline constexpr char kMapName[] = "ventrix-map.json";
 
 struct MappedElement {
     TaggedElement element;
-    ElementSource place;
-    ElementSource reusedBy;  ///< The reference that brought it into the page's topic; no file if none did.
+    ElementOrigin origin;
 };
 
 struct MappedPage {
@@ -36,7 +37,7 @@ MappedPage MapPage(const NativePath& page, const NativePath& source, const Carry
 /// an HTML script element.
 std::string PlacesAsJson(const MappedPage& page, const NativePath& document);
 
-/// Names files relative to a folder. Remembers the latest one, since elements of one file follow each other.
+/// Names files relative to a folder. Remembers the names, which are slow to compose.
 class RelativeNames {
   public:
     explicit RelativeNames(const NativePath& folder) : folder_(ToFilesystem(folder)) {}
@@ -45,8 +46,8 @@ class RelativeNames {
 
   private:
     std::filesystem::path folder_;
-    NativePath latest_;
-    std::string name_;
+    std::map<NativePath, std::string> names_;
+    const std::pair<const NativePath, std::string>* latest_ = nullptr;  ///< Mostly the next one, too.
 };
 
 /// The text of a map, to which one page after the other is added: a large result has more elements than fit

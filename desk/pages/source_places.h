@@ -2,13 +2,14 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
-#include "desk/pages/tagged_elements.h"
 #include "desk/paths/paths.h"
 #include "desk/xml/lenient_load.h"
 
@@ -21,43 +22,73 @@ struct ElementSource {
     int line = 0;       ///< 0 if it is not known.
 };
 
+/// An element with text of its own that is in a topic, or that a content reference brings there.
+struct Occurrence {
+    const NativePath* file;
+    const xmlNode* element;
+    const xmlNode* reference;  ///< The element of the topic that brings it there; null if none does.
+};
+
+/// The occurrences in a topic, each XPath's in document order.
+struct TopicContent {
+    std::unordered_map<std::string_view, std::vector<Occurrence>> byXPath;
+    bool isComplete = true;  ///< False if the topic may get content that is not here.
+};
+
 /// A source with what is looked up in it.
 struct SourceFile {
     LenientDocument loaded;
     std::unordered_map<std::string, const xmlNode*> elements;  ///< By XPath, as Ventrix writes it.
-
-    /// The first element that reuses an element of another file, by that file and its id.
-    std::map<std::pair<NativePath, std::string>, ElementSource> references;
-    std::vector<NativePath> reused;  ///< The files of these elements, as far as they are the document's.
+    std::unordered_map<std::string, std::vector<const xmlNode*>> ids;
+    bool hasReferences = false;
+    bool isExpanded = false;  ///< `content` is there. Without references, it is not needed.
+    TopicContent content;
 };
+
+/// What the document's keys stand for: absolute references, by key.
+using KeyTargets = std::map<std::string, std::string>;
 
 /// The sources of a document. Each is loaded when it is needed first.
 class SourcePlaces {
   public:
     /// `files` are the document's XML files. `document` is what source paths are relative to.
-    SourcePlaces(std::vector<NativePath> files, const NativePath& document);
+    /// `readKeys` is called when the first content reference with a key is met.
+    SourcePlaces(std::vector<NativePath> files, const NativePath& document,
+                 std::function<KeyTargets()> readKeys);
 
-    /// The place that an element comes from, if it names none: the first of `likely`, or of the files that
-    /// they reuse, in which the element's XPath leads to an element that has, or inherits, the attributes
-    /// with their values.
-    ElementSource PlaceOf(const TaggedElement& element, const std::vector<NativePath>& likely);
+    /// The occurrences of the XPath in the file; none if it is not one of the document's.
+    std::vector<Occurrence> OccurrencesIn(const NativePath& file, const std::string& xpath);
 
-    /// The element of the file whose content reference brings the place into it; no file if there is none.
-    ElementSource ReferenceTo(const ElementSource& place, const NativePath& file);
+    /// Whether OccurrencesIn knows all content of the file.
+    bool IsComplete(const NativePath& file);
+
+    /// The line is 0 if the XPath leads to no element.
+    ElementSource PlaceOf(const NativePath& file, const std::string& xpath);
+
+    /// The place of an element that an occurrence in the file names.
+    static ElementSource PlaceOf(const NativePath& file, const xmlNode* element);
 
     /// The file with this path, relative to the document; empty if it is not one of the document's.
     NativePath FileOf(const std::string& sourcePath) const;
 
-    /// Forgets what was loaded if it is much. Between pages, so that a page does not load a file twice.
+    /// The document's file if it has only one, else empty.
+    NativePath OnlyFile() const { return files_.size() == 1 ? files_.front() : NativePath{}; }
+
+    /// Forgets what was loaded if it is much. Occurrences are no longer valid then.
     void LimitMemory();
 
   private:
-    const SourceFile& Load(const NativePath& file);
-    const xmlNode* Find(const NativePath& file, const std::string& xpath);
+    friend class ContentWalk;
+
+    SourceFile& Load(const NativePath& file);
+    const TopicContent& ContentOf(const NativePath& file);
     bool IsDocuments(const NativePath& file) const;
+    const KeyTargets& Keys();
 
     std::vector<NativePath> files_;  ///< Sorted.
     NativePath folder_;
+    std::function<KeyTargets()> readKeys_;
+    std::optional<KeyTargets> keys_;
     std::map<NativePath, SourceFile> loaded_;
     std::size_t elements_ = 0;                                           ///< In all of them.
     std::map<NativePath, SourceFile>::iterator latest_ = loaded_.end();  ///< Mostly the next one, too.

@@ -30,6 +30,7 @@ std::string FirstWord(const std::string& text) {
 /// An element that carries nothing has an empty id.
 TaggedElement ReadElement(const xmlNode* node, const CarryingAttributes& names) {
     TaggedElement element;
+    element.node = node;
     const std::vector<std::string> parts = Parts(Attribute(node, names.tags.c_str()));
     for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
         if (parts[i] == kXpathName) {
@@ -83,7 +84,8 @@ class Position {
 
 TaggedPage ReadTaggedElements(const NativePath& page, const CarryingAttributes& names) {
     TaggedPage result;
-    const LenientDocument loaded = LoadLeniently(page);
+    result.loaded = LoadLeniently(page);
+    const LenientDocument& loaded = result.loaded;
     if (!loaded.wellFormed) {
         result.problem = loaded.reason;
         return result;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "desk/paths/paths.h"
+#include "desk/xml/lenient_load.h"
 
 namespace ventrix::desk {
 
@@ -24,9 +25,11 @@ struct TaggedElement {
     std::string sourcePath;  ///< Of the source, with slashes, relative to the document; the same.
     std::vector<std::string> queries;                             ///< Preserved ones among the tags.
     std::vector<std::pair<std::string, std::string>> attributes;  ///< Further names with their values.
+    const xmlNode* node = nullptr;                                ///< In the page.
 };
 
 struct TaggedPage {
+    LenientDocument loaded;               ///< Has the elements' nodes.
     std::vector<TaggedElement> elements;  ///< In document order.
     std::string problem;                  ///< Why they cannot be read, one line; else empty.
 };

@@ -77,6 +77,105 @@ TEST_F(PageData, TheMapNamesTheSourceAndTheReferenceOfEachElement) {
     }
 }
 
+/// "SOURCE:LINE XPATH < LINE OF THE REFERENCE" of each element but the topic's title, "?" for what is
+/// missing.
+std::vector<std::string> Places(const std::string& text) {
+    std::vector<std::string> places;
+    const json map = json::parse(text, nullptr, false);
+    for (const json& element : map.is_object() ? map.at("elements") : json::array()) {
+        const std::string xpath = element.value("xpath", "?");
+        if (element.at("page") != "t.html" || xpath == "/topic/title") {
+            continue;
+        }
+        const int line = element.value("line", 0);
+        std::string place =
+            element.value("source", "?") + ':' + (line == 0 ? "?" : std::to_string(line)) + ' ' + xpath;
+        if (element.contains("reusedBy")) {
+            EXPECT_EQ(element.at("reusedBy").at("source"), "t.dita");
+            place += " < " + std::to_string(element.at("reusedBy").value("line", 0));
+        }
+        places.push_back(place);
+    }
+    return places;
+}
+
+TEST_F(PageData, ReusedContentIsToldFromTheTopicsOwn) {
+    folder.Write("d/lib.dita",
+                 "<topic id=\"lib\"><title>L</title><body>\n<p id=\"x\">Shared</p>\n"
+                 "<p id=\"y\" audience=\"novice\">Second</p>\n"
+                 "<ul><li id=\"a\">One</li><li>Two</li>\n<li id=\"b\">Three</li><li>Four</li></ul>\n"
+                 "<section id=\"s\"><title>Section</title>\n<p conref=\"#lib/x\"/></section></body></topic>");
+    folder.Write(
+        "d/g.ditamap",
+        "<map><title>G</title><keydef keys=\"lib\" href=\"lib.dita\"/><keydef keys=\"enter\"><topicmeta>"
+        "<keywords><keyword>Enter</keyword></keywords></topicmeta></keydef><topicref href=\"t.dita\"/>"
+        "</map>");
+    folder.Write("d/f.ditaval", "<val><prop att=\"audience\" val=\"hidden\" action=\"exclude\"/></val>");
+    const struct {
+        const char* name;
+        std::string body;  // Starts on line 2.
+        std::vector<std::string> expected;
+    } cases[] = {
+        {"two references to one target",
+         "<p conref='lib.dita#lib/x'/>\n<p>Own</p>\n<p conref='lib.dita#lib/x'/>",
+         {"lib.dita:2 /topic/body/p < 2", "t.dita:3 /topic/body/p[2]", "lib.dita:2 /topic/body/p < 4"}},
+        {"one of two references is left out",
+         "<p conref='lib.dita#lib/x' audience='hidden'/>\n<p conref='lib.dita#lib/x'/>",
+         {"lib.dita:2 /topic/body/p"}},
+        {"the same XPath, other words",
+         "<p>Press <keyword keyref='enter'/> to go on</p>\n<p conref='lib.dita#lib/x'/>\n"
+         "<p conref='lib.dita#lib/y'/>\n<p conref='lib.dita#lib/x'/>",
+         {"t.dita:2 /topic/body/p", "?:? /map/keydef[2]/topicmeta/keywords/keyword",
+          "lib.dita:2 /topic/body/p < 3", "lib.dita:3 /topic/body/p[2] < 4", "lib.dita:2 /topic/body/p < 5"}},
+        {"other words, and one is left out",
+         "<p>Own</p>\n<p conref='lib.dita#lib/x'/>\n<p conref='lib.dita#lib/x' audience='hidden'/>",
+         {"t.dita:2 /topic/body/p", "lib.dita:2 /topic/body/p"}},
+        {"the same XPath and the same words",
+         "<p>Shared</p>\n<p conref='lib.dita#lib/x'/>",
+         {"t.dita:2 /topic/body/p", "lib.dita:2 /topic/body/p < 3"}},
+        {"the same words, and one is left out",
+         "<p>Shared</p>\n<p conref='lib.dita#lib/x'/>\n<p conref='lib.dita#lib/x' audience='hidden'/>",
+         {"?:? /topic/body/p", "?:? /topic/body/p"}},
+        {"a range",
+         "<ul>\n<li conref='lib.dita#lib/a' conrefend='lib.dita#lib/b'/>\n<li>Last</li></ul>",
+         {"lib.dita:4 /topic/body/ul/li < 3", "lib.dita:4 /topic/body/ul/li[2] < 3",
+          "lib.dita:5 /topic/body/ul/li[3] < 3", "t.dita:4 /topic/body/ul/li[2]"}},
+        {"keys, known and unknown",
+         "<p conkeyref='lib/y'/>\n<p conref='lib.dita#lib/y'/>\n<p conkeyref='none/x'>Kept</p>",
+         {"lib.dita:3 /topic/body/p[2] < 2", "lib.dita:3 /topic/body/p[2] < 3", "t.dita:4 /topic/body/p[3]"}},
+        {"a reference in reused content, with a title",
+         "<section conref='lib.dita#lib/s'/>\n<p>Own</p>",
+         {"lib.dita:6 /topic/body/section/title < 2", "lib.dita:2 /topic/body/p < 2",
+          "t.dita:3 /topic/body/p"}},
+        {"an element of the same topic",
+         "<p conref='#t/o'/>\n<p id='o'>Own</p>",
+         {"t.dita:3 /topic/body/p[2] < 2", "t.dita:3 /topic/body/p[2]"}},
+        {"content that contains itself",
+         "<note id='o'><p>In</p><note conref='#t/o'/></note>",
+         {"t.dita:2 /topic/body/note/p", "t.dita:2 /topic/body/note/p < 2"}},
+        {"a link to another topic",
+         "<p>See <xref href='lib.dita'/></p>\n<p>After</p>",
+         {"t.dita:2 /topic/body/p", "t.dita:3 /topic/body/p[2]"}},
+    };
+    for (const auto& row : cases) {
+        folder.Write("d/t.dita", "<topic id='t'><title>T</title><body>\n" + row.body + "</body></topic>");
+        const Finished finished =
+            RunVentrix(folder, {"publish", "d/g.ditamap", "-o", "out", "--force", "--attributes", "audience",
+                                "--xpath", "--map", "--ditaval", "d/f.ditaval"});
+        EXPECT_EQ(Places(folder.Read("out/build-g.ditamap/xhtml/ventrix-map.json")), row.expected)
+            << row.name << '\n'
+            << finished.error << folder.Read("out/build-g.ditamap/xhtml/t.html");
+    }
+}
+
+TEST_F(PageData, ADocumentOfOneFileIsTheSourceOfAllElements) {
+    folder.Write("d/t.dita",
+                 "<topic id='t'><title>T</title><body><p audience='expert'>One</p></body></topic>");
+    const Finished finished = Publish({"--map"});
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    EXPECT_EQ(Places(folder.Read(kMap)).back(), "t.dita:? ?");
+}
+
 TEST_F(PageData, QueriesAndNamesWithPrefixesAreKept) {
     folder.Write("d/t.dita",
                  "<topic id=\"t\"><title>T</title><body><p>1</p><p audience=\"expert\" xml:lang=\"de\">2</p>"
