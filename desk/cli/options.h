@@ -8,7 +8,7 @@
 
 namespace ventrix::desk {
 
-inline constexpr char kVersion[] = "1.0.0.1";
+inline constexpr char kVersion[] = VENTRIX_VERSION;
 
 enum class Command { kPublish, kValidate, kRequest, kInit };
 
