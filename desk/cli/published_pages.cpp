@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "desk/xml/limits.h"
+#include "desk/xml/marker_text.h"
 #include "platform/native_files.h"
 
 namespace fs = std::filesystem;
@@ -13,13 +14,9 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
-/// The words that open marker text. "QL_SEP" is not among them: a tags attribute contains it after
-/// decoding.
-constexpr std::string_view kOpeningWords[] = {"QL_START", "QL_SA_S", "QL_ELEM_S"};
-
+/// A tags attribute contains none after decoding.
 bool ContainsMarkers(std::string_view text) {
-    return std::ranges::any_of(
-        kOpeningWords, [&](std::string_view word) { return text.find(word) != std::string_view::npos; });
+    return FindOpeningWord(text) != std::string_view::npos;
 }
 
 /// Empty if the page cannot be read.

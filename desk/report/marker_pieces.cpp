@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstddef>
 
+#include "desk/xml/marker_text.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
@@ -30,6 +32,21 @@ std::size_t GroupAt(std::string_view text, std::size_t at) {
     const auto found = std::ranges::find_if(
         kGroups, [rest](const GroupWords& words) { return rest.starts_with(words.begin); });
     return static_cast<std::size_t>(found - kGroups.begin());
+}
+
+bool EqualIgnoringCase(char a, char b) {
+    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+}
+
+bool BeginsWith(std::string_view text, std::string_view word) {
+    return text.size() >= word.size() &&
+           std::equal(word.begin(), word.end(), text.begin(), EqualIgnoringCase);
+}
+
+std::size_t FindInAnyCase(std::string_view text, std::string_view word, std::size_t from) {
+    const auto found = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), word.begin(),
+                                   word.end(), EqualIgnoringCase);
+    return found == text.end() ? kNone : static_cast<std::size_t>(found - text.begin());
 }
 
 std::string_view Cut(std::string_view& rest, std::string_view word) {
@@ -88,6 +105,20 @@ std::vector<MarkerPiece> SplitAtGroups(std::string_view text) {
     }
     addPlain(text.size());
     return pieces;
+}
+
+std::vector<MarkerPiece> ChangedGroups(std::string_view plain) {
+    std::vector<MarkerPiece> groups;
+    for (std::size_t at = 0; (at = FindOpeningWord(plain, at)) != kNone;) {
+        const auto words = std::ranges::find_if(kGroups, [rest = plain.substr(at)](const GroupWords& group) {
+            return BeginsWith(rest, group.begin);
+        });
+        const std::size_t content = at + words->begin.size();
+        const std::size_t end = std::min(FindInAnyCase(plain, words->end, content), plain.size());
+        groups.push_back({words->kind, plain.substr(content, end - content)});
+        at = end;
+    }
+    return groups;
 }
 
 std::string_view WordsAround(const std::vector<MarkerPiece>& pieces, std::size_t index) {

@@ -29,6 +29,10 @@ struct ScopedFields {
 /// The pieces of a string, in order; a plain piece is never empty. A group without its end is plain.
 std::vector<MarkerPiece> SplitAtGroups(std::string_view text);
 
+/// The groups in a plain piece: those whose words are in another case, and one that lost its end, which is
+/// the rest of the piece.
+std::vector<MarkerPiece> ChangedGroups(std::string_view plain);
+
 /// The words that tell the group at the index from equal ones: those after it, up to the next group with
 /// words of its own; for an element group, those before it. Empty if there are none.
 std::string_view WordsAround(const std::vector<MarkerPiece>& pieces, std::size_t index);

@@ -41,11 +41,6 @@ bool IsSkipped(const xmlNode* element) {
     return false;
 }
 
-/// The position of the first word that begins a group; npos if there is none.
-std::size_t BrokenGroup(std::string_view words) {
-    return std::min({words.find("QL_START"), words.find("QL_SA_S"), words.find("QL_ELEM_S")});
-}
-
 bool IsKnownPair(const std::vector<std::pair<std::string, std::string>>& pairs, std::string_view name,
                  std::string_view value) {
     return std::ranges::any_of(pairs,
@@ -83,7 +78,8 @@ void PageWalk::Run(const xmlNode& root) {
 
 void PageWalk::ReadText(const xmlNode& text) {
     const std::string_view content = View(text.content);
-    if (content.find(kMarkerPrefix) == std::string_view::npos) {
+    // Every marker word has one, in any case.
+    if (content.find('_') == std::string_view::npos) {
         return;
     }
     const xmlNode& element = *text.parent;
@@ -95,7 +91,7 @@ void PageWalk::ReadText(const xmlNode& text) {
         const MarkerPiece& piece = pieces[i];
         textCameBefore |= piece.kind == PieceKind::kPlain || piece.kind == PieceKind::kElement;
         if (piece.kind == PieceKind::kPlain) {
-            AddBroken(piece.content, element);
+            AddChanged(piece.content, element);
             continue;
         }
         Arrival* const arrival = AddArrival(piece, WordsAround(pieces, i), element);
@@ -232,13 +228,11 @@ Arrival* PageWalk::AddArrival(const MarkerPiece& piece, std::string_view words, 
     return &trace_.arrivals.back();
 }
 
-/// A group that lost its end, of which the words stay in the text.
-void PageWalk::AddBroken(std::string_view words, const xmlNode& element) {
-    const std::size_t begin = BrokenGroup(words);
-    if (begin != std::string_view::npos) {
-        std::string key = GroupKey(PieceKind::kAttributes, words.substr(begin));
-        trace_.changed.push_back(
-            {kUnknownString, page_, '<' + QualifiedName(element) + '>', std::move(key), AnchorOf(&element)});
+/// Groups that are not decoded, so that their words stay in the text.
+void PageWalk::AddChanged(std::string_view words, const xmlNode& element) {
+    for (const MarkerPiece& group : ChangedGroups(words)) {
+        trace_.changed.push_back({kUnknownString, page_, '<' + QualifiedName(element) + '>',
+                                  GroupKey(group.kind, group.content), AnchorOf(&element)});
     }
 }
 

@@ -3,6 +3,7 @@
 #include <libxml/xpath.h>
 
 #include <algorithm>
+#include <set>
 
 #include "desk/report/marker_pieces.h"
 #include "desk/xml/qualified_names.h"
@@ -198,7 +199,7 @@ void SourceWalk::Leave() {
 
 void SourceWalk::ReportUncarried(const Open& open) {
     for (const Wanted& wanted : open.wanted) {
-        if (!wanted.carried) {
+        if (!wanted.counted) {
             AddUncarried(wanted.item, ReasonFor(wanted, open), PlaceOf(*open.node, open.line), wanted.value);
         }
     }
@@ -233,11 +234,24 @@ void SourceWalk::Read(const xmlNode& node) {
         ReadPieces(pieces);
         return;
     }
-    if (preservation_.xpath) {
-        AddUncarried(items_.Find(ItemKind::kXPath, {}), NotCarried::kNotEncoded,
-                     PlaceHere(line_, Shortened(Collapsed(content))));
-    }
+    AddUnencodedText(PlaceHere(line_, Shortened(Collapsed(content))));
     line_ += LinesIn(content);
+}
+
+/// A text that is left as it is carries neither its XPath nor the attributes that apply to it.
+void SourceWalk::AddUnencodedText(const SourcePlace& place) {
+    if (preservation_.xpath) {
+        AddUncarried(items_.Find(ItemKind::kXPath, {}), NotCarried::kNotEncoded, place);
+    }
+    std::set<int> nearest;
+    for (auto open = open_.rbegin(); open != open_.rend(); ++open) {
+        for (Wanted& wanted : open->wanted) {
+            if (wanted.scoped == nullptr && nearest.insert(wanted.item).second) {
+                wanted.counted = true;
+                AddUncarried(wanted.item, NotCarried::kNotEncoded, place, wanted.value);
+            }
+        }
+    }
 }
 
 void SourceWalk::ReadPieces(const std::vector<MarkerPiece>& pieces) {
@@ -306,7 +320,7 @@ void SourceWalk::MarkAttribute(std::string_view name) {
     for (auto open = open_.rbegin(); open != open_.rend(); ++open) {
         for (Wanted& wanted : open->wanted) {
             if (wanted.scoped == nullptr && wanted.name == name) {
-                wanted.carried = true;
+                wanted.counted = true;
                 return;
             }
         }
@@ -317,7 +331,7 @@ void SourceWalk::MarkAttribute(std::string_view name) {
 SourceWalk::Wanted* SourceWalk::FindScoped(const ScopedFields& fields) {
     for (auto open = open_.rbegin(); open != open_.rend(); ++open) {
         for (Wanted& wanted : open->wanted) {
-            const bool isFree = wanted.scoped != nullptr && !wanted.carried && !wanted.inElement;
+            const bool isFree = wanted.scoped != nullptr && !wanted.counted && !wanted.inElement;
             if (isFree && (*wanted.scoped)[2] == fields.element && (*wanted.scoped)[3] == fields.attribute &&
                 Collapsed(wanted.value) == Collapsed(fields.value)) {
                 return &wanted;
@@ -332,7 +346,7 @@ void SourceWalk::AddScopedGroup(std::string_view group, const std::string& conte
     if (wanted == nullptr) {
         return;
     }
-    wanted->carried = true;
+    wanted->counted = true;
     AddCarrier(PieceKind::kScoped, group, context, PlaceHere(line, Shortened(context)), {{wanted->item, 0}});
 }
 

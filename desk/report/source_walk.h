@@ -30,7 +30,7 @@ class SourceWalk {
         std::string_view name;
         std::string value;
         const ScopedNames* scoped = nullptr;  ///< For a scoped attribute.
-        bool carried = false;
+        bool counted = false;    ///< A text that it applies to was counted, whether carried or not.
         bool inElement = false;  ///< The scoped group is in a preserved element.
     };
     struct Open {
@@ -57,6 +57,7 @@ class SourceWalk {
     static NotCarried ReasonFor(const Wanted& wanted, const Open& open);
 
     void Read(const xmlNode& node);
+    void AddUnencodedText(const SourcePlace& place);
     void ReadPieces(const std::vector<MarkerPiece>& pieces);
     void AddAttributeGroup(std::string_view group, const std::string& context, int line);
     void AddScopedGroup(std::string_view group, const std::string& context, int line);

@@ -169,6 +169,18 @@ bool HoldsMarkerWord(std::string_view text) {
            std::ranges::any_of(kGroups, [&](const GroupWords& group) { return isIn(group.end); });
 }
 
+// A "_" is rare in a text, and the third sign of each word.
+std::size_t FindOpeningWord(std::string_view text, std::size_t from) {
+    for (std::size_t at = text.find('_', from + 2); at != kNpos; at = text.find('_', at + 1)) {
+        const std::string_view rest = text.substr(at - 2);
+        if (std::ranges::any_of(kGroups,
+                                [rest](const GroupWords& group) { return StartsWith(rest, group.begin); })) {
+            return at - 2;
+        }
+    }
+    return kNpos;
+}
+
 std::size_t RestoreReferenceElements(std::string& document) {
     std::size_t restored = 0;
     for (std::size_t begin = document.find(kElementGroup.begin); begin != kNpos;

@@ -14,6 +14,10 @@ bool HoldsMarkerText(std::string_view text);
 /// Whether one of the nine marker words is in the string.
 bool HoldsMarkerWord(std::string_view text);
 
+/// The position of the first word that begins marker text, in any case: a transformation may have changed it.
+/// npos if there is none.
+std::size_t FindOpeningWord(std::string_view text, std::size_t from = 0);
+
 /// Takes out every whole group, from the word that begins it to the one that ends it, and returns their
 /// number. The words around a group stay, and of an element group the text of its element stays. The groups
 /// may be escaped as text of XML, JSON or a URI is; a string has one kind of escapes. A group without its end

@@ -167,6 +167,17 @@ TEST_F(LossReportOfPublish, FollowsEachPlaceThroughTheTransformation) {
          0,
          0,
          1},
+        {"changes to lower case",
+         "<xsl:template match='p[2]/text()[1]'><xsl:value-of select=\"translate(., "
+         "'ABCDEFGHIJKLMNOPQRSTUVWXYZ', "
+         "'abcdefghijklmnopqrstuvwxyz')\"/></xsl:template>",
+         "audience 3/6 b 0/1 xpath 4/6 ",
+         {"audience=expert 4 /root/p[2] Two: changed", "audience=expert 4 /root/p[2] tail: changed",
+          "b=<b>bold</b> 4 /root/p[2]/b bold: changed", "xpath=/root/p[2] 4 /root/p[2] Two: changed",
+          "xpath=/root/p[2] 4 /root/p[2] tail: changed"},
+         0,
+         0,
+         3},
         {"writes only an attribute",
          "<xsl:template match='p[1]'><p title='{.}'/></xsl:template>",
          "audience 4/6 b 1/1 xpath 5/6 ",
@@ -257,6 +268,20 @@ TEST_F(LossReportOfPublish, TextsAroundAnEntityArePlacesAndACdataSectionIsNotEnc
     EXPECT_EQ(Counts(report), "xpath 3/5 ");
     EXPECT_EQ(Lost(report), (std::vector<std::string>{"xpath 6 /root/p[2] raw: not-encoded",
                                                       "xpath=/root/p[4] 9 /root/p[4] late: absent"}));
+}
+
+TEST_F(LossReportOfPublish, TextsThatAreNotEncodedCarryNoAttribute) {
+    folder.Write("d/doc.xml",
+                 "<root>\n<s audience='expert' product='x'><p>one</p>\n<p><b>two</b></p>\n"
+                 "<p product='y'><b>three</b></p></s></root>");
+    const json report = Publish("", {"--attributes", "audience,product", "--elements", "b"});
+    EXPECT_EQ(Counts(report), "audience 1/3 product 1/3 b 0/2 ");
+    EXPECT_EQ(Lost(report), (std::vector<std::string>{"audience=expert 3 /root/s/p[2]/b two: not-encoded",
+                                                      "audience=expert 4 /root/s/p[3]/b three: not-encoded",
+                                                      "product=x 3 /root/s/p[2]/b two: not-encoded",
+                                                      "product=y 4 /root/s/p[3]/b three: not-encoded",
+                                                      "b 3 /root/s/p[2]/b two: stands-alone",
+                                                      "b 4 /root/s/p[3]/b three: stands-alone"}));
 }
 
 TEST_F(LossReportOfPublish, CountsWhatAScriptDoes) {
