@@ -264,6 +264,9 @@
     </xsl:element>
   </xsl:template>
 
+  <xsl:template match="section/title[not(*) and normalize-space() = ''] | example/title[not(*) and normalize-space() = ''] |
+                       fig/title[not(*) and normalize-space() = '']" priority="2"/>
+
   <xsl:template match="note">
     <xsl:variable name="type">
       <xsl:choose>
@@ -322,6 +325,14 @@
   </xsl:template>
   <xsl:template match="li[contains(@class, ' task/stepsection ')]" priority="2">
     <li>
+      <xsl:call-template name="common"/>
+      <xsl:apply-templates/>
+    </li>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+  <!-- A stepsection among the steps is not counted. -->
+  <xsl:template match="ol[li[contains(@class, ' task/stepsection ')]]/li[contains(@class, ' task/step ')]" priority="2">
+    <li value="{1 + count(preceding-sibling::li[contains(@class, ' task/step ')])}">
       <xsl:call-template name="common"/>
       <xsl:apply-templates/>
     </li>

@@ -129,12 +129,21 @@ void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& t
     const std::string fragment = anchor.empty() ? "" : "#" + anchor;
     const std::string reference = (targetPage == page ? "" : RelativeReference(page, targetPage)) + fragment;
     const std::string href = reference.empty() ? RelativeReference(page, targetPage) : reference;
-    publication.links.Add({topic, xmlGetLineNo(element), targetPage, anchor});
     const std::string absolute = Attribute(element, "href");
+    const std::string written = AsWritten(element->doc, absolute);
+    publication.links.Add({topic, xmlGetLineNo(element), targetPage, anchor, written});
     xmlSetProp(element, Xml("href"), Xml(href.c_str()));
     const xmlNode* text = HasType(element, "topic/link") ? ChildOfType(element, "topic/linktext") : element;
     if (TextOf(text).empty() && xmlHasProp(element, Xml("page-title")) == nullptr) {
-        const std::string title = TitleOf(absolute, publication.library);
+        std::string title = TitleOf(absolute, publication.library);
+        if (title.empty()) {
+            Remark(
+                publication, topic, xmlGetLineNo(element), kNotHandled,
+                "the link \"" + written +
+                    "\" has no text and its target no title, so that it shows the title of the topic; write "
+                    "a text into the link");
+            title = publication.library.Summary(target.path).title;
+        }
         xmlSetProp(element, Xml("page-title"), Xml((title.empty() ? href : title).c_str()));
     }
 }
@@ -143,6 +152,29 @@ void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& t
 bool IsLink(const xmlNode* element) {
     return HasType(element, "topic/xref") || HasType(element, "topic/link") ||
            (xmlHasProp(element, Xml("keyref")) != nullptr && !HasType(element, "topic/image"));
+}
+
+/// Whether no page shows the element.
+bool IsMetadata(const xmlNode* element) {
+    for (; element != nullptr && element->type == XML_ELEMENT_NODE; element = element->parent) {
+        if (HasType(element, "topic/prolog") || HasType(element, "topic/data") ||
+            HasType(element, "topic/data-about")) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// A topic is published as a page only: its file may contain what a filter excludes.
+void LeaveOutTopic(Publication& publication, xmlNode* element, const NativePath& topic) {
+    const bool isReported = HasType(element, "topic/lq") || HasType(element, "topic/longdescref") ||
+                            HasType(element, "topic/longquoteref");
+    if (!isReported && !IsMetadata(element)) {
+        Remark(publication, topic, xmlGetLineNo(element), kNotHandled,
+               "the link \"" + AsWritten(element->doc, Attribute(element, "href")) + "\" of <" +
+                   std::string(View(element->name)) + "> to a topic is not handled: it is left out");
+    }
+    xmlUnsetProp(element, Xml("href"));
 }
 
 void RewriteReference(Publication& publication, xmlNode* element, const char* name, const NativePath& topic) {
@@ -156,6 +188,9 @@ void RewriteReference(Publication& publication, xmlNode* element, const char* na
         publication.warn(target->path.utf8 + ": is outside the folders of the document and is left out");
     } else if (IsLink(element) && IsTopicFormat(Attribute(element, "format"), target->path)) {
         LinkToTopic(publication, element, *target, topic);
+    } else if (std::string_view(name) == "href" &&
+               IsTopicFormat(Attribute(element, "format"), target->path)) {
+        LeaveOutTopic(publication, element, topic);
     } else {
         CopyFile(publication, target->path, output);
         xmlSetProp(element, Xml(name),

@@ -119,6 +119,7 @@ constexpr NamedClass kClasses[] = {
     {"fn", "topic/fn"},
     {"foreign", "topic/foreign"},
     {"fragment", "topic/figgroup pr-d/fragment"},
+    {"fragref", "topic/xref pr-d/fragref"},
     {"frontmatter", "map/topicref bookmap/frontmatter"},
     {"glossAbbreviation", "topic/title concept/title glossentry/glossAbbreviation"},
     {"glossAcronym", "topic/title concept/title glossentry/glossAcronym"},
@@ -241,6 +242,7 @@ constexpr NamedClass kClasses[] = {
     {"relrow", "map/relrow"},
     {"reltable", "map/reltable"},
     {"remedy", "topic/section troubleshooting/remedy"},
+    {"repsep", "topic/ph pr-d/repsep"},
     {"required-cleanup", "topic/required-cleanup"},
     {"resourceid", "topic/resourceid"},
     {"responsibleParty", "topic/p troubleshooting/responsibleParty"},
@@ -283,6 +285,9 @@ constexpr NamedClass kClasses[] = {
     {"sup", "topic/ph hi-d/sup"},
     {"svg-container", "topic/foreign svg-d/svg-container"},
     {"svgref", "topic/xref svg-d/svgref"},
+    {"synblk", "topic/figgroup pr-d/synblk"},
+    {"synnote", "topic/fn pr-d/synnote"},
+    {"synnoteref", "topic/xref pr-d/synnoteref"},
     {"synph", "topic/ph pr-d/synph"},
     {"syntaxdiagram", "topic/fig pr-d/syntaxdiagram"},
     {"systemoutput", "topic/ph sw-d/systemoutput"},
@@ -339,15 +344,6 @@ std::string_view TypesOf(std::string_view name) {
     return row != std::end(kClasses) && row->name == name ? row->types : std::string_view();
 }
 
-bool InForeign(const xmlNode* node) {
-    for (; node != nullptr; node = node->parent) {
-        if (node->ns != nullptr || HasType(node, "topic/foreign") || HasType(node, "topic/unknown")) {
-            return true;
-        }
-    }
-    return false;
-}
-
 /// The types of a class without their modules: "ph uicontrol " for "+ topic/ph ui-d/uicontrol ".
 std::string TypeNames(std::string_view types) {
     std::string names;
@@ -373,6 +369,15 @@ std::string BaseTopicType(const std::string& types) {
 
 }  // namespace
 
+bool IsForeign(const xmlNode* node) {
+    for (; node != nullptr && node->type == XML_ELEMENT_NODE; node = node->parent) {
+        if (node->ns != nullptr || HasType(node, "topic/foreign") || HasType(node, "topic/unknown")) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool AddMissingClasses(xmlDoc* document) {
     bool allKnown = true;
     xmlNode* root = xmlDocGetRootElement(document);
@@ -384,7 +389,7 @@ bool AddMissingClasses(xmlDoc* document) {
         const std::string_view types = TypesOf(View(node->name));
         if (!types.empty()) {
             xmlNewProp(node, Xml("class"), Xml(std::string("- ").append(types).append(" ").c_str()));
-        } else if (View(node->name) != "dita" && !InForeign(node)) {
+        } else if (View(node->name) != "dita" && !IsForeign(node)) {
             allKnown = false;
         }
     }

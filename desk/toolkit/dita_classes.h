@@ -13,6 +13,9 @@ namespace ventrix::desk {
 /// except in foreign content: the document's DTD may know it.
 bool AddMissingClasses(xmlDoc* document);
 
+/// Whether the element is of another vocabulary, or in an element for such content.
+bool IsForeign(const xmlNode* node);
+
 /// Renames the elements to their base types ("uicontrol" to "ph") and keeps their classes. The attribute
 /// "page-types" gets the types without their modules ("ph uicontrol "). A processor finds the template for a
 /// name much faster than it evaluates a pattern for each class, and a stylesheet takes classes apart slowly.

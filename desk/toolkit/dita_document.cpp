@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "desk/toolkit/dita_classes.h"
+#include "desk/toolkit/page_layout.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/reference_path.h"
 
@@ -115,6 +116,17 @@ std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference) {
         target.element = slash < fragment.size() ? fragment.substr(slash + 1) : std::string();
     }
     return target;
+}
+
+std::string AsWritten(const xmlDoc* document, const std::string& absoluteReference) {
+    const auto target = DitaTargetOf(absoluteReference);
+    const NativePath file = TargetOf(View(document->URL), {"/"}).path;
+    if (!target.has_value() || file.Empty()) {
+        return absoluteReference;
+    }
+    const std::string fragment =
+        absoluteReference.substr(std::min(absoluteReference.find('#'), absoluteReference.size()));
+    return (target->path == file ? "" : RelativeReference(file, target->path)) + fragment;
 }
 
 bool IsTopicFormat(const std::string& format, const NativePath& target) {

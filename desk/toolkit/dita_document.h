@@ -44,6 +44,9 @@ struct DitaTarget {
 /// Nothing if the reference does not name a local file: a web address, for example.
 std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference);
 
+/// An absolute reference as the document would write it, for a message: relative to its own file.
+std::string AsWritten(const xmlDoc* document, const std::string& absoluteReference);
+
 /// Whether a reference leads to a topic: because its `format`, which may be empty, says so, or else by the
 /// file's extension.
 bool IsTopicFormat(const std::string& format, const NativePath& target);

@@ -161,7 +161,8 @@ void ReadTopicrefs(MapReader& reader, const xmlNode* parent, const Inherited& in
 
 void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& outer,
                   std::vector<NavigationItem>& items) {
-    if (HasType(topicref, "ditavalref-d/ditavalref") || HasType(topicref, "subjectScheme/subjectdef")) {
+    if (HasType(topicref, "ditavalref-d/ditavalref") || HasType(topicref, "subjectScheme/subjectdef") ||
+        Attribute(topicref, "print") == "printonly") {
         return;
     }
     const Inherited inherited = InheritedBy(topicref, outer);

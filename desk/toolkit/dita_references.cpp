@@ -20,7 +20,7 @@ constexpr int kMaxConrefs = 20'000;  ///< In one document: content that doubles 
 std::string NumberOf(const xmlNode* item) {
     int number = 1;
     for (const xmlNode* node = item->prev; node != nullptr; node = node->prev) {
-        number += HasType(node, "topic/li") ? 1 : 0;
+        number += HasType(node, "topic/li") && !HasType(node, "task/stepsection") ? 1 : 0;
     }
     return std::to_string(number);
 }
@@ -119,7 +119,8 @@ xmlNode* ReplaceWithTarget(xmlNode* referring, const std::string& conref, DitaLi
     xmlFreeNode(referring);
     if (!CopyRange(original, copy, end)) {
         remarks(xmlGetLineNo(copy), kDeadReference,
-                "conrefend=\"" + end + "\" is no element after the target; only the target is reused");
+                "conrefend=\"" + AsWritten(copy->doc, end) +
+                    "\" is no element after the target; only the target is reused");
     }
     return copy;
 }
@@ -169,7 +170,8 @@ void KeepOwnContent(const ConrefRun& run, xmlNode* element, const std::string& c
     }
     if (!conref.empty()) {
         run.remarks(xmlGetLineNo(element), kDeadReference,
-                    "conref=\"" + conref + "\" has no usable target; the element keeps its own content");
+                    "conref=\"" + AsWritten(element->doc, conref) +
+                        "\" has no usable target; the element keeps its own content");
     } else if (!key.empty()) {
         run.remarks(xmlGetLineNo(element), kUnknownKey,
                     "conkeyref=\"" + key +
@@ -286,7 +288,8 @@ std::optional<std::string> CodeOf(const xmlNode* element, const RemarkSink& rema
         platform::ReadRegularFile(ToFilesystem(target->path), kMaxFileBytes, content) ||
         xmlCheckUTF8(Xml(content.c_str())) == 0) {
         remarks(xmlGetLineNo(element), kDeadReference,
-                "coderef \"" + href + "\" is not a readable UTF-8 file; its lines are missing");
+                "coderef \"" + AsWritten(element->doc, href) +
+                    "\" is not a readable UTF-8 file; its lines are missing");
         return std::nullopt;
     }
     return Lines(content, RangeIn(href.substr(std::min(href.find('#'), href.size()))));

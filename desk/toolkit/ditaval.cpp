@@ -23,6 +23,9 @@ bool ExcludesValue(const Ditaval& rules, const Condition& condition, const std::
     const std::pair<std::string, std::string> keys[] = {
         {nearest, value}, {nearest, ""}, {attribute, value}, {attribute, ""}, {"", ""}};
     for (const auto& key : keys) {
+        if (key.first.empty() && attribute == "rev") {
+            break;
+        }
         if (const auto rule = rules.excludes.find(key); rule != rules.excludes.end()) {
             return rule->second;
         }
@@ -59,14 +62,27 @@ std::optional<Condition> TakeGroup(const std::string& attribute, std::string& va
     return group;
 }
 
-bool IsConditional(const Ditaval& rules, const std::string& attribute) {
+/// Whether the root's domains name the attribute as a specialisation: "a(props product delivery)".
+bool IsSpecialisedProps(const xmlNode* root, const std::string& attribute) {
+    std::string domains = Attribute(root, "domains");
+    while (const auto domain = TakeGroup("domains", domains)) {
+        const std::string& names = domain->values;
+        if (domain->group == "a" && names.starts_with("props ") && names.ends_with(' ' + attribute)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool IsConditional(const Ditaval& rules, const std::string& attribute, const xmlNode* root) {
     constexpr std::string_view kKnown[] = {"audience",       "product", "platform", "otherprops",
                                            "deliveryTarget", "props",   "rev"};
     if (std::find(std::begin(kKnown), std::end(kKnown), attribute) != std::end(kKnown)) {
         return true;
     }
     const auto rule = rules.excludes.lower_bound({attribute, ""});
-    return rule != rules.excludes.end() && rule->first.first == attribute;
+    return (rule != rules.excludes.end() && rule->first.first == attribute) ||
+           IsSpecialisedProps(root, attribute);
 }
 
 bool ExcludesBy(const Ditaval& rules, const std::string& attribute, std::string values) {
@@ -141,28 +157,56 @@ std::optional<Ditaval> ReadDitaval(const NativePath& path, std::string& reason) 
     return rules;
 }
 
-void ApplyScheme(const SubjectScheme& scheme, Ditaval& rules) {
-    const auto given = rules.excludes;
-    for (const auto& [attribute, parents] : scheme) {
-        for (const auto& [value, parent] : parents) {
-            std::set<std::string> seen{value};
-            std::string at = parent;
-            while (!given.contains({attribute, value}) && seen.insert(at).second) {
-                if (const auto rule = given.find({attribute, at}); rule != given.end()) {
-                    rules.excludes.insert({{attribute, value}, rule->second});
-                    break;
+namespace {
+
+/// What the rules say about the values above the value, level by level; nothing if they say nothing.
+std::optional<bool> RuleAbove(const Ditaval& rules, const std::string& attribute, const std::string& value,
+                              const std::map<std::string, std::set<std::string>>& parents) {
+    std::set<std::string> seen{value};
+    std::set<std::string> level{value};
+    while (!level.empty()) {
+        std::optional<bool> found;
+        std::set<std::string> above;
+        for (const std::string& below : level) {
+            const auto known = parents.find(below);
+            for (const std::string& parent :
+                 known == parents.end() ? std::set<std::string>() : known->second) {
+                const auto rule = rules.excludes.find({attribute, parent});
+                if (rule != rules.excludes.end()) {
+                    found = found.value_or(false) || rule->second;
                 }
-                const auto next = parents.find(at);
-                at = next == parents.end() ? value : next->second;
+                if (seen.insert(parent).second) {
+                    above.insert(parent);
+                }
+            }
+        }
+        if (found.has_value()) {
+            return found;
+        }
+        level = std::move(above);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+void ApplyScheme(const SubjectScheme& scheme, Ditaval& rules) {
+    const Ditaval given = rules;
+    for (const auto& [attribute, parents] : scheme) {
+        for (const auto& [value, above] : parents) {
+            const auto excludes = RuleAbove(given, attribute, value, parents);
+            if (excludes.has_value()) {
+                rules.excludes.insert({{attribute, value}, *excludes});
             }
         }
     }
 }
 
 bool IsExcluded(const Ditaval& rules, const xmlNode* element) {
+    const xmlNode* const root = xmlDocGetRootElement(element->doc);
     for (const xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
         const std::string name(View(attribute->name));
-        if (attribute->ns == nullptr && IsConditional(rules, name) &&
+        if (attribute->ns == nullptr && IsConditional(rules, name, root) &&
             ExcludesBy(rules, name, Attribute(element, name.c_str()))) {
             return true;
         }

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "desk/paths/paths.h"
@@ -23,17 +24,20 @@ struct Ditaval {
 /// another kind of file, or has a rule with an action that is none.
 std::optional<Ditaval> ReadDitaval(const NativePath& path, std::string& reason);
 
-/// By attribute: the value above each value, in the hierarchy that a subject scheme binds to the attribute.
-using SubjectScheme = std::map<std::string, std::map<std::string, std::string>>;
+/// By attribute: the values right above each value, in the hierarchy that a subject scheme binds to the
+/// attribute. A subject with several names is above its children with each of them.
+using SubjectScheme = std::map<std::string, std::map<std::string, std::set<std::string>>>;
 
-/// A value without a rule of its own gets that of the nearest value above it which has one.
+/// A value without a rule of its own gets that of the nearest value above it which has one; of several that
+/// are as near, one that excludes.
 void ApplyScheme(const SubjectScheme& scheme, Ditaval& rules);
 
 /// True if one of the element's conditional attributes has values and all of them are excluded. Conditional
-/// are audience, product, platform, otherprops, deliveryTarget, props, rev and every other attribute that the
-/// rules name. A value may contain groups, `audience(expert novice)`, each of which counts as an attribute of
-/// its own; a value in it without a rule for the group's name counts for the attribute that contains the
-/// group.
+/// are audience, product, platform, otherprops, deliveryTarget, props, rev, every other attribute that the
+/// rules name, and those that the document's domains specialise from props. The default for all attributes
+/// does not apply to rev. A value may contain groups, `audience(expert novice)`, each of which counts as an
+/// attribute of its own; a value in it without a rule for the group's name counts for the attribute that
+/// contains the group.
 bool IsExcluded(const Ditaval& rules, const xmlNode* element);
 
 /// Removes the excluded elements. False, with the document unchanged, if its root element is excluded.

@@ -19,10 +19,12 @@ std::vector<DeadLink> LinkCheck::DeadLinks(const std::set<NativePath>& written) 
         const std::string name = FromFilesystem(ToFilesystem(link.page).filename()).utf8;
         const auto ids = ids_.find(link.page);
         if (!written.contains(link.page)) {
-            dead.push_back({link.topic, link.line, "the link leads to " + name + ", which is not written"});
+            dead.push_back(
+                {link.topic, link.line,
+                 "the link \"" + link.reference + "\" leads to " + name + ", which is not written"});
         } else if (!link.anchor.empty() && (ids == ids_.end() || !ids->second.contains(link.anchor))) {
-            dead.push_back({link.topic, link.line,
-                            "the link leads to \"" + link.anchor + "\", which is not in " + name});
+            dead.push_back(
+                {link.topic, link.line, "the link \"" + link.reference + "\" leads to nothing in " + name});
         }
     }
     return dead;

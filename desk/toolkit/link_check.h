@@ -15,8 +15,9 @@ namespace ventrix::desk {
 struct PageLink {
     NativePath topic;  ///< Contains the link.
     long line = 0;
-    NativePath page;     ///< Its target.
-    std::string anchor;  ///< The id in the target; empty for the page itself.
+    NativePath page;        ///< Its target.
+    std::string anchor;     ///< The id in the target; empty for the page itself.
+    std::string reference;  ///< As the topic writes it, for messages.
 };
 
 struct DeadLink {

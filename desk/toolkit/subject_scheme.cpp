@@ -1,5 +1,7 @@
 #include "desk/toolkit/subject_scheme.h"
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 #include <sstream>
 #include <vector>
@@ -19,7 +21,8 @@ struct Binding {
 };
 
 struct SchemeReader {
-    std::map<std::string, std::vector<std::string>> children;  ///< By subject.
+    std::map<std::string, std::vector<std::string>> children;    ///< By subject.
+    std::map<std::string, std::vector<std::string>> otherNames;  ///< Of subjects with several names, by name.
     std::vector<Binding> bindings;
     std::vector<NativePath> waiting;
     std::set<NativePath> known;
@@ -46,6 +49,10 @@ std::vector<std::string> NamesOf(const xmlNode* subject) {
 }
 
 void ReadSubject(SchemeReader& reader, const xmlNode* subject) {
+    const std::vector<std::string> names = NamesOf(subject);
+    for (const std::string& name : names) {
+        std::ranges::copy(names, std::back_inserter(reader.otherNames[name]));
+    }
     // Subjects may be grouped by elements that are none.
     const xmlNode* above = subject->parent;
     while (above != nullptr && above->type == XML_ELEMENT_NODE && !Is(above, "subjectdef")) {
@@ -55,9 +62,7 @@ void ReadSubject(SchemeReader& reader, const xmlNode* subject) {
         return;
     }
     for (const std::string& parent : NamesOf(above)) {
-        for (const std::string& name : NamesOf(subject)) {
-            reader.children[parent].push_back(name);
-        }
+        std::ranges::copy(names, std::back_inserter(reader.children[parent]));
     }
 }
 
@@ -113,9 +118,11 @@ void Bind(const SchemeReader& reader, const Binding& binding, SubjectScheme& sch
             continue;
         }
         for (const std::string& child : below->second) {
-            if (known.insert(child).second) {
-                parents.insert({child, parent});
-                waiting.push_back(child);
+            for (const std::string& name : reader.otherNames.at(child)) {
+                parents[name].insert(parent);
+                if (known.insert(name).second) {
+                    waiting.push_back(name);
+                }
             }
         }
     }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "desk/toolkit/dita_classes.h"
+#include "desk/toolkit/dita_document.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
@@ -36,20 +37,37 @@ constexpr UnhandledType kTypes[] = {
     {"topic/indextermref", "is left out"},
     {"topic/unknown", "is left out"},
     {"map/relheader", "its links are left out"},
+    {"topic/state", "its name and value are left out"},
+    {"topic/boolean", "its value is left out"},
 };
 
 struct UnhandledAttribute {
     const char* name;
+    const char* type;  ///< Of the elements on which it counts; null for all.
     const char* effect;
 };
 
 constexpr UnhandledAttribute kAttributes[] = {
-    {"conaction", "the content is not pushed to another topic"},
-    {"keyscope", "its keys are visible everywhere"},
-    {"copy-to", "the topic is published under its own name"},
-    {"chunk", "each file becomes one page"},
-    {"mapref", "the map is left out"},
+    {"conaction", nullptr, "the content is not pushed to another topic"},
+    {"keyscope", nullptr, "its keys are visible everywhere"},
+    {"copy-to", nullptr, "the topic is published under its own name"},
+    {"chunk", nullptr, "each file becomes one page"},
+    {"mapref", nullptr, "the map is left out"},
+    {"spectitle", nullptr, "the heading is left out"},
+    {"importance", "task/step", "the word for it is left out"},
+    {"callout", "topic/fn", "the footnote has a number instead"},
+    {"href", "topic/lq", "the link to the source of the quotation is left out"},
 };
+
+bool HasBelow(const xmlNode* node, std::string_view type) {
+    for (xmlNode* below = NextNode(const_cast<xmlNode*>(node), node); below != nullptr;
+         below = NextNode(below, node)) {
+        if (HasType(below, type)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 /// A list that names its own topic is an ordinary topic reference.
 bool MakesList(const xmlNode* node, std::string_view type) {
@@ -57,22 +75,40 @@ bool MakesList(const xmlNode* node, std::string_view type) {
            (Attribute(node, "href").empty() && Attribute(node, "keyref").empty());
 }
 
+/// A heading of a relationship table is mostly there for the writer.
+bool HasLinks(const xmlNode* node, std::string_view type) {
+    return type != "map/relheader" || HasBelow(node, "map/topicref");
+}
+
+/// No DTD and no vocabulary says what it is.
+bool IsUnknown(const xmlNode* node) {
+    return node->ns == nullptr && xmlHasProp(node, Xml("class")) == nullptr && View(node->name) != "dita" &&
+           !IsForeign(node);
+}
+
 void ReportElement(const xmlNode* node, const NativePath& file,
                    const std::function<void(const DitaFinding&)>& finding) {
     const int line = static_cast<int>(xmlGetLineNo(node));
     const std::string element = "<" + std::string(View(node->name)) + ">";
     const std::string types = Attribute(node, "class");
+    if (IsUnknown(node)) {
+        finding({file, line,
+                 element + " is not known, so that it is published without a type; declare its class in the "
+                           "document's DTD",
+                 kNotHandled});
+    }
     for (const UnhandledType& row : kTypes) {
         if (types.find(row.type) != std::string::npos && HasType(node, row.type) &&
-            MakesList(node, row.type)) {
+            MakesList(node, row.type) && HasLinks(node, row.type)) {
             finding({file, line, element + " is not handled: " + row.effect + kAdvice, kNotHandled});
         }
     }
     for (const UnhandledAttribute& row : kAttributes) {
-        if (node->properties != nullptr && xmlHasProp(node, Xml(row.name)) != nullptr) {
+        if (node->properties != nullptr && xmlHasProp(node, Xml(row.name)) != nullptr &&
+            (row.type == nullptr || HasType(node, row.type))) {
             finding({file, line,
-                     row.name + ("=\"" + Attribute(node, row.name)) + "\" of " + element +
-                         " is not handled: " + row.effect + kAdvice,
+                     row.name + ("=\"" + AsWritten(node->doc, Attribute(node, row.name))) + "\" of " +
+                         element + " is not handled: " + row.effect + kAdvice,
                      kNotHandled});
         }
     }

@@ -57,6 +57,13 @@ TEST_F(DitaClient, EachKindOfElementIsRendered) {
         {"<p conref='other.dita#o/p'/>", "concat(//p[1], //p[1]/a/@href)", "See here.other.html#o__s"},
         {"<machine class='+ topic/ph m-d/machine '>m</machine>", "//span[@class='ph machine']", "m"},
         {"<strange>s</strange>", "//div[@class='']", "s"},
+        {"<steps><stepsection>s</stepsection><step><cmd>a</cmd></step><step "
+         "id='b'><cmd>b</cmd></step></steps>"
+         "<p><xref href='#t/b'/></p>",
+         "concat(//li[2]/@value, //li[3]/@value, //p/a)", "122"},
+        {"<section><title/>x</section>", "count(//h2)", "0"},
+        {"<syntaxdiagram><groupseq><kwd>k</kwd><synnote>n</synnote></groupseq></syntaxdiagram>",
+         "//div[@class='fn']/span", "n"},
     };
     Write("i.png", "png");
     Write("manual.pdf", "pdf");

@@ -36,11 +36,11 @@ TEST_F(BuiltinToolkit, ExcludingAValueExcludesItsKinds) {
           "<map><topicref href='s.ditamap' type='subjectScheme' format='ditamap' "
           "processing-role='resource-only'/>"
           "<topicref href='t.dita'/></map>");
-    EXPECT_EQ(
-        ReadSubjectScheme({Native("m.ditamap")}),
-        (SubjectScheme{
-            {"audience",
-             {{"expert", "users"}, {"novice", "users"}, {"barista", "expert"}, {"roaster", "expert"}}}}));
+    EXPECT_EQ(ReadSubjectScheme({Native("m.ditamap")}), (SubjectScheme{{"audience",
+                                                                        {{"expert", {"users"}},
+                                                                         {"novice", {"users"}},
+                                                                         {"barista", {"expert"}},
+                                                                         {"roaster", {"expert"}}}}}));
     WriteTopic(
         "<p>all</p><p audience='barista'>b</p><p audience='roaster'>r</p><p audience='novice'>n</p>"
         "<p audience='barista novice'>bn</p>");
@@ -63,6 +63,64 @@ TEST_F(BuiltinToolkit, ExcludingAValueExcludesItsKinds) {
         }
         EXPECT_EQ(text, row.text) << row.rules;
     }
+}
+
+TEST_F(BuiltinToolkit, ASubjectIsExcludedByEachOfItsNames) {
+    Write("s.ditamap",
+          "<subjectScheme><subjectdef keys='ex expert'><subjectdef keys='barista'/></subjectdef>"
+          "<subjectdef keys='users'><subjectdef keyref='ex'/></subjectdef><enumerationdef>"
+          "<attributedef name='audience'/><subjectdef keyref='users'/></enumerationdef></subjectScheme>");
+    Write("m.ditamap",
+          "<map><mapref href='s.ditamap' type='subjectScheme' processing-role='resource-only'/>"
+          "<topicref href='t.dita'/></map>");
+    WriteTopic("<p>all</p><p audience='barista'>b</p>");
+    for (const char* name : {"ex", "expert"}) {
+        Write("f.ditaval",
+              std::string("<val><prop att='audience' val='") + name + "' action='exclude'/></val>");
+        ASSERT_EQ(Run("m.ditamap", "f.ditaval"), 0) << record_.reason;
+        EXPECT_EQ(Query("t.html", "count(//p)"), "1") << name;
+    }
+}
+
+TEST_F(BuiltinToolkit, TheDefaultRuleCountsForSpecialisedAttributesAndNotForRevisions) {
+    Write("f.ditaval", "<val><prop action='exclude'/></val>");
+    Write("t.dita",
+          "<topic id='t' domains='(topic hi-d) a(props delivery)'><title>T</title><body><p delivery='x'>d</p>"
+          "<p rev='1'>r</p><p other='y'>o</p><p product='z'>p</p></body></topic>");
+    ASSERT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "concat(count(//p), //p[1], //p[2])"), "2ro");
+}
+
+TEST_F(BuiltinToolkit, SpecialisedTypesAreKnownFromTheirDtd) {
+    Write("m.dtd",
+          "<!ELEMENT guide (chapter*)><!ATTLIST guide class CDATA '- map/map guide/guide '><!ELEMENT chapter "
+          "EMPTY><!ATTLIST chapter href CDATA #IMPLIED class CDATA '- map/topicref guide/chapter '>");
+    Write("r.dtd",
+          "<!ELEMENT recipe (name, text)><!ATTLIST recipe id ID #REQUIRED class CDATA '- topic/topic "
+          "r/recipe '><!ELEMENT name (#PCDATA)><!ATTLIST name class CDATA '- topic/title r/name '>"
+          "<!ELEMENT text (step*)><!ATTLIST text class CDATA '- topic/body r/text '><!ELEMENT step (#PCDATA)>"
+          "<!ATTLIST step class CDATA '- topic/p r/step '>");
+    Write("m.ditamap", "<!DOCTYPE guide SYSTEM 'm.dtd'><guide><chapter href='r.dita'/></guide>");
+    Write("r.dita",
+          "<!DOCTYPE recipe SYSTEM 'r.dtd'><recipe "
+          "id='r'><name>Tea</name><text><step>Boil</step></text></recipe>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("r.html", "concat(//h1, '|', //p[@class='p step'])"), "Tea|Boil");
+    EXPECT_EQ(Findings(), "");
+}
+
+TEST_F(BuiltinToolkit, TheFileOfATopicIsNeverCopiedIntoTheResult) {
+    WriteTopicAt("secret.dita", "Secret", "<p audience='staff'>hidden</p>");
+    WriteTopic(
+        "<lq href='secret.dita'>q</lq><p><data href='secret.dita'/>x</p><object data='secret.xml'/>"
+        "<figgroup href='secret.dita'/>");
+    Write("secret.xml", "<a/>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_FALSE(Exists("out/xhtml/secret.dita"));
+    EXPECT_TRUE(Exists("out/xhtml/secret.xml"));
+    EXPECT_NE(Findings().find("the link \"secret.dita\" of <figgroup> to a topic is not handled"),
+              std::string::npos)
+        << Findings();
 }
 
 TEST_F(BuiltinToolkit, GroupsInValuesAreFiltered) {
@@ -222,7 +280,7 @@ TEST_F(BuiltinToolkit, DeadLinksAreFindings) {
     WriteTopicAt("o.dita", "Other", "<p id='p'>p</p>");
     WriteTopic("<p>\n<xref href='o.dita#t/p'>a</xref><xref href='o.dita#t/q'>b</xref></p>");
     ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
-    EXPECT_EQ(Findings(), "t.dita:2: the link leads to \"t__q\", which is not in o.html\n");
+    EXPECT_EQ(Findings(), "t.dita:2: the link \"o.dita#t/q\" leads to nothing in o.html\n");
 }
 
 TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
@@ -240,6 +298,17 @@ TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
         {"<topicref href='t.dita'/>", "<p><abbreviated-form keyref='a'/></p>", "<abbreviated-form>"},
         {"<topicref href='t.dita'/>", "<image href='i.png'><longdescref href='l.html'/></image>",
          "<longdescref>"},
+        {"<topicref href='t.dita'/><reltable><relheader><relcolspec><topicref href='t.dita'/></relcolspec>"
+         "</relheader></reltable>",
+         "", "<relheader>"},
+        {"<topicref href='t.dita'/>", "<p><state name='a' value='b'/></p>", "<state>"},
+        {"<topicref href='t.dita'/>", "<p><boolean state='yes'/></p>", "<boolean>"},
+        {"<topicref href='t.dita'/>", "<section spectitle='S'>x</section>", "spectitle=\"S\" of <section>"},
+        {"<topicref href='t.dita'/>", "<p>a<fn callout='*'>b</fn></p>", "callout=\"*\" of <fn>"},
+        {"<topicref href='t.dita'/>", "<lq href='https://example.org'>x</lq>",
+         "href=\"https://example.org\" of <lq>"},
+        {"<topicref href='t.dita'/>", "<steps><step importance='optional'><cmd>x</cmd></step></steps>",
+         "importance=\"optional\" of <step>"},
     };
     Write("i.png", "png");
     Write("l.html", "<p/>");
@@ -250,6 +319,17 @@ TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
         EXPECT_NE(Findings().find(row.name), std::string::npos) << row.map << row.body << "\n" << Findings();
         EXPECT_NE(Findings().find("the DITA Open Toolkit handles it"), std::string::npos);
     }
+    WriteTopic("<p>\n<xref href='#t/p'/></p><p id='p'>x</p><strange>s</strange>");
+    ASSERT_EQ(Run("t.dita"), 0);
+    EXPECT_NE(Findings().find("t.dita:2: the link \"#t/p\" has no text and its target no title"),
+              std::string::npos)
+        << Findings();
+    EXPECT_NE(Findings().find("<strange> is not known"), std::string::npos) << Findings();
+    Write("m.ditamap",
+          "<map><topicref href='t.dita'/><reltable><relheader><relcolspec/></relheader></reltable></map>");
+    WriteTopic("<p>x</p>");
+    ASSERT_EQ(Run("m.ditamap"), 0);
+    EXPECT_EQ(Findings(), "") << "a heading without links loses none";
     Write("f.ditaval", "<val>\n<prop att='a' val='b' action='flag'/></val>");
     ASSERT_EQ(Run("m.ditamap", "f.ditaval"), 0);
     EXPECT_NE(Findings().find("f.ditaval:2: flagging is not handled"), std::string::npos) << Findings();
