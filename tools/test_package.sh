@@ -52,7 +52,6 @@ say "following the tutorial"
 mkdir "$ROOT/home/you"
 cp "$package" "$ROOT/home/you/"
 tests/documents/page_script.py docs/tutorial.md >"$ROOT/root/tutorial.sh"
-inside apt-get update -qq
 inside bash -c 'cd /home/you && bash /root/tutorial.sh' >build/package-tutorial.txt
 rm -rf "$ROOT/home/you"
 say "publishing the example"
@@ -62,7 +61,8 @@ inside apt-get purge -y -qq --autoremove ventrix >build/package-remove.txt
 expect_files build/files-bare.txt "the package"
 
 say "installing without the package"
-inside apt-get install -y -qq --no-install-recommends libxml2 libxslt1.1 libicu72 >build/package-install.txt
+inside apt-get install -y -qq --no-install-recommends libxml2 libxslt1.1 libicu72 libmimalloc2.0 \
+    >build/package-install.txt
 files >build/files-before.txt
 ./dev install "$ROOT/usr/local"
 publish_example /usr/local
