@@ -43,7 +43,7 @@ void AddFailedFiles(const RunLog& log, std::vector<Finding>& findings) {
 
 bool NamesFileOf(const std::string& line, const std::vector<Finding>& findings) {
     return std::ranges::any_of(findings, [&line](const Finding& finding) {
-        const std::string name = ToFilesystem(finding.file).filename().string();
+        const std::string name = FromFilesystem(ToFilesystem(finding.file).filename()).utf8;
         return !name.empty() && line.find("/" + name) != std::string::npos;
     });
 }

@@ -135,6 +135,7 @@ void NoteGiven(const CLI::App& command, std::set<std::string>& given) {
 /// The help for a command; for all if the name is empty.
 std::string HelpFor(const std::string& name) {
     CLI::App app{kDescription, "ventrix"};
+    app.allow_windows_style_options(false);  // A word that begins with a slash is a path.
     Options options;
     std::string topic;
     AddCommands(app, options, topic);
@@ -202,6 +203,7 @@ std::vector<OptionDescription> OptionsOf(Command command) {
 
 bool ReadOptions(const std::vector<std::string>& words, Options& options) {
     CLI::App app{kDescription, "ventrix"};
+    app.allow_windows_style_options(false);  // A word that begins with a slash is a path.
     std::string topic;
     AddCommands(app, options, topic);
     // Set before parsing, so that usage errors are reported as JSON too.

@@ -99,7 +99,8 @@ std::string StringOf(const Place& place, const std::string& key, const toml::nod
 
 NativePath PathIn(const NativePath& folder, const std::string& path) {
     const std::filesystem::path native = ToFilesystem({path});
-    return native.is_absolute() ? NativePath{path} : AbsolutePath({folder.utf8 + path});
+    return native.is_absolute() ? NativePath{path}
+                                : AbsolutePath(FromFilesystem(ToFilesystem(folder) / native));
 }
 
 /// The value with its path, if it is one, made absolute. The type may list words before the path, as in

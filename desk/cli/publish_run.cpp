@@ -16,6 +16,7 @@
 #include "desk/script/script_record.h"
 #include "platform/child_process.h"
 #include "platform/files.h"
+#include "platform/standard_streams.h"
 #include "platform/temp_folder.h"
 
 namespace ventrix::desk {
@@ -36,9 +37,9 @@ class RecordedScripts {
             return {};
         }
         try {
-            return RequireSystemPath(
-                {PrepareScript(folder_.Path(), name, FindInstallation().recorder.utf8,
-                               {script.utf8, plan_.output.utf8, platform::ProcessId(), isLast})});
+            return RequireSystemPath({PrepareScript(
+                folder_.Path(), name, FindInstallation().recorder.utf8,
+                {script.utf8, plan_.output.utf8, platform::ProcessId(), isLast, platform::OutputToPass()})});
         } catch (const std::runtime_error& error) {
             throw Stop{kExitNoModule, error.what()};
         }

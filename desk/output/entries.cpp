@@ -34,7 +34,7 @@ std::vector<fs::path> NamesIn(const fs::path& folder, std::vector<std::string>& 
     std::error_code error;
     std::vector<fs::path> names = NamesIn(folder, error);
     if (error) {
-        findings.push_back(folder.string() + " cannot be listed: " + error.message());
+        findings.push_back(platform::Utf8FromPath(folder) + " cannot be listed: " + error.message());
     }
     return names;
 }

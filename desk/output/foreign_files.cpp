@@ -61,7 +61,7 @@ struct Restoration {
 };
 
 void NoteStays(const Restoration& restoration, const fs::path& entry, const std::error_code& error) {
-    restoration.report.findings.push_back(entry.string() +
+    restoration.report.findings.push_back(platform::Utf8FromPath(entry) +
                                           " cannot be put back into the output folder: " + error.message());
 }
 
@@ -73,8 +73,8 @@ void MoveEntry(const Restoration& restoration, const Level& level, const fs::pat
     }
     const bool needsOtherName = edited ? !error : error == std::errc::file_exists;
     if (needsOtherName) {
-        const fs::path kept =
-            MoveToFreeName(source, level.target, name.string(), edited ? ".edited" : ".kept", error);
+        const fs::path kept = MoveToFreeName(source, level.target, platform::Utf8FromPath(name),
+                                             edited ? ".edited" : ".kept", error);
         if (!error) {
             restoration.report.kept.push_back({level.target / name, kept, edited});
         }
@@ -182,7 +182,7 @@ void DeleteOwnBelow(const fs::path& folder, const fs::path& below, const Manifes
         } else if (path != manifest.mark && !IsFolder(entry) && IsUnmodified(manifest, folder, path)) {
             fs::remove(entry, error);
             if (error) {
-                findings.push_back(entry.string() + " cannot be deleted: " + error.message());
+                findings.push_back(platform::Utf8FromPath(entry) + " cannot be deleted: " + error.message());
             }
         }
     }
@@ -207,7 +207,8 @@ void DeleteOwn(const fs::path& folder, const Manifest& manifest, std::vector<std
         std::error_code error;
         fs::remove(folder / manifest.mark, error);
         if (error) {
-            findings.push_back((folder / manifest.mark).string() + " cannot be deleted: " + error.message());
+            findings.push_back(platform::Utf8FromPath(folder / manifest.mark) +
+                               " cannot be deleted: " + error.message());
         }
     }
 }

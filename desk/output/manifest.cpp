@@ -5,6 +5,7 @@
 
 #include "desk/output/entries.h"
 #include "platform/native_files.h"
+#include "platform/path_text.h"
 #include "platform/wide_text.h"
 
 namespace fs = std::filesystem;
@@ -81,7 +82,8 @@ void ListFilesBelow(const fs::path& folder, const fs::path& below, Manifest& man
             continue;
         }
         if (error) {
-            findings.push_back((folder / path).string() + " cannot be examined: " + error.message());
+            findings.push_back(platform::Utf8FromPath(folder / path) +
+                               " cannot be examined: " + error.message());
         } else if (status && status->kind == platform::EntryKind::kFolder) {
             manifest.folders.insert(ListedName(path));
             ListFilesBelow(folder, path, manifest, findings);

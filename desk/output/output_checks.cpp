@@ -7,6 +7,7 @@
 #include "platform/home_folders.h"
 #include "platform/mount_points.h"
 #include "platform/native_files.h"
+#include "platform/path_text.h"
 
 namespace fs = std::filesystem;
 
@@ -59,12 +60,12 @@ std::string WhyNeverAllowed(const fs::path& output, const std::vector<fs::path>&
     }
     for (const fs::path& input : inputs) {
         if (!input.empty() && platform::LiesIn(input, output)) {
-            return "contains " + input.string() +
+            return "contains " + platform::Utf8FromPath(input) +
                    ", which the run reads; choose a separate folder for the result";
         }
     }
     if (const std::vector<fs::path> mounts = platform::MountPointsBelow(output); !mounts.empty()) {
-        return "contains " + mounts.front().string() +
+        return "contains " + platform::Utf8FromPath(mounts.front()) +
                ", which is a mount point; unmount it, or choose another folder for the result";
     }
     return {};
@@ -76,7 +77,7 @@ std::string WhyNotOurs(const fs::path& output, const Manifest& manifest, bool fo
         return {};
     }
     if (IsTopLevel(output)) {
-        return "is a top-level folder and contains " + foreign->string() +
+        return "is a top-level folder and contains " + platform::Utf8FromPath(*foreign) +
                ", which no run created; choose another folder for the result";
     }
     return force ? std::string()
@@ -102,7 +103,8 @@ std::string WhyNotMovable(const fs::path& output) {
 std::string WhyNotUsableInPlace(const fs::path& output, const Manifest& manifest,
                                 const std::string& notMovable) {
     if (const auto foreign = FirstForeign(output, manifest)) {
-        return notMovable + " and contains " + (foreign->empty() ? "files" : foreign->string()) +
+        return notMovable + " and contains " +
+               (foreign->empty() ? "files" : platform::Utf8FromPath(*foreign)) +
                ", which no run created or a user edited; choose a folder inside it for the result";
     }
     return platform::IsWritableFolder(output) ? std::string() : "cannot be written";

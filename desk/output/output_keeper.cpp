@@ -6,6 +6,7 @@
 #include "desk/output/output_checks.h"
 #include "platform/file_identity.h"
 #include "platform/native_files.h"
+#include "platform/path_text.h"
 
 namespace fs = std::filesystem;
 
@@ -31,18 +32,20 @@ Manifest ListedResult(const fs::path& folder, const Journal& run, std::vector<st
 std::vector<std::string> NotesOf(const fs::path& output, const Settlement& settlement) {
     std::vector<std::string> notes;
     if (settlement.finished) {
-        notes.push_back("an earlier run published into " + output.string() +
+        notes.push_back("an earlier run published into " + platform::Utf8FromPath(output) +
                         " but did not put all other files back; they have been put back now");
     }
     if (settlement.undone) {
-        notes.push_back(output.string() +
+        notes.push_back(platform::Utf8FromPath(output) +
                         " was restored to its state before an earlier run that did not finish" +
                         (settlement.report.failedFolder.empty()
                              ? ""
-                             : "; the files of that run are in " + settlement.report.failedFolder.string()));
+                             : "; the files of that run are in " +
+                                   platform::Utf8FromPath(settlement.report.failedFolder)));
     }
     for (const KeptEntry& entry : settlement.report.kept) {
-        notes.push_back(entry.wanted.string() + " is kept as " + entry.kept.string());
+        notes.push_back(platform::Utf8FromPath(entry.wanted) + " is kept as " +
+                        platform::Utf8FromPath(entry.kept));
     }
     for (const std::string& finding : settlement.report.findings) {
         notes.push_back(finding);
@@ -119,7 +122,7 @@ std::string OutputKeeper::LockRunFolder() {
         }
         if (error) {
             return CannotBe(Exists(places_.output) ? "set aside" : "created",
-                            places_.folder.string() + ": " + error.message());
+                            platform::Utf8FromPath(places_.folder) + ": " + error.message());
         }
         platform::LockAttempt locking = platform::LockFile(places_.lock);
         if (locking.busy) {
@@ -135,7 +138,7 @@ std::string OutputKeeper::LockRunFolder() {
             break;
         }
     }
-    return CannotBe("locked", places_.lock.string() + ": " + error.message());
+    return CannotBe("locked", platform::Utf8FromPath(places_.lock) + ": " + error.message());
 }
 
 std::string OutputKeeper::SettleEarlierRun() {
@@ -168,7 +171,7 @@ std::string OutputKeeper::MoveAside() {
     journal_.earlierFile = identity ? identity->file : 0;
     journal_.mode = ModeOf(places_.output);
     if (const std::error_code error = WriteJournal(places_, journal_)) {
-        return CannotBe("set aside", places_.journal.string() + ": " + error.message());
+        return CannotBe("set aside", platform::Utf8FromPath(places_.journal) + ": " + error.message());
     }
     if (journal_.existed) {
         MakeWritable(places_.output);
@@ -220,8 +223,8 @@ std::string OutputKeeper::UseInPlace(const std::string& notMovable) {
     }
     folderLock_ = std::move(locking.lock);
     if (!folderLock_) {
-        notes_.push_back(places_.output.string() + " cannot be locked (" + locking.error.message() +
-                         "); do not start a second run into it");
+        notes_.push_back(platform::Utf8FromPath(places_.output) + " cannot be locked (" +
+                         locking.error.message() + "); do not start a second run into it");
     }
     std::error_code ignored;
     fs::remove(places_.journal, ignored);
@@ -231,7 +234,7 @@ std::string OutputKeeper::UseInPlace(const std::string& notMovable) {
         return "holds an earlier result that cannot be deleted: " + findings.front();
     }
     if (manifest.readable) {
-        notes_.push_back(places_.output.string() + " " + notMovable +
+        notes_.push_back(platform::Utf8FromPath(places_.output) + " " + notMovable +
                          ", so the earlier result cannot be set aside: if this run fails, it is lost");
     }
     inPlace_ = true;
@@ -262,7 +265,7 @@ OutputReport OutputKeeper::Commit() {
     if (settlement.refusal.empty()) {
         Leave(report);
     } else {
-        report.findings.push_back(places_.output.string() + " " + settlement.refusal);
+        report.findings.push_back(platform::Utf8FromPath(places_.output) + " " + settlement.refusal);
         lock_.reset();
     }
     return report;
@@ -277,7 +280,7 @@ OutputReport OutputKeeper::RollBack() {
     if (settlement.refusal.empty()) {
         Leave(settlement.report);
     } else {
-        settlement.report.error = places_.output.string() + " " + settlement.refusal;
+        settlement.report.error = platform::Utf8FromPath(places_.output) + " " + settlement.refusal;
         lock_.reset();
     }
     return settlement.report;
@@ -313,8 +316,8 @@ void OutputKeeper::Leave(OutputReport& report) {
             fs::remove(places_.folder, error);
         }
         if (error) {
-            report.findings.push_back(places_.folder.string() + " cannot be removed: " + error.message() +
-                                      "; the next run tries again");
+            report.findings.push_back(platform::Utf8FromPath(places_.folder) + " cannot be removed: " +
+                                      error.message() + "; the next run tries again");
         }
     }
     std::error_code error;

@@ -121,7 +121,8 @@ std::string WhyNotUndone(const RunPlaces& places, const std::error_code& error) 
     const bool isTaken = error == std::errc::file_exists;
     return "cannot be restored to its state before a run that did not finish: " +
            (isTaken ? "something else has its name" : error.message()) + "; its earlier contents are in " +
-           places.earlier.string() + ": move them where you want them, then delete " + places.folder.string();
+           platform::Utf8FromPath(places.earlier) + ": move them where you want them, then delete " +
+           platform::Utf8FromPath(places.folder);
 }
 
 /// Moves the earlier output folder back. The place is free.
@@ -172,9 +173,9 @@ Settlement FinishCommit(const RunPlaces& places, const Journal& journal) {
     fs::remove(places.earlier, error);
     if (error) {
         settlement.refusal =
-            "still has parts of an earlier result in " + places.earlier.string() +
+            "still has parts of an earlier result in " + platform::Utf8FromPath(places.earlier) +
             ", which could be neither put back nor deleted: move or delete them, then delete " +
-            places.folder.string();
+            platform::Utf8FromPath(places.folder);
         return settlement;
     }
     if (journal.existed) {
@@ -188,7 +189,7 @@ Settlement FinishCommit(const RunPlaces& places, const Journal& journal) {
 void RemoveHalfWritten(const fs::path& runFolder) {
     std::error_code ignored;
     for (const fs::path& name : NamesIn(runFolder, ignored)) {
-        if (name.string().starts_with(".ventrix-")) {
+        if (platform::Utf8FromPath(name).starts_with(".ventrix-")) {
             fs::remove(runFolder / name, ignored);
         }
     }
@@ -227,8 +228,9 @@ Settlement SettleRun(const RunPlaces& places, const std::vector<fs::path>& input
     Settlement settlement;
     if (!journal) {
         if (MayExist(places.journal) || MayExist(places.earlier)) {
-            settlement.refusal = "has a run folder without a readable journal: " + places.folder.string() +
-                                 "; move what you need out of it, then delete it";
+            settlement.refusal =
+                "has a run folder without a readable journal: " + platform::Utf8FromPath(places.folder) +
+                "; move what you need out of it, then delete it";
         }
         return settlement;
     }

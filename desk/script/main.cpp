@@ -22,13 +22,16 @@ constexpr int kExitNotStarted = 127;
 constexpr int kSignalExitBase = 128;
 constexpr auto kBetweenLooks = std::chrono::milliseconds(50);
 
-/// Passes on what has been added to the output since the last call. The script writes to a file and not to a
-/// pipe, so that a program that it leaves running in the background cannot hold up the recorder.
-void PassOn(std::ifstream& output) {
+/// Passes on what has been added to the output past the first `passed` bytes, and counts it. The script
+/// writes to a file and not to a pipe, so that a program that it leaves running in the background cannot hold
+/// up the recorder.
+void PassOn(std::ifstream& output, std::streamoff& passed) {
     char bytes[65536];
     output.clear();
+    output.seekg(passed);  // On Windows, a stream does not read on after the end of the file.
     while (output.read(bytes, sizeof bytes), output.gcount() > 0) {
         std::cout.write(bytes, output.gcount());
+        passed += output.gcount();
     }
     std::cout.flush();
 }
@@ -36,9 +39,10 @@ void PassOn(std::ifstream& output) {
 platform::ProgramEnd WaitAndPassOn(platform::StartedProgram& script, const std::string& outputFile) {
     std::ifstream output(platform::PathFromUtf8(outputFile), std::ios::binary);
     std::optional<platform::ProgramEnd> end;
+    std::streamoff passed = 0;
     while (!end) {
         end = platform::WaitForProgram(script, kBetweenLooks);
-        PassOn(output);
+        PassOn(output, passed);
     }
     return *end;
 }
@@ -78,6 +82,7 @@ int Record(const std::vector<std::string>& arguments) {
         std::cerr << "ventrix-script is started by ventrix; run ventrix instead\n";
         return kExitNoSettings;
     }
+    platform::UseOutput(settings->owner, settings->output);
     WritePackageState(path, ListPackage(settings->package));
     const MarkedFolders copies =
         MarkedFoldersIn(platform::Utf8FromPath(platform::PathFromUtf8(path).parent_path()));

@@ -172,8 +172,9 @@ std::string PrepareScript(const std::string& folder, const std::string& name, co
                           const ScriptSettings& settings) {
     std::string path = folder + "/" + name;
     PlaceRecorder(recorder, path);
-    WriteFields(path + ".settings", {settings.script, settings.package, std::to_string(settings.owner),
-                                     std::to_string(static_cast<int>(settings.last))});
+    WriteFields(path + ".settings",
+                {settings.script, settings.package, std::to_string(settings.owner),
+                 std::to_string(static_cast<int>(settings.last)), std::to_string(settings.output)});
     return path;
 }
 
@@ -198,12 +199,13 @@ ScriptRecord ReadScriptRecord(const std::string& folder, const std::string& name
 
 std::optional<ScriptSettings> TakeScriptSettings(const std::string& path) {
     const std::vector<std::string> fields = ReadFields(path + ".settings");
-    if (fields.size() != 4) {
+    if (fields.size() != 5) {
         return std::nullopt;
     }
     std::error_code ignored;
     fs::remove(platform::PathFromUtf8(path + ".settings"), ignored);
-    return ScriptSettings{fields[0], fields[1], ToNumber<std::int64_t>(fields[2]), fields[3] == "1"};
+    return ScriptSettings{fields[0], fields[1], ToNumber<std::int64_t>(fields[2]), fields[3] == "1",
+                          ToNumber<std::int64_t>(fields[4])};
 }
 
 std::string ScriptOutputFile(const std::string& path) {

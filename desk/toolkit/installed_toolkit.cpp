@@ -13,6 +13,7 @@
 #include "desk/toolkit/toolkit_filter.h"
 #include "desk/toolkit/toolkit_log.h"
 #include "desk/xml/lenient_load.h"
+#include "platform/native_files.h"
 #include "platform/native_roots.h"
 #include "platform/temp_folder.h"
 
@@ -117,11 +118,12 @@ void AppendLibraries(std::vector<std::string>& arguments, const NativePath& fold
 }
 
 /// The start script of a toolkit, and Ant's, hand their arguments to the shell a second time. The path of the
-/// property file is therefore the only one among the arguments, and must mean nothing to the shell.
+/// property file is therefore the only one among the arguments, and must mean nothing to the shell past its
+/// root.
 bool IsSafeArgument(const std::string& path) {
-    return std::ranges::all_of(path, [](unsigned char c) {
+    return std::ranges::all_of(path.substr(platform::NativeRootLength(path)), [](unsigned char c) {
         return std::isalnum(c) != 0 ||
-               std::string_view("/._-+,@").find(static_cast<char>(c)) != std::string_view::npos;
+               std::string_view("/._-+,@~").find(static_cast<char>(c)) != std::string_view::npos;
     });
 }
 
@@ -212,14 +214,19 @@ std::vector<std::string> Arguments(const Toolkit& toolkit, const std::string& wo
 int MoveOutput(const NativePath& from, const NativePath& to, std::string& reason) {
     std::error_code error;
     int pages = 0;
-    fs::create_directories(ToFilesystem(from), error);
-    for (fs::recursive_directory_iterator entry(ToFilesystem(from), error), end; entry != end;
+    const fs::path source = ToFilesystem(from);
+    fs::create_directories(source, error);
+    for (fs::recursive_directory_iterator entry(source, error), end; !error && entry != end;
          entry.increment(error)) {
-        const std::string extension = entry->path().extension().string();
+        const fs::path target = ToFilesystem(to) / entry->path().lexically_relative(source);
+        if (entry->is_directory()) {
+            fs::create_directories(target, error);
+            continue;
+        }
+        const fs::path extension = target.extension();
         pages += extension == ".html" || extension == ".htm" ? 1 : 0;
+        error = platform::CopyReplacing(entry->path(), target);
     }
-    fs::copy(ToFilesystem(from), ToFilesystem(to),
-             fs::copy_options::recursive | fs::copy_options::overwrite_existing, error);
     if (error) {
         reason = to.utf8 + " cannot be written: " + error.message();
     }
@@ -293,8 +300,9 @@ std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitNa
     const std::string& work = folder.Path();
     if (!IsSafeArgument(work)) {
         return "the folder for temporary files, " + work +
-               ", has a name that the toolkit's start script would misread; set TMPDIR to one whose name has "
-               "only letters, digits and \"_\"";
+               ", has a name that the toolkit's start script would misread; set " +
+               std::string(platform::TemporaryFolderVariable()) +
+               " to one whose name has only letters, digits and \"_\"";
     }
     if (std::string problem = WriteProperties(toolkit, run, work); !problem.empty()) {
         return problem;

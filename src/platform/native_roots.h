@@ -16,6 +16,9 @@ bool SystemHasDrives();
 /// What separates the paths of a list in one argument.
 char PathListSeparator();
 
+/// The environment variable that names the folder for temporary files.
+std::string_view TemporaryFolderVariable();
+
 /// The suffixes of programs, of libraries, and of the start scripts that come with Java programs; empty for
 /// none.
 std::string_view ProgramSuffix();

@@ -1,6 +1,7 @@
 // What a program with a command line has from its starter: its arguments and its standard streams.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,13 @@ std::vector<std::string> ProgramArguments(int count, char** arguments);
 
 /// Whether standard error is a terminal that shows colors.
 bool IsErrorTerminal();
+
+/// What UseOutput needs to write to this process's standard error: 0 where programs inherit it from whoever
+/// starts them, on Windows a handle, as the module passes none on.
+std::int64_t OutputToPass();
+
+/// Makes another process's output the standard output of this one. An output of 0 changes nothing.
+void UseOutput(std::int64_t process, std::int64_t output);
 
 /// From now on, writing to a pipe that nobody reads is an error and does not end the process.
 void SurviveClosedPipes();

@@ -2,6 +2,7 @@
 
 #include "desk/command_line.h"
 #include "desk/folder_fixture.h"
+#include "support/links.h"
 
 namespace ventrix::desk {
 namespace {
@@ -18,7 +19,7 @@ TEST_F(LeftoverMarkers, AreTakenOutOfEveryTextFile) {
     Write("r/noextension", group);
     Write("r/cut.html", "<a title='QL_STARTaud'>" + group + "</a>");
     Write("r/image", std::string("\0", 1) + group);
-    std::filesystem::create_symlink(Write("outside.txt", group), Native("r/link"));
+    test::MakeLink(Write("outside.txt", group), Native("r/link"));
     CleanedFiles cleaned;
     CleanFiles({Native("r")}, cleaned);
     EXPECT_EQ(Read("r/p.html"), "<a title='Next' data-twtags='aQL_SEPbQL_SEP'><!--c--></a>");

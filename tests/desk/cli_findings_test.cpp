@@ -7,6 +7,7 @@
 #include "desk/cli/findings_format.h"
 #include "desk/command_line.h"
 #include "desk/xml/xml_handles.h"
+#include "support/test_drives.h"
 
 namespace ventrix::desk {
 namespace {
@@ -46,17 +47,14 @@ class Findings : public testing::Test {
         return RunVentrix(folder, arguments);
     }
 
-    /// What the schema says about the objects, each printed by one run.
+    /// Why the objects, each printed by one run, do not match the schema.
     std::string Check(const std::string& schema, const std::vector<std::string>& objects) {
         std::string lines;
         for (const std::string& object : objects) {
             lines += json::parse(object).dump() + '\n';
         }
         folder.Write("objects", lines);
-        return RunVentrix(folder,
-                          {"-c", "exec /usr/bin/python3 \"$@\"", "sh", VENTRIX_JSON_CHECK, schema, "objects"},
-                          {.program = "/bin/sh"})
-            .out;
+        return test::SchemaProblem(folder, schema, "objects");
     }
 
     test::TestFolder folder;
@@ -132,8 +130,8 @@ TEST_F(Findings, JsonAndSarifMatchTheirSchemas) {
         EXPECT_EQ(all.status, 3) << "the worst";
         printed[format].push_back(all.out);
     }
-    EXPECT_EQ(Check(VENTRIX_FINDINGS_SCHEMA, printed["json"]), "4 objects are valid\n");
-    EXPECT_EQ(Check(VENTRIX_SARIF_STRUCTURE, printed["sarif"]), "4 objects are valid\n");
+    EXPECT_EQ(Check(VENTRIX_FINDINGS_SCHEMA, printed["json"]), "");
+    EXPECT_EQ(Check(VENTRIX_SARIF_STRUCTURE, printed["sarif"]), "");
 
     const json sarif = json::parse(printed["sarif"].back());
     ASSERT_EQ(sarif["runs"].size(), 3U);
@@ -182,9 +180,10 @@ TEST_F(Findings, JunitCountsATestForEachFindingAndEachCleanFile) {
 
 TEST(FindingsFormat, ExpressesEveryPathAndText) {
     RunReport report;
-    report.document = {"/d/a b.dita"};
+    report.document = {test::kDriveZ + "/d/a b.dita"};
     report.exitStatus = 1;
-    report.warnings = {{{"/d/\xff.dita"}, 2, "toolkit", "text \x01 <&\">", 3}, {{}, 0, "log", "lost"}};
+    report.warnings = {{{test::kDriveZ + "/d/\xff.dita"}, 2, "toolkit", "text \x01 <&\">", 3},
+                       {{}, 0, "log", "lost"}};
     for (const char* format : {"json", "sarif"}) {
         const json object = json::parse(FormatFindings(format, {report}), nullptr, false);
         EXPECT_FALSE(object.is_discarded()) << format;
@@ -192,7 +191,7 @@ TEST(FindingsFormat, ExpressesEveryPathAndText) {
     const json sarif = json::parse(FormatFindings("sarif", {report}));
     const json& results = sarif["runs"][0]["results"];
     EXPECT_EQ(results[1]["locations"][0]["physicalLocation"]["artifactLocation"]["uri"],
-              "file:///d/a%20b.dita")
+              (test::kDriveZ.empty() ? "file://" : "file:///Z:") + std::string("/d/a%20b.dita"))
         << "a finding without a file is about the document";
     const std::string junit = FormatFindings("junit", {report});
     const XmlDocument document(

@@ -1,15 +1,17 @@
 #include <gtest/gtest.h>
-#include <pwd.h>
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/published_pages.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
 #include "desk/output/output_checks.h"
+#include "platform/home_folders.h"
 #include "support/test_drives.h"
 
 namespace ventrix::desk {
 namespace {
+
+using test::kDriveZ;
 
 TEST(RequestText, ContainsEveryOptionOfTheCommandLine) {
     EXPECT_EQ(PublishRequest({7, {"Z:\\my out\\"}, {}, {}, {}, {}, {}, {"Z:\\a\"b.txt"}, true}, {}),
@@ -65,17 +67,17 @@ TEST(RunLogTest, ParsesSectionsWarningsAndFailures) {
         "Logarithmus:Datei wird codiert...Z:\\out\\a.xml\r\nFehler:Datei wird codiert...line 1\r\n"
         "Logarithmus:Datei wird codiert...Z:\\out\\b.xml\r\n"
         "Logarithmus:Datei wird decodiert...Z:\\out\\\\x.html\r\nFehler:Datei wird decodiert...\r\n");
-    EXPECT_EQ(log.valid, (std::vector<NativePath>{{"/a.xml"}, {"/b.xml"}}));
-    EXPECT_EQ(log.broken, std::vector<NativePath>{{"/c.png"}});
-    EXPECT_EQ(log.unsaved, std::vector<NativePath>{{"/d.xml"}});
+    EXPECT_EQ(log.valid, (std::vector<NativePath>{{kDriveZ + "/a.xml"}, {kDriveZ + "/b.xml"}}));
+    EXPECT_EQ(log.broken, std::vector<NativePath>{{kDriveZ + "/c.png"}});
+    EXPECT_EQ(log.unsaved, std::vector<NativePath>{{kDriveZ + "/d.xml"}});
     EXPECT_TRUE(log.graphicsOnOtherDrive);
     EXPECT_FALSE(log.documentsOnSeveralDrives);
     EXPECT_EQ(log.encoded, 2U);
     EXPECT_EQ(log.decoded, 1U);
     ASSERT_EQ(log.failed.size(), 2U);
-    EXPECT_EQ(log.failed[0].file.utf8, "/out/a.xml");
+    EXPECT_EQ(log.failed[0].file.utf8, kDriveZ + "/out/a.xml");
     EXPECT_EQ(log.failed[0].reason, "line 1");
-    EXPECT_EQ(log.failed[1].file.utf8, "/out/x.html");
+    EXPECT_EQ(log.failed[1].file.utf8, kDriveZ + "/out/x.html");
 }
 
 TEST(RequestText, OptionIsFoundInAnyCaseAndQuotes) {
@@ -98,9 +100,13 @@ TEST(RequestText, OptionIsFoundInAnyCaseAndQuotes) {
 // Does not run the program, because a failure would then empty these folders.
 TEST(OutputFolder, IsNeverARootOrHomeFolder) {
     const test::TestDrives drives;
-    const std::string holdsDrives = drives.Native("C:").parent_path();
-    for (const std::string& root : {std::string("/"), std::string(getpwuid(getuid())->pw_dir), holdsDrives}) {
-        EXPECT_FALSE(WhyNeverAllowed(root, {}).empty()) << root;
+    std::vector<std::filesystem::path> folders = platform::HomeFolders();
+    std::erase_if(folders, [](const auto& folder) { return !std::filesystem::exists(folder); });
+    ASSERT_FALSE(folders.empty());
+    folders.emplace_back(kDriveZ + "/");
+    folders.push_back(drives.Native("C:").parent_path());
+    for (const std::filesystem::path& folder : folders) {
+        EXPECT_FALSE(WhyNeverAllowed(folder, {}).empty()) << folder;
     }
 }
 

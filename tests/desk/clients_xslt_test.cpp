@@ -2,6 +2,7 @@
 
 #include "desk/clients/saxon.h"
 #include "desk/folder_fixture.h"
+#include "support/links.h"
 #include "support/page_query.h"
 #include "support/text_rows.h"
 
@@ -78,7 +79,7 @@ TEST_F(XsltClient, StylesheetsRun) {
     for (const auto& row : rows) {
         Write("d ü.xml", row.document);
         Write("s ü.xsl", row.stylesheet);
-        std::filesystem::remove(Native("out/p ü.html"));
+        Remove("out/p ü.html");
         EXPECT_EQ(RunHere(), row.output == nullptr ? 1 : 0) << row.what << ": " << record_.reason;
         EXPECT_EQ(Read("out/p ü.html"), row.output == nullptr ? "" : row.output) << row.what;
         EXPECT_EQ(record_.started, 1) << row.what;
@@ -249,7 +250,7 @@ TEST_F(XsltClient, FurtherOutputFilesAreRelativeToTheOutput) {
 TEST_F(XsltClient, FilesAreWrittenInTheOutputFolderOnly) {
     Write("d ü.xml", "<d/>");
     Write("out/inside.txt", "");
-    std::filesystem::create_directory_symlink(Native(), Native("out/link"));
+    test::MakeLink(Native(), Native("out/link"));
     const struct {
         const char *element, *href;
     } rows[] = {
@@ -258,6 +259,9 @@ TEST_F(XsltClient, FilesAreWrittenInTheOutputFolderOnly) {
         {"exsl:document", "%2e%2e/victim.txt"},
     };
     for (const auto& row : rows) {
+        if (!test::kHasLinks && std::string(row.href).starts_with("link/")) {
+            continue;
+        }
         Write("victim.txt", "kept");
         Write("s ü.xsl", TextSheet(std::string("main<") + row.element + " href='" + row.href +
                                    "' method='text'>gone</" + row.element + ">"));
@@ -277,9 +281,9 @@ TEST_F(XsltClient, FilesAreWrittenInTheOutputFolderOnly) {
 TEST_F(XsltClient, TextComesFromThePermittedFoldersOnly) {
     const test::TestFolder elsewhere;
     elsewhere.Write("secret.xml", "<s>secret</s>");
-    const std::string uri = "file://" + elsewhere.Native("secret.xml");
+    const std::string uri = FileUri({elsewhere.Native("secret.xml")});
     Write("e.dtd", "<!ENTITY e SYSTEM '" + uri + "'>");
-    std::filesystem::create_symlink(elsewhere.Native("secret.xml"), Native("link.xml"));
+    test::MakeLink(elsewhere.Native("secret.xml"), Native("link.xml"));
     const struct {
         const char* what;
         std::string document, select;
@@ -290,6 +294,9 @@ TEST_F(XsltClient, TextComesFromThePermittedFoldersOnly) {
         {"document()", "<d/>", "document('" + uri + "')"},
     };
     for (const auto& row : rows) {
+        if (!test::kHasLinks && row.document.find("link.xml") != std::string::npos) {
+            continue;
+        }
         Write("d ü.xml", row.document);
         Write("s ü.xsl", TextSheet("x<xsl:value-of select=\"" + row.select + "\"/>"));
         access_.readable.clear();
@@ -300,7 +307,7 @@ TEST_F(XsltClient, TextComesFromThePermittedFoldersOnly) {
         access_.readable = {{elsewhere.Native()}};
         EXPECT_EQ(RunHere(), 0) << row.what << ": " << record_.reason;
         EXPECT_EQ(Read("out/p ü.html"), "xsecret") << row.what;
-        std::filesystem::remove(Native("out/p ü.html"));
+        Remove("out/p ü.html");
     }
 }
 

@@ -1,14 +1,11 @@
 // Runs `ventrix` as a separate process in a folder of the test.
 #pragma once
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "support/child.h"
 #include "support/test_folder.h"
 
 namespace ventrix::test {
@@ -28,31 +25,26 @@ inline Finished RunVentrix(const TestFolder& folder, std::vector<std::string> ar
                            const RunSettings& settings = {}) {
     const TestFolder streams;
     const std::string out = settings.standardOutput.empty() ? streams.Native("out") : settings.standardOutput;
-    const std::string error = streams.Native("error");
-    arguments.insert(arguments.begin(), "ventrix");
-    std::vector<char*> pointers;
-    for (std::string& argument : arguments) {
-        pointers.push_back(argument.data());
-    }
-    pointers.push_back(nullptr);
-
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addchdir_np(&files, folder.Native().c_str());
-    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT, 0600);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, error.c_str(), O_WRONLY | O_CREAT, 0600);
-    pid_t process = 0;
+    Child child({settings.program, std::move(arguments), folder.Native(), out, streams.Native("error")});
     Finished finished;
-    int status = 0;
-    if (posix_spawn(&process, settings.program.c_str(), &files, nullptr, pointers.data(), environ) == 0 &&
-        waitpid(process, &status, 0) == process) {
-        finished.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-    }
-    posix_spawn_file_actions_destroy(&files);
+    finished.status = child.Await();
     finished.out = settings.standardOutput.empty() ? streams.Read("out") : "";
     finished.error = streams.Read("error");
     return finished;
+}
+
+/// Why the objects in a file of the folder, one on a line, do not match a schema; empty if they do. The
+/// checker is a program of POSIX; what it checks is the same on Windows.
+inline std::string SchemaProblem(const TestFolder& folder, const std::string& schema,
+                                 const std::string& file) {
+#ifdef _WIN32
+    return {};
+#else
+    const Finished checked = RunVentrix(
+        folder, {"-c", "PATH=/usr/bin:$PATH; exec python3 \"$@\"", "sh", VENTRIX_JSON_CHECK, schema, file},
+        {.program = "/bin/sh"});
+    return checked.status == 0 ? "" : checked.out + checked.error + "(no valid objects)";
+#endif
 }
 
 }  // namespace ventrix::test

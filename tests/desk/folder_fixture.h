@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include "support/test_folder.h"
+#include "support/test_drives.h"
 
 namespace ventrix::desk {
 
 class FolderFixture : public testing::Test, protected test::TestFolder {
   protected:
-    FolderFixture() { platform::SetProcessDrives({{"Z:\\", "/"}}); }
+    FolderFixture() { platform::SetProcessDrives(test::kSystemDrives); }
 };
 
 }  // namespace ventrix::desk

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "desk/host/desk_host.h"
+#include "platform/native_roots.h"
 #include "support/test_folder.h"
 
 namespace ventrix::desk {
@@ -54,7 +55,9 @@ TEST(DeskHostTest, ModuleThatDoesNotStartIsReportedInOneLine) {
     } rows[] = {
         {folder.Native("no.so"), "the module is missing: "},
         {folder.Write("text.so", "text"), "the module cannot be loaded: "},
-        {VENTRIX_PROGRAM, "the module cannot be loaded: "},
+        // A system that does not load programs as libraries says so.
+        {VENTRIX_PROGRAM,
+         platform::LibrarySuffix() == ".so" ? "the module cannot be loaded: " : "the module has no export "},
         {VENTRIX_REFUSING_MODULE, "the module does not connect to this host: "},
         {VENTRIX_UNREGISTERED_MODULE, "the module does not connect to this host: "},
     };
@@ -68,14 +71,14 @@ TEST(DeskHostTest, ModuleThatDoesNotStartIsReportedInOneLine) {
 
 TEST(DeskHostTest, ValidateSeesMissingAndUnsavedFiles) {
     const test::TestFolder folder;
-    const std::string log = "Z:" + folder.Native("log.txt");
+    const std::string log = folder.System("log.txt");
     DeskHost host({});
     ASSERT_EQ(host.LoadModule({VENTRIX_MODULE}), "");
     DocumentFiles files;
     files.refused = false;
     const NativePath document{folder.Write("a.xml", "<a/>")};
     files.files = {{"documentType", document, ""}, {"graphicsType", {folder.Native("gone.png")}, ""}};
-    const std::uint32_t id = host.AddDocument({"Z:" + document.utf8}, files);
+    const std::uint32_t id = host.AddDocument(*ToSystem(document), files);
     const std::string request = "Validate -docId " + std::to_string(id) + " -logFile \"" + log + "\"";
 
     EXPECT_EQ(std::get<std::int32_t>(host.CallModule(request)->at(0)), 1) << "a missing file";
@@ -93,7 +96,7 @@ int ValidateInAHostThatOwnsResults() {
     DocumentFiles files;
     files.files = {{"documentType", {folder.Write("a.xml", "<a/>")}, ""}};
     const std::string id = std::to_string(host.AddDocument(*ToSystem(files.files[0].path), files));
-    const auto reply = host.CallModule("Validate -docId " + id + " -logFile Z:" + folder.Native("log.txt"));
+    const auto reply = host.CallModule("Validate -docId " + id + " -logFile " + folder.System("log.txt"));
     host.ReleaseModule();
     return reply && std::get<std::int32_t>(reply->at(0)) == 0 && host.HeldReferences() == 0 ? 0 : 1;
 }

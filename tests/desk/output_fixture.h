@@ -18,8 +18,8 @@ class OutputFixture : public FolderFixture {
         namespace fs = std::filesystem;
         Tree tree;
         for (const auto& entry : fs::recursive_directory_iterator(Native(folder))) {
-            const std::string name = entry.path().lexically_relative(Native(folder)).string();
-            const std::string whole = entry.path().lexically_relative(Native()).string();
+            const std::string name = platform::Utf8FromPath(entry.path().lexically_relative(Native(folder)));
+            const std::string whole = platform::Utf8FromPath(entry.path().lexically_relative(Native()));
             const bool isMark =
                 entry.path().filename() == kResultMark || entry.path().filename() == kFailedMark;
             tree[name] = entry.is_symlink()     ? "@"

@@ -2,6 +2,7 @@
 
 #include "desk/output/entries.h"
 #include "output_fixture.h"
+#include "support/links.h"
 
 namespace fs = std::filesystem;
 
@@ -11,11 +12,14 @@ namespace {
 using ManifestFile = OutputFixture;
 
 TEST_F(ManifestFile, ListedEntriesAreKnownUntilTheyAreEdited) {
-    const std::vector<std::string> names = {"a.html", "sub/b c.html", "sub/\xC3\xA4.html", "bad\xFF.html"};
+    std::vector<std::string> names = {"a.html", "sub/b c.html", "sub/\xC3\xA4.html"};
+    if (test::kHasAnyNames) {
+        names.emplace_back("bad\xFF.html");
+    }
     for (const std::string& name : names) {
         Write("out/" + name, "page");
     }
-    fs::create_symlink("a.html", Native("out/link"));
+    test::MakeLink("a.html", Native("out/link"));
     Manifest written;
     written.mark = kResultMark;
     written.request = "Publish \xFF";
@@ -27,10 +31,10 @@ TEST_F(ManifestFile, ListedEntriesAreKnownUntilTheyAreEdited) {
     const Manifest manifest = ReadManifest(Native("out"), kResultMark);
     EXPECT_TRUE(manifest.readable);
     EXPECT_TRUE(IsUnmodified(manifest, Native("out"), kResultMark));
-    EXPECT_TRUE(IsUnmodified(manifest, Native("out"), "link"));
+    EXPECT_EQ(IsUnmodified(manifest, Native("out"), "link"), test::kHasLinks);
     EXPECT_TRUE(IsUnmodified(manifest, Native("out"), "sub"));
     for (const std::string& name : names) {
-        EXPECT_TRUE(IsUnmodified(manifest, Native("out"), name)) << name;
+        EXPECT_TRUE(IsUnmodified(manifest, Native("out"), platform::PathFromUtf8(name))) << name;
     }
     Write("out/a.html", "other");
     fs::last_write_time(Native("out/sub/b c.html"), fs::file_time_type::clock::now() + std::chrono::hours(1));

@@ -44,7 +44,11 @@ struct Group {
 std::vector<Match> MatchOf(const std::vector<Group>& carriers, const std::vector<Group>& arrivals) {
     SourceTrace sources;
     for (const Group& group : carriers) {
-        sources.carriers.push_back({group.group, group.words, {group.file, 1, "/x", ""}, {{0, 0}}});
+        Carrier& carrier = sources.carriers.emplace_back();
+        carrier.group = group.group;
+        carrier.context = group.words;
+        carrier.place = {group.file, 1, "/x", ""};
+        carrier.items = {{0, 0}};
     }
     ResultTrace result;
     std::vector<int> sourceOfPage;

@@ -3,12 +3,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <csignal>
-
 #include "desk/folder_fixture.h"
 #include "platform/child_process.h"
 #include "platform/process.h"
-#include "support/processes.h"
+#include "support/child.h"
+#include "support/links.h"
+#include "support/scripts.h"
 
 namespace ventrix::desk {
 namespace {
@@ -16,24 +16,28 @@ namespace {
 class ScriptRecordTest : public FolderFixture {
   protected:
     ScriptRecordTest() { platform::OwnStartedPrograms(); }
-    ~ScriptRecordTest() override { platform::EndStartedPrograms(); }
+    ~ScriptRecordTest() override {
+        platform::EndStartedPrograms();
+        close(shown_);
+    }
 
     /// Prepares the script and starts it as the module does, with `shown` as the standard output.
     platform::ProcessHandle Start(const std::string& script) {
         std::filesystem::remove_all(Native("private"));
         std::filesystem::create_directory(Native("private"));
-        const std::string path = PrepareScript(Native("private"), kPreScript, VENTRIX_RECORDER,
-                                               {Native(script), Native("package"), platform::ProcessId()});
+        close(shown_);
+        shown_ = open(Native("shown").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        const std::string path = PrepareScript(
+            Native("private"), kPreScript, VENTRIX_RECORDER,
+            {Native(script), Native("package"), platform::ProcessId(), false, test::PassedOutput(shown_)});
         platform::ProcessHandle process;
         const std::string command =
             "\"" + platform::ToSystem(path).value() + "\" \"" + System("package/d ö.xml") + "\"";
         const int output = dup(STDOUT_FILENO);
-        const int shown = open(Native("shown").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        dup2(shown, STDOUT_FILENO);
+        dup2(shown_, STDOUT_FILENO);
         EXPECT_EQ(platform::StartProcess(command, process), platform::kErrorNone);
         dup2(output, STDOUT_FILENO);
         close(output);
-        close(shown);
         return process;
     }
     ScriptRecord Run(const std::string& script) {
@@ -42,56 +46,63 @@ class ScriptRecordTest : public FolderFixture {
         return Record();
     }
     ScriptRecord Record() { return ReadScriptRecord(Native("private"), kPreScript); }
+
+    int shown_ = dup(STDOUT_FILENO);  ///< A file; one that is open even before the first script starts.
 };
 
 TEST_F(ScriptRecordTest, DescribesHowAScriptEnded) {
-    WriteProgram("fine", "#!/bin/sh\ncat >/dev/null\ncd /\n");
-    WriteProgram("three", "#!/bin/sh\necho out\necho err >&2\nexit 3\n");
-    WriteProgram("killed", "#!/bin/sh\necho before\nkill -SEGV $$\n");
+    WriteScript(*this, "fine", "input\n");
+    WriteScript(*this, "three", "print out\ncomplain err\nexit 3\n");
+    WriteScript(*this, "killed", "print before\nsignal 9\n");
+    Write("garbage.exe", std::string("\x7F"
+                                     "ELF\0\0\0\0garbage",
+                                     15));
+    std::filesystem::permissions(Native("garbage.exe"), std::filesystem::perms::owner_all);
     WriteProgram("lost", "#!/no/such/interpreter\n");
-    WriteProgram("garbage", std::string("\x7F"
-                                        "ELF\0\0\0\0garbage",
-                                        15));
     Write("plain", "#!/bin/sh\n");
-    const struct {
-        const char* script;
+    struct Row {
+        std::string script;
         ScriptState state;
-        const char* failure;  // After the script's path.
+        std::string failure;  ///< After the script's path.
         std::vector<std::string> lastLines;
-    } rows[] = {
-        {"fine", ScriptState::kEnded, "", {}},
-        {"three", ScriptState::kEnded, " failed with exit status 3", {"out", "err"}},
-        {"killed", ScriptState::kEnded, " was terminated by signal 11", {"before"}},
-        {"lost",
-         ScriptState::kNotStarted,
-         " cannot be started: its interpreter /no/such/interpreter does not exist",
-         {}},
-        {"garbage", ScriptState::kNotStarted, " is not a program that this system can run", {}},
-        {"plain",
-         ScriptState::kNotStarted,
-         " cannot be started: the file or its interpreter is not executable",
-         {}},
     };
-    for (const auto& row : rows) {
+    std::vector<Row> rows = {
+        {test::ScriptFile("fine"), ScriptState::kEnded, "", {}},
+        {test::ScriptFile("three"), ScriptState::kEnded, " failed with exit status 3", {"out", "err"}},
+        {"garbage.exe", ScriptState::kNotStarted, " is not a program that this system can run", {}},
+    };
+    if (test::kHasShell) {
+        rows.push_back({"killed", ScriptState::kEnded, " was terminated by signal 9", {"before"}});
+        rows.push_back({"lost",
+                        ScriptState::kNotStarted,
+                        " cannot be started: its interpreter /no/such/interpreter does not exist",
+                        {}});
+        rows.push_back({"plain",
+                        ScriptState::kNotStarted,
+                        " cannot be started: the file or its interpreter is not executable",
+                        {}});
+    }
+    for (const Row& row : rows) {
         const ScriptRecord record = Run(row.script);
         EXPECT_EQ(record.state, row.state) << row.script;
         EXPECT_EQ(record.lastLines, row.lastLines) << row.script;
-        EXPECT_EQ(Succeeded(record), *row.failure == '\0') << row.script;
+        EXPECT_EQ(Succeeded(record), row.failure.empty()) << row.script;
         EXPECT_EQ(DescribeFailure(record, Native(row.script)),
-                  *row.failure == '\0' ? "" : Native(row.script) + row.failure);
+                  row.failure.empty() ? "" : Native(row.script) + row.failure);
     }
 }
 
 TEST_F(ScriptRecordTest, DistinguishesAScriptThatWasNotCalledFromALostRecord) {
-    WriteProgram("waits", "#!/bin/sh\necho begun\necho $$ >\"$(dirname \"$0\")/pid\"\nsleep 20\n");
-    platform::ProcessHandle process = Start("waits");
+    WriteScript(*this, "waits", "print begun\nnumber $here/pid\nsleep 20\n");
+    platform::ProcessHandle process = Start(test::ScriptFile("waits"));
     ASSERT_TRUE(test::Eventually([&] { return test::IsRunning(Native("pid")); }));
-    kill(static_cast<pid_t>(process.id), SIGKILL);
+    test::KillStarted(process);
     platform::WaitForProcess(process);
     EXPECT_EQ(Record().state, ScriptState::kUnknown);
     EXPECT_EQ(Record().lastLines, std::vector<std::string>{"begun"});
     EXPECT_NE(DescribeFailure(Record(), "waits"), "");
 
+    platform::EndStartedPrograms();  // Windows removes no file that is open.
     std::filesystem::remove_all(Native("private"));
     std::filesystem::create_directory(Native("private"));
     PrepareScript(Native("private"), kPreScript, VENTRIX_RECORDER, {Native("waits"), "", 1});
@@ -101,14 +112,22 @@ TEST_F(ScriptRecordTest, DistinguishesAScriptThatWasNotCalledFromALostRecord) {
 
 TEST_F(ScriptRecordTest, ScriptGetsTheDocumentAndItsOwnNameAndThePackageIsNotedBefore) {
     Write("package/d ö.xml", "<d/>");
-    Write("package/img/a\nb.png", "12345");
-    std::filesystem::create_symlink("..", Native("package/up"));
-    WriteProgram("script", "#!/bin/sh\nprintf '%s\\n' \"$0\" \"$#\" \"$1\"\necho changed >\"$1\"\n");
+    const std::string picture = test::kHasShell ? "img/a\nb.png" : "img/a b.png";
+    Write("package/" + picture, "12345");
+    test::MakeLink("..", Native("package/up"));
+    WriteScript(*this, "script", "print $0\nprint $#\nprint $1\noverwrite changed $1\n");
+    const auto now = std::filesystem::file_time_type::clock::now();
+    std::filesystem::last_write_time(platform::PathFromUtf8(Native("package/d ö.xml")),
+                                     now - std::chrono::hours(1));
     const std::vector<PackageFile> before = ListPackage(Native("package"));
-    const ScriptRecord record = Run("script");
-    EXPECT_EQ(record.lastLines, (std::vector<std::string>{Native("script"), "1", Native("package/d ö.xml")}));
+    const ScriptRecord record = Run(test::ScriptFile("script"));
+    const std::string script = test::ScriptFile("script");
+    const std::string document = "package/d ö.xml";
+    EXPECT_EQ(record.lastLines, test::kHasShell
+                                    ? (std::vector<std::string>{Native(script), "1", Native(document)})
+                                    : (std::vector<std::string>{System(script), "1", System(document)}));
     ASSERT_EQ(record.package.size(), 2U);
-    EXPECT_EQ(record.package[1].name, "img/a\nb.png");
+    EXPECT_EQ(record.package[1].name, picture);
     EXPECT_EQ(record.package[1].size, 5U);
     EXPECT_EQ(record.package, before);
     const std::vector<PackageFile> after = ListPackage(Native("package"));
@@ -121,16 +140,16 @@ TEST_F(ScriptRecordTest, KeepsTheLastLinesOfAnyOutput) {
         const char* body;
         std::vector<std::string> lastLines;
     } rows[] = {
-        {"seq 1000000",
+        {"count 1000000",
          {"999991", "999992", "999993", "999994", "999995", "999996", "999997", "999998", "999999",
           "1000000"}},
-        {"head -c 1000000 /dev/zero | tr '\\0' x; printf '\\n\\tend\\r\\n'", {"\tend"}},
-        {"printf '\\303\\274 \\303 \\377 \\355\\240\\200 \\033[1m \\0 \\177'", {"ü ? ? ??? ?[1m ? ?"}},
-        {"head -c 10000000 /dev/zero | tr '\\0' x", {std::string(4096, 'x')}},
+        {"fill 1000000 x\nput \\n\\tend\\r\\n", {"\tend"}},
+        {"put \\xc3\\xbc \\xc3 \\xff \\xed\\xa0\\x80 \\x1b[1m \\x00 \\x7f", {"ü ? ? ??? ?[1m ? ?"}},
+        {"fill 10000000 x", {std::string(4096, 'x')}},
     };
     for (const auto& row : rows) {
-        WriteProgram("script", std::string("#!/bin/sh\n") + row.body + "\n");
-        const ScriptRecord record = Run("script");
+        WriteScript(*this, "script", std::string(row.body) + "\n");
+        const ScriptRecord record = Run(test::ScriptFile("script"));
         EXPECT_TRUE(Succeeded(record));
         EXPECT_EQ(record.lastLines, row.lastLines) << row.body;
         EXPECT_EQ(Read("shown"), Read("private/pre-script.output"));
@@ -138,10 +157,9 @@ TEST_F(ScriptRecordTest, KeepsTheLastLinesOfAnyOutput) {
 }
 
 TEST_F(ScriptRecordTest, BackgroundProgramsDoNotDelayTheRunAndEndWithIt) {
-    WriteProgram("script",
-                 "#!/bin/sh\ncd \"$(dirname \"$0\")\"\nsh -c 'echo $$ >pid; sleep 20; echo late >late' &\n"
-                 "until [ -s pid ]; do sleep 0.02; done\n");
-    EXPECT_TRUE(Succeeded(Run("script")));
+    Write("background", test::ScriptWith("number $here/pid\nsleep 20\n"));
+    WriteScript(*this, "script", "start $here/background\nawait $here/pid\n");
+    EXPECT_TRUE(Succeeded(Run(test::ScriptFile("script"))));
     EXPECT_TRUE(test::IsRunning(Native("pid")));
     platform::EndStartedPrograms();
     EXPECT_FALSE(test::IsRunning(Native("pid")));

@@ -23,7 +23,7 @@ TEST_F(DtdRecovery, EntitiesOfACataloguedDtdReachThePage) {
         R"(<public publicId="-//ACME//DTD Topic//EN" uri="dtd%20%C3%BC/acme%20x.dtd"/>)"
         R"(<public publicId="-//OASIS//DTD DITA Topic//EN" uri="dtd%20%C3%BC/acme%20x.dtd"/></catalog>)");
     drives_.Write(R"(C:\src\page.xsl)", kStylesheet);
-    catalog_ = drives_.Native(R"(D:\catalog.xml)").string();
+    catalog_ = platform::ToNative(drives_.Seen(R"(D:\catalog.xml)"));
     const std::string prologs[] = {
         R"(<?xml version="1.0"?><!DOCTYPE topic PUBLIC "-//ACME//DTD Topic//EN" "http://acme.example/t.dtd">)",
         R"(<!DOCTYPE topic SYSTEM "http://elsewhere.example/topic.dtd" [<!ENTITY own "own">]>)",
@@ -54,13 +54,14 @@ TEST_F(DtdRecovery, WithoutADtdTheDocumentIsUnchanged) {
     drives_.Write(R"(D:\catalog.xml)",
                   R"(<catalog xmlns="urn:oasis:names:tc:entity:xmlns:xml:catalog">)"
                   R"(<public publicId="-//ACME//DTD Topic//EN" uri="gone.dtd"/></catalog>)");
-    catalog_ = drives_.Native(R"(D:\catalog.xml)").string();
+    catalog_ = platform::ToNative(drives_.Seen(R"(D:\catalog.xml)"));
     const std::string document =
         std::string(R"(<!DOCTYPE topic PUBLIC "-//ACME//DTD Topic//EN" "http://acme.example/t.dtd">)") +
         kText;
     drives_.Write(R"(C:\src\t.dita)", document);
-    drives_.WriteScript(R"(C:\src\keep.sh)", "cp \"$1\" \"$1.kept\"\n");
-    Publish("builtin", R"(C:\src\t.dita)", R"(-useDITAOT -attributes audience -usePreScript C:\src\keep.sh)");
+    const std::string script = test::ScriptFile(R"(C:\src\keep)");
+    drives_.WriteScript(script, "copy $1 $1.kept\n");
+    Publish("builtin", R"(C:\src\t.dita)", "-useDITAOT -attributes audience -usePreScript " + script);
     EXPECT_EQ(drives_.Read(R"(C:\out\t.dita.kept)"), document);
     EXPECT_NE(drives_.Read(R"(C:\log.txt)").find("undefined entity"), std::string::npos);
     EXPECT_FALSE(drives_.Exists(R"(C:\out\t.dita.ql.temp)"));

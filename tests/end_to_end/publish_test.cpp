@@ -29,14 +29,14 @@ class EndToEnd : public test::Publishing {
 TEST_F(EndToEnd, WorkedExampleIsPublished) {
     ExpectOutput("worked-example", R"(C:\src\press.dita)",
                  R"(-useXSLT C:\src\page.xsl -attributes audience -elements uicontrol -addXpath)");
-    EXPECT_EQ(resultFolder_, R"(C:\out\)");
+    EXPECT_EQ(resultFolder_, drives_.Seen(R"(C:\out\)"));
 }
 
 TEST_F(EndToEnd, SmallMapIsPublished) {
     ExpectOutput("small-map", R"(C:\src\maps\guide.ditamap)",
                  "-useDITAOT -attributes audience,product,platform -elements uicontrol,term "
                  "-addSourcePath p -sourcePathAttr data-from");
-    EXPECT_EQ(resultFolder_, R"(C:\out\build-guide.ditamap\\xhtml\maps\)");
+    EXPECT_EQ(resultFolder_, drives_.Seen(R"(C:\out\build-guide.ditamap\\xhtml\maps\)"));
 }
 
 }  // namespace

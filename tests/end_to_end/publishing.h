@@ -32,10 +32,13 @@ class Publishing : public testing::Test {
         host.AddClient("Dita OT", desk::MakeDitaOtClient(settings, access_, record_));
         EXPECT_EQ(host.LoadModule({VENTRIX_MODULE}), "");
         const auto id =
-            host.AddDocument({document}, desk::ListDocumentFiles({drives_.Native(document).string()}));
-        const std::string arguments = " -docId " + std::to_string(id) + R"( -logFile C:\log.txt )";
+            host.AddDocument({drives_.Seen(document)},
+                             desk::ListDocumentFiles(desk::FromFilesystem(drives_.Native(document))));
+        const std::string arguments =
+            " -docId " + std::to_string(id) + drives_.Seen(R"( -logFile C:\log.txt )");
         host.CallModule("Validate" + arguments);
-        const auto reply = host.CallModule("Publish" + arguments + R"(-outputFolder C:\out\ )" + options);
+        const auto reply =
+            host.CallModule("Publish" + arguments + drives_.Seen(R"(-outputFolder C:\out\ )" + options));
         EXPECT_EQ(record_.failed, 0) << record_.reason;
         std::map<std::string, std::string> pages;
         if (!reply || reply->size() != 3) {
@@ -48,8 +51,8 @@ class Publishing : public testing::Test {
         for (const auto& entry :
              std::filesystem::recursive_directory_iterator(drives_.Native(R"(C:\out\)"))) {
             if (entry.path().extension() == ".html") {
-                pages[entry.path().lexically_relative(folder).string()] =
-                    drives_.Read(*platform::ToSystem(entry.path().string()));
+                pages[platform::Utf8FromPath(entry.path().lexically_relative(folder))] =
+                    drives_.Read(*platform::ToSystem(platform::Utf8FromPath(entry.path())));
             }
         }
         return pages;
@@ -65,7 +68,7 @@ class Publishing : public testing::Test {
             }
         }
     }
-    TestDrives drives_;
+    TestDrives drives_{TestDrives::For::kLibraries};
     std::string catalog_;       ///< A native path; empty for the machine's own catalogs only.
     std::string resultFolder_;  ///< Of the last reply.
     desk::FileAccess access_;

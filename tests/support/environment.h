@@ -2,15 +2,20 @@
 #pragma once
 
 #include <cstdlib>
+#include <optional>
 #include <string>
+
+#include "platform/environment.h"
 
 namespace ventrix::test {
 
-/// The variable that names the folder for temporary files.
+/// The variables that name the folder for temporary files and the user's own folder.
 #ifdef _WIN32
 inline constexpr char kTemporary[] = "TMP";
+inline constexpr char kHome[] = "USERPROFILE";
 #else
 inline constexpr char kTemporary[] = "TMPDIR";
+inline constexpr char kHome[] = "HOME";
 #endif
 
 inline void RemoveVariable(const char* name) {
@@ -20,5 +25,27 @@ inline void RemoveVariable(const char* name) {
     ::unsetenv(name);
 #endif
 }
+
+/// Sets a variable, for child processes too, as long as the object exists.
+class VariableChange {
+  public:
+    VariableChange(const char* name, const std::string& value)
+        : name_(name), before_(platform::EnvironmentValue(name)) {
+        platform::SetEnvironmentValue(name, value);
+    }
+    ~VariableChange() {
+        if (before_) {
+            platform::SetEnvironmentValue(name_, *before_);
+        } else {
+            RemoveVariable(name_);
+        }
+    }
+    VariableChange(const VariableChange&) = delete;
+    VariableChange& operator=(const VariableChange&) = delete;
+
+  private:
+    const char* name_;
+    std::optional<std::string> before_;
+};
 
 }  // namespace ventrix::test

@@ -7,15 +7,37 @@
 #include <string>
 #include <vector>
 
+#include "support/scripts.h"
 #include "support/test_folder.h"
 
 namespace ventrix::test {
 
+/// The native path of Z:, without a closing slash. On Windows it is the system's own, under Wine for the root
+/// folder. kSystemDrives is the table of a run without drives of its own.
+#ifdef _WIN32
+inline const std::string kDriveZ = "Z:";
+inline const platform::Drive kWholeSystem = {R"(Z:\)", "Z:"};
+inline const platform::DriveTable kSystemDrives;
+#else
+inline const std::string kDriveZ;
+inline const platform::Drive kWholeSystem = {R"(Z:\)", "/"};
+inline const platform::DriveTable kSystemDrives = {kWholeSystem};
+#endif
+
 class TestDrives {
   public:
-    TestDrives() {
+    /// Who sees the drives: this program only, or libraries that it loads, too. On Windows those know the
+    /// system's drives only, so that the paths are those of the folder, which Seen gives.
+    enum class For { kProgram, kLibraries };
+
+    explicit TestDrives(For whom = For::kProgram)
+        : isSystemPath_(whom == For::kLibraries && kSystemDrives.empty()) {
         for (const char* drive : {"c", "d", "server"}) {
             std::filesystem::create_directory(root_.Native(drive));
+        }
+        if (isSystemPath_) {
+            platform::SetProcessDrives({});
+            return;
         }
         platform::SetProcessDrives({kWholeSystem,
                                     {R"(C:\)", root_.Native("c")},
@@ -26,16 +48,29 @@ class TestDrives {
     TestDrives(const TestDrives&) = delete;
     TestDrives& operator=(const TestDrives&) = delete;
 
+    /// The text with each path on C: and D: as whoever the drives are for sees it.
+    std::string Seen(std::string text) const {
+        for (const char* drive : {"C:\\", "D:\\"}) {
+            const std::string folder = root_.System(drive[0] == 'C' ? "c" : "d") + '\\';
+            for (std::size_t at = text.find(drive); isSystemPath_ && at != std::string::npos;
+                 at = text.find(drive, at + folder.size())) {
+                text.replace(at, 3, folder);
+            }
+        }
+        return text;
+    }
+
     std::filesystem::path Native(const std::string& path) const {
-        return platform::PathFromUtf8(platform::ToNative(path));
+        return platform::PathFromUtf8(NativeText(path));
     }
 
     void Write(const std::string& path, const std::string& content) const {
-        root_.Write(platform::ToNative(path), content);
+        root_.Write(NativeText(path), content);
     }
 
-    void WriteScript(const std::string& path, const std::string& body) const {
-        root_.WriteProgram(platform::ToNative(path), "#!/bin/sh\n" + body);
+    /// Writes a script, whose path ends in kScriptSuffix, with these steps (scripts.h).
+    void WriteScript(const std::string& path, const std::string& steps) const {
+        root_.WriteProgram(NativeText(path), ScriptWith(steps));
     }
 
     void MakeFolder(const std::string& path) const { std::filesystem::create_directories(Native(path)); }
@@ -44,7 +79,7 @@ class TestDrives {
 
     /// The content of the file, or "(missing)".
     std::string Read(const std::string& path) const {
-        return Exists(path) ? root_.Read(platform::ToNative(path)) : "(missing)";
+        return Exists(path) ? root_.Read(NativeText(path)) : "(missing)";
     }
 
     /// Everything below the folder, sorted and relative to it; folders end in a backslash.
@@ -63,13 +98,9 @@ class TestDrives {
     }
 
   private:
-#ifdef _WIN32
-    // Z: is the system's own, under Wine for the root folder.
-    inline static const platform::Drive kWholeSystem = {R"(Z:\)", "Z:"};
-#else
-    inline static const platform::Drive kWholeSystem = {R"(Z:\)", "/"};
-#endif
+    std::string NativeText(const std::string& path) const { return platform::ToNative(Seen(path)); }
 
+    const bool isSystemPath_;
     const platform::DriveTable former_ = platform::ProcessDrives();
     const TestFolder root_;
 };

@@ -50,6 +50,8 @@ class TestFolder {
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
+    void Remove(const std::string& name) const { std::filesystem::remove(PathOf(name)); }
+
     /// Whether there is an entry; a dangling link counts.
     bool Exists(const std::string& name) const {
         return std::filesystem::exists(std::filesystem::symlink_status(PathOf(name)));

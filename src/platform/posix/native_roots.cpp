@@ -14,6 +14,10 @@ char PathListSeparator() {
     return ':';
 }
 
+std::string_view TemporaryFolderVariable() {
+    return "TMPDIR";
+}
+
 std::string_view ProgramSuffix() {
     return {};
 }

@@ -7,7 +7,8 @@
 #include "platform/win32/system_calls.h"
 
 // The tree of a program is part of this process's job (process_group.h), and so is what the program leaves
-// running. A program that the recorder starts is part of the job of the run, as the recorder is.
+// running. A program that the recorder starts is part of the job of the run, as the recorder is; a job of the
+// recorder's own would end with it and take along what runs in the background.
 
 namespace ventrix::platform {
 namespace {
@@ -163,7 +164,9 @@ StartedProgram StartProgram(const ProgramStart& start) {
         result.notStarted = WhyNotStarted(::GetLastError(), program);
         return result;
     }
-    OwnProcessGroup();
+    if (start.owner == 0 || start.owner == ProcessId()) {
+        OwnProcessGroup();
+    }
     std::wstring line = CommandLine(start.arguments);
     std::wstring environment = EnvironmentBlock(start);
     Streams streams(start.outputFile);

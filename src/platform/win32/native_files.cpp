@@ -23,8 +23,21 @@ bool IsMissing(::DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_DIRECTORY;
 }
 
-EntryKind KindOf(::DWORD attributes) {
-    if ((attributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE)) != 0) {
+/// Whether a reparse point is a link or a junction. Others, such as those of files that a cloud keeps, look
+/// like what they stand for, and so does the root of a drive.
+bool IsLink(const std::wstring& path) {
+    ::WIN32_FIND_DATAW found = {};
+    const HANDLE search = ::FindFirstFileW(path.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    ::FindClose(search);
+    return found.dwReserved0 == IO_REPARSE_TAG_SYMLINK || found.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT;
+}
+
+EntryKind KindOf(const std::wstring& path, ::DWORD attributes) {
+    if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0 ||
+        ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLink(path))) {
         return EntryKind::kOther;
     }
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? EntryKind::kFolder : EntryKind::kFile;
@@ -56,14 +69,15 @@ std::error_code ReadAll(HANDLE file, std::uint64_t expected, std::uint64_t limit
 std::optional<EntryStatus> StatusOfEntry(const fs::path& path, std::error_code& error) {
     error.clear();
     ::WIN32_FILE_ATTRIBUTE_DATA found = {};
-    if (::GetFileAttributesExW(CallPathFrom(path).c_str(), GetFileExInfoStandard, &found) == 0) {
+    const std::wstring name = CallPathFrom(path);
+    if (::GetFileAttributesExW(name.c_str(), GetFileExInfoStandard, &found) == 0) {
         const ::DWORD reason = ::GetLastError();
         if (!IsMissing(reason)) {
             error = PortableError(reason);
         }
         return std::nullopt;
     }
-    const EntryKind kind = KindOf(found.dwFileAttributes);
+    const EntryKind kind = KindOf(name, found.dwFileAttributes);
     const std::uint64_t size = (std::uint64_t{found.nFileSizeHigh} << 32) | found.nFileSizeLow;
     return EntryStatus{kind, kind == EntryKind::kFolder ? 0 : size,
                        NanosecondsSince1970(found.ftLastWriteTime)};

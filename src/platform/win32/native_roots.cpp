@@ -28,6 +28,10 @@ char PathListSeparator() {
     return ';';
 }
 
+std::string_view TemporaryFolderVariable() {
+    return "TMP";
+}
+
 std::string_view ProgramSuffix() {
     return ".exe";
 }

@@ -36,6 +36,27 @@ bool IsErrorTerminal() {
            ::SetConsoleMode(error, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+std::int64_t OutputToPass() {
+    return reinterpret_cast<std::intptr_t>(::GetStdHandle(STD_ERROR_HANDLE));
+}
+
+void UseOutput(std::int64_t process, std::int64_t output) {
+    const Handle owner(::OpenProcess(PROCESS_DUP_HANDLE, FALSE, static_cast<DWORD>(process)));
+    HANDLE copy = nullptr;
+    if (output == 0 || !owner.IsOpen() ||
+        ::DuplicateHandle(owner.Get(), reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(output)),
+                          ::GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS) == 0) {
+        return;
+    }
+    if (::_fileno(stdout) < 0) {
+        // Without an output of its own, the process has no file that another could take the place of.
+        std::freopen("NUL", "wb", stdout);
+    }
+    const int file = ::_open_osfhandle(reinterpret_cast<std::intptr_t>(copy), _O_BINARY);
+    ::_dup2(file, ::_fileno(stdout));
+    ::_close(file);
+}
+
 void SurviveClosedPipes() {}
 
 bool WroteToClosedPipe() {

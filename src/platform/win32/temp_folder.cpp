@@ -1,6 +1,7 @@
 #include "platform/temp_folder.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 
@@ -27,9 +28,33 @@ std::wstring AsciiForm(const std::wstring& path) {
     return shortForm.empty() ? path : shortForm;
 }
 
+std::wstring FinalPath(HANDLE file) {
+    return TextFromCall(
+        [&](wchar_t* buffer, DWORD size) { return ::GetFinalPathNameByHandleW(file, buffer, size, 0); });
+}
+
+/// Closes what this process has open in the folder. For a process that ends now: the module, which stands
+/// still, has its log open, and nobody may remove an open file.
+void CloseFilesIn(const std::string& folder) {
+    constexpr std::uintptr_t kLastHandle = 0x4000;
+    const std::wstring inFolder = FinalPath(OpenForProperties(CallPath(folder)).Get()) + L'\\';
+    for (std::uintptr_t value = 4; value <= kLastHandle; value += 4) {
+        const auto handle = reinterpret_cast<HANDLE>(value);
+        if (::GetFileType(handle) == FILE_TYPE_DISK && FinalPath(handle).starts_with(inFolder)) {
+            ::CloseHandle(handle);
+        }
+    }
+}
+
 }  // namespace
 
-TemporaryFolder::TemporaryFolder(const std::string& prefix) : cleanUp_([this] { Remove(); }) {
+TemporaryFolder::TemporaryFolder(const std::string& prefix)
+    : cleanUp_([this] {
+          if (!path_.empty()) {
+              CloseFilesIn(path_);
+          }
+          Remove();
+      }) {
     const std::wstring parent = SystemFolder();
     const InterruptionPause pause;  // The folder is removed by name, which comes with it.
     ::DWORD error = ERROR_ALREADY_EXISTS;

@@ -1,0 +1,4 @@
+// A library that is no module: it has no entry point of a host.
+extern "C" int OtherFunction() {
+    return 0;
+}
