@@ -61,6 +61,9 @@ DocumentFiles ReadDocument(const NativePath& document, const std::vector<NativeP
     const fs::path file = ToFilesystem(document);
     const std::string& name = document.utf8;
     std::error_code error;
+    if (IsTooLong(document)) {
+        throw Stop{kExitUnreadable, name + ": " + WhyUnnameable(document)};
+    }
     if (fs::is_directory(file, error)) {
         throw Stop{kExitUnreadable, name + " is a folder; choose a document in it"};
     }

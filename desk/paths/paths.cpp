@@ -8,6 +8,7 @@
 #include "platform/drives.h"
 #include "platform/native_roots.h"
 #include "platform/path_text.h"
+#include "platform/wide_text.h"
 
 namespace fs = std::filesystem;
 
@@ -90,6 +91,11 @@ NativePath CommonFolder(const NativePath& a, const NativePath& b) {
     return FolderOf({std::string(a.utf8.begin(), ends.in1)});
 }
 
+bool IsTooLong(const NativePath& path) {
+    const std::size_t limit = platform::NativePathLimit();
+    return limit > 0 && platform::WideFromUtf8(path.utf8).size() > limit;
+}
+
 std::string WhyUnnameable(const NativePath& path) {
     if (std::ranges::any_of(path.utf8,
                             [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; })) {
@@ -100,6 +106,10 @@ std::string WhyUnnameable(const NativePath& path) {
     }
     if (xmlCheckUTF8(reinterpret_cast<const xmlChar*>(path.utf8.c_str())) == 0) {
         return "the name is not valid UTF-8; rename the file";
+    }
+    if (IsTooLong(path)) {
+        return "the path is longer than " + std::to_string(platform::NativePathLimit()) +
+               " characters; move the files to a folder with a shorter path";
     }
     return {};
 }

@@ -60,8 +60,11 @@ NativePath FolderOf(const NativePath& absolutePath);
 /// The deepest folder that contains both absolute paths, with its closing slash.
 NativePath CommonFolder(const NativePath& a, const NativePath& b);
 
-/// Why the module cannot be given this path, in one line: a control character, a backslash, or bytes that are
-/// not UTF-8. Empty if it can.
+/// Whether the path is longer than those that the standard library opens on this system.
+bool IsTooLong(const NativePath& path);
+
+/// Why the module cannot be given this path, in one line: a control character, a backslash, bytes that are
+/// not UTF-8, or more characters than this system allows here. Empty if it can.
 std::string WhyUnnameable(const NativePath& path);
 
 /// A path as it appears in a URI reference: everything except slashes and unreserved characters

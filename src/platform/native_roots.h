@@ -13,6 +13,9 @@ std::size_t NativeRootLength(std::string_view nativePath);
 /// Whether the system has drives of its own, so that none can be mapped.
 bool SystemHasDrives();
 
+/// How many UTF-16 units a native path may have where the standard library opens it; 0 if it has no limit.
+std::size_t NativePathLimit();
+
 /// What separates the paths of a list in one argument.
 char PathListSeparator();
 

@@ -169,6 +169,24 @@ TEST_F(CommandLine, UnreadableDocumentsAreReported) {
     }
 }
 
+TEST_F(CommandLine, AVeryLongPathIsReadOrRefusedWithTheReason) {
+    std::string name = "src";
+    while (folder.Native(name).size() < 767 - 60) {
+        name += '/' + std::string(60, 'f');
+    }
+    name += "/a.dita";
+    if (platform::NativePathLimit() == 0) {
+        folder.Write(name, kTopic);
+        EXPECT_EQ(Run({"validate", name}).status, 0);
+        return;
+    }
+    const std::string reason = "the path is longer than 259 characters; move the files";
+    ExpectRow({{"validate", name}, 3, "", reason}, Run({"validate", name}));
+    const Finished published = Run({"publish", "src/a.dita", "-o", name});
+    EXPECT_NE(published.status, 0);
+    EXPECT_NE(published.error, "");
+}
+
 TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
     const Row rows[] = {
         {{"--help"}, 0, "128+n  signal n ended the run", ""},

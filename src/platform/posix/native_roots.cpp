@@ -10,6 +10,10 @@ bool SystemHasDrives() {
     return false;
 }
 
+std::size_t NativePathLimit() {
+    return 0;
+}
+
 char PathListSeparator() {
     return ':';
 }

@@ -24,6 +24,10 @@ bool SystemHasDrives() {
     return true;
 }
 
+std::size_t NativePathLimit() {
+    return 259;
+}
+
 char PathListSeparator() {
     return ';';
 }
