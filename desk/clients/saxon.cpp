@@ -2,12 +2,16 @@
 
 #include <libxml/catalog.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
+#include "desk/script/package_state.h"
 #include "desk/toolkit/run_program.h"
+#include "desk/xml/html_text.h"
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/reference_path.h"
+#include "platform/files.h"
 #include "platform/temp_folder.h"
 
 namespace ventrix::desk {
@@ -36,18 +40,6 @@ std::string ClassPath() {
 bool IsXslt(const xmlNode* node, std::string_view name) {
     return node != nullptr && node->type == XML_ELEMENT_NODE && node->ns != nullptr &&
            View(node->ns->href) == kXslt && View(node->name) == name;
-}
-
-bool WritesHtml(const NativePath& stylesheet) {
-    const LenientDocument loaded = LoadLeniently(stylesheet);
-    xmlNode* root = loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
-    for (const xmlNode* node = root == nullptr ? nullptr : FirstElement(root); node != nullptr;
-         node = NextElement(node)) {
-        if (IsXslt(node, "output") && Attribute(node, "name").empty()) {
-            return Attribute(node, "method") == "html";
-        }
-    }
-    return false;
 }
 
 /// Where the DTD of a document is: through the catalogs, which include the user's, else beside the document.
@@ -104,9 +96,6 @@ std::vector<std::string> Arguments(const SaxonJob& job, const NativePath& catalo
     if (ClassPath().find("resolver") != std::string::npos) {
         arguments.push_back("-catalog:" + FileUri(catalog));
     }
-    if (WritesHtml(job.stylesheet)) {
-        arguments.push_back("!method=xhtml");
-    }
     for (const auto& [name, value] : job.strings) {
         arguments.push_back(name + '=' + value);
     }
@@ -138,6 +127,36 @@ std::string PassOn(const NativePath& file, const MessageSink& messages) {
     return error.empty() ? last : error;
 }
 
+/// Saxon's HTML is not XML, and its scripts in XHTML are not what a browser runs. The first file that cannot
+/// be written, or empty.
+std::string RewritePage(const NativePath& file) {
+    std::string content;
+    if (platform::ReadWholeFile(file.utf8, content) != platform::kErrorNone) {
+        return {};  // The module reports a page that it cannot read.
+    }
+    const std::string page = XhtmlOfPage(content);
+    return page.empty() || WriteOutput(file, page)
+               ? std::string()
+               : file.utf8 + " cannot be written; check its permissions and the free space";
+}
+
+bool IsPage(const NativePath& file) {
+    return file.utf8.ends_with(".html") || file.utf8.ends_with(".htm");
+}
+
+/// Those of the run's pages that are in the folder, and its main output wherever it is.
+std::string RewritePages(const SaxonJob& job, const std::vector<PackageFile>& before) {
+    std::string problem = RewritePage(job.output);
+    for (const PackageFile& file : ListPackage(job.outputFolder.utf8)) {
+        const NativePath path{job.outputFolder.utf8 + '/' + file.name};
+        const bool isNew = std::ranges::find(before, file) == before.end();
+        if (problem.empty() && isNew && IsPage(path) && path != job.output) {
+            problem = RewritePage(path);
+        }
+    }
+    return problem;
+}
+
 }  // namespace
 
 std::string VersionOf(const NativePath& stylesheet) {
@@ -147,6 +166,10 @@ std::string VersionOf(const NativePath& stylesheet) {
         return {};
     }
     return Attribute(root, "version");
+}
+
+bool IsNewerVersion(const std::string& version) {
+    return !version.empty() && version != "1.0" && version != "1.1";
 }
 
 std::string SaxonProblem() {
@@ -167,6 +190,7 @@ std::string RunSaxon(const SaxonJob& job, const MessageSink& messages) {
     }
     std::error_code error;
     fs::create_directories(ToFilesystem(job.output).parent_path(), error);
+    const std::vector<PackageFile> before = ListPackage(job.outputFolder.utf8);
     const NativePath messageFile{folder.Path() + "/messages"};
     const platform::ProgramEnd end =
         RunProgram(Arguments(job, WriteCatalog(job.source, folder.Path())), messageFile);
@@ -178,7 +202,7 @@ std::string RunSaxon(const SaxonJob& job, const MessageSink& messages) {
         return "the stylesheet " + job.stylesheet.utf8 + " failed on " + job.source.utf8 +
                (first.empty() ? "" : ": " + first);
     }
-    return {};
+    return RewritePages(job, before);
 }
 
 }  // namespace ventrix::desk

@@ -30,6 +30,10 @@ XsltRun RunOf(const std::string& commandText) {
     return run;
 }
 
+NativePath OutputFolderOf(const XsltRun& run, const FileAccess& access) {
+    return access.outputFolder.Empty() ? FolderOf(run.output) : access.outputFolder;
+}
+
 /// Empty on success; else the reason, which names the file.
 std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const FileAccess& access) {
     if (run.source.Empty() || run.stylesheet.Empty() || run.output.Empty()) {
@@ -42,7 +46,7 @@ std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const File
     if (stylesheet == nullptr) {
         return because("the stylesheet " + run.stylesheet.utf8 + " cannot be used");
     }
-    const NativePath outputFolder = access.outputFolder.Empty() ? FolderOf(run.output) : access.outputFolder;
+    const NativePath outputFolder = OutputFolderOf(run, access);
     ReadScope scope(access.readable);
     scope.Add({FolderOf(run.source), outputFolder});
     std::vector<NativePath> folders;
@@ -63,6 +67,10 @@ std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const File
                   run.messages);
     if (!scope.Refusal().empty()) {
         return run.source.utf8 + ": " + scope.Refusal();
+    }
+    if (!result.failure.empty()) {
+        return "the stylesheet " + run.stylesheet.utf8 + " failed on " + run.source.utf8 + ": " +
+               result.failure;
     }
     if (!result.done) {
         return because("the stylesheet " + run.stylesheet.utf8 + " failed on " + run.source.utf8);
@@ -105,6 +113,7 @@ std::string RunEngine(XsltRun& run, const XsltSettings& settings, const FileAcce
     return RunSaxon({.source = run.source,
                      .stylesheet = run.stylesheet,
                      .output = run.output,
+                     .outputFolder = OutputFolderOf(run, access),
                      .strings = settings.strings,
                      .expressions = settings.expressions},
                     run.messages);

@@ -1,10 +1,8 @@
 #include "desk/xml/doctype.h"
 
-#include <libxml/encoding.h>
-#include <libxml/tree.h>
-
 #include <algorithm>
-#include <memory>
+
+#include "desk/xml/encodings.h"
 
 namespace ventrix::desk {
 namespace {
@@ -111,24 +109,12 @@ bool IsUtf16(std::string_view text) {
            start == std::string_view("\0<", 2);
 }
 
-struct FreeBuffer {
-    void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
-};
-
 std::string Utf8Of(std::string_view utf16) {
     const bool bigEndian = utf16.starts_with("\xFE\xFF") || utf16.starts_with(std::string_view("\0", 1));
-    if (utf16.starts_with("\xFF\xFE") || utf16.starts_with("\xFE\xFF")) {
+    if (Utf16Encoding(utf16) != nullptr) {
         utf16.remove_prefix(2);
     }
-    const std::unique_ptr<xmlBuffer, FreeBuffer> in(xmlBufferCreate());
-    const std::unique_ptr<xmlBuffer, FreeBuffer> out(xmlBufferCreate());
-    xmlBufferAdd(in.get(), reinterpret_cast<const xmlChar*>(utf16.data()), static_cast<int>(utf16.size()));
-    xmlCharEncodingHandler* handler = xmlFindCharEncodingHandler(bigEndian ? "UTF-16BE" : "UTF-16LE");
-    while (xmlBufferLength(in.get()) > 0 && xmlCharEncInFunc(handler, out.get(), in.get()) > 0) {
-    }
-    xmlCharEncCloseFunc(handler);
-    return {reinterpret_cast<const char*>(xmlBufferContent(out.get())),
-            static_cast<std::size_t>(xmlBufferLength(out.get()))};
+    return ToUtf8(utf16, bigEndian ? "UTF-16BE" : "UTF-16LE").value_or(std::string());
 }
 
 void DeclareUtf8(std::string& text) {
@@ -147,6 +133,16 @@ void DeclareUtf8(std::string& text) {
     text.replace(begin, cursor.at - begin, "\"UTF-8\"");
 }
 
+/// Past a byte order mark and what precedes the DOCTYPE or the root.
+Cursor AfterMisc(std::string_view text) {
+    Cursor cursor{.text = text};
+    if (cursor.Sees("\xEF\xBB\xBF")) {
+        cursor.at = 3;
+    }
+    SkipMisc(cursor);
+    return cursor;
+}
+
 }  // namespace
 
 std::optional<std::string> WithSystemId(std::string_view text, std::string_view systemId) {
@@ -156,15 +152,27 @@ std::optional<std::string> WithSystemId(std::string_view text, std::string_view 
         DeclareUtf8(converted);
         text = converted;
     }
-    Cursor cursor{.text = text};
-    if (cursor.Sees("\xEF\xBB\xBF")) {
-        cursor.at = 3;
-    }
-    SkipMisc(cursor);
+    const Cursor cursor = AfterMisc(text);
     if (cursor.Sees("<!DOCTYPE")) {
         return WithChangedDoctype(cursor, systemId);
     }
     return cursor.Sees("<") ? std::optional(WithNewDoctype(cursor, systemId)) : std::nullopt;
+}
+
+bool HasDoctype(std::string_view text) {
+    return AfterMisc(text).Sees("<!DOCTYPE");
+}
+
+std::string WithoutAddedDoctype(std::string_view text) {
+    Cursor cursor = AfterMisc(text);
+    const std::size_t begin = cursor.at;
+    if (!cursor.Sees("<!DOCTYPE")) {
+        return std::string(text);
+    }
+    cursor.at = FindSystemId(cursor).end;
+    cursor.SkipPast(">");
+    cursor.SkipWhitespace();
+    return std::string(text.substr(0, begin)).append(text.substr(cursor.at));
 }
 
 }  // namespace ventrix::desk

@@ -15,4 +15,10 @@ namespace ventrix::desk {
 /// element.
 std::optional<std::string> WithSystemId(std::string_view document, std::string_view systemId);
 
+/// Whether the document has a DOCTYPE. Its encoding contains ASCII.
+bool HasDoctype(std::string_view document);
+
+/// The document without the DOCTYPE that WithSystemId has added to it.
+std::string WithoutAddedDoctype(std::string_view document);
+
 }  // namespace ventrix::desk

@@ -41,12 +41,15 @@ struct RunState {
     NativePath outputFolder;
     std::optional<std::string> copiedText;
     int furtherFiles = 0;
+    std::string failure;
 };
 
 /// xsltTransformError alone reports the error but lets the transformation continue.
 void FailTransform(xsltTransformContext* context, xmlNode* instruction, const std::string& reason) {
     xsltTransformError(context, nullptr, instruction, "%s\n", reason.c_str());
     context->state = XSLT_STATE_STOPPED;
+    std::string& failure = static_cast<RunState*>(context->_private)->failure;
+    failure = failure.empty() ? reason : failure;
 }
 
 void CopyDocument(xsltTransformContext* context, xmlNode*, xmlNode* instruction, xsltElemPreComp*) {
@@ -197,6 +200,22 @@ void PrepareLibxslt() {
     static_cast<void>(done);
 }
 
+/// The failure if a parameter cannot be used; else empty.
+std::string SetParameters(xsltTransformContext* context, const TransformJob& job) {
+    for (const auto& [name, value] : job.parameters) {
+        if (xsltQuoteOneUserParam(context, Xml(name.c_str()), Xml(value.c_str())) != 0) {
+            return "the parameter " + name + " cannot be set; check its name";
+        }
+    }
+    for (const auto& [name, expression] : job.expressions) {
+        if (xsltEvalOneUserParam(context, Xml(name.c_str()), Xml(expression.c_str())) != 0) {
+            return "the parameter " + name + " cannot be set: '" + expression +
+                   "' is not an XPath expression; pass text with --string-param";
+        }
+    }
+    return {};
+}
+
 void AddFilesOf(const xsltStylesheet* stylesheet, std::vector<NativePath>& files) {
     const auto add = [&files](const xmlDoc* document) {
         if (document != nullptr) {
@@ -259,24 +278,24 @@ Transformed Transform(const TransformJob& job, const MessageSink& messages) {
     RunState state{.sourcePath = job.sourcePath,
                    .outputPath = job.outputPath,
                    .outputFolder = job.outputFolder,
-                   .copiedText = {}};
+                   .copiedText = {},
+                   .failure = {}};
     context->_private = &state;
     xsltSetCtxtParseOptions(context.get(), XSLT_PARSE_OPTIONS | XML_PARSE_NONET);
-    for (const auto& [name, value] : job.parameters) {
-        xsltQuoteOneUserParam(context.get(), Xml(name.c_str()), Xml(value.c_str()));
-    }
-    for (const auto& [name, expression] : job.expressions) {
-        xsltEvalOneUserParam(context.get(), Xml(name.c_str()), Xml(expression.c_str()));
+    if (const std::string failure = SetParameters(context.get(), job); !failure.empty()) {
+        return {.failure = failure};
     }
     const std::string outputUri = job.outputPath.Empty() ? std::string() : FileUri(job.outputPath);
     const XmlDocument tree(xsltApplyStylesheetUser(job.stylesheet.get(), job.document, nullptr,
                                                    outputUri.empty() ? nullptr : outputUri.c_str(), nullptr,
                                                    context.get()));
     if (tree == nullptr || context->state != XSLT_STATE_OK) {
-        return {};
+        return {.failure = state.failure};
     }
-    return {true, state.copiedText.has_value() ? *state.copiedText : Serialised(job.stylesheet, tree.get()),
-            state.furtherFiles};
+    return {true,
+            state.copiedText.has_value() ? *state.copiedText : Serialised(job.stylesheet, tree.get()),
+            state.furtherFiles,
+            {}};
 }
 
 bool WriteOutput(const NativePath& path, std::string_view output) {

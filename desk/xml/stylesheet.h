@@ -49,10 +49,11 @@ struct TransformJob {
 };
 
 struct Transformed {
-    bool done = false;   ///< False if the stylesheet failed or ended itself with a terminating message.
-    std::string output;  ///< Serialised as `xsl:output` says, but HTML as XHTML; empty on failure and for an
-                         ///< empty result.
-    int furtherFiles = 0;  ///< Written by the stylesheet with exsl:document.
+    bool done = false;         ///< False if the stylesheet failed or ended itself with a terminating message.
+    std::string output = {};   ///< Serialised as `xsl:output` says, but HTML as XHTML; empty on failure and
+                               ///< for an empty result.
+    int furtherFiles = 0;      ///< Written by the stylesheet with exsl:document.
+    std::string failure = {};  ///< What this host refused or could not do, one line; may be empty.
 };
 
 /// Supports exsl:document, whose files are serialised like the output, and one extension element of its own,

@@ -30,8 +30,7 @@ bool IsElement(const xmlNode* node, std::string_view name) {
 }
 
 bool IsEmptyElement(const xmlNode* element) {
-    return std::ranges::any_of(kEmptyElements,
-                               [element](std::string_view name) { return IsElement(element, name); });
+    return IsEmptyHtmlElement(View(element->name));
 }
 
 /// A declaration of the encoding, which may name another one than the page is written in.
@@ -72,25 +71,6 @@ void AppendEscaped(std::string& page, std::string_view text, bool inValue) {
                 break;
             default:
                 page += c;
-        }
-    }
-}
-
-/// Text that bypasses escaping often contains entities such as "&nbsp;", which XML does not know.
-void AppendUnescaped(std::string& page, std::string_view text) {
-    while (!text.empty()) {
-        const std::size_t ampersand = std::min(text.find('&'), text.size());
-        page += text.substr(0, ampersand);
-        text.remove_prefix(ampersand);
-        const std::size_t end = text.find(';');
-        const std::string name(end == std::string_view::npos ? std::string_view() : text.substr(1, end - 1));
-        const htmlEntityDesc* entity = name.empty() ? nullptr : htmlEntityLookup(Xml(name.c_str()));
-        if (entity != nullptr && entity->value > 0x7F) {
-            page += "&#" + std::to_string(entity->value) + ';';
-            text.remove_prefix(end + 1);
-        } else if (!text.empty()) {
-            page += '&';
-            text.remove_prefix(1);
         }
     }
 }
@@ -157,7 +137,7 @@ const xmlNode* AppendStart(std::string& page, const xmlNode* element) {
 
 void AppendLeaf(std::string& page, const xmlNode* node) {
     if (node->type == XML_TEXT_NODE && node->name == xmlStringTextNoenc) {
-        AppendUnescaped(page, View(node->content));
+        AppendMarkup(page, View(node->content));
     } else if (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE) {
         AppendEscaped(page, View(node->content), false);
     } else if (node->type == XML_COMMENT_NODE) {
@@ -202,7 +182,36 @@ void AppendDoctype(std::string& page, const xmlDtd& dtd) {
     page += ">\n";
 }
 
+/// Whether what follows an "&" and ends before a ";" is the name or the number of a character.
+bool IsReference(std::string_view name) {
+    return !name.empty() &&
+           std::ranges::all_of(name, [](unsigned char c) { return std::isalnum(c) != 0 || c == '#'; });
+}
+
 }  // namespace
+
+bool IsEmptyHtmlElement(std::string_view name) {
+    return std::ranges::any_of(kEmptyElements,
+                               [name](std::string_view empty) { return EqualIgnoringCase(empty, name); });
+}
+
+void AppendMarkup(std::string& page, std::string_view html) {
+    while (!html.empty()) {
+        const std::size_t ampersand = std::min(html.find('&'), html.size());
+        page += html.substr(0, ampersand);
+        html.remove_prefix(ampersand);
+        const std::size_t end = html.find(';');
+        const std::string name(end == std::string_view::npos ? std::string_view() : html.substr(1, end - 1));
+        const htmlEntityDesc* entity = name.empty() ? nullptr : htmlEntityLookup(Xml(name.c_str()));
+        if (entity != nullptr && entity->value > 0x7F) {
+            page += "&#" + std::to_string(entity->value) + ';';
+            html.remove_prefix(end + 1);
+        } else if (!html.empty()) {
+            page += IsReference(name) ? "&" : "&amp;";
+            html.remove_prefix(1);
+        }
+    }
+}
 
 std::string XhtmlOf(const xmlDoc* document) {
     std::string page;

@@ -5,6 +5,7 @@
 #include <libxml/tree.h>
 
 #include <string>
+#include <string_view>
 
 namespace ventrix::desk {
 
@@ -13,5 +14,12 @@ namespace ventrix::desk {
 /// kinds of readers; the encoding is declared in the head. Text that the stylesheet wants unescaped is
 /// copied, with HTML's entities as numbers.
 std::string XhtmlOf(const xmlDoc* document);
+
+/// Whether the element is empty by definition, such as br. Case does not count.
+bool IsEmptyHtmlElement(std::string_view name);
+
+/// Appends text with markup. XML does not know HTML's entities, so that they become numbers, and an "&" that
+/// begins none is escaped.
+void AppendMarkup(std::string& page, std::string_view html);
 
 }  // namespace ventrix::desk

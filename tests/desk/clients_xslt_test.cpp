@@ -161,6 +161,9 @@ TEST_F(XsltClient, ParametersReachTheStylesheet) {
                 "<xsl:template match='/'><xsl:value-of select=\"concat($s, '|', $e)\"/></xsl:template>"));
     EXPECT_EQ(RunHere(), 0) << record_.reason;
     EXPECT_EQ(Read("out/p ü.html"), "it's \"1 + 1\"|2");
+    settings_.expressions = {{"e", "1 +"}};
+    EXPECT_EQ(RunHere(), 1);
+    EXPECT_NE(record_.reason.find("the parameter e "), std::string::npos) << record_.reason;
 }
 
 TEST_F(XsltClient, NewerStylesheetsRunThroughSaxon) {
@@ -179,17 +182,18 @@ TEST_F(XsltClient, NewerStylesheetsRunThroughSaxon) {
         "<xsl:stylesheet version='2.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
         "<xsl:output method='html'/><xsl:param name='s'/><xsl:param name='e'/>"
         "<xsl:template match='/'>";
-    Write(
-        "s ü.xsl",
-        head +
-            "<html><body><br/><xsl:for-each-group select='d/c' group-by='@g'><p><xsl:value-of "
-            "select=\"current-grouping-key(), current-group()/replace(., '[0-9]+', '#')\"/></p>"
-            "<xsl:result-document href='{current-grouping-key()}.html'><p><xsl:value-of select='$s, $e'/></p>"
-            "</xsl:result-document></xsl:for-each-group></body></html></xsl:template></xsl:stylesheet>");
-    EXPECT_EQ(VersionOf({Native("s ü.xsl")}), "2.0");
+    Write("s ü.xsl",
+          head +
+              "<html><body><br/><xsl:for-each-group select='d/c' group-by='@g'><p><xsl:value-of "
+              "select=\"current-grouping-key(), current-group()/replace(., '[0-9]+', '#')\"/></p>"
+              "<xsl:result-document "
+              "href='{current-grouping-key()}.html'><html><head><title>T</title></head><body>"
+              "<p><xsl:value-of select='$s, $e'/></p><br/><script>a &amp;&amp; b</script></body></html>"
+              "</xsl:result-document></xsl:for-each-group></body></html></xsl:template></xsl:stylesheet>");
     EXPECT_EQ(RunHere(), 0) << record_.reason;
     EXPECT_EQ(test::Found(Read("out/p ü.html"), "//p"), (test::Texts{"a x# z#", "b y#"}));
-    EXPECT_NE(Read("out/a.html").find("it's 1 2"), std::string::npos) << Read("out/a.html");
+    EXPECT_EQ(test::Found(Read("out/a.html"), "//p"), (test::Texts{"it's 1 2"})) << Read("out/a.html");
+    EXPECT_NE(Read("out/a.html").find("<br /><script>/*<![CDATA[*/a && b/*"), std::string::npos);
     Write("s ü.xsl",
           head + "<xsl:message terminate='yes'>no more</xsl:message></xsl:template></xsl:stylesheet>");
     EXPECT_EQ(RunHere(), 1);
@@ -263,12 +267,12 @@ TEST_F(XsltClient, FilesAreWrittenInTheOutputFolderOnly) {
             continue;
         }
         Write("victim.txt", "kept");
-        Write("s ü.xsl", TextSheet(std::string("main<") + row.element + " href='" + row.href +
-                                   "' method='text'>gone</" + row.element + ">"));
+        Write("s ü.xsl", TextSheet(std::string("<xsl:message>Writing</xsl:message>main<") + row.element +
+                                   " href='" + row.href + "' method='text'>gone</" + row.element + ">"));
         EXPECT_EQ(RunHere(), 1) << row.href;
         EXPECT_EQ(Read("victim.txt"), "kept") << row.href;
         EXPECT_FALSE(Exists("new")) << row.href;
-        EXPECT_NE(record_.reason.find("victim.txt"), std::string::npos) << record_.reason;
+        EXPECT_NE(record_.reason.find("victim.txt, which is outside"), std::string::npos) << record_.reason;
         EXPECT_FALSE(Exists("out/p ü.html")) << row.href;
     }
     access_.outputFolder = {Native("out")};
