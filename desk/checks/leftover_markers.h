@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,14 +13,18 @@
 namespace ventrix::desk {
 
 struct CleanedFiles {
-    std::size_t groups = 0;  ///< Pieces of marker text that were taken out.
-    std::size_t files = 0;
+    std::size_t groups = 0;         ///< Pieces of marker text that were taken out.
+    std::set<NativePath> files;     ///< That have changed.
     std::vector<Finding> findings;  ///< Files that could not be read or written, and what was left.
 };
 
 /// Takes whole pieces of marker text out of the text files at the place, a folder with all below it or one
-/// file. The words around them stay. Files that are not text are skipped.
+/// file. The words around them stay. Files that are not text are skipped. UTF-16 is text.
 void CleanFiles(const NativePath& place, CleanedFiles& cleaned);
+
+/// Makes plain text of the preserved elements in the titles of the pages in the folder and below, before they
+/// are decoded. What cannot be written is left to CleanFiles.
+void CleanTitles(const NativePath& folder, CleanedFiles& cleaned);
 
 /// The first of the files that holds a marker word of its own, which cleaning would take for one of the
 /// module's; empty if none does.

@@ -13,9 +13,23 @@
 #include "desk/cli/publish_run.h"
 #include "desk/cli/published_pages.h"
 #include "desk/report/report_files.h"
+#include "desk/script/package_state.h"
 
 namespace ventrix::desk {
 namespace {
+
+/// Why a transformation without an error has no pages.
+std::string WhyNoPages(const PublishPlan& plan) {
+    const std::vector<PackageFile> files = ListPackage(plan.output.utf8);
+    const auto count =
+        std::ranges::count_if(files, [](const PackageFile& file) { return file.name.ends_with(".xhtml"); });
+    if (count == 0 || plan.ditaOt) {
+        return "the transformation wrote no pages; see the log " + plan.log.utf8;
+    }
+    return "the transformation wrote no pages with names in .html or .htm, which alone are decoded, but " +
+           std::to_string(count) +
+           " in .xhtml; let the stylesheet write .html (DocBook: --string-param html.ext=.html)";
+}
 
 /// Prints why the run failed. Returns the exit status, kExitDone if it did not fail.
 int ReportFailure(const PublishPlan& plan, const PublishOutcome& outcome, const TransformationRecord& record,
@@ -30,7 +44,7 @@ int ReportFailure(const PublishPlan& plan, const PublishOutcome& outcome, const 
     if (record.failed > 0) {
         report.error = "the transformation failed: " + record.reason;
     } else if (plan.transforms && outcome.pages.files.empty()) {
-        report.error = "the transformation wrote no pages; see the log " + plan.log.utf8;
+        report.error = WhyNoPages(plan);
     } else {
         return outcome.failedScripts.empty() ? kExitDone : kExitTransformation;
     }

@@ -40,8 +40,7 @@ std::string ChooseEngine(const NativePath& stylesheet, const std::string& named)
         return {};
     }
     const std::string version = VersionOf(stylesheet);
-    const bool newer = !version.empty() && version != "1.0" && version != "1.1";
-    std::string engine = !named.empty() ? named : newer ? "saxon" : "libxslt";
+    std::string engine = !named.empty() ? named : IsNewerVersion(version) ? "saxon" : "libxslt";
     if (engine == "saxon" && SaxonProblem().empty()) {
         return engine;
     }

@@ -8,6 +8,7 @@
 
 #include "bridge/contract/request.h"
 #include "desk/checks/package_checks.h"
+#include "desk/cli/added_doctypes.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/file_findings.h"
 #include "desk/cli/installation.h"
@@ -126,8 +127,8 @@ std::size_t DocumentCount(const DocumentFiles& files) {
 /// Sends the request and records the state of the package on the way. The module asks for the document's path
 /// after the last copy.
 Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session& session,
-                   const PrivateLog& log, const Screen& screen, MarkerCounter& counter,
-                   PackageStates& states) {
+                   const PrivateLog& log, const Screen& screen, MarkerCounter& counter, PackageStates& states,
+                   CleanedFiles& cleaned) {
     Progress progress(screen, log.Path(), DocumentCount(session.files));
     session.documentPathAsked = [&] {
         if (!states.isTransformed) {
@@ -140,8 +141,12 @@ Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session&
             states.isTransformed = true;
         }
         counter.TransformationStarts();
+        RemoveAddedDoctypes(session.files, session.ditaOt.copies);
     };
-    session.transformationEnded = [&] { counter.TransformationEnds(); };
+    session.transformationEnded = [&] {
+        counter.TransformationEnds();
+        CleanTitles(plan.output, cleaned);
+    };
     // The module also calls the client of stylesheets to repair a DOCTYPE, in the middle of the encoding.
     session.xslt.starts = transformationStarts;
     session.clientCalled = [&](const std::string& client) {
@@ -330,6 +335,10 @@ void CleanResult(const PublishPlan& plan, const Session& session, PublishOutcome
     InspectResult(plan, after);
     outcome.pages.markedValues = after.pages.markedValues;
     outcome.pages.firstMarkedValue = after.pages.firstMarkedValue;
+    outcome.undecodedPages = outcome.pages.markedTexts - after.pages.markedTexts;
+    outcome.firstUndecoded = outcome.pages.firstMarkedText;
+    outcome.pages.markedTexts = after.pages.markedTexts;
+    outcome.pages.firstMarkedText = after.pages.firstMarkedText;
 }
 
 }  // namespace
@@ -345,7 +354,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
     outcome.missing = MissingFiles(session.files);
     const std::vector<NativePath> absent = AbsentFolders(session.files);
-    outcome.reply = SendAndWatch(request, plan, session, log, screen, counter, states);
+    outcome.reply = SendAndWatch(request, plan, session, log, screen, counter, states, outcome.cleaned);
     RemoveIfEmpty(absent);
     outcome.log = ReadRunLog(log.Text());
     outcome.resultFolder = ToNative(SystemPath{outcome.reply.first});

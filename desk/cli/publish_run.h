@@ -35,6 +35,8 @@ struct PublishOutcome {
     std::vector<Finding> unfinished;  ///< What the module left undone without reporting it.
     CleanedFiles cleaned;             ///< Marker text that was taken out of places that are not decoded.
     CountedMarkers markers;           ///< For the loss report.
+    std::size_t undecodedPages = 0;   ///< Pages from whose text marker text was taken out.
+    NativePath firstUndecoded;        ///< The first of them.
     NativePath markedSource;          ///< A source with a marker word, which turns that off; may be empty.
 };
 

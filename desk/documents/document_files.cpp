@@ -59,6 +59,7 @@ void Remark(Walk& walk, const ListingRemark& remark) {
 
 void List(Walk& walk, const Reference& reference, const NativePath& path, const NativePath& referrer) {
     const auto [known, isNew] = walk.listed.emplace(path, walk.result.files.size());
+    const bool entity = reference.confined && !reference.opaque;
     if (isNew) {
         walk.result.files.push_back({.key = KeyOf(reference),
                                      .path = path,
@@ -66,10 +67,12 @@ void List(Walk& walk, const Reference& reference, const NativePath& path, const 
                                      .referrer = referrer,
                                      .line = reference.line,
                                      .opaque = reference.opaque,
-                                     .dtd = reference.dtd});
+                                     .dtd = reference.dtd,
+                                     .entity = entity});
     } else {
         DocumentFile& file = walk.result.files[known->second];
         file.opaque = file.opaque && reference.opaque;
+        file.entity = file.entity || entity;
     }
 }
 

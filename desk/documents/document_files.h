@@ -23,6 +23,7 @@ struct DocumentFile {
     int line = 0;              ///< Of that reference; 0 if unknown.
     bool opaque = false;       ///< All references take it as code, text or a download, not as markup.
     bool dtd = false;          ///< A DTD or a part of one, which is no part of a result.
+    bool entity = false;       ///< An external entity of another file, which may have no DOCTYPE.
 };
 
 /// A reference that is left out of the list.

@@ -41,6 +41,11 @@ bool IsSkipped(const xmlNode* element) {
     return false;
 }
 
+/// The title of a browser's window has no markup, so that only the text of an element is left there.
+bool IsTitleOfPage(const xmlNode& element) {
+    return View(element.name) == "title" && element.parent != nullptr && View(element.parent->name) == "head";
+}
+
 bool IsKnownPair(const std::vector<std::pair<std::string, std::string>>& pairs, std::string_view name,
                  std::string_view value) {
     return std::ranges::any_of(pairs,
@@ -92,6 +97,10 @@ void PageWalk::ReadText(const xmlNode& text) {
         textCameBefore |= piece.kind == PieceKind::kPlain || piece.kind == PieceKind::kElement;
         if (piece.kind == PieceKind::kPlain) {
             AddChanged(piece.content, element);
+            continue;
+        }
+        if (piece.kind == PieceKind::kElement && IsTitleOfPage(element)) {
+            AddCopy(piece, "<title>", &element);
             continue;
         }
         Arrival* const arrival = AddArrival(piece, WordsAround(pieces, i), element);
@@ -261,11 +270,15 @@ void PageWalk::ReadOther(const xmlNode& node, const std::string& where) {
 void PageWalk::AddCopies(std::string_view text, const std::string& where, const xmlNode* element) {
     for (const MarkerPiece& piece : SplitAtGroups(text)) {
         if (piece.kind != PieceKind::kPlain) {
-            std::string key = GroupKey(piece.kind, piece.content);
-            const int group = strings_.Find(key);
-            trace_.copies.push_back({group, page_, where, std::move(key), AnchorOf(element)});
+            AddCopy(piece, where, element);
         }
     }
+}
+
+void PageWalk::AddCopy(const MarkerPiece& piece, const std::string& where, const xmlNode* element) {
+    std::string key = GroupKey(piece.kind, piece.content);
+    const int group = strings_.Find(key);
+    trace_.copies.push_back({group, page_, where, std::move(key), AnchorOf(element)});
 }
 
 }  // namespace ventrix::desk

@@ -2,6 +2,7 @@
 
 #include "desk/command_line.h"
 #include "desk/folder_fixture.h"
+#include "desk/xml/encodings.h"
 #include "support/links.h"
 
 namespace ventrix::desk {
@@ -29,9 +30,35 @@ TEST_F(LeftoverMarkers, AreTakenOutOfEveryTextFile) {
     EXPECT_EQ(Read("r/image"), std::string("\0", 1) + group);
     EXPECT_EQ(Read("outside.txt"), group) << "a link leads out of the result";
     EXPECT_EQ(cleaned.groups, 6U);
-    EXPECT_EQ(cleaned.files, 4U);
+    EXPECT_EQ(cleaned.files.size(), 4U);
     ASSERT_EQ(cleaned.findings.size(), 1U);
     EXPECT_EQ(cleaned.findings.front().file.utf8, Native("r/cut.html"));
+}
+
+TEST_F(LeftoverMarkers, Utf16IsCleanedOrNamed) {
+    const std::string text = std::string("\u00e4 ") + kGroup + "QL_ELEM_S&lt;b&gt;\u20ac&lt;/b&gt;QL_ELEM_E";
+    const std::string little = "\xFF\xFE", big = "\xFE\xFF";
+    const auto wide = [](const std::string& narrow, const char* encoding) {
+        return FromUtf8(narrow, encoding).value_or("");
+    };
+    const struct {
+        const char* what;
+        std::string content, cleaned;
+    } rows[] = {
+        {"little-endian", little + wide(text, "UTF-16LE"), little + wide("\u00e4 \u20ac", "UTF-16LE")},
+        {"big-endian", big + wide(text, "UTF-16BE"), big + wide("\u00e4 \u20ac", "UTF-16BE")},
+        {"without a mark", wide(text, "UTF-16LE"), ""},
+        {"cut", little + wide(text, "UTF-16LE") + "x", ""},
+    };
+    for (const auto& row : rows) {
+        Write("u.txt", row.content);
+        CleanedFiles cleaned;
+        CleanFiles({Native("u.txt")}, cleaned);
+        const bool isCleaned = !row.cleaned.empty();
+        EXPECT_EQ(Read("u.txt"), isCleaned ? row.cleaned : row.content) << row.what;
+        EXPECT_EQ(cleaned.groups, isCleaned ? 2U : 0U) << row.what;
+        EXPECT_EQ(cleaned.findings.size(), isCleaned ? 0U : 1U) << row.what;
+    }
 }
 
 TEST_F(LeftoverMarkers, AnUnwritableFileIsNamed) {

@@ -468,7 +468,7 @@ TEST_F(CommandLine, PublishReportsFindings) {
         {publish({"-o", "o2", "--xslt", "raw.xsl"}), 1, "pages:     1", "plain.html: could not be read: "},
         {publish({"-o", "o2", "--xslt", "raw.xsl"}), 1, "pages:     1", "that are well-formed XML"},
         {publish({"-o", "o3", "--xslt", "page.xsl", "--out-file", "elsewhere.html"}), 1, "pages:     1",
-         folder.Native("elsewhere.html") + ": pages that still contain marker text: 1"},
+         folder.Native("elsewhere.html") + ": pages with text that was not decoded"},
         {publish({"-o", "o4", "--xslt", "broken.xsl"}), 6, "", "broken.xsl cannot be used: "},
         {publish({"-o", "o5", "--dita-ot", "--toolkit", "none"}), 6, "",
          "none contains no DITA Open Toolkit"},

@@ -1,0 +1,98 @@
+// What a run with a stylesheet reports, and what it does around the stylesheet.
+#include "desk/command_line.h"
+#include "desk/folder_fixture.h"
+
+namespace ventrix::desk {
+namespace {
+
+class StylesheetRun : public FolderFixture {
+  protected:
+    test::Finished Publish(const std::vector<std::string>& further = {}) {
+        std::vector<std::string> arguments{"publish",      "d.xml", "-o",         "out", "--xslt", "s.xsl",
+                                           "--attributes", "a",     "--elements", "b",   "--force"};
+        arguments.insert(arguments.end(), further.begin(), further.end());
+        return test::RunVentrix(*this, arguments);
+    }
+    static std::string Sheet(const std::string& body, const char* version = "1.0") {
+        return std::string("<xsl:stylesheet version='") + version +
+               "' xmlns:xsl='http://www.w3.org/1999/XSL/Transform' xmlns:exsl='http://exslt.org/common' "
+               "extension-element-prefixes='exsl'><xsl:template match='/'>" +
+               body + "</xsl:template></xsl:stylesheet>";
+    }
+};
+
+TEST_F(StylesheetRun, AnExternalEntityMayUseTheEntitiesOfTheDtd) {
+    Write("catalog.xml",
+          "<catalog xmlns='urn:oasis:names:tc:entity:xmlns:xml:catalog'>"
+          "<public publicId='-//ACME//DTD D//EN' uri='dtds/d.dtd'/>"
+          "<public publicId='-//OASIS//DTD DITA Topic//EN' uri='dtds/d.dtd'/></catalog>");
+    Write("dtds/d.dtd", "<!ENTITY product 'P40'>");
+    Write("d.xml",
+          "<!DOCTYPE d PUBLIC '-//ACME//DTD D//EN' 'http://none.example/d.dtd' "
+          "[<!ENTITY two SYSTEM 'two.xml'>]>\n<d><p a='1'>one <b>b</b> &product;</p>&two;</d>");
+    Write("two.xml", "<?xml version='1.0' encoding='UTF-8'?>\n<topic a='2'>two &product;</topic>\n");
+    Write("s.xsl", Sheet("<html><xsl:for-each select='d/*'><p><xsl:value-of select='.'/></p>"
+                         "</xsl:for-each></html>"));
+    const test::Finished finished = Publish({"--catalog", "catalog.xml"});
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    EXPECT_NE(finished.out.find("preserved: 3 of 3"), std::string::npos) << finished.out;
+    EXPECT_NE(Read("out/d.html").find("aQL_SEP2QL_SEP\">two P40</p>"), std::string::npos)
+        << Read("out/d.html");
+}
+
+TEST_F(StylesheetRun, AnElementInTheTitleOfAPageIsText) {
+    Write("d.xml", "<d><t a='1'>T <b>bold &lt; x</b></t><p>P <b>kept</b></p></d>");
+    const std::string title = "<html><head><title><xsl:value-of select='d/t'/></title></head><body>";
+    const std::string body = "<p><xsl:value-of select='d/p'/></p></body></html>";
+    const struct {
+        std::string heading;
+        const char* preserved;
+    } rows[] = {{"", "preserved: 2 of 3"}, {"<h1><xsl:value-of select='d/t'/></h1>", "preserved: 3 of 3"}};
+    for (const auto& row : rows) {
+        Write("s.xsl", Sheet(title + row.heading + body));
+        const test::Finished finished = Publish();
+        EXPECT_EQ(finished.status, 0) << finished.error;
+        const std::string page = Read("out/d.html");
+        EXPECT_NE(page.find("\">T bold &lt; x</title>"), std::string::npos) << page;
+        EXPECT_NE(page.find("P <b>kept</b>"), std::string::npos) << page;
+        EXPECT_NE(finished.out.find(row.preserved), std::string::npos) << finished.out;
+    }
+}
+
+TEST_F(StylesheetRun, WhatIsNotDecodedIsReported) {
+    const std::string text = "<p><xsl:value-of select='d/p'/></p>";
+    const struct {
+        std::string stylesheet;
+        std::vector<std::string> options;
+        int status;
+        const char* report;
+    } rows[] = {
+        {Sheet("<exsl:document href='1.xhtml'><html>" + text + "</html></exsl:document>"),
+         {},
+         6,
+         "but 1 in .xhtml; let the stylesheet write .html"},
+        {Sheet(text + text),
+         {},
+         1,
+         "pages with text that was not decoded, so that what it preserved is lost: 1"},
+        {Sheet(text + text), {"--keep-markers"}, 1, "pages that still contain marker text: 1"},
+        {Sheet("<html>" + text + "</html>", "3.0"),
+         {"--xslt-engine", "libxslt"},
+         1,
+         "s.xsl: asks for XSLT 3.0, but libxslt processes 1.0"},
+        {Sheet("<html>" + text + "</html>", "1.1"), {"--xslt-engine", "libxslt"}, 0, ""},
+    };
+    Write("d.xml", "<d><p a='1'>one</p></d>");
+    for (const auto& row : rows) {
+        Write("s.xsl", row.stylesheet);
+        const test::Finished finished = Publish(row.options);
+        EXPECT_EQ(finished.status, row.status) << finished.error;
+        EXPECT_NE(finished.error.find(row.report), std::string::npos) << row.report << '\n' << finished.error;
+        const bool isKept = std::string(row.report).starts_with("pages that still");
+        EXPECT_EQ(finished.error.find("still contain marker text") != std::string::npos, isKept)
+            << finished.error;
+    }
+}
+
+}  // namespace
+}  // namespace ventrix::desk
