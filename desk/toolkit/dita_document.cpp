@@ -36,7 +36,8 @@ void MakeAbsolute(xmlNode* element, const char* name, const NativePath& path, co
 void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path, const DocumentCopies& copies) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
-        if (node->type != XML_ELEMENT_NODE || node->properties == nullptr) {
+        // An element of another vocabulary refers within its own content.
+        if (node->type != XML_ELEMENT_NODE || node->properties == nullptr || node->ns != nullptr) {
             continue;
         }
         const std::string scope = Attribute(node, "scope");

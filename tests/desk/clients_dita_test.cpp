@@ -62,6 +62,8 @@ TEST_F(DitaClient, EachKindOfElementIsRendered) {
          "<p><xref href='#t/b'/></p>",
          "concat(//li[2]/@value, //li[3]/@value, //p/a)", "122"},
         {"<section><title/>x</section>", "count(//h2)", "0"},
+        {"<foreign><svg xmlns='http://www.w3.org/2000/svg'><use href='#x'/></svg></foreign>",
+         "string(//*[local-name()='use']/@href)", "#x"},
         {"<syntaxdiagram><groupseq><kwd>k</kwd><synnote>n</synnote></groupseq></syntaxdiagram>",
          "//div[@class='fn']/span", "n"},
     };
