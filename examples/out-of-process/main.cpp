@@ -3,14 +3,13 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "bridge/contract/host_interfaces.h"
 #include "platform/wide_text.h"
 #include "running_host.h"
-#include "word_counter.h"
 
 namespace {
 
@@ -51,30 +50,14 @@ ventrix::example::RunningHostSettings HostSettings(const Options& options) {
     return settings;
 }
 
-// The client has its own thread here, as it would have its own process.
-std::int32_t RunClient(const std::string& server) {
-    std::int32_t result = 1;
-    std::thread client(
-        [&] { result = ventrix::example::RunWordCounter(server.empty() ? nullptr : server.c_str()); });
-    client.join();
-    return result;
-}
-
 void PrintAnswer(const ventrix::example::Answer& answer) {
     const bool complete = answer && answer->size() == 2;
     std::printf("answer: %s\n", complete ? std::get<std::string>(answer->back()).c_str() : "none");
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
-    const Options options = ReadOptions({arguments + 1, arguments + count});
-    if (options.texts.empty()) {
-        std::fputs("usage: word_counter [--server NAME] [--busy MILLISECONDS] TEXT...\n", stderr);
-        return 2;
-    }
+int Run(const Options& options) {
     ventrix::example::RunningHost host(HostSettings(options));
-    if (RunClient(options.server) != 0) {
+    if (host.Serve(options.server) != 0) {
         std::fputs(
             "word_counter: no running host was found; if the environment variable QLGUID is set, unset it\n",
             stderr);
@@ -86,4 +69,20 @@ int main(int count, char** arguments) {
     }
     std::printf("console: %s", host.Console().c_str());
     return 0;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    const Options options = ReadOptions({arguments + 1, arguments + count});
+    if (options.texts.empty()) {
+        std::fputs("usage: word_counter [--server NAME] [--busy MILLISECONDS] TEXT...\n", stderr);
+        return 2;
+    }
+    try {
+        return Run(options);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "word_counter: %s\n", error.what());
+        return 1;
+    }
 }

@@ -1,34 +1,11 @@
 #include "running_host.h"
 
-#include <future>
-#include <memory>
 #include <utility>
 
+#include "apartments.h"
 #include "platform/com_runtime.h"
 
 namespace ventrix::example {
-namespace {
-
-// Waits until the client's message loop runs, since only then the client is registered for certain: it also
-// serves calls while it waits for a busy host during start-up. False if the client's thread ends before.
-bool WaitForMessageLoop(std::uint32_t clientThread) {
-    auto promise = std::make_shared<std::promise<void>>();
-    std::future<void> served = promise->get_future();
-    if (!platform::PostToThread(clientThread, [promise] { promise->set_value(); })) {
-        return false;
-    }
-    // Now only the message queue owns the promise. If the thread ends, the queue is deleted, and get()
-    // throws.
-    promise.reset();
-    try {
-        served.get();
-        return true;
-    } catch (const std::future_error&) {
-        return false;
-    }
-}
-
-}  // namespace
 
 RunningHost::RunningHost(RunningHostSettings settings)
     : settings_(std::move(settings)), host_(DeskSettings()) {
@@ -39,38 +16,36 @@ RunningHost::RunningHost(RunningHostSettings settings)
 
 RunningHost::~RunningHost() {
     platform::OfferClass(settings_.classId, nullptr, settings_.server);
-    if (thread_.joinable()) {
-        thread_.join();
-    }
 }
 
 desk::HostSettings RunningHost::DeskSettings() {
     desk::HostSettings desk;
     desk.installationFolder = {"C:\\Quorlane"};
     desk.console = [this](const std::string& text) { console_ += text; };
-    desk.busy = settings_.busy;
+    desk.busy = BusyForMethods(settings_.busy);
     return desk;
 }
 
-// Runs on the client's thread, as all calls of the client do.
 HRESULT RunningHost::Activate(REFIID interfaceId, void** object) {
-    const HRESULT result = host_.Root()->QueryInterface(interfaceId, object);
-    if (SUCCEEDED(result) && !thread_.joinable()) {
-        thread_ = std::thread(&RunningHost::ServeClient, this, platform::CurrentThreadNumber());
-    }
-    return result;
+    RegisterBusyFilter(settings_.busy);
+    hostThread_ = platform::CurrentThreadNumber();
+    return host_.Root()->QueryInterface(interfaceId, object);
 }
 
-void RunningHost::ServeClient(std::uint32_t clientThread) {
-    if (!WaitForMessageLoop(clientThread)) {
-        return;
-    }
-    platform::CallOnThread(clientThread, [this] { host_.InitializeClient(); });
+std::int32_t RunningHost::Serve(const std::string& server) {
+    const std::int32_t status = RunClient(server, [this] { CallClient(); });
+    // The host's thread has to release what the client has registered, unless it was the client's and has
+    // ended.
+    platform::CallOnThread(hostThread_, [this] { host_.ReleaseModule(); });
+    return status;
+}
+
+void RunningHost::CallClient() {
+    platform::CallOnThread(hostThread_, [this] { host_.InitializeClient(); });
     for (const std::string& command : settings_.commands) {
-        platform::CallOnThread(clientThread,
+        platform::CallOnThread(hostThread_,
                                [&] { answers_.push_back(CallByName(settings_.clientName, command)); });
     }
-    platform::PostQuitToThread(clientThread);
 }
 
 Answer RunningHost::CallByName(const std::string& clientName, const std::string& command) {

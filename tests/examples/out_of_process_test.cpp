@@ -2,26 +2,16 @@
 // cover how a client finds a host and waits for it.
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "bridge/contract/host_interfaces.h"
 #include "platform/environment.h"
 #include "running_host.h"
 #include "support/environment.h"
-#include "word_counter.h"
+#include "support/wine.h"
 
 namespace ventrix::example {
 namespace {
 
 using Values = std::vector<desk::AnswerValue>;
-
-// The client has its own thread here, as it would have its own process.
-std::int32_t RunClient(const char* serverName) {
-    std::int32_t result = -1;
-    std::thread client([&] { result = RunWordCounter(serverName); });
-    client.join();
-    return result;
-}
 
 class OutOfProcessExample : public ::testing::Test {
   protected:
@@ -37,20 +27,50 @@ class OutOfProcessExample : public ::testing::Test {
 
 TEST_F(OutOfProcessExample, CallsOfTheHostAreAnswered) {
     RunningHost host(settings_);
-    EXPECT_EQ(RunClient(nullptr), 0);
+    EXPECT_EQ(host.Serve(), 0);
     const std::vector<Answer> expected = {Values{0, "3 words"}, Values{-43, ""}, Values{0, "0 words"}};
     EXPECT_EQ(host.Answers(), expected);
     EXPECT_EQ(host.Console(), "Word counter: 3 words\nWord counter: 0 words\n");
-    EXPECT_EQ(host.Host().RegisteredName(), "Word counter") << "from the program's version block";
+    EXPECT_EQ(host.Host().RegisteredName(), "Word counter") << "from the client's version block";
     EXPECT_EQ(host.Host().HeldReferences(), 0);
 }
 
 TEST_F(OutOfProcessExample, ClientIsCalledOnlyByItsOwnName) {
     settings_.clientName = "Letter counter";
     RunningHost host(settings_);
-    EXPECT_EQ(RunClient(nullptr), 0);
+    EXPECT_EQ(host.Serve(), 0);
     EXPECT_EQ(host.Answers(), std::vector<Answer>(3));
-    EXPECT_EQ(RunClient("no-such-server"), 1);
+}
+
+TEST_F(OutOfProcessExample, OtherClassIsNotFound) {
+    settings_.classId.Data1 = 1;
+    RunningHost host(settings_);
+    EXPECT_EQ(host.Serve(), 1);
+    EXPECT_EQ(host.Answers(), std::vector<Answer>());
+}
+
+TEST_F(OutOfProcessExample, UnknownServerIsNotFound) {
+    RunningHost host(settings_);
+    EXPECT_EQ(host.Serve("no-such-server"), 1);
+}
+
+// How often a host is asked whether it is busy that is so for the first calls.
+int CallsToHost(RunningHostSettings settings, int busyCalls) {
+    int calls = 0;
+    settings.busy = [&] { return calls++ < busyCalls; };
+    RunningHost host(settings);
+    EXPECT_EQ(host.Serve(), 0);
+    EXPECT_EQ(host.Answers().size(), settings.commands.size());
+    EXPECT_EQ(host.Console(), "Word counter: 3 words\nWord counter: 0 words\n");
+    return calls;
+}
+
+TEST_F(OutOfProcessExample, CallsThatABusyHostRejectsAreRepeated) {
+    CallsToHost(settings_, 0);  // The first connection of a process asks the host for a folder.
+    const int calls = CallsToHost(settings_, 0);
+    EXPECT_GE(calls, 8);
+    // Wine asks the host's message filter, but makes a call that the filter rejects all the same.
+    EXPECT_EQ(CallsToHost(settings_, 5), test::UnderWine() ? calls : calls + 5);
 }
 
 }  // namespace

@@ -106,15 +106,16 @@ struct TestHost::Methods {
 
     static HRESULT QueryInterface(void* self, REFIID id, void** out) {
         TestHost& host = Host(self);
-        const auto* found = std::find(std::begin(kHostInterfaceIds), std::end(kHostInterfaceIds), id);
-        const auto number = static_cast<unsigned>(found - std::begin(kHostInterfaceIds)) + 1;
-        host.log.push_back("QueryInterface " + Line(number));
-        if (number > kHostInterfaceCount || host.missingInterfaces.contains(number)) {
-            return E_NOINTERFACE;
+        unsigned number = 0;
+        if (id != IID_IUnknown) {
+            const auto* found = std::find(std::begin(kHostInterfaceIds), std::end(kHostInterfaceIds), id);
+            number = static_cast<unsigned>(found - std::begin(kHostInterfaceIds)) + 1;
+            host.log.push_back("QueryInterface " + Line(number));
         }
-        ++host.references;
-        *out = &host.sides_[number];
-        return S_OK;
+        const bool missing = number > kHostInterfaceCount || host.missingInterfaces.contains(number);
+        *out = missing ? nullptr : &host.sides_[number];
+        host.references += missing ? 0 : 1;
+        return missing ? E_NOINTERFACE : S_OK;
     }
 
     static ULONG AddRef(void* self) { return static_cast<ULONG>(++Host(self).references); }
