@@ -33,6 +33,7 @@ constexpr Rule kRules[] = {
     {"log", false, "The report log could not be written"},
     {"malformed-drive", false, "An entry of VENTRIX_DRIVES is not understood"},
     {"missing", true, "A referenced file is missing or unreadable"},
+    {"misspelled-name", false, "A name in an option does not occur, and one that is nearly the same does"},
     {"not-checked", false, "The module's log does not report whether a file is readable"},
     {"not-handled", false, "The built-in toolkit does not handle an element or attribute"},
     {"not-readable", true, "A file is not well-formed XML"},

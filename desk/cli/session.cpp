@@ -98,7 +98,10 @@ void AddResources(const std::vector<std::string>& resources, const std::vector<N
                   DocumentFiles& files) {
     for (const std::string& resource : resources) {
         RequireFile("--resource", {resource});
-        for (DocumentFile& file : ReadDocument(AbsolutePath({resource}), allowRead).files) {
+        DocumentFiles read = ReadDocument(AbsolutePath({resource}), allowRead);
+        files.names.elements.merge(read.names.elements);
+        files.names.attributes.merge(read.names.attributes);
+        for (DocumentFile& file : read.files) {
             const bool listed = std::ranges::any_of(files.files, [&](const DocumentFile& other) {
                 return other.path == file.path && other.url == file.url;
             });

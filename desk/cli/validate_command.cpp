@@ -3,6 +3,7 @@
 
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
+#include "desk/cli/document_checks.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/path_options.h"
 #include "desk/cli/private_log.h"
@@ -111,6 +112,7 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
     std::vector<NativePath> inputs = LocalFiles(session->files);
     inputs.push_back(AbsolutePath({options.common.config}));
     RequireLog(userLog, inputs);
+    ReportAbsentNames(options.publish, session->files.names, report, screen);
     const RunLog log = CheckFiles(*session, userLog, screen, report);
     const std::int32_t mask = *report.status;
     report.log = userLog;

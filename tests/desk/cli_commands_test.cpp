@@ -403,11 +403,12 @@ TEST_F(CommandLine, AnElementWhoseTextComesFromAKeyKeepsItsText) {
 
 TEST_F(CommandLine, OptionsOfToolkitsAndStylesheetsReachThem) {
     const std::string command = test::WriteScript(folder, "ot/bin/dita", "toolkit <p/>\n");
-    folder.Write("src/keys.ditamap", "<map><keydef keys='k' href='a.dita'/></map>");
-    const Finished toolkit =
-        Run({"publish", "src/a.dita", "-o", "out", "--toolkit", command, "--transtype", "mine",
-             "--toolkit-param", "args.css=x.css", "--resource", "src/keys.ditamap"});
+    folder.Write("src/keys.ditamap", "<map><keydef keys='k' href='a.dita' deliveryTarget='web'/></map>");
+    const Finished toolkit = Run({"publish", "src/a.dita", "-o", "out", "--toolkit", command, "--transtype",
+                                  "mine", "--toolkit-param", "args.css=x.css", "--resource",
+                                  "src/keys.ditamap", "--attributes", "deliveryTarget"});
     EXPECT_EQ(toolkit.status, 0) << toolkit.error;
+    EXPECT_EQ(toolkit.error.find("does not occur"), std::string::npos) << toolkit.error;
     EXPECT_NE(toolkit.out.find("DITA Open Toolkit, " + command), std::string::npos);
     const std::string properties = folder.Read("ot/bin/properties");
     for (const char* line : {"transtype=mine\n", "args.css=x.css\n", "/out/keys.ditamap\n"}) {

@@ -114,6 +114,17 @@ TEST_F(Findings, DependOnTheFilterAndTheToolkit) {
     EXPECT_EQ(Validate({"t.dita", "--toolkit", "installed"}).status, 0);
 }
 
+TEST_F(Findings, NameMisspelledAttributesOfTheFilter) {
+    folder.Write("f.ditaval", "<val><prop att=\"prodcut\" val=\"x\" action=\"exclude\"/></val>");
+    folder.Write("t.dita", "<topic id=\"t\"><title product=\"x\">T</title></topic>");
+    const Finished finished = Validate({"t.dita", "--ditaval", "f.ditaval"});
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_NE(finished.error.find("--ditaval: 'prodcut' does not occur in any file of the document; did you "
+                                  "mean 'product'?"),
+              std::string::npos)
+        << finished.error;
+}
+
 TEST_F(Findings, JsonAndSarifMatchTheirSchemas) {
     folder.Write("broken.dita", "<topic>\n <p></topic>");
     folder.Write("ventrix.toml",
