@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/documents/document_files.h"
 #include "desk/toolkit/java_text.h"
 #include "desk/toolkit/run_program.h"
 #include "desk/toolkit/toolkit_filter.h"
@@ -135,24 +136,47 @@ std::string JoinedUris(const std::vector<NativePath>& files) {
     return joined;
 }
 
+constexpr char kMisreadByOldToolkit[] = "%#?\"&<>";
+
+/// The folder down to the last one whose name an old toolkit would misread, without a closing slash; empty if
+/// there is none.
+std::string MisreadFolder(const NativePath& document) {
+    const std::size_t sign = FolderOf(document).utf8.find_last_of(kMisreadByOldToolkit);
+    return sign == std::string::npos ? std::string() : document.utf8.substr(0, document.utf8.find('/', sign));
+}
+
+/// The first map or topic that an old toolkit would misread, although it reads `folder` by another name.
+NativePath MisreadFile(const NativePath& document, const std::string& folder) {
+    const DocumentFiles listed = ListDocumentFiles(document);
+    for (const DocumentFile& file : listed.files) {
+        const std::string& path = file.path.utf8;
+        const std::size_t start = path.starts_with(folder + '/') ? folder.size() : 0;
+        const bool isDita = path.ends_with(".dita") || path.ends_with(".ditamap") || path.ends_with(".xml");
+        if (isDita && !file.opaque && path.find_first_of(kMisreadByOldToolkit, start) != std::string::npos) {
+            return file.path;
+        }
+    }
+    return {};
+}
+
 /// Old toolkits read "%", "#" and "?" in a path as parts of a URI and write quotes and signs of XML into
 /// attributes as they are. A link to the last folder whose name contains one avoids that. Returns the path to
-/// use; empty, with the reason, if the document's own name contains one.
+/// use; empty, with the reason, if another name contains one.
 NativePath ReadableByOldToolkit(const NativePath& document, const std::string& work, std::string& reason) {
-    const std::size_t sign = document.utf8.find_last_of("%#?\"&<>");
-    if (sign == std::string::npos) {
-        return document;
-    }
-    const std::size_t end = document.utf8.find('/', sign);
-    if (end == std::string::npos) {
-        reason = document.utf8 +
+    const std::string folder = MisreadFolder(document);
+    const NativePath misread = MisreadFile(document, folder);
+    if (!misread.Empty()) {
+        reason = misread.utf8 +
                  ": this old DITA Open Toolkit cannot read a file with one of % # ? \" & < > in its name; "
                  "rename the file or use a newer toolkit";
         return {};
     }
+    if (folder.empty()) {
+        return document;
+    }
     std::error_code error;
-    fs::create_directory_symlink(ToFilesystem({document.utf8.substr(0, end)}), work + "/in", error);
-    return {work + "/in" + document.utf8.substr(end)};
+    fs::create_directory_symlink(ToFilesystem({folder}), work + "/in", error);
+    return {work + "/in" + document.utf8.substr(folder.size())};
 }
 
 /// Everything that the run is about. Newer toolkits take the input as a URI; older ones only as a path. The
