@@ -30,8 +30,8 @@
       <head>
         <meta name="viewport" content="width=device-width, initial-scale=1"/>
         <title>
-          <xsl:value-of select="$frame/@title"/>
-          <xsl:if test="$frame/@title != $frame/@site"><xsl:value-of select="concat(' - ', $frame/@site)"/></xsl:if>
+          <xsl:value-of select="$frame/@window-title"/>
+          <xsl:if test="$frame/@window-title != $frame/@site"><xsl:value-of select="concat(' - ', $frame/@site)"/></xsl:if>
         </title>
         <xsl:if test="$frame/@description"><meta name="description" content="{$frame/@description}"/></xsl:if>
         <xsl:for-each select="$frame/style"><link rel="stylesheet" href="{@href}"/></xsl:for-each>
@@ -264,8 +264,8 @@
     </xsl:element>
   </xsl:template>
 
-  <xsl:template match="section/title[not(*) and normalize-space() = ''] | example/title[not(*) and normalize-space() = ''] |
-                       fig/title[not(*) and normalize-space() = '']" priority="2"/>
+  <xsl:template match="topic/title[not(*) and normalize-space() = ''] | section/title[not(*) and normalize-space() = ''] |
+                       example/title[not(*) and normalize-space() = '']" priority="3"/>
 
   <xsl:template match="note">
     <xsl:variable name="type">
@@ -313,8 +313,9 @@
   <xsl:template match="ol">
     <ol>
       <xsl:call-template name="common"/>
-      <xsl:if test="count(ancestor::ol) mod 2 = 1">
-        <xsl:attribute name="type">a</xsl:attribute>
+      <xsl:variable name="depth" select="count(ancestor::ol) mod 3"/>
+      <xsl:if test="$depth &gt; 0">
+        <xsl:attribute name="type"><xsl:value-of select="substring('ai', $depth, 1)"/></xsl:attribute>
       </xsl:if>
       <xsl:apply-templates/>
     </ol>
@@ -408,10 +409,9 @@
             <xsl:variable name="text">
               <xsl:call-template name="attribute-text">
                 <xsl:with-param name="text">
-                  <xsl:choose>
-                    <xsl:when test="normalize-space(xref) != ''"><xsl:value-of select="normalize-space(xref)"/></xsl:when>
-                    <xsl:otherwise><xsl:value-of select="xref/@page-title"/></xsl:otherwise>
-                  </xsl:choose>
+                  <xsl:variable name="own"><xsl:copy-of select="xref/node()[not(self::desc)]"/></xsl:variable>
+                  <xsl:value-of select="normalize-space($own)"/>
+                  <xsl:if test="normalize-space($own) = ''"><xsl:for-each select="xref"><xsl:call-template name="link-text"/></xsl:for-each></xsl:if>
                 </xsl:with-param>
               </xsl:call-template>
             </xsl:variable>
@@ -563,6 +563,19 @@
     </xsl:element>
   </xsl:template>
 
+  <!-- A table of choices without a head gets one. -->
+  <xsl:template match="simpletable[contains(@class, ' task/choicetable ')][not(sthead)]" priority="2">
+    <table>
+      <xsl:call-template name="common"/>
+      <tr class="sthead chhead">
+        <th class="stentry choptionhd" scope="col"><xsl:call-template name="word"><xsl:with-param name="key" select="'option'"/></xsl:call-template></th>
+        <th class="stentry chdeschd" scope="col"><xsl:call-template name="word"><xsl:with-param name="key" select="'description'"/></xsl:call-template></th>
+      </tr>
+      <xsl:apply-templates/>
+    </table>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+
   <!-- A row of a properties table may omit cells that other rows have. -->
   <xsl:template match="simpletable[contains(@class, ' reference/properties ')]" priority="2">
     <table>
@@ -660,13 +673,29 @@
     </span>
   </xsl:template>
 
+  <!-- A footnote with an id is shown where an xref leads to it. -->
+  <xsl:template match="fn[@id]" priority="2"/>
   <xsl:template match="fn">
-    <sup><a class="fnref" href="#fn{@page-number}" id="fnref{@page-number}"><xsl:value-of select="@page-number"/></a></sup>
+    <sup><a class="fnref" href="#fn{@page-number}" id="fnref{@page-number}"><xsl:call-template name="callout"/></a></sup>
+  </xsl:template>
+  <xsl:template name="callout">
+    <xsl:choose>
+      <xsl:when test="@callout"><xsl:value-of select="@callout"/></xsl:when>
+      <xsl:otherwise><xsl:value-of select="@page-number"/></xsl:otherwise>
+    </xsl:choose>
   </xsl:template>
   <xsl:template name="footnotes">
-    <xsl:for-each select="body//fn">
+    <xsl:for-each select="(body | abstract)//fn">
       <div class="fn" id="fn{@page-number}">
-        <a href="#fnref{@page-number}"><sup><xsl:value-of select="@page-number"/></sup></a>
+        <xsl:choose>
+          <xsl:when test="@id">
+            <xsl:attribute name="id"><xsl:call-template name="anchor"/></xsl:attribute>
+            <sup><xsl:call-template name="callout"/></sup>
+          </xsl:when>
+          <xsl:otherwise>
+            <a href="#fnref{@page-number}"><sup><xsl:call-template name="callout"/></sup></a>
+          </xsl:otherwise>
+        </xsl:choose>
         <xsl:text> </xsl:text>
         <xsl:variable name="blocks" select="p | pre | ul | sl | ol | lq | dl | note | lines | fig"/>
         <xsl:element name="{substring('spandiv', 1 + 4 * boolean($blocks), 4)}"><xsl:apply-templates/></xsl:element>
@@ -681,6 +710,11 @@
       <xsl:when test="@href">
         <a href="{@href}">
           <xsl:call-template name="common"/>
+          <xsl:if test="desc">
+            <xsl:attribute name="title">
+              <xsl:call-template name="attribute-text"><xsl:with-param name="text" select="normalize-space(desc)"/></xsl:call-template>
+            </xsl:attribute>
+          </xsl:if>
           <xsl:call-template name="link-content"/>
         </a>
       </xsl:when>
@@ -691,9 +725,18 @@
     <xsl:variable name="content" select="node()[not(self::desc)]"/>
     <xsl:choose>
       <xsl:when test="$content[self::* or normalize-space() != '']"><xsl:apply-templates select="$content"/></xsl:when>
-      <xsl:when test="@page-title"><xsl:value-of select="@page-title"/></xsl:when>
-      <xsl:otherwise><xsl:value-of select="@href"/></xsl:otherwise>
+      <xsl:when test="@page-title-type = 'footnote'"><sup><xsl:value-of select="@page-title"/></sup></xsl:when>
+      <xsl:otherwise><xsl:call-template name="link-text"/></xsl:otherwise>
     </xsl:choose>
+  </xsl:template>
+  <!-- The text for a link that has none of its own. -->
+  <xsl:template name="link-text">
+    <xsl:if test="@page-title-type = 'figure' or @page-title-type = 'table'">
+      <xsl:call-template name="word"><xsl:with-param name="key" select="@page-title-type"/></xsl:call-template>
+      <xsl:text> </xsl:text>
+    </xsl:if>
+    <xsl:value-of select="@page-title"/>
+    <xsl:if test="not(@page-title)"><xsl:value-of select="@href"/></xsl:if>
   </xsl:template>
 
   <xsl:template match="related-links">
@@ -758,11 +801,8 @@
   <xsl:template name="link">
     <a class="link" href="{@href}">
       <xsl:choose>
-        <xsl:when test="linktext">
-          <xsl:apply-templates select="linktext/node()"/>
-        </xsl:when>
-        <xsl:when test="@page-title"><xsl:value-of select="@page-title"/></xsl:when>
-        <xsl:otherwise><xsl:value-of select="@href"/></xsl:otherwise>
+        <xsl:when test="linktext/node()"><xsl:apply-templates select="linktext/node()"/></xsl:when>
+        <xsl:otherwise><xsl:call-template name="link-text"/></xsl:otherwise>
       </xsl:choose>
     </a>
   </xsl:template>
@@ -771,13 +811,13 @@
 
   <!-- Each "|key=word|". Words in elements would have to be read with document(''), which parses this file for each page. -->
   <xsl:variable name="english" select="'
-    |figure=Figure| |table=Table| |parent=Parent topic| |related=Related information| |previous=Previous topic|
+    |figure=Figure| |table=Table| |option=Option| |description=Description| |parent=Parent topic| |related=Related information| |previous=Previous topic|
     |next=Next topic| |note=Note| |tip=Tip| |fastpath=Fastpath| |important=Important| |remember=Remember|
     |restriction=Restriction| |attention=Attention| |caution=Caution| |danger=Danger| |warning=Warning| |notice=Notice|
     |trouble=Trouble| |contents=Contents| |skip=Skip to the content| |place=You are here| |home=Home|
     |pager=Previous and next page| |previous-page=Previous| |next-page=Next| |all=All topics|'"/>
   <xsl:variable name="german" select="'
-    |figure=Abbildung| |table=Tabelle| |parent=Übergeordnetes Thema| |related=Zugehörige Informationen|
+    |figure=Abbildung| |table=Tabelle| |option=Option| |description=Beschreibung| |parent=Übergeordnetes Thema| |related=Zugehörige Informationen|
     |previous=Vorheriges Thema| |next=Nächstes Thema| |note=Anmerkung| |tip=Tipp| |fastpath=Direktaufruf|
     |important=Wichtig| |remember=Hinweis| |restriction=Einschränkung| |attention=Achtung| |caution=Vorsicht|
     |danger=Gefahr| |warning=Warnung| |notice=Hinweis| |trouble=Fehlerbehebung| |contents=Inhalt|

@@ -6,14 +6,17 @@
 #include <set>
 
 #include "desk/documents/document_files.h"
+#include "desk/toolkit/coderef.h"
+#include "desk/toolkit/conref.h"
 #include "desk/toolkit/contents.h"
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_map.h"
-#include "desk/toolkit/dita_references.h"
-#include "desk/toolkit/link_check.h"
+#include "desk/toolkit/keyref.h"
 #include "desk/toolkit/page_frame.h"
 #include "desk/toolkit/page_layout.h"
 #include "desk/toolkit/page_navigation.h"
+#include "desk/toolkit/page_numbers.h"
+#include "desk/toolkit/page_references.h"
 #include "desk/toolkit/subject_scheme.h"
 #include "desk/toolkit/unhandled.h"
 #include "platform/native_files.h"
@@ -35,12 +38,14 @@ struct Publication {
     Contents contents;
     PageAssets assets;
     DitaLibrary& library;
+    LinkTexts texts;
     LinkCheck links;
     std::deque<NativePath> waiting;
     std::set<NativePath> known;   ///< Topics that wait or have their page.
     std::set<NativePath> copied;  ///< The targets.
     MessageSink warn;
-    std::set<NativePath> written;  ///< Pages.
+    std::set<NativePath> written;   ///< Pages.
+    std::set<std::string> remarks;  ///< What is reported, to report it once.
     int warnings = 0;
     std::string failure;  ///< The first page or file that could not be written.
 };
@@ -57,12 +62,14 @@ void ReportUnread(Publication& publication, const std::string& reason) {
     publication.run.unread(reason);
 }
 
-/// What a page lacks: a warning in the log and a finding.
-void Remark(Publication& publication, const NativePath& topic, long line, const char* rule,
-            const std::string& text) {
-    publication.warn(topic.utf8 + (line > 0 ? ": line " + std::to_string(line) : std::string()) + ": " +
-                     text);
-    publication.run.finding({topic, static_cast<int>(line), text, rule});
+/// What a page lacks: a warning in the log and a finding. Content that several pages reuse is reported once.
+void Remark(Publication& publication, const DitaFinding& finding) {
+    const std::string line = finding.line > 0 ? ": line " + std::to_string(finding.line) : std::string();
+    const std::string remark = finding.file.utf8 + line + ": " + finding.text;
+    if (publication.remarks.insert(remark).second) {
+        publication.warn(remark);
+        publication.run.finding(finding);
+    }
 }
 
 void WaitForPage(Publication& publication, const NativePath& topic) {
@@ -104,110 +111,6 @@ void TakeItems(Publication& publication, const std::vector<NavigationItem>& item
     }
 }
 
-/// The fragment that leads to the target in its page.
-std::string Anchor(Publication& publication, const DitaTarget& target) {
-    const std::string topic = target.topic.empty() && !target.element.empty()
-                                  ? publication.library.Summary(target.path).topicId
-                                  : target.topic;
-    if (topic.empty()) {
-        return {};
-    }
-    return topic + (target.element.empty() ? "" : "__" + target.element);
-}
-
-/// Makes a link to a topic lead to its page. A link to an excluded topic loses its target.
-void LinkToTopic(Publication& publication, xmlNode* element, const DitaTarget& target,
-                 const NativePath& topic) {
-    if (publication.library.Summary(target.path).excluded) {
-        xmlUnsetProp(element, Xml("href"));
-        return;
-    }
-    WaitForPage(publication, target.path);
-    const NativePath page = PageOf(publication.layout, topic);
-    const NativePath targetPage = PageOf(publication.layout, target.path);
-    const std::string anchor = Anchor(publication, target);
-    const std::string fragment = anchor.empty() ? "" : "#" + anchor;
-    const std::string reference = (targetPage == page ? "" : RelativeReference(page, targetPage)) + fragment;
-    const std::string href = reference.empty() ? RelativeReference(page, targetPage) : reference;
-    const std::string absolute = Attribute(element, "href");
-    const std::string written = AsWritten(element->doc, absolute);
-    publication.links.Add({topic, xmlGetLineNo(element), targetPage, anchor, written});
-    xmlSetProp(element, Xml("href"), Xml(href.c_str()));
-    const xmlNode* text = HasType(element, "topic/link") ? ChildOfType(element, "topic/linktext") : element;
-    if (TextOf(text).empty() && xmlHasProp(element, Xml("page-title")) == nullptr) {
-        std::string title = TitleOf(absolute, publication.library);
-        if (title.empty()) {
-            Remark(
-                publication, topic, xmlGetLineNo(element), kNotHandled,
-                "the link \"" + written +
-                    "\" has no text and its target no title, so that it shows the title of the topic; write "
-                    "a text into the link");
-            title = publication.library.Summary(target.path).title;
-        }
-        xmlSetProp(element, Xml("page-title"), Xml((title.empty() ? href : title).c_str()));
-    }
-}
-
-/// Phrases with a key link to its target too.
-bool IsLink(const xmlNode* element) {
-    return HasType(element, "topic/xref") || HasType(element, "topic/link") ||
-           (xmlHasProp(element, Xml("keyref")) != nullptr && !HasType(element, "topic/image"));
-}
-
-/// Whether no page shows the element.
-bool IsMetadata(const xmlNode* element) {
-    for (; element != nullptr && element->type == XML_ELEMENT_NODE; element = element->parent) {
-        if (HasType(element, "topic/prolog") || HasType(element, "topic/data") ||
-            HasType(element, "topic/data-about")) {
-            return true;
-        }
-    }
-    return false;
-}
-
-/// A topic is published as a page only: its file may contain what a filter excludes.
-void LeaveOutTopic(Publication& publication, xmlNode* element, const NativePath& topic) {
-    const bool isReported = HasType(element, "topic/lq") || HasType(element, "topic/longdescref") ||
-                            HasType(element, "topic/longquoteref");
-    if (!isReported && !IsMetadata(element)) {
-        Remark(publication, topic, xmlGetLineNo(element), kNotHandled,
-               "the link \"" + AsWritten(element->doc, Attribute(element, "href")) + "\" of <" +
-                   std::string(View(element->name)) + "> to a topic is not handled: it is left out");
-    }
-    xmlUnsetProp(element, Xml("href"));
-}
-
-void RewriteReference(Publication& publication, xmlNode* element, const char* name, const NativePath& topic) {
-    const auto target = DitaTargetOf(Attribute(element, name));
-    const std::string scope = Attribute(element, "scope");
-    if (!target.has_value() || scope == "external" || scope == "peer") {
-        return;
-    }
-    const NativePath output = OutputOf(publication.layout, target->path);
-    if (output.Empty()) {
-        publication.warn(target->path.utf8 + ": is outside the folders of the document and is left out");
-    } else if (IsLink(element) && IsTopicFormat(Attribute(element, "format"), target->path)) {
-        LinkToTopic(publication, element, *target, topic);
-    } else if (std::string_view(name) == "href" &&
-               IsTopicFormat(Attribute(element, "format"), target->path)) {
-        LeaveOutTopic(publication, element, topic);
-    } else {
-        CopyFile(publication, target->path, output);
-        xmlSetProp(element, Xml(name),
-                   Xml(RelativeReference(PageOf(publication.layout, topic), output).c_str()));
-    }
-}
-
-void RewriteReferences(Publication& publication, xmlDoc* document, const NativePath& topic) {
-    xmlNode* root = xmlDocGetRootElement(document);
-    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
-        if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
-            RewriteReference(publication, node, "href", topic);
-            RewriteReference(publication, node, "data", topic);
-        }
-    }
-}
-
 /// The serialised page; empty, with an error in the log, if the stylesheet fails.
 std::string Rendered(Publication& publication, xmlDoc* document, const NativePath& source) {
     const TransformJob job{.stylesheet = publication.stylesheet,
@@ -235,27 +138,6 @@ void Write(Publication& publication, const NativePath& page, const std::string& 
     publication.run.log("page " + page.utf8);
 }
 
-struct Counter {
-    const char* type;
-    bool needsTitle;
-    int count = 0;
-};
-
-/// Numbers footnotes, and figures and tables that have a title, in the attribute "page-number". A stylesheet
-/// would have to count the preceding ones again for each.
-void AddPageNumbers(xmlDoc* document) {
-    Counter counters[] = {{"topic/fig", true}, {"topic/table", true}, {"topic/fn", false}};
-    xmlNode* root = xmlDocGetRootElement(document);
-    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
-        for (Counter& counter : counters) {
-            if (HasType(node, counter.type) &&
-                (!counter.needsTitle || ChildOfType(node, "topic/title") != nullptr)) {
-                xmlSetProp(node, Xml("page-number"), Xml(std::to_string(++counter.count).c_str()));
-            }
-        }
-    }
-}
-
 /// What the head of a topic's page says, when its references are resolved.
 FramedPage FramedTopic(const xmlDoc* document, const NativePath& topic, const NativePath& page) {
     const xmlNode* first = FirstTopic(document);
@@ -263,38 +145,64 @@ FramedPage FramedTopic(const xmlDoc* document, const NativePath& topic, const Na
     if (title.empty()) {
         title = FromFilesystem(ToFilesystem(topic).stem()).utf8;
     }
-    return {page, std::move(title), PlainText(ShownText(ShortDescriptionOf(first)))};
+    const xmlNode* alternatives = ChildOfType(first, "topic/titlealts");
+    std::string searchTitle = PlainText(ShownText(ChildOfType(alternatives, "topic/searchtitle")));
+    return {page, title, searchTitle.empty() ? title : std::move(searchTitle),
+            PlainText(ShownText(ShortDescriptionOf(first)))};
+}
+
+ReferenceTargets TargetsOf(Publication& publication, const RemarkSink& remarks) {
+    return {.layout = publication.layout,
+            .library = publication.library,
+            .texts = publication.texts,
+            .check = publication.links,
+            .remarks = remarks,
+            .needPage = [&publication](const NativePath& topic) { WaitForPage(publication, topic); },
+            .copy = [&publication](const NativePath& source,
+                                   const NativePath& target) { CopyFile(publication, source, target); }};
 }
 
 /// The order matters. Reused content brings key references, samples and links with it; keys and neighbours
-/// add links, which RewriteReferences then directs to pages; page numbers count the final elements. Elements
-/// get the names of their base types last, for the stylesheet alone.
-void MakePage(Publication& publication, const NativePath& topic) {
-    const NativePath page = PageOf(publication.layout, topic);
-    if (page.Empty()) {
-        publication.warn(topic.utf8 + ": is outside the folders of the document and is left out");
-        return;
+/// add links, which DirectReferences then directs to pages.
+void ResolveReferences(Publication& publication, xmlDoc* document, const NativePath& topic) {
+    const RemarkSink remarks = [&publication](const xmlNode* place, const char* rule,
+                                              const std::string& text) {
+        Remark(publication, {SourceOf(place), static_cast<int>(xmlGetLineNo(place)), text, rule});
+    };
+    ResolveConrefs(document, publication.navigation.keys, publication.library, remarks);
+    ReportUnhandled(document, remarks);
+    ResolveKeyrefs(document, publication.navigation.keys, publication.library, remarks);
+    ResolveCoderefs(document, remarks);
+    AddNeighbours(document, publication.neighbours, topic, publication.library);
+    DirectReferences(document, topic, TargetsOf(publication, remarks));
+}
+
+/// Null if the topic has no page: with a remark, unless a filter excludes it.
+XmlDocument LoadTopic(Publication& publication, const NativePath& topic) {
+    if (PageOf(publication.layout, topic).Empty()) {
+        Remark(publication, {topic, 0, "the topic is outside the folders of the document and is left out"});
+        return nullptr;
     }
     DitaDocument loaded = LoadDita(topic, publication.sources);
-    if (loaded.document == nullptr) {
-        if (!loaded.excluded) {
-            ReportUnread(publication, loaded.reason);
-        }
-        return;
+    if (loaded.document == nullptr && !loaded.excluded) {
+        ReportUnread(publication, loaded.reason);
     }
     for (const std::string& remark : loaded.remarks) {
         publication.warn(remark);
     }
-    xmlDoc* document = loaded.document.get();
-    const RemarkSink remarks = [&](long line, const char* rule, const std::string& text) {
-        Remark(publication, topic, line, rule, text);
-    };
-    ReportUnhandled(document, topic, publication.run.finding);
-    ResolveConrefs(document, publication.navigation.keys, publication.library, remarks);
-    ResolveKeyrefs(document, publication.navigation.keys, publication.library, remarks);
-    ResolveCoderefs(document, remarks);
-    AddNeighbours(document, publication.neighbours, topic, publication.library);
-    RewriteReferences(publication, document, topic);
+    return std::move(loaded.document);
+}
+
+/// Page numbers count the final elements. Elements get the names of their base types last, for the stylesheet
+/// alone.
+void MakePage(Publication& publication, const NativePath& topic) {
+    const XmlDocument loaded = LoadTopic(publication, topic);
+    xmlDoc* document = loaded.get();
+    if (document == nullptr) {
+        return;
+    }
+    const NativePath page = PageOf(publication.layout, topic);
+    ResolveReferences(publication, document, topic);
     AddPageNumbers(document);
     AddPageFrame(document, FramedTopic(document, topic, page), publication.contents, publication.assets);
     NameByBaseType(document);
@@ -306,7 +214,8 @@ void MakePage(Publication& publication, const NativePath& topic) {
 void MakeStartPage(Publication& publication) {
     const ContentsEntry& start = publication.contents.entries.front();
     const XmlDocument document = ContentsDocument(publication.contents);
-    AddPageFrame(document.get(), {start.page, start.label, {}}, publication.contents, publication.assets);
+    AddPageFrame(document.get(), {start.page, start.label, start.label, {}}, publication.contents,
+                 publication.assets);
     Write(publication, start.page, Rendered(publication, document.get(), publication.run.document));
 }
 
@@ -331,6 +240,9 @@ void ReadMap(Publication& publication) {
     publication.library.UseKeys(publication.navigation.keys);
     publication.neighbours = NeighboursIn(publication.navigation);
     TakeItems(publication, publication.navigation.items);
+    for (const Relation& relation : publication.navigation.relations) {
+        TakeItems(publication, relation.cells);
+    }
     PageLayout& layout = publication.layout;
     const NativePath startPage =
         FreePage(layout, {OutputOf(layout, FolderOf(publication.run.document)).utf8 + "index.html"});
@@ -373,7 +285,7 @@ std::string MakePages(Publication& publication) {
     }
     CopyAssets(publication);
     for (const DeadLink& link : publication.links.DeadLinks(publication.written)) {
-        Remark(publication, link.topic, link.line, kBrokenLink, link.problem);
+        Remark(publication, {link.topic, static_cast<int>(link.line), link.problem, kBrokenLink});
     }
     return publication.failure;
 }
@@ -427,12 +339,14 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
                             .contents = {},
                             .assets = {},
                             .library = library,
+                            .texts = {library, publication.navigation.keys},
                             .links = {},
                             .waiting = {},
                             .known = {},
                             .copied = {},
                             .warn = {},
                             .written = {},
+                            .remarks = {},
                             .failure = {}};
     publication.warn = [&publication](const std::string& line) {
         ++publication.warnings;

@@ -27,8 +27,9 @@ ContentsEntry TopicEntry(const Builder& builder, const NavigationItem& item, con
     if (page.Empty() || !builder.library.Summary(target.path).readable) {
         return {};
     }
-    const std::string own = TitleOf(item.href, builder.library);
-    const std::string title = item.titleLocked ? item.title : FirstGiven(own, item.title);
+    const TopicTitles own = TitlesOf(item.href, builder.library);
+    const std::string title =
+        item.titleLocked ? item.title : FirstGiven(FirstGiven(own.navigation, own.title), item.title);
     const std::string name = FromFilesystem(ToFilesystem(target.path).stem()).utf8;
     return {.title = FirstGiven(title, name),
             .label = {},

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "desk/toolkit/dita_library.h"
 #include "desk/toolkit/dita_map.h"
-#include "desk/toolkit/dita_references.h"
 #include "desk/toolkit/page_layout.h"
 
 namespace ventrix::desk {

@@ -378,6 +378,11 @@ bool IsForeign(const xmlNode* node) {
     return false;
 }
 
+bool IsPhrase(const xmlNode* node) {
+    return HasType(node, "topic/keyword") || HasType(node, "topic/term") || HasType(node, "topic/ph") ||
+           HasType(node, "topic/cite");
+}
+
 bool AddMissingClasses(xmlDoc* document) {
     bool allKnown = true;
     xmlNode* root = xmlDocGetRootElement(document);

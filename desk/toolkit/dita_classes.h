@@ -16,6 +16,9 @@ bool AddMissingClasses(xmlDoc* document);
 /// Whether the element is of another vocabulary, or in an element for such content.
 bool IsForeign(const xmlNode* node);
 
+/// Whether a key can give the element its text and its target: a phrase or a term.
+bool IsPhrase(const xmlNode* node);
+
 /// Renames the elements to their base types ("uicontrol" to "ph") and keeps their classes. The attribute
 /// "page-types" gets the types without their modules ("ph uicontrol "). A processor finds the template for a
 /// name much faster than it evaluates a pattern for each class, and a stylesheet takes classes apart slowly.

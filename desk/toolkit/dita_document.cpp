@@ -10,6 +10,8 @@
 namespace ventrix::desk {
 namespace {
 
+constexpr char kSource[] = "page-source";  ///< The attribute for the file that reused content comes from.
+
 std::string TopicAround(const xmlNode* node) {
     while (node != nullptr && node->type == XML_ELEMENT_NODE && !HasType(node, "topic/topic")) {
         node = node->parent;
@@ -33,6 +35,31 @@ void MakeAbsolute(xmlNode* element, const char* name, const NativePath& path, co
     }
 }
 
+/// The page that another publication has for its topic.
+std::string PeerPage(const std::string& reference, const std::string& format) {
+    const std::size_t hash = std::min(reference.find('#'), reference.size());
+    const std::string file = reference.substr(0, hash);
+    if (!IsTopicFormat(format, {file}) || file.find('.') == std::string::npos) {
+        return reference;
+    }
+    std::string fragment = reference.substr(hash);
+    if (const std::size_t slash = fragment.find('/'); slash != std::string::npos) {
+        fragment.replace(slash, 1, "__");
+    }
+    return file.substr(0, file.rfind('.')) + ".html" + fragment;
+}
+
+void MakeReferenceAbsolute(xmlNode* element, const NativePath& path, const DocumentCopies& copies) {
+    const std::string reference = Attribute(element, "href");
+    const std::string scope = reference.empty() ? std::string() : InheritedAttribute(element, "scope");
+    if (scope == "peer") {
+        xmlSetProp(element, Xml("href"),
+                   Xml(PeerPage(reference, InheritedAttribute(element, "format")).c_str()));
+    } else if (scope != "external") {
+        MakeAbsolute(element, "href", path, copies);
+    }
+}
+
 void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path, const DocumentCopies& copies) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
@@ -40,10 +67,7 @@ void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path, const Docu
         if (node->type != XML_ELEMENT_NODE || node->properties == nullptr || node->ns != nullptr) {
             continue;
         }
-        const std::string scope = Attribute(node, "scope");
-        if (scope != "external" && scope != "peer") {
-            MakeAbsolute(node, "href", path, copies);
-        }
+        MakeReferenceAbsolute(node, path, copies);
         MakeAbsolute(node, "conref", path, copies);
         MakeAbsolute(node, "conrefend", path, copies);
         if (HasType(node, "topic/object")) {
@@ -109,19 +133,35 @@ std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference) {
     }
     DitaTarget target;
     target.path = TargetOf(absoluteReference, {"/"}).path;
-    const std::size_t hash = absoluteReference.find('#');
-    if (hash != std::string::npos) {
-        const std::string fragment = absoluteReference.substr(hash + 1);
-        const std::size_t slash = std::min(fragment.find('/'), fragment.size());
-        target.topic = fragment.substr(0, slash);
-        target.element = slash < fragment.size() ? fragment.substr(slash + 1) : std::string();
-    }
+    const std::string fragment = FragmentOf(absoluteReference);
+    const std::size_t slash = std::min(fragment.find('/'), fragment.size());
+    target.topic = fragment.substr(0, slash);
+    target.element = slash < fragment.size() ? fragment.substr(slash + 1) : std::string();
     return target;
 }
 
-std::string AsWritten(const xmlDoc* document, const std::string& absoluteReference) {
+std::string FragmentOf(const std::string& reference) {
+    const std::size_t hash = reference.find('#');
+    return hash == std::string::npos ? std::string() : reference.substr(hash + 1);
+}
+
+NativePath SourceOf(const xmlNode* element) {
+    for (const xmlNode* node = element; node != nullptr && node->type == XML_ELEMENT_NODE;
+         node = node->parent) {
+        if (const std::string source = Attribute(node, kSource); !source.empty()) {
+            return TargetOf(source, {"/"}).path;
+        }
+    }
+    return TargetOf(View(element->doc->URL), {"/"}).path;
+}
+
+void SetSource(xmlNode* element, const NativePath& file) {
+    xmlSetProp(element, Xml(kSource), Xml(FileUri(file).c_str()));
+}
+
+std::string AsWritten(const xmlNode* element, const std::string& absoluteReference) {
     const auto target = DitaTargetOf(absoluteReference);
-    const NativePath file = TargetOf(View(document->URL), {"/"}).path;
+    const NativePath file = SourceOf(element);
     if (!target.has_value() || file.Empty()) {
         return absoluteReference;
     }
@@ -154,6 +194,15 @@ xmlNode* ChildOfType(const xmlNode* parent, std::string_view type) {
         child = NextElement(child);
     }
     return child;
+}
+
+std::string InheritedAttribute(const xmlNode* element, const char* name) {
+    for (; element != nullptr && element->type == XML_ELEMENT_NODE; element = element->parent) {
+        if (std::string value = Attribute(element, name); !value.empty()) {
+            return value;
+        }
+    }
+    return {};
 }
 
 std::string TextOf(const xmlNode* node) {

@@ -1,6 +1,6 @@
 // One DITA map or topic, prepared for a transformation: missing classes added, excluded elements removed, and
 // references to local files turned into absolute `file:` URIs, so that an element can be moved to another
-// document. Strings are UTF-8.
+// document. References to topics of other publications (scope="peer") lead to their pages. Strings are UTF-8.
 #pragma once
 
 #include <functional>
@@ -14,9 +14,8 @@
 
 namespace ventrix::desk {
 
-/// Receives what could not be done in a document: the line, 0 if unknown, the rule (dita_run.h), and one line
-/// of text.
-using RemarkSink = std::function<void(long line, const char* rule, const std::string& text)>;
+/// Receives what could not be done in a document: the element, the rule (dita_run.h), and one line of text.
+using RemarkSink = std::function<void(const xmlNode* place, const char* rule, const std::string& text)>;
 
 struct DitaDocument {
     XmlDocument document;  ///< Null if it is missing, not well-formed, or excluded as a whole.
@@ -44,8 +43,17 @@ struct DitaTarget {
 /// Nothing if the reference does not name a local file: a web address, for example.
 std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference);
 
-/// An absolute reference as the document would write it, for a message: relative to its own file.
-std::string AsWritten(const xmlDoc* document, const std::string& absoluteReference);
+/// What follows the "#" of a reference; empty if it has none.
+std::string FragmentOf(const std::string& reference);
+
+/// The file that the element was written in. Content that is reused in another document keeps its own.
+NativePath SourceOf(const xmlNode* element);
+
+/// The element and its content were written in this file, not in that of their document.
+void SetSource(xmlNode* element, const NativePath& file);
+
+/// An absolute reference as the element's author would write it, for a message: relative to its own file.
+std::string AsWritten(const xmlNode* element, const std::string& absoluteReference);
 
 /// Whether a reference leads to a topic: because its `format`, which may be empty, says so, or else by the
 /// file's extension.
@@ -59,6 +67,9 @@ xmlNode* FirstTopic(const xmlDoc* document);
 
 /// The first child element of this type; null if there is none, or `parent` is null.
 xmlNode* ChildOfType(const xmlNode* parent, std::string_view type);
+
+/// The attribute's value, or that of the nearest element around it that has one; empty if there is none.
+std::string InheritedAttribute(const xmlNode* element, const char* name);
 
 /// The text content of the node and its descendants; empty for null.
 std::string TextOf(const xmlNode* node);

@@ -10,28 +10,25 @@ namespace {
 
 constexpr int kMaxChain = 20;
 
-std::string Inherited(const xmlNode* topicref, const char* name) {
-    for (; topicref != nullptr && topicref->type == XML_ELEMENT_NODE; topicref = topicref->parent) {
-        if (std::string value = Attribute(topicref, name); !value.empty()) {
-            return value;
-        }
-    }
-    return {};
-}
-
 std::string KeyText(const xmlNode* topicref) {
     const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
     const xmlNode* keywords = ChildOfType(meta, "topic/keywords");
-    for (const xmlNode* source : {ChildOfType(keywords, "topic/keyword"), ChildOfType(meta, "topic/keytext"),
-                                  ChildOfType(meta, "map/linktext"), ChildOfType(meta, "topic/linktext")}) {
-        if (source != nullptr) {
-            return TextOf(source);
+    for (const std::string& text : {TextOf(ChildOfType(keywords, "topic/keyword")),
+                                    TextOf(ChildOfType(meta, "topic/keytext")), LinkTextOf(topicref)}) {
+        if (!text.empty()) {
+            return text;
         }
     }
     return NavigationTitle(topicref);
 }
 
 }  // namespace
+
+std::string LinkTextOf(const xmlNode* topicref) {
+    const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
+    const std::string text = TextOf(ChildOfType(meta, "map/linktext"));
+    return text.empty() ? TextOf(ChildOfType(meta, "topic/linktext")) : text;
+}
 
 std::string NavigationTitle(const xmlNode* topicref) {
     const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
@@ -50,8 +47,8 @@ void CollectKeys(xmlDoc* map, DitaKeys& keys) {
             keys.insert({name,
                          {.href = Attribute(node, "href"),
                           .text = KeyText(node),
-                          .format = Inherited(node, "format"),
-                          .scope = Inherited(node, "scope"),
+                          .format = InheritedAttribute(node, "format"),
+                          .scope = InheritedAttribute(node, "scope"),
                           .keyref = Attribute(node, "keyref")}});
         }
     }

@@ -24,6 +24,9 @@ void CollectKeys(xmlDoc* map, DitaKeys& keys);
 /// Gives keys that are defined by other keys the target, and the text if they have none.
 void ResolveKeyChains(DitaKeys& keys);
 
+/// The text that a map gives to links to a topic reference; empty if it gives none.
+std::string LinkTextOf(const xmlNode* topicref);
+
 /// The title that a map gives to a topic reference, in whichever way; empty if it gives none.
 std::string NavigationTitle(const xmlNode* topicref);
 

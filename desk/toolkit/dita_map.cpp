@@ -4,8 +4,10 @@
 #include <deque>
 #include <set>
 
+#include "desk/toolkit/conref.h"
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_document.h"
+#include "desk/toolkit/keyref.h"
 #include "desk/toolkit/unhandled.h"
 
 namespace ventrix::desk {
@@ -25,6 +27,12 @@ void Remark(const MapReader& reader, const NativePath& map, long line, const cha
             const std::string& text) {
     reader.run.log("warning: " + map.utf8 + ": " + text);
     reader.run.finding({map, static_cast<int>(line), text, rule});
+}
+
+RemarkSink RemarksOf(const MapReader& reader) {
+    return [&reader](const xmlNode* place, const char* rule, const std::string& text) {
+        Remark(reader, SourceOf(place), xmlGetLineNo(place), rule, text);
+    };
 }
 
 /// What topicrefs pass on to the topicrefs in them.
@@ -70,11 +78,8 @@ const DitaDocument& Load(MapReader& reader, const NativePath& path) {
     DitaDocument& map = reader.maps[path];
     map = LoadDita(path, reader.library.Sources());
     if (map.document != nullptr) {
-        ReportUnhandled(map.document.get(), path, reader.run.finding);
-        ResolveConrefs(map.document.get(), {}, reader.library,
-                       [&](long line, const char* rule, const std::string& text) {
-                           Remark(reader, path, line, rule, text);
-                       });
+        ResolveConrefs(map.document.get(), {}, reader.library, RemarksOf(reader));
+        ReportUnhandled(map.document.get(), RemarksOf(reader));
     } else if (!map.excluded) {
         reader.run.log("warning: " + map.reason);
         reader.run.unread(map.reason);
@@ -104,10 +109,7 @@ void LoadMaps(MapReader& reader, const NativePath& map) {
         if (loaded.document == nullptr) {
             continue;
         }
-        const NativePath& file = path;
-        const RemarkSink remarks = [&](long line, const char* rule, const std::string& text) {
-            Remark(reader, file, line, rule, text);
-        };
+        const RemarkSink remarks = RemarksOf(reader);
         ResolveConrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
         ResolveKeyrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
     }
@@ -148,6 +150,8 @@ NavigationItem ItemOf(const xmlNode* topicref, const Inherited& inherited) {
     const auto target = DitaTargetOf(item.href);
     item.title = NavigationTitle(topicref);
     item.titleLocked = Attribute(topicref, "locktitle") == "yes" && !item.title.empty();
+    item.linkText = LinkTextOf(topicref);
+    item.resourceOnly = inherited.resourceOnly;
     item.shown = inherited.shown && !inherited.resourceOnly;
     item.page =
         target.has_value() && !inherited.resourceOnly && IsTopicFormat(inherited.format, target->path);
@@ -176,47 +180,24 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
         ReadTopicrefs(reader, topicref, inside, items);
         return;
     }
-    NavigationItem item = ItemOf(topicref, inherited);
+    NavigationItem& item = items.emplace_back(ItemOf(topicref, inherited));
+    if (HasType(topicref, "mapgroup-d/topicgroup")) {
+        item.title.clear();
+    }
     ReadTopicrefs(reader, topicref, inherited, item.children);
-    // A group without a title does not add a level to the navigation.
-    if (item.href.empty() && (item.title.empty() || HasType(topicref, "mapgroup-d/topicgroup"))) {
-        std::move(item.children.begin(), item.children.end(), std::back_inserter(items));
-    } else {
-        items.push_back(std::move(item));
-    }
 }
 
-/// The topics of a cell, on one level.
-void ReadCell(MapReader& reader, const xmlNode* cell, const Inherited& inherited,
-              std::vector<NavigationItem>& items) {
-    std::vector<NavigationItem> nested;
-    ReadTopicrefs(reader, cell, inherited, nested);
-    while (!nested.empty()) {
-        NavigationItem item = std::move(nested.front());
-        nested.erase(nested.begin());
-        std::move(item.children.begin(), item.children.end(), std::back_inserter(nested));
-        item.children.clear();
-        if (!item.href.empty()) {
-            items.push_back(std::move(item));
-        }
-    }
-}
-
-/// The topics of relationship tables get pages, but do not appear in the table of contents.
-void ReadRelationshipTable(MapReader& reader, const xmlNode* table, Inherited inherited,
-                           std::vector<NavigationItem>& items) {
-    inherited.shown = false;
-    inherited = InheritedBy(table, inherited);
+void ReadRelationshipTable(MapReader& reader, const xmlNode* table, const Inherited& outer) {
+    const Inherited inherited = InheritedBy(table, outer);
     for (const xmlNode* row = FirstElement(table); row != nullptr; row = NextElement(row)) {
         if (!HasType(row, "map/relrow")) {
             continue;
         }
         Relation relation;
         for (const xmlNode* cell = FirstElement(row); cell != nullptr; cell = NextElement(cell)) {
-            ReadCell(reader, cell, InheritedBy(cell, inherited), relation.cells.emplace_back());
-        }
-        for (const auto& cell : relation.cells) {
-            items.insert(items.end(), cell.begin(), cell.end());
+            NavigationItem& read = relation.cells.emplace_back();
+            read.collection = CollectionOf(cell);
+            ReadTopicrefs(reader, cell, InheritedBy(cell, inherited), read.children);
         }
         reader.navigation.relations.push_back(std::move(relation));
     }
@@ -228,7 +209,7 @@ void ReadTopicrefs(MapReader& reader, const xmlNode* parent, const Inherited& in
         if (HasType(child, "map/topicref")) {
             ReadTopicref(reader, child, inherited, items);
         } else if (HasType(child, "map/reltable")) {
-            ReadRelationshipTable(reader, child, inherited, items);
+            ReadRelationshipTable(reader, child, inherited);
         }
     }
 }

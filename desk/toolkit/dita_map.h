@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "desk/toolkit/dita_keys.h"
-#include "desk/toolkit/dita_references.h"
+#include "desk/toolkit/dita_library.h"
 #include "desk/toolkit/dita_run.h"
 
 namespace ventrix::desk {
@@ -21,11 +21,13 @@ struct Linking {
 enum class CollectionType { kUnordered, kSequence, kFamily };
 
 struct NavigationItem {
-    std::string href;          ///< Absolute reference or web address; empty for a heading without a page.
-    std::string title;         ///< From the map; empty if the topic's own title is used.
-    bool titleLocked = false;  ///< The map's title is used instead of the topic's.
-    bool page = false;         ///< The reference leads to a local topic that gets a page.
-    bool shown = true;         ///< Appears in the table of contents.
+    std::string href;  ///< Absolute reference or web address; empty for a heading or a group without a title.
+    std::string title;          ///< From the map; empty if the topic's own title is used.
+    bool titleLocked = false;   ///< The map's title is used instead of the topic's.
+    std::string linkText;       ///< For links of the map to it, instead of its title; may be empty.
+    bool page = false;          ///< The reference leads to a local topic that gets a page.
+    bool shown = true;          ///< Appears in the table of contents.
+    bool resourceOnly = false;  ///< There for its keys or for reuse only.
     Linking linking;
     CollectionType collection = CollectionType::kUnordered;
     std::vector<NavigationItem> children;
@@ -33,13 +35,13 @@ struct NavigationItem {
 
 /// A row of a relationship table: each topic is linked with those of the other cells.
 struct Relation {
-    std::vector<std::vector<NavigationItem>> cells;
+    std::vector<NavigationItem> cells;  ///< Without references; the topics are below them.
 };
 
 struct Navigation {
     std::string title;
     std::string language;
-    std::vector<NavigationItem> items;  ///< With those of relationship tables, which are not shown.
+    std::vector<NavigationItem> items;
     std::vector<Relation> relations;
     DitaKeys keys;
 };

@@ -152,6 +152,7 @@ void AddPageFrame(xmlDoc* document, const FramedPage& framed, const Contents& co
                       .path = PathTo(contents, framed.page)};
     const ContentsEntry& start = contents.entries[kStartPage];
     SetAttribute(frame.root, "title", framed.title);
+    SetAttribute(frame.root, "window-title", framed.windowTitle);
     SetAttribute(frame.root, "description", framed.description);
     SetAttribute(frame.root, "site", start.label);
     SetAttribute(frame.root, "home", LinkTo(start, framed.page));

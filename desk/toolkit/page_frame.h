@@ -30,6 +30,7 @@ PageAssets AssetsFor(const PageDesign& design, const PageLayout& layout, const N
 struct FramedPage {
     NativePath page;
     std::string title;        ///< Plain text, not empty.
+    std::string windowTitle;  ///< Of the window and for search engines: plain text, not empty.
     std::string description;  ///< Plain text; may be empty.
 };
 

@@ -1,6 +1,7 @@
 #include "desk/toolkit/page_navigation.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "desk/toolkit/dita_classes.h"
@@ -8,91 +9,101 @@
 namespace ventrix::desk {
 namespace {
 
-bool HasPage(const NavigationItem& item) {
-    return item.page && item.shown;
-}
-
-/// The topics below an item that take part in its links; a heading or group stands for those in it.
-std::vector<const NavigationItem*> TopicsIn(const std::vector<NavigationItem>& items) {
-    std::vector<const NavigationItem*> topics;
+/// The references below an item that take part in its links.
+std::vector<const NavigationItem*> LinkedItems(const std::vector<NavigationItem>& items) {
+    std::vector<const NavigationItem*> linked;
     for (const NavigationItem& item : items) {
-        if (HasPage(item)) {
-            topics.push_back(&item);
+        if (!item.href.empty() && !item.resourceOnly) {
+            linked.push_back(&item);
         }
     }
-    return topics;
+    return linked;
+}
+
+/// The links of the item's page; null if it has no page, or the map gives it no links.
+std::vector<MapLink>* LinksOf(const NavigationItem& item, PageNeighbours& neighbours) {
+    const auto target = item.page && item.linking.from ? DitaTargetOf(item.href) : std::nullopt;
+    return target.has_value() ? &neighbours[target->path] : nullptr;
 }
 
 void AddLinkTo(std::vector<MapLink>& links, const char* role, const NavigationItem& item) {
     if (item.linking.to) {
-        links.push_back({role, item.href, item.titleLocked ? item.title : std::string()});
+        links.push_back({role, item.href, item.linkText, item.title, item.page});
     }
 }
 
-/// The links among the topics below one, as its collection type says.
-std::vector<MapLink> LinksAmong(const std::vector<const NavigationItem*>& topics, std::size_t own,
-                                CollectionType collection) {
-    std::vector<MapLink> links;
+/// Adds the links among the items below one, as its collection type says.
+void AddLinksAmong(const std::vector<const NavigationItem*>& items, const NavigationItem& item,
+                   CollectionType collection, std::vector<MapLink>& links) {
+    const auto own = static_cast<std::size_t>(std::ranges::find(items, &item) - items.begin());
     if (collection == CollectionType::kSequence) {
         if (own > 0) {
-            AddLinkTo(links, "previous", *topics[own - 1]);
+            AddLinkTo(links, "previous", *items[own - 1]);
         }
-        if (own + 1 < topics.size()) {
-            AddLinkTo(links, "next", *topics[own + 1]);
+        if (own + 1 < items.size()) {
+            AddLinkTo(links, "next", *items[own + 1]);
         }
     } else if (collection == CollectionType::kFamily) {
-        for (std::size_t i = 0; i < topics.size(); ++i) {
+        for (std::size_t i = 0; i < items.size(); ++i) {
             if (i != own) {
-                AddLinkTo(links, "sibling", *topics[i]);
+                AddLinkTo(links, "friend", *items[i]);
             }
         }
     }
-    return links;
 }
 
-void CollectNeighbours(const std::vector<NavigationItem>& items, const NavigationItem* parent,
-                       CollectionType collection, PageNeighbours& neighbours) {
-    const std::vector<const NavigationItem*> topics = TopicsIn(items);
-    std::size_t number = 0;
+/// Adds to the links of each item below one. `parent` is null at the top.
+void CollectLinks(const std::vector<NavigationItem>& items, const NavigationItem* parent,
+                  CollectionType collection, PageNeighbours& neighbours) {
+    const std::vector<const NavigationItem*> linked = LinkedItems(items);
     for (const NavigationItem& item : items) {
-        const auto target = HasPage(item) ? DitaTargetOf(item.href) : std::nullopt;
-        if (!target.has_value()) {
-            CollectNeighbours(item.children, parent, item.collection, neighbours);
-            continue;
+        if (std::vector<MapLink>* links = LinksOf(item, neighbours)) {
+            for (const NavigationItem* child : LinkedItems(item.children)) {
+                AddLinkTo(*links, "child", *child);
+            }
+            AddLinksAmong(linked, item, collection, *links);
+            if (parent != nullptr) {
+                AddLinkTo(*links, "parent", *parent);
+            }
         }
-        std::vector<MapLink> links;
-        for (const NavigationItem* child : TopicsIn(item.children)) {
-            AddLinkTo(links, "child", *child);
-        }
-        for (MapLink& link : LinksAmong(topics, number, collection)) {
-            links.push_back(std::move(link));
-        }
-        ++number;
-        if (parent != nullptr) {
-            AddLinkTo(links, "parent", *parent);
-        }
-        neighbours.insert({target->path, item.linking.from ? std::move(links) : std::vector<MapLink>()});
-        CollectNeighbours(item.children, &item, item.collection, neighbours);
+        CollectLinks(item.children, item.page ? &item : parent, item.collection, neighbours);
     }
 }
 
-void AddFriends(const NavigationItem& item, const Relation& relation, std::size_t cell,
-                PageNeighbours& neighbours) {
-    const auto target = item.page && item.linking.from ? DitaTargetOf(item.href) : std::nullopt;
-    if (!target.has_value()) {
-        return;
+/// The references below a cell, at all levels.
+void CollectReferences(const std::vector<NavigationItem>& items,
+                       std::vector<const NavigationItem*>& references) {
+    for (const NavigationItem& item : items) {
+        if (!item.href.empty()) {
+            references.push_back(&item);
+        }
+        CollectReferences(item.children, references);
     }
-    std::vector<MapLink>& links = neighbours[target->path];
-    for (std::size_t other = 0; other < relation.cells.size(); ++other) {
-        for (const NavigationItem& related : relation.cells[other]) {
-            const bool known = std::ranges::any_of(links, [&](const MapLink& link) {
-                return link.role == "friend" && link.href == related.href;
-            });
-            if (other != cell && related.linking.to && !known) {
-                links.push_back({"friend", related.href, related.title, related.page});
+}
+
+/// Links the topics of each cell with those of the others.
+void CollectFriends(const Relation& relation, PageNeighbours& neighbours) {
+    for (const NavigationItem& cell : relation.cells) {
+        std::vector<const NavigationItem*> own;
+        std::vector<const NavigationItem*> others;
+        for (const NavigationItem& other : relation.cells) {
+            CollectReferences(other.children, &other == &cell ? own : others);
+        }
+        for (const NavigationItem* item : own) {
+            std::vector<MapLink>* links = LinksOf(*item, neighbours);
+            for (std::size_t i = 0; links != nullptr && i < others.size(); ++i) {
+                AddLinkTo(*links, "friend", *others[i]);
             }
         }
     }
+}
+
+/// A map may relate two topics in several ways. The first link of each role stays.
+void RemoveRepeatedLinks(std::vector<MapLink>& links) {
+    std::set<std::pair<std::string, std::string>> known;
+    std::erase_if(links, [&known](const MapLink& link) {
+        return !known.insert({link.role, link.href}).second;
+    });
 }
 
 xmlNode* RelatedLinks(xmlNode* topic) {
@@ -105,10 +116,20 @@ xmlNode* RelatedLinks(xmlNode* topic) {
     return nested == nullptr ? xmlAddChild(topic, links) : xmlAddPrevSibling(nested, links);
 }
 
+/// The text of the link; empty for the title of the target. A topic without a title is called like its file.
+std::string TextFor(const MapLink& map, const NativePath& topic, const TopicSummary& summary) {
+    if (!map.text.empty() || !summary.title.empty()) {
+        return map.text;
+    }
+    const std::string name = map.page ? FromFilesystem(ToFilesystem(topic).stem()).utf8 : map.href;
+    return map.title.empty() ? name : map.title;
+}
+
 void AddLink(xmlNode* links, const MapLink& map, DitaLibrary& library) {
     const auto target = map.page ? DitaTargetOf(map.href) : std::nullopt;
-    const TopicSummary summary = target.has_value() ? library.Summary(target->path) : TopicSummary();
-    if (summary.excluded || (target.has_value() && summary.title.empty() && map.title.empty())) {
+    const NativePath topic = target.has_value() ? target->path : NativePath();
+    const TopicSummary summary = target.has_value() ? library.Summary(topic) : TopicSummary();
+    if (target.has_value() && !summary.readable) {
         return;
     }
     xmlNode* link = xmlNewChild(links, nullptr, Xml("link"), nullptr);
@@ -116,8 +137,8 @@ void AddLink(xmlNode* links, const MapLink& map, DitaLibrary& library) {
     xmlNewProp(link, Xml("role"), Xml(map.role.c_str()));
     xmlNewProp(link, Xml("href"), Xml(map.href.c_str()));
     xmlNewProp(link, Xml("format"), Xml(target.has_value() ? "dita" : "html"));
-    if (!target.has_value() || summary.title.empty()) {
-        xmlNewProp(link, Xml("page-title"), Xml((map.title.empty() ? map.href : map.title).c_str()));
+    if (const std::string text = TextFor(map, topic, summary); !text.empty()) {
+        xmlNewProp(link, Xml("page-title"), Xml(text.c_str()));
     }
     if (!summary.shortDescription.empty() && map.role == "child") {
         xmlNode* description =
@@ -130,13 +151,15 @@ void AddLink(xmlNode* links, const MapLink& map, DitaLibrary& library) {
 
 PageNeighbours NeighboursIn(const Navigation& navigation) {
     PageNeighbours neighbours;
-    CollectNeighbours(navigation.items, nullptr, CollectionType::kUnordered, neighbours);
+    CollectLinks(navigation.items, nullptr, CollectionType::kUnordered, neighbours);
     for (const Relation& relation : navigation.relations) {
-        for (std::size_t cell = 0; cell < relation.cells.size(); ++cell) {
-            for (const NavigationItem& item : relation.cells[cell]) {
-                AddFriends(item, relation, cell, neighbours);
-            }
+        for (const NavigationItem& cell : relation.cells) {
+            CollectLinks(cell.children, nullptr, cell.collection, neighbours);
         }
+        CollectFriends(relation, neighbours);
+    }
+    for (auto& [topic, links] : neighbours) {
+        RemoveRepeatedLinks(links);
     }
     return neighbours;
 }

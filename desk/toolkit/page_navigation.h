@@ -5,20 +5,21 @@
 #include <string>
 #include <vector>
 
+#include "desk/toolkit/dita_library.h"
 #include "desk/toolkit/dita_map.h"
-#include "desk/toolkit/dita_references.h"
 
 namespace ventrix::desk {
 
 /// A link that the map gives a topic.
 struct MapLink {
-    std::string role;   ///< parent, child, previous, next, sibling or friend.
+    std::string role;   ///< parent, child, previous, next or friend.
     std::string href;   ///< Absolute.
-    std::string title;  ///< For what is no topic, or instead of the topic's title; may be empty.
+    std::string text;   ///< Instead of the topic's title; may be empty.
+    std::string title;  ///< For a target that has no title of its own; may be empty.
     bool page = true;   ///< The target is a topic.
 };
 
-/// By the topic's path, in the order of the page; if the map refers to a topic twice, the first place counts.
+/// By the topic's path, in the order of the map: all its places count, those in relationship tables too.
 using PageNeighbours = std::map<NativePath, std::vector<MapLink>>;
 
 PageNeighbours NeighboursIn(const Navigation& navigation);

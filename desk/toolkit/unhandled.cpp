@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "desk/toolkit/dita_classes.h"
-#include "desk/toolkit/dita_document.h"
+#include "desk/toolkit/dita_run.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
@@ -55,7 +55,6 @@ constexpr UnhandledAttribute kAttributes[] = {
     {"mapref", nullptr, "the map is left out"},
     {"spectitle", nullptr, "the heading is left out"},
     {"importance", "task/step", "the word for it is left out"},
-    {"callout", "topic/fn", "the footnote has a number instead"},
     {"href", "topic/lq", "the link to the source of the quotation is left out"},
 };
 
@@ -80,48 +79,62 @@ bool HasLinks(const xmlNode* node, std::string_view type) {
     return type != "map/relheader" || HasBelow(node, "map/topicref");
 }
 
+/// Whether the element refers to a topic in a lightweight format.
+bool NamesLightweightTopic(const xmlNode* node) {
+    const std::string format = Attribute(node, "format");
+    const std::string href = Attribute(node, "href");
+    const bool isLightweight = format == "markdown" || format == "mdita" || format == "hdita" ||
+                               (format.empty() && href.substr(0, href.find('#')).ends_with(".md"));
+    return isLightweight && DitaTargetOf(href).has_value();
+}
+
 /// No DTD and no vocabulary says what it is.
 bool IsUnknown(const xmlNode* node) {
     return node->ns == nullptr && xmlHasProp(node, Xml("class")) == nullptr && View(node->name) != "dita" &&
            !IsForeign(node);
 }
 
-void ReportElement(const xmlNode* node, const NativePath& file,
-                   const std::function<void(const DitaFinding&)>& finding) {
-    const int line = static_cast<int>(xmlGetLineNo(node));
+void ReportElement(const xmlNode* node, const RemarkSink& remarks) {
     const std::string element = "<" + std::string(View(node->name)) + ">";
     const std::string types = Attribute(node, "class");
     if (IsUnknown(node)) {
-        finding({file, line,
-                 element + " is not known, so that it is published without a type; declare its class in the "
-                           "document's DTD",
-                 kNotHandled});
+        remarks(node, kNotHandled,
+                element +
+                    " is not known, so that it is published without a type; declare its class in the "
+                    "document's DTD");
     }
     for (const UnhandledType& row : kTypes) {
         if (types.find(row.type) != std::string::npos && HasType(node, row.type) &&
             MakesList(node, row.type) && HasLinks(node, row.type)) {
-            finding({file, line, element + " is not handled: " + row.effect + kAdvice, kNotHandled});
+            remarks(node, kNotHandled, element + " is not handled: " + row.effect + kAdvice);
         }
     }
+}
+
+void ReportAttributes(const xmlNode* node, const RemarkSink& remarks) {
     for (const UnhandledAttribute& row : kAttributes) {
         if (node->properties != nullptr && xmlHasProp(node, Xml(row.name)) != nullptr &&
             (row.type == nullptr || HasType(node, row.type))) {
-            finding({file, line,
-                     row.name + ("=\"" + AsWritten(node->doc, Attribute(node, row.name))) + "\" of " +
-                         element + " is not handled: " + row.effect + kAdvice,
-                     kNotHandled});
+            remarks(node, kNotHandled,
+                    row.name + ("=\"" + AsWritten(node, Attribute(node, row.name))) + "\" of <" +
+                        std::string(View(node->name)) + "> is not handled: " + row.effect + kAdvice);
         }
+    }
+    if (node->properties != nullptr && NamesLightweightTopic(node)) {
+        remarks(node, kNotHandled,
+                "\"" + AsWritten(node, Attribute(node, "href")) +
+                    "\" is not a topic in XML: the file is copied as it is" + kAdvice);
     }
 }
 
 }  // namespace
 
-void ReportUnhandled(xmlDoc* document, const NativePath& file,
-                     const std::function<void(const DitaFinding&)>& finding) {
+void ReportUnhandled(xmlDoc* document, const RemarkSink& remarks) {
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (node->type == XML_ELEMENT_NODE) {
-            ReportElement(node, file, finding);
+            ReportElement(node, remarks);
+            ReportAttributes(node, remarks);
         }
     }
 }

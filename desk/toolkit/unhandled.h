@@ -1,15 +1,13 @@
 // The constructs of DITA that the built-in toolkit does not handle.
 #pragma once
 
-#include <libxml/tree.h>
-
-#include "desk/toolkit/dita_run.h"
+#include "desk/toolkit/dita_document.h"
 
 namespace ventrix::desk {
 
 /// Reports each place of the document where its result will differ from what DITA describes, so that the user
-/// can use the DITA Open Toolkit instead. Call it before references are resolved.
-void ReportUnhandled(xmlDoc* document, const NativePath& file,
-                     const std::function<void(const DitaFinding&)>& finding);
+/// can use the DITA Open Toolkit instead. Call it when reused content is in its place, and before keys and
+/// links are resolved.
+void ReportUnhandled(xmlDoc* document, const RemarkSink& remarks);
 
 }  // namespace ventrix::desk

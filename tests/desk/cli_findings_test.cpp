@@ -77,9 +77,9 @@ TEST_F(Findings, HaveRulesLinesAndColumns) {
     EXPECT_EQ(found, (std::vector<std::string>{
                          "missing guide.ditamap 3 19",
                          "not-readable open.dita 2 15",
-                         "not-handled faults.dita 6 -",
                          "dead-reference faults.dita 4 6",
                          "unknown-key faults.dita 5 6",
+                         "not-handled faults.dita 6 -",
                          "unknown-key faults.dita 3 19",
                          "broken-link faults.dita 2 15",
                      }))

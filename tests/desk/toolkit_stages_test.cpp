@@ -18,6 +18,24 @@ class BuiltinToolkit : public DitaClient {
         }
         return text;
     }
+    /// The links that a page has from its map, each as "ROLE:TEXT ".
+    std::string LinksOf(const std::string& page) const {
+        std::string links;
+        for (const char* role : {"child", "parent", "previous", "next", "related"}) {
+            const std::string name(role);
+            const std::string place = name == "child"     ? "/ul[@class='ullinks']//a"
+                                      : name == "related" ? "/div[@class='linklist']//a"
+                                                          : "/div[@class='" + name + "link']/a";
+            const int count = std::stoi(Query(page, "count(//div[@class='related-links']" + place + ")"));
+            for (int i = 1; i <= count; ++i) {
+                links += name + ":" +
+                         Query(page, "string((//div[@class='related-links']" + place + ")[" +
+                                         std::to_string(i) + "])") +
+                         " ";
+            }
+        }
+        return links;
+    }
     void WriteTopicAt(const std::string& name, const std::string& title, const std::string& body) const {
         Write(name, "<topic id='t'><title>" + title + "</title><body>" + body + "</body></topic>");
     }
@@ -206,6 +224,32 @@ TEST_F(BuiltinToolkit, SamplesShowTheLinesOfTheirFiles) {
     EXPECT_NE(Findings().find("t.dita:1: coderef"), std::string::npos) << Findings();
 }
 
+TEST_F(BuiltinToolkit, SamplesShowTheLinesThatTheirReferencesName) {
+    Write("s.txt", "1\n2 begin\n3\n4\n5 end\n6\n");
+    const struct {
+        const char *fragment, *lines;
+        bool isFound = true;
+    } rows[] = {{"line-range(2,3)", "2 begin\n3"},
+                {"line-range(5)", "5 end\n6"},
+                {"line-range(2, 2)", "2 begin"},
+                {"line=1,3", "2 begin\n3"},
+                {"line=,2", "1\n2 begin"},
+                {"line=4,", "5 end\n6"},
+                {"token=begin,end", "3\n4"},
+                {"token=end", "6"},
+                {"token=,begin", "1"},
+                {"line=3", "1\n2 begin\n3\n4\n5 end\n6", false},
+                {"line-range(0,2)", "1\n2 begin\n3\n4\n5 end\n6", false},
+                {"token=begin,start", "1\n2 begin\n3\n4\n5 end\n6", false},
+                {"part", "1\n2 begin\n3\n4\n5 end\n6", false}};
+    for (const auto& row : rows) {
+        WriteTopic(std::string("<codeblock><coderef href='s.txt#") + row.fragment + "'/></codeblock>");
+        ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+        EXPECT_EQ(Query("t.html", "string(//pre)"), row.lines) << row.fragment;
+        EXPECT_EQ(Findings().empty(), row.isFound) << row.fragment << Findings();
+    }
+}
+
 TEST_F(BuiltinToolkit, MapsLinkTheirTopics) {
     Write(
         "m.ditamap",
@@ -233,6 +277,94 @@ TEST_F(BuiltinToolkit, MapsLinkTheirTopics) {
     EXPECT_EQ(Findings(), "");
 }
 
+TEST_F(BuiltinToolkit, MapsLinkTopicsInGroupsAndTables) {
+    const struct {
+        const char *map, *page, *links;
+    } rows[] = {
+        {"<topicref href='p.dita'><topicref href='a.dita' toc='no'><topicref href='b.dita'/></topicref>"
+         "</topicref>",
+         "a.html", "child:b parent:p "},
+        {"<topicref href='p.dita' toc='no'><topicref href='a.dita'/></topicref>", "p.html", "child:a "},
+        {"<topicgroup collection-type='family'><topicref href='a.dita'/><topicref "
+         "href='b.dita'/></topicgroup>",
+         "a.html", "related:b "},
+        {"<topicref href='p.dita'><topicgroup collection-type='sequence'><topicref href='a.dita'/>"
+         "<topicref href='b.dita'/></topicgroup></topicref>",
+         "a.html", "parent:p next:b "},
+        {"<topicref href='p.dita' collection-type='sequence'><topicref href='a.dita'/><topicref "
+         "href='b.dita' processing-role='resource-only'/><topicref href='c.dita'/></topicref>",
+         "a.html", "parent:p next:c "},
+        {"<topicref href='p.dita'><topicref href='http://x.org/' scope='external' format='html' "
+         "navtitle='Web'/><topicref href='o.dita' scope='peer' navtitle='Peer'/></topicref>",
+         "p.html", "child:Web child:Peer "},
+        {"<topicref href='p.dita'><topicref href='a.dita'><topicmeta><linktext>Own</linktext></topicmeta>"
+         "</topicref></topicref>",
+         "p.html", "child:Own "},
+        {"<reltable><relrow><relcell collection-type='family'><topicref href='a.dita'/><topicref "
+         "href='b.dita'/></relcell><relcell><topicref href='c.dita'><topicmeta><linktext>Own</linktext>"
+         "</topicmeta></topicref></relcell></relrow></reltable>",
+         "a.html", "related:b related:Own "},
+        {"<reltable><relrow><relcell><topicref href='p.dita'><topicref href='a.dita'/></topicref></relcell>"
+         "<relcell><topicref href='b.dita'/></relcell></relrow></reltable>",
+         "a.html", "parent:p related:b "},
+    };
+    for (const char* name : {"p", "a", "b", "c"}) {
+        WriteTopicAt(std::string(name) + ".dita", name, "<p/>");
+    }
+    for (const auto& row : rows) {
+        Write("m.ditamap", std::string("<map>") + row.map + "</map>");
+        ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+        EXPECT_EQ(LinksOf(row.page), row.links) << row.map;
+        EXPECT_EQ(Findings(), "") << row.map;
+    }
+}
+
+TEST_F(BuiltinToolkit, AlternativeTitlesAreForTheContentsAndTheWindow) {
+    Write("m.ditamap",
+          "<map><topicref href='t.dita' navtitle='Map'/><topicref href='u.dita' navtitle='Map' "
+          "locktitle='yes'/></map>");
+    for (const char* name : {"t.dita", "u.dita"}) {
+        Write(
+            name,
+            "<topic id='t'><title>Title</title><titlealts><navtitle>Short</navtitle>"
+            "<searchtitle>Found</searchtitle></titlealts><body><p><xref href='u.dita'/></p></body></topic>");
+    }
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("index.html", "concat(//li[1], '|', //li[2])"), "Short|Map");
+    EXPECT_EQ(Query("t.html", "concat(//h1, '|', //p, '|', //title)"), "Title|Title|Found - m");
+}
+
+TEST_F(BuiltinToolkit, LinksWithoutATextNameTheirTargets) {
+    const struct {
+        const char *target, *text;
+    } rows[] = {
+        {"<table id='x'><title>A</title><tgroup cols='1'><tbody><row><entry/></row></tbody></tgroup></table>",
+         "Table 1"},
+        {"<fig><title/></fig><fig id='x'><title>A</title></fig>", "Figure 2"},
+        {"<fig conref='o.dita#o/f'/><fig id='x'><title>A</title></fig>", "Figure 2"},
+        {"<ol><li/><li><ol><li/><li><ol><li/><li/><li/><li id='x'/></ol></li></ol></li></ol>", "2.b.iv"},
+        {"<ul><li><ol><li id='x'/></ol></li></ul>", "1"},
+        {"<p>a<fn>n</fn><fn id='x'>m</fn></p>", "2"},
+        {"<p><fn id='x' callout='*'>m</fn></p>", "*"},
+        {"<section id='x'><title>S</title></section>", "S"},
+        {"<dl><dlentry id='x'><dt>D</dt><dd/></dlentry></dl>", "D"},
+    };
+    Write("o.dita", "<topic id='o'><title>O</title><body><fig id='f'><title>F</title></fig></body></topic>");
+    for (const auto& row : rows) {
+        WriteTopic(std::string("<p><xref href='#t/x'/></p>") + row.target);
+        ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+        EXPECT_EQ(Query("t.html", "concat(//a[@class='xref'], //a[@class='xref']/@href)"),
+                  row.text + std::string("#t__x"))
+            << row.target;
+        EXPECT_EQ(Findings(), "") << row.target;
+    }
+    Write(
+        "t.dita",
+        "<topic id='t' xml:lang='de'><title>T</title><body><p><xref href='o.dita#o/f'/></p></body></topic>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "//p"), "Abbildung 1") << "in the language of the link";
+}
+
 TEST_F(BuiltinToolkit, PagesAreToldApart) {
     Write("m.ditamap",
           "<map><title>M</title><topicref href='index.dita'/><topicref href='a.dita'/>"
@@ -258,6 +390,20 @@ TEST_F(BuiltinToolkit, MoreElementsAreRendered) {
          "</area></imagemap>",
          "concat(//img/@usemap, //map/@id, //area/@shape, //area/@coords, //area/@href, //area/@alt)",
          "#imagemap1imagemap1rect1,2o.htmlOther"},
+        {"<p>a<fn callout='*'>b</fn></p>", "concat(//p, '|', //div[@class='fn'])", "a*|* b"},
+        {"<p>a<fn id='f'>b</fn><xref href='#t/f'/></p>", "concat(//p, '|', //div[@id='t__f'])", "a1|1 b"},
+        {"<p><xref href='o.dita'>x<desc>more</desc></xref><xref href='o.dita'><desc>more</desc></xref></p>",
+         "concat(//a[1], //a[1]/@title, //a[2], //a[2]/@title)", "xmoreOthermore"},
+        {"<choicetable><chrow><choption>a</choption><chdesc>b</chdesc></chrow></choicetable>",
+         "concat(//th[1], //th[2], //td[1])", "OptionDescriptiona"},
+        {"<choicetable><chhead><choptionhd>O</choptionhd><chdeschd>D</chdeschd></chhead></choicetable>",
+         "concat(count(//th), //th[1])", "2O"},
+        {"<fig><title/></fig><fig><title>A</title></fig>",
+         "concat(//div[1]/div[1]/span, '|', (//div[@class='fig'])[2])", "Figure 1. |Figure 2. A"},
+        {"<ol><li><ol><li><ol><li/></ol></li></ol></li></ol>",
+         "concat(//ol/@type, //ol/ol/@type, //ol//ol//ol/@type)", "ai"},
+        {"<p><xref href='peer.dita#t/x' scope='peer'/></p>", "concat(//a/@href, ' ', //a)",
+         "peer.html#t__x peer.html#t__x"},
         {"<p><tm tmtype='reg'>V</tm><xmlelement>e</xmlelement></p>", "//p", "V\u00aee"},
     };
     Write("i.png", "png");
@@ -274,6 +420,38 @@ TEST_F(BuiltinToolkit, MoreElementsAreRendered) {
     ASSERT_EQ(Run("t.dita"), 0);
     EXPECT_EQ(Query("t.html", "concat(//strong, //li/a, //div[@class='linkinfo'], count(//a))"),
               "SeeOtherinfo1");
+}
+
+TEST_F(BuiltinToolkit, ATopicWithoutATitleHasNoHeading) {
+    WriteTopicAt("o.dita", "", "<p/>");
+    WriteTopicAt("t.dita", "T", "<p/>");
+    Write("m.ditamap", "<map><topicref href='t.dita'><topicref href='o.dita'/></topicref></map>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("o.html", "concat(count(//h1), //title)"), "0o - m");
+    EXPECT_EQ(LinksOf("t.html"), "child:o ");
+}
+
+TEST_F(BuiltinToolkit, WhatReusedContentLacksIsReportedOnceInItsFile) {
+    Write("m.ditamap",
+          "<map><topicref href='t.dita'/><topicref href='u.dita'/><topicref href='lib.dita'/></map>");
+    Write("lib.dita",
+          "<topic id='l'><title>L</title><body>\n<p id='p'><ph keyref='none'/></p>\n<ul><li id='a'/>"
+          "<li id='b'><state name='a' value='b'/></li></ul></body></topic>");
+    for (const char* name : {"t.dita", "u.dita"}) {
+        WriteTopicAt(
+            name, "T",
+            "<p conref='lib.dita#l/p'/><ul><li conref='lib.dita#l/a' conrefend='lib.dita#l/b'/></ul>");
+    }
+    const std::string expected =
+        "lib.dita:3: <state> is not handled: its name and value are left out; the DITA Open Toolkit handles "
+        "it "
+        "(--toolkit)\nlib.dita:2: keyref=\"none\": the map does not define this key\n";
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Findings(), expected);
+    Write("m.ditamap",
+          "<map><topicref href='t.dita'/><topicref href='lib.dita' processing-role='resource-only'/></map>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Findings(), expected) << "the file has no page of its own";
 }
 
 TEST_F(BuiltinToolkit, DeadLinksAreFindings) {
@@ -304,7 +482,23 @@ TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
         {"<topicref href='t.dita'/>", "<p><state name='a' value='b'/></p>", "<state>"},
         {"<topicref href='t.dita'/>", "<p><boolean state='yes'/></p>", "<boolean>"},
         {"<topicref href='t.dita'/>", "<section spectitle='S'>x</section>", "spectitle=\"S\" of <section>"},
-        {"<topicref href='t.dita'/>", "<p>a<fn callout='*'>b</fn></p>", "callout=\"*\" of <fn>"},
+        {"<topicref href='t.dita'/>", "<lq>x<longquoteref href='l.html'/></lq>", "<longquoteref>"},
+        {"<topicref href='t.dita'/>", "<p>x<indextermref keyref='k'/></p>", "<indextermref>"},
+        {"<topicref href='t.dita'/>", "<section><unknown>x</unknown></section>", "<unknown>"},
+        {"<topicref href='t.dita'/><anchorref href='t.dita'/>", "", "<anchorref>"},
+        {"<topicref href='t.dita'/><topicref href='a.md' format='markdown'/>", "",
+         "m.ditamap:1: \"a.md\" is not a topic in XML"},
+        {"<topicref href='t.dita'/><topicref href='a.md'/>", "", "\"a.md\" is not a topic in XML"},
+        {"<topicref href='t.dita'/>", "<p><xref href='a.md' format='mdita'>a</xref></p>",
+         "t.dita:1: \"a.md\" is not a topic in XML"},
+        {"<topicref href='t.dita'/><booklists><toc/></booklists>", "", "<toc>"},
+        {"<topicref href='t.dita'/><booklists><figurelist/></booklists>", "", "<figurelist>"},
+        {"<topicref href='t.dita'/><booklists><tablelist/></booklists>", "", "<tablelist>"},
+        {"<topicref href='t.dita'/><booklists><indexlist/></booklists>", "", "<indexlist>"},
+        {"<topicref href='t.dita'/><booklists><glossarylist/></booklists>", "", "<glossarylist>"},
+        {"<topicref href='t.dita'/><booklists><trademarklist/></booklists>", "", "<trademarklist>"},
+        {"<topicref href='t.dita'/><booklists><bibliolist/></booklists>", "", "<bibliolist>"},
+        {"<topicref href='t.dita'/><booklists><abbrevlist/></booklists>", "", "<abbrevlist>"},
         {"<topicref href='t.dita'/>", "<lq href='https://example.org'>x</lq>",
          "href=\"https://example.org\" of <lq>"},
         {"<topicref href='t.dita'/>", "<steps><step importance='optional'><cmd>x</cmd></step></steps>",
@@ -312,6 +506,7 @@ TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
     };
     Write("i.png", "png");
     Write("l.html", "<p/>");
+    Write("a.md", "# A");
     for (const auto& row : rows) {
         Write("m.ditamap", std::string("<map>") + row.map + "</map>");
         WriteTopic(row.body);

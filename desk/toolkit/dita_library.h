@@ -1,6 +1,5 @@
-// Resolves the references in a topic or map: content that is reused from other topics (conref, conkeyref),
-// text and targets that keys are defined as (keyref), the lines of code samples (coderef), and the words for
-// link targets. All documents are filtered with the same rules. Strings are UTF-8.
+// The documents that topics refer to, and their titles. All documents are filtered with the same rules.
+// Strings are UTF-8.
 #pragma once
 
 #include <list>
@@ -14,14 +13,18 @@
 
 namespace ventrix::desk {
 
+struct TopicTitles {
+    std::string title;
+    std::string navigation;  ///< For the contents, instead of the title; may be empty.
+};
+
 struct TopicSummary {
     std::string topicId;  ///< Of the first topic.
     std::string title;
     std::string shortDescription;
     bool excluded = false;
-    bool readable = false;  ///< Exists, is well-formed and not excluded.
-    /// The words for links, by "topic" and by "topic/element": titles, defined terms, numbers of list items.
-    std::unordered_map<std::string, std::string> titles;
+    bool readable = false;                                ///< Exists, is well-formed and not excluded.
+    std::unordered_map<std::string, TopicTitles> topics;  ///< Of all topics, by id.
 };
 
 /// Loads the documents that topics refer to. The most recently used ones stay in memory, and the titles of
@@ -57,18 +60,7 @@ class DitaLibrary {
     std::map<NativePath, TopicSummary> summaries_;
 };
 
-/// Replaces each element that has a `conref` or `conkeyref` with a copy of its target, or of its target and
-/// the elements up to that of `conrefend`, in which further ones are replaced too. An element whose target
-/// cannot be found is kept, and reported as a remark. Without keys, only `conref` counts.
-void ResolveConrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library, const RemarkSink& remarks);
-
-/// Gives elements with a `keyref` the key's reference, and the key's text if they are empty.
-void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library, const RemarkSink& remarks);
-
-/// Replaces each `coderef` with the lines of its file.
-void ResolveCoderefs(xmlDoc* document, const RemarkSink& remarks);
-
-/// The words to show for an absolute reference; empty if its target has none.
-std::string TitleOf(const std::string& absoluteReference, DitaLibrary& library);
+/// The titles of the topic that an absolute reference leads to; empty if it leads to no topic.
+TopicTitles TitlesOf(const std::string& absoluteReference, DitaLibrary& library);
 
 }  // namespace ventrix::desk

@@ -1,0 +1,106 @@
+#include "desk/toolkit/dita_library.h"
+
+#include <algorithm>
+
+#include "desk/toolkit/dita_classes.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::size_t kKeptDocuments = 8;
+
+void CollectTitles(const xmlDoc* document, TopicSummary& summary) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (HasType(node, "topic/topic")) {
+            const xmlNode* alternatives = ChildOfType(node, "topic/titlealts");
+            summary.topics.insert({Attribute(node, "id"),
+                                   {ShownText(ChildOfType(node, "topic/title")),
+                                    ShownText(ChildOfType(alternatives, "topic/navtitle"))}});
+        }
+    }
+}
+
+TopicSummary SummaryOf(const xmlDoc* document) {
+    TopicSummary summary;
+    const xmlNode* topic = FirstTopic(document);
+    summary.topicId = topic == nullptr ? std::string() : Attribute(topic, "id");
+    summary.title = ShownText(ChildOfType(topic, "topic/title"));
+    summary.shortDescription = ShownText(ShortDescriptionOf(topic));
+    CollectTitles(document, summary);
+    return summary;
+}
+
+/// Gives empty phrases the text of their key.
+void FillPhrases(xmlDoc* document, const DitaKeys& keys) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (!IsPhrase(node) || node->children != nullptr) {
+            continue;
+        }
+        const auto key = keys.find(Attribute(node, "keyref"));
+        if (key != keys.end() && !key->second.text.empty()) {
+            xmlNodeAddContent(node, Xml(key->second.text.c_str()));
+        }
+    }
+}
+
+}  // namespace
+
+void DitaLibrary::UseKeys(const DitaKeys& keys) {
+    keys_ = &keys;
+    recent_.clear();
+    summaries_.clear();
+}
+
+const DitaDocument& DitaLibrary::Load(const NativePath& path) {
+    const auto known = std::find_if(recent_.begin(), recent_.end(),
+                                    [&path](const Entry& entry) { return entry.path == path; });
+    if (known != recent_.end()) {
+        recent_.splice(recent_.begin(), recent_, known);
+        return recent_.front().loaded;
+    }
+    recent_.push_front({path, LoadDita(path, sources_)});
+    const DitaDocument& loaded = recent_.front().loaded;
+    if (loaded.document == nullptr && !loaded.excluded) {
+        unread_(loaded.reason);
+    }
+    if (loaded.document != nullptr && keys_ != nullptr) {
+        FillPhrases(loaded.document.get(), *keys_);
+    }
+    if (recent_.size() > kKeptDocuments) {
+        recent_.pop_back();
+    }
+    return recent_.front().loaded;
+}
+
+const xmlDoc* DitaLibrary::Document(const NativePath& path) {
+    return Load(path).document.get();
+}
+
+const TopicSummary& DitaLibrary::Summary(const NativePath& path) {
+    const auto known = summaries_.find(path);
+    if (known != summaries_.end()) {
+        return known->second;
+    }
+    const DitaDocument& loaded = Load(path);
+    TopicSummary summary;
+    if (loaded.document != nullptr) {
+        summary = SummaryOf(loaded.document.get());
+    }
+    summary.excluded = loaded.excluded;
+    summary.readable = loaded.document != nullptr;
+    return summaries_.insert({path, std::move(summary)}).first->second;
+}
+
+TopicTitles TitlesOf(const std::string& absoluteReference, DitaLibrary& library) {
+    const auto target = DitaTargetOf(absoluteReference);
+    if (!target.has_value() || !target->element.empty()) {
+        return {};
+    }
+    const TopicSummary& summary = library.Summary(target->path);
+    const auto titles = summary.topics.find(target->topic.empty() ? summary.topicId : target->topic);
+    return titles == summary.topics.end() ? TopicTitles() : titles->second;
+}
+
+}  // namespace ventrix::desk

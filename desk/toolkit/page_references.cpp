@@ -1,0 +1,141 @@
+#include "desk/toolkit/page_references.h"
+
+#include "desk/toolkit/dita_classes.h"
+#include "desk/toolkit/dita_run.h"
+
+namespace ventrix::desk {
+namespace {
+
+struct Page {
+    const NativePath& topic;
+    const ReferenceTargets& targets;
+};
+
+/// The fragment that leads to the target in its page.
+std::string Anchor(DitaLibrary& library, const DitaTarget& target) {
+    const std::string topic =
+        target.topic.empty() && !target.element.empty() ? library.Summary(target.path).topicId : target.topic;
+    if (topic.empty()) {
+        return {};
+    }
+    return topic + (target.element.empty() ? "" : "__" + target.element);
+}
+
+/// Whether the link has a text. The description of a target is not one.
+bool HasText(const xmlNode* link) {
+    if (HasType(link, "topic/link")) {
+        return !TextOf(ChildOfType(link, "topic/linktext")).empty();
+    }
+    for (const xmlNode* child = link->children; child != nullptr; child = child->next) {
+        if (!HasType(child, "topic/desc") && (!TextOf(child).empty() || HasType(child, "topic/image"))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// The title of the target's topic stands in for a text that the target does not have.
+void AddLinkText(const Page& page, xmlNode* link, const DitaTarget& target, const std::string& absolute,
+                 const std::string& href) {
+    LinkText text = page.targets.texts.For(absolute);
+    if (text.text.empty()) {
+        page.targets.remarks(link, kNotHandled,
+                             "the link \"" + AsWritten(link, absolute) +
+                                 "\" has no text and its target no title, so that it shows the title of the "
+                                 "topic; write a text into the link");
+        text = {{}, page.targets.library.Summary(target.path).title};
+    }
+    xmlSetProp(link, Xml("page-title"), Xml((text.text.empty() ? href : text.text).c_str()));
+    if (!text.type.empty()) {
+        xmlSetProp(link, Xml("page-title-type"), Xml(text.type.c_str()));
+    }
+}
+
+/// Makes a link to a topic lead to its page. A link to an excluded topic loses its target.
+void LinkToTopic(const Page& page, xmlNode* link, const DitaTarget& target) {
+    const ReferenceTargets& targets = page.targets;
+    if (targets.library.Summary(target.path).excluded) {
+        xmlUnsetProp(link, Xml("href"));
+        return;
+    }
+    targets.needPage(target.path);
+    const NativePath ownPage = PageOf(targets.layout, page.topic);
+    const NativePath targetPage = PageOf(targets.layout, target.path);
+    const std::string anchor = Anchor(targets.library, target);
+    const std::string fragment = anchor.empty() ? "" : "#" + anchor;
+    const bool isOwn = targetPage == ownPage && !fragment.empty();
+    const std::string href = (isOwn ? "" : RelativeReference(ownPage, targetPage)) + fragment;
+    const std::string absolute = Attribute(link, "href");
+    targets.check.Add({SourceOf(link), xmlGetLineNo(link), targetPage, anchor, AsWritten(link, absolute)});
+    xmlSetProp(link, Xml("href"), Xml(href.c_str()));
+    if (!HasText(link) && xmlHasProp(link, Xml("page-title")) == nullptr) {
+        AddLinkText(page, link, target, absolute, href);
+    }
+}
+
+/// Phrases with a key link to its target too.
+bool IsLink(const xmlNode* element) {
+    return HasType(element, "topic/xref") || HasType(element, "topic/link") ||
+           (xmlHasProp(element, Xml("keyref")) != nullptr && !HasType(element, "topic/image"));
+}
+
+/// Whether no page shows the element.
+bool IsMetadata(const xmlNode* element) {
+    for (; element != nullptr && element->type == XML_ELEMENT_NODE; element = element->parent) {
+        if (HasType(element, "topic/prolog") || HasType(element, "topic/data") ||
+            HasType(element, "topic/data-about")) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// A topic is published as a page only: its file may contain what a filter excludes.
+void LeaveOutTopic(const Page& page, xmlNode* element) {
+    const bool isReported = HasType(element, "topic/lq") || HasType(element, "topic/longdescref") ||
+                            HasType(element, "topic/longquoteref");
+    if (!isReported && !IsMetadata(element)) {
+        page.targets.remarks(element, kNotHandled,
+                             "the link \"" + AsWritten(element, Attribute(element, "href")) + "\" of <" +
+                                 std::string(View(element->name)) +
+                                 "> to a topic is not handled: it is left out");
+    }
+    xmlUnsetProp(element, Xml("href"));
+}
+
+void DirectReference(const Page& page, xmlNode* element, const char* name) {
+    const auto target = DitaTargetOf(Attribute(element, name));
+    const std::string scope = Attribute(element, "scope");
+    if (!target.has_value() || scope == "external" || scope == "peer") {
+        return;
+    }
+    const PageLayout& layout = page.targets.layout;
+    const bool toTopic = IsTopicFormat(Attribute(element, "format"), target->path);
+    const NativePath output = OutputOf(layout, target->path);
+    if (output.Empty()) {
+        page.targets.remarks(element, kToolkitRule,
+                             target->path.utf8 + " is outside the folders of the document and is left out");
+    } else if (IsLink(element) && toTopic) {
+        LinkToTopic(page, element, *target);
+    } else if (std::string_view(name) == "href" && toTopic) {
+        LeaveOutTopic(page, element);
+    } else {
+        page.targets.copy(target->path, output);
+        xmlSetProp(element, Xml(name), Xml(RelativeReference(PageOf(layout, page.topic), output).c_str()));
+    }
+}
+
+}  // namespace
+
+void DirectReferences(xmlDoc* document, const NativePath& topic, const ReferenceTargets& targets) {
+    const Page page{topic, targets};
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
+            DirectReference(page, node, "href");
+            DirectReference(page, node, "data");
+        }
+    }
+}
+
+}  // namespace ventrix::desk
