@@ -315,7 +315,7 @@
       <xsl:call-template name="common"/>
       <xsl:variable name="depth" select="count(ancestor::ol) mod 3"/>
       <xsl:if test="$depth &gt; 0">
-        <xsl:attribute name="type"><xsl:value-of select="substring('ai', $depth, 1)"/></xsl:attribute>
+        <xsl:attribute name="type"><xsl:value-of select="substring('1ai', 1 + $depth, 1)"/></xsl:attribute>
       </xsl:if>
       <xsl:apply-templates/>
     </ol>
