@@ -12,9 +12,9 @@
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_map.h"
 #include "desk/toolkit/keyref.h"
+#include "desk/toolkit/map_links.h"
 #include "desk/toolkit/page_frame.h"
 #include "desk/toolkit/page_layout.h"
-#include "desk/toolkit/page_navigation.h"
 #include "desk/toolkit/page_numbers.h"
 #include "desk/toolkit/page_references.h"
 #include "desk/toolkit/subject_scheme.h"
@@ -34,7 +34,7 @@ struct Publication {
     const Stylesheet& stylesheet;
     PageLayout layout;
     Navigation navigation;
-    PageNeighbours neighbours;
+    MapLinks mapLinks;
     Contents contents;
     PageAssets assets;
     DitaLibrary& library;
@@ -162,7 +162,7 @@ ReferenceTargets TargetsOf(Publication& publication, const RemarkSink& remarks) 
                                    const NativePath& target) { CopyFile(publication, source, target); }};
 }
 
-/// The order matters. Reused content brings key references, samples and links with it; keys and neighbours
+/// The order matters. Reused content brings key references, samples and links with it; keys and the map
 /// add links, which DirectReferences then directs to pages.
 void ResolveReferences(Publication& publication, xmlDoc* document, const NativePath& topic) {
     const RemarkSink remarks = [&publication](const xmlNode* place, const char* rule,
@@ -173,7 +173,7 @@ void ResolveReferences(Publication& publication, xmlDoc* document, const NativeP
     ReportUnhandled(document, remarks);
     ResolveKeyrefs(document, publication.navigation.keys, publication.library, remarks);
     ResolveCoderefs(document, remarks);
-    AddNeighbours(document, publication.neighbours, topic, publication.library);
+    AddMapLinks(document, publication.mapLinks, topic, publication.library);
     DirectReferences(document, topic, TargetsOf(publication, remarks));
 }
 
@@ -238,7 +238,7 @@ std::string TitleOr(const Publication& publication, const std::string& title) {
 void ReadMap(Publication& publication) {
     publication.navigation = ReadNavigation(publication.run.document, publication.library, publication.run);
     publication.library.UseKeys(publication.navigation.keys);
-    publication.neighbours = NeighboursIn(publication.navigation);
+    publication.mapLinks = MapLinksOf(publication.navigation);
     TakeItems(publication, publication.navigation.items);
     for (const Relation& relation : publication.navigation.relations) {
         TakeItems(publication, relation.cells);
@@ -335,7 +335,7 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
                             .stylesheet = stylesheet,
                             .layout = LayoutOf(run.document, FilesOf(run), run.pages),
                             .navigation = {},
-                            .neighbours = {},
+                            .mapLinks = {},
                             .contents = {},
                             .assets = {},
                             .library = library,

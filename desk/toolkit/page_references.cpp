@@ -34,16 +34,17 @@ bool HasText(const xmlNode* link) {
     return false;
 }
 
-/// The title of the target's topic stands in for a text that the target does not have.
+/// The title of the target's topic, or else the address, stands in for a text that the target does not have.
 void AddLinkText(const Page& page, xmlNode* link, const DitaTarget& target, const std::string& absolute,
                  const std::string& href) {
     LinkText text = page.targets.texts.For(absolute);
     if (text.text.empty()) {
+        text = {{}, page.targets.library.Summary(target.path).title};
         page.targets.remarks(link, kNotHandled,
                              "the link \"" + AsWritten(link, absolute) +
-                                 "\" has no text and its target no title, so that it shows the title of the "
-                                 "topic; write a text into the link");
-        text = {{}, page.targets.library.Summary(target.path).title};
+                                 "\" has no text and its target no title, so that it shows the " +
+                                 (text.text.empty() ? "address" : "title of the topic") +
+                                 "; write a text into the link");
     }
     xmlSetProp(link, Xml("page-title"), Xml((text.text.empty() ? href : text.text).c_str()));
     if (!text.type.empty()) {

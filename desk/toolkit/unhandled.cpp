@@ -123,7 +123,9 @@ void ReportAttributes(const xmlNode* node, const RemarkSink& remarks) {
     if (node->properties != nullptr && NamesLightweightTopic(node)) {
         remarks(node, kNotHandled,
                 "\"" + AsWritten(node, Attribute(node, "href")) +
-                    "\" is not a topic in XML: the file is copied as it is" + kAdvice);
+                    "\" is not a topic in XML: the file is copied as it is; the DITA Open Toolkit handles it "
+                    "from "
+                    "version 3 on (--toolkit)");
     }
 }
 

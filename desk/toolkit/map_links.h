@@ -20,12 +20,11 @@ struct MapLink {
 };
 
 /// By the topic's path, in the order of the map: all its places count, those in relationship tables too.
-using PageNeighbours = std::map<NativePath, std::vector<MapLink>>;
+using MapLinks = std::map<NativePath, std::vector<MapLink>>;
 
-PageNeighbours NeighboursIn(const Navigation& navigation);
+MapLinks MapLinksOf(const Navigation& navigation);
 
 /// Adds absolute links to the related links of the document's first topic.
-void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const NativePath& topic,
-                   DitaLibrary& library);
+void AddMapLinks(xmlDoc* document, const MapLinks& mapLinks, const NativePath& topic, DitaLibrary& library);
 
 }  // namespace ventrix::desk

@@ -1,4 +1,4 @@
-#include "desk/toolkit/page_navigation.h"
+#include "desk/toolkit/map_links.h"
 
 #include <algorithm>
 #include <set>
@@ -21,9 +21,9 @@ std::vector<const NavigationItem*> LinkedItems(const std::vector<NavigationItem>
 }
 
 /// The links of the item's page; null if it has no page, or the map gives it no links.
-std::vector<MapLink>* LinksOf(const NavigationItem& item, PageNeighbours& neighbours) {
+std::vector<MapLink>* LinksOf(const NavigationItem& item, MapLinks& mapLinks) {
     const auto target = item.page && item.linking.from ? DitaTargetOf(item.href) : std::nullopt;
-    return target.has_value() ? &neighbours[target->path] : nullptr;
+    return target.has_value() ? &mapLinks[target->path] : nullptr;
 }
 
 void AddLinkTo(std::vector<MapLink>& links, const char* role, const NavigationItem& item) {
@@ -54,10 +54,10 @@ void AddLinksAmong(const std::vector<const NavigationItem*>& items, const Naviga
 
 /// Adds to the links of each item below one. `parent` is null at the top.
 void CollectLinks(const std::vector<NavigationItem>& items, const NavigationItem* parent,
-                  CollectionType collection, PageNeighbours& neighbours) {
+                  CollectionType collection, MapLinks& mapLinks) {
     const std::vector<const NavigationItem*> linked = LinkedItems(items);
     for (const NavigationItem& item : items) {
-        if (std::vector<MapLink>* links = LinksOf(item, neighbours)) {
+        if (std::vector<MapLink>* links = LinksOf(item, mapLinks)) {
             for (const NavigationItem* child : LinkedItems(item.children)) {
                 AddLinkTo(*links, "child", *child);
             }
@@ -66,7 +66,7 @@ void CollectLinks(const std::vector<NavigationItem>& items, const NavigationItem
                 AddLinkTo(*links, "parent", *parent);
             }
         }
-        CollectLinks(item.children, item.page ? &item : parent, item.collection, neighbours);
+        CollectLinks(item.children, item.page ? &item : parent, item.collection, mapLinks);
     }
 }
 
@@ -82,7 +82,7 @@ void CollectReferences(const std::vector<NavigationItem>& items,
 }
 
 /// Links the topics of each cell with those of the others.
-void CollectFriends(const Relation& relation, PageNeighbours& neighbours) {
+void CollectFriends(const Relation& relation, MapLinks& mapLinks) {
     for (const NavigationItem& cell : relation.cells) {
         std::vector<const NavigationItem*> own;
         std::vector<const NavigationItem*> others;
@@ -90,7 +90,7 @@ void CollectFriends(const Relation& relation, PageNeighbours& neighbours) {
             CollectReferences(other.children, &other == &cell ? own : others);
         }
         for (const NavigationItem* item : own) {
-            std::vector<MapLink>* links = LinksOf(*item, neighbours);
+            std::vector<MapLink>* links = LinksOf(*item, mapLinks);
             for (std::size_t i = 0; links != nullptr && i < others.size(); ++i) {
                 AddLinkTo(*links, "friend", *others[i]);
             }
@@ -149,26 +149,25 @@ void AddLink(xmlNode* links, const MapLink& map, DitaLibrary& library) {
 
 }  // namespace
 
-PageNeighbours NeighboursIn(const Navigation& navigation) {
-    PageNeighbours neighbours;
-    CollectLinks(navigation.items, nullptr, CollectionType::kUnordered, neighbours);
+MapLinks MapLinksOf(const Navigation& navigation) {
+    MapLinks mapLinks;
+    CollectLinks(navigation.items, nullptr, CollectionType::kUnordered, mapLinks);
     for (const Relation& relation : navigation.relations) {
         for (const NavigationItem& cell : relation.cells) {
-            CollectLinks(cell.children, nullptr, cell.collection, neighbours);
+            CollectLinks(cell.children, nullptr, cell.collection, mapLinks);
         }
-        CollectFriends(relation, neighbours);
+        CollectFriends(relation, mapLinks);
     }
-    for (auto& [topic, links] : neighbours) {
+    for (auto& [topic, links] : mapLinks) {
         RemoveRepeatedLinks(links);
     }
-    return neighbours;
+    return mapLinks;
 }
 
-void AddNeighbours(xmlDoc* document, const PageNeighbours& neighbours, const NativePath& topic,
-                   DitaLibrary& library) {
-    const auto own = neighbours.find(topic);
+void AddMapLinks(xmlDoc* document, const MapLinks& mapLinks, const NativePath& topic, DitaLibrary& library) {
+    const auto own = mapLinks.find(topic);
     xmlNode* first = FirstTopic(document);
-    if (own == neighbours.end() || first == nullptr || own->second.empty()) {
+    if (own == mapLinks.end() || first == nullptr || own->second.empty()) {
         return;
     }
     xmlNode* links = RelatedLinks(first);
