@@ -178,7 +178,8 @@ bool IsTopicFormat(const std::string& format, const NativePath& target) {
 xmlNode* FindTarget(const xmlDoc* document, const DitaTarget& target) {
     xmlNode* root = xmlDocGetRootElement(document);
     if (HasType(root, "map/map")) {
-        return target.topic.empty() ? root : FindElement(root, target.topic);
+        const bool isRoot = target.topic.empty() || Attribute(root, "id") == target.topic;
+        return isRoot ? root : FindElement(root, target.topic);
     }
     xmlNode* topic = FindTopic(root, target.topic);
     return topic == nullptr || target.element.empty() ? topic : FindElement(topic, target.element);

@@ -44,7 +44,7 @@ struct Inherited {
     bool shown = true;
 };
 
-void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherited,
+void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inherited,
              std::vector<NavigationItem>& items);
 
 bool EndsWithMap(const std::string& href) {
@@ -176,7 +176,7 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
         // The format describes the submap, not the topics in it.
         Inherited inside = inherited;
         inside.format.clear();
-        ReadMap(reader, target->path, inside, items);
+        ReadMap(reader, *target, inside, items);
         ReadTopicrefs(reader, topicref, inside, items);
         return;
     }
@@ -226,8 +226,10 @@ std::string LanguageOf(const xmlNode* root) {
     return std::string(View(language.get()));
 }
 
-void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherited,
+/// Reads the whole map, or the branch that the reference to it names.
+void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inherited,
              std::vector<NavigationItem>& items) {
+    const NativePath& path = target.path;
     auto& open = reader.openMaps;
     if (std::find(open.begin(), open.end(), path) != open.end()) {
         Remark(reader, path, 0, kToolkitRule, "the map contains itself; remove the reference to it");
@@ -242,9 +244,18 @@ void ReadMap(MapReader& reader, const NativePath& path, const Inherited& inherit
         reader.navigation.title = MapTitle(root);
         reader.navigation.language = LanguageOf(root);
     }
+    const xmlNode* place = FindTarget(map.document.get(), target);
     open.push_back(path);
-    ReadTopicrefs(reader, root, InheritedBy(root, inherited), items);
+    if (HasType(place, "map/topicref")) {
+        ReadTopicref(reader, place, inherited, items);
+    } else {
+        ReadTopicrefs(reader, root, InheritedBy(root, inherited), items);
+    }
     open.pop_back();
+    if (place == nullptr) {
+        Remark(reader, path, 0, kDeadReference,
+               "the map has no branch with the id \"" + target.topic + "\"; the whole map is used");
+    }
 }
 
 }  // namespace
@@ -253,7 +264,7 @@ Navigation ReadNavigation(const NativePath& map, DitaLibrary& library, const Dit
     MapReader reader{.library = library, .run = run, .navigation = {}, .maps = {}, .openMaps = {}};
     LoadMaps(reader, map);
     std::vector<NavigationItem> items;
-    ReadMap(reader, map, {}, items);
+    ReadMap(reader, {.path = map, .topic = {}, .element = {}}, {}, items);
     reader.navigation.items = std::move(items);
     return std::move(reader.navigation);
 }

@@ -319,6 +319,23 @@ TEST_F(BuiltinToolkit, MapsLinkTopicsInGroupsAndTables) {
     }
 }
 
+TEST_F(BuiltinToolkit, AMapMayReferToABranchOfAnother) {
+    Write("s.ditamap",
+          "<map id='s'><topicref href='a.dita'/><topicref id='b' href='b.dita'><topicref "
+          "href='c.dita'/></topicref>"
+          "</map>");
+    for (const char* name : {"a", "b", "c"}) {
+        WriteTopicAt(std::string(name) + ".dita", name, "<p/>");
+    }
+    for (const auto& [id, contents] : {std::pair("b", "bc"), std::pair("s", "abc"), std::pair("x", "abc")}) {
+        Write("m.ditamap",
+              std::string("<map><topicref format='ditamap' href='s.ditamap#") + id + "'/></map>");
+        ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+        EXPECT_EQ(Query("index.html", "translate(//ul, '\n', '')"), contents) << id;
+        EXPECT_EQ(Findings().empty(), id != std::string("x")) << Findings();
+    }
+}
+
 TEST_F(BuiltinToolkit, AlternativeTitlesAreForTheContentsAndTheWindow) {
     Write("m.ditamap",
           "<map><topicref href='t.dita' navtitle='Map'/><topicref href='u.dita' navtitle='Map' "
@@ -400,8 +417,8 @@ TEST_F(BuiltinToolkit, MoreElementsAreRendered) {
          "concat(count(//th), //th[1])", "2O"},
         {"<fig><title/></fig><fig><title>A</title></fig>",
          "concat(//div[1]/div[1]/span, '|', (//div[@class='fig'])[2])", "Figure 1. |Figure 2. A"},
-        {"<ol><li><ol><li><ol><li/></ol></li></ol></li></ol>",
-         "concat(//ol/@type, ',', //ol//ol//ol/@type)", "a,i"},
+        {"<ol><li><ol><li><ol><li/></ol></li></ol></li></ol>", "concat(//ol/@type, ',', //ol//ol//ol/@type)",
+         "a,i"},
         {"<p><xref href='peer.dita#t/x' scope='peer'/></p>", "concat(//a/@href, ' ', //a)",
          "peer.html#t__x peer.html#t__x"},
         {"<p><tm tmtype='reg'>V</tm><xmlelement>e</xmlelement></p>", "//p", "V\u00aee"},
