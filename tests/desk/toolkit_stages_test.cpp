@@ -304,6 +304,14 @@ TEST_F(BuiltinToolkit, MapsLinkTopicsInGroupsAndTables) {
          "href='b.dita'/></relcell><relcell><topicref href='c.dita'><topicmeta><linktext>Own</linktext>"
          "</topicmeta></topicref></relcell></relrow></reltable>",
          "a.html", "related:b related:Own "},
+        {"<topicgroup collection-type='family'><topicref href='a.dita'/><topicref "
+         "href='b.dita'/></topicgroup>"
+         "<reltable><relrow><relcell><topicref href='a.dita'/></relcell><relcell><topicref href='b.dita'/>"
+         "</relcell></relrow></reltable>",
+         "a.html", "related:b "},
+        {"<topicref href='p.dita'><topicref href='a.dita'/></topicref><topicref href='c.dita'><topicref "
+         "href='a.dita'/></topicref>",
+         "a.html", "parent:p parent:c "},
         {"<reltable><relrow><relcell><topicref href='p.dita'><topicref href='a.dita'/></topicref></relcell>"
          "<relcell><topicref href='b.dita'/></relcell></relrow></reltable>",
          "a.html", "parent:p related:b "},
