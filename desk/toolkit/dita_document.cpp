@@ -146,8 +146,7 @@ std::string FragmentOf(const std::string& reference) {
 }
 
 NativePath SourceOf(const xmlNode* element) {
-    for (const xmlNode* node = element; node != nullptr && node->type == XML_ELEMENT_NODE;
-         node = node->parent) {
+    for (const xmlNode* node = element; node->type == XML_ELEMENT_NODE; node = node->parent) {
         if (const std::string source = Attribute(node, kSource); !source.empty()) {
             return TargetOf(source, {"/"}).path;
         }

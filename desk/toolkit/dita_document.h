@@ -46,7 +46,8 @@ std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference);
 /// What follows the "#" of a reference; empty if it has none.
 std::string FragmentOf(const std::string& reference);
 
-/// The file that the element was written in. Content that is reused in another document keeps its own.
+/// The file that an element of a document was written in. Content that is reused in another document keeps
+/// its own.
 NativePath SourceOf(const xmlNode* element);
 
 /// The element and its content were written in this file, not in that of their document.
