@@ -39,18 +39,6 @@ struct Candidates {
     std::unordered_map<std::string_view, std::vector<std::size_t>> byWords;
 };
 
-std::string Collapsed(std::string_view text) {
-    std::string words;
-    for (const char c : text) {
-        const bool isSpace = IsXmlWhitespace(c);
-        if (!isSpace || (!words.empty() && words.back() != ' ')) {
-            words += isSpace ? ' ' : c;
-        }
-    }
-    words.resize(words.find_last_not_of(' ') + 1);
-    return words;
-}
-
 Words WordsOf(const xmlNode* element) {
     Words words;
     for (const xmlNode* child = element->children; child != nullptr; child = child->next) {

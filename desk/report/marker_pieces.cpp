@@ -165,18 +165,6 @@ std::string ElementXml(std::string_view elementGroup) {
     return xml;
 }
 
-std::string Collapsed(std::string_view text) {
-    std::string words;
-    words.reserve(text.size());
-    const auto end = text.end();
-    for (auto word = std::find_if_not(text.begin(), end, IsXmlWhitespace); word != end;) {
-        const auto wordEnd = std::find_if(word, end, IsXmlWhitespace);
-        words.append(words.empty() ? "" : " ").append(word, wordEnd);
-        word = std::find_if_not(wordEnd, end, IsXmlWhitespace);
-    }
-    return words;
-}
-
 bool IsFilled(std::string_view text) {
     return !std::ranges::all_of(text, IsXmlWhitespace);
 }

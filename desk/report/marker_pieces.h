@@ -46,10 +46,6 @@ ScopedFields FieldsOf(std::string_view scopedGroup);
 /// The XML of an element group's element.
 std::string ElementXml(std::string_view elementGroup);
 
-/// The string with each run of whitespace as one space and none at its ends: what a transformation may change
-/// in a text without changing its words.
-std::string Collapsed(std::string_view text);
-
 /// Whether the string is more than spaces, tabs and line ends.
 bool IsFilled(std::string_view text);
 

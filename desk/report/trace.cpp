@@ -1,5 +1,7 @@
 #include "desk/report/trace.h"
 
+#include "desk/xml/xml_handles.h"
+
 namespace ventrix::desk {
 
 int StringTable::Add(std::string_view text) {

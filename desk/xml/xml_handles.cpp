@@ -1,5 +1,7 @@
 #include "desk/xml/xml_handles.h"
 
+#include <algorithm>
+
 namespace ventrix::desk {
 namespace {
 
@@ -19,6 +21,18 @@ bool MayDescend(const xmlNode* node) {
 std::string EscapedXml(std::string_view text) {
     const XmlString escaped(xmlEncodeSpecialChars(nullptr, Xml(std::string(text).c_str())));
     return std::string(View(escaped.get()));
+}
+
+std::string Collapsed(std::string_view text) {
+    std::string words;
+    words.reserve(text.size());
+    const auto end = text.end();
+    for (auto word = std::find_if_not(text.begin(), end, IsXmlWhitespace); word != end;) {
+        const auto wordEnd = std::find_if(word, end, IsXmlWhitespace);
+        words.append(words.empty() ? "" : " ").append(word, wordEnd);
+        word = std::find_if_not(wordEnd, end, IsXmlWhitespace);
+    }
+    return words;
 }
 
 std::string Attribute(const xmlNode* element, const char* name) {

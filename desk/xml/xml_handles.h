@@ -37,6 +37,10 @@ inline std::string_view View(const xmlChar* text) {
 /// The text with its reserved characters escaped, for the content of an element or for a quoted value.
 std::string EscapedXml(std::string_view text);
 
+/// The string with each run of whitespace as one space and none at its ends: what a transformation may change
+/// in a text without changing its words.
+std::string Collapsed(std::string_view text);
+
 /// The value of the attribute that has this name and no namespace; empty if there is none.
 std::string Attribute(const xmlNode* element, const char* name);
 
