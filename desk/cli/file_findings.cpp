@@ -37,7 +37,7 @@ void AddMissingFiles(const DocumentFiles& files, const std::vector<NativePath>& 
 
 void AddFailedFiles(const RunLog& log, std::vector<Finding>& findings) {
     for (const FailedFile& failed : log.failed) {
-        findings.push_back({failed.file, 0, "not-readable", "could not be read: " + failed.reason});
+        findings.push_back({failed.file, 0, kNotReadable, "could not be read: " + failed.reason});
     }
 }
 

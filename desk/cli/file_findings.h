@@ -9,6 +9,9 @@
 
 namespace ventrix::desk {
 
+/// The code of a finding about a file that is not well-formed.
+inline constexpr char kNotReadable[] = "not-readable";
+
 /// The files that the document refers to and that cannot be opened, in document order.
 std::vector<NativePath> MissingFiles(const DocumentFiles& files);
 

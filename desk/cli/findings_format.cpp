@@ -1,11 +1,15 @@
 #include "desk/cli/findings_format.h"
 
 #include <algorithm>
+#include <cctype>
+#include <cstdint>
 #include <cstdio>
 #include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string_view>
+#include <tuple>
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/options.h"
@@ -173,6 +177,77 @@ std::string FormatAsSarif(const std::vector<RunReport>& reports) {
         {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"}, {"version", "2.1.0"}, {"runs", runs}});
 }
 
+/// The text with the paths below the current folder as seen from there: a repository is checked out to
+/// another folder on each machine.
+std::string WithShortNames(std::string text) {
+    const std::string folder = CurrentFolder();
+    for (std::size_t at = text.find(folder); at != std::string::npos; at = text.find(folder, at)) {
+        if (at == 0 || text[at - 1] == ' ' || text[at - 1] == '"') {
+            text.erase(at, folder.size());
+        } else {
+            at += folder.size();
+        }
+    }
+    return text;
+}
+
+/// A parser's message may contain a line, too.
+std::string WithoutDigits(std::string text) {
+    std::erase_if(text, [](unsigned char c) { return std::isdigit(c) != 0; });
+    return text;
+}
+
+/// FNV-1a, 64 bits, in hexadecimal: std::hash may differ between builds.
+std::string StableHash(std::string_view text) {
+    std::uint64_t hash = 0xcbf29ce484222325U;
+    for (const char c : text) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
+    }
+    char digits[17];
+    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
+    return digits;
+}
+
+/// The findings of all runs as issues, each once: deliverables may share a document. A fingerprint says which
+/// issue of another commit is the same. It has no line, which changes with each line above, but the number of
+/// the finding among equal ones.
+class CodeQuality {
+  public:
+    void Add(const Finding& finding) {
+        const std::string file = ShortName(finding.file);
+        const std::string text = WithShortNames(finding.text);
+        if (!known_.emplace(file, finding.line, finding.column, finding.code, text).second) {
+            return;
+        }
+        const std::string identity = finding.code + '\n' + file + '\n' + WithoutDigits(text);
+        const int number = ++counts_[identity];
+        const bool isError = LevelOf(finding.code) == std::string_view("error");
+        issues_.push_back(
+            {{"description", text},
+             {"check_name", finding.code},
+             {"fingerprint", StableHash(identity + '\n' + std::to_string(number))},
+             {"severity", isError ? "major" : "minor"},
+             {"location", {{"path", file}, {"lines", {{"begin", std::max(finding.line, 1)}}}}}});
+    }
+
+    const ordered_json& Issues() const { return issues_; }
+
+  private:
+    std::set<std::tuple<std::string, int, int, std::string, std::string>> known_;
+    std::map<std::string, int> counts_;
+    ordered_json issues_ = ordered_json::array();
+};
+
+std::string FormatAsCodeQuality(const std::vector<RunReport>& reports) {
+    CodeQuality quality;
+    for (const RunReport& report : reports) {
+        for (const Finding& finding : FindingsOf(report)) {
+            quality.Add(finding);
+        }
+    }
+    return Dump(quality.Issues());
+}
+
 /// UTF-8 without what XML cannot express.
 std::string Printable(const std::string& text) {
     const std::string valid =
@@ -269,6 +344,9 @@ std::string FormatAsJunit(const std::vector<RunReport>& reports) {
 std::string FormatFindings(const std::string& format, const std::vector<RunReport>& reports) {
     if (format == "sarif") {
         return FormatAsSarif(reports);
+    }
+    if (format == "codequality") {
+        return FormatAsCodeQuality(reports);
     }
     return format == "junit" ? FormatAsJunit(reports) : FormatAsJson(reports);
 }

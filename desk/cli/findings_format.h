@@ -9,8 +9,8 @@
 
 namespace ventrix::desk {
 
-/// The findings of the runs as one document that ends with a line break. `format` is "json", "sarif" or
-/// "junit". Bytes that are not UTF-8 become U+FFFD.
+/// The findings of the runs as one document that ends with a line break. `format` is "json", "sarif", "junit"
+/// or "codequality". Bytes that are not UTF-8 become U+FFFD.
 std::string FormatFindings(const std::string& format, const std::vector<RunReport>& reports);
 
 }  // namespace ventrix::desk

@@ -104,17 +104,20 @@ void AddReporting(CLI::App& command, CommonOptions& common) {
         ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
         ->type_name("auto|always|never")
         ->capture_default_str();
-    auto* quiet = command.add_flag("--quiet,-q", common.quiet, "Print only results and errors");
+    auto* quiet = command.add_flag("--quiet,-q", common.quiet,
+                                   "Print no notes and no progress: only results, warnings and errors");
     command.add_flag("--verbose,-v", common.verbose, "Also print the host's console output")->excludes(quiet);
     command.add_flag("--json", common.json, "Print one JSON object to standard output and nothing else");
 }
 
 void AddFormat(CLI::App& command, CommonOptions& common) {
     command
-        .add_option("--format", common.format,
-                    "Format of the findings; sarif is for code hosting services, junit for CI servers")
-        ->check(CLI::IsMember({"text", "json", "sarif", "junit"}).description(""))
-        ->type_name("text|json|sarif|junit")
+        .add_option(
+            "--format", common.format,
+            "Format of the findings: sarif for GitHub and others, codequality for GitLab, junit for CI "
+            "servers")
+        ->check(CLI::IsMember({"text", "json", "sarif", "junit", "codequality"}).description(""))
+        ->type_name("text|json|sarif|junit|codequality")
         ->excludes(command.get_option("--json"))
         ->capture_default_str();
 }

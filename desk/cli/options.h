@@ -24,7 +24,7 @@ struct CommonOptions {
     std::string toolkit = "builtin";
     std::string catalog;
     std::string color = "auto";   ///< auto, always or never.
-    std::string format = "text";  ///< Of a validate: text, json, sarif or junit.
+    std::string format = "text";  ///< Of a validate: text, json, sarif, junit or codequality.
     bool quiet = false;
     bool verbose = false;
     bool json = false;

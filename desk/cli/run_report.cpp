@@ -66,12 +66,16 @@ json LossAsJson(const LossSummary& loss) {
 
 }  // namespace
 
-void Warn(RunReport& report, const Screen& screen, const Finding& finding) {
+void PrintFinding(const Screen& screen, const Finding& finding) {
     std::string place = finding.file.utf8;
-    if (finding.line > 0) {
-        place += ':' + std::to_string(finding.line);
+    for (const int number : {finding.line, finding.line > 0 ? finding.column : 0}) {
+        place += number > 0 ? ':' + std::to_string(number) : std::string();
     }
-    screen.Warning(place.empty() ? finding.text : place + ": " + finding.text);
+    screen.Warning((place.empty() ? "" : place + ": ") + finding.text + " [" + finding.code + ']');
+}
+
+void Warn(RunReport& report, const Screen& screen, const Finding& finding) {
+    PrintFinding(screen, finding);
     report.warnings.push_back(finding);
 }
 

@@ -54,7 +54,10 @@ struct RunReport {
     std::optional<ReplyStrings> reply;       ///< From a request that was given as text.
 };
 
-/// Adds a warning to the report and prints it as "FILE:LINE: TEXT", without what is unknown.
+/// Prints a finding as "FILE:LINE:COLUMN: TEXT [CODE]", without what is unknown.
+void PrintFinding(const Screen& screen, const Finding& finding);
+
+/// Adds a warning to the report and prints it.
 void Warn(RunReport& report, const Screen& screen, const Finding& finding);
 
 /// Prints the report as a JSON object.

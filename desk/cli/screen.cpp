@@ -75,9 +75,7 @@ void Screen::Note(const std::string& text) const {
 }
 
 void Screen::Warning(const std::string& text) const {
-    if (!quiet_) {
-        Print(kYellow, "warning: ", text);
-    }
+    Print(kYellow, "warning: ", text);
 }
 
 void Screen::Error(const std::string& text) const {

@@ -19,7 +19,7 @@ class Screen {
     void Result(const std::string& text) const;   ///< One line of the result, unless it is printed as data.
     void Heading(const std::string& text) const;  ///< Above the result of one of several runs.
     void Note(const std::string& text) const;     ///< Nothing with --quiet.
-    void Warning(const std::string& text) const;  ///< Nothing with --quiet.
+    void Warning(const std::string& text) const;
     void Error(const std::string& text) const;
     void Console(const std::string& text) const;  ///< Output of the host's console; only with --verbose.
 

@@ -105,11 +105,11 @@ void AddUnreadable(const DocumentFiles& files, std::vector<Finding>& findings) {
         const LenientDocument loaded = LoadLeniently(file.path);
         if (!loaded.wellFormed) {
             findings.push_back(
-                {file.path, loaded.line, "not-readable", kProblem + loaded.reason, loaded.column});
+                {file.path, loaded.line, kNotReadable, kProblem + loaded.reason, loaded.column});
         } else if (!loaded.undeclaredEntities.empty() && HasNoDtd(loaded.document.get())) {
             const std::string& reason = loaded.undeclaredEntities.front();
             const int line = std::atoi(reason.c_str() + std::string("line ").size());
-            findings.push_back({file.path, line, "not-readable", kProblem + reason});
+            findings.push_back({file.path, line, kNotReadable, kProblem + reason});
         }
     }
 }

@@ -5,6 +5,7 @@
 #include "desk/cli/commands.h"
 #include "desk/cli/document_checks.h"
 #include "desk/cli/exit_status.h"
+#include "desk/cli/file_findings.h"
 #include "desk/cli/path_options.h"
 #include "desk/cli/private_log.h"
 #include "desk/cli/request_text.h"
@@ -26,7 +27,8 @@ void ShowSection(const Screen& screen, const char* title, const std::vector<Nati
     }
 }
 
-std::string Summary(std::int32_t mask) {
+/// `mask` is the module's, which only looks whether it can open the files.
+std::string Summary(std::int32_t mask, std::size_t findings) {
     std::string text;
     const auto add = [&](std::int32_t bit, const char* problem) {
         if ((mask & bit) != 0) {
@@ -36,14 +38,35 @@ std::string Summary(std::int32_t mask) {
     add(kValidateBroken, "files are missing or unreadable");
     add(kValidateUnsaved, "files have unsaved changes");
     add(kValidateOnSeveralRoots, "the files are on several drives and cannot be packaged");
-    return mask == 0 ? "can be published" : text + " (mask " + std::to_string(mask) + ")";
+    if (mask != 0) {
+        return text + " (mask " + std::to_string(mask) + ")";
+    }
+    return findings == 0 ? "can be published"
+                         : "a publish would have " + std::to_string(findings) +
+                               (findings == 1 ? " finding" : " findings");
 }
 
-void Show(const Screen& screen, const RunLog& log, std::int32_t mask) {
-    ShowSection(screen, "valid", log.valid);
-    ShowSection(screen, "missing or unreadable", log.broken);
-    ShowSection(screen, "unsaved", log.unsaved);
-    screen.Result(Summary(mask));
+/// The files that are not well-formed, which the module can open nevertheless.
+std::vector<NativePath> TakeMalformed(std::vector<NativePath>& files, const std::vector<Finding>& findings) {
+    std::vector<NativePath> malformed;
+    std::erase_if(files, [&](const NativePath& file) {
+        const bool isMalformed = std::ranges::any_of(findings, [&file](const Finding& finding) {
+            return finding.code == kNotReadable && finding.file == file;
+        });
+        if (isMalformed) {
+            malformed.push_back(file);
+        }
+        return isMalformed;
+    });
+    return malformed;
+}
+
+void Show(const Screen& screen, const RunReport& report, const std::vector<NativePath>& malformed) {
+    ShowSection(screen, "valid", report.valid);
+    ShowSection(screen, "missing or unreadable", report.missing);
+    ShowSection(screen, "not well-formed", malformed);
+    ShowSection(screen, "unsaved", report.unsaved);
+    screen.Result(Summary(*report.status, report.warnings.size()));
 }
 
 /// Files that the log does not mention, because it could not be written completely.
@@ -120,6 +143,9 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
     report.missing = log.broken;
     report.unsaved = log.unsaved;
     report.unusable = UnusableFiles(*session, log, mask);
+    for (const Finding& finding : report.unusable) {
+        PrintFinding(screen, finding);
+    }
     for (const NativePath& file : Unlisted(LocalFiles(session->files), log)) {
         Warn(report, screen,
              {file, 0, "not-checked", "the module's log does not report whether it is readable"});
@@ -135,7 +161,8 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
             Warn(report, screen, finding);
         }
     }
-    Show(screen, log, mask);
+    const std::vector<NativePath> malformed = TakeMalformed(report.valid, report.warnings);
+    Show(screen, report, malformed);
     return mask == 0 && report.warnings.empty() ? kExitDone : kExitFindings;
 }
 

@@ -281,13 +281,14 @@ TEST_F(CommandLine, FilesOnSeveralDrivesCannotBePackaged) {
         return arguments;
     };
     const Row rows[] = {
-        {on({"validate", "c/map.ditamap"}), 1, "are on several drives and cannot be packaged (mask 8)", ""},
+        {on({"validate", "c/map.ditamap"}), 1, "are on several drives and cannot be packaged (mask 8)",
+         "map.ditamap: the files are on several drives"},
         {on({"publish", "c/map.ditamap", "-o", "out"}), 4, "", "are on several drives"},
-        {on({"validate", "c/graphic.dita"}), 1, "can be published", "would not be packaged"},
+        {on({"validate", "c/graphic.dita"}), 1, "would have 1 finding\n", "would not be packaged"},
         {on({"publish", "c/graphic.dita", "-o", "other"}), 1, "result: ", "were not packaged"},
         {{"validate", "c/map.ditamap"},
          1,
-         "can be published",
+         "would have 2 findings\n",
          "D:/t.dita: the drive is not mapped to a folder"},
     };
     for (const Row& row : rows) {

@@ -89,15 +89,45 @@ TEST_F(Findings, HaveRulesLinesAndColumns) {
 TEST_F(Findings, AreThoseOfAPublish) {
     const std::string published = RunVentrix(folder, {"publish", "guide.ditamap", "-o", "out"}).error;
     const std::string validated = Validate({"guide.ditamap"}).error;
-    for (const char* text : {"faults.dita:2: the link \"good.dita#g/absent\" leads to nothing in good.html",
-                             "faults.dita:3: keyref=\"unknown\"",
-                             "faults.dita:4: conref=", "faults.dita:5: conkeyref=\"lost/p\"",
-                             "faults.dita:6: <longdescref>", "open.dita"}) {
-        EXPECT_NE(published.find(text), std::string::npos) << text << published;
-        EXPECT_NE(validated.find(text), std::string::npos) << text << validated;
+    const struct {
+        const char *place, *column, *text;
+    } rows[] = {
+        {"faults.dita:2", ":15", ": the link \"good.dita#g/absent\" leads to nothing in good.html"},
+        {"faults.dita:3", ":19", ": keyref=\"unknown\""},
+        {"faults.dita:4", ":6", ": conref="},
+        {"faults.dita:5", ":6", ": conkeyref=\"lost/p\""},
+        {"faults.dita:6", "", ": <longdescref>"},
+        {"open.dita", ":2:15", ": could not be read"},
+    };
+    for (const auto& row : rows) {
+        const std::string place = row.place;
+        EXPECT_NE(published.find(place + row.text), std::string::npos) << place << published;
+        EXPECT_NE(validated.find(place + row.column + row.text), std::string::npos) << place << validated;
     }
     EXPECT_FALSE(folder.Exists("xhtml")) << "a validation writes nothing";
     EXPECT_EQ(folder.Count(), 7) << "the sources and the result of the publish with its log";
+}
+
+TEST_F(Findings, AreListedForPeopleEvenWhenQuiet) {
+    const Finished finished = Validate({"guide.ditamap", "--quiet"});
+    EXPECT_EQ(finished.status, 1);
+    for (const std::string& line :
+         {folder.Native("guide.ditamap") + ":3:19: refers to " + folder.Native("none.dita") +
+              ", which is missing or unreadable [missing]",
+          folder.Native("open.dita") + ":2:15: could not be read: ",
+          folder.Native("faults.dita") + ":3:19: keyref=\"unknown\""}) {
+        EXPECT_NE(finished.error.find("warning: " + line), std::string::npos) << line << finished.error;
+    }
+    EXPECT_NE(finished.out.find("not well-formed (1)\n  " + folder.Native("open.dita") + "\n"),
+              std::string::npos)
+        << finished.out;
+    EXPECT_EQ(finished.out.find(folder.Native("open.dita")), finished.out.rfind(folder.Native("open.dita")))
+        << "it is not valid too: " << finished.out;
+
+    folder.Write("guide.ditamap",
+                 "<map><topicref href=\"faults.dita\"/><topicref href=\"good.dita\"/></map>");
+    EXPECT_TRUE(Validate({"guide.ditamap"}).out.ends_with("\na publish would have 5 findings\n"));
+    EXPECT_NE(RunVentrix(folder, {"publish", "guide.ditamap", "-o", "out", "-q"}).error, "");
 }
 
 TEST_F(Findings, DependOnTheFilterAndTheToolkit) {
@@ -164,6 +194,41 @@ TEST_F(Findings, JsonAndSarifMatchTheirSchemas) {
     }
 }
 
+TEST_F(Findings, CodeQualityIsStableAndListsEachFindingOnce) {
+    folder.Write("ventrix.toml",
+                 "document = \"guide.ditamap\"\n[[publish]]\nname = \"a\"\noutput = \"a\"\n"
+                 "[[publish]]\nname = \"b\"\noutput = \"b\"\n");
+    const auto fingerprints = [this] {
+        std::set<std::string> found;
+        const std::string text = Validate({"--format", "codequality"}).out;
+        EXPECT_EQ(Check(VENTRIX_CODE_QUALITY_STRUCTURE, {text}), "");
+        for (const json& issue : json::parse(text)) {
+            EXPECT_TRUE(found.insert(issue["fingerprint"]).second) << issue;
+            EXPECT_EQ(issue["description"].get<std::string>().find(folder.Native()), std::string::npos)
+                << issue;
+        }
+        return found;
+    };
+    const std::set<std::string> before = fingerprints();
+    EXPECT_EQ(before.size(), 7U) << "of two deliverables";
+    for (const char* file : {"faults.dita", "open.dita"}) {
+        folder.Write(file, "\n\n" + folder.Read(file));
+    }
+    EXPECT_EQ(fingerprints(), before) << "other lines";
+    folder.Write("faults.dita",
+                 "<topic id=\"f\"><title>Faults</title><body>\n<p conref=\"good.dita#g/gone\"/>\n"
+                 "<p conref=\"good.dita#g/gone\"/></body></topic>");
+    const std::set<std::string> again = fingerprints();
+    EXPECT_EQ(again.size(), 4U) << "two that are equal";
+    EXPECT_EQ(std::ranges::count_if(again, [&before](const auto& one) { return before.contains(one); }), 3);
+
+    const json first = json::parse(Validate({"--format", "codequality"}).out)[0];
+    EXPECT_EQ(first["check_name"], "missing");
+    EXPECT_EQ(first["severity"], "major");
+    EXPECT_EQ(first["location"], json({{"path", "guide.ditamap"}, {"lines", {{"begin", 3}}}}));
+    EXPECT_EQ(first["description"], "refers to none.dita, which is missing or unreadable");
+}
+
 TEST_F(Findings, JunitCountsATestForEachFindingAndEachCleanFile) {
     const Finished finished = Validate({"guide.ditamap", "--format", "junit"});
     const XmlDocument document(xmlReadMemory(finished.out.data(), static_cast<int>(finished.out.size()),
@@ -195,7 +260,7 @@ TEST(FindingsFormat, ExpressesEveryPathAndText) {
     report.exitStatus = 1;
     report.warnings = {{{test::kDriveZ + "/d/\xff.dita"}, 2, "toolkit", "text \x01 <&\">", 3},
                        {{}, 0, "log", "lost"}};
-    for (const char* format : {"json", "sarif"}) {
+    for (const char* format : {"json", "sarif", "codequality"}) {
         const json object = json::parse(FormatFindings(format, {report}), nullptr, false);
         EXPECT_FALSE(object.is_discarded()) << format;
     }

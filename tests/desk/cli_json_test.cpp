@@ -78,7 +78,7 @@ TEST_F(JsonOutput, MatchesItsSchemaOnEveryOutcome) {
 TEST_F(JsonOutput, ValidateListsFilesAndWarnings) {
     const json object = Run({"validate", "gaps.ditamap", "--unsaved", "a.dita"});
     EXPECT_EQ(object["status"], 3);
-    EXPECT_EQ(object["valid"], json::array({folder.Native("gaps.ditamap"), folder.Native("open.dita")}));
+    EXPECT_EQ(object["valid"], json::array({folder.Native("gaps.ditamap")})) << "open.dita is malformed";
     EXPECT_EQ(object["missing"], json::array({folder.Native("none.dita")}));
     EXPECT_EQ(object["unsaved"], json::array({folder.Native("a.dita")}));
     ASSERT_EQ(object["warnings"].size(), 2U) << object;

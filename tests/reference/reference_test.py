@@ -106,7 +106,7 @@ class Completion(unittest.TestCase):
             ("ventrix help ", set(COMMANDS)),
             ("ventrix publish --xslt-engine ", {"libxslt", "saxon"}),
             ("ventrix publish --xslt-engine=s", {"saxon"}),
-            ("ventrix validate --format ", {"text", "json", "sarif", "junit"}),
+            ("ventrix validate --format ", {"text", "json", "sarif", "junit", "codequality"}),
             ("ventrix publish -o ", {"place"}),
             ("ventrix publish --xslt ", {"place", "guide.ditamap"}),
             ("ventrix publish --toolkit ", {"place", "builtin", "installed"}),
