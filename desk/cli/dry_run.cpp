@@ -9,6 +9,8 @@
 #include "desk/cli/protected_output.h"
 #include "desk/output/manifest.h"
 #include "desk/output/output_checks.h"
+#include "desk/pages/page_map.h"
+#include "desk/pages/viewer.h"
 
 namespace fs = std::filesystem;
 
@@ -92,6 +94,22 @@ std::vector<std::string> Steps(const PublishPlan& plan) {
     return steps;
 }
 
+/// What is written besides the pages. The folder of the start page is known only when there are pages.
+std::vector<std::string> FurtherFiles(const PublishPlan& plan, const PublishOptions& options) {
+    std::vector<std::string> files{"log " + plan.log.utf8};
+    const auto addBesideStartPage = [&files](const std::string& what, bool wanted) {
+        if (wanted) {
+            files.push_back(what + " beside the start page");
+        }
+    };
+    if (!plan.report.Empty()) {
+        files.push_back("report " + plan.report.utf8);
+    }
+    addBesideStartPage(std::string("map ") + kMapName, options.map);
+    addBesideStartPage(std::string("viewer ") + kViewerFiles[0] + " and " + kViewerFiles[1], options.viewer);
+    return files;
+}
+
 }  // namespace
 
 void ShowDryRun(const PublishPlan& plan, const Options& options, const Session& session, RunReport& report,
@@ -113,9 +131,12 @@ void ShowDryRun(const PublishPlan& plan, const Options& options, const Session& 
     ShowList(screen, "package", PackagedFiles(session, missing));
     ShowList(screen, "transform", Steps(plan));
     screen.Result("output:    " + FromFilesystem(output).utf8);
+    if (!plan.outFile.Empty()) {
+        screen.Result("out file:  " + plan.outFile.utf8);
+    }
     ShowList(screen, "replace", content.replaced);
     ShowList(screen, "keep", content.kept);
-    screen.Result("log:       " + plan.log.utf8);
+    ShowList(screen, "write", FurtherFiles(plan, options.publish));
     screen.Note("dry run: nothing was changed");
 }
 

@@ -6,8 +6,6 @@
 namespace ventrix::desk {
 namespace {
 
-constexpr const char* kFiles[] = {"ventrix.js", "ventrix.css"};
-
 std::string DataAttribute(const char* name, const std::string& value) {
     return value.empty() ? std::string() : std::string(" data-") + name + "=\"" + EscapedXml(value) + '"';
 }
@@ -19,8 +17,8 @@ std::string ReferenceTo(const char* name, const NativePath& folder, const Native
 }
 
 std::string HeadElements(const NativePath& page, const NativePath& folder, const ViewerSettings& settings) {
-    return "<link rel=\"stylesheet\" href=\"" + ReferenceTo(kFiles[1], folder, page) + "\" /><script src=\"" +
-           ReferenceTo(kFiles[0], folder, page) + "\" defer=\"defer\"" +
+    return "<link rel=\"stylesheet\" href=\"" + ReferenceTo(kViewerFiles[1], folder, page) +
+           "\" /><script src=\"" + ReferenceTo(kViewerFiles[0], folder, page) + "\" defer=\"defer\"" +
            DataAttribute("tags-attribute", settings.tags) + DataAttribute("xpath-attribute", settings.xpath) +
            DataAttribute("editor-root", settings.editorRoot.utf8) + "></script>";
 }
@@ -41,7 +39,7 @@ Finding NotAdded(const NativePath& page, const std::string& reason) {
 }  // namespace
 
 bool CopyViewer(const NativePath& folder, const ViewerSettings& settings, std::vector<Finding>& findings) {
-    for (const char* name : kFiles) {
+    for (const char* name : kViewerFiles) {
         std::string content;
         const NativePath target = NormalPath({folder.utf8 + '/' + name});
         if (platform::ReadWholeFile(settings.data.utf8 + '/' + name, content) != platform::kErrorNone ||

@@ -10,6 +10,8 @@
 
 namespace ventrix::desk {
 
+inline constexpr const char* kViewerFiles[] = {"ventrix.js", "ventrix.css"};
+
 struct ViewerSettings {
     NativePath data;        ///< The folder with ventrix.js and ventrix.css.
     NativePath document;    ///< What the paths that the viewer shows are relative to.

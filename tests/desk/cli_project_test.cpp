@@ -331,9 +331,10 @@ TEST_F(ProjectCommands, InitTakesTheOnlyMap) {
 TEST_F(ProjectCommands, DryRunPrintsWhatWouldHappenAndChangesNothing) {
     const Finished fresh = Run({"publish", "a", "--dry-run"});
     EXPECT_EQ(fresh.status, 0) << fresh.error;
-    EXPECT_TRUE(Has(fresh.out, "package (1)\n  " + folder.Native("src/a.dita") +
-                                   "\ntransform (1)\n  toolkit: built-in\noutput:    " +
-                                   folder.Native("out/a") + "\nreplace (0)\nkeep (0)\n"))
+    EXPECT_TRUE(
+        Has(fresh.out, "package (1)\n  " + folder.Native("src/a.dita") +
+                           "\ntransform (1)\n  toolkit: built-in\noutput:    " + folder.Native("out/a") +
+                           "\nreplace (0)\nkeep (0)\nwrite (1)\n  log " + folder.Native("out/a.log") + '\n'))
         << fresh.out;
     EXPECT_FALSE(folder.Exists("out"));
     EXPECT_EQ(Run({"publish", "--dry-run"}).out.find("published"), std::string::npos);
@@ -344,6 +345,11 @@ TEST_F(ProjectCommands, DryRunPrintsWhatWouldHappenAndChangesNothing) {
     folder.Write("out/a/build-a.dita/xhtml/a.html", "edited");
     const std::string log = folder.Read("out/a.log");
     const Finished later = Run({"publish", "a", "--dry-run"});
+    const Finished further = Run({"publish", "a", "--dry-run", "--report", "r.html", "--map", "--viewer"});
+    EXPECT_TRUE(further.out.ends_with("\n  report " + folder.Native("r.html") +
+                                      "\n  map ventrix-map.json beside the start page"
+                                      "\n  viewer ventrix.js and ventrix.css beside the start page\n"))
+        << further.out;
     EXPECT_EQ(later.status, 0) << later.error;
     EXPECT_TRUE(Has(later.out, "keep (2)\n  build-a.dita/xhtml/a.html (edited)\n  mine.txt\n")) << later.out;
     EXPECT_TRUE(Has(later.out, "\n  build-a.dita/buildlog-xhtml.txt\n")) << later.out;
