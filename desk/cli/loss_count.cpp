@@ -102,12 +102,23 @@ class FinalPlaces {
     fs::path output_, result_, former_;
 };
 
+std::string ShortName(const PreservedItem& item) {
+    switch (item.kind) {
+        case ItemKind::kXPath:
+            return "XPath";
+        case ItemKind::kSourcePath:
+            return "source path on " + item.name;
+        default:
+            return item.name;
+    }
+}
+
 std::string ItemNames(const LossReport& report) {
     std::string names;
     for (const ItemCount& count : report.items) {
         if (count.arrived < count.places) {
-            names += (names.empty() ? "" : ", ") + (count.item.name.empty() ? "XPath" : count.item.name) +
-                     ' ' + std::to_string(count.places - count.arrived);
+            names += (names.empty() ? "" : ", ") + ShortName(count.item) + ' ' +
+                     std::to_string(count.places - count.arrived);
         }
     }
     return names;

@@ -12,20 +12,20 @@ constexpr char kTitle[] = "title";
 PreservedItems::PreservedItems(const Preservation& preservation) {
     const auto addAll = [this](ItemKind kind, const std::vector<std::string>& names) {
         for (const std::string& name : names) {
-            Add(kind, name);
+            Add({kind, name});
         }
     };
     addAll(ItemKind::kAttribute, preservation.attributes);
     for (const ScopedNames& names : preservation.scoped) {
-        Add(ItemKind::kScopedAttribute, ScopedName(names));
+        Add({ItemKind::kScopedAttribute, ScopedName(names)});
     }
     addAll(ItemKind::kElement, preservation.elements);
     if (preservation.xpath) {
-        Add(ItemKind::kXPath, {});
+        Add({ItemKind::kXPath, {}});
     }
     addAll(ItemKind::kQuery, preservation.queries);
     addAll(ItemKind::kSourcePath, preservation.sourcePath);
-    Add(ItemKind::kSourcePath, kTitle);
+    Add({ItemKind::kSourcePath, kTitle, true});
 }
 
 int PreservedItems::Find(ItemKind kind, std::string_view name) const {
@@ -34,9 +34,9 @@ int PreservedItems::Find(ItemKind kind, std::string_view name) const {
     return found == items_.end() ? kNoItem : static_cast<int>(found - items_.begin());
 }
 
-void PreservedItems::Add(ItemKind kind, const std::string& name) {
-    if (Find(kind, name) == kNoItem) {
-        items_.push_back({kind, name});
+void PreservedItems::Add(const PreservedItem& item) {
+    if (Find(item.kind, item.name) == kNoItem) {
+        items_.push_back(item);
     }
 }
 

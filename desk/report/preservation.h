@@ -10,10 +10,11 @@ namespace ventrix::desk {
 
 enum class ItemKind { kAttribute, kScopedAttribute, kElement, kXPath, kQuery, kSourcePath };
 
-/// One thing that was asked for: a row of the report.
+/// One thing that is preserved: a row of the report.
 struct PreservedItem {
     ItemKind kind = ItemKind::kAttribute;
-    std::string name;  ///< The attribute, the element, the query, or "A,B,C,D"; empty for kXPath.
+    std::string name;        ///< The attribute, the element, the query, or "A,B,C,D"; empty for kXPath.
+    bool isImplied = false;  ///< Nobody asked for it.
 };
 
 /// Source element, source attribute, HTML element and HTML attribute.
@@ -38,11 +39,11 @@ class PreservedItems {
 
     const std::vector<PreservedItem>& All() const { return items_; }
 
-    /// The index of an item; kNoItem if nobody asked for it.
+    /// The index of an item; kNoItem if it is not preserved.
     int Find(ItemKind kind, std::string_view name) const;
 
   private:
-    void Add(ItemKind kind, const std::string& name);
+    void Add(const PreservedItem& item);
 
     std::vector<PreservedItem> items_;
 };

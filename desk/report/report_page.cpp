@@ -101,7 +101,7 @@ std::string Counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
-/// What was asked for, in words for a reader.
+/// What is preserved, in words for a reader.
 std::string NameOf(const PreservedItem& item) {
     switch (item.kind) {
         case ItemKind::kAttribute:
@@ -117,7 +117,7 @@ std::string NameOf(const PreservedItem& item) {
         case ItemKind::kSourcePath:
             break;
     }
-    return "source path on " + item.name;
+    return "source path on " + item.name + (item.isImplied ? " (always recorded)" : "");
 }
 
 class PageWriter {
@@ -167,7 +167,7 @@ class PageWriter {
     }
 
     void WriteItems() {
-        page_ += "<h2 id=\"items-title\">What was asked for</h2>\n";
+        page_ += "<h2 id=\"items-title\">What was to be preserved</h2>\n";
         OpenTable("items", {"Preserved", "#Places", "#Arrived", "#Lost", "Share"});
         for (const ItemCount& count : report_.items) {
             const std::size_t lost = count.places - count.arrived;
