@@ -96,6 +96,18 @@ std::string Code(std::string_view text) {
     return text.empty() ? std::string() : "<code>" + EscapedXml(text) + "</code>";
 }
 
+/// Breaks between steps where the column is too narrow.
+std::string XPathCode(const std::string& xpath) {
+    std::string code = Code(xpath);
+    for (std::size_t at = code.find('/', std::string_view("<code>/").size());
+         at != std::string::npos && code[at - 1] != '<'; at = code.find('/', at + 1)) {
+        constexpr std::string_view kBreak = "<wbr>";
+        code.insert(at, kBreak);
+        at += kBreak.size();
+    }
+    return code;
+}
+
 /// A count with its noun, as "1 place" or "3 places".
 std::string Counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
@@ -222,7 +234,7 @@ class PageWriter {
             for (const SourcePlace* place : candidates.first) {
                 page_ += "<li>" + FileOf(*place) +
                          (place->line > 0 ? ":" + std::to_string(place->line) : "") + ' ' +
-                         Code(place->xpath) + "</li>";
+                         XPathCode(place->xpath) + "</li>";
             }
             page_ +=
                 candidates.count > candidates.first.size()
@@ -233,7 +245,7 @@ class PageWriter {
             page_ += " (" + std::to_string(count) + " times)";
         }
         page_ += "</td>" + Number(first.line > 0 ? std::to_string(first.line) : "") + "<td>" +
-                 Code(first.xpath) + "</td><td>" + EscapedXml(first.text) + "</td>";
+                 XPathCode(first.xpath) + "</td><td>" + EscapedXml(first.text) + "</td>";
     }
 
     void WriteRepeated() {

@@ -307,7 +307,7 @@ TEST_F(LossReportOfPublish, IsAPageThatLinksToTheResult) {
         << finished.out;
     const std::string page = folder.Read("d/report.html");
     EXPECT_NE(page.find("<a href=\"../out/doc.html\">doc.xml</a></td><td class=\"number\">6</td>"
-                        "<td><code>/root/q</code></td><td>Four</td>"),
+                        "<td><code>/root<wbr>/q</code></td><td>Four</td>"),
               std::string::npos)
         << page;
 }
