@@ -51,7 +51,7 @@ void RequireFilters(const std::vector<NativePath>& filters) {
     for (const NativePath& filter : filters) {
         std::string reason;
         if (!ReadDitaval(filter, reason)) {
-            throw Stop{kExitUsage, "--ditaval: " + filter.utf8 + " cannot be used: " + reason};
+            throw Stop{kExitUsage, "--ditaval: cannot use " + reason};
         }
     }
 }

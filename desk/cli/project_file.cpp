@@ -74,6 +74,9 @@ std::vector<Entry> EntriesOf(const toml::table& table) {
     if (IsCommandLineOnly(key)) {
         Refuse(place, '\'' + key + "' can be given on the command line only");
     }
+    if (key == kName) {
+        Refuse(place, "'name' is a key of a deliverable; write [[publish]] above it");
+    }
     for (const OptionDescription& option : options) {
         further.push_back(option.name);
     }

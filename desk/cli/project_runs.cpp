@@ -201,15 +201,23 @@ std::vector<std::string> WithSettings(const std::vector<std::string>& words,
     return all;
 }
 
-/// Reports an error of a run with its place in the project file.
+/// Reports an error of a run with its place in the project file, unless it is about an option of the command
+/// line.
 [[noreturn]] void RefuseRun(const Stop& stop, const Options& run, const Project& project,
                             const Deliverable* deliverable) {
     std::string text = WithOrigin(stop.text, run);
-    if (text == stop.text && deliverable != nullptr) {
+    if (text == stop.text && deliverable != nullptr && !text.starts_with("--")) {
         text = project.file.utf8 + ':' + std::to_string(deliverable->line) + ": " +
                (deliverable->name.empty() ? "" : "deliverable '" + deliverable->name + "': ") + text;
     }
     throw Stop{stop.status, text};
+}
+
+void RequireOutput(const Options& run) {
+    if (run.command == Command::kPublish && run.publish.output.empty()) {
+        throw Stop{kExitUsage,
+                   "no folder for the result; add output = \"FOLDER\" here, or give --output FOLDER"};
+    }
 }
 
 Options PlanRun(const std::vector<std::string>& words, const Options& options, const Project& project,
@@ -224,6 +232,7 @@ Options PlanRun(const std::vector<std::string>& words, const Options& options, c
         run.common.document = deliverable == nullptr ? options.common.document : deliverable->document.utf8;
         run.common.config = project.file.utf8;
         run.deliverable = deliverable == nullptr ? std::string() : deliverable->name;
+        RequireOutput(run);
         RequireComplete(run);
     } catch (const Stop& stop) {
         RefuseRun(stop, run, project, deliverable);

@@ -35,6 +35,7 @@ TEST(ProjectFile, ErrorsNameTheLineAndSayWhatToDo) {
          "3: unknown key 'docment'; did you mean 'document'?"},
         {"zzzzz = 1\n", "1: unknown key 'zzzzz'; the keys are the long options"},
         {"[[publish]]\nformat = \"sarif\"\n", "2: unknown key 'format'"},
+        {"name = \"a\"\n[[publish]]\n", "1: 'name' is a key of a deliverable; write [[publish]] above it"},
         {"json = true\n", "1: 'json' can be given on the command line only"},
         {"help = true\n", "1: unknown key 'help'"},
         {"xpath = \"yes\"\n", "1: xpath: the value must be true or false, without quotes"},
@@ -195,7 +196,8 @@ TEST_F(ProjectCommands, InvalidOptionsAreReportedWithTheirLineBeforeAnythingRuns
         std::string text, message;
     } rows[] = {
         {start + "[[publish]]\nname = \"b\"\ndocument = \"src/b.dita\"\n",
-         file + ":5: deliverable 'b': --output is required"},
+         file + ":5: deliverable 'b': no folder for the result; add output = "},
+        {"document = \"src/a.dita\"\n", file + ":1: no folder for the result; add output = "},
         {start + "attributes = \"a b\"\n", file + ":5: --attributes: 'a b' contains spaces"},
         {start + "color = \"red\"\n", file + ":5: --color: red not in"},
         {start + "xslt = \"none.xsl\"\n", file + ":5: --xslt: " + folder.Native("none.xsl") + " is not a"},
@@ -328,6 +330,12 @@ TEST_F(ProjectCommands, InitTakesTheOnlyMap) {
     EXPECT_FALSE(folder.Exists("ventrix.toml"));
 }
 
+TEST_F(ProjectCommands, AnErrorOfTheCommandLineDoesNotNameTheProjectFile) {
+    const Finished finished = Run({"publish", "a", "--param", "x=1"});
+    EXPECT_EQ(finished.status, 2);
+    EXPECT_TRUE(finished.error.starts_with("error: --param: 'x=1' has no effect")) << finished.error;
+}
+
 TEST_F(ProjectCommands, DryRunPrintsWhatWouldHappenAndChangesNothing) {
     const Finished fresh = Run({"publish", "a", "--dry-run"});
     EXPECT_EQ(fresh.status, 0) << fresh.error;
@@ -337,6 +345,11 @@ TEST_F(ProjectCommands, DryRunPrintsWhatWouldHappenAndChangesNothing) {
                            "\nreplace (0)\nkeep (0)\nwrite (1)\n  log " + folder.Native("out/a.log") + '\n'))
         << fresh.out;
     EXPECT_FALSE(folder.Exists("out"));
+    const Finished further = Run({"publish", "a", "--dry-run", "--report", "r.html", "--map", "--viewer"});
+    EXPECT_TRUE(further.out.ends_with("\n  report " + folder.Native("r.html") +
+                                      "\n  map ventrix-map.json beside the start page"
+                                      "\n  viewer ventrix.js and ventrix.css beside the start page\n"))
+        << further.out;
     EXPECT_EQ(Run({"publish", "--dry-run"}).out.find("published"), std::string::npos);
     EXPECT_FALSE(folder.Exists("out"));
 
@@ -345,11 +358,6 @@ TEST_F(ProjectCommands, DryRunPrintsWhatWouldHappenAndChangesNothing) {
     folder.Write("out/a/build-a.dita/xhtml/a.html", "edited");
     const std::string log = folder.Read("out/a.log");
     const Finished later = Run({"publish", "a", "--dry-run"});
-    const Finished further = Run({"publish", "a", "--dry-run", "--report", "r.html", "--map", "--viewer"});
-    EXPECT_TRUE(further.out.ends_with("\n  report " + folder.Native("r.html") +
-                                      "\n  map ventrix-map.json beside the start page"
-                                      "\n  viewer ventrix.js and ventrix.css beside the start page\n"))
-        << further.out;
     EXPECT_EQ(later.status, 0) << later.error;
     EXPECT_TRUE(Has(later.out, "keep (2)\n  build-a.dita/xhtml/a.html (edited)\n  mine.txt\n")) << later.out;
     EXPECT_TRUE(Has(later.out, "\n  build-a.dita/buildlog-xhtml.txt\n")) << later.out;
