@@ -257,9 +257,11 @@ int MoveOutput(const NativePath& from, const NativePath& to, std::string& reason
     return pages;
 }
 
-/// What a program appended to the log since `offset`.
-std::string OutputSince(const NativePath& logFile, std::uint64_t offset) {
-    std::ifstream log(ToFilesystem(logFile), std::ios::binary);
+/// What a program appended to the log since `offset`, without colours. Takes them out of the log too, which
+/// is kept as a text file.
+std::string PlainOutputSince(const NativePath& logFile, std::uint64_t offset) {
+    const fs::path path = ToFilesystem(logFile);
+    std::ifstream log(path, std::ios::binary);
     log.seekg(static_cast<std::streamoff>(offset));
     return {std::istreambuf_iterator<char>(log), std::istreambuf_iterator<char>()};
 }
@@ -335,7 +337,7 @@ std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitNa
     std::error_code error;
     const std::uint64_t offset = fs::file_size(ToFilesystem(logFile), error);
     const platform::ProgramEnd end = RunProgram(Arguments(toolkit, work, !run.filters.empty()), logFile);
-    const std::vector<std::string> lines = LogLines(OutputSince(logFile, offset));
+    const std::vector<std::string> lines = LogLines(PlainOutputSince(logFile, offset));
     std::string unwritten;
     const int pages = MoveOutput({work + "/out"}, run.pages, unwritten);
     ReportErrors(run, logFile, lines);

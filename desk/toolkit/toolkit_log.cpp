@@ -12,19 +12,6 @@ namespace {
 
 constexpr std::string_view kWhitespace = " \t\r";
 
-/// Drops the escape sequences that colour a line on a terminal.
-std::string WithoutColors(const std::string& line) {
-    std::string plain;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        if (line[i] == '\x1b' && i + 1 < line.size() && line[i + 1] == '[') {
-            i = std::min(line.find_first_not_of("0123456789;", i + 2), line.size());
-        } else {
-            plain += line[i];
-        }
-    }
-    return plain;
-}
-
 std::string Trimmed(const std::string& line) {
     const std::size_t begin = line.find_first_not_of(kWhitespace);
     return begin == std::string::npos ? std::string()
@@ -65,11 +52,23 @@ bool Describes(const std::string& line) {
 
 }  // namespace
 
+std::string WithoutColors(const std::string& output) {
+    std::string plain;
+    for (std::size_t i = 0; i < output.size(); ++i) {
+        if (output[i] == '\x1b' && i + 1 < output.size() && output[i + 1] == '[') {
+            i = std::min(output.find_first_not_of("0123456789;", i + 2), output.size());
+        } else {
+            plain += output[i];
+        }
+    }
+    return plain;
+}
+
 std::vector<std::string> LogLines(const std::string& output) {
     std::vector<std::string> lines;
     std::istringstream stream(output);
     for (std::string line; std::getline(stream, line);) {
-        line = Trimmed(WithoutColors(line));
+        line = Trimmed(line);
         if (!line.empty()) {
             lines.push_back(std::move(line));
         }

@@ -6,7 +6,10 @@
 
 namespace ventrix::desk {
 
-/// The lines of the output, without colour codes and spaces around them. Empty lines are left out.
+/// The output without the escape sequences that colour it on a terminal.
+std::string WithoutColors(const std::string& output);
+
+/// The lines of plain output, without spaces around them. Empty lines are left out.
 std::vector<std::string> LogLines(const std::string& output);
 
 /// The lines in which the toolkit reports an error. A toolkit that ends with success may have skipped topics

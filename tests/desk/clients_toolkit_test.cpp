@@ -160,12 +160,13 @@ TEST_F(ToolkitClient, FailuresGiveTheirReason) {
         EXPECT_EQ(record_.reason.find_first_of("\n\x1b"), std::string::npos);
         EXPECT_EQ(Page("page.html"), row.page);
         EXPECT_NE(Log().find("failed: " + record_.reason), std::string::npos) << Log();
+        EXPECT_EQ(Log().find('\x1b'), std::string::npos) << Log();
     }
 }
 
 TEST_F(ToolkitClient, ErrorsOfASuccessfulRunAreFindings) {
     const std::vector<std::string> errors = ToolkitErrors(
-        LogLines("  [xslt] \x1b[31m[DOTX008E][ERROR] one\x1b[0m\nFailed to read two\n[FATAL] three\n"
+        LogLines("  [xslt] [DOTX008E][ERROR] one\nFailed to read two\n[FATAL] three\n"
                  "[DOTJ007E] ventrix-filter=read\n[DOTX023W][WARN] four\nDOTJ013E five\r\n[INFO] six\n"));
     EXPECT_EQ(errors, (std::vector<std::string>{"[xslt] [DOTX008E][ERROR] one", "Failed to read two",
                                                 "[FATAL] three", "DOTJ013E five"}));
