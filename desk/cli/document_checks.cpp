@@ -5,10 +5,12 @@
 #include <set>
 #include <string_view>
 
+#include "desk/cli/exit_status.h"
 #include "desk/cli/option_checks.h"
 #include "desk/cli/spelling.h"
 #include "desk/documents/passed_over.h"
 #include "desk/toolkit/ditaval.h"
+#include "desk/toolkit/installed_toolkit.h"
 
 namespace ventrix::desk {
 namespace {
@@ -93,6 +95,15 @@ std::set<std::string> FilteredAttributes(const std::vector<std::string>& filters
 }
 
 }  // namespace
+
+void RefuseToolkitProject(const NativePath& document) {
+    if (IsToolkitProject(document)) {
+        throw Stop{kExitUsage,
+                   document.utf8 +
+                       " is a project file of the DITA Open Toolkit; publish the map that it names, "
+                       "with its filter as --ditaval"};
+    }
+}
 
 void ReportPassedOverFiles(const DocumentFiles& files, RunReport& report, const Screen& screen) {
     for (const PassedOverFile& file : PassedOverFiles(files)) {

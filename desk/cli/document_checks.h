@@ -6,8 +6,12 @@
 #include "desk/cli/run_report.h"
 #include "desk/cli/screen.h"
 #include "desk/documents/document_files.h"
+#include "desk/paths/paths.h"
 
 namespace ventrix::desk {
+
+/// Throws Stop if the document is a project file of the DITA Open Toolkit.
+void RefuseToolkitProject(const NativePath& document);
 
 /// A file with XML content that the module passes over is a warning, any other a note.
 void ReportPassedOverFiles(const DocumentFiles& files, RunReport& report, const Screen& screen);

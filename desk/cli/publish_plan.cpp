@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "desk/cli/document_checks.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/installation.h"
 #include "desk/cli/loss_count.h"
@@ -21,12 +22,7 @@ bool WantsDitaRun(const PublishOptions& publish, const Session& session) {
     if (!AsksForDitaTransformation(publish)) {
         return false;
     }
-    if (IsToolkitProject(session.document)) {
-        throw Stop{kExitUsage,
-                   session.document.utf8 +
-                       " is a project file of the DITA Open Toolkit; publish the map that it names, "
-                       "with its filter as --ditaval"};
-    }
+    RefuseToolkitProject(session.document);
     if (!publish.ditaOt && !session.files.dita) {
         throw Stop{kExitUsage, session.document.utf8 +
                                    " is not a DITA document; choose --xslt, --post-script or --no-transform"};

@@ -76,6 +76,7 @@ DocumentFiles ReadDocument(const NativePath& document, const std::vector<NativeP
     }
     DocumentFiles files = ListDocumentFiles(document, allowRead);
     if (files.refused) {
+        RefuseToolkitProject(document);
         throw Stop{kExitUnreadable, name + " cannot be read: " + files.reason};
     }
     return files;

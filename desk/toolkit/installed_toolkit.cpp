@@ -263,7 +263,18 @@ std::string PlainOutputSince(const NativePath& logFile, std::uint64_t offset) {
     const fs::path path = ToFilesystem(logFile);
     std::ifstream log(path, std::ios::binary);
     log.seekg(static_cast<std::streamoff>(offset));
-    return {std::istreambuf_iterator<char>(log), std::istreambuf_iterator<char>()};
+    const std::string output{std::istreambuf_iterator<char>(log), std::istreambuf_iterator<char>()};
+    std::string plain = WithoutColors(output);
+    if (plain.size() == output.size()) {
+        return plain;
+    }
+    std::fstream changed(path, std::ios::binary | std::ios::in | std::ios::out);
+    changed.seekp(static_cast<std::streamoff>(offset));
+    if (changed << plain << std::flush) {
+        std::error_code error;
+        fs::resize_file(path, offset + plain.size(), error);
+    }
+    return plain;
 }
 
 std::string Outcome(const platform::ProgramEnd& end, int pages, const std::vector<std::string>& lines) {
@@ -292,6 +303,30 @@ void ReportErrors(const DitaRun& run, const NativePath& logFile, const std::vect
     }
 }
 
+/// A project file in JSON or YAML, which begins its lists with one of these keys.
+bool IsTextProject(const NativePath& file) {
+    constexpr std::uint64_t kMaxBytes = 1 << 20;
+    const std::string extension = FromFilesystem(ToFilesystem(file).extension()).utf8;
+    const bool isJson = extension == ".json";
+    std::string content;
+    if ((!isJson && extension != ".yaml" && extension != ".yml") ||
+        platform::ReadRegularFile(ToFilesystem(file), kMaxBytes, content)) {
+        return false;
+    }
+    const auto isKeyIn = [isJson, text = '\n' + content](const std::string& key) {
+        return text.find(isJson ? '"' + key + '"' : '\n' + key + ':') != std::string::npos;
+    };
+    constexpr const char* kKeys[] = {"deliverables", "publications", "contexts", "includes"};
+    return std::ranges::any_of(kKeys, isKeyIn);
+}
+
+bool IsXmlProject(const NativePath& file) {
+    const LenientDocument loaded = LoadLeniently(file);
+    const xmlNode* root = loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
+    return root != nullptr && View(root->name) == "project" && root->ns != nullptr &&
+           View(root->ns->href) == "https://www.dita-ot.org/project";
+}
+
 }  // namespace
 
 std::string ToolkitProblem(const std::string& toolkit) {
@@ -307,10 +342,7 @@ std::string DescribeToolkit(const std::string& toolkit) {
 }
 
 bool IsToolkitProject(const NativePath& file) {
-    const LenientDocument loaded = LoadLeniently(file);
-    const xmlNode* root = loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
-    return root != nullptr && View(root->name) == "project" && root->ns != nullptr &&
-           View(root->ns->href) == "https://www.dita-ot.org/project";
+    return IsTextProject(file) || IsXmlProject(file);
 }
 
 std::string RunInstalledToolkit(const DitaRun& run, const std::string& toolkitName,

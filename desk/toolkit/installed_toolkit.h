@@ -15,7 +15,8 @@ std::string ToolkitProblem(const std::string& toolkit);
 /// `toolkit` may also be "builtin".
 std::string DescribeToolkit(const std::string& toolkit);
 
-/// Whether the file is a project file of the DITA Open Toolkit, which lists publications and is no document.
+/// Whether the file is a project file of the DITA Open Toolkit, in XML, JSON or YAML. It lists publications
+/// and is not a document.
 bool IsToolkitProject(const NativePath& file);
 
 /// `toolkit` is "installed", a toolkit's folder or its `dita` command; the program's output is appended to

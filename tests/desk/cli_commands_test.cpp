@@ -382,9 +382,17 @@ TEST_F(CommandLine, AMisspelledAttributeOfAFilterIsAFinding) {
 
 TEST_F(CommandLine, AProjectFileOfTheToolkitIsNamedAsSuch) {
     folder.Write("p.xml", "<project xmlns=\"https://www.dita-ot.org/project\"/>");
-    const Finished finished = Run({"publish", "p.xml", "-o", "out"});
-    EXPECT_EQ(finished.status, 2);
-    EXPECT_NE(finished.error.find("p.xml is a project file of the DITA Open Toolkit"), std::string::npos);
+    folder.Write("p.json", "{ \"deliverables\": [] }");
+    folder.Write("p.yaml", "# Site\ndeliverables:\n- name: Site\n");
+    for (const std::string name : {"p.xml", "p.json", "p.yaml"}) {
+        const Finished finished = Run({"publish", name, "-o", "out"});
+        EXPECT_EQ(finished.status, 2);
+        EXPECT_NE(finished.error.find(name + " is a project file of the DITA Open Toolkit"),
+                  std::string::npos)
+            << finished.error;
+    }
+    folder.Write("other.yaml", "a:\n  deliverables: 1\n");
+    EXPECT_EQ(Run({"publish", "other.yaml", "-o", "out"}).status, 3);
 }
 
 TEST_F(CommandLine, AnElementWhoseTextComesFromAKeyKeepsItsText) {
