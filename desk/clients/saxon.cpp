@@ -105,6 +105,20 @@ std::vector<std::string> Arguments(const SaxonJob& job, const NativePath& catalo
     return arguments;
 }
 
+/// The first parameter whose expression cannot be evaluated, which Saxon's messages do not name; empty if all
+/// can. The expression is evaluated by itself, as Saxon does for a stylesheet.
+std::string FaultyParameter(const SaxonJob& job, const std::string& folder) {
+    const auto isFaulty = [&folder](const auto& parameter) {
+        const platform::ProgramEnd end =
+            RunProgram({FindProgram("java").utf8, "-cp", ClassPath(), "net.sf.saxon.Query",
+                        "-qs:" + parameter.second, "-o:" + folder + "/value"},
+                       {folder + "/value-messages"});
+        return end.exitCode != 0;
+    };
+    const auto faulty = std::ranges::find_if(job.expressions, isFaulty);
+    return faulty == job.expressions.end() ? std::string() : faulty->first;
+}
+
 /// Passes the lines on. Returns those that describe a failure: the last one that names an error, with the
 /// lines before and after it, as a stylesheet that ends itself has given its reason before; else the last
 /// line.
@@ -199,6 +213,9 @@ std::string RunSaxon(const SaxonJob& job, const MessageSink& messages) {
         return end.notStarted;
     }
     if (end.signal != 0 || end.exitCode != 0) {
+        if (const std::string name = FaultyParameter(job, folder.Path()); !name.empty()) {
+            return "the parameter " + name + " cannot be evaluated: " + first;
+        }
         return "the stylesheet " + job.stylesheet.utf8 + " failed on " + job.source.utf8 +
                (first.empty() ? "" : ": " + first);
     }

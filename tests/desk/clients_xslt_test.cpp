@@ -198,6 +198,9 @@ TEST_F(XsltClient, NewerStylesheetsRunThroughSaxon) {
           head + "<xsl:message terminate='yes'>no more</xsl:message></xsl:template></xsl:stylesheet>");
     EXPECT_EQ(RunHere(), 1);
     EXPECT_NE(record_.reason.find("no more"), std::string::npos) << record_.reason;
+    settings_.expressions.emplace_back("f", "1 +");
+    EXPECT_EQ(RunHere(), 1);
+    EXPECT_TRUE(record_.reason.starts_with("the parameter f cannot be evaluated: ")) << record_.reason;
 }
 
 TEST_F(XsltClient, FailureLeavesTheOutputUnchanged) {
