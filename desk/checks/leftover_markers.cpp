@@ -83,20 +83,6 @@ void CleanFile(const fs::path& path, CleanedFiles& cleaned) {
     }
 }
 
-void CleanTitle(const fs::path& path, CleanedFiles& cleaned) {
-    const NativePath file = FromFilesystem(path);
-    std::string content;
-    const bool isPage = path.extension() == ".html" || path.extension() == ".htm";
-    if (!isPage || platform::ReadWholeFile(file.utf8, content) != platform::kErrorNone) {
-        return;
-    }
-    const std::size_t groups = RemoveElementsInTitle(content);
-    if (groups > 0 && Write(file, content)) {
-        cleaned.groups += groups;
-        cleaned.files.insert(file);
-    }
-}
-
 /// The regular files of a folder and below, by name; a file is itself. Links are not followed.
 std::vector<fs::path> FilesAt(const NativePath& place) {
     std::error_code error;
@@ -121,12 +107,6 @@ std::vector<fs::path> FilesAt(const NativePath& place) {
 void CleanFiles(const NativePath& place, CleanedFiles& cleaned) {
     for (const fs::path& file : FilesAt(place)) {
         CleanFile(file, cleaned);
-    }
-}
-
-void CleanTitles(const NativePath& folder, CleanedFiles& cleaned) {
-    for (const fs::path& file : FilesAt(folder)) {
-        CleanTitle(file, cleaned);
     }
 }
 

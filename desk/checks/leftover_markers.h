@@ -22,10 +22,6 @@ struct CleanedFiles {
 /// file. The words around them stay. Files that are not text are skipped. UTF-16 is text.
 void CleanFiles(const NativePath& place, CleanedFiles& cleaned);
 
-/// Makes plain text of the preserved elements in the titles of the pages in the folder and below, before they
-/// are decoded. What cannot be written is left to CleanFiles.
-void CleanTitles(const NativePath& folder, CleanedFiles& cleaned);
-
 /// The first of the files that holds a marker word of its own, which cleaning would take for one of the
 /// module's; empty if none does.
 NativePath FirstWithMarkerWord(const std::vector<NativePath>& files);

@@ -8,6 +8,7 @@
 
 #include "bridge/contract/request.h"
 #include "desk/checks/package_checks.h"
+#include "desk/checks/page_titles.h"
 #include "desk/cli/added_doctypes.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/file_findings.h"
@@ -127,8 +128,8 @@ std::size_t DocumentCount(const DocumentFiles& files) {
 /// Sends the request and records the state of the package on the way. The module asks for the document's path
 /// after the last copy.
 Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session& session,
-                   const PrivateLog& log, const Screen& screen, MarkerCounter& counter, PackageStates& states,
-                   CleanedFiles& cleaned) {
+                   const PrivateLog& log, const Screen& screen, MarkerCounter& counter,
+                   PackageStates& states) {
     Progress progress(screen, log.Path(), DocumentCount(session.files));
     session.documentPathAsked = [&] {
         if (!states.isTransformed) {
@@ -143,10 +144,7 @@ Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session&
         counter.TransformationStarts();
         RemoveAddedDoctypes(session.files, session.ditaOt.copies);
     };
-    session.transformationEnded = [&] {
-        counter.TransformationEnds();
-        CleanTitles(plan.output, cleaned);
-    };
+    session.transformationEnded = [&] { counter.TransformationEnds(); };
     // The module also calls the client of stylesheets to repair a DOCTYPE, in the middle of the encoding.
     session.xslt.starts = transformationStarts;
     session.clientCalled = [&](const std::string& client) {
@@ -354,7 +352,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
     outcome.missing = MissingFiles(session.files);
     const std::vector<NativePath> absent = AbsentFolders(session.files);
-    outcome.reply = SendAndWatch(request, plan, session, log, screen, counter, states, outcome.cleaned);
+    outcome.reply = SendAndWatch(request, plan, session, log, screen, counter, states);
     RemoveIfEmpty(absent);
     outcome.log = ReadRunLog(log.Text());
     outcome.resultFolder = ToNative(SystemPath{outcome.reply.first});
@@ -369,6 +367,8 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     NameSources(plan, layout, outcome.log, session.record);
     RemoveDtdCopies(plan, layout, session.files);
     InspectResult(plan, outcome);
+    std::ranges::move(MakeTitlesPlain(outcome.pages.files, PreservationOf(options.publish).elements),
+                      std::back_inserter(outcome.unfinished));
     outcome.markers = counter.Finish(outcome.log);
     if (!options.publish.keepMarkers && (plan.transforms || !outcome.pages.files.empty())) {
         CleanResult(plan, session, outcome);

@@ -4,7 +4,6 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <span>
 
 namespace ventrix::desk {
 namespace {
@@ -101,10 +100,9 @@ std::string TextOfElement(std::string_view content) {
 }
 
 /// The next word that begins a group; kNpos if there is none.
-std::size_t FindBegin(std::string_view text, std::size_t from, std::span<const GroupWords> groups,
-                      const GroupWords*& words) {
+std::size_t FindBegin(std::string_view text, std::size_t from, const GroupWords*& words) {
     std::size_t first = kNpos;
-    for (const GroupWords& group : groups) {
+    for (const GroupWords& group : kGroups) {
         if (const std::size_t at = text.find(group.begin, from); at < first) {
             first = at;
             words = &group;
@@ -123,32 +121,6 @@ std::size_t FindEnd(std::string_view text, std::size_t begin, const GroupWords& 
     }
     const std::string_view inside = text.substr(content, end - content);
     return inside.find(words.begin) != kNpos || inside.find('<') != kNpos ? kNpos : end;
-}
-
-std::size_t RemoveGroups(std::string& text, std::span<const GroupWords> groups) {
-    std::size_t removed = 0;
-    std::string kept;
-    std::size_t copied = 0;
-    const GroupWords* words = nullptr;
-    for (std::size_t begin = FindBegin(text, 0, groups, words); begin != kNpos;) {
-        const std::size_t end = FindEnd(text, begin, *words);
-        if (end == kNpos) {
-            begin = FindBegin(text, begin + words->begin.size(), groups, words);
-            continue;
-        }
-        kept.append(text, copied, begin - copied);
-        const std::size_t content = begin + words->begin.size();
-        if (words->begin == kElementGroup.begin) {
-            kept += TextOfElement(std::string_view(text).substr(content, end - content));
-        }
-        copied = end + words->end.size();
-        ++removed;
-        begin = FindBegin(text, copied, groups, words);
-    }
-    if (removed > 0) {
-        text = kept.append(text, copied);
-    }
-    return removed;
 }
 
 /// The XML of the element in a group of a document, which escapes it twice.
@@ -228,18 +200,28 @@ std::size_t RestoreReferenceElements(std::string& document) {
 }
 
 std::size_t RemoveMarkerGroups(std::string& text) {
-    return RemoveGroups(text, kGroups);
-}
-
-std::size_t RemoveElementsInTitle(std::string& page) {
-    const std::size_t begin = page.find("<title", page.find("<head"));
-    const std::size_t end = begin == kNpos ? kNpos : page.find("</title>", begin);
-    if (end == kNpos || std::min(page.find("</head>"), page.find("<body")) < begin) {
-        return 0;
+    std::size_t removed = 0;
+    std::string kept;
+    std::size_t copied = 0;
+    const GroupWords* words = nullptr;
+    for (std::size_t begin = FindBegin(text, 0, words); begin != kNpos;) {
+        const std::size_t end = FindEnd(text, begin, *words);
+        if (end == kNpos) {
+            begin = FindBegin(text, begin + words->begin.size(), words);
+            continue;
+        }
+        kept.append(text, copied, begin - copied);
+        const std::size_t content = begin + words->begin.size();
+        if (words->begin == kElementGroup.begin) {
+            kept += TextOfElement(std::string_view(text).substr(content, end - content));
+        }
+        copied = end + words->end.size();
+        ++removed;
+        begin = FindBegin(text, copied, words);
     }
-    std::string title = page.substr(begin, end - begin);
-    const std::size_t removed = RemoveGroups(title, {&kElementGroup, 1});
-    page.replace(begin, end - begin, title);
+    if (removed > 0) {
+        text = kept.append(text, copied);
+    }
     return removed;
 }
 

@@ -24,10 +24,6 @@ std::size_t FindOpeningWord(std::string_view text, std::size_t from = 0);
 /// stays as it is, and so does one that would reach across a "<".
 std::size_t RemoveMarkerGroups(std::string& text);
 
-/// In a page of HTML that is not decoded yet, takes the element groups out of the title in its head, as
-/// RemoveMarkerGroups does: a browser would show the elements as text. Returns their number.
-std::size_t RemoveElementsInTitle(std::string& page);
-
 /// In a document with marker text, puts back each preserved element that contains a reference without text of
 /// its own, such as <keyword keyref="product"/>: only the transformation can find the text, which would be
 /// lost otherwise. Returns their number.

@@ -1,6 +1,7 @@
 // What a run with a stylesheet reports, and what it does around the stylesheet.
 #include "desk/command_line.h"
 #include "desk/folder_fixture.h"
+#include "support/scripts.h"
 
 namespace ventrix::desk {
 namespace {
@@ -57,6 +58,19 @@ TEST_F(StylesheetRun, AnElementInTheTitleOfAPageIsText) {
         EXPECT_NE(page.find("P <b>kept</b>"), std::string::npos) << page;
         EXPECT_NE(finished.out.find(row.preserved), std::string::npos) << finished.out;
     }
+}
+
+TEST_F(StylesheetRun, AnElementInTheTitleIsTextWhateverWroteThePageAndKeptMarkers) {
+    Write("d.xml", "<d><p>T <b>bold</b></p></d>");
+    WriteScript(
+        *this, "pages",
+        "overwrite <html><head><title>T\\x20QL_ELEM_S&amp;lt;b&amp;gt;bold&amp;lt;/b&amp;gt;QL_ELEM_E</title>"
+        "</head><body/></html> $here/out/p.html\n");
+    const test::Finished finished =
+        RunVentrix(*this, {"publish", "d.xml", "-o", "out", "--elements", "b", "--keep-markers",
+                           "--post-script", test::ScriptFile("pages")});
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    EXPECT_NE(Read("out/p.html").find("<title>T bold</title>"), std::string::npos) << Read("out/p.html");
 }
 
 TEST_F(StylesheetRun, WhatIsNotDecodedIsReported) {

@@ -55,25 +55,6 @@ TEST(MarkerText, ElementsWithAReferenceInsteadOfTextAreRestored) {
     }
 }
 
-TEST(MarkerText, ElementsInTheTitleOfAPageBecomeText) {
-    const std::string element = "QL_ELEM_S&amp;lt;b&amp;gt;A &amp;amp;amp; B&amp;lt;/b&amp;gt;QL_ELEM_E";
-    const std::string attributes = "QL_STARTaQL_EQxQL_TARGETQL_SEPQL_END";
-    const struct {
-        std::string before, after, kept;
-    } rows[] = {
-        {"<html><head>\n<title id='a'>", "</title></head></html>", attributes + "A &amp; B"},
-        {"<html><head/><body><svg><title>", "</title></svg></body></html>", ""},
-        {"<html><head></head><body><svg><title>", "</title></svg></body></html>", ""},
-        {"<html><head><title>", "", ""},
-    };
-    for (const auto& row : rows) {
-        std::string page = row.before + attributes + element + row.after;
-        const std::string kept = row.kept.empty() ? page : row.before + row.kept + row.after;
-        EXPECT_EQ(RemoveElementsInTitle(page), row.kept.empty() ? 0U : 1U) << row.before;
-        EXPECT_EQ(page, kept);
-    }
-}
-
 TEST(MarkerText, IsRecognised) {
     EXPECT_FALSE(HoldsMarkerText("audienceQL_SEPexpertQL_SEP"));
     EXPECT_TRUE(HoldsMarkerWord("audienceQL_SEP"));
