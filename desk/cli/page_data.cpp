@@ -62,7 +62,9 @@ std::vector<Finding> AddPageData(const PublishOptions& options, const Session& s
                                 .xpath = names.xpath,
                                 .editorRoot = AbsolutePath({options.editorRoot})};
     const bool hasViewer = options.viewer && CopyViewer(folder, viewer, findings);
-    SourcePlaces places(XmlSources(session.files), session.document, [&session] { return KeysOf(session); });
+    SourcePlaces places(
+        XmlSources(session.files), session.document, [&session] { return KeysOf(session); },
+        session.files.names.attributes.contains("conaction"));
     MapText map(session.document, folder);
     for (const ReportedPage& page : pages) {
         const MappedPage mapped = MapPage(page.page, page.source, names, places, findings);

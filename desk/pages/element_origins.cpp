@@ -35,7 +35,8 @@ struct Candidates {
     std::vector<Candidate> list;
     std::vector<std::size_t> order;  ///< The candidate of each occurrence in the group's topic.
     bool isComplete = true;
-    std::vector<Words> words;  ///< Of each candidate, once they are needed.
+    bool mayBeReplaced = false;  ///< Other files push content here, so that only equal words are proof.
+    std::vector<Words> words;    ///< Of each candidate, once they are needed.
     std::unordered_map<std::string_view, std::vector<std::size_t>> byWords;
 };
 
@@ -116,6 +117,7 @@ Candidates CandidatesFor(const std::string& xpath, const NativePath& topic, cons
             }
         }
         candidates.isComplete = candidates.isComplete && places.IsComplete(file);
+        candidates.mayBeReplaced = candidates.mayBeReplaced || places.IsPushTarget(file);
     };
     add(topic);
     if (!(topic == mainTopic)) {
@@ -144,6 +146,9 @@ std::vector<std::size_t> WithWords(const Words& words, Candidates& candidates) {
         return equal->second;
     }
     std::vector<std::size_t> similar;
+    if (candidates.mayBeReplaced) {
+        return similar;
+    }
     for (std::size_t i = 0; i < candidates.list.size() && candidates.list.size() <= kMostCompared; ++i) {
         if (AreSimilar(words, candidates.words[i])) {
             similar.push_back(i);
@@ -156,8 +161,8 @@ std::vector<std::size_t> WithWords(const Words& words, Candidates& candidates) {
 /// none, or if several fit.
 Candidate* Choose(const TaggedElement& element, std::size_t position, std::size_t size,
                   Candidates& candidates) {
-    const bool isClear =
-        candidates.list.size() == 1 && candidates.isComplete && size <= candidates.order.size();
+    const bool isClear = candidates.list.size() == 1 && candidates.isComplete && !candidates.mayBeReplaced &&
+                         size <= candidates.order.size();
     std::vector<std::size_t> fitting =
         isClear ? std::vector<std::size_t>{0} : WithWords(WordsOf(element.node), candidates);
     std::erase_if(fitting,
@@ -165,7 +170,7 @@ Candidate* Choose(const TaggedElement& element, std::size_t position, std::size_
     // Those of the group's topic come first.
     const NativePath* const topic = fitting.empty() ? nullptr : candidates.list[fitting.front()].topic;
     std::erase_if(fitting, [&](std::size_t i) { return candidates.list[i].topic != topic; });
-    if (fitting.size() > 1 && size == candidates.order.size()) {
+    if (fitting.size() > 1 && !candidates.mayBeReplaced && size == candidates.order.size()) {
         const std::size_t inOrder = candidates.order[position];
         fitting = std::ranges::find(fitting, inOrder) == fitting.end() ? std::vector<std::size_t>{}
                                                                        : std::vector<std::size_t>{inOrder};

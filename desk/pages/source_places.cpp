@@ -134,6 +134,19 @@ std::string ByKey(const std::string& keyAndId, const KeyTargets& keys) {
     return key->second + (needsHash ? "#" : "") + keyAndId.substr(slash);
 }
 
+/// The files to which the elements of a file push content.
+void AddPushTargets(const NativePath& file, const KeyTargets& keys, std::set<NativePath>& targets) {
+    const LenientDocument loaded = LoadLeniently(file, LoadFor::kDita);
+    xmlNode* const root = loaded.document == nullptr ? nullptr : xmlDocGetRootElement(loaded.document.get());
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (node->type == XML_ELEMENT_NODE && IsReference(node) &&
+            xmlHasProp(node, Xml("conaction")) != nullptr) {
+            const std::string byKey = ByKey(Attribute(node, "conkeyref"), keys);
+            targets.insert(TargetIn(byKey.empty() ? Attribute(node, "conref") : byKey, file).file);
+        }
+    }
+}
+
 }  // namespace
 
 /// Lists the occurrences in a topic in the order in which its page has them: those of a target where the
@@ -145,9 +158,10 @@ class ContentWalk {
 
     /// Returns the number of the occurrences.
     std::size_t Run(const xmlNode* root) {
+        content_.isPushTarget = places_.PushTargets().contains(topic_);
         Add(root, topic_, nullptr);
         if (count_ > kMostElements) {
-            content_ = {{}, false};
+            content_ = {{}, false, content_.isPushTarget};
         }
         return std::min(count_, kMostElements);
     }
@@ -198,6 +212,8 @@ class ContentWalk {
                                ? std::nullopt
                                : Resolve(reference, Attribute(element, "conrefend"), file);
         content_.isComplete = content_.isComplete && range.has_value() && key.empty();
+        content_.isPushTarget =
+            content_.isPushTarget || (range.has_value() && places_.PushTargets().contains(*range->file));
         return range;
     }
 
@@ -228,8 +244,11 @@ class ContentWalk {
 };
 
 SourcePlaces::SourcePlaces(std::vector<NativePath> files, const NativePath& document,
-                           std::function<KeyTargets()> readKeys)
-    : files_(std::move(files)), folder_(FolderOf(document)), readKeys_(std::move(readKeys)) {
+                           std::function<KeyTargets()> readKeys, bool hasPushes)
+    : files_(std::move(files)),
+      folder_(FolderOf(document)),
+      readKeys_(std::move(readKeys)),
+      hasPushes_(hasPushes) {
     std::sort(files_.begin(), files_.end());
 }
 
@@ -259,6 +278,11 @@ bool SourcePlaces::IsComplete(const NativePath& file) {
     return file.Empty() || !Load(file).hasReferences || ContentOf(file).isComplete;
 }
 
+bool SourcePlaces::IsPushTarget(const NativePath& file) {
+    return hasPushes_ && !file.Empty() &&
+           (Load(file).hasReferences ? ContentOf(file).isPushTarget : PushTargets().contains(file));
+}
+
 ElementSource SourcePlaces::PlaceOf(const NativePath& file, const std::string& xpath) {
     const SourceFile& source = Load(file);
     const auto found = source.elements.find(xpath);
@@ -286,6 +310,16 @@ const KeyTargets& SourcePlaces::Keys() {
         keys_ = readKeys_();
     }
     return *keys_;
+}
+
+const std::set<NativePath>& SourcePlaces::PushTargets() {
+    if (!pushTargets_.has_value()) {
+        pushTargets_.emplace();
+        for (const NativePath& file : hasPushes_ ? files_ : std::vector<NativePath>()) {
+            AddPushTargets(file, Keys(), *pushTargets_);
+        }
+    }
+    return *pushTargets_;
 }
 
 SourceFile& SourcePlaces::Load(const NativePath& file) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -32,7 +33,8 @@ struct Occurrence {
 /// The occurrences in a topic, each XPath's in document order.
 struct TopicContent {
     std::unordered_map<std::string_view, std::vector<Occurrence>> byXPath;
-    bool isComplete = true;  ///< False if the topic may get content that is not here.
+    bool isComplete = true;     ///< False if the topic may get content that is not here.
+    bool isPushTarget = false;  ///< Other files push content to it, or to what it reuses.
 };
 
 /// A source with what is looked up in it.
@@ -52,15 +54,19 @@ using KeyTargets = std::map<std::string, std::string>;
 class SourcePlaces {
   public:
     /// `files` are the document's XML files. `document` is what source paths are relative to.
-    /// `readKeys` is called when the first content reference with a key is met.
+    /// `readKeys` is called when the first content reference with a key is met. `hasPushes` says whether a
+    /// file may push content to others (conaction).
     SourcePlaces(std::vector<NativePath> files, const NativePath& document,
-                 std::function<KeyTargets()> readKeys);
+                 std::function<KeyTargets()> readKeys, bool hasPushes);
 
     /// The occurrences of the XPath in the file; none if it is not one of the document's.
     std::vector<Occurrence> OccurrencesIn(const NativePath& file, const std::string& xpath);
 
     /// Whether OccurrencesIn knows all content of the file.
     bool IsComplete(const NativePath& file);
+
+    /// Whether the content of the file may be replaced by that of others, whose XPaths can be the same.
+    bool IsPushTarget(const NativePath& file);
 
     /// The line is 0 if the XPath leads to no element.
     ElementSource PlaceOf(const NativePath& file, const std::string& xpath);
@@ -84,11 +90,14 @@ class SourcePlaces {
     const TopicContent& ContentOf(const NativePath& file);
     bool IsDocuments(const NativePath& file) const;
     const KeyTargets& Keys();
+    const std::set<NativePath>& PushTargets();
 
     std::vector<NativePath> files_;  ///< Sorted.
     NativePath folder_;
     std::function<KeyTargets()> readKeys_;
     std::optional<KeyTargets> keys_;
+    bool hasPushes_;
+    std::optional<std::set<NativePath>> pushTargets_;
     std::map<NativePath, SourceFile> loaded_;
     std::size_t elements_ = 0;                                           ///< In all of them.
     std::map<NativePath, SourceFile>::iterator latest_ = loaded_.end();  ///< Mostly the next one, too.

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "desk/command_line.h"
+#include "desk/pages/page_map.h"
 
 namespace ventrix::desk {
 namespace {
@@ -161,6 +162,35 @@ TEST_F(PageData, ReusedContentIsToldFromTheTopicsOwn) {
         EXPECT_EQ(Places(folder.Read("out/build-g.ditamap/xhtml/ventrix-map.json")), row.expected)
             << row.name << '\n'
             << finished.error << folder.Read("out/build-g.ditamap/xhtml/t.html");
+    }
+}
+
+TEST_F(PageData, ContentThatOtherFilesPushHasNoPlace) {
+    folder.Write("d/p.dita",
+                 "<topic id='p'><title>P</title><body><p conaction='pushreplace' conref='t.dita#t/own'>"
+                 "Own 2</p></body></topic>");
+    folder.Write("d/u.dita", "<topic id='u'><title>U</title><body><p conref='t.dita#t/own'/></body></topic>");
+    const std::string tags = "<p data-twtags='data-qlxpathQL_SEP/topic/body/pQL_SEP'>";
+    const auto linesOf = [&](const char* topic, const std::string& words, bool hasPushes) {
+        folder.Write("page.html", "<html><body>" + tags + words + "</p></body></html>");
+        SourcePlaces places(
+            {{folder.Native("d/lib.dita")},
+             {folder.Native("d/p.dita")},
+             {folder.Native("d/t.dita")},
+             {folder.Native("d/u.dita")}},
+            {folder.Native("d/t.dita")}, [] { return KeyTargets(); }, hasPushes);
+        CarryingAttributes names;
+        names.tagsHaveXPath = true;
+        std::vector<Finding> findings;
+        const MappedPage page =
+            MapPage({folder.Native("page.html")}, {folder.Native(topic)}, names, places, findings);
+        EXPECT_TRUE(findings.empty());
+        return page.elements.empty() ? -1 : page.elements.front().origin.place.line;
+    };
+    for (const char* topic : {"d/t.dita", "d/u.dita"}) {
+        EXPECT_EQ(linesOf(topic, "Own", true), 4) << "the same words";
+        EXPECT_EQ(linesOf(topic, "Own 2", true), 0) << "pushed, or reused from there";
+        EXPECT_EQ(linesOf(topic, "Own 2", false), 4);
     }
 }
 
