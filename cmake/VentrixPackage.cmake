@@ -8,7 +8,13 @@ install(DIRECTORY examples/docbook examples/pump-guide examples/service-note exa
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ventrix)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_CONTACT "The Ventrix maintainers <maintainers@ventrix.example>")
+# As with Debian's own tools, whoever builds the package answers for it. Nobody does for one without a name, whose domain
+# does not exist.
+if(DEFINED ENV{DEBFULLNAME} AND DEFINED ENV{DEBEMAIL})
+    set(CPACK_PACKAGE_CONTACT "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
+else()
+    set(CPACK_PACKAGE_CONTACT "Local build without a maintainer <nobody@ventrix.invalid>")
+endif()
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "publish DITA and other XML, and preserve what would be lost")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Ventrix publishes DITA and other XML as HTML and preserves what a
 transformation would lose: the audience and product of a paragraph, the
