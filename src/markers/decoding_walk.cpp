@@ -10,8 +10,7 @@ namespace ventrix {
 namespace {
 
 constexpr char kDefaultTagsAttribute[] = "data-twtags";
-constexpr std::size_t kLongValue = 1000;           // Bytes; a shorter value is searched each time.
-constexpr std::string_view kMarkerPrefix = "QL_";  // Every marker word begins with it.
+constexpr std::size_t kLongValue = 1000;  // Bytes; a shorter value is searched each time.
 
 std::string_view TagsAttribute(const PublishParams& params) {
     return params.targetAttr.empty() ? std::string_view(kDefaultTagsAttribute) : params.targetAttr;
@@ -74,10 +73,6 @@ bool AddsTags(const ScopedEntries& entries, const PublishParams& params) {
         }
     }
     return false;
-}
-
-bool HasMarkerPrefix(std::string_view text) {
-    return text.find(kMarkerPrefix) != std::string_view::npos;
 }
 
 /// The text of a node after the pass. No later step of the pass reads the words that are removed here.

@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kNone = std::string_view::npos;
 constexpr std::size_t kDistinct = 4;  ///< Where most marker words differ from each other.
 
+constexpr std::string_view kMarkerPrefix = "QL_";      ///< Every marker word begins with it.
 constexpr std::string_view kElementHead = "QL_ELEM_";  ///< Both element words begin with it.
 
 /// The byte of a marker word to search for. A "Q" is rare in a text, but begins every marker word. The "D" of
@@ -35,18 +36,18 @@ bool BeginsWith(std::string_view text) {
 template <const std::string_view& Word>
 std::size_t FindWord(std::string_view text, std::size_t from = 0) {
     constexpr std::size_t kRare = RareByte(Word);
-    while (from + Word.size() <= text.size()) {
-        const void* const found =
-            std::memchr(text.data() + from + kRare, Word[kRare], text.size() - Word.size() + 1 - from);
-        if (found == nullptr) {
+    constexpr std::size_t kFurther = std::min(kDistinct, Word.size() - 1);
+    std::size_t rare = from + kRare;
+    while ((rare = xml::FindByte(text, Word[kRare], rare)) != kNone) {
+        const std::size_t found = rare - kRare;
+        if (found + Word.size() > text.size()) {
             return kNone;
         }
-        const char* const at = static_cast<const char*>(found) - kRare;
-        from = static_cast<std::size_t>(at - text.data());
-        if (at[kDistinct] == Word[kDistinct] && std::memcmp(at, Word.data(), Word.size()) == 0) {
-            return from;
+        const char* const at = text.data() + found;
+        if (at[kFurther] == Word[kFurther] && std::memcmp(at, Word.data(), Word.size()) == 0) {
+            return found;
         }
-        ++from;
+        ++rare;
     }
     return kNone;
 }
@@ -72,7 +73,7 @@ EntryWordKind EntryWordAt(std::string_view text) {
 
 /// The first of the words of an entry at or after `from`.
 EntryWord NextEntryWord(std::string_view text, std::size_t from) {
-    while ((from = text.find(QL_EQ.front(), from)) != kNone) {
+    while ((from = xml::FindByte(text, QL_EQ.front(), from)) != kNone) {
         const EntryWordKind kind = EntryWordAt(text.substr(from));
         if (kind != EntryWordKind::kOther) {
             return {from, kind};
@@ -312,9 +313,13 @@ std::vector<std::string_view> SplitTagsValue(std::string_view tagsValue) {
     return tokens;
 }
 
+bool HasMarkerPrefix(std::string_view text) {
+    return FindWord<kMarkerPrefix>(text) != kNone;
+}
+
 std::string RemoveMarkerWords(std::string_view text) {
     std::string result(text);
-    if (text.find("QL_") == kNone) {
+    if (!HasMarkerPrefix(text)) {
         return result;
     }
     // QL_SEP is removed twice, since the removal of a word can form a new QL_SEP from the bytes around it.
@@ -335,7 +340,7 @@ void EscapeMarkup(std::string& text) {
 // The text gets shorter, so it can be changed in place.
 void UnescapeMarkup(std::string& text) {
     const char* const end = text.data() + text.size();
-    const char* from = text.data() + std::min(text.find('&'), text.size());
+    const char* from = text.data() + std::min(xml::FindByte(text, '&'), text.size());
     char* to = text.data() + (from - text.data());
     while (from != end) {
         const bool mayBeNamed = *from == '&';
@@ -351,7 +356,7 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
     if (oldText.empty()) {
         return;
     }
-    std::size_t found = text.find(oldText);
+    std::size_t found = xml::Find(text, oldText);
     if (found == std::string::npos) {
         return;
     }
@@ -361,7 +366,7 @@ void ReplaceAll(std::string& text, std::string_view oldText, std::string_view ne
     while (found != std::string::npos) {
         result.append(text, position, found - position).append(newText);
         position = found + oldText.size();
-        found = text.find(oldText, position);
+        found = xml::Find(text, oldText, position);
     }
     result.append(text, position);
     text = std::move(result);

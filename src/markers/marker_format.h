@@ -73,6 +73,9 @@ std::optional<std::string> ElementGroupXml(std::string_view piece);
 /// Bytes after the last QL_SEP are not a token. The tokens are views of the value.
 std::vector<std::string_view> SplitTagsValue(std::string_view tagsValue);
 
+/// True if the text may hold a marker word: it has the bytes that every marker word begins with.
+bool HasMarkerPrefix(std::string_view text);
+
 /// Returns the text without marker words. The bytes between the words stay.
 std::string RemoveMarkerWords(std::string_view text);
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "markers/xml/characters.h"
 #include "support/text_rows.h"
 
 namespace ventrix::test {
@@ -266,6 +267,21 @@ TEST(MarkerReader, TakesLinearTime) {
         for (const std::string_view closing : {"", "QL_END", "QL_ELEM_E", "QL_SA_E"})
             EXPECT_LT(milliseconds(Repeated(opening, 100000) + Repeated(closing, 100000)), 5000)
                 << opening << closing;
+}
+
+// Beside the byte that is searched for stand those that differ from it by one bit or by one.
+TEST(MarkerText, SearchesAgreeWithTheStandardLibrary) {
+    constexpr char kText[] = "QRPQ\0\x01\xD1\xD0PQL_QR\xFF\x80QPPRQ_L_QL";
+    const std::string_view text(kText, sizeof kText);
+    for (std::size_t begin = 0; begin < text.size(); ++begin) {
+        for (std::size_t size = 0; size <= text.size() - begin; ++size) {
+            const std::string_view part = text.substr(begin, size);
+            for (const char byte : {'Q', 'P', '\0', '\x01', '\x80', '\xD1', 'x'})
+                EXPECT_EQ(xml::FindByte(part, byte, 1), part.find(byte, 1)) << begin << ' ' << size;
+            for (const std::string_view wanted : {"QL_", "L", "QPPR", "R_"})
+                EXPECT_EQ(xml::Find(part, wanted), part.find(wanted)) << begin << ' ' << size;
+        }
+    }
 }
 
 }  // namespace

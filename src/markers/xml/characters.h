@@ -109,13 +109,47 @@ inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
     return SkipAllBut(text, at, '&', '<', ']');
 }
 
+/// As text.find(byte, from). Many searches for marker words and references are over within a few bytes, where
+/// a call of the C library's search costs as much as the search. That of Windows may look at single bytes.
+inline std::size_t FindByte(std::string_view text, char byte, std::size_t from = 0) {
+    using detail::Each;
+    const std::uint64_t wanted = Each(static_cast<unsigned char>(byte));
+    std::size_t at = from;
+    for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        // The lowest high bit is that of a byte without difference. Those above it may be wrong.
+        const std::uint64_t difference = word ^ wanted;
+        const std::uint64_t found = (difference - Each(1)) & ~difference & Each(0x80);
+        if (found != 0) {
+            if (std::endian::native != std::endian::little) {
+                break;
+            }
+            return at + static_cast<std::size_t>(std::countr_zero(found)) / 8;
+        }
+    }
+    while (at < text.size() && text[at] != byte) {
+        ++at;
+    }
+    return at < text.size() ? at : std::string_view::npos;
+}
+
 inline bool IsWhitespace(char byte) {
     return (ClassOf(byte) & kWhitespace) != 0;
 }
 
+/// As text.find(wanted, from), for a string that is not empty.
+inline std::size_t Find(std::string_view text, std::string_view wanted, std::size_t from = 0) {
+    while ((from = FindByte(text, wanted.front(), from)) != std::string_view::npos &&
+           !text.substr(from).starts_with(wanted)) {
+        ++from;
+    }
+    return from;
+}
+
 /// The position past the first `delimiter` at or after `from`; npos without one.
 inline std::size_t FindEnd(std::string_view text, std::string_view delimiter, std::size_t from) {
-    const std::size_t found = text.find(delimiter, from);
+    const std::size_t found = Find(text, delimiter, from);
     return found == std::string_view::npos ? found : found + delimiter.size();
 }
 
