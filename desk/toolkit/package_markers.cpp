@@ -161,6 +161,32 @@ bool IsXml(const fs::path& path) {
     return extension == ".dita" || extension == ".ditamap" || extension == ".xml";
 }
 
+std::vector<NativePath> XmlFilesBelow(const NativePath& folder) {
+    std::vector<NativePath> files;
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(ToFilesystem(folder), error), end; entry != end;
+         entry.increment(error)) {
+        if (IsXml(entry->path()) && entry->is_regular_file(error)) {
+            files.push_back(FromFilesystem(entry->path()));
+        }
+    }
+    return files;
+}
+
+/// Empty if the file cannot be read, which the transformation reports.
+std::string ContentOf(const NativePath& file) {
+    std::string content;
+    return platform::ReadWholeFile(file.utf8, content) == platform::kErrorNone ? content : std::string();
+}
+
+IdSet ReferencedIds(const std::vector<NativePath>& files) {
+    IdSet ids;
+    for (const NativePath& file : files) {
+        AddReferencedIds(ContentOf(file), ids);
+    }
+    return ids;
+}
+
 }  // namespace
 
 std::string WithoutMarkersInMetadata(const std::string& document) {
@@ -169,23 +195,16 @@ std::string WithoutMarkersInMetadata(const std::string& document) {
 
 std::string PreparePackage(const NativePath& folder, bool dita,
                            const std::function<void(const DitaFinding&)>& finding) {
-    std::error_code error;
-    for (fs::recursive_directory_iterator entry(ToFilesystem(folder), error), end; entry != end;
-         entry.increment(error)) {
-        if (!IsXml(entry->path()) || !entry->is_regular_file(error)) {
-            continue;
-        }
-        const NativePath file = FromFilesystem(entry->path());
-        std::string content;
-        if (platform::ReadWholeFile(file.utf8, content) != platform::kErrorNone ||
-            !HoldsMarkerText(content)) {
-            continue;  // The transformation reports a file that it cannot read.
-        }
+    const std::vector<NativePath> files = XmlFilesBelow(folder);
+    const IdSet referencedIds = ReferencedIds(files);
+    for (const NativePath& file : files) {
+        const std::string content = ContentOf(file);
         std::string changed = dita ? WithoutMarkersInMetadata(content) : content;
-        if (const std::size_t restored = RestoreReferenceElements(changed); restored > 0) {
+        if (const std::size_t restored = RestoreReferenceElements(changed, referencedIds); restored > 0) {
             finding({file, 0,
-                     "preserved elements whose text comes from a reference: " + std::to_string(restored) +
-                         "; their text is in the result, but not their markup"});
+                     "preserved elements with a reference, or with an id that a reference names: " +
+                         std::to_string(restored) +
+                         "; they are left to the transformation, and their markup is not preserved"});
         }
         if (changed != content && !WriteOutput(file, changed)) {
             return file.utf8 + " cannot be written; check its permissions and the free space";

@@ -5,6 +5,8 @@
 #include <cctype>
 #include <cstdint>
 
+#include "desk/xml/attributes_in_text.h"
+
 namespace ventrix::desk {
 namespace {
 
@@ -153,6 +155,31 @@ bool ContainsEmptyReference(std::string_view element) {
     return false;
 }
 
+/// An attribute that names ids: each of its words, or what comes after this character in it.
+struct IdReference {
+    std::string_view attribute;
+    char separator = 0;
+};
+
+constexpr IdReference kIdReferences[] = {
+    {"href", '#'}, {"conref", '#'}, {"conrefend", '#'}, {"conkeyref", '/'}, {"keyref", '/'},
+    {"linkend"},   {"linkends"},    {"endterm"},        {"otherterm"},      {"xpointer"}};
+
+void AddWords(std::string_view text, IdSet& words) {
+    constexpr std::string_view kSpaces = " \t\r\n";
+    for (std::size_t at = text.find_first_not_of(kSpaces); at != kNpos;) {
+        const std::size_t end = std::min(text.find_first_of(kSpaces, at), text.size());
+        words.emplace(text.substr(at, end - at));
+        at = text.find_first_not_of(kSpaces, end);
+    }
+}
+
+bool ContainsId(std::string_view element, const IdSet& ids) {
+    return std::ranges::any_of(AttributesIn(element), [&ids](const AttributeInText& attribute) {
+        return attribute.name == "id" && ids.contains(attribute.value);
+    });
+}
+
 }  // namespace
 
 bool HoldsMarkerText(std::string_view text) {
@@ -181,7 +208,23 @@ std::size_t FindOpeningWord(std::string_view text, std::size_t from) {
     return kNpos;
 }
 
-std::size_t RestoreReferenceElements(std::string& document) {
+// The file, key or topic ahead of an id is not compared: only the transformation resolves it. An element that
+// has the same id elsewhere is left to the transformation for nothing, which costs its markup but no text.
+void AddReferencedIds(std::string_view document, IdSet& ids) {
+    for (const AttributeInText& attribute : AttributesIn(document)) {
+        const auto* reference = std::ranges::find(kIdReferences, attribute.name, &IdReference::attribute);
+        if (reference == std::end(kIdReferences)) {
+            continue;
+        }
+        if (reference->separator == 0) {
+            AddWords(attribute.value, ids);
+        } else if (attribute.value.find(reference->separator) != kNpos) {
+            ids.emplace(attribute.value.substr(attribute.value.find_last_of("#/") + 1));
+        }
+    }
+}
+
+std::size_t RestoreReferenceElements(std::string& document, const IdSet& referencedIds) {
     std::size_t restored = 0;
     for (std::size_t begin = document.find(kElementGroup.begin); begin != kNpos;
          begin = document.find(kElementGroup.begin, begin + 1)) {
@@ -191,7 +234,7 @@ std::size_t RestoreReferenceElements(std::string& document) {
             break;
         }
         const std::string element = ElementIn(std::string_view(document).substr(content, end - content));
-        if (ContainsEmptyReference(element)) {
+        if (ContainsEmptyReference(element) || ContainsId(element, referencedIds)) {
             document.replace(begin, end + kElementGroup.end.size() - begin, element);
             ++restored;
         }

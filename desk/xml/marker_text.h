@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -24,9 +26,15 @@ std::size_t FindOpeningWord(std::string_view text, std::size_t from = 0);
 /// stays as it is, and so does one that would reach across a "<".
 std::size_t RemoveMarkerGroups(std::string& text);
 
-/// In a document with marker text, puts back each preserved element that contains a reference without text of
-/// its own, such as <keyword keyref="product"/>: only the transformation can find the text, which would be
-/// lost otherwise. Returns their number.
-std::size_t RestoreReferenceElements(std::string& document);
+/// Ids without the files and topics that contain them.
+using IdSet = std::set<std::string, std::less<>>;
+
+/// Adds each id that a reference in the document, or in its marker text, names.
+void AddReferencedIds(std::string_view document, IdSet& ids);
+
+/// In a document with marker text, puts back each preserved element that only the transformation can process:
+/// one that contains a reference without text of its own, such as <keyword keyref="product"/>, and one that
+/// contains an element with one of the ids. Returns their number.
+std::size_t RestoreReferenceElements(std::string& document, const IdSet& referencedIds);
 
 }  // namespace ventrix::desk

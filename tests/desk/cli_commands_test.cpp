@@ -395,19 +395,27 @@ TEST_F(CommandLine, AProjectFileOfTheToolkitIsNamedAsSuch) {
     EXPECT_EQ(Run({"publish", "other.yaml", "-o", "out"}).status, 3);
 }
 
-TEST_F(CommandLine, AnElementWhoseTextComesFromAKeyKeepsItsText) {
+TEST_F(CommandLine, PreservedElementsWithReferencesToThemOrOfTheirOwnKeepTheirText) {
     folder.Write("k.ditamap",
-                 "<map><topicref href=\"k.dita\"/><keydef keys=\"x\"><topicmeta><keywords><keyword>P40"
-                 "</keyword></keywords></topicmeta></keydef></map>");
+                 "<map><topicref href=\"k.dita\"/><keydef keys=\"lib\" href=\"l.dita\"/><keydef keys=\"x\">"
+                 "<topicmeta><keywords><keyword>P40</keyword></keywords></topicmeta></keydef></map>");
     folder.Write("k.dita",
-                 "<topic id=\"k\"><title>K</title><body><p>The <keyword keyref=\"x\"/> pump</p></body>"
-                 "</topic>");
+                 "<topic id=\"k\"><title>K</title><body><p>The <keyword keyref=\"x\"/> pump, <keyword "
+                 "conref=\"l.dita#l/w\"/> and <keyword conkeyref=\"lib/v\"/></p></body></topic>");
+    folder.Write("l.dita",
+                 "<topic id=\"l\"><title>L</title><body><p>A <keyword id=\"w\">valve</keyword> and <keyword "
+                 "id=\"v\">hose</keyword> <keyword id=\"u\">unused</keyword></p></body></topic>");
     const Finished finished = Run({"publish", "k.ditamap", "-o", "out", "--elements", "keyword"});
     EXPECT_EQ(finished.status, 1);
-    EXPECT_NE(finished.error.find("k.dita: preserved elements whose text comes from a reference: 1"),
-              std::string::npos)
-        << finished.error;
-    EXPECT_NE(folder.Read("out/build-k.ditamap/xhtml/k.html").find(">P40<"), std::string::npos);
+    const std::string what =
+        ".dita: preserved elements with a reference, or with an id that a reference names: ";
+    EXPECT_NE(finished.error.find("k" + what + "3"), std::string::npos) << finished.error;
+    EXPECT_NE(finished.error.find("l" + what + "2"), std::string::npos) << finished.error;
+    EXPECT_EQ(finished.error.find("no usable target"), std::string::npos) << finished.error;
+    const std::string page = folder.Read("out/build-k.ditamap/xhtml/k.html");
+    for (const char* text : {">P40<", ">valve<", ">hose<"}) {
+        EXPECT_NE(page.find(text), std::string::npos) << text << page;
+    }
 }
 
 TEST_F(CommandLine, OptionsOfToolkitsAndStylesheetsReachThem) {

@@ -33,7 +33,7 @@ TEST(MarkerText, WholeGroupsAreTakenOutInAnyEscaping) {
     }
 }
 
-TEST(MarkerText, ElementsWithAReferenceInsteadOfTextAreRestored) {
+TEST(MarkerText, ElementsThatReferencesNeedAreRestored) {
     const std::string open = "QL_ELEM_S&amp;lt;", close = "&amp;gt;QL_ELEM_E";
     const struct {
         std::string document, restored;
@@ -46,12 +46,36 @@ TEST(MarkerText, ElementsWithAReferenceInsteadOfTextAreRestored) {
          "<b>see <xref linkend=\"x\"></xref></b>"},
         {open + "keyword keyref=&amp;quot;x&amp;quot;&amp;gt;own&amp;lt;/keyword" + close, ""},
         {open + "image href=&amp;quot;x&amp;quot;/" + close, ""},
+        {open + "ph id=&amp;quot;w&amp;quot;&amp;gt;t&amp;lt;/ph" + close, "<ph id=\"w\">t</ph>"},
+        {open + "ph&amp;gt;a&amp;lt;b xml:id=&amp;quot;w&amp;quot;&amp;gt;t&amp;lt;/b&amp;gt;&amp;lt;/ph" +
+             close,
+         "<ph>a<b xml:id=\"w\">t</b></ph>"},
+        {open + "ph id=&amp;quot;other&amp;quot;&amp;gt;t&amp;lt;/ph" + close, ""},
         {"cut " + open, ""},
     };
     for (const auto& row : rows) {
         std::string document = row.document;
-        EXPECT_EQ(RestoreReferenceElements(document), row.restored.empty() ? 0U : 1U) << row.document;
+        EXPECT_EQ(RestoreReferenceElements(document, {"w"}), row.restored.empty() ? 0U : 1U) << row.document;
         EXPECT_EQ(document, row.restored.empty() ? row.document : row.restored);
+    }
+}
+
+TEST(MarkerText, ReferencesNameIds) {
+    const struct {
+        std::string document;
+        IdSet ids;
+    } rows[] = {
+        {R"(<ph conref="lib.dita#lib/w"/><ph conref='#./v' conrefend = "a/b.dita#t/x"/>)", {"v", "w", "x"}},
+        {R"(<ph conkeyref="lib/w"/><xref keyref="k/v"/><keyword keyref="product"/>)", {"v", "w"}},
+        {"<xref\nhref\n=\n\"#w\"/><xref href='sub/w.dita'/><link xlink:href='#v'/>", {"v", "w"}},
+        {"<link linkend='w'/><callout arearefs='n' linkends='v  x'/>", {"v", "w", "x"}},
+        {"QL_ELEM_S&amp;lt;ph conref=&amp;quot;#t/w&amp;quot;/&amp;gt;QL_ELEM_E", {"w"}},
+        {"<p id='w' data-href='#v'>a = b</p>", {}},
+    };
+    for (const auto& row : rows) {
+        IdSet ids;
+        AddReferencedIds(row.document, ids);
+        EXPECT_EQ(ids, row.ids) << row.document;
     }
 }
 
