@@ -15,8 +15,18 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
-/// Options that name a result, which two deliverables cannot share.
-constexpr std::array<const char*, 3> kResultOptions = {"output", "out-file", "report"};
+/// Options that name a result of one deliverable. A log, to which runs append, may be that of several.
+constexpr std::array<const char*, 3> kOwnResultOptions = {"output", "out-file", "report"};
+constexpr std::array<const char*, 4> kResultOptions = {"output", "out-file", "report", "log"};
+constexpr std::array<const char*, 7> kInputOptions = {"xslt",     "pre-script", "post-script", "ditaval",
+                                                      "resource", "css",        "logo"};
+
+/// What a deliverable reads or writes.
+struct Place {
+    std::string option;
+    NativePath path;
+    int line = 0;  ///< In the project file.
+};
 
 bool IsFile(const NativePath& path) {
     std::error_code error;
@@ -110,23 +120,50 @@ const ProjectSetting* Find(const Project& project, const Deliverable& deliverabl
     return own != nullptr ? own : Find(project.defaults, option);
 }
 
-/// Whether two results would be written to one place. A folder also contains what is below it.
-bool Collide(const ProjectSetting& a, const ProjectSetting& b) {
-    const NativePath first = RealPath({a.values.front()});
-    const NativePath second = RealPath({b.values.front()});
-    return first == second ||
-           (a.option == "output" && (IsBelowOrEqual(first, second) || IsBelowOrEqual(second, first)));
+template <std::size_t Count>
+std::vector<Place> PlacesOf(const Project& project, const Deliverable& deliverable,
+                            const std::array<const char*, Count>& options) {
+    std::vector<Place> places;
+    for (const char* option : options) {
+        const ProjectSetting* setting = Find(project, deliverable, option);
+        for (const std::string& value : setting == nullptr ? std::vector<std::string>() : setting->values) {
+            places.push_back({option, RealPath({value}), setting->line});
+        }
+    }
+    return places;
+}
+
+/// Whether one result would replace the other, or a part of it. An output folder contains what is below it.
+bool Collide(const Place& a, const Place& b) {
+    return (a.path == b.path && (a.option != "log" || b.option != "log")) ||
+           (a.option == "output" && IsBelowOrEqual(b.path, a.path)) ||
+           (b.option == "output" && IsBelowOrEqual(a.path, b.path));
 }
 
 void RequireSeparateResults(const Project& project, const Deliverable& a, const Deliverable& b) {
-    for (const char* option : kResultOptions) {
-        const ProjectSetting* first = Find(project, a, option);
-        const ProjectSetting* second = Find(project, b, option);
-        if (first != nullptr && second != nullptr && Collide(*first, *second)) {
-            throw Stop{kExitUsage, project.file.utf8 + ':' + std::to_string(second->line) + ": " + option +
-                                       ": the deliverables '" + a.name + "' and '" + b.name +
-                                       "' would replace each other's results in " + second->values.front() +
-                                       "; give each a place of its own"};
+    for (const Place& first : PlacesOf(project, a, kResultOptions)) {
+        for (const Place& second : PlacesOf(project, b, kResultOptions)) {
+            if (Collide(first, second)) {
+                throw Stop{kExitUsage, project.file.utf8 + ':' + std::to_string(second.line) + ": " +
+                                           second.option + ": the deliverables '" + a.name + "' and '" +
+                                           b.name + "' would replace each other's results in " +
+                                           second.path.utf8 + "; give each a place of its own"};
+            }
+        }
+    }
+}
+
+/// A report or a log of one deliverable must not be an input of another. The other results may be: what one
+/// deliverable has transformed, the next can publish.
+void RequireNoInputReplaced(const Project& project, const Deliverable& writer, const Deliverable& reader) {
+    std::vector<Place> inputs = PlacesOf(project, reader, kInputOptions);
+    inputs.push_back({"document", RealPath(reader.document), reader.line});
+    for (const Place& result : PlacesOf(project, writer, std::array{"report", "log"})) {
+        if (std::ranges::find(inputs, result.path, &Place::path) != inputs.end()) {
+            throw Stop{kExitUsage, project.file.utf8 + ':' + std::to_string(result.line) + ": " +
+                                       result.option + ": " + result.path.utf8 +
+                                       " is an input of the deliverable '" + reader.name +
+                                       "'; choose another file"};
         }
     }
 }
@@ -136,13 +173,15 @@ void RequireSeparateResults(const Project& project) {
     for (auto b = all.begin(); b != all.end(); ++b) {
         for (auto a = all.begin(); a != b; ++a) {
             RequireSeparateResults(project, *a, *b);
+            RequireNoInputReplaced(project, *a, *b);
+            RequireNoInputReplaced(project, *b, *a);
         }
     }
 }
 
 /// One place on the command line for the results of several deliverables.
 void RefuseSharedResult(const std::vector<Deliverable>& selected, const Options& options) {
-    for (const char* option : kResultOptions) {
+    for (const char* option : kOwnResultOptions) {
         if (selected.size() > 1 && options.given.contains(option)) {
             throw Stop{kExitUsage, std::string("--") + option + ": the deliverables " + Quoted(selected) +
                                        " cannot share it; name the one to publish"};

@@ -191,6 +191,7 @@ TEST_F(ProjectCommands, DefaultsHoldForADocumentBesideTheFile) {
 
 TEST_F(ProjectCommands, InvalidOptionsAreReportedWithTheirLineBeforeAnythingRuns) {
     const std::string start = "[[publish]]\nname = \"a\"\ndocument = \"src/a.dita\"\noutput = \"out/a\"\n";
+    const std::string second = "[[publish]]\nname = \"b\"\ndocument = \"src/b.dita\"\noutput = \"out/b\"\n";
     const std::string file = folder.Native("ventrix.toml");
     const struct {
         std::string text, message;
@@ -208,6 +209,12 @@ TEST_F(ProjectCommands, InvalidOptionsAreReportedWithTheirLineBeforeAnythingRuns
          file + ":8: output: the deliverables 'a' and 'b' would replace each other's results"},
         {start + "[[publish]]\nname = \"b\"\ndocument = \"src/b.dita\"\noutput = \"out\"\n",
          file + ":8: output: the deliverables 'a' and 'b'"},
+        {start + "report = \"out/b/a.html\"\n" + second,
+         file + ":9: output: the deliverables 'a' and 'b' would replace each other's results"},
+        {start + "report = \"r.html\"\n" + second + "log = \"r.html\"\n",
+         file + ":10: log: the deliverables 'a' and 'b' would replace each other's results"},
+        {start + "log = \"src/b.dita\"\n" + second,
+         file + ":5: log: " + folder.Native("src/b.dita") + " is an input of the deliverable 'b'"},
     };
     for (const auto& row : rows) {
         folder.Write("ventrix.toml", row.text);
