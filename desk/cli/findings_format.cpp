@@ -46,7 +46,7 @@ constexpr Rule kRules[] = {
     {"reference-left-out", false, "A reference names something that cannot be part of the document"},
     {"several-drives", true, "The files are on several drives and cannot be packaged"},
     {"toolkit", false, "The toolkit would not do what a file asks for"},
-    {"unknown-key", true, "A key is used that no map defines"},
+    {"unknown-key", true, "A key is used that no map defines, or that is empty"},
     {"unreadable-document", true, "The document itself cannot be read"},
     {"unsaved", false, "A referenced file has unsaved changes"},
     {"unsaved-not-referenced", false, "A file in --unsaved is not part of the document"},

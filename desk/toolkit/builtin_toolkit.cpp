@@ -169,7 +169,7 @@ void ResolveReferences(Publication& publication, xmlDoc* document, const NativeP
                                               const std::string& text) {
         Remark(publication, {SourceOf(place), static_cast<int>(xmlGetLineNo(place)), text, rule});
     };
-    ResolveConrefs(document, publication.navigation.keys, publication.library, remarks);
+    ResolveConrefs(document, &publication.navigation.keys, publication.library, remarks);
     ReportUnhandled(document, remarks);
     ResolveKeyrefs(document, publication.navigation.keys, publication.library, remarks);
     ResolveCoderefs(document, remarks);

@@ -58,7 +58,8 @@ xmlNode* ReplaceWithTarget(xmlNode* referring, const std::string& conref, DitaLi
     const auto target = DitaTargetOf(conref);
     const xmlDoc* document = target.has_value() ? library.Document(target->path) : nullptr;
     xmlNode* original = document == nullptr ? nullptr : FindTarget(document, *target);
-    if (original == nullptr) {
+    const bool isBranch = HasType(referring, "map/topicref");
+    if (original == nullptr || (isBranch && !HasType(original, "map/topicref"))) {
         return nullptr;
     }
     const std::string end = Attribute(referring, "conrefend");
@@ -79,7 +80,7 @@ xmlNode* ReplaceWithTarget(xmlNode* referring, const std::string& conref, DitaLi
 /// after it. Two things could keep it from ending. A target that contains a reference to itself is recognised
 /// because its reference is still open; targets that each contain the next one twice are stopped by a limit.
 struct ConrefRun {
-    const DitaKeys& keys;
+    const DitaKeys* keys;
     DitaLibrary& library;
     const RemarkSink& remarks;
     std::vector<std::string> open;  ///< The references whose copies enclose the current element.
@@ -102,8 +103,11 @@ std::string ReferenceOf(const ConrefRun& run, const xmlNode* element) {
     }
     const std::string reference = Attribute(element, "conkeyref");
     const std::size_t slash = std::min(reference.find('/'), reference.size());
-    const auto key = run.keys.find(reference.substr(0, slash));
-    if (reference.empty() || key == run.keys.end() || key->second.href.empty()) {
+    if (reference.empty() || run.keys == nullptr) {
+        return Attribute(element, "conref");
+    }
+    const auto key = run.keys->find(reference.substr(0, slash));
+    if (key == run.keys->end() || key->second.href.empty()) {
         return Attribute(element, "conref");
     }
     const std::string& href = key->second.href;
@@ -115,7 +119,7 @@ std::string ReferenceOf(const ConrefRun& run, const xmlNode* element) {
 
 void KeepOwnContent(const ConrefRun& run, xmlNode* element, const std::string& conref) {
     const std::string key = Attribute(element, "conkeyref");
-    if (run.keys.empty() && conref.empty()) {
+    if (run.keys == nullptr && conref.empty()) {
         return;
     }
     if (!conref.empty()) {
@@ -153,7 +157,7 @@ xmlNode* Resolve(ConrefRun& run, xmlNode* element) {
 
 }  // namespace
 
-void ResolveConrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library, const RemarkSink& remarks) {
+void ResolveConrefs(xmlDoc* document, const DitaKeys* keys, DitaLibrary& library, const RemarkSink& remarks) {
     ConrefRun run{.keys = keys, .library = library, .remarks = remarks, .open = {}};
     Resolve(run, xmlDocGetRootElement(document));
 }

@@ -177,8 +177,8 @@ bool IsTopicFormat(const std::string& format, const NativePath& target) {
 xmlNode* FindTarget(const xmlDoc* document, const DitaTarget& target) {
     xmlNode* root = xmlDocGetRootElement(document);
     if (HasType(root, "map/map")) {
-        const bool isRoot = target.topic.empty() || Attribute(root, "id") == target.topic;
-        return isRoot ? root : FindElement(root, target.topic);
+        const std::string& id = target.element.empty() ? target.topic : target.element;
+        return id.empty() || Attribute(root, "id") == id ? root : FindElement(root, id);
     }
     xmlNode* topic = FindTopic(root, target.topic);
     return topic == nullptr || target.element.empty() ? topic : FindElement(topic, target.element);

@@ -78,13 +78,22 @@ const DitaDocument& Load(MapReader& reader, const NativePath& path) {
     DitaDocument& map = reader.maps[path];
     map = LoadDita(path, reader.library.Sources());
     if (map.document != nullptr) {
-        ResolveConrefs(map.document.get(), {}, reader.library, RemarksOf(reader));
+        ResolveConrefs(map.document.get(), nullptr, reader.library, RemarksOf(reader));
         ReportUnhandled(map.document.get(), RemarksOf(reader));
     } else if (!map.excluded) {
         reader.run.log("warning: " + map.reason);
         reader.run.unread(map.reason);
     }
     return map;
+}
+
+void ApplyKeys(MapReader& reader, const DitaDocument& map) {
+    if (map.document == nullptr) {
+        return;
+    }
+    const RemarkSink remarks = RemarksOf(reader);
+    ResolveConrefs(map.document.get(), &reader.navigation.keys, reader.library, remarks);
+    ResolveKeyrefs(map.document.get(), reader.navigation.keys, reader.library, remarks);
 }
 
 /// Breadth first, as a definition in a map counts before those in its submaps.
@@ -106,12 +115,7 @@ void LoadMaps(MapReader& reader, const NativePath& map) {
     }
     ResolveKeyChains(reader.navigation.keys);
     for (auto& [path, loaded] : reader.maps) {
-        if (loaded.document == nullptr) {
-            continue;
-        }
-        const RemarkSink remarks = RemarksOf(reader);
-        ResolveConrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
-        ResolveKeyrefs(loaded.document.get(), reader.navigation.keys, reader.library, remarks);
+        ApplyKeys(reader, loaded);
     }
 }
 
@@ -187,8 +191,20 @@ void ReadTopicref(MapReader& reader, const xmlNode* topicref, const Inherited& o
     ReadTopicrefs(reader, topicref, inherited, item.children);
 }
 
+/// What each column of a relationship table passes on to its cells.
+std::vector<Inherited> ColumnsOf(const xmlNode* table, const Inherited& inherited) {
+    std::vector<Inherited> columns;
+    const xmlNode* head = ChildOfType(table, "map/relheader");
+    for (const xmlNode* column = head == nullptr ? nullptr : FirstElement(head); column != nullptr;
+         column = NextElement(column)) {
+        columns.push_back(InheritedBy(column, inherited));
+    }
+    return columns;
+}
+
 void ReadRelationshipTable(MapReader& reader, const xmlNode* table, const Inherited& outer) {
     const Inherited inherited = InheritedBy(table, outer);
+    const std::vector<Inherited> columns = ColumnsOf(table, inherited);
     for (const xmlNode* row = FirstElement(table); row != nullptr; row = NextElement(row)) {
         if (!HasType(row, "map/relrow")) {
             continue;
@@ -197,7 +213,10 @@ void ReadRelationshipTable(MapReader& reader, const xmlNode* table, const Inheri
         for (const xmlNode* cell = FirstElement(row); cell != nullptr; cell = NextElement(cell)) {
             NavigationItem& read = relation.cells.emplace_back();
             read.collection = CollectionOf(cell);
-            ReadTopicrefs(reader, cell, InheritedBy(cell, inherited), read.children);
+            const std::size_t column = relation.cells.size() - 1;
+            ReadTopicrefs(reader, cell,
+                          InheritedBy(cell, column < columns.size() ? columns[column] : inherited),
+                          read.children);
         }
         reader.navigation.relations.push_back(std::move(relation));
     }
@@ -235,7 +254,11 @@ void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inher
         Remark(reader, path, 0, kToolkitRule, "the map contains itself; remove the reference to it");
         return;
     }
+    const bool isNew = !reader.maps.contains(path);  // A key or reused content led to it.
     const DitaDocument& map = Load(reader, path);
+    if (isNew) {
+        ApplyKeys(reader, map);
+    }
     if (map.document == nullptr) {
         return;
     }
@@ -254,7 +277,8 @@ void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inher
     open.pop_back();
     if (place == nullptr) {
         Remark(reader, path, 0, kDeadReference,
-               "the map has no branch with the id \"" + target.topic + "\"; the whole map is used");
+               "the map has no branch with the id \"" +
+                   (target.element.empty() ? target.topic : target.element) + "\"; the whole map is used");
     }
 }
 

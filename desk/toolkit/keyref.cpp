@@ -48,6 +48,17 @@ void ApplyKey(xmlNode* element, const DitaKey& key, const std::string& elementId
     }
 }
 
+/// Whether a page would show nothing of the element. An image has to have a target and so has a related link;
+/// the title of a target stands in for the text of others.
+bool ShowsNothing(const xmlNode* element) {
+    if (!Attribute(element, "href").empty() || HasType(element, "map/topicref")) {
+        return false;
+    }
+    return HasType(element, "topic/image") || HasType(element, "topic/link") ||
+           ((HasType(element, "topic/xref") || IsPhrase(element)) && TextOf(element).empty() &&
+            FirstElement(element) == nullptr);
+}
+
 }  // namespace
 
 void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library, const RemarkSink& remarks) {
@@ -67,6 +78,11 @@ void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library
         }
         ApplyKey(node, key->second, slash < reference.size() ? reference.substr(slash + 1) : std::string(),
                  library);
+        if (ShowsNothing(node)) {
+            remarks(node, kUnknownKey,
+                    "keyref=\"" + reference + "\": the key gives <" + std::string(View(node->name)) +
+                        "> neither a text nor a target, so that it is missing on the page");
+        }
     }
 }
 

@@ -126,7 +126,7 @@ TEST_F(Findings, AreListedForPeopleEvenWhenQuiet) {
 
     folder.Write("guide.ditamap",
                  "<map><topicref href=\"faults.dita\"/><topicref href=\"good.dita\"/></map>");
-    EXPECT_TRUE(Validate({"guide.ditamap"}).out.ends_with("\na publish would have 5 findings\n"));
+    EXPECT_TRUE(Validate({"guide.ditamap"}).out.ends_with("\na publish would have 6 findings\n"));
     EXPECT_NE(RunVentrix(folder, {"publish", "guide.ditamap", "-o", "out", "-q"}).error, "");
 }
 

@@ -315,6 +315,14 @@ TEST_F(BuiltinToolkit, MapsLinkTopicsInGroupsAndTables) {
         {"<reltable><relrow><relcell><topicref href='p.dita'><topicref href='a.dita'/></topicref></relcell>"
          "<relcell><topicref href='b.dita'/></relcell></relrow></reltable>",
          "a.html", "parent:p related:b "},
+        {"<reltable><relheader><relcolspec linking='targetonly'/><relcolspec/></relheader><relrow><relcell>"
+         "<topicref href='a.dita'/></relcell><relcell><topicref "
+         "href='b.dita'/></relcell></relrow></reltable>",
+         "a.html", ""},
+        {"<reltable><relheader><relcolspec linking='targetonly'/><relcolspec/></relheader><relrow><relcell>"
+         "<topicref href='a.dita'/></relcell><relcell><topicref "
+         "href='b.dita'/></relcell></relrow></reltable>",
+         "b.html", "related:a "},
     };
     for (const char* name : {"p", "a", "b", "c"}) {
         WriteTopicAt(std::string(name) + ".dita", name, "<p/>");
@@ -342,6 +350,64 @@ TEST_F(BuiltinToolkit, AMapMayReferToABranchOfAnother) {
         EXPECT_EQ(Query("index.html", "translate(//ul, '\n', '')"), contents) << id;
         EXPECT_EQ(Findings().empty(), id != std::string("x")) << Findings();
     }
+}
+
+TEST_F(BuiltinToolkit, AMapMayReuseABranchOfAnother) {
+    const struct {
+        const char *branch, *contents, *finding;
+    } rows[] = {
+        {"<topicref conref='s.ditamap#b'/>", "bc", ""},
+        {"<topicref conref='s.ditamap#s/b'/>", "bc", ""},
+        {"<topicref conkeyref='s/b'/>", "bc", ""},
+        {"<mapref keyref='keyed'/>", "a", ""},
+        {"<topicref conkeyref='s/none'/>", "", "conref=\"s.ditamap#/none\" has no usable target"},
+        {"<topicref conref='s.ditamap'/>", "", "conref=\"s.ditamap\" has no usable target"},
+    };
+    Write("s.ditamap",
+          "<map id='s'><topicref id='b' href='b.dita'><topicref href='c.dita'/></topicref></map>");
+    Write("k.ditamap", "<map><topicref keyref='a'/></map>");
+    for (const char* name : {"a", "b", "c", "d"}) {
+        WriteTopicAt(std::string(name) + ".dita", name, "<p/>");
+    }
+    for (const auto& row : rows) {
+        Write("m.ditamap",
+              std::string("<map><keydef keys='s' href='s.ditamap' format='ditamap'/><keydef keys='a' "
+                          "href='a.dita'/><keydef keys='keyed' href='k.ditamap' format='ditamap'/>"
+                          "<topicref href='d.dita'/>") +
+                  row.branch + "</map>");
+        ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+        EXPECT_EQ(Query("index.html", "translate(//ul, '\n', '')"), std::string("d") + row.contents)
+            << row.branch;
+        EXPECT_EQ(Findings().empty(), *row.finding == '\0') << row.branch << Findings();
+        EXPECT_NE(Findings().find(row.finding), std::string::npos) << row.branch << Findings();
+    }
+}
+
+TEST_F(BuiltinToolkit, WhatKeysLeaveEmptyIsAFinding) {
+    const struct {
+        const char *keys, *body, *finding;
+    } rows[] = {
+        {"", "<p conkeyref='k/p'/>", "conkeyref=\"k/p\": the map does not define this key with a target"},
+        {"<keydef keys='k'/>", "<p><keyword keyref='k'/></p>",
+         "keyref=\"k\": the key gives <keyword> neither"},
+        {"<keydef keys='k' keyref='l'/><keydef keys='l' keyref='k'/>", "<p><term keyref='k'/></p>",
+         "keyref=\"k\": the key gives <term> neither"},
+        {"<keydef keys='k'/>", "<p><xref keyref='k'/></p>", "keyref=\"k\": the key gives <xref> neither"},
+        {"<keydef keys='k'/>", "<p><xref keyref='k'>text</xref></p>", ""},
+        {"<keydef keys='k'/>", "<image keyref='k'/>", "keyref=\"k\": the key gives <image> neither"},
+        {"<keydef keys='k'/>", "</body><related-links><link keyref='k'/></related-links><body>",
+         "keyref=\"k\": the key gives <link> neither"},
+    };
+    for (const auto& row : rows) {
+        Write("m.ditamap", std::string("<map>") + row.keys + "<topicref href='t.dita'/></map>");
+        WriteTopic(row.body);
+        ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+        EXPECT_EQ(Findings().empty(), *row.finding == '\0') << row.body << Findings();
+        EXPECT_NE(Findings().find(row.finding), std::string::npos) << row.body << Findings();
+    }
+    WriteTopic("<p conkeyref='k/p'/>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_NE(Findings().find("conkeyref=\"k/p\": the map does not define"), std::string::npos) << Findings();
 }
 
 TEST_F(BuiltinToolkit, AlternativeTitlesAreForTheContentsAndTheWindow) {
