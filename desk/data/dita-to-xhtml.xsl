@@ -240,7 +240,7 @@
 
   <xsl:template match="prolog | titlealts | indexterm | index-base | data | data-about | draft-comment |
                        required-cleanup | no-topic-nesting | unknown | alt | longdescref | param | colspec" priority="3"/>
-  <xsl:template match="foreign"><xsl:copy-of select="node()"/></xsl:template>
+  <xsl:template match="foreign"><xsl:copy-of select="node()[not(self::xref)]"/></xsl:template>
 
   <!-- ===== Blocks ===== -->
 
@@ -390,6 +390,31 @@
     </span>
   </xsl:template>
 
+  <!-- The parts of a syntax diagram: alternatives in braces, optional parts in brackets, the default underlined. -->
+  <xsl:template match="fig[contains(@class, ' pr-d/syntaxdiagram ')] | figgroup[contains(@class, ' pr-d/')]" priority="2">
+    <xsl:variable name="optional" select="@importance = 'optional'"/>
+    <xsl:variable name="choice" select="contains(@class, ' pr-d/groupchoice ')"/>
+    <div>
+      <xsl:call-template name="common"/>
+      <xsl:if test="$optional">[ </xsl:if>
+      <xsl:if test="$choice">{ </xsl:if>
+      <xsl:for-each select="node()">
+        <xsl:if test="$choice and self::* and not(self::title) and preceding-sibling::*[not(self::title)]"> | </xsl:if>
+        <xsl:call-template name="syntax-part"/>
+      </xsl:for-each>
+      <xsl:if test="$choice"> }</xsl:if>
+      <xsl:if test="$optional"> ]</xsl:if>
+    </div>
+    <xsl:text>&#10;</xsl:text>
+  </xsl:template>
+  <xsl:template name="syntax-part">
+    <xsl:choose>
+      <xsl:when test="@importance = 'optional' and not(self::figgroup)">[ <xsl:apply-templates select="."/> ]</xsl:when>
+      <xsl:when test="@importance = 'default' and not(self::figgroup)"><u><xsl:apply-templates select="."/></u></xsl:when>
+      <xsl:otherwise><xsl:apply-templates select="."/></xsl:otherwise>
+    </xsl:choose>
+  </xsl:template>
+
   <xsl:template name="map-name">
     <xsl:text>imagemap</xsl:text>
     <xsl:number level="any" count="fig[contains(@class, ' ut-d/imagemap ')]"/>
@@ -512,13 +537,19 @@
           <xsl:apply-templates select="desc"/>
         </caption>
       </xsl:if>
-      <xsl:apply-templates select="tgroup/thead"/>
-      <xsl:apply-templates select="tgroup/tbody"/>
+      <xsl:for-each select="tgroup">
+        <xsl:apply-templates select="thead"/>
+        <xsl:apply-templates select="tbody"/>
+      </xsl:for-each>
     </table>
     <xsl:text>&#10;</xsl:text>
   </xsl:template>
   <xsl:template match="thead">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'thead'"/></xsl:call-template>
+  </xsl:template>
+  <!-- HTML allows a thead only before the first tbody. -->
+  <xsl:template match="tgroup[preceding-sibling::tgroup]/thead" priority="2">
+    <xsl:call-template name="block"><xsl:with-param name="name" select="'tbody'"/></xsl:call-template>
   </xsl:template>
   <xsl:template match="tbody">
     <xsl:call-template name="block"><xsl:with-param name="name" select="'tbody'"/></xsl:call-template>
@@ -560,6 +591,12 @@
         <xsl:attribute name="scope"><xsl:value-of select="substring('rowcol', 1 + 3 * boolean(parent::sthead), 3)"/></xsl:attribute>
       </xsl:if>
       <xsl:apply-templates/>
+      <xsl:if test="@specentry and not(*)">
+        <xsl:variable name="own">
+          <xsl:call-template name="attribute-text"><xsl:with-param name="text" select="string()"/></xsl:call-template>
+        </xsl:variable>
+        <xsl:if test="normalize-space($own) = ''"><xsl:value-of select="@specentry"/></xsl:if>
+      </xsl:if>
     </xsl:element>
   </xsl:template>
 
@@ -828,8 +865,13 @@
   <xsl:template name="word">
     <xsl:param name="key"/>
     <xsl:variable name="entry" select="concat('|', $key, '=')"/>
+    <xsl:variable name="own-language" select="ancestor-or-self::*[@xml:lang][1]/@xml:lang"/>
+    <xsl:variable name="language-here">
+      <xsl:value-of select="$own-language"/>
+      <xsl:if test="not($own-language)"><xsl:value-of select="$page-language"/></xsl:if>
+    </xsl:variable>
     <xsl:choose>
-      <xsl:when test="starts-with($page-language, 'de') and contains($german, $entry)">
+      <xsl:when test="starts-with($language-here, 'de') and contains($german, $entry)">
         <xsl:value-of select="substring-before(substring-after($german, $entry), '|')"/>
       </xsl:when>
       <xsl:when test="contains($english, $entry)"><xsl:value-of select="substring-before(substring-after($english, $entry), '|')"/></xsl:when>

@@ -44,8 +44,9 @@ struct Publication {
     std::set<NativePath> known;   ///< Topics that wait or have their page.
     std::set<NativePath> copied;  ///< The targets.
     MessageSink warn;
-    std::set<NativePath> written;   ///< Pages.
-    std::set<std::string> remarks;  ///< What is reported, to report it once.
+    std::set<NativePath> written;     ///< Pages.
+    std::set<std::string> remarks;    ///< What is reported, to report it once.
+    std::set<std::string> languages;  ///< Likewise, those without words.
     int warnings = 0;
     std::string failure;  ///< The first page or file that could not be written.
 };
@@ -171,6 +172,7 @@ void ResolveReferences(Publication& publication, xmlDoc* document, const NativeP
     };
     ResolveConrefs(document, &publication.navigation.keys, publication.library, remarks);
     ReportUnhandled(document, remarks);
+    ReportLanguages(document, publication.navigation.language, publication.languages, remarks);
     ResolveKeyrefs(document, publication.navigation.keys, publication.library, remarks);
     ResolveCoderefs(document, remarks);
     AddMapLinks(document, publication.mapLinks, topic, publication.library);
@@ -347,6 +349,7 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
                             .warn = {},
                             .written = {},
                             .remarks = {},
+                            .languages = {},
                             .failure = {}};
     publication.warn = [&publication](const std::string& line) {
         ++publication.warnings;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
+#include <string>
 #include <string_view>
 
 #include "desk/toolkit/dita_classes.h"
@@ -39,6 +41,8 @@ constexpr UnhandledType kTypes[] = {
     {"map/relheader", "its links are left out"},
     {"topic/state", "its name and value are left out"},
     {"topic/boolean", "its value is left out"},
+    {"mathml-d/mathmlref", "the formula is left out"},
+    {"svg-d/svgref", "the drawing is left out"},
 };
 
 struct UnhandledAttribute {
@@ -56,6 +60,10 @@ constexpr UnhandledAttribute kAttributes[] = {
     {"spectitle", nullptr, "the heading is left out"},
     {"importance", "task/step", "the word for it is left out"},
     {"href", "topic/lq", "the link to the source of the quotation is left out"},
+    {"keyref", "topic/lq", "the link to the source of the quotation is left out"},
+    {"longdescref", nullptr, "the link to the long description is left out"},
+    {"datakeyref", "topic/object", "the object has no data from the key"},
+    {"keyref", "topic/param", "the parameter has no value from the key"},
 };
 
 bool HasBelow(const xmlNode* node, std::string_view type) {
@@ -129,7 +137,40 @@ void ReportAttributes(const xmlNode* node, const RemarkSink& remarks) {
     }
 }
 
+/// Whether the stylesheet writes words of its own into the page for the element or its content.
+bool HasGeneratedWords(const xmlNode* node) {
+    constexpr const char* kWithWords[] = {"topic/topic", "topic/note", "topic/fig", "topic/table",
+                                          "topic/related-links"};
+    return std::ranges::any_of(
+        kWithWords, [node](const char* type) { return HasType(node, type) || HasBelow(node, type); });
+}
+
+/// The languages of the stylesheet's words.
+bool IsKnownLanguage(const std::string& language) {
+    return language.empty() || language.starts_with("en") || language.starts_with("de");
+}
+
 }  // namespace
+
+void ReportLanguages(xmlDoc* document, const std::string& mapLanguage, std::set<std::string>& reported,
+                     const RemarkSink& remarks) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        const bool hasOwn =
+            node->type == XML_ELEMENT_NODE && xmlHasNsProp(node, Xml("lang"), XML_XML_NAMESPACE) != nullptr;
+        if (node != root && !hasOwn) {
+            continue;
+        }
+        const XmlString own(xmlNodeGetLang(node));
+        const std::string language = own == nullptr ? mapLanguage : std::string(View(own.get()));
+        if (!IsKnownLanguage(language) && HasGeneratedWords(node) && reported.insert(language).second) {
+            remarks(node, kNotHandled,
+                    "the language \"" + language +
+                        "\" is not handled: generated words, such as \"Note\" and \"Table\", are in "
+                        "English; the DITA Open Toolkit has them in more languages (--toolkit)");
+        }
+    }
+}
 
 void ReportUnhandled(xmlDoc* document, const RemarkSink& remarks) {
     xmlNode* root = xmlDocGetRootElement(document);

@@ -1,6 +1,9 @@
 // The constructs of DITA that the built-in toolkit does not handle.
 #pragma once
 
+#include <set>
+#include <string>
+
 #include "desk/toolkit/dita_document.h"
 
 namespace ventrix::desk {
@@ -9,5 +12,11 @@ namespace ventrix::desk {
 /// can use the DITA Open Toolkit instead. Call it when reused content is in its place, and before keys and
 /// links are resolved.
 void ReportUnhandled(xmlDoc* document, const RemarkSink& remarks);
+
+/// Reports the languages of a topic's page in which the toolkit has no words, and adds them to `reported`,
+/// which has those that are not reported again. The language of the map, which may be empty, counts for
+/// elements without one.
+void ReportLanguages(xmlDoc* document, const std::string& mapLanguage, std::set<std::string>& reported,
+                     const RemarkSink& remarks);
 
 }  // namespace ventrix::desk

@@ -425,6 +425,20 @@ TEST_F(BuiltinToolkit, AlternativeTitlesAreForTheContentsAndTheWindow) {
     EXPECT_EQ(Query("t.html", "concat(//h1, '|', //p, '|', //title)"), "Title|Title|Found - m");
 }
 
+TEST_F(BuiltinToolkit, EachLanguageWithoutWordsIsOneFinding) {
+    Write("m.ditamap", "<map xml:lang='fr'><topicref href='a.dita'/><topicref href='t.dita'/></map>");
+    WriteTopicAt("a.dita", "A", "<note>n</note>");
+    WriteTopic("<p><ph xml:lang='it'>i</ph></p><note xml:lang='de'>d</note><note xml:lang='es'>e</note>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(record_.findings.size(), 2U) << Findings();
+    EXPECT_NE(Findings().find("a.dita:1: the language \"fr\" is not handled"), std::string::npos)
+        << Findings();
+    EXPECT_NE(Findings().find("t.dita:1: the language \"es\" is not handled"), std::string::npos)
+        << Findings();
+    EXPECT_EQ(Query("t.html", "concat(//div[@class='note'][1], //div[@class='note'][2])"),
+              "Anmerkung: dNote: e");
+}
+
 TEST_F(BuiltinToolkit, LinksWithoutATextNameTheirTargets) {
     const struct {
         const char *target, *text;
@@ -513,6 +527,31 @@ TEST_F(BuiltinToolkit, MoreElementsAreRendered) {
               "SeeOtherinfo1");
 }
 
+TEST_F(BuiltinToolkit, SyntaxDiagramsHaveBracketsAndTablesKeepTheirOrder) {
+    const struct {
+        const char *body, *text;
+    } rows[] = {
+        {"<syntaxdiagram><groupseq><kwd>A</kwd><kwd importance='optional'>B</kwd></groupseq><groupchoice "
+         "importance='optional'><title>T</title><kwd>X</kwd><kwd importance='default'>Y</kwd></groupchoice>"
+         "</syntaxdiagram>",
+         "A[ B ] [ { TX | Y } ]"},
+        {"<table><tgroup cols='1'><thead><row><entry>H1</entry></row></thead><tbody><row><entry>a</entry>"
+         "</row></tbody></tgroup><tgroup cols='1'><thead><row><entry>H2</entry></row></thead><tbody><row>"
+         "<entry>b</entry></row></tbody></tgroup></table>",
+         "H1 a H2 b"},
+        {"<simpletable><strow><stentry specentry='S'/><stentry specentry='S'>own</stentry></strow>"
+         "</simpletable>",
+         "Sown"},
+        {"<fig><svg-container><svgref href='x.svg'/></svg-container></fig>", ""},
+    };
+    for (const auto& row : rows) {
+        WriteTopic(row.body);
+        ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+        EXPECT_EQ(Query("t.html", "normalize-space(//div[@class='body'])"), row.text) << row.body;
+        EXPECT_EQ(Query("t.html", "count(//xref | //thead[preceding-sibling::tbody])"), "0") << row.body;
+    }
+}
+
 TEST_F(BuiltinToolkit, ATopicWithoutATitleHasNoHeading) {
     WriteTopicAt("o.dita", "", "<p/>");
     WriteTopicAt("t.dita", "T", "<p/>");
@@ -594,6 +633,15 @@ TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
          "href=\"https://example.org\" of <lq>"},
         {"<topicref href='t.dita'/>", "<steps><step importance='optional'><cmd>x</cmd></step></steps>",
          "importance=\"optional\" of <step>"},
+        {"<topicref href='t.dita'/>", "<mathml><mathmlref href='l.html'/></mathml>", "<mathmlref>"},
+        {"<topicref href='t.dita'/>", "<svg-container><svgref href='l.html'/></svg-container>", "<svgref>"},
+        {"<topicref href='t.dita'/>", "<lq keyref='k'>x</lq>", "keyref=\"k\" of <lq>"},
+        {"<topicref href='t.dita'/>", "<image href='i.png' longdescref='l.html'/>",
+         "longdescref=\"l.html\" of <image>"},
+        {"<topicref href='t.dita'/>", "<object datakeyref='k'><param name='p' keyref='j'/></object>",
+         "datakeyref=\"k\" of <object>"},
+        {"<topicref href='t.dita'/>", "<object data='i.png'><param name='p' keyref='j'/></object>",
+         "keyref=\"j\" of <param>"},
     };
     Write("i.png", "png");
     Write("l.html", "<p/>");
