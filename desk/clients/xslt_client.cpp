@@ -34,8 +34,13 @@ NativePath OutputFolderOf(const XsltRun& run, const FileAccess& access) {
     return access.outputFolder.Empty() ? FolderOf(run.output) : access.outputFolder;
 }
 
+DitaFinding FindingFor(const FailedInclusion& failed) {
+    return {failed.file, failed.line, failed.element + " is not in the result: " + failed.reason};
+}
+
 /// Empty on success; else the reason, which names the file.
-std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const FileAccess& access) {
+std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const FileAccess& access,
+                          std::vector<DitaFinding>& findings) {
     if (run.source.Empty() || run.stylesheet.Empty() || run.output.Empty()) {
         return "the command of QlXSLT needs -file, -xslfilepath and -outputfilepath";
     }
@@ -52,10 +57,11 @@ std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const File
     std::vector<NativePath> folders;
     std::ranges::transform(FilesOf(stylesheet.get()), std::back_inserter(folders), FolderOf);
     scope.Add(folders);
-    const XmlDocument document = LoadForStylesheet(run.source, run.messages);
+    const auto [document, failedInclusions] = LoadForStylesheet(run.source, run.messages);
     if (document == nullptr) {
         return because("the document " + run.source.utf8 + " cannot be read");
     }
+    std::ranges::transform(failedInclusions, std::back_inserter(findings), FindingFor);
     const Transformed result =
         Transform({.stylesheet = stylesheet,
                    .document = document.get(),
@@ -95,7 +101,8 @@ bool IsOwn(const XsltRun& run) {
 std::string RunEngine(XsltRun& run, const XsltSettings& settings, const FileAccess& access,
                       TransformationRecord& record) {
     if (IsOwn(run)) {
-        return RunStylesheet(run, {}, access);
+        std::vector<DitaFinding> ignored;
+        return RunStylesheet(run, {}, access, ignored);
     }
     if (settings.starts) {
         settings.starts();
@@ -108,7 +115,7 @@ std::string RunEngine(XsltRun& run, const XsltSettings& settings, const FileAcce
         }
     }
     if (settings.engine != "saxon") {
-        return RunStylesheet(run, settings, access);
+        return RunStylesheet(run, settings, access, record.findings);
     }
     return RunSaxon({.source = run.source,
                      .stylesheet = run.stylesheet,

@@ -97,9 +97,22 @@ void AppendHref(std::vector<Reference>& list, const xmlNode* element, const std:
     Append(list, std::move(reference));
 }
 
+bool HasFallback(const xmlNode* include) {
+    for (const xmlNode* child = include->children; child != nullptr; child = child->next) {
+        if (child->type == XML_ELEMENT_NODE && Name(child) == "fallback") {
+            return true;
+        }
+    }
+    return false;
+}
+
 void AppendInclude(std::vector<Reference>& list, const xmlNode* element) {
     const bool text = Attribute(element, "parse") == "text";
-    Append(list, {.text = Attribute(element, "href"), .follow = !text, .confined = text, .opaque = text});
+    Append(list, {.text = Attribute(element, "href"),
+                  .follow = !text,
+                  .optional = HasFallback(element),
+                  .confined = text,
+                  .opaque = text});
 }
 
 void AppendConref(std::vector<Reference>& list, const std::string& target) {

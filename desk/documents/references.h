@@ -14,7 +14,8 @@ struct Reference {
     std::string text;       ///< A URI reference as written; never empty.
     bool graphic = false;   ///< An image, by its element or its extension.
     bool follow = false;    ///< The target may refer to further files: a map, a topic, an included XML file.
-    bool optional = false;  ///< Left out if the file is missing: a DTD that may come from a catalog.
+    bool optional = false;  ///< Left out if the file is missing: a DTD, which may come from a catalog, or an
+                            ///< inclusion with a fallback.
     bool dtd = false;       ///< A DTD or a part of one, which may pull in further files.
     bool confined = false;  ///< Becomes part of the text: an external entity, or a file included as text.
     bool opaque = false;    ///< The target is code, text or a download: its markup is not the document's.

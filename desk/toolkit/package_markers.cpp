@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/xml/inclusions.h"
 #include "desk/xml/marker_text.h"
 #include "desk/xml/stylesheet.h"
 #include "platform/files.h"
@@ -200,6 +201,9 @@ std::string PreparePackage(const NativePath& folder, bool dita,
     for (const NativePath& file : files) {
         const std::string content = ContentOf(file);
         std::string changed = dita ? WithoutMarkersInMetadata(content) : content;
+        if (!dita) {
+            EscapeInclusionPaths(changed);
+        }
         if (const std::size_t restored = RestoreReferenceElements(changed, referencedIds); restored > 0) {
             finding({file, 0,
                      "preserved elements with a reference, or with an id that a reference names: " +

@@ -1,7 +1,7 @@
-// Changes a package where the transformation could not cope with it, above all its marker text. A toolkit makes
-// file names of a branch filter's prefix, shapes of the words in an image map, and sort keys, search words and
-// attributes of metadata: marker text breaks these or reaches a reader. A preserved element has neither text
-// of its own, if that comes from a reference, nor an id that references could find.
+// Changes a package where the transformation could not cope with it, above all its marker text. A toolkit
+// makes file names of a branch filter's prefix, shapes of the words in an image map, and sort keys, search
+// words and attributes of metadata: marker text breaks these or reaches a reader. A preserved element has
+// neither text of its own, if that comes from a reference, nor an id that references could find.
 #pragma once
 
 #include <string>
@@ -11,8 +11,9 @@
 namespace ventrix::desk {
 
 /// Changes the XML files in the folder and below: takes marker text out of elements that contain no prose, if
-/// it is a DITA package, and puts elements back that references need, each file with such ones being a
-/// finding. Returns the first file that could not be written, one line with the reason; empty if all is done.
+/// it is a DITA package, else escapes the paths of XInclude; and puts elements back that references need,
+/// each file with such ones being a finding. Returns the first file that could not be written, one line with
+/// the reason; empty if all is done.
 std::string PreparePackage(const NativePath& folder, bool dita,
                            const std::function<void(const DitaFinding&)>& finding);
 

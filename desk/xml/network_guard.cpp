@@ -12,11 +12,7 @@ namespace ventrix::desk {
 namespace {
 
 void TakeStructured(void* context, xmlErrorPtr error) {
-    auto& guard = *static_cast<NetworkGuard*>(context);
-    if (error->file != nullptr) {
-        guard.Append((std::string(error->file) + ":" + std::to_string(error->line) + ": ").c_str());
-    }
-    guard.Append(error->message == nullptr ? "unknown error\n" : error->message);
+    static_cast<NetworkGuard*>(context)->Take(*error);
 }
 
 __attribute__((format(printf, 2, 3))) void TakeGeneric(void* context, const char* format, ...) {
@@ -51,6 +47,13 @@ NetworkGuard::~NetworkGuard() {
     xsltSetGenericErrorFunc(xsltContext_, xsltGeneric_);
     xmlSetGenericErrorFunc(genericContext_, generic_);
     xmlSetStructuredErrorFunc(structuredContext_, structured_);
+}
+
+void NetworkGuard::Take(const xmlError& error) {
+    if (error.file != nullptr) {
+        Append((std::string(error.file) + ":" + std::to_string(error.line) + ": ").c_str());
+    }
+    Append(error.message == nullptr ? "unknown error\n" : error.message);
 }
 
 void NetworkGuard::Append(const char* piece) {

@@ -15,6 +15,9 @@ class NetworkGuard {
     NetworkGuard(const NetworkGuard&) = delete;
     NetworkGuard& operator=(const NetworkGuard&) = delete;
 
+    /// Adds the message of an error, with its place.
+    void Take(const xmlError& error);
+
     /// Adds a piece of a message; complete lines go to the sink.
     void Append(const char* piece);
 

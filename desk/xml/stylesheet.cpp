@@ -3,7 +3,6 @@
 #include <libexslt/exslt.h>
 #include <libxml/HTMLtree.h>
 #include <libxml/uri.h>
-#include <libxml/xinclude.h>
 #include <libxslt/extensions.h>
 #include <libxslt/imports.h>
 #include <libxslt/security.h>
@@ -252,22 +251,18 @@ std::vector<NativePath> FilesOf(const xsltStylesheet* stylesheet) {
     return files;
 }
 
-XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages) {
+LoadedDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages) {
     LenientDocument loaded = LoadLeniently(path, LoadFor::kStylesheet);
     for (const std::string& entity : loaded.undeclaredEntities) {
         messages(path.utf8 + ": " + entity);
     }
     if (!loaded.wellFormed) {
         messages(path.utf8 + ": " + loaded.reason);
-        loaded.document.reset();
+        return {};
     }
-    if (loaded.document != nullptr) {
-        const NetworkGuard guard(messages);
-        xmlXIncludeProcessFlags(loaded.document.get(), XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOCDATA |
-                                                           XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR |
-                                                           XML_PARSE_NOXINCNODE | XML_PARSE_NOBASEFIX);
-    }
-    return std::move(loaded.document);
+    NetworkGuard guard(messages);
+    std::vector<FailedInclusion> failed = ProcessInclusions(loaded.document.get(), guard);
+    return {std::move(loaded.document), std::move(failed)};
 }
 
 Transformed Transform(const TransformJob& job, const MessageSink& messages) {

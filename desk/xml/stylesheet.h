@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "desk/paths/paths.h"
+#include "desk/xml/inclusions.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
@@ -31,10 +32,14 @@ Stylesheet LoadStylesheet(const NativePath& path, const MessageSink& messages);
 /// The stylesheet's own file and those that it imports and includes.
 std::vector<NativePath> FilesOf(const xsltStylesheet* stylesheet);
 
+struct LoadedDocument {
+    XmlDocument document;  ///< Null, with a message, if the file is missing or not well-formed.
+    std::vector<FailedInclusion> failedInclusions;
+};
+
 /// Loads a document for a stylesheet, with its XInclude elements replaced by what they include. An undeclared
-/// entity is reported as a message and expands to nothing, and so is an inclusion that cannot be read.
-/// Null, with a message, if the document is missing or not well-formed.
-XmlDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages);
+/// entity is reported as a message and expands to nothing.
+LoadedDocument LoadForStylesheet(const NativePath& path, const MessageSink& messages);
 
 struct TransformJob {
     const Stylesheet& stylesheet;

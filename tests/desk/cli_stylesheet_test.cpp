@@ -73,6 +73,46 @@ TEST_F(StylesheetRun, AnElementInTheTitleIsTextWhateverWroteThePageAndKeptMarker
     EXPECT_NE(Read("out/p.html").find("<title>T bold</title>"), std::string::npos) << Read("out/p.html");
 }
 
+TEST_F(StylesheetRun, IncludedFilesAreInTheResultWhateverTheirNames) {
+    const std::string open = "<xi:include xmlns:xi='http://www.w3.org/2001/XInclude' href=";
+    Write("d.xml", "<d>" + open + "'a b.xml'/>" + open + "\"ü/中.xml\"/>" + open +
+                       "'gone.xml'><xi:fallback><p>fallback</p></xi:fallback></xi:include></d>");
+    Write("a b.xml", "<p a='1'>spaces" + open + "'in ner.xml'/></p>");
+    Write("in ner.xml", "<b>inner</b>");
+    Write("ü/中.xml", "<p>letters</p>");
+    Write("s.xsl", Sheet("<html><xsl:copy-of select='d/p'/></html>"));
+    const test::Finished finished = Publish();
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    EXPECT_EQ(finished.error, "");
+    const std::string page = Read("out/d.html");
+    for (const char* text : {">spaces<b>inner</b><", ">letters<", ">fallback<"}) {
+        EXPECT_NE(page.find(text), std::string::npos) << text << page;
+    }
+}
+
+TEST_F(StylesheetRun, InclusionsThatFailAreReported) {
+    const std::string open = "\n<xi:include xmlns:xi='http://www.w3.org/2001/XInclude' href=";
+    Write("part.xml", "<p>\n" + open + "'ok.xml' xpointer='none'/></p>");
+    Write("ok.xml", "<p>ok</p>");
+    Write("s.xsl", Sheet("<html><xsl:value-of select='d'/></html>"));
+    const struct {
+        std::string href;
+        const char* finding;
+    } rows[] = {
+        {"'d.xml'", "d.xml:2: xi:include href=\"d.xml\" is not in the result: it includes the file"},
+        {"'http://127.0.0.1:9/x.xml'", "d.xml:2: xi:include href=\"http://127.0.0.1:9/x.xml\" is not"},
+        {"'ok.xml' xpointer='none'", "d.xml:2: xi:include href=\"ok.xml\" xpointer=\"none\" is not"},
+        {"'gone.xml'", "d.xml:2: xi:include href=\"gone.xml\" is not"},
+        {"'part.xml'", "part.xml:3: xi:include href=\"ok.xml\" xpointer=\"none\" is not"},
+    };
+    for (const auto& row : rows) {
+        Write("d.xml", "<d a='1'>text" + open + row.href + "/></d>");
+        const test::Finished finished = Publish();
+        EXPECT_EQ(finished.status, 1) << row.href;
+        EXPECT_NE(finished.error.find(row.finding), std::string::npos) << row.finding << finished.error;
+    }
+}
+
 TEST_F(StylesheetRun, WhatIsNotDecodedIsReported) {
     const std::string text = "<p><xsl:value-of select='d/p'/></p>";
     const struct {

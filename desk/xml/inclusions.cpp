@@ -1,0 +1,127 @@
+#include "desk/xml/inclusions.h"
+
+#include <libxml/uri.h>
+#include <libxml/xinclude.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "desk/xml/attributes_in_text.h"
+#include "desk/xml/network_guard.h"
+#include "desk/xml/reference_path.h"
+#include "desk/xml/xml_handles.h"
+
+namespace ventrix::desk {
+namespace {
+
+constexpr std::size_t kNpos = std::string_view::npos;
+
+struct Recorder {
+    NetworkGuard& guard;
+    std::vector<FailedInclusion> failed = {};
+};
+
+std::string ReasonFor(const xmlError& error) {
+    if (error.code == XML_XINCLUDE_RECURSION) {
+        return "it includes the file that contains it";
+    }
+    if (error.code == XML_XINCLUDE_NO_FALLBACK) {
+        return "href has to name a well-formed local file, and xpointer a part of it";
+    }
+    const std::string_view message = error.message == nullptr ? "unknown error" : error.message;
+    return std::string(message.substr(0, message.find('\n')));
+}
+
+std::string StartOf(const xmlNode* include) {
+    std::string text = "xi:include";
+    for (const char* name : {"href", "xpointer"}) {
+        if (const std::string value = Attribute(include, name); !value.empty()) {
+            text.append(" ").append(name).append("=\"").append(value).append("\"");
+        }
+    }
+    return text;
+}
+
+void TakeError(void* context, xmlErrorPtr error) {
+    auto& recorder = *static_cast<Recorder*>(context);
+    recorder.guard.Take(*error);
+    const auto* node = static_cast<const xmlNode*>(error->node);
+    if (error->domain == XML_FROM_XINCLUDE && error->level >= XML_ERR_ERROR && node != nullptr) {
+        recorder.failed.push_back({TargetOf(View(node->doc->URL), {"/"}).path,
+                                   static_cast<int>(xmlGetLineNo(node)), StartOf(node), ReasonFor(*error)});
+    }
+}
+
+bool IsIncludeTag(std::string_view tag) {
+    const std::string_view name = tag.substr(1, tag.find_first_of(" \t\r\n/>", 1) - 1);
+    return name.substr(name.find(':') + 1) == "include";
+}
+
+bool IsUtf8(std::string_view document) {
+    const std::string_view declaration = document.substr(0, document.find("?>"));
+    if (!document.starts_with("<?xml") && !document.starts_with("\xEF\xBB\xBF<?xml")) {
+        return true;
+    }
+    const std::vector<AttributeInText> attributes = AttributesIn(declaration);
+    const auto encoding = std::ranges::find(attributes, "encoding", &AttributeInText::name);
+    return encoding == attributes.end() || encoding->value == "UTF-8" || encoding->value == "utf-8";
+}
+
+std::string Escaped(std::string_view path, bool utf8) {
+    std::string escaped;
+    for (const char byte : path) {
+        if (byte == ' ' || (utf8 && static_cast<unsigned char>(byte) >= 0x80)) {
+            const XmlString escape(xmlURIEscapeStr(Xml(std::string(1, byte).c_str()), nullptr));
+            escaped += View(escape.get());
+        } else {
+            escaped += byte;
+        }
+    }
+    return escaped;
+}
+
+/// The tag with its href escaped.
+std::string WithEscapedPath(std::string_view tag, bool utf8) {
+    std::string changed(tag);
+    const std::vector<AttributeInText> attributes = AttributesIn(tag);
+    const auto href = std::ranges::find(attributes, "href", &AttributeInText::name);
+    if (href != attributes.end()) {
+        changed.replace(static_cast<std::size_t>(href->value.data() - tag.data()), href->value.size(),
+                        Escaped(href->value, utf8));
+    }
+    return changed;
+}
+
+}  // namespace
+
+std::vector<FailedInclusion> ProcessInclusions(xmlDoc* document, NetworkGuard& guard) {
+    Recorder recorder{guard};
+    const xmlStructuredErrorFunc function = xmlStructuredError;
+    void* const context = xmlStructuredErrorContext;
+    xmlSetStructuredErrorFunc(&recorder, TakeError);
+    xmlXIncludeProcessFlags(document, XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOCDATA |
+                                          XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR | XML_PARSE_NOXINCNODE |
+                                          XML_PARSE_NOBASEFIX);
+    xmlSetStructuredErrorFunc(context, function);
+    return std::move(recorder.failed);
+}
+
+void EscapeInclusionPaths(std::string& document) {
+    if (document.find("XInclude") == kNpos) {
+        return;
+    }
+    const bool utf8 = IsUtf8(document);
+    std::string changed;
+    std::size_t copied = 0;
+    for (std::size_t at = document.find('<'); at != kNpos; at = document.find('<', at + 1)) {
+        const std::size_t end = document.find('>', at);
+        const std::string_view tag = std::string_view(document).substr(at, end - at);
+        if (IsIncludeTag(tag)) {
+            changed.append(document, copied, at - copied).append(WithEscapedPath(tag, utf8));
+            copied = at + tag.size();
+        }
+    }
+    document = changed.append(document, copied);
+}
+
+}  // namespace ventrix::desk
