@@ -1,12 +1,13 @@
 #include "desk/xml/inclusions.h"
 
-#include <libxml/uri.h>
 #include <libxml/xinclude.h>
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 
 #include "desk/xml/attributes_in_text.h"
+#include "desk/xml/encodings.h"
 #include "desk/xml/network_guard.h"
 #include "desk/xml/reference_path.h"
 #include "desk/xml/xml_handles.h"
@@ -57,37 +58,32 @@ bool IsIncludeTag(std::string_view tag) {
     return name.substr(name.find(':') + 1) == "include";
 }
 
-bool IsUtf8(std::string_view document) {
-    const std::string_view declaration = document.substr(0, document.find("?>"));
-    if (!document.starts_with("<?xml") && !document.starts_with("\xEF\xBB\xBF<?xml")) {
-        return true;
-    }
-    const std::vector<AttributeInText> attributes = AttributesIn(declaration);
+std::string EncodingOf(std::string_view document) {
+    const std::vector<AttributeInText> attributes = AttributesIn(document.substr(0, document.find("?>")));
+    const bool isDeclared = !attributes.empty() && attributes.front().name == "version";
     const auto encoding = std::ranges::find(attributes, "encoding", &AttributeInText::name);
-    return encoding == attributes.end() || encoding->value == "UTF-8" || encoding->value == "utf-8";
+    return isDeclared && encoding != attributes.end() ? std::string(encoding->value) : "UTF-8";
 }
 
-std::string Escaped(std::string_view path, bool utf8) {
+/// A path that is not in the encoding stays as it is.
+std::string Escaped(std::string_view path, const std::string& encoding) {
+    const std::optional<std::string> utf8 = ToUtf8(path, encoding.c_str());
     std::string escaped;
-    for (const char byte : path) {
-        if (byte == ' ' || (utf8 && static_cast<unsigned char>(byte) >= 0x80)) {
-            const XmlString escape(xmlURIEscapeStr(Xml(std::string(1, byte).c_str()), nullptr));
-            escaped += View(escape.get());
-        } else {
-            escaped += byte;
-        }
+    for (const char byte : utf8.value_or("")) {
+        const bool needsEscape = byte == ' ' || static_cast<unsigned char>(byte) >= 0x80;
+        escaped += needsEscape ? PercentEncoded({&byte, 1}) : std::string(1, byte);
     }
-    return escaped;
+    return utf8.has_value() ? escaped : std::string(path);
 }
 
 /// The tag with its href escaped.
-std::string WithEscapedPath(std::string_view tag, bool utf8) {
+std::string WithEscapedPath(std::string_view tag, const std::string& encoding) {
     std::string changed(tag);
     const std::vector<AttributeInText> attributes = AttributesIn(tag);
     const auto href = std::ranges::find(attributes, "href", &AttributeInText::name);
     if (href != attributes.end()) {
         changed.replace(static_cast<std::size_t>(href->value.data() - tag.data()), href->value.size(),
-                        Escaped(href->value, utf8));
+                        Escaped(href->value, encoding));
     }
     return changed;
 }
@@ -110,14 +106,14 @@ void EscapeInclusionPaths(std::string& document) {
     if (document.find("XInclude") == kNpos) {
         return;
     }
-    const bool utf8 = IsUtf8(document);
+    const std::string encoding = EncodingOf(document);
     std::string changed;
     std::size_t copied = 0;
     for (std::size_t at = document.find('<'); at != kNpos; at = document.find('<', at + 1)) {
         const std::size_t end = document.find('>', at);
         const std::string_view tag = std::string_view(document).substr(at, end - at);
         if (IsIncludeTag(tag)) {
-            changed.append(document, copied, at - copied).append(WithEscapedPath(tag, utf8));
+            changed.append(document, copied, at - copied).append(WithEscapedPath(tag, encoding));
             copied = at + tag.size();
         }
     }

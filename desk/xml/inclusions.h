@@ -24,8 +24,8 @@ struct FailedInclusion {
 /// parser go to the guard.
 std::vector<FailedInclusion> ProcessInclusions(xmlDoc* document, NetworkGuard& guard);
 
-/// Escapes the spaces in the href of each include element, and in a document of UTF-8 the letters outside of
-/// ASCII: libxml2 takes URIs only.
+/// Escapes the spaces and the letters outside of ASCII in the href of each include element, in any encoding
+/// that contains ASCII: libxml2 takes URIs only.
 void EscapeInclusionPaths(std::string& document);
 
 }  // namespace ventrix::desk

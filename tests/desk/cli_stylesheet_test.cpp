@@ -75,17 +75,19 @@ TEST_F(StylesheetRun, AnElementInTheTitleIsTextWhateverWroteThePageAndKeptMarker
 
 TEST_F(StylesheetRun, IncludedFilesAreInTheResultWhateverTheirNames) {
     const std::string open = "<xi:include xmlns:xi='http://www.w3.org/2001/XInclude' href=";
-    Write("d.xml", "<d>" + open + "'a b.xml'/>" + open + "\"ü/中.xml\"/>" + open +
+    Write("d.xml", "<d>" + open + "'a b.xml'/>" + open + "\"ü/中.xml\"/>" + open + "'latin.xml'/>" + open +
                        "'gone.xml'><xi:fallback><p>fallback</p></xi:fallback></xi:include></d>");
     Write("a b.xml", "<p a='1'>spaces" + open + "'in ner.xml'/></p>");
     Write("in ner.xml", "<b>inner</b>");
+    Write("latin.xml", "<?xml version='1.0' encoding='ISO-8859-1'?><p>other" + open + "'\xE4.xml'/></p>");
+    Write("ä.xml", "<b>encoding</b>");
     Write("ü/中.xml", "<p>letters</p>");
     Write("s.xsl", Sheet("<html><xsl:copy-of select='d/p'/></html>"));
     const test::Finished finished = Publish();
     EXPECT_EQ(finished.status, 0) << finished.error;
     EXPECT_EQ(finished.error, "");
     const std::string page = Read("out/d.html");
-    for (const char* text : {">spaces<b>inner</b><", ">letters<", ">fallback<"}) {
+    for (const char* text : {">spaces<b>inner</b><", ">letters<", ">other<b>encoding</b><", ">fallback<"}) {
         EXPECT_NE(page.find(text), std::string::npos) << text << page;
     }
 }
