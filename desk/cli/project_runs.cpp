@@ -125,9 +125,10 @@ std::vector<Place> PlacesOf(const Project& project, const Deliverable& deliverab
                             const std::array<const char*, Count>& options) {
     std::vector<Place> places;
     for (const char* option : options) {
-        const ProjectSetting* setting = Find(project, deliverable, option);
-        for (const std::string& value : setting == nullptr ? std::vector<std::string>() : setting->values) {
-            places.push_back({option, RealPath({value}), setting->line});
+        if (const ProjectSetting* setting = Find(project, deliverable, option)) {
+            for (const std::string& value : setting->values) {
+                places.push_back({option, RealPath({value}), setting->line});
+            }
         }
     }
     return places;
