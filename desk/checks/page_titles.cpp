@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string_view>
 
+#include "desk/xml/markup_in_text.h"
 #include "platform/files.h"
 
 namespace ventrix::desk {
@@ -12,22 +13,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kNpos = std::string_view::npos;
-
-/// The position past the tag that begins at `at`, whose quoted values may contain a ">".
-std::size_t PastTag(std::string_view text, std::size_t at) {
-    char quote = 0;
-    for (; at < text.size(); ++at) {
-        const char c = text[at];
-        if (quote != 0) {
-            quote = c == quote ? '\0' : quote;
-        } else if (c == '"' || c == '\'') {
-            quote = c;
-        } else if (c == '>') {
-            return at + 1;
-        }
-    }
-    return text.size();
-}
 
 /// The name in a start tag; empty for anything else.
 std::string_view NameIn(std::string_view tag) {
@@ -39,7 +24,7 @@ std::string WithoutTags(std::string_view title, const std::vector<std::string>& 
     std::size_t depth = 0;  // In an element whose tags are taken out.
     while (!title.empty()) {
         const std::size_t size =
-            title.front() == '<' ? PastTag(title, 0) : std::min(title.find('<'), title.size());
+            title.front() == '<' ? TagLength(title) : std::min(title.find('<'), title.size());
         const std::string_view piece = title.substr(0, size);
         title.remove_prefix(size);
         const bool begins =
@@ -63,7 +48,7 @@ bool MakeTitlePlain(std::string& page, const std::vector<std::string>& elements)
     if (end == kNpos || std::min(page.find("</head>"), page.find("<body")) < tag) {
         return false;
     }
-    const std::size_t begin = std::min(PastTag(page, tag), end);
+    const std::size_t begin = std::min(tag + TagLength(std::string_view(page).substr(tag)), end);
     const std::string plain = WithoutTags(std::string_view(page).substr(begin, end - begin), elements);
     const bool isChanged = plain.size() < end - begin;
     page.replace(begin, end - begin, plain);

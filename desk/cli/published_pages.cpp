@@ -7,6 +7,7 @@
 
 #include "desk/xml/limits.h"
 #include "desk/xml/marker_text.h"
+#include "desk/xml/markup_in_text.h"
 #include "platform/native_files.h"
 
 namespace fs = std::filesystem;
@@ -54,22 +55,6 @@ void InspectTag(std::string_view tag, const NativePath& page, PublishedPages& fo
     }
 }
 
-/// Returns the position of the ">" that ends the tag at `at`, skipping quoted values.
-std::size_t TagEnd(std::string_view text, std::size_t at) {
-    char quote = 0;
-    for (; at < text.size(); ++at) {
-        const char c = text[at];
-        if (quote != 0) {
-            quote = c == quote ? '\0' : quote;
-        } else if (c == '"' || c == '\'') {
-            quote = c;
-        } else if (c == '>') {
-            return at;
-        }
-    }
-    return text.size();
-}
-
 void InspectPage(const std::string& text, const NativePath& page, PublishedPages& found) {
     if (!ContainsMarkers(text)) {
         return;
@@ -79,11 +64,10 @@ void InspectPage(const std::string& text, const NativePath& page, PublishedPages
     while (at < text.size()) {
         const std::size_t open = std::min(text.find('<', at), text.size());
         markedText = markedText || ContainsMarkers(std::string_view(text).substr(at, open - at));
-        const std::size_t close = TagEnd(text, open);
-        InspectTag(
-            std::string_view(text).substr(std::min(open + 1, close), close - std::min(open + 1, close)), page,
-            found);
-        at = close + 1;
+        const std::string_view rest = std::string_view(text).substr(open);
+        const std::string_view tag = rest.substr(0, TagLength(rest));
+        InspectTag(tag.substr(std::min<std::size_t>(tag.size(), 1)), page, found);
+        at = open + tag.size();
     }
     if (markedText && found.markedTexts++ == 0) {
         found.firstMarkedText = page;

@@ -7,6 +7,7 @@
 
 #include "desk/xml/inclusions.h"
 #include "desk/xml/marker_text.h"
+#include "desk/xml/markup_in_text.h"
 #include "desk/xml/stylesheet.h"
 #include "platform/files.h"
 
@@ -101,20 +102,6 @@ class Cleaning {
             Copy(end == std::string_view::npos ? document_.size() : end, true);
         }
         CopyPast(">");
-    }
-
-    static std::size_t TagLength(std::string_view text) {
-        char quote = 0;
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (quote != 0) {
-                quote = text[i] == quote ? '\0' : quote;
-            } else if (text[i] == '"' || text[i] == '\'') {
-                quote = text[i];
-            } else if (text[i] == '>') {
-                return i + 1;
-            }
-        }
-        return text.size();
     }
 
     void TakeElementTag(std::string_view tag) {

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string_view>
 
-#include "desk/xml/attributes_in_text.h"
 #include "desk/xml/encodings.h"
+#include "desk/xml/markup_in_text.h"
 #include "desk/xml/network_guard.h"
 #include "desk/xml/reference_path.h"
 #include "desk/xml/xml_handles.h"
@@ -53,7 +53,29 @@ void TakeError(void* context, xmlErrorPtr error) {
     }
 }
 
+struct Delimiters {
+    std::string_view opening, closing;
+};
+
+/// What contains no include element, whatever it looks like. Of a declaration only the start counts: a
+/// comment may follow inside.
+constexpr Delimiters kOtherMarkup[] = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}, {"<!", ""}};
+
+/// The length of the piece of markup that the text begins with.
+std::size_t MarkupLength(std::string_view text) {
+    for (const Delimiters& delimiters : kOtherMarkup) {
+        if (text.starts_with(delimiters.opening)) {
+            const std::size_t end = text.find(delimiters.closing, delimiters.opening.size());
+            return end == kNpos ? text.size() : end + delimiters.closing.size();
+        }
+    }
+    return TagLength(text);
+}
+
 bool IsIncludeTag(std::string_view tag) {
+    if (tag.starts_with("<!")) {
+        return false;
+    }
     const std::string_view name = tag.substr(1, tag.find_first_of(" \t\r\n/>", 1) - 1);
     return name.substr(name.find(':') + 1) == "include";
 }
@@ -109,13 +131,15 @@ void EscapeInclusionPaths(std::string& document) {
     const std::string encoding = EncodingOf(document);
     std::string changed;
     std::size_t copied = 0;
-    for (std::size_t at = document.find('<'); at != kNpos; at = document.find('<', at + 1)) {
-        const std::size_t end = document.find('>', at);
-        const std::string_view tag = std::string_view(document).substr(at, end - at);
-        if (IsIncludeTag(tag)) {
-            changed.append(document, copied, at - copied).append(WithEscapedPath(tag, encoding));
-            copied = at + tag.size();
+    for (std::size_t at = document.find('<'); at != kNpos;) {
+        const std::string_view rest = std::string_view(document).substr(at);
+        const std::string_view markup = rest.substr(0, MarkupLength(rest));
+        const std::size_t end = at + markup.size();
+        if (IsIncludeTag(markup)) {
+            changed.append(document, copied, at - copied).append(WithEscapedPath(markup, encoding));
+            copied = end;
         }
+        at = document.find('<', end);
     }
     document = changed.append(document, copied);
 }

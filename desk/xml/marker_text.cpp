@@ -5,7 +5,7 @@
 #include <cctype>
 #include <cstdint>
 
-#include "desk/xml/attributes_in_text.h"
+#include "desk/xml/markup_in_text.h"
 
 namespace ventrix::desk {
 namespace {

@@ -1,4 +1,4 @@
-#include "desk/xml/attributes_in_text.h"
+#include "desk/xml/markup_in_text.h"
 
 #include <algorithm>
 #include <cctype>
@@ -33,6 +33,21 @@ std::size_t QuoteLength(std::string_view text) {
 }
 
 }  // namespace
+
+std::size_t TagLength(std::string_view text) {
+    char quote = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (quote != 0) {
+            quote = c == quote ? '\0' : quote;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '>') {
+            return at + 1;
+        }
+    }
+    return text.size();
+}
 
 std::vector<AttributeInText> AttributesIn(std::string_view text) {
     std::vector<AttributeInText> attributes;
