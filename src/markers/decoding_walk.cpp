@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "markers/dom_helpers.h"
+#include "markers/xml/characters.h"
 
 namespace ventrix {
 namespace {
@@ -48,15 +49,13 @@ bool HasName(std::string_view value, std::string_view name) {
     return found != tokens.end() && (found - tokens.begin()) % 2 == 0;
 }
 
-void ApplyAttributeGroup(xml::Document& document, xml::Node element, std::string_view text,
-                         const PublishParams& params, DecodingState& state) {
-    state.tagPairs.clear();
-    state.targetPairs.clear();
-    ParseAttributeGroup(text, state.tagPairs, state.targetPairs);
-    if (!state.tagPairs.empty()) {
-        ApplyTagPairs(document, element, state.tagPairs, params, state);
+/// Applies the pairs of the state.
+void ApplyAttributes(xml::Document& document, xml::Node element, const PublishParams& params,
+                     DecodingState& state) {
+    if (!state.encoded.tagPairs.empty()) {
+        ApplyTagPairs(document, element, state.encoded.tagPairs, params, state);
     }
-    const AttributePairs& targetPairs = state.targetPairs;
+    const AttributePairs& targetPairs = state.encoded.targetPairs;
     for (std::size_t i = 0; i < targetPairs.size(); i += 2) {
         SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1], true);
         if (targetPairs[i] == TagsAttribute(params)) {
@@ -80,32 +79,80 @@ std::string_view WithoutMarkerWords(std::string_view text, std::string& buffer) 
     return HasMarkerPrefix(text) ? buffer = RemoveMarkerWords(text) : text;
 }
 
-void InsertElementGroup(xml::Document& document, std::string_view piece, xml::Node textNode) {
-    const auto xmlText = ElementGroupXml(piece);
-    const xml::Node element = xmlText ? ParseElementXml(document, *xmlText) : xml::Node();
+void InsertElement(xml::Document& document, std::string_view xmlText, xml::Node textNode) {
+    const xml::Node element = ParseElementXml(document, xmlText);
     if (!element) {
         return;
     }
     // A reference may stand for a part of a word.
-    if (HasMarkerPrefix(*xmlText) || xmlText->find('&') != std::string::npos) {
+    if (HasMarkerPrefix(xmlText) || xml::FindByte(xmlText, '&') != std::string_view::npos) {
         ClearMarkerWords(element);
     }
     textNode.get_parentNode().insertBefore(element, textNode);
 }
 
-}  // namespace
-
-// The order of the steps matters, since each reads what the one before has left of the text. Attribute groups
-// go first, wherever they are: only without them do the scoped groups begin the text. What remains after the
-// scoped groups is split at its element groups, and the marker words left in the pieces are removed.
-xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
-                         DecodingState& state) {
-    const std::string_view content = textNode.get_text(state.content);
-    // Without a marker word the text would stay as it is. Most text nodes of a file end here, without a copy.
-    if (!HasMarkerPrefix(content)) {
-        return textNode.get_nextSibling();
+void InsertElementGroup(xml::Document& document, std::string_view piece, xml::Node textNode) {
+    if (const auto xmlText = ElementGroupXml(piece)) {
+        InsertElement(document, *xmlText, textNode);
     }
-    ApplyAttributeGroup(document, textNode.get_parentNode(), content, params, state);
+}
+
+/// Whether the source bytes of a text may stand for something else.
+bool MustDecode(std::string_view source) {
+    return xml::FindAnyByte(source, 0, '&', '\r') != std::string_view::npos;
+}
+
+/// Puts the parts of the state, which split the source of the text node, in its place. The text node itself
+/// becomes the last one.
+void InsertParts(xml::Document& document, xml::Node textNode, DecodingState& state) {
+    std::vector<EncodedText::Part>& parts = state.encoded.parts;
+    const bool endsWithText = !parts.empty() && !parts.back().isElement;
+    const std::string_view last = endsWithText ? parts.back().text : std::string_view();
+    for (const EncodedText::Part& part : std::span(parts).first(parts.size() - (endsWithText ? 1 : 0))) {
+        if (part.isElement) {
+            xml::DecodeText(part.text, state.elementXml);
+            UnescapeMarkup(state.elementXml);
+            InsertElement(document, state.elementXml, textNode);
+        } else {
+            textNode.get_parentNode().insertBefore(document.createTextPart(textNode, part.text), textNode);
+        }
+    }
+    textNode.put_source(last);
+}
+
+/// Decodes a text node as an encoding pass has left it, as most are: what remains of its text stays where it
+/// is in the file's bytes. False, without a change, for any other text node.
+bool DecodeInPlace(xml::Document& document, xml::Node textNode, const PublishParams& params,
+                   DecodingState& state) {
+    const std::string_view source = textNode.get_source();
+    EncodedText& encoded = state.encoded;
+    if (source.data() == nullptr || !SplitEncodedText(source, encoded) ||
+        MustDecode(encoded.attributeGroup)) {
+        return false;
+    }
+    const bool isUnmarked = encoded.parts.size() == 1 && encoded.parts[0].text.size() == source.size();
+    if (!isUnmarked) {
+        ApplyAttributes(document, textNode.get_parentNode(), params, state);
+        InsertParts(document, textNode, state);
+    }
+    return true;
+}
+
+// Decodes any text node. The order of the steps matters, since each reads what the one before has left of the
+// text. Attribute groups go first, wherever they are: only without them do the scoped groups begin the text.
+// What remains after the scoped groups is split at its element groups, and the marker words left in the
+// pieces are removed.
+void DecodeContent(xml::Document& document, xml::Node textNode, const PublishParams& params,
+                   DecodingState& state) {
+    const std::string_view content = textNode.get_text(state.content);
+    if (!HasMarkerPrefix(content)) {
+        return;
+    }
+    EncodedText& encoded = state.encoded;
+    encoded.tagPairs.clear();
+    encoded.targetPairs.clear();
+    ParseAttributeGroup(content, encoded.tagPairs, encoded.targetPairs);
+    ApplyAttributes(document, textNode.get_parentNode(), params, state);
     std::string_view text = StripAttributeGroups(content, state.stripped);
     ScopedEntries entries = TakeScopedGroups(text);
     if (AddsTags(entries, params)) {
@@ -116,6 +163,15 @@ xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const Publ
         InsertPieces(document, SplitElementGroups(text), textNode);
     } else {
         textNode.put_text(text);
+    }
+}
+
+}  // namespace
+
+xml::Node DecodeTextNode(xml::Document& document, xml::Node textNode, const PublishParams& params,
+                         DecodingState& state) {
+    if (!DecodeInPlace(document, textNode, params, state)) {
+        DecodeContent(document, textNode, params, state);
     }
     return textNode.get_nextSibling();
 }

@@ -28,11 +28,11 @@ struct DecodingState {
     /// The tokens of the open elements with a long tags attribute, innermost last, so that each text node of
     /// an element costs only what it adds.
     std::vector<TagTokens> open;
-    std::string content;         ///< Scratch memory: of the text node.
-    std::string stripped;        ///< Scratch memory: the content without attribute groups.
-    AttributePairs tagPairs;     ///< Scratch memory: of the content's attribute group.
-    AttributePairs targetPairs;  ///< Scratch memory: the same.
-    std::string added;           ///< Scratch memory: to the tags attribute.
+    EncodedText encoded;     ///< Scratch memory: of the text node; of another one only the pairs.
+    std::string elementXml;  ///< Scratch memory: of an element group.
+    std::string content;     ///< Scratch memory: of the text node.
+    std::string stripped;    ///< Scratch memory: the content without attribute groups.
+    std::string added;       ///< Scratch memory: to the tags attribute.
 };
 
 /// Decodes one filled text node. No marker word is left in it and in the elements that it contained. Returns

@@ -127,6 +127,57 @@ std::optional<std::size_t> ElementGroupEnd(std::string_view text, std::size_t st
     return position;
 }
 
+/// Takes the bytes in front of the next "Q" and the marker word that must begin there.
+template <const std::string_view& Word>
+bool TakeUpTo(std::string_view& text, std::string_view& before) {
+    const std::size_t found = std::min(xml::FindByte(text, Word.front()), text.size());
+    before = text.substr(0, found);
+    text.remove_prefix(found);
+    if (!BeginsWith<Word>(text)) {
+        return false;
+    }
+    text.remove_prefix(Word.size());
+    return true;
+}
+
+/// Takes the attribute group that the text begins with. Only the first one of a text counts.
+bool TakeEncodedAttributes(std::string_view& text, EncodedText& encoded) {
+    const bool isFirst = encoded.attributeGroup.data() == nullptr;
+    text.remove_prefix(QL_START.size());
+    const char* const begin = text.data();
+    while (!BeginsWith<QL_END>(text)) {
+        std::string_view name;
+        std::string_view value;
+        std::string_view target;
+        if (!TakeUpTo<QL_EQ>(text, name) || !TakeUpTo<QL_TARGET>(text, value) ||
+            !TakeUpTo<QL_SEP>(text, target)) {
+            return false;
+        }
+        if (isFirst) {
+            AttributePairs& pairs = target.empty() ? encoded.tagPairs : encoded.targetPairs;
+            pairs.insert(pairs.end(), {target.empty() ? name : target, value});
+        }
+    }
+    if (isFirst) {
+        encoded.attributeGroup = {begin, text.data()};
+    }
+    text.remove_prefix(QL_END.size());
+    return true;
+}
+
+bool TakeEncodedElement(std::string_view& text, EncodedText& encoded) {
+    if (!BeginsWith<QL_ELEM_S>(text)) {
+        return false;
+    }
+    text.remove_prefix(QL_ELEM_S.size());
+    std::string_view xml;
+    if (!TakeUpTo<QL_ELEM_E>(text, xml)) {
+        return false;
+    }
+    encoded.parts.push_back({xml, true});
+    return true;
+}
+
 }  // namespace
 
 void PrependAttributeGroup(std::string& text, const AttributeEntries& entries) {
@@ -233,6 +284,30 @@ std::string_view StripAttributeGroups(std::string_view text, std::string& buffer
         return rest;
     }
     return buffer += rest;
+}
+
+bool SplitEncodedText(std::string_view text, EncodedText& encoded) {
+    encoded.parts.clear();
+    encoded.tagPairs.clear();
+    encoded.targetPairs.clear();
+    encoded.attributeGroup = {};
+    while (!text.empty()) {
+        const std::size_t plain = std::min(xml::FindByte(text, QL_START.front()), text.size());
+        if (plain != 0) {
+            if (!encoded.parts.empty() && !encoded.parts.back().isElement) {
+                return false;
+            }
+            encoded.parts.push_back({text.substr(0, plain), false});
+            text.remove_prefix(plain);
+        } else if (BeginsWith<QL_START>(text)) {
+            if (!TakeEncodedAttributes(text, encoded)) {
+                return false;
+            }
+        } else if (!TakeEncodedElement(text, encoded)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 std::string ComposeScopedGroups(const ScopedEntries& entries) {

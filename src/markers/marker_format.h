@@ -50,6 +50,26 @@ void ParseAttributeGroup(std::string_view text, AttributePairs& tagPairs, Attrib
 /// into the text where the result is a part of it, otherwise into `buffer`, which is overwritten.
 std::string_view StripAttributeGroups(std::string_view text, std::string& buffer);
 
+/// The parts of a text in their order, in the form that an encoding pass gives to it.
+struct EncodedText {
+    /// A plain text or the escaped XML of an element group, never empty and without a marker word. No two
+    /// plain parts follow each other.
+    struct Part {
+        std::string_view text;
+        bool isElement;
+    };
+    std::vector<Part> parts;
+    std::string_view attributeGroup;  ///< The first one, without its outer words; null without one.
+    AttributePairs tagPairs;          ///< Of that group, as ParseAttributeGroup reads it.
+    AttributePairs targetPairs;
+};
+
+/// Splits a text that consists of nothing but complete attribute groups, element groups that hold no further
+/// group, and plain text. All views are of the text. False for any other text, in particular for one with
+/// scoped groups, with a "Q" that begins no marker word, or with plain text on both sides of an attribute
+/// group; `encoded` is then without meaning. A text without marker words is one plain part.
+bool SplitEncodedText(std::string_view text, EncodedText& encoded);
+
 /// Returns one scoped group per entry, in order; empty without entries.
 std::string ComposeScopedGroups(const ScopedEntries& entries);
 

@@ -153,6 +153,34 @@ TEST(DecodingWalk, TurnsElementGroupsIntoElements) {
         EXPECT_EQ(Decoded(row.input), row.output) << row.name;
 }
 
+TEST(DecodingWalk, WritesWhatRemainsOfAMarkedTextLikeNewText) {
+    const std::string group = Group("t", "1");
+    const auto p = [](const std::string& text) {
+        return "<p " + Tags("tQL_SEP1QL_SEP") + ">" + text + "</p>";
+    };
+    const Row rows[] = {
+        {"references", "<p>" + group + "a &amp; &lt;b</p>", p("a &amp; &lt;b")},
+        {"a bare character", "<p>" + group + "a > b</p>", p("a &gt; b")},
+        {"references that are not needed", "<p>" + group + "&quot;<b/>" + group + "&apos;</p>", p("\"<b/>'")},
+        {"a character as reference", "<p>" + group + "&#233;</p>", p("\xC3\xA9")},
+        {"a word with a letter as reference", "<p>" + group + "x&#81;L_SEPy</p>", p("xy")},
+        {"a letter as reference that is no word", "<p>" + group + "x&#81;L</p>", p("xQL")},
+        {"the letter of the words", "<p>" + group + "FAQ<b/>QL_SE" + group + "P</p>", p("FAQ<b/>")},
+        {"a file with the same line ends", "<div>\r\n<p>" + group + "a\r\nb</p></div>",
+         "<div>\r\n" + p("a\r\nb") + "</div>"},
+        {"a line feed among other line ends", "<div>\r\n<p>" + group + "a\nb</p></div>",
+         "<div>\r\n" + p("a\r\nb") + "</div>"},
+        {"other line ends among line feeds", "<div>\n<p>" + group + "a\r\nb</p></div>",
+         "<div>\n" + p("a\nb") + "</div>"},
+        {"a carriage return alone", "<div>\r\n<p>" + group + "a\rb</p></div>",
+         "<div>\r\n" + p("a\r\nb") + "</div>"},
+        {"a group between the two bytes of a line end", "<p>" + group + "a\r" + group + "\nb</p>",
+         p("a\n\nb")},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(Decoded(row.input), row.output) << row.name;
+}
+
 TEST(DecodingWalk, RemovesMarkerWordsFromEveryTextNode) {
     PublishParams params;
     params.skipElements = {"mathml"};

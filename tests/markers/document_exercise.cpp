@@ -33,6 +33,7 @@ void RewriteAll(xml::Node root) {
         for (std::size_t i = 0; i < attributes.get_length(); ++i) {
             attributes.get_item(i).put_text(NodeText(attributes.get_item(i)));
         }
+        node.put_source(node.get_source());
         const std::string text = NodeText(node);
         node.put_text("other");
         node.put_text(text);

@@ -109,18 +109,22 @@ inline std::size_t SkipPlain(std::string_view text, std::size_t at) {
     return SkipAllBut(text, at, '&', '<', ']');
 }
 
-/// As text.find(byte, from). Many searches for marker words and references are over within a few bytes, where
-/// a call of the C library's search costs as much as the search. That of Windows may look at single bytes.
-inline std::size_t FindByte(std::string_view text, char byte, std::size_t from = 0) {
+/// The position of the first of these bytes at or after `from`; npos without one. Many searches for marker
+/// words and references are over within a few bytes, where a call of the C library's search costs as much as
+/// the search. That of Windows may look at single bytes.
+template <typename... Bytes>
+std::size_t FindAnyByte(std::string_view text, std::size_t from, Bytes... bytes) {
     using detail::Each;
-    const std::uint64_t wanted = Each(static_cast<unsigned char>(byte));
+    // The lowest high bit is that of an equal byte. Those above it may be wrong.
+    const auto matches = [](std::uint64_t word, char byte) {
+        const std::uint64_t difference = word ^ Each(static_cast<unsigned char>(byte));
+        return (difference - Each(1)) & ~difference & Each(0x80);
+    };
     std::size_t at = from;
     for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, text.data() + at, sizeof word);
-        // The lowest high bit is that of a byte without difference. Those above it may be wrong.
-        const std::uint64_t difference = word ^ wanted;
-        const std::uint64_t found = (difference - Each(1)) & ~difference & Each(0x80);
+        const std::uint64_t found = (matches(word, bytes) | ...);
         if (found != 0) {
             if (std::endian::native != std::endian::little) {
                 break;
@@ -128,10 +132,15 @@ inline std::size_t FindByte(std::string_view text, char byte, std::size_t from =
             return at + static_cast<std::size_t>(std::countr_zero(found)) / 8;
         }
     }
-    while (at < text.size() && text[at] != byte) {
+    while (at < text.size() && ((text[at] != bytes) && ...)) {
         ++at;
     }
     return at < text.size() ? at : std::string_view::npos;
+}
+
+/// As text.find(byte, from).
+inline std::size_t FindByte(std::string_view text, char byte, std::size_t from = 0) {
+    return FindAnyByte(text, from, byte);
 }
 
 inline bool IsWhitespace(char byte) {

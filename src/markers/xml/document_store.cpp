@@ -17,6 +17,30 @@ void NoteFilled(NodeRecord& text, std::string_view ownString) {
     }
 }
 
+LineEnd LineEndOf(std::string_view source) {
+    const std::size_t first = source.find('\n');
+    const bool hasReturn = first != 0 && first != std::string_view::npos && source[first - 1] == '\r';
+    return hasReturn ? LineEnd::kReturnAndLineFeed : LineEnd::kLineFeed;
+}
+
+/// True if the writer would write what the source bytes of a text stand for byte for byte as they are.
+bool IsAsWritten(std::string_view source, LineEnd lineEnd) {
+    const bool hasReturns = lineEnd == LineEnd::kReturnAndLineFeed;
+    std::size_t at = 0;
+    while ((at = FindAnyByte(source, at, '&', '>', hasReturns ? '\n' : '\r')) != std::string_view::npos) {
+        if (source[at] == '\n' && at != 0 && source[at - 1] == '\r') {
+            ++at;
+            continue;
+        }
+        const NamedCharacter named = NamedCharacterAt(source.substr(at));
+        if (named.length == 0 || named.character == '"' || named.character == '\'') {
+            return false;
+        }
+        at += named.length;
+    }
+    return true;
+}
+
 }  // namespace
 
 void DocumentStore::Reserve(std::size_t nodes) {
@@ -70,7 +94,11 @@ SourceText* DocumentStore::AddSource(platform::Bytes text) {
     const std::size_t size = text.size();
     strings.ExpectBytes(size);
     text.push_back('\0');
-    return AppendSource(std::move(text), size);
+    SourceText* const source = AppendSource(std::move(text), size);
+    if (source != nullptr) {
+        source->lineEnd = LineEndOf(source->text);
+    }
+    return source;
 }
 
 SourceText* DocumentStore::AppendSource(platform::Bytes bytes, std::size_t textSize) {
@@ -209,6 +237,46 @@ void DocumentStore::SetContent(NodeIndex index, std::string_view content) {
         record.Clear(kPrefixed | kQuoted | kFilled);
         NoteFilled(record, OwnStringOf(record));
     }
+}
+
+/// Makes the text node `part`, which may be `text` itself, refer to bytes of `text`, if that would write them
+/// as they are. False without a change if not, and for no bytes, since no slice is empty.
+bool DocumentStore::TakeSlice(NodeIndex part, NodeIndex text, std::string_view bytes) {
+    const NodeRecord& whole = At(text);
+    const SourceText& source = SourceOf(whole.begin);
+    if (bytes.empty() || !IsAsWritten(bytes, source.lineEnd)) {
+        return false;
+    }
+    NodeRecord& record = At(part);
+    record.Set(kSearchable | (whole.Has(kVerbatim) ? kVerbatim : 0));
+    record.Clear(kFilled);
+    record.Set(IsFilled(bytes, TextForm::kSource) ? kFilled : 0);
+    record.begin = source.base + static_cast<std::uint32_t>(bytes.data() - source.text.data());
+    record.SetEnd(record.begin + static_cast<std::uint32_t>(bytes.size()));
+    return true;
+}
+
+void DocumentStore::SetDecoded(NodeIndex text, std::string_view source) {
+    std::string content;
+    AppendDecodedText(content, source);
+    SetContent(text, content);
+}
+
+void DocumentStore::SetSourcePart(NodeIndex text, std::string_view part) {
+    if (TakeSlice(text, text, part)) {
+        NoteContentChange(text);
+    } else {
+        SetDecoded(text, part);
+    }
+}
+
+NodeIndex DocumentStore::AddTextPart(NodeIndex text, std::string_view part) {
+    const NodeIndex added = Add(NODE_TEXT);
+    if (!TakeSlice(added, text, part)) {
+        At(added).Set(kCreated);
+        SetDecoded(added, part);
+    }
+    return added;
 }
 
 void DocumentStore::AppendContent(NodeIndex index, std::string_view text) {

@@ -13,6 +13,7 @@
 #include "markers/xml/dom.h"
 #include "markers/xml/libxml.h"
 #include "markers/xml/node_table.h"
+#include "markers/xml/references.h"
 #include "markers/xml/string_table.h"
 #include "platform/memory.h"
 
@@ -29,12 +30,13 @@ struct SourceText {
     XmlDocument dtd;         ///< Holds declarations only; null without a DOCTYPE.
     NodeIndex document = 0;
     NodeIndex root = 0;
-    std::uint32_t rootEnd = 0;         ///< Past the root element.
-    bool hasDeclarations = false;      ///< The DTD declares something.
-    bool suppliesAttributes = false;   ///< The DTD declares attributes with default values.
-    bool tokenizes = false;            ///< The DTD declares attribute types other than CDATA.
-    bool hasNamespaces = false;        ///< Some element declares a namespace, or the DTD may.
-    bool hasDefaultNamespace = false;  ///< The same for a default namespace.
+    std::uint32_t rootEnd = 0;             ///< Past the root element.
+    LineEnd lineEnd = LineEnd::kLineFeed;  ///< Of new text: that of the first line.
+    bool hasDeclarations = false;          ///< The DTD declares something.
+    bool suppliesAttributes = false;       ///< The DTD declares attributes with default values.
+    bool tokenizes = false;                ///< The DTD declares attribute types other than CDATA.
+    bool hasNamespaces = false;            ///< Some element declares a namespace, or the DTD may.
+    bool hasDefaultNamespace = false;      ///< The same for a default namespace.
 };
 
 class DocumentStore {
@@ -118,6 +120,17 @@ class DocumentStore {
 
     /// Replaces the content of a text node or attribute.
     void SetContent(NodeIndex index, std::string_view content);
+    /// The source bytes of a text node, if words can be searched in them as in its content; null otherwise.
+    std::string_view SearchableSource(NodeIndex text) {
+        const NodeRecord& record = At(text);
+        const bool isSource = record.Type() == NODE_TEXT && record.Has(kSearchable) &&
+                              !record.Has(kOwnContent | kPrefixed | kQuoted);
+        return isSource ? Slice(record.begin, record.End()) : std::string_view();
+    }
+    /// Replaces the content of a text node by what a part of its SearchableSource stands for.
+    void SetSourcePart(NodeIndex text, std::string_view part);
+    /// Adds a text node with what a part of the SearchableSource of `text` stands for.
+    NodeIndex AddTextPart(NodeIndex text, std::string_view part);
     /// Appends to the content of a text node or attribute.
     void AppendContent(NodeIndex index, std::string_view text);
     /// Adds a prefix to a text node, which keeps its source bytes, if it has some.
@@ -150,6 +163,8 @@ class DocumentStore {
     std::string_view AttributeNameOf(const NodeRecord& record);
     std::string_view TextNodeContent(const NodeRecord& text, std::string& buffer);
     void SetOwnString(NodeRecord& record, std::string_view text);
+    bool TakeSlice(NodeIndex part, NodeIndex text, std::string_view bytes);
+    void SetDecoded(NodeIndex text, std::string_view source);
     void NoteContentChange(NodeIndex index);
     void NoteModified(NodeIndex element);
 

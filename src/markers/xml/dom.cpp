@@ -11,6 +11,7 @@
 #include "markers/xml/output_encoding.h"
 #include "markers/xml/path_query.h"
 #include "markers/xml/query.h"
+#include "markers/xml/references.h"
 #include "markers/xml/writer.h"
 #include "platform/files.h"
 
@@ -65,6 +66,16 @@ NamedNodeMap Node::get_attributes() const {
 
 std::string_view Node::ReadText(Node node, std::string& buffer) {
     return node ? node.store_->ContentOf(node.index_, buffer) : std::string_view();
+}
+
+std::string_view Node::SourceOf(Node node) {
+    return node ? node.store_->SearchableSource(node.index_) : std::string_view();
+}
+
+void Node::SetSourcePart(Node node, std::string_view part) {
+    if (SourceOf(node).data() != nullptr) {
+        node.store_->SetSourcePart(node.index_, part);
+    }
 }
 
 bool Node::HasFilledText(Node node) {
@@ -235,6 +246,12 @@ Node Document::createTextNode(std::string_view text) {
     return {store_.get(), index};
 }
 
+Node Document::createTextPart(Node text, std::string_view part) {
+    return text.store_ == store_.get() && text.get_source().data() != nullptr
+               ? store_->Handle(store_->AddTextPart(text.index_, part))
+               : Node();
+}
+
 Node Document::createQuotedXml(std::string_view before, Node element, std::string_view after) {
     if (element.store_ != store_.get() || element.get_nodeType() != NODE_ELEMENT ||
         !StandsAlone(*store_, element.index_)) {
@@ -304,6 +321,11 @@ std::optional<std::vector<std::uint32_t>> Document::Evaluate(std::string_view qu
         store_->queriedDocument = index_;
     }
     return store_->queries->Select(std::string(query));
+}
+
+void DecodeText(std::string_view source, std::string& content) {
+    content.clear();
+    AppendDecodedText(content, source);
 }
 
 std::unique_ptr<Document> CreateDocument() {

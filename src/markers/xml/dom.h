@@ -73,6 +73,14 @@ class Node {
     /// byte.
     bool StartsWith(std::string_view prefix) const { return TextStartsWith(*this, prefix); }
 
+    /// The bytes that a text node has in its file, if a search for a word finds the same in them as in the
+    /// content: no letter, digit or underscore is written as a reference. Null without such bytes.
+    std::string_view get_source() const { return SourceOf(*this); }
+
+    /// Reduces the content of a text node to what a part of get_source() stands for. Mostly the bytes stay
+    /// where they are.
+    void put_source(std::string_view part) { SetSourcePart(*this, part); }
+
     /// Replaces the content of a text node or the value of an attribute; ignored for other kinds. What XML
     /// cannot represent, a control character or a byte that is not UTF-8, is saved as U+FFFD.
     void put_text(std::string_view text) { SetText(*this, text); }
@@ -114,6 +122,8 @@ class Node {
     static Node NextSiblingOf(Node node);
     static Node PreviousSiblingOf(Node node);
     static std::string_view ReadText(Node node, std::string& buffer);
+    static std::string_view SourceOf(Node node);
+    static void SetSourcePart(Node node, std::string_view part);
     static bool HasFilledText(Node node);
     static bool TextStartsWith(Node node, std::string_view prefix);
     static void SetText(Node node, std::string_view text);
@@ -216,6 +226,9 @@ class Document {
     /// A new text node, not yet in the tree.
     Node createTextNode(std::string_view text);
 
+    /// A new text node, not yet in the tree, with what a part of text.get_source() stands for.
+    Node createTextPart(Node text, std::string_view part);
+
     /// A new text node that consists of `before`, the element's XML with its markup characters escaped, and
     /// `after`. The XML is not copied; later changes of the element do not affect the text node. Null if the
     /// document does not hold the element in the form that get_xml returns.
@@ -251,6 +264,9 @@ class Document {
     std::string reason_;
     bool resolveExternals_ = false;
 };
+
+/// The content that a part of a text node's source bytes stands for. `content` is overwritten.
+void DecodeText(std::string_view source, std::string& content);
 
 /// An empty document.
 std::unique_ptr<Document> CreateDocument();

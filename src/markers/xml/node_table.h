@@ -32,6 +32,8 @@ enum NodeFlags : std::uint8_t {
     kFilled = 32,   ///< Text node: it is not all whitespace.
 
     kReplaceable = 64,  ///< Text node, attribute: its own string is one of the replaceable ones.
+
+    kSearchable = 128,  ///< Text node: its source bytes hold the same words as its content.
 };
 
 /// One node. The cost of building and walking a tree is the memory that it touches, so a record has 32 bytes,

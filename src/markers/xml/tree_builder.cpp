@@ -17,6 +17,16 @@ bool EndsName(char c) {
     return IsWhitespace(c) || c == '>' || c == '/' || c == '=';
 }
 
+/// Whether a character reference stands for ASCII that may occur in a name, as in "&#65;".
+bool StandsForNameByte(std::string_view reference) {
+    if (reference[1] != '#') {
+        return false;
+    }
+    std::string character;
+    AppendDecodedText(character, reference);
+    return character.size() == 1 && (ClassOf(character[0]) & kNameByte) != 0;
+}
+
 /// The attribute names of one start tag, to find duplicates. A tag with more than fit is left to the parser.
 class TagNames {
   public:
@@ -378,6 +388,7 @@ class TreeBuilder {
                 return;
             case '\r':
                 verbatim_ = false;
+                searchable_ = searchable_ && data_[at_ + 1] == '\n';
                 ++at_;
                 return;
             case ']':
@@ -400,6 +411,7 @@ class TreeBuilder {
             StartTextNode();
         } else {
             verbatim_ = false;
+            searchable_ = searchable_ && !StandsForNameByte(text_.substr(at_, reference.length));
             at_ = end;
         }
     }
@@ -407,7 +419,7 @@ class TreeBuilder {
     /// Indentation is skipped here, since TextStopFrom is slow for line feeds.
     void StartTextNode() {
         textBegin_ = at_;
-        verbatim_ = true;
+        verbatim_ = searchable_ = true;
         while (data_[at_] == ' ' || data_[at_] == '\n' || data_[at_] == '\t') {
             ++at_;
         }
@@ -419,7 +431,8 @@ class TreeBuilder {
             return;
         }
         const bool filled = IsFilled(text_.substr(visibleBegin_, at_ - visibleBegin_), TextForm::kSource);
-        AddNode(NODE_TEXT, textBegin_, at_, (verbatim_ ? kVerbatim : 0) | (filled ? kFilled : 0));
+        AddNode(NODE_TEXT, textBegin_, at_,
+                (verbatim_ ? kVerbatim : 0) | (searchable_ ? kSearchable : 0) | (filled ? kFilled : 0));
     }
 
     DocumentStore& store_;
@@ -437,6 +450,7 @@ class TreeBuilder {
     std::size_t textBegin_ = 0;     ///< Of the text node that is being read.
     std::size_t visibleBegin_ = 0;  ///< Past its leading whitespace.
     bool verbatim_ = true;          ///< Its bytes so far are its content.
+    bool searchable_ = true;        ///< Its bytes so far hold the same words as its content.
 };
 
 }  // namespace

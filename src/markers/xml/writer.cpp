@@ -13,13 +13,6 @@ namespace {
 
 enum class Output { kDocument, kStandalone };
 
-/// The line end for new text in this source: that of its first line.
-LineEnd LineEndOf(const SourceText& source) {
-    const std::size_t first = source.text.find('\n');
-    const bool hasReturn = first != 0 && first != std::string::npos && source.text[first - 1] == '\r';
-    return hasReturn ? LineEnd::kReturnAndLineFeed : LineEnd::kLineFeed;
-}
-
 constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
 
 /// Walks a tree in document order. What still is in a source is not written at once, but becomes the pending
@@ -274,7 +267,7 @@ class Writer {
 }  // namespace
 
 bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put) {
-    Writer writer(store, Output::kDocument, LineEndOf(source), &put);
+    Writer writer(store, Output::kDocument, source.lineEnd, &put);
     writer.Expect(2 * source.text.size());
     const NodeIndex root = store.FirstChild(source.document);
     const std::uint32_t prologEnd = store.At(source.root).begin;
