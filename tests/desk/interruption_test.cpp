@@ -53,7 +53,7 @@ class Interrupting : public testing::Test, protected test::TestFolder {
         return !IsRunning(Native("program.pid")) && !IsRunning(Native("background.pid"));
     }
     void Forget() const {
-        for (const char* name : {"program.pid", "background.pid", "error"}) {
+        for (const char* name : {"program.pid", "background.pid"}) {
             std::filesystem::remove(Native(name));
         }
     }

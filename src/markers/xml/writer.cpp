@@ -5,6 +5,7 @@
 
 #include "markers/xml/attributes.h"
 #include "markers/xml/characters.h"
+#include "markers/xml/markup_pieces.h"
 #include "markers/xml/namespaces.h"
 #include "markers/xml/references.h"
 
@@ -264,6 +265,25 @@ class Writer {
     std::uint32_t pendingBegin_ = 0, pendingEnd_ = 0;  ///< The pending slice.
 };
 
+constexpr std::string_view kCdataEnd = "]]>";
+
+/// Escapes the end of a CDATA section in text, where no XML may have it. The replacement text of an entity
+/// may.
+std::string WithoutCdataEndsInText(std::string_view xml) {
+    std::string escaped;
+    while (!xml.empty()) {
+        const MarkupPiece piece = TakePiece(xml);
+        std::string_view rest = piece.text;
+        std::size_t found = 0;
+        while (piece.kind == PieceKind::kText && (found = Find(rest, kCdataEnd)) != std::string_view::npos) {
+            escaped.append(rest.substr(0, found)).append("]]&gt;");
+            rest.remove_prefix(found + kCdataEnd.size());
+        }
+        escaped += rest;
+    }
+    return escaped;
+}
+
 }  // namespace
 
 bool WriteDocument(DocumentStore& store, const SourceText& source, const platform::PutPiece& put) {
@@ -289,6 +309,9 @@ std::string WriteElement(DocumentStore& store, NodeIndex element) {
     Writer writer(store, Output::kStandalone, LineEnd::kLineFeed);
     writer.WriteSubtree(element);
     std::string xml = writer.Finish();
+    if (store.SourceOf(store.At(element).begin).hasDeclarations && xml.find(kCdataEnd) != std::string::npos) {
+        xml = WithoutCdataEndsInText(xml);
+    }
     const std::string declarations = MissingNamespaces(store, element);
     if (!declarations.empty()) {
         xml.insert(1 + store.NameOf(element).size(), declarations);
