@@ -28,7 +28,7 @@ struct DecodingState {
     /// The tokens of the open elements with a long tags attribute, innermost last, so that each text node of
     /// an element costs only what it adds.
     std::vector<TagTokens> open;
-    EncodedText encoded;     ///< Scratch memory: of the text node; of another one only the pairs.
+    EncodedText encoded;     ///< Scratch memory: of the text node; only the pairs, if it has another form.
     std::string elementXml;  ///< Scratch memory: of an element group.
     std::string content;     ///< Scratch memory: of the text node.
     std::string stripped;    ///< Scratch memory: the content without attribute groups.
