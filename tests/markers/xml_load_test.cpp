@@ -62,6 +62,7 @@ TEST_F(XmlLoad, MalformedDocumentFailsWithAReason) {
         "<!DOCTYPE a [<!ENTITY e '<b>'>]><a>&e;</a>",
         "<!DOCTYPE a [<!ENTITY e '&e;'>]><a>&e;</a>",
         "<!DOCTYPE a [<!ENTITY e '&#60;'>]><a b='&e;'/>",
+        "<!DOCTYPE a [<!ENTITY e ']]>'>]><a b='&e;'>&e;</a>",
         "<!DOCTYPE a [<!ENTITY e SYSTEM 'x'>]><a b='&e;'/>",
         "<!DOCTYPE a [<!ENTITY e SYSTEM 'x' NDATA n>]><a>&e;</a>",
         "<!DOCTYPE a [",

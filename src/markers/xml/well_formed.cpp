@@ -134,9 +134,12 @@ xmlEntity* FindEntity(void* data, const xmlChar* name) {
         Refuse(parse, "Reference to undefined entity '" + OneLine(View(name)) + "'");
     }
     // The parser parses an entity at its first reference, to check it, and again at each further one for the
-    // benefit of handlers, unless it has child nodes already.
+    // benefit of handlers, unless it has child nodes already. An entity that an attribute has used would
+    // count as checked, although content is held to more rules.
     static xmlNode content = {};
-    if (entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY && entity->children == nullptr) {
+    if (entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY && entity->children == nullptr &&
+        context->instate == XML_PARSER_CONTENT) {
+        entity->checked = 0;
         entity->children = &content;
     }
     const bool nested = context != parse.document || context->depth > 0;

@@ -267,8 +267,8 @@ class Writer {
 
 constexpr std::string_view kCdataEnd = "]]>";
 
-/// Escapes the end of a CDATA section in text, where no XML may have it. The replacement text of an entity
-/// may.
+/// Escapes the end of a CDATA section in text, where no XML may have it. Expanded entities may join its
+/// parts.
 std::string WithoutCdataEndsInText(std::string_view xml) {
     std::string escaped;
     while (!xml.empty()) {
