@@ -9,8 +9,8 @@
 
 namespace ventrix::desk {
 
-/// Adds a class to every element that has none and whose name is known. False if there was an unknown name,
-/// except in foreign content: the document's DTD may know it.
+/// Adds a class, and the default values of attributes, to every element without a class whose name is known.
+/// False if there was an unknown name, except in foreign content: the document's DTD may know it.
 bool AddMissingClasses(xmlDoc* document);
 
 /// Whether the element is of another vocabulary, or in an element for such content.

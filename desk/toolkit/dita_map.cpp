@@ -129,9 +129,7 @@ Inherited InheritedBy(const xmlNode* topicref, Inherited inherited) {
     take("format", inherited.format);
     take("linking", inherited.linking);
     const std::string role = Attribute(topicref, "processing-role");
-    const bool keyDefinition = HasType(topicref, "mapgroup-d/keydef") && role != "normal";
-    inherited.resourceOnly =
-        (inherited.resourceOnly && role != "normal") || role == "resource-only" || keyDefinition;
+    inherited.resourceOnly = (inherited.resourceOnly && role != "normal") || role == "resource-only";
     const std::string toc = Attribute(topicref, "toc");
     inherited.shown = toc.empty() ? inherited.shown : toc != "no";
     return inherited;

@@ -33,6 +33,7 @@ constexpr UnhandledType kTypes[] = {
     {"bookmap/trademarklist", "no list is made"},
     {"bookmap/bibliolist", "no list is made"},
     {"bookmap/abbrevlist", "no list is made"},
+    {"bookmap/booklist", "no list is made"},
     {"abbrev-d/abbreviated-form", "the short form of the term is not looked up"},
     {"topic/longdescref", "the link to the long description is left out"},
     {"topic/longquoteref", "the link to the quotation's source is left out"},

@@ -527,6 +527,43 @@ TEST_F(BuiltinToolkit, MoreElementsAreRendered) {
               "SeeOtherinfo1");
 }
 
+TEST_F(BuiltinToolkit, TheVocabularyIsKnownWithoutItsDtd) {
+    Write(
+        "m.ditamap",
+        "<!DOCTYPE bookmap SYSTEM 'none.dtd'><bookmap><booktitle><mainbooktitle>B</mainbooktitle></booktitle>"
+        "<bookmeta><authorinformation><personinfo><namedetails><personname><firstname>A</firstname></"
+        "personname>"
+        "</namedetails></personinfo></authorinformation><publisherinformation><person>P</person><published>"
+        "<publishtype value='general'/><started><day>1</day></started></published></publisherinformation>"
+        "<bookid><isbn>1</isbn></bookid><bookrights><copyrfirst><year>2020</year></copyrfirst><summary>S"
+        "</summary></bookrights></bookmeta><chapter href='t.dita'/><topicsubject keyref='s'/>"
+        "<learningObject><learningContentRef href='l.xyz'/></learningObject></bookmap>");
+    Write("l.xyz",
+          "<learningAssessment "
+          "id='l'><title>L</title><learningAssessmentbody><lcIntro>i</lcIntro><lcInteraction>"
+          "<lcSingleSelect "
+          "id='s'><lcQuestion>q</lcQuestion><lcAnswerOptionGroup><lcAnswerOption><lcAnswerContent>a"
+          "</lcAnswerContent><lcCorrectResponse/></lcAnswerOption></lcAnswerOptionGroup></lcSingleSelect>"
+          "<lcOpenQuestion2 id='o'><lcQuestion2>q2</lcQuestion2></lcOpenQuestion2></lcInteraction>"
+          "</learningAssessmentbody></learningAssessment>");
+    Write("t.dita",
+          "<task id='t'><title>T</title><prolog><metadata><change-historylist><change-item><change-person>no"
+          "</change-person></change-item></change-historylist></metadata></"
+          "prolog><taskbody><prelreqs><reqconds>"
+          "<reqcond>c</reqcond></reqconds></prelreqs></taskbody></task>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Findings(), "m.ditamap:1: keyref=\"s\": the map does not define this key\n");
+    EXPECT_EQ(Query("index.html", "translate(//ul, '\n', '')"), "TL");
+    EXPECT_EQ(Query("t.html", "concat(normalize-space(//main), //div/ol[@class='ol ol reqconds']/li)"),
+              "T cc");
+    EXPECT_EQ(Query("l.html",
+                    "concat(//div[contains(@class, 'section')]/div/p[1], //ul/li/p, //div/div/div/div/div)"),
+              "qaq2");
+    Write("t.dita", "<topic id='t'><title>T</title><body><summary>s</summary></body></topic>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_NE(Findings().find("<summary> is not known"), std::string::npos) << "metadata of a book";
+}
+
 TEST_F(BuiltinToolkit, SyntaxDiagramsHaveBracketsAndTablesKeepTheirOrder) {
     const struct {
         const char *body, *text;
