@@ -167,12 +167,12 @@ std::string ContentOf(const NativePath& file) {
     return platform::ReadWholeFile(file.utf8, content) == platform::kErrorNone ? content : std::string();
 }
 
-IdSet ReferencedIds(const std::vector<NativePath>& files) {
-    IdSet ids;
+ReferencedIds ReferencedIn(const std::vector<NativePath>& files) {
+    ReferencedIds referenced;
     for (const NativePath& file : files) {
-        AddReferencedIds(ContentOf(file), ids);
+        AddReferencedIds(ContentOf(file), referenced);
     }
-    return ids;
+    return referenced;
 }
 
 }  // namespace
@@ -184,16 +184,17 @@ std::string WithoutMarkersInMetadata(const std::string& document) {
 std::string PreparePackage(const NativePath& folder, bool dita,
                            const std::function<void(const DitaFinding&)>& finding) {
     const std::vector<NativePath> files = XmlFilesBelow(folder);
-    const IdSet referencedIds = ReferencedIds(files);
+    const ReferencedIds referenced = ReferencedIn(files);
     for (const NativePath& file : files) {
         const std::string content = ContentOf(file);
         std::string changed = dita ? WithoutMarkersInMetadata(content) : content;
         if (!dita) {
             EscapeInclusionPaths(changed);
         }
-        if (const std::size_t restored = RestoreReferenceElements(changed, referencedIds); restored > 0) {
+        if (const std::size_t restored = RestoreReferenceElements(changed, referenced); restored > 0) {
             finding({file, 0,
-                     "preserved elements with a reference, or with an id that a reference names: " +
+                     "preserved elements with a reference, with an id that a reference names, or in a range "
+                     "that one reuses: " +
                          std::to_string(restored) +
                          "; they are left to the transformation, and their markup is not preserved"});
         }

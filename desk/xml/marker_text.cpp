@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
+#include <vector>
 
 #include "desk/xml/markup_in_text.h"
 
@@ -165,7 +166,7 @@ constexpr IdReference kIdReferences[] = {
     {"href", '#'}, {"conref", '#'}, {"conrefend", '#'}, {"conkeyref", '/'}, {"keyref", '/'},
     {"linkend"},   {"linkends"},    {"endterm"},        {"otherterm"},      {"xpointer"}};
 
-void AddWords(std::string_view text, IdSet& words) {
+void AddWords(std::string_view text, std::set<std::string, std::less<>>& words) {
     constexpr std::string_view kSpaces = " \t\r\n";
     for (std::size_t at = text.find_first_not_of(kSpaces); at != kNpos;) {
         const std::size_t end = std::min(text.find_first_of(kSpaces, at), text.size());
@@ -174,10 +175,60 @@ void AddWords(std::string_view text, IdSet& words) {
     }
 }
 
-bool ContainsId(std::string_view element, const IdSet& ids) {
-    return std::ranges::any_of(AttributesIn(element), [&ids](const AttributeInText& attribute) {
-        return attribute.name == "id" && ids.contains(attribute.value);
+std::string_view IdIn(std::string_view reference) {
+    return reference.substr(reference.find_last_of("#/") + 1);
+}
+
+/// The attribute of this name in the element, in text or in marker text, whose start tag contains the place;
+/// null if it has none.
+const AttributeInText* AttributeBeside(std::string_view document,
+                                       const std::vector<AttributeInText>& attributes,
+                                       const AttributeInText& place, std::string_view name) {
+    const auto isBeside = [&](const AttributeInText& other) {
+        const auto [first, last] = std::minmax({place.value.data(), other.value.data()});
+        const std::string_view between = document.substr(static_cast<std::size_t>(first - document.data()),
+                                                         static_cast<std::size_t>(last - first));
+        return other.name == name && between.find('<') == kNpos && between.find("&amp;lt;") == kNpos;
+    };
+    const auto found = std::ranges::find_if(attributes, isBeside);
+    return found == attributes.end() ? nullptr : &*found;
+}
+
+void AddRange(std::string_view document, const std::vector<AttributeInText>& attributes,
+              const AttributeInText& end, ReferencedIds& referenced) {
+    for (const char* name : {"conref", "conkeyref"}) {
+        if (const AttributeInText* start = AttributeBeside(document, attributes, end, name)) {
+            referenced.ranges.emplace(IdIn(start->value), IdIn(end.value));
+        }
+    }
+}
+
+bool ContainsId(std::string_view element, const ReferencedIds& referenced) {
+    return std::ranges::any_of(AttributesIn(element), [&referenced](const AttributeInText& attribute) {
+        return attribute.name == "id" && referenced.ids.contains(attribute.value);
     });
+}
+
+/// The places between the ids of each range that is in the document.
+std::vector<std::pair<std::size_t, std::size_t>> RangesIn(std::string_view document,
+                                                          const ReferencedIds& referenced) {
+    std::vector<std::pair<std::size_t, std::size_t>> places;
+    if (referenced.ranges.empty()) {
+        return places;
+    }
+    std::vector<AttributeInText> ids = AttributesIn(document);
+    std::erase_if(ids, [](const AttributeInText& attribute) { return attribute.name != "id"; });
+    const auto placeOf = [document](const AttributeInText& id) {
+        return static_cast<std::size_t>(id.value.data() - document.data());
+    };
+    for (const auto& [firstId, lastId] : referenced.ranges) {
+        const auto first = std::ranges::find(ids, firstId, &AttributeInText::value);
+        const auto last = std::ranges::find(first, ids.end(), lastId, &AttributeInText::value);
+        if (last != ids.end()) {
+            places.emplace_back(placeOf(*first), placeOf(*last));
+        }
+    }
+    return places;
 }
 
 }  // namespace
@@ -210,22 +261,33 @@ std::size_t FindOpeningWord(std::string_view text, std::size_t from) {
 
 // The file, key or topic ahead of an id is not compared: only the transformation resolves it. An element that
 // has the same id elsewhere is left to the transformation for nothing, which costs its markup but no text.
-void AddReferencedIds(std::string_view document, IdSet& ids) {
-    for (const AttributeInText& attribute : AttributesIn(document)) {
+void AddReferencedIds(std::string_view document, ReferencedIds& referenced) {
+    const std::vector<AttributeInText> attributes = AttributesIn(document);
+    for (const AttributeInText& attribute : attributes) {
         const auto* reference = std::ranges::find(kIdReferences, attribute.name, &IdReference::attribute);
         if (reference == std::end(kIdReferences)) {
             continue;
         }
         if (reference->separator == 0) {
-            AddWords(attribute.value, ids);
+            AddWords(attribute.value, referenced.ids);
         } else if (attribute.value.find(reference->separator) != kNpos) {
-            ids.emplace(attribute.value.substr(attribute.value.find_last_of("#/") + 1));
+            referenced.ids.emplace(IdIn(attribute.value));
+        }
+        if (attribute.name == "conrefend") {
+            AddRange(document, attributes, attribute, referenced);
         }
     }
 }
 
-std::size_t RestoreReferenceElements(std::string& document, const IdSet& referencedIds) {
+std::size_t RestoreReferenceElements(std::string& document, const ReferencedIds& referenced) {
+    const auto ranges = RangesIn(document, referenced);
+    const auto isInRange = [&ranges](std::size_t place) {
+        return std::ranges::any_of(
+            ranges, [place](const auto& range) { return range.first < place && place < range.second; });
+    };
     std::size_t restored = 0;
+    std::string changed;
+    std::size_t copied = 0;
     for (std::size_t begin = document.find(kElementGroup.begin); begin != kNpos;
          begin = document.find(kElementGroup.begin, begin + 1)) {
         const std::size_t content = begin + kElementGroup.begin.size();
@@ -234,10 +296,14 @@ std::size_t RestoreReferenceElements(std::string& document, const IdSet& referen
             break;
         }
         const std::string element = ElementIn(std::string_view(document).substr(content, end - content));
-        if (ContainsEmptyReference(element) || ContainsId(element, referencedIds)) {
-            document.replace(begin, end + kElementGroup.end.size() - begin, element);
+        if (ContainsEmptyReference(element) || ContainsId(element, referenced) || isInRange(begin)) {
+            changed.append(document, copied, begin - copied).append(element);
+            copied = end + kElementGroup.end.size();
             ++restored;
         }
+    }
+    if (restored > 0) {
+        document = changed.append(document, copied);
     }
     return restored;
 }

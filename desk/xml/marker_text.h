@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace ventrix::desk {
 
@@ -27,14 +28,17 @@ std::size_t FindOpeningWord(std::string_view text, std::size_t from = 0);
 std::size_t RemoveMarkerGroups(std::string& text);
 
 /// Ids without the files and topics that contain them.
-using IdSet = std::set<std::string, std::less<>>;
+struct ReferencedIds {
+    std::set<std::string, std::less<>> ids;
+    std::set<std::pair<std::string, std::string>> ranges;  ///< The first and the last id of each.
+};
 
 /// Adds each id that a reference in the document, or in its marker text, names.
-void AddReferencedIds(std::string_view document, IdSet& ids);
+void AddReferencedIds(std::string_view document, ReferencedIds& referenced);
 
 /// In a document with marker text, puts back each preserved element that only the transformation can process:
-/// one that contains a reference without text of its own, such as <keyword keyref="product"/>, and one that
-/// contains an element with one of the ids. Returns their number.
-std::size_t RestoreReferenceElements(std::string& document, const IdSet& referencedIds);
+/// one that contains a reference without text of its own, such as <keyword keyref="product"/>, one that
+/// contains an element with one of the ids, and one in a range. Returns their number.
+std::size_t RestoreReferenceElements(std::string& document, const ReferencedIds& referenced);
 
 }  // namespace ventrix::desk

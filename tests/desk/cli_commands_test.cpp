@@ -401,19 +401,23 @@ TEST_F(CommandLine, PreservedElementsWithReferencesToThemOrOfTheirOwnKeepTheirTe
                  "<topicmeta><keywords><keyword>P40</keyword></keywords></topicmeta></keydef></map>");
     folder.Write("k.dita",
                  "<topic id=\"k\"><title>K</title><body><p>The <keyword keyref=\"x\"/> pump, <keyword "
-                 "conref=\"l.dita#l/w\"/> and <keyword conkeyref=\"lib/v\"/></p></body></topic>");
+                 "conref=\"l.dita#l/w\"/> and <keyword conkeyref=\"lib/v\"/></p><p>Of <keyword "
+                 "conref=\"l.dita#l/f\" conrefend=\"l.dita#l/g\"/></p></body></topic>");
     folder.Write("l.dita",
                  "<topic id=\"l\"><title>L</title><body><p>A <keyword id=\"w\">valve</keyword> and <keyword "
-                 "id=\"v\">hose</keyword> <keyword id=\"u\">unused</keyword></p></body></topic>");
+                 "id=\"v\">hose</keyword> <keyword id=\"u\">unused</keyword></p><p>Of <keyword "
+                 "id=\"f\">first</keyword>, "
+                 "<keyword>middle</keyword> and <keyword id=\"g\">last</keyword></p></body></topic>");
     const Finished finished = Run({"publish", "k.ditamap", "-o", "out", "--elements", "keyword"});
     EXPECT_EQ(finished.status, 1);
     const std::string what =
-        ".dita: preserved elements with a reference, or with an id that a reference names: ";
-    EXPECT_NE(finished.error.find("k" + what + "3"), std::string::npos) << finished.error;
-    EXPECT_NE(finished.error.find("l" + what + "2"), std::string::npos) << finished.error;
+        ".dita: preserved elements with a reference, with an id that a reference names, or in a range that "
+        "one reuses: ";
+    EXPECT_NE(finished.error.find("k" + what + "4"), std::string::npos) << finished.error;
+    EXPECT_NE(finished.error.find("l" + what + "5"), std::string::npos) << finished.error;
     EXPECT_EQ(finished.error.find("no usable target"), std::string::npos) << finished.error;
     const std::string page = folder.Read("out/build-k.ditamap/xhtml/k.html");
-    for (const char* text : {">P40<", ">valve<", ">hose<"}) {
+    for (const char* text : {">P40<", ">valve<", ">hose<", ">first<", ">middle<", ">last<"}) {
         EXPECT_NE(page.find(text), std::string::npos) << text << page;
     }
 }

@@ -52,10 +52,14 @@ TEST(MarkerText, ElementsThatReferencesNeedAreRestored) {
          "<ph>a<b xml:id=\"w\">t</b></ph>"},
         {open + "ph id=&amp;quot;other&amp;quot;&amp;gt;t&amp;lt;/ph" + close, ""},
         {"cut " + open, ""},
+        {"<b id='f'/> and " + open + "ph&amp;gt;t&amp;lt;/ph" + close + "<b id='l'/>",
+         "<b id='f'/> and <ph>t</ph><b id='l'/>"},
+        {"<b id='l'/> and " + open + "ph&amp;gt;t&amp;lt;/ph" + close + "<b id='f'/>", ""},
     };
     for (const auto& row : rows) {
         std::string document = row.document;
-        EXPECT_EQ(RestoreReferenceElements(document, {"w"}), row.restored.empty() ? 0U : 1U) << row.document;
+        EXPECT_EQ(RestoreReferenceElements(document, {{"w"}, {{"f", "l"}}}), row.restored.empty() ? 0U : 1U)
+            << row.document;
         EXPECT_EQ(document, row.restored.empty() ? row.document : row.restored);
     }
 }
@@ -63,9 +67,18 @@ TEST(MarkerText, ElementsThatReferencesNeedAreRestored) {
 TEST(MarkerText, ReferencesNameIds) {
     const struct {
         std::string document;
-        IdSet ids;
+        std::set<std::string, std::less<>> ids;
+        std::set<std::pair<std::string, std::string>> ranges = {};
     } rows[] = {
-        {R"(<ph conref="lib.dita#lib/w"/><ph conref='#./v' conrefend = "a/b.dita#t/x"/>)", {"v", "w", "x"}},
+        {R"(<ph conref="lib.dita#lib/w"/><ph conref='#./v' conrefend = "a/b.dita#t/x"/>)",
+         {"v", "w", "x"},
+         {{"v", "x"}}},
+        {R"(<ph conrefend="#./x" conkeyref="k/w"/><ph conref="#./v"/>)", {"v", "w", "x"}, {{"w", "x"}}},
+        {"QL_ELEM_S&amp;lt;b conref=&amp;quot;#./v&amp;quot;/&amp;gt;&amp;lt;b "
+         "conkeyref=&amp;quot;k/w&amp;quot; "
+         "conrefend=&amp;quot;#./x&amp;quot;/&amp;gt;QL_ELEM_E",
+         {"v", "w", "x"},
+         {{"w", "x"}}},
         {R"(<ph conkeyref="lib/w"/><xref keyref="k/v"/><keyword keyref="product"/>)", {"v", "w"}},
         {"<xref\nhref\n=\n\"#w\"/><xref href='sub/w.dita'/><link xlink:href='#v'/>", {"v", "w"}},
         {"<link linkend='w'/><callout arearefs='n' linkends='v  x'/>", {"v", "w", "x"}},
@@ -73,9 +86,10 @@ TEST(MarkerText, ReferencesNameIds) {
         {"<p id='w' data-href='#v'>a = b</p>", {}},
     };
     for (const auto& row : rows) {
-        IdSet ids;
-        AddReferencedIds(row.document, ids);
-        EXPECT_EQ(ids, row.ids) << row.document;
+        ReferencedIds referenced;
+        AddReferencedIds(row.document, referenced);
+        EXPECT_EQ(referenced.ids, row.ids) << row.document;
+        EXPECT_EQ(referenced.ranges, row.ranges) << row.document;
     }
 }
 
