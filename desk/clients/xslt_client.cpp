@@ -9,6 +9,7 @@
 #include "desk/toolkit/package_markers.h"
 #include "desk/xml/file_access.h"
 #include "desk/xml/stylesheet.h"
+#include "platform/files.h"
 
 namespace ventrix::desk {
 namespace {
@@ -61,7 +62,12 @@ std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const File
     if (document == nullptr) {
         return because("the document " + run.source.utf8 + " cannot be read");
     }
-    std::ranges::transform(failedInclusions, std::back_inserter(findings), FindingFor);
+    for (const FailedInclusion& failed : failedInclusions) {
+        // A file that the package lacks is reported as missing.
+        if (failed.target.Empty() || platform::OpensForReading(failed.target.utf8)) {
+            findings.push_back(FindingFor(failed));
+        }
+    }
     const Transformed result =
         Transform({.stylesheet = stylesheet,
                    .document = document.get(),

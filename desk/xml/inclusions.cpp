@@ -48,8 +48,10 @@ void TakeError(void* context, xmlErrorPtr error) {
     recorder.guard.Take(*error);
     const auto* node = static_cast<const xmlNode*>(error->node);
     if (error->domain == XML_FROM_XINCLUDE && error->level >= XML_ERR_ERROR && node != nullptr) {
-        recorder.failed.push_back({TargetOf(View(node->doc->URL), {"/"}).path,
-                                   static_cast<int>(xmlGetLineNo(node)), StartOf(node), ReasonFor(*error)});
+        const NativePath file = TargetOf(View(node->doc->URL), {"/"}).path;
+        recorder.failed.push_back({file, static_cast<int>(xmlGetLineNo(node)), StartOf(node),
+                                   ReasonFor(*error),
+                                   TargetOf(Attribute(node, "href"), FolderOf(file)).path});
     }
 }
 

@@ -18,6 +18,7 @@ struct FailedInclusion {
     int line = 0;         ///< 0 if unknown.
     std::string element;  ///< Its name, href and xpointer.
     std::string reason;   ///< One line.
+    NativePath target;    ///< Of its href; empty if that is not a local file.
 };
 
 /// Replaces the include elements by what they include, which may include further files. Messages of the

@@ -104,7 +104,7 @@ TEST_F(StylesheetRun, InclusionsThatFailAreReported) {
         {"'d.xml'", "d.xml:2: xi:include href=\"d.xml\" is not in the result: it includes the file"},
         {"'http://127.0.0.1:9/x.xml'", "d.xml:2: xi:include href=\"http://127.0.0.1:9/x.xml\" is not"},
         {"'ok.xml' xpointer='none'", "d.xml:2: xi:include href=\"ok.xml\" xpointer=\"none\" is not"},
-        {"'gone.xml'", "d.xml:2: xi:include href=\"gone.xml\" is not"},
+        {"'gone.xml'", "gone.xml: is missing or unreadable and is not in the result; "},
         {"'part.xml'", "part.xml:3: xi:include href=\"ok.xml\" xpointer=\"none\" is not"},
     };
     for (const auto& row : rows) {
@@ -112,6 +112,8 @@ TEST_F(StylesheetRun, InclusionsThatFailAreReported) {
         const test::Finished finished = Publish();
         EXPECT_EQ(finished.status, 1) << row.href;
         EXPECT_NE(finished.error.find(row.finding), std::string::npos) << row.finding << finished.error;
+        EXPECT_EQ(finished.error.find("is not in the result"), finished.error.rfind("is not in the result"))
+            << "one finding for one fault: " << finished.error;
     }
 }
 
