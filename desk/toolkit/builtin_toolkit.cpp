@@ -112,6 +112,22 @@ void TakeItems(Publication& publication, const std::vector<NavigationItem>& item
     }
 }
 
+/// A relationship table may name topics that the filter excludes from the rest of the map.
+void ReportExcludedTopics(Publication& publication, const std::vector<NavigationItem>& items) {
+    for (const NavigationItem& item : items) {
+        const auto target = item.page ? DitaTargetOf(item.href) : std::nullopt;
+        if (target.has_value() && publication.navigation.excludedTopics.erase(target->path) > 0) {
+            Remark(publication,
+                   {publication.run.document, 0,
+                    target->path.utf8 +
+                        " is published because a relationship table names it, although the filter (" +
+                        publication.sources.filterNames +
+                        ") excludes its topic reference; exclude it in the table too"});
+        }
+        ReportExcludedTopics(publication, item.children);
+    }
+}
+
 /// The serialised page; empty, with an error in the log, if the stylesheet fails.
 std::string Rendered(Publication& publication, xmlDoc* document, const NativePath& source) {
     const TransformJob job{.stylesheet = publication.stylesheet,
@@ -157,6 +173,7 @@ ReferenceTargets TargetsOf(Publication& publication, const RemarkSink& remarks) 
             .library = publication.library,
             .texts = publication.texts,
             .check = publication.links,
+            .excludedTopics = publication.navigation.excludedTopics,
             .remarks = remarks,
             .needPage = [&publication](const NativePath& topic) { WaitForPage(publication, topic); },
             .copy = [&publication](const NativePath& source,
@@ -215,6 +232,10 @@ void MakePage(Publication& publication, const NativePath& topic) {
 
 void MakeStartPage(Publication& publication) {
     const ContentsEntry& start = publication.contents.entries.front();
+    const std::string problem = LanguageProblem(publication.navigation.language, publication.languages);
+    if (!problem.empty()) {
+        Remark(publication, {publication.run.document, 0, problem, kNotHandled});
+    }
     const XmlDocument document = ContentsDocument(publication.contents);
     AddPageFrame(document.get(), {start.page, start.label, start.label, {}}, publication.contents,
                  publication.assets);
@@ -242,7 +263,10 @@ void ReadMap(Publication& publication) {
     publication.library.UseKeys(publication.navigation.keys);
     publication.mapLinks = MapLinksOf(publication.navigation);
     TakeItems(publication, publication.navigation.items);
+    std::erase_if(publication.navigation.excludedTopics,
+                  [&publication](const NativePath& topic) { return publication.known.contains(topic); });
     for (const Relation& relation : publication.navigation.relations) {
+        ReportExcludedTopics(publication, relation.cells);
         TakeItems(publication, relation.cells);
     }
     PageLayout& layout = publication.layout;
@@ -293,7 +317,8 @@ std::string MakePages(Publication& publication) {
 }
 
 /// False, with the reason, if a filter cannot be used: nothing is published without it.
-bool ReadRules(const DitaRun& run, Ditaval& rules, std::string& reason) {
+bool ReadRules(const DitaRun& run, DitaSources& sources, std::string& reason) {
+    Ditaval& rules = sources.rules;
     for (const NativePath& filter : run.filters) {
         auto read = ReadDitaval(filter, reason);
         if (!read.has_value()) {
@@ -307,6 +332,8 @@ bool ReadRules(const DitaRun& run, Ditaval& rules, std::string& reason) {
                          kNotHandled});
         }
         rules.excludes.merge(read->excludes);
+        sources.filterNames +=
+            (sources.filterNames.empty() ? "" : ", ") + FromFilesystem(ToFilesystem(filter).filename()).utf8;
     }
     if (!rules.excludes.empty()) {
         ApplyScheme(ReadSubjectScheme(run.document), rules);
@@ -324,7 +351,7 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
     DitaSources sources;
     sources.copies = run.copies;
     std::string reason;
-    if (!ReadRules(run, sources.rules, reason)) {
+    if (!ReadRules(run, sources, reason)) {
         return reason;
     }
     const Stylesheet stylesheet = LoadStylesheet(stylesheetPath, run.log);

@@ -25,55 +25,15 @@ void OverrideAttributes(const xmlNode* referring, xmlNode* copy) {
     }
 }
 
-/// Adds copies of the elements after the target, up to the one that ends the range. False if there is no such
-/// element.
-bool CopyRange(const xmlNode* original, xmlNode* copy, const std::string& end) {
-    if (end.empty()) {
-        return true;
-    }
-    const auto target = DitaTargetOf(end);
-    const std::string last = target.has_value() ? target->element : std::string();
-    const auto isLast = [&last](const xmlNode* node) { return Attribute(node, "id") == last; };
-    const xmlNode* found = original;
-    while (found != nullptr && !isLast(found)) {
-        found = NextElement(found);
-    }
-    if (found == nullptr) {
-        return false;
-    }
-    for (const xmlNode* node = original; node != found;) {
+/// Adds copies of the elements after the first of a range, up to its last.
+void CopyRange(const xmlNode* first, const xmlNode* last, xmlNode* copy) {
+    for (const xmlNode* node = first; node != last;) {
         node = NextElement(node);
         xmlNode* next = xmlDocCopyNode(const_cast<xmlNode*>(node), copy->doc, 1);
         xmlUnsetProp(next, Xml("id"));
         SetSource(next, SourceOf(copy));
         copy = xmlAddNextSibling(copy, next);
     }
-    return true;
-}
-
-/// Replaces the referring element with a copy of its target; null, with the element unchanged, if there is no
-/// target.
-xmlNode* ReplaceWithTarget(xmlNode* referring, const std::string& conref, DitaLibrary& library,
-                           const RemarkSink& remarks) {
-    const auto target = DitaTargetOf(conref);
-    const xmlDoc* document = target.has_value() ? library.Document(target->path) : nullptr;
-    xmlNode* original = document == nullptr ? nullptr : FindTarget(document, *target);
-    const bool isBranch = HasType(referring, "map/topicref");
-    if (original == nullptr || (isBranch && !HasType(original, "map/topicref"))) {
-        return nullptr;
-    }
-    const std::string end = Attribute(referring, "conrefend");
-    xmlNode* copy = xmlDocCopyNode(original, referring->doc, 1);
-    OverrideAttributes(referring, copy);
-    SetSource(copy, target->path);
-    xmlReplaceNode(referring, copy);
-    xmlFreeNode(referring);
-    if (!CopyRange(original, copy, end)) {
-        remarks(copy, kDeadReference,
-                "conrefend=\"" + AsWritten(copy, end) +
-                    "\" is no element after the target; only the target is reused");
-    }
-    return copy;
 }
 
 /// A copy may contain references of its own, which are resolved in turn: the walk goes on in the copy, not
@@ -117,35 +77,121 @@ std::string ReferenceOf(const ConrefRun& run, const xmlNode* element) {
     return href + (href.find('#') == std::string::npos ? "#" : "") + reference.substr(slash);
 }
 
-void KeepOwnContent(const ConrefRun& run, xmlNode* element, const std::string& conref) {
+/// A reference as its author wrote it: by key with the file that the key leads to.
+std::string Quoted(const xmlNode* element, const std::string& conref) {
     const std::string key = Attribute(element, "conkeyref");
-    if (run.keys == nullptr && conref.empty()) {
-        return;
+    if (key.empty() || conref == Attribute(element, "conref")) {
+        return "conref=\"" + AsWritten(element, conref) + "\"";
     }
-    if (!conref.empty()) {
-        run.remarks(element, kDeadReference,
-                    "conref=\"" + AsWritten(element, conref) +
-                        "\" has no usable target; the element keeps its own content");
-    } else if (!key.empty()) {
-        run.remarks(element, kUnknownKey,
-                    "conkeyref=\"" + key +
-                        "\": the map does not define this key with a target; the element "
-                        "keeps its own content");
+    return "conkeyref=\"" + key + "\" (" + AsWritten(element, conref.substr(0, conref.find('#'))) + ")";
+}
+
+std::string ExcludedBy(const ConrefRun& run) {
+    return "is excluded by the filter (" + run.library.Sources().filterNames + ")";
+}
+
+void ReportTarget(const ConrefRun& run, const xmlNode* element, const std::string& conref,
+                  const std::string& problem) {
+    run.remarks(element, kDeadReference,
+                Quoted(element, conref) + " " + problem + "; the element keeps its own content");
+}
+
+/// The element that the reference names. Null, with a remark, if there is none, or none that could be in the
+/// place of the referring element.
+xmlNode* Reused(const ConrefRun& run, const xmlNode* element, const std::string& conref) {
+    const auto target = DitaTargetOf(conref);
+    const xmlDoc* document = target.has_value() ? run.library.Document(target->path) : nullptr;
+    xmlNode* reused = document == nullptr ? nullptr : FindTarget(document, *target);
+    const std::string base = BaseName(element);
+    if (reused == nullptr) {
+        const bool excluded = target.has_value() && run.library.IsExcluded(*target);
+        ReportTarget(run, element, conref, excluded ? ExcludedBy(run) : "has no usable target");
+    } else if (!base.empty() && base != BaseName(reused)) {
+        ReportTarget(
+            run, element, conref,
+            "names a <" + std::string(View(reused->name)) + ">, which is not a kind of <" + base + ">");
+        return nullptr;
     }
+    return reused;
+}
+
+/// The last element of the range that begins with the first, which it is itself without `conrefend`, or with
+/// one that names no element after it.
+const xmlNode* RangeEnd(const ConrefRun& run, const xmlNode* element, const xmlNode* first) {
+    const std::string end = Attribute(element, "conrefend");
+    const auto target = DitaTargetOf(end);
+    if (end.empty()) {
+        return first;
+    }
+    const xmlNode* last = target.has_value() ? first : nullptr;
+    while (last != nullptr && Attribute(last, "id") != target->element) {
+        last = NextElement(last);
+    }
+    if (last != nullptr) {
+        return last;
+    }
+    const bool excluded = target.has_value() && run.library.IsExcluded(*target);
+    run.remarks(element, kDeadReference,
+                "conrefend=\"" + AsWritten(element, end) + "\" " +
+                    (excluded ? ExcludedBy(run) : "is no element after the target") +
+                    "; only the target is reused");
+    return first;
+}
+
+/// Replaces the referring element with a copy of its target; null, with the element unchanged, if there is
+/// none.
+xmlNode* ReplaceWithTarget(const ConrefRun& run, xmlNode* element, const std::string& conref) {
+    xmlNode* reused = Reused(run, element, conref);
+    if (reused == nullptr) {
+        return nullptr;
+    }
+    const xmlNode* last = RangeEnd(run, element, reused);
+    xmlNode* copy = xmlDocCopyNode(reused, element->doc, 1);
+    OverrideAttributes(element, copy);
+    SetSource(copy, DitaTargetOf(conref)->path);
+    xmlReplaceNode(element, copy);
+    xmlFreeNode(element);
+    CopyRange(reused, last, copy);
+    return copy;
+}
+
+/// A reference by key waits until the keys are known.
+void DropReferences(const ConrefRun& run, xmlNode* element) {
     xmlUnsetProp(element, Xml("conref"));
-    xmlUnsetProp(element, Xml("conkeyref"));
+    if (run.keys != nullptr) {
+        xmlUnsetProp(element, Xml("conkeyref"));
+    }
+}
+
+/// Null, with a remark where the element has a reference, if nothing is in its place.
+xmlNode* Replace(ConrefRun& run, xmlNode* element, const std::string& conref) {
+    if (conref.empty()) {
+        const std::string key = run.keys == nullptr ? std::string() : Attribute(element, "conkeyref");
+        if (!key.empty()) {
+            run.remarks(element, kUnknownKey,
+                        "conkeyref=\"" + key +
+                            "\": the map does not define this key with a target; the element keeps its own "
+                            "content");
+        }
+        return nullptr;
+    }
+    if (std::ranges::find(run.open, conref) != run.open.end()) {
+        ReportTarget(run, element, conref, "leads back to itself");
+        return nullptr;
+    }
+    if (++run.copies > kMaxConrefs) {
+        ReportTarget(run, element, conref, "is one of more than " + std::to_string(kMaxConrefs));
+        return nullptr;
+    }
+    return ReplaceWithTarget(run, element, conref);
 }
 
 /// Resolves the element and its descendants. Returns the element that is now in its place.
 xmlNode* Resolve(ConrefRun& run, xmlNode* element) {
     const std::string conref = ReferenceOf(run, element);
-    const bool cycle = std::find(run.open.begin(), run.open.end(), conref) != run.open.end();
-    const bool tooMany = !conref.empty() && ++run.copies > kMaxConrefs;
-    xmlNode* copy = conref.empty() || cycle || tooMany
-                        ? nullptr
-                        : ReplaceWithTarget(element, conref, run.library, run.remarks);
+    xmlNode* copy = Replace(run, element, conref);
     if (copy == nullptr) {
-        KeepOwnContent(run, element, conref);
+        DropReferences(run, element);
         ResolveChildren(run, element);
         return element;
     }

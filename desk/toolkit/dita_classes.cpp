@@ -54,6 +54,12 @@ void AddAttributes(xmlNode* element, const ElementType& type) {
 
 }  // namespace
 
+std::string BaseName(const xmlNode* element) {
+    const std::string types = Attribute(element, "class");
+    const std::size_t begin = types.find('/') + 1;
+    return begin == 0 ? std::string() : types.substr(begin, types.find(' ', begin) - begin);
+}
+
 bool IsForeign(const xmlNode* node) {
     for (; node != nullptr && node->type == XML_ELEMENT_NODE; node = node->parent) {
         if (node->ns != nullptr || HasType(node, "topic/foreign") || HasType(node, "topic/unknown")) {

@@ -5,6 +5,7 @@
 
 #include <libxml/tree.h>
 
+#include <string>
 #include <string_view>
 
 namespace ventrix::desk {
@@ -12,6 +13,9 @@ namespace ventrix::desk {
 /// Adds a class, and the default values of attributes, to every element without a class whose name is known.
 /// False if there was an unknown name, except in foreign content: the document's DTD may know it.
 bool AddMissingClasses(xmlDoc* document);
+
+/// The name of the element's base type: "ph" for "+ topic/ph ui-d/uicontrol "; empty without a class.
+std::string BaseName(const xmlNode* element);
 
 /// Whether the element is of another vocabulary, or in an element for such content.
 bool IsForeign(const xmlNode* node);

@@ -76,6 +76,23 @@ void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path, const Docu
     }
 }
 
+void NoteFiltered(xmlNode* element, FilteredContent& filtered) {
+    const auto note = [](const std::string& value, std::vector<std::string>& values) {
+        if (!value.empty()) {
+            values.push_back(value);
+        }
+    };
+    for (xmlNode* node = element; node != nullptr; node = NextNode(node, element)) {
+        if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
+            filtered.ids.insert(Attribute(node, "id"));
+        }
+        if (HasType(node, "map/topicref")) {
+            note(Attribute(node, "href"), filtered.topics);
+            note(Attribute(node, "keyref"), filtered.topicKeys);
+        }
+    }
+}
+
 xmlNode* FindTopic(xmlNode* root, const std::string& id) {
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (HasType(node, "topic/topic") && (id.empty() || Attribute(node, "id") == id)) {
@@ -115,10 +132,12 @@ DitaDocument LoadDita(const NativePath& path, const DitaSources& sources) {
     }
     if (!loaded.wellFormed) {
         result.reason = path.utf8 + ": " + loaded.reason;
-    } else if (!Filter(sources.rules, loaded.document.get())) {
-        result.excluded = true;
-    } else {
-        MakeReferencesAbsolute(loaded.document.get(), path, sources.copies);
+        return result;
+    }
+    MakeReferencesAbsolute(loaded.document.get(), path, sources.copies);
+    result.excluded = !Filter(sources.rules, loaded.document.get(),
+                              [&result](xmlNode* excluded) { NoteFiltered(excluded, result.filtered); });
+    if (!result.excluded) {
         result.document = std::move(loaded.document);
         for (const std::string& entity : loaded.undeclaredEntities) {
             result.remarks.push_back(path.utf8 + ": " + entity);

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,9 +18,17 @@ namespace ventrix::desk {
 /// Receives what could not be done in a document: the element, the rule (dita_run.h), and one line of text.
 using RemarkSink = std::function<void(const xmlNode* place, const char* rule, const std::string& text)>;
 
+/// What the filter removed from a document, for messages.
+struct FilteredContent {
+    std::set<std::string> ids;
+    std::vector<std::string> topics;     ///< The references of topic references, absolute.
+    std::vector<std::string> topicKeys;  ///< Those by key.
+};
+
 struct DitaDocument {
     XmlDocument document;  ///< Null if it is missing, not well-formed, or excluded as a whole.
     bool excluded = false;
+    FilteredContent filtered;
     std::vector<std::string> remarks;  ///< Undeclared entities, whose replacement text is missing.
     std::string reason;                ///< Why it cannot be read, one line; empty if it can or is excluded.
 };
@@ -27,6 +36,7 @@ struct DitaDocument {
 /// What applies to all documents of a run.
 struct DitaSources {
     Ditaval rules;
+    std::string filterNames;  ///< Of the DITAVAL files, for messages.
     DocumentCopies
         copies;  ///< An absolute reference in a copy leads to an original; it is turned to the copy.
 };

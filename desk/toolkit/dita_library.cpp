@@ -2,12 +2,39 @@
 
 #include <algorithm>
 
+#include "desk/toolkit/conref.h"
 #include "desk/toolkit/dita_classes.h"
 
 namespace ventrix::desk {
 namespace {
 
 constexpr std::size_t kKeptDocuments = 8;
+
+/// Whether the element is a topic, or is in a title or a description.
+bool IsSummarised(const xmlNode* element) {
+    constexpr const char* kParts[] = {"topic/title", "topic/titlealts", "topic/shortdesc", "topic/abstract"};
+    bool summarised = HasType(element, "topic/topic");
+    for (; !summarised && element->type == XML_ELEMENT_NODE && !HasType(element, "topic/topic");
+         element = element->parent) {
+        summarised =
+            std::ranges::any_of(kParts, [element](const char* type) { return HasType(element, type); });
+    }
+    return summarised;
+}
+
+/// Whether a title or a description reuses content, or a topic does as a whole.
+bool ReusesTitles(const xmlDoc* document) {
+    xmlNode* root = xmlDocGetRootElement(document);
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        const bool reuses =
+            node->type == XML_ELEMENT_NODE && node->properties != nullptr &&
+            (xmlHasProp(node, Xml("conref")) != nullptr || xmlHasProp(node, Xml("conkeyref")) != nullptr);
+        if (reuses && IsSummarised(node)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 void CollectTitles(const xmlDoc* document, TopicSummary& summary) {
     xmlNode* root = xmlDocGetRootElement(document);
@@ -78,6 +105,12 @@ const xmlDoc* DitaLibrary::Document(const NativePath& path) {
     return Load(path).document.get();
 }
 
+bool DitaLibrary::IsExcluded(const DitaTarget& target) {
+    const DitaDocument& loaded = Load(target.path);
+    const std::string& id = target.element.empty() ? target.topic : target.element;
+    return loaded.excluded || (!id.empty() && loaded.filtered.ids.contains(id));
+}
+
 const TopicSummary& DitaLibrary::Summary(const NativePath& path) {
     const auto known = summaries_.find(path);
     if (known != summaries_.end()) {
@@ -85,11 +118,17 @@ const TopicSummary& DitaLibrary::Summary(const NativePath& path) {
     }
     const DitaDocument& loaded = Load(path);
     TopicSummary summary;
-    if (loaded.document != nullptr) {
+    const bool excluded = loaded.excluded;
+    const bool readable = loaded.document != nullptr;
+    if (readable && ReusesTitles(loaded.document.get())) {
+        const XmlDocument resolved(xmlCopyDoc(loaded.document.get(), 1));
+        ResolveConrefs(resolved.get(), keys_, *this, [](const xmlNode*, const char*, const std::string&) {});
+        summary = SummaryOf(resolved.get());
+    } else if (readable) {
         summary = SummaryOf(loaded.document.get());
     }
-    summary.excluded = loaded.excluded;
-    summary.readable = loaded.document != nullptr;
+    summary.excluded = excluded;
+    summary.readable = readable;
     return summaries_.insert({path, std::move(summary)}).first->second;
 }
 

@@ -43,6 +43,9 @@ class DitaLibrary {
     /// other documents have been requested.
     const xmlDoc* Document(const NativePath& path);
 
+    /// Whether the filter excludes the target of a reference.
+    bool IsExcluded(const DitaTarget& target);
+
     /// All strings are empty if the document cannot be read.
     const TopicSummary& Summary(const NativePath& path);
 

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <deque>
-#include <set>
+#include <iterator>
+#include <optional>
 
 #include "desk/toolkit/conref.h"
 #include "desk/toolkit/dita_classes.h"
@@ -55,16 +56,28 @@ bool IsMapReference(const std::string& href, const std::string& format) {
     return format == "ditamap" || (format.empty() && EndsWithMap(href));
 }
 
-/// The maps that the map refers to by their path.
-std::vector<NativePath> SubmapsOf(xmlDoc* map) {
+/// The map that the topic reference refers to, by its path or by a key that is known so far.
+std::optional<NativePath> SubmapOf(const xmlNode* topicref, const DitaKeys& keys) {
+    std::string href = Attribute(topicref, "href");
+    std::string format = Attribute(topicref, "format");
+    const std::string keyref = Attribute(topicref, "keyref");
+    if (const auto key = keys.find(keyref.substr(0, keyref.find('/'))); key != keys.end()) {
+        href = key->second.href;
+        format = format.empty() ? key->second.format : format;
+    }
+    const auto target = IsMapReference(href, format) ? DitaTargetOf(href) : std::nullopt;
+    return target.has_value() ? std::optional(target->path) : std::nullopt;
+}
+
+std::vector<NativePath> SubmapsOf(xmlDoc* map, const DitaKeys& keys) {
     std::vector<NativePath> submaps;
     xmlNode* root = xmlDocGetRootElement(map);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
-        const std::string href = HasType(node, "map/topicref") ? Attribute(node, "href") : std::string();
-        const auto target =
-            IsMapReference(href, Attribute(node, "format")) ? DitaTargetOf(href) : std::nullopt;
-        if (target.has_value()) {
-            submaps.push_back(target->path);
+        if (!HasType(node, "map/topicref")) {
+            continue;
+        }
+        if (const auto submap = SubmapOf(node, keys)) {
+            submaps.push_back(*submap);
         }
     }
     return submaps;
@@ -96,20 +109,38 @@ void ApplyKeys(MapReader& reader, const DitaDocument& map) {
     ResolveKeyrefs(map.document.get(), reader.navigation.keys, reader.library, remarks);
 }
 
-/// Breadth first, as a definition in a map counts before those in its submaps.
-void LoadMaps(MapReader& reader, const NativePath& map) {
-    std::deque<NativePath> waiting{map};
-    std::set<NativePath> known{map};
+/// Loads the maps and those below them, and collects their keys. Breadth first, as a definition in a map
+/// counts before those in its submaps.
+void CollectMaps(MapReader& reader, std::deque<NativePath> waiting) {
     while (!waiting.empty()) {
-        const DitaDocument& loaded = Load(reader, waiting.front());
+        const NativePath path = waiting.front();
         waiting.pop_front();
-        if (loaded.document == nullptr) {
+        if (reader.maps.contains(path)) {
             continue;
         }
-        CollectKeys(loaded.document.get(), reader.navigation.keys);
-        for (const NativePath& submap : SubmapsOf(loaded.document.get())) {
-            if (known.insert(submap).second) {
-                waiting.push_back(submap);
+        const DitaDocument& loaded = Load(reader, path);
+        if (loaded.document != nullptr) {
+            CollectKeys(loaded.document.get(), reader.navigation.keys);
+            std::ranges::copy(SubmapsOf(loaded.document.get(), {}), std::back_inserter(waiting));
+        }
+    }
+}
+
+/// Maps that others name by key come after those that they name by path. They may define the keys of further
+/// ones.
+void LoadMaps(MapReader& reader, const NativePath& map) {
+    std::size_t loadedMaps = 0;
+    for (std::deque<NativePath> waiting{map}; !waiting.empty();) {
+        CollectMaps(reader, std::move(waiting));
+        waiting.clear();
+        if (reader.maps.size() == loadedMaps) {
+            break;
+        }
+        loadedMaps = reader.maps.size();
+        for (const auto& [path, loaded] : reader.maps) {
+            if (loaded.document != nullptr) {
+                std::ranges::copy(SubmapsOf(loaded.document.get(), reader.navigation.keys),
+                                  std::back_inserter(waiting));
             }
         }
     }
@@ -280,6 +311,22 @@ void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inher
     }
 }
 
+/// The topics of the topic references that the filter removed.
+void NoteExcludedTopics(MapReader& reader) {
+    const auto note = [&reader](const std::string& href) {
+        if (const auto target = DitaTargetOf(href)) {
+            reader.navigation.excludedTopics.insert(target->path);
+        }
+    };
+    for (const auto& [path, map] : reader.maps) {
+        std::ranges::for_each(map.filtered.topics, note);
+        for (const std::string& key : map.filtered.topicKeys) {
+            const auto known = reader.navigation.keys.find(key);
+            note(known == reader.navigation.keys.end() ? std::string() : known->second.href);
+        }
+    }
+}
+
 }  // namespace
 
 Navigation ReadNavigation(const NativePath& map, DitaLibrary& library, const DitaRun& run) {
@@ -288,6 +335,7 @@ Navigation ReadNavigation(const NativePath& map, DitaLibrary& library, const Dit
     std::vector<NavigationItem> items;
     ReadMap(reader, {.path = map, .topic = {}, .element = {}}, {}, items);
     reader.navigation.items = std::move(items);
+    NoteExcludedTopics(reader);
     return std::move(reader.navigation);
 }
 

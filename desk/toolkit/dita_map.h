@@ -2,6 +2,7 @@
 // topics are related. References are absolute URIs; strings are UTF-8.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,7 @@ struct Navigation {
     std::vector<NavigationItem> items;
     std::vector<Relation> relations;
     DitaKeys keys;
+    std::set<NativePath> excludedTopics;  ///< Of the topic references that the filter excludes.
 };
 
 /// Reads the map and its submaps, each once. A submap that is missing, not well-formed or contains itself is

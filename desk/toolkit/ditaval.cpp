@@ -214,7 +214,7 @@ bool IsExcluded(const Ditaval& rules, const xmlNode* element) {
     return false;
 }
 
-bool Filter(const Ditaval& rules, xmlDoc* document) {
+bool Filter(const Ditaval& rules, xmlDoc* document, const std::function<void(xmlNode*)>& exclude) {
     xmlNode* root = xmlDocGetRootElement(document);
     if (rules.excludes.empty()) {
         return true;
@@ -233,6 +233,7 @@ bool Filter(const Ditaval& rules, xmlDoc* document) {
             node = node->parent;
         }
         node = node == nullptr || node == root ? nullptr : node->next;
+        exclude(excluded);
         xmlUnlinkNode(excluded);
         xmlFreeNode(excluded);
     }

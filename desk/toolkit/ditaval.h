@@ -4,6 +4,7 @@
 
 #include <libxml/tree.h>
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -40,7 +41,8 @@ void ApplyScheme(const SubjectScheme& scheme, Ditaval& rules);
 /// contains the group.
 bool IsExcluded(const Ditaval& rules, const xmlNode* element);
 
-/// Removes the excluded elements. False, with the document unchanged, if its root element is excluded.
-bool Filter(const Ditaval& rules, xmlDoc* document);
+/// Removes the excluded elements, each after it was passed to `exclude`. False, with the document unchanged,
+/// if its root element is excluded.
+bool Filter(const Ditaval& rules, xmlDoc* document, const std::function<void(xmlNode*)>& exclude);
 
 }  // namespace ventrix::desk

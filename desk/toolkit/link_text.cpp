@@ -49,15 +49,21 @@ const LinkTexts::ByElement& LinkTexts::TextsIn(const NativePath& path) {
     return place->second;
 }
 
-LinkText LinkTexts::For(const std::string& absoluteReference) {
+std::optional<LinkText> LinkTexts::For(const std::string& absoluteReference) {
     const auto target = DitaTargetOf(absoluteReference);
-    if (!target.has_value() || target->element.empty()) {
-        return {{}, TitlesOf(absoluteReference, library_).title};
+    if (!target.has_value()) {
+        return std::nullopt;
     }
-    const std::string topic = target->topic.empty() ? library_.Summary(target->path).topicId : target->topic;
+    const TopicSummary& summary = library_.Summary(target->path);
+    const std::string topic = target->topic.empty() ? summary.topicId : target->topic;
+    if (target->element.empty()) {
+        const auto titles = summary.topics.find(topic);
+        return titles == summary.topics.end() ? std::nullopt
+                                              : std::optional(LinkText{{}, titles->second.title});
+    }
     const ByElement& texts = TextsIn(target->path);
     const auto text = texts.find(topic + "/" + target->element);
-    return text == texts.end() ? LinkText() : text->second;
+    return text == texts.end() ? std::nullopt : std::optional(text->second);
 }
 
 }  // namespace ventrix::desk

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -20,8 +21,8 @@ class LinkTexts {
     LinkTexts(DitaLibrary& library, const DitaKeys& keys) : library_(library), keys_(keys) {}
 
     /// The text for an absolute reference: the title of a topic or section, the term of a definition, or a
-    /// number.
-    LinkText For(const std::string& absoluteReference);
+    /// number. Nothing if the target does not exist.
+    std::optional<LinkText> For(const std::string& absoluteReference);
 
   private:
     using ByElement = std::unordered_map<std::string, LinkText>;  ///< By "topic/element".

@@ -34,12 +34,20 @@ bool HasText(const xmlNode* link) {
     return false;
 }
 
+/// The title of the topic that contains the target.
+std::string TitleAround(const Page& page, const std::string& absolute) {
+    return TitlesOf(absolute.substr(0, absolute.find('/', absolute.find('#'))), page.targets.library).title;
+}
+
 /// The title of the target's topic, or else the address, stands in for a text that the target does not have.
-void AddLinkText(const Page& page, xmlNode* link, const DitaTarget& target, const std::string& absolute,
-                 const std::string& href) {
-    LinkText text = page.targets.texts.For(absolute);
+/// A target that does not exist is reported as a dead link.
+void AddLinkText(const Page& page, xmlNode* link, const std::string& absolute, const std::string& href) {
+    const std::optional<LinkText> found = page.targets.texts.For(absolute);
+    LinkText text = found.value_or(LinkText());
     if (text.text.empty()) {
-        text = {{}, page.targets.library.Summary(target.path).title};
+        text = {{}, TitleAround(page, absolute)};
+    }
+    if (found.has_value() && found->text.empty()) {
         page.targets.remarks(link, kNotHandled,
                              "the link \"" + AsWritten(link, absolute) +
                                  "\" has no text and its target no title, so that it shows the " +
@@ -59,6 +67,16 @@ void LinkToTopic(const Page& page, xmlNode* link, const DitaTarget& target) {
         xmlUnsetProp(link, Xml("href"));
         return;
     }
+    const std::string absolute = Attribute(link, "href");
+    if (targets.excludedTopics.contains(target.path)) {
+        targets.remarks(
+            link, kToolkitRule,
+            "the link \"" + AsWritten(link, absolute) +
+                "\" leads to a topic whose topic reference the filter (" +
+                targets.library.Sources().filterNames +
+                ") excludes; the topic is published because of the link; exclude the link too, or the "
+                "topic itself");
+    }
     targets.needPage(target.path);
     const NativePath ownPage = PageOf(targets.layout, page.topic);
     const NativePath targetPage = PageOf(targets.layout, target.path);
@@ -66,11 +84,10 @@ void LinkToTopic(const Page& page, xmlNode* link, const DitaTarget& target) {
     const std::string fragment = anchor.empty() ? "" : "#" + anchor;
     const bool isOwn = targetPage == ownPage && !fragment.empty();
     const std::string href = (isOwn ? "" : RelativeReference(ownPage, targetPage)) + fragment;
-    const std::string absolute = Attribute(link, "href");
     targets.check.Add({SourceOf(link), xmlGetLineNo(link), targetPage, anchor, AsWritten(link, absolute)});
     xmlSetProp(link, Xml("href"), Xml(href.c_str()));
     if (!HasText(link) && xmlHasProp(link, Xml("page-title")) == nullptr) {
-        AddLinkText(page, link, target, absolute, href);
+        AddLinkText(page, link, absolute, href);
     }
 }
 

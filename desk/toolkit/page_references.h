@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 
 #include "desk/toolkit/link_check.h"
 #include "desk/toolkit/link_text.h"
@@ -14,7 +15,8 @@ struct ReferenceTargets {
     const PageLayout& layout;
     DitaLibrary& library;
     LinkTexts& texts;
-    LinkCheck& check;  ///< Receives each link to a page.
+    LinkCheck& check;                            ///< Receives each link to a page.
+    const std::set<NativePath>& excludedTopics;  ///< The filter excludes all topic references to them.
     RemarkSink remarks;
     std::function<void(const NativePath& topic)> needPage;  ///< Assigns a page to a topic, if it has none.
     std::function<void(const NativePath& source, const NativePath& target)> copy;

@@ -153,6 +153,16 @@ bool IsKnownLanguage(const std::string& language) {
 
 }  // namespace
 
+std::string LanguageProblem(const std::string& language, std::set<std::string>& reported) {
+    if (IsKnownLanguage(language) || !reported.insert(language).second) {
+        return {};
+    }
+    return "the language \"" + language +
+           "\" is not handled: generated words, such as \"Note\" and \"Table\", are in English; the DITA "
+           "Open "
+           "Toolkit has them in more languages (--toolkit)";
+}
+
 void ReportLanguages(xmlDoc* document, const std::string& mapLanguage, std::set<std::string>& reported,
                      const RemarkSink& remarks) {
     xmlNode* root = xmlDocGetRootElement(document);
@@ -164,11 +174,11 @@ void ReportLanguages(xmlDoc* document, const std::string& mapLanguage, std::set<
         }
         const XmlString own(xmlNodeGetLang(node));
         const std::string language = own == nullptr ? mapLanguage : std::string(View(own.get()));
-        if (!IsKnownLanguage(language) && HasGeneratedWords(node) && reported.insert(language).second) {
-            remarks(node, kNotHandled,
-                    "the language \"" + language +
-                        "\" is not handled: generated words, such as \"Note\" and \"Table\", are in "
-                        "English; the DITA Open Toolkit has them in more languages (--toolkit)");
+        if (IsKnownLanguage(language) || !HasGeneratedWords(node)) {
+            continue;
+        }
+        if (const std::string problem = LanguageProblem(language, reported); !problem.empty()) {
+            remarks(node, kNotHandled, problem);
         }
     }
 }

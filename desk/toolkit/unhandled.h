@@ -13,6 +13,10 @@ namespace ventrix::desk {
 /// links are resolved.
 void ReportUnhandled(xmlDoc* document, const RemarkSink& remarks);
 
+/// Why a page in the language differs; empty if the toolkit has its words, or if the language is in
+/// `reported`, to which it is added.
+std::string LanguageProblem(const std::string& language, std::set<std::string>& reported);
+
 /// Reports the languages of a topic's page in which the toolkit has no words, and adds them to `reported`,
 /// which has those that are not reported again. The language of the map, which may be empty, counts for
 /// elements without one.

@@ -194,7 +194,7 @@ TEST_F(BuiltinToolkit, KeysGiveTopicsTextAndTargets) {
     WriteTopic(
         "<p><ph keyref='alias'/> <term keyref='intro'/> <xref keyref='site'/></p><note conkeyref='lib/n'/>"
         "<ul><li conref='lib.dita#lib/a' conrefend='lib.dita#lib/b'/></ul><p conkeyref='none/x'>kept</p>"
-        "<p id='own'>own</p><p><ph conref='#./own'/></p>");
+        "<p><ph id='own'>own</ph></p><p><ph conref='#./own'/></p>");
     ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
     EXPECT_EQ(Query("index.html", "concat(//h1, '|', //li[1]/a, //li[1]/a/@href)"),
               "The P40|Introintro.html");
@@ -360,12 +360,14 @@ TEST_F(BuiltinToolkit, AMapMayReuseABranchOfAnother) {
         {"<topicref conref='s.ditamap#s/b'/>", "bc", ""},
         {"<topicref conkeyref='s/b'/>", "bc", ""},
         {"<mapref keyref='keyed'/>", "a", ""},
-        {"<topicref conkeyref='s/none'/>", "", "conref=\"s.ditamap#/none\" has no usable target"},
-        {"<topicref conref='s.ditamap'/>", "", "conref=\"s.ditamap\" has no usable target"},
+        {"<mapref keyref='keyed'/><topicref keyref='inner'/>", "ac", ""},
+        {"<topicref conkeyref='s/none'/>", "", "conkeyref=\"s/none\" (s.ditamap) has no usable target"},
+        {"<topicref conref='s.ditamap'/>", "",
+         "conref=\"s.ditamap\" names a <map>, which is not a kind of <topicref>"},
     };
     Write("s.ditamap",
           "<map id='s'><topicref id='b' href='b.dita'><topicref href='c.dita'/></topicref></map>");
-    Write("k.ditamap", "<map><topicref keyref='a'/></map>");
+    Write("k.ditamap", "<map><topicref keyref='a'/><keydef keys='inner' href='c.dita'/></map>");
     for (const char* name : {"a", "b", "c", "d"}) {
         WriteTopicAt(std::string(name) + ".dita", name, "<p/>");
     }
@@ -410,6 +412,89 @@ TEST_F(BuiltinToolkit, WhatKeysLeaveEmptyIsAFinding) {
     EXPECT_NE(Findings().find("conkeyref=\"k/p\": the map does not define"), std::string::npos) << Findings();
 }
 
+TEST_F(BuiltinToolkit, ContentReferencesSayWhatIsWrongWhereTheyAreWritten) {
+    Write("lib.dita",
+          "<topic id='lib'><title>L</title><body>\n<p id='out' audience='x'>out</p><ul><li id='a'>a</li><li "
+          "id='b' audience='x'>b</li></ul>\n\n<ul id='ul'><li conref='#lib/a' conrefend='#lib/none'/></ul>"
+          "</body></topic>");
+    Write("out.dita", "<topic id='out' audience='x'><title>O</title><body><p id='p'>p</p></body></topic>");
+    Write("f.ditaval", "<val><prop att='audience' val='x' action='exclude'/></val>");
+    const struct {
+        const char *body, *finding;
+    } rows[] = {
+        {"<p conref='lib.dita'/>",
+         "t.dita:1: conref=\"lib.dita\" names a <topic>, which is not a kind of <p>;"},
+        {"<p conref='lib.dita#lib/a'/>",
+         "t.dita:1: conref=\"lib.dita#lib/a\" names a <li>, which is not a kind of <p>;"},
+        {"<p conref='lib.dita#lib/out'/>",
+         "t.dita:1: conref=\"lib.dita#lib/out\" is excluded by the filter (f.ditaval);"},
+        {"<p conref='out.dita#out/p'/>", "t.dita:1: conref=\"out.dita#out/p\" is excluded by the filter"},
+        {"<ul><li conref='lib.dita#lib/a' conrefend='lib.dita#lib/b'/></ul>",
+         "t.dita:1: conrefend=\"lib.dita#lib/b\" is excluded by the filter (f.ditaval);"},
+        {"<p conkeyref='lib/none'/>", "t.dita:1: conkeyref=\"lib/none\" (lib.dita) has no usable target;"},
+        {"<ul conref='lib.dita#lib/ul'/>",
+         "lib.dita:4: conrefend=\"#lib/none\" is no element after the target;"},
+        {"<p>\n<ph conref='#t/no'/></p>", "t.dita:2: conref=\"#t/no\" has no usable target;"},
+        {"<section id='s'><p id='in'/><section conref='#t/s'/></section>",
+         "t.dita:1: conref=\"#t/s\" leads back to itself"},
+    };
+    Write("m.ditamap", "<map><keydef keys='lib' href='lib.dita'/><topicref href='t.dita'/></map>");
+    for (const auto& row : rows) {
+        WriteTopic(row.body);
+        ASSERT_EQ(Run("m.ditamap", "f.ditaval"), 0) << record_.reason;
+        EXPECT_EQ(record_.findings.size(), 1U) << row.body << Findings();
+        EXPECT_NE(Findings().find(row.finding), std::string::npos) << row.body << Findings();
+    }
+}
+
+TEST_F(BuiltinToolkit, TopicsThatTheFilterExcludesFromTheMapArePublishedWithAFindingOnly) {
+    WriteTopicAt("x.dita", "X", "<p/>");
+    Write("f.ditaval", "<val><prop att='audience' val='x' action='exclude'/></val>");
+    const std::string published = "<topicref href='x.dita'/>";
+    const struct {
+        std::string map, body, finding;
+    } rows[] = {
+        {"", "<p>\n<xref href='x.dita'/></p>",
+         "t.dita:2: the link \"x.dita\" leads to a topic whose topic reference the filter (f.ditaval) "
+         "excludes"},
+        {"", "<p>x</p>", ""},
+        {published, "<p><xref href='x.dita'/></p>", ""},
+        {"<reltable><relrow><relcell><topicref href='t.dita'/></relcell><relcell>" + published +
+             "</relcell></relrow></reltable>",
+         "<p>x</p>",
+         "x.dita is published because a relationship table names it, although the filter (f.ditaval)"},
+    };
+    for (const auto& row : rows) {
+        for (const char* reference : {"href='x.dita'", "keyref='x'"}) {
+            Write("m.ditamap",
+                  std::string("<map><keydef keys='x' href='x.dita'/><topicref href='t.dita'/><topicref "
+                              "audience='x' ") +
+                      reference + "/>" + row.map + "</map>");
+            WriteTopic(row.body);
+            ASSERT_EQ(Run("m.ditamap", "f.ditaval"), 0) << record_.reason;
+            EXPECT_EQ(record_.findings.size(), row.finding.empty() ? 0U : 1U) << row.body << Findings();
+            EXPECT_NE(Findings().find(row.finding), std::string::npos) << row.body << Findings();
+        }
+    }
+}
+
+TEST_F(BuiltinToolkit, TitlesContainTheContentThatTheyReuse) {
+    Write("m.ditamap",
+          "<map><keydef keys='lib' href='lib.dita'/><topicref href='t.dita'/><topicref href='u.dita'/>"
+          "</map>");
+    Write("lib.dita",
+          "<topic id='lib'><title>L</title><body><p><ph id='name'>P40</ph></p></body><topic "
+          "id='pulled'><title>Pulled</title><topic id='inner'><title>Inner</title></topic></topic></topic>");
+    Write("u.dita",
+          "<topic id='u'><title>The <ph conkeyref='lib/name'/></title><topic id='n' "
+          "conref='lib.dita#pulled'><title>Placeholder</title></topic></topic>");
+    WriteTopic("<p><xref href='u.dita'/>, <xref href='u.dita#n'/>, <xref href='u.dita#inner'/></p>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "//p"), "The P40, Pulled, Inner");
+    EXPECT_EQ(Query("index.html", "//li[2]/a"), "The P40");
+    EXPECT_EQ(Findings(), "");
+}
+
 TEST_F(BuiltinToolkit, AlternativeTitlesAreForTheContentsAndTheWindow) {
     Write("m.ditamap",
           "<map><topicref href='t.dita' navtitle='Map'/><topicref href='u.dita' navtitle='Map' "
@@ -437,6 +522,10 @@ TEST_F(BuiltinToolkit, EachLanguageWithoutWordsIsOneFinding) {
         << Findings();
     EXPECT_EQ(Query("t.html", "concat(//div[@class='note'][1], //div[@class='note'][2])"),
               "Anmerkung: dNote: e");
+    Write("m.ditamap", "<map xml:lang='fr'><topicref href='a.dita'/></map>");
+    Write("a.dita", "<topic id='t' xml:lang='en'><title>T</title></topic>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Findings().find("m.ditamap:0: the language \"fr\" is not handled"), 0U) << Findings();
 }
 
 TEST_F(BuiltinToolkit, LinksWithoutATextNameTheirTargets) {
@@ -463,6 +552,14 @@ TEST_F(BuiltinToolkit, LinksWithoutATextNameTheirTargets) {
             << row.target;
         EXPECT_EQ(Findings(), "") << row.target;
     }
+    Write("o.dita",
+          "<topic id='o'><title>O</title><topic id='n'><title>N</title><body><p "
+          "id='p'/></body></topic></topic>");
+    WriteTopic("<p><xref href='o.dita#n/p'/></p>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "//p"), "N") << "the title of the topic that contains the target";
+    EXPECT_NE(Findings().find("the link \"o.dita#n/p\" has no text"), std::string::npos) << Findings();
+    Write("o.dita", "<topic id='o'><title>O</title><body><fig id='f'><title>F</title></fig></body></topic>");
     Write(
         "t.dita",
         "<topic id='t' xml:lang='de'><title>T</title><body><p><xref href='o.dita#o/f'/></p></body></topic>");
@@ -626,6 +723,10 @@ TEST_F(BuiltinToolkit, DeadLinksAreFindings) {
     WriteTopic("<p>\n<xref href='o.dita#t/p'>a</xref><xref href='o.dita#t/q'>b</xref></p>");
     ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
     EXPECT_EQ(Findings(), "t.dita:2: the link \"o.dita#t/q\" leads to nothing in o.html\n");
+    WriteTopic("<p><xref href='#t/none'/></p>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Findings(), "t.dita:1: the link \"#t/none\" leads to nothing in t.html\n")
+        << "one for one fault";
 }
 
 TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
