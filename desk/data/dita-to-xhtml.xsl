@@ -452,6 +452,9 @@
   <!-- An image is inline unless its placement asks for a line of its own. -->
   <xsl:template match="image">
     <xsl:choose>
+      <xsl:when test="@placement = 'break' and (@align = 'left' or @align = 'right' or @align = 'center')">
+        <span class="imageblock image{@align}"><xsl:call-template name="image"/></span>
+      </xsl:when>
       <xsl:when test="@placement = 'break'"><span class="imageblock"><xsl:call-template name="image"/></span></xsl:when>
       <xsl:otherwise><xsl:call-template name="image"/></xsl:otherwise>
     </xsl:choose>
@@ -512,9 +515,10 @@
   <xsl:template match="object">
     <object>
       <xsl:call-template name="common"/>
-      <xsl:copy-of select="@data | @type | @width | @height"/>
-      <xsl:for-each select="param"><param name="{@name}" value="{@value}"/></xsl:for-each>
-      <xsl:apply-templates select="desc"/>
+      <xsl:copy-of select="@data | @type | @width | @height | @name | @usemap | @tabindex | @classid | @codebase | @codetype |
+                           @archive | @declare | @standby"/>
+      <xsl:for-each select="param"><param><xsl:copy-of select="@name | @value | @valuetype | @type"/></param></xsl:for-each>
+      <xsl:apply-templates select="desc | foreign"/>
     </object>
   </xsl:template>
 

@@ -2,6 +2,7 @@
 
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_run.h"
+#include "desk/toolkit/image_scale.h"
 
 namespace ventrix::desk {
 namespace {
@@ -150,6 +151,9 @@ void DirectReferences(xmlDoc* document, const NativePath& topic, const Reference
     xmlNode* root = xmlDocGetRootElement(document);
     for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
         if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
+            if (xmlHasProp(node, Xml("scale")) != nullptr && HasType(node, "topic/image")) {
+                ScaleImage(node, targets.remarks);
+            }
             DirectReference(page, node, "href");
             DirectReference(page, node, "data");
         }

@@ -22,9 +22,9 @@ struct ReferenceTargets {
     std::function<void(const NativePath& source, const NativePath& target)> copy;
 };
 
-/// Turns absolute references to local files into relative ones of the topic's page, and gives links without a
-/// text one in the attributes "page-title" and "page-title-type" (LinkText). What cannot be directed is left
-/// out and reported as a remark.
+/// Turns absolute references to local files into relative ones of the topic's page, scales images, and gives
+/// links without a text one in the attributes "page-title" and "page-title-type" (LinkText). What cannot be
+/// directed is left out and reported as a remark.
 void DirectReferences(xmlDoc* document, const NativePath& topic, const ReferenceTargets& targets);
 
 }  // namespace ventrix::desk

@@ -661,6 +661,38 @@ TEST_F(BuiltinToolkit, TheVocabularyIsKnownWithoutItsDtd) {
     EXPECT_NE(Findings().find("<summary> is not known"), std::string::npos) << "metadata of a book";
 }
 
+TEST_F(BuiltinToolkit, ImagesAreScaledAndAligned) {
+    const std::string png = std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\1\4\0\0\0\x0b", 24);
+    Write("i.png", png);
+    Write("i.gif", std::string("GIF89a\x04\1\x0b\0", 10));
+    Write("i.jpg", std::string("\xff\xd8\xff\xe0\0\4ab\xff\xc2\0\x0b\x08\0\x0b\1\4\0", 18));
+    Write("cut.jpg", "\xff\xd8\xff\xe0");
+    const struct {
+        const char *attributes, *size;
+        bool isScaled = true;
+    } rows[] = {
+        {"href='i.png' scale='50'", "130x5"},
+        {"href='i.gif' scale='200'", "520x22"},
+        {"href='i.jpg' scale='100'", "260x11"},
+        {"href='i.png' width='7' scale='50'", "7x"},
+        {"href='cut.jpg' scale='50'", "x", false},
+        {"href='i.png' scale='50%'", "x", false},
+        {"href='https://example.org/i.png' scope='external' scale='50'", "x", false},
+    };
+    for (const auto& row : rows) {
+        WriteTopic(std::string("<image ") + row.attributes + "/>");
+        ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+        EXPECT_EQ(Query("t.html", "concat(//img/@width, 'x', //img/@height)"), row.size) << row.attributes;
+        EXPECT_EQ(Findings().empty(), row.isScaled) << row.attributes << Findings();
+    }
+    WriteTopic("<image href='i.png' align='right' placement='break'/><image href='i.png' align='left'/>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "concat(count(//span), //span[img]/@class)"), "1imageblock imageright");
+    WriteTopic("<object classid='c' name='n'><param name='p' value='v' valuetype='data'/></object>");
+    ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "concat(//object/@classid, //object/@name, //param/@valuetype)"), "cndata");
+}
+
 TEST_F(BuiltinToolkit, SyntaxDiagramsHaveBracketsAndTablesKeepTheirOrder) {
     const struct {
         const char *body, *text;
