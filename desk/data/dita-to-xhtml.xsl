@@ -34,6 +34,7 @@
           <xsl:if test="$frame/@window-title != $frame/@site"><xsl:value-of select="concat(' - ', $frame/@site)"/></xsl:if>
         </title>
         <xsl:if test="$frame/@description"><meta name="description" content="{$frame/@description}"/></xsl:if>
+        <xsl:for-each select="$frame/meta"><meta name="{@name}" content="{@content}"/></xsl:for-each>
         <xsl:for-each select="$frame/style"><link rel="stylesheet" href="{@href}"/></xsl:for-each>
         <xsl:for-each select="$frame/script"><script src="{@href}" defer="defer"></script></xsl:for-each>
       </head>

@@ -41,8 +41,9 @@ struct Publication {
     LinkTexts texts;
     LinkCheck links;
     std::deque<NativePath> waiting;
-    std::set<NativePath> known;   ///< Topics that wait or have their page.
-    std::set<NativePath> copied;  ///< The targets.
+    std::set<NativePath> known;                    ///< Topics that wait or have their page.
+    std::map<NativePath, TopicMetadata> metadata;  ///< Of the first reference to each topic of the map.
+    std::set<NativePath> copied;                   ///< The targets.
     MessageSink warn;
     std::set<NativePath> written;     ///< Pages.
     std::set<std::string> remarks;    ///< What is reported, to report it once.
@@ -104,6 +105,7 @@ void TakeItems(Publication& publication, const std::vector<NavigationItem>& item
     for (const NavigationItem& item : items) {
         const auto target = DitaTargetOf(item.href);
         if (target.has_value() && item.page) {
+            publication.metadata.insert({target->path, item.metadata});
             WaitForPage(publication, target->path);
         } else if (target.has_value() && item.shown) {
             CopyFile(publication, target->path, OutputOf(publication.layout, target->path));
@@ -156,7 +158,7 @@ void Write(Publication& publication, const NativePath& page, const std::string& 
 }
 
 /// What the head of a topic's page says, when its references are resolved.
-FramedPage FramedTopic(const xmlDoc* document, const NativePath& topic, const NativePath& page) {
+FramedPage FramedTopic(const Publication& publication, const xmlDoc* document, const NativePath& topic) {
     const xmlNode* first = FirstTopic(document);
     std::string title = PlainText(ShownText(ChildOfType(first, "topic/title")));
     if (title.empty()) {
@@ -164,8 +166,10 @@ FramedPage FramedTopic(const xmlDoc* document, const NativePath& topic, const Na
     }
     const xmlNode* alternatives = ChildOfType(first, "topic/titlealts");
     std::string searchTitle = PlainText(ShownText(ChildOfType(alternatives, "topic/searchtitle")));
-    return {page, title, searchTitle.empty() ? title : std::move(searchTitle),
-            PlainText(ShownText(ShortDescriptionOf(first)))};
+    const auto inMap = publication.metadata.find(topic);
+    return {PageOf(publication.layout, topic), title, searchTitle.empty() ? title : std::move(searchTitle),
+            PlainText(ShownText(ShortDescriptionOf(first))),
+            MetadataOfPage(first, inMap == publication.metadata.end() ? TopicMetadata() : inMap->second)};
 }
 
 ReferenceTargets TargetsOf(Publication& publication, const RemarkSink& remarks) {
@@ -223,7 +227,8 @@ void MakePage(Publication& publication, const NativePath& topic) {
     const NativePath page = PageOf(publication.layout, topic);
     ResolveReferences(publication, document, topic);
     AddPageNumbers(document);
-    AddPageFrame(document, FramedTopic(document, topic, page), publication.contents, publication.assets);
+    AddPageFrame(document, FramedTopic(publication, document, topic), publication.contents,
+                 publication.assets);
     NameByBaseType(document);
     const std::string content = Rendered(publication, document, topic);
     publication.links.AddPage(page, content);
@@ -237,7 +242,7 @@ void MakeStartPage(Publication& publication) {
         Remark(publication, {publication.run.document, 0, problem, kNotHandled});
     }
     const XmlDocument document = ContentsDocument(publication.contents);
-    AddPageFrame(document.get(), {start.page, start.label, start.label, {}}, publication.contents,
+    AddPageFrame(document.get(), {start.page, start.label, start.label, {}, {}}, publication.contents,
                  publication.assets);
     Write(publication, start.page, Rendered(publication, document.get(), publication.run.document));
 }
@@ -372,6 +377,7 @@ std::string RunBuiltinToolkit(const DitaRun& run, const NativePath& stylesheetPa
                             .links = {},
                             .waiting = {},
                             .known = {},
+                            .metadata = {},
                             .copied = {},
                             .warn = {},
                             .written = {},

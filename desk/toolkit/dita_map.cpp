@@ -43,6 +43,7 @@ struct Inherited {
     std::string linking;
     bool resourceOnly = false;
     bool shown = true;
+    TopicMetadata metadata;  ///< Of the topic reference itself; what is its own is not passed on.
 };
 
 void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inherited,
@@ -161,6 +162,7 @@ Inherited InheritedBy(const xmlNode* topicref, Inherited inherited) {
     take("linking", inherited.linking);
     const std::string role = Attribute(topicref, "processing-role");
     inherited.resourceOnly = (inherited.resourceOnly && role != "normal") || role == "resource-only";
+    inherited.metadata = ReadMapMetadata(topicref, std::move(inherited.metadata.branch));
     const std::string toc = Attribute(topicref, "toc");
     inherited.shown = toc.empty() ? inherited.shown : toc != "no";
     return inherited;
@@ -190,6 +192,7 @@ NavigationItem ItemOf(const xmlNode* topicref, const Inherited& inherited) {
         target.has_value() && !inherited.resourceOnly && IsTopicFormat(inherited.format, target->path);
     item.linking = LinkingOf(inherited.resourceOnly ? "none" : inherited.linking);
     item.collection = CollectionOf(topicref);
+    item.metadata = inherited.metadata;
     return item;
 }
 

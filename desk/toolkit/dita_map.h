@@ -9,6 +9,7 @@
 #include "desk/toolkit/dita_keys.h"
 #include "desk/toolkit/dita_library.h"
 #include "desk/toolkit/dita_run.h"
+#include "desk/toolkit/page_metadata.h"
 
 namespace ventrix::desk {
 
@@ -31,6 +32,7 @@ struct NavigationItem {
     bool resourceOnly = false;  ///< There for its keys or for reuse only.
     Linking linking;
     CollectionType collection = CollectionType::kUnordered;
+    TopicMetadata metadata;
     std::vector<NavigationItem> children;
 };
 

@@ -154,6 +154,11 @@ void AddPageFrame(xmlDoc* document, const FramedPage& framed, const Contents& co
     SetAttribute(frame.root, "title", framed.title);
     SetAttribute(frame.root, "window-title", framed.windowTitle);
     SetAttribute(frame.root, "description", framed.description);
+    for (const MetadataEntry& entry : framed.metadata) {
+        xmlNode* meta = AddElement(frame.root, "meta");
+        SetAttribute(meta, "name", entry.name);
+        SetAttribute(meta, "content", entry.content);
+    }
     SetAttribute(frame.root, "site", start.label);
     SetAttribute(frame.root, "home", LinkTo(start, framed.page));
     for (const PageAsset& logo : assets.logo) {

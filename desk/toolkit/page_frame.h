@@ -7,6 +7,7 @@
 
 #include "desk/toolkit/contents.h"
 #include "desk/toolkit/dita_run.h"
+#include "desk/toolkit/page_metadata.h"
 
 namespace ventrix::desk {
 
@@ -32,6 +33,7 @@ struct FramedPage {
     std::string title;        ///< Plain text, not empty.
     std::string windowTitle;  ///< Of the window and for search engines: plain text, not empty.
     std::string description;  ///< Plain text; may be empty.
+    std::vector<MetadataEntry> metadata;
 };
 
 /// Adds an element `page-frame` to the root element, which the stylesheet makes the frame from. The size of a

@@ -661,6 +661,41 @@ TEST_F(BuiltinToolkit, TheVocabularyIsKnownWithoutItsDtd) {
     EXPECT_NE(Findings().find("<summary> is not known"), std::string::npos) << "metadata of a book";
 }
 
+TEST_F(BuiltinToolkit, TheHeadOfAPageHasTheMetadataOfTopicAndMap) {
+    Write("m.ditamap",
+          "<map><topicmeta><author>Map</author><publisher>House</publisher><critdates><created date='2001'/>"
+          "</critdates><keywords><keyword>map</keyword></keywords></topicmeta><topicref "
+          "href='t.dita'><topicmeta>"
+          "<author>Ref</author><keywords><keyword>ref</keyword></keywords><othermeta name='o' content='c'/>"
+          "</topicmeta><topicref href='u.dita'/></topicref></map>");
+    Write(
+        "t.dita",
+        "<topic id='t'><title>T</title><prolog><author type='contributor'>Own\n "
+        "<ph>Author</ph></author><publisher>"
+        "P</publisher><copyright><copyryear year='2020'/><copyrholder>H</copyrholder></copyright><critdates>"
+        "<created date='2020'/></critdates><metadata><keywords><keyword>k</keyword><indexterm>i<indexterm>j"
+        "</indexterm></indexterm><keyword>ref</keyword></keywords><audience type='other' othertype='expert'/>"
+        "<prodinfo><prodname>N</prodname><vrmlist><vrm version='3'/></vrmlist></prodinfo></metadata></prolog>"
+        "</topic>");
+    WriteTopicAt("u.dita", "U", "<p/>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    const auto metadataOf = [this](const std::string& page) {
+        std::string text;
+        for (int i = 1; i <= std::stoi(Query(page, "count(//meta[@name])")); ++i) {
+            const std::string meta = "//meta[@name][" + std::to_string(i) + "]";
+            text += Query(page, "concat(" + meta + "/@name, '=', " + meta + "/@content)") + "\n";
+        }
+        return text.substr(text.find('\n') + 1);  // After the viewport.
+    };
+    EXPECT_EQ(
+        metadataOf("t.html"),
+        "DC.subject=ref, k, i, j\nkeywords=ref, k, i, j\nDC.Audience.Type=expert\nprodname=N\nversion=3\n"
+        "DC.Creator=Ref\nDC.Creator=Map\nDC.Contributor=Own Author\nDC.Publisher=House\ncopyright=H 2020\n"
+        "DC.Rights.Owner=H 2020\nDC.Date.Created=2001\no=c\n");
+    EXPECT_EQ(metadataOf("u.html"),
+              "DC.Creator=Ref\nDC.Creator=Map\nDC.Publisher=House\nDC.Date.Created=2001\n");
+}
+
 TEST_F(BuiltinToolkit, ImagesAreScaledAndAligned) {
     const std::string png = std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\1\4\0\0\0\x0b", 24);
     Write("i.png", png);
