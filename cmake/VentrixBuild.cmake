@@ -19,7 +19,7 @@ if(VENTRIX_SANITIZE)
 endif()
 
 # The walks over a document make many small calls between source files. The linker for Windows takes the thunks of our
-# interfaces, which several files have, for duplicates then.
+# interfaces, which several files have, for duplicates then; there, only the document passes have it.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT WIN32)
     include(CheckIPOSupported)
     check_ipo_supported(RESULT has_link_time_optimization LANGUAGES CXX)
