@@ -287,6 +287,16 @@ void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& l
     }
 }
 
+/// The module takes a part of a DTD for a document if its name ends in .xml; nothing in it could be
+/// preserved.
+void ForgetDtds(const DocumentFiles& files, RunLog& log) {
+    const auto isDtd = [&files](const FailedFile& failed) {
+        const auto file = std::ranges::find(files.files, failed.file, &DocumentFile::path);
+        return file != files.files.end() && file->dtd;
+    };
+    std::erase_if(log.failed, isDtd);
+}
+
 /// The module needs the DTD beside the packaged document and leaves it there.
 void RemoveDtdCopies(const PublishPlan& plan, const PackageLayout& layout, const DocumentFiles& files) {
     std::error_code error;
@@ -365,6 +375,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     outcome.unfinished = CheckPackage(plan, layout, outcome, states);
     std::ranges::move(CheckResult(plan, session, outcome, states), std::back_inserter(outcome.unfinished));
     NameSources(plan, layout, outcome.log, session.record);
+    ForgetDtds(session.files, outcome.log);
     RemoveDtdCopies(plan, layout, session.files);
     InspectResult(plan, outcome);
     std::ranges::move(MakeTitlesPlain(outcome.pages.files, PreservationOf(options.publish).elements),

@@ -138,6 +138,31 @@ Client Reporting(Client client, Session& session) {
     };
 }
 
+/// The file of an entity, or its copy in the package; null if it is something else.
+const DocumentFile* FindEntity(const Session& session, const NativePath& path) {
+    const auto isThis = [&](const DocumentFile& file) {
+        return file.entity && (file.path == path || CopyOf(session.ditaOt.copies, file.path) == path);
+    };
+    const auto file = std::ranges::find_if(session.files.files, isThis);
+    return file == session.files.files.end() ? nullptr : &*file;
+}
+
+/// Entities and DTDs may refer to further entities; the document is the first referrer that is neither.
+NativePath DeclaringDocumentOf(const Session& session, const NativePath& path) {
+    const DocumentFile* file = FindEntity(session, path);
+    for (std::size_t steps = session.files.files.size(); file != nullptr && steps > 0; --steps) {
+        const auto referrer = std::ranges::find(session.files.files, file->referrer, &DocumentFile::path);
+        if (referrer == session.files.files.end()) {
+            return {};
+        }
+        if (!referrer->entity && !referrer->dtd) {
+            return referrer->path;
+        }
+        file = &*referrer;
+    }
+    return {};
+}
+
 void AddClients(Session& session, const CommonOptions& options, const NativePath& dataFolder) {
     session.ditaOt.toolkit = ToolkitName(options.toolkit);
     session.ditaOt.dataFolder = dataFolder;
@@ -145,7 +170,11 @@ void AddClients(Session& session, const CommonOptions& options, const NativePath
         kDitaOtClient, Reporting(MakeDitaOtClient(session.ditaOt, session.access, session.record), session));
     session.host->AddClient(kXsltClient,
                             Reporting(MakeXsltClient(session.xslt, session.access, session.record), session));
-    session.host->AddClient(kDispatcherClient, MakeDispatcherClient({AbsolutePath({options.catalog})}));
+    session.host->AddClient(kDispatcherClient,
+                            MakeDispatcherClient({.catalog = AbsolutePath({options.catalog}),
+                                                  .declaringDocument = [&session](const NativePath& file) {
+                                                      return DeclaringDocumentOf(session, file);
+                                                  }}));
 }
 
 void FlagUnsaved(Session& session, const std::vector<std::string>& unsaved, const Screen& screen,

@@ -112,12 +112,15 @@ ClientAnswer AnswerOf(const std::string& text) {
     return answer;
 }
 
-ClientAnswer RunCommand(const Catalog& catalog, const std::string& command) {
+ClientAnswer RunCommand(const Catalog& catalog, EntityDtds& entityDtds, const std::string& command) {
     constexpr std::string_view kChoose = "ChooseAppForFile ";
     constexpr std::string_view kDescribe = "StructAppInfo -appName ";
     constexpr std::string_view kWhat = " -info DTDPath";
     if (command.starts_with(kChoose)) {
-        return AnswerOf(ChooseApplication(catalog, SystemPath{command.substr(kChoose.size())}));
+        const SystemPath path{command.substr(kChoose.size())};
+        const std::string application = ChooseApplication(catalog, path);
+        const NativePath dtd = entityDtds.DtdFor(ToNative(path), DtdOf(catalog, application));
+        return AnswerOf(dtd.Empty() ? application : dtd.utf8);
     }
     if (command.starts_with(kDescribe) && command.ends_with(kWhat) &&
         command.size() >= kDescribe.size() + kWhat.size()) {
@@ -137,8 +140,10 @@ Client MakeDispatcherClient(DispatcherSettings settings) {
         // A parser that loads a document's DTD asks only the catalogs of the process.
         xmlLoadCatalog(settings.catalog.utf8.c_str());
     }
-    return
-        [catalog](const std::string& command, const HostServices&) { return RunCommand(catalog, command); };
+    const auto entityDtds = std::make_shared<EntityDtds>(std::move(settings.declaringDocument));
+    return [catalog, entityDtds](const std::string& command, const HostServices&) {
+        return RunCommand(catalog, *entityDtds, command);
+    };
 }
 
 }  // namespace ventrix::desk

@@ -41,6 +41,28 @@ TEST_F(StylesheetRun, AnExternalEntityMayUseTheEntitiesOfTheDtd) {
         << Read("out/d.html");
 }
 
+TEST_F(StylesheetRun, AnExternalEntityMayUseTheEntitiesOfItsDocument) {
+    const std::string two = "<!ENTITY two SYSTEM 'two.xml'>", ents = "<!ENTITY % e SYSTEM 'ents.xml'> %e;";
+    Write("two.xml", "<topic a='2'>two &product;&three;</topic>");
+    Write("three.xml", "<b>3</b>");
+    Write("ents.xml",
+          "<!ENTITY name 'P&#38;amp;&#37;\"'><!ENTITY % dash '-'><!ENTITY product '&name;%dash;40'>"
+          "<!ENTITY three SYSTEM 'three.xml'>");
+    Write("d.dtd", two + ents);
+    Write("s.xsl", Sheet("<html><xsl:for-each select='d/*'><p><xsl:value-of select='.'/></p>"
+                         "</xsl:for-each></html>"));
+    for (const std::string& doctype :
+         {"d [" + two + ents + "]", "d SYSTEM 'ents.xml' [" + two + "]", std::string("d SYSTEM 'd.dtd'"),
+          "d PUBLIC '-//NO//ONE//EN' 'no.dtd' [" + two + ents + "]"}) {
+        Write("d.xml", "<!DOCTYPE " + doctype + ">\n<d><p a='1'>one &product;</p>&two;</d>");
+        const test::Finished finished = Publish();
+        EXPECT_EQ(finished.error.find("could not be read"), std::string::npos) << doctype << finished.error;
+        EXPECT_NE(Read("out/d.html").find("aQL_SEP2QL_SEP\">two P&amp;%\"-403</p>"), std::string::npos)
+            << doctype << Read("out/d.html") << finished.error;
+    }
+    EXPECT_EQ(Read("two.xml"), "<topic a='2'>two &product;&three;</topic>");
+}
+
 TEST_F(StylesheetRun, AnElementInTheTitleOfAPageIsText) {
     Write("d.xml", "<d><t a='1'>T <b>bold &lt; x</b></t><p>P <b>kept</b></p></d>");
     const std::string title = "<html><head><title><xsl:value-of select='d/t'/></title></head><body>";
