@@ -42,8 +42,9 @@ NativePath Resolve(const Catalog& catalog, const std::string& id) {
     return file.Empty() ? FileOf(XmlString(xmlCatalogResolveSystem(Xml(id.c_str())))) : file;
 }
 
-/// The first file that the internal subset pulls in. A document without a DTD of its own, whose entities come
-/// from such files, is repaired with the file as its DTD: whoever loads the DTD then loads all of them.
+/// The first file that the internal subset pulls in. A document without a DTD that can be found, whose
+/// entities come from such files, is repaired with the file as its DTD: whoever loads the DTD then loads all
+/// of them.
 std::string FirstSubsetFile(const xmlDtd& dtd) {
     for (const xmlNode* node = dtd.children; node != nullptr; node = node->next) {
         const auto* entity =
@@ -55,26 +56,29 @@ std::string FirstSubsetFile(const xmlDtd& dtd) {
     return {};
 }
 
-DocumentType TypeOf(const NativePath& path) {
-    const LenientDocument loaded = LoadLeniently(path);
+struct Doctype {
     DocumentType type;
+    std::string subsetFile;
+};
+
+Doctype DoctypeOf(const NativePath& path) {
+    const LenientDocument loaded = LoadLeniently(path);
+    Doctype doctype;
     if (loaded.document == nullptr) {
-        return type;
+        return doctype;
     }
-    type.root = View(xmlDocGetRootElement(loaded.document.get())->name);
+    doctype.type.root = View(xmlDocGetRootElement(loaded.document.get())->name);
     if (const xmlDtd* dtd = loaded.document->intSubset) {
-        type.publicId = View(dtd->ExternalID);
-        type.systemId = View(dtd->SystemID);
-        if (type.publicId.empty() && type.systemId.empty()) {
-            type.systemId = FirstSubsetFile(*dtd);
-        }
+        doctype.type.publicId = View(dtd->ExternalID);
+        doctype.type.systemId = View(dtd->SystemID);
+        doctype.subsetFile = FirstSubsetFile(*dtd);
     }
-    return type;
+    return doctype;
 }
 
-/// The DTD at the location that the document's system id names; empty if there is none.
-NativePath LocalDtd(const DocumentType& type, const NativePath& document) {
-    return ExistingFile(TargetOf(type.systemId, FolderOf(document)).path);
+/// The DTD at the location that an id in the document names; empty if there is none.
+NativePath LocalDtd(const std::string& systemId, const NativePath& document) {
+    return ExistingFile(TargetOf(systemId, FolderOf(document)).path);
 }
 
 NativePath DtdOf(const Catalog& catalog, const std::string& application) {
@@ -90,18 +94,21 @@ NativePath DtdOf(const Catalog& catalog, const std::string& application) {
 /// therefore named by its path, and one that the catalogs list by system id only is named by that.
 std::string ChooseApplication(const Catalog& catalog, const SystemPath& path) {
     const NativePath document = ToNative(path);
-    const DocumentType type = TypeOf(document);
+    const auto [type, subsetFile] = DoctypeOf(document);
     std::string application = ApplicationOf(type);
-    if (!type.publicId.empty() && !DtdOf(catalog, application).Empty()) {
+    const bool isKnown = !DtdOf(catalog, application).Empty();
+    if (!type.publicId.empty() && isKnown) {
         return application;
     }
-    if (const NativePath local = LocalDtd(type, document); !local.Empty()) {
+    if (const NativePath local = LocalDtd(type.systemId, document); !local.Empty()) {
         return local.utf8;
     }
     if (!type.systemId.empty() && !Resolve(catalog, type.systemId).Empty()) {
         return type.systemId;
     }
-    return application;
+    const bool namesDtd = !type.publicId.empty() || !type.systemId.empty();
+    const NativePath subset = namesDtd && isKnown ? NativePath{} : LocalDtd(subsetFile, document);
+    return subset.Empty() ? application : subset.utf8;
 }
 
 ClientAnswer AnswerOf(const std::string& text) {
