@@ -1,5 +1,6 @@
 #include "desk/cli/dry_run.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -45,7 +46,24 @@ void RequireOutput(const fs::path& output, const Manifest& manifest, const Publi
     }
 }
 
-FolderContent ContentOf(const fs::path& output, const Manifest& manifest,
+/// Whether the run may write a file of this name, in a folder that is known only when there are pages.
+bool MayBeWritten(const std::string& name, const PublishOptions& options) {
+    const std::string file = name.substr(name.find_last_of('/') + 1);
+    return (options.map && file == kMapName) ||
+           (options.viewer && std::ranges::count(kViewerFiles, file) > 0) || file.ends_with(".html") ||
+           file.ends_with(".htm");
+}
+
+/// What becomes of a file of the user's.
+std::string KeptName(const std::string& name, bool isEdited, const PublishOptions& options) {
+    if (isEdited) {
+        return name + " (edited; becomes " + name + ".edited)";
+    }
+    return name +
+           (MayBeWritten(name, options) ? " (becomes " + name + ".kept if the result has this name)" : "");
+}
+
+FolderContent ContentOf(const fs::path& output, const Manifest& manifest, const PublishOptions& options,
                         std::vector<std::string>& findings) {
     FolderContent content;
     std::error_code error;
@@ -56,9 +74,11 @@ FolderContent ContentOf(const fs::path& output, const Manifest& manifest,
     present.mark = manifest.mark;
     ListFiles(output, present, findings);
     for (const auto& [name, stamp] : present.files) {
-        const bool isOurs = IsUnmodified(manifest, output, ToFilesystem({name}));
-        const bool edited = !isOurs && ListsFile(manifest, ToFilesystem({name}));
-        (isOurs ? content.replaced : content.kept).push_back(name + (edited ? " (edited)" : ""));
+        if (IsUnmodified(manifest, output, ToFilesystem({name}))) {
+            content.replaced.push_back(name);
+        } else {
+            content.kept.push_back(KeptName(name, ListsFile(manifest, ToFilesystem({name})), options));
+        }
     }
     return content;
 }
@@ -121,7 +141,7 @@ void ShowDryRun(const PublishPlan& plan, const Options& options, const Session& 
     std::vector<Finding> findings;
     AddMissingFiles(session.files, missing, findings);
     std::vector<std::string> unlisted;
-    const FolderContent content = ContentOf(output, manifest, unlisted);
+    const FolderContent content = ContentOf(output, manifest, options.publish, unlisted);
     for (const std::string& line : unlisted) {
         findings.push_back({{}, 0, "output", line});
     }
