@@ -80,7 +80,9 @@ std::string FurtherOptions(const std::string& set) {
     std::string text;
     std::string group;
     for (const OptionDescription& option : OptionsOf(Command::kPublish)) {
-        if (IsCommandLineOnly(option.name) || set.find('\n' + option.name + " = ") != std::string::npos) {
+        const bool isSet = set.find('\n' + option.name + " = ") != std::string::npos ||
+                           set.find("\n#" + option.name + " = ") != std::string::npos;
+        if (isSet || IsCommandLineOnly(option.name)) {
             continue;
         }
         if (option.group != group) {

@@ -120,6 +120,11 @@ class Completion(unittest.TestCase):
         for line, expected in rows:
             hits = {hit.rstrip("/=").removeprefix("--xslt-engine=") for hit in complete(line, self.folder.name)}
             self.assertEqual(hits - {""}, expected, line)
+        with tempfile.TemporaryDirectory() as project:
+            (pathlib.Path(project) / "ventrix.toml").write_text(
+                'attributes = ["name"]\n[[publish]]\nname = "online"\n[[publish]]\n  name="on-site" # a comment\n')
+            for command, expected in [("publish", {"online", "on-site"}), ("validate", {"online", "on-site"}), ("init", set())]:
+                self.assertEqual(set(complete(f"ventrix {command} on", project)) - {""}, expected, command)
         self.assertLessEqual(set(COMMANDS) | {"help"}, set(complete("ventrix ", self.folder.name)))
 
     def test_bash(self):
