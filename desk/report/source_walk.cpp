@@ -58,6 +58,17 @@ std::string FirstWords(const xmlNode& element) {
     return Shortened(Collapsed(words));
 }
 
+/// Whether one of its text nodes, not of the elements in it, has words.
+bool HasOwnText(const xmlNode& element) {
+    for (const xmlNode* node = element.children; node != nullptr; node = node->next) {
+        if ((node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE) &&
+            IsFilled(View(node->content))) {
+            return true;
+        }
+    }
+    return false;
+}
+
 struct FreeXPath {
     void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
     void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
@@ -182,8 +193,13 @@ void SourceWalk::NoteStandingAlone(const xmlNode& element, const Open& open, con
 
 void SourceWalk::NoteSourcePathElement(const xmlNode& element, const std::string& name) {
     const int item = name == kTitle ? kNoItem : items_.Find(ItemKind::kSourcePath, name);
-    if (item != kNoItem && !sourcePathElements_.contains(item)) {
-        sourcePathElements_[item] = PlaceOf(element, line_);
+    if (item == kNoItem) {
+        return;
+    }
+    const auto [known, isFirst] = sourcePathElements_.try_emplace(item);
+    const bool hasText = !known->second.hasText && HasOwnText(element);
+    if (isFirst || hasText) {
+        known->second = {hasText ? PlaceOf(element, line_) : PlaceHere(line_, {}), hasText};
     }
 }
 
@@ -419,9 +435,10 @@ void SourceWalk::ReportSelectedWithoutText(const xmlNode& root) {
 }
 
 void SourceWalk::ReportSourcePathsWithoutText() {
-    for (const auto& [item, place] : sourcePathElements_) {
+    for (const auto& [item, element] : sourcePathElements_) {
         if (!sourcePathCarried_[static_cast<std::size_t>(item)]) {
-            AddUncarried(item, NotCarried::kNoText, place);
+            AddUncarried(item, element.hasText ? NotCarried::kNotEncoded : NotCarried::kNoText,
+                         element.place);
         }
     }
 }

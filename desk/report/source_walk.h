@@ -43,6 +43,11 @@ class SourceWalk {
         std::vector<Wanted> wanted;
         std::map<std::string, int, std::less<>> childCounts;
     };
+    /// The first element with text of its own, or else the first one.
+    struct SourcePathElement {
+        SourcePlace place;
+        bool hasText = false;
+    };
     struct Selected {
         std::string xpath;
         int line = 0;
@@ -86,7 +91,7 @@ class SourceWalk {
     std::string path_;
     int line_ = 1;
     std::unordered_map<const xmlNode*, Selected> elements_;  ///< All, if there are queries.
-    std::map<int, SourcePlace> sourcePathElements_;          ///< The first element of each item.
+    std::map<int, SourcePathElement> sourcePathElements_;    ///< By item.
     std::vector<bool> sourcePathCarried_;                    ///< By item.
 };
 
