@@ -13,6 +13,10 @@ constexpr char kExamples[] = R"(Examples:
   ventrix request --document guide.ditamap "Validate -docId {docId} -logFile Z:\tmp\log.txt"
 )";
 
+constexpr char kEmptyLists[] =
+    "Nothing after the \"=\" of a list, as in --attributes= or --ditaval=, leaves out the project file's "
+    "value.\n";
+
 std::string Footer() {
     std::string text = std::string(kExamples) + "\nExit status:\n";
     for (const ExitMeaning& meaning : kExitMeanings) {
@@ -327,7 +331,9 @@ void AddCommands(CLI::App& app, Options& options, std::string& helpTopic) {
         command->set_help_flag("--help,-h", "Print this help and exit");
         GroupAdded(*command, kReportGroup);
         command->group("Commands");
-        command->footer("Run 'ventrix --help' for examples and exit statuses.");
+        const bool takesProject = command->get_name() == "publish" || command->get_name() == "validate";
+        command->footer(std::string(takesProject ? kEmptyLists : "") +
+                        "Run 'ventrix --help' for examples and exit statuses.");
     }
     app.add_subcommand("help", "Print the help for a command")
         ->group("Commands")

@@ -95,6 +95,28 @@ void RefuseEmptyValues(const CLI::App& command) {
     }
 }
 
+/// Takes out options that set a list to nothing, as in "--attributes=".
+std::vector<std::string> WithoutEmptyLists(std::vector<std::string> words, const CLI::App& app,
+                                           std::set<std::string>& emptied) {
+    const std::vector<const CLI::App*> commands =
+        app.get_subcommands([&words](const CLI::App* one) { return one->get_name() == words.front(); });
+    const CLI::App* command = commands.empty() ? nullptr : commands.front();
+    const auto end = std::ranges::find(words, "--");
+    const auto kept = std::remove_if(words.begin(), end, [&](const std::string& word) {
+        const std::string name = word.substr(0, word.size() - std::min<std::size_t>(word.size(), 1));
+        const CLI::Option* option = command != nullptr && word.starts_with("--") && word.ends_with('=')
+                                        ? command->get_option_no_throw(name)
+                                        : nullptr;
+        const bool isEmptied = option != nullptr && option->get_expected_max() > 1;
+        if (isEmptied) {
+            emptied.insert(option->get_lnames().front());
+        }
+        return isEmptied;
+    });
+    words.erase(kept, end);
+    return words;
+}
+
 /// The type of an option's value; empty for a flag.
 std::string TypeOf(const CLI::Option& option) {
     return option.get_expected_min() == 0 ? std::string() : option.get_type_name();
@@ -209,7 +231,7 @@ bool ReadOptions(const std::vector<std::string>& words, Options& options) {
     // Set before parsing, so that usage errors are reported as JSON too.
     options.common.json = std::ranges::find(words, "--json") != words.end();
     RequireCommand(words, app);
-    if (!Parse(app, words)) {
+    if (!Parse(app, WithoutEmptyLists(words, app, options.emptied))) {
         return false;
     }
     const CLI::App& command = *app.get_subcommands().front();
@@ -219,6 +241,7 @@ bool ReadOptions(const std::vector<std::string>& words, Options& options) {
     }
     RefuseEmptyValues(command);
     NoteGiven(command, options.given);
+    options.given.insert(options.emptied.begin(), options.emptied.end());
     options.command = CommandOf(command.get_name());
     return true;
 }
@@ -231,7 +254,7 @@ void RequireComplete(const Options& options) {
     if (options.command == Command::kPublish && options.publish.output.empty()) {
         throw Stop{kExitUsage, std::string("--output is required") + kHint};
     }
-    if (options.command == Command::kPublish) {
+    if (takesProject) {
         CheckPublishOptions(options.publish);
     }
 }

@@ -30,6 +30,7 @@ struct CommonOptions {
     bool json = false;
 };
 
+/// Of a publish. A validation has the filters, and all that its project file sets.
 struct PublishOptions {
     std::string output;
     bool ditaOt = false;
@@ -57,6 +58,8 @@ struct Options {
     PublishOptions publish;
     std::string requestText;
     std::set<std::string> given;  ///< The long names of the options on the command line, without dashes.
+
+    std::set<std::string> emptied;  ///< Those of `given` that take a list and were set to none.
 
     // For a run of a project file (project_runs.h).
     std::string deliverable;  ///< Its name; empty if it has none.

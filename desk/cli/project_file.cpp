@@ -266,6 +266,17 @@ bool IsCommandLineOnly(std::string_view option) {
     return option == "config" || option == "dry-run" || option == "json";
 }
 
+const ProjectSetting* Find(const std::vector<ProjectSetting>& settings, const std::string& option) {
+    const auto found = std::ranges::find(settings, option, &ProjectSetting::option);
+    return found == settings.end() ? nullptr : &*found;
+}
+
+const ProjectSetting* Find(const Project& project, const Deliverable& deliverable,
+                           const std::string& option) {
+    const ProjectSetting* own = Find(deliverable.settings, option);
+    return own != nullptr ? own : Find(project.defaults, option);
+}
+
 Project ParseProject(std::string_view text, const NativePath& file) {
     try {
         return ReadTable(toml::parse(text), file);

@@ -37,6 +37,12 @@ struct Project {
 /// Whether the option belongs to one call of the program, so that it cannot be a key.
 bool IsCommandLineOnly(std::string_view option);
 
+/// What a list of settings has for an option; null if nothing.
+const ProjectSetting* Find(const std::vector<ProjectSetting>& settings, const std::string& option);
+
+/// What the file sets for the deliverable: the deliverable's own value, else the default. Null if neither.
+const ProjectSetting* Find(const Project& project, const Deliverable& deliverable, const std::string& option);
+
 /// Throws Stop, with the line, for what is not TOML, an unknown key, a value of a wrong type, and a
 /// deliverable without a name or document.
 Project ReadProject(const NativePath& file);

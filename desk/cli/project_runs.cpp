@@ -1,32 +1,19 @@
 #include "desk/cli/project_runs.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <optional>
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/path_options.h"
 #include "desk/cli/project_file.h"
+#include "desk/cli/project_places.h"
 #include "desk/cli/spelling.h"
 
 namespace fs = std::filesystem;
 
 namespace ventrix::desk {
 namespace {
-
-/// Options that name a result of one deliverable. A log, to which runs append, may be that of several.
-constexpr std::array<const char*, 3> kOwnResultOptions = {"output", "out-file", "report"};
-constexpr std::array<const char*, 4> kResultOptions = {"output", "out-file", "report", "log"};
-constexpr std::array<const char*, 7> kInputOptions = {"xslt",     "pre-script", "post-script", "ditaval",
-                                                      "resource", "css",        "logo"};
-
-/// What a deliverable reads or writes.
-struct Place {
-    std::string option;
-    NativePath path;
-    int line = 0;  ///< In the project file.
-};
 
 bool IsFile(const NativePath& path) {
     std::error_code error;
@@ -108,81 +95,9 @@ std::vector<Deliverable> Select(const Project& project, const std::string& word,
     return selected;
 }
 
-const ProjectSetting* Find(const std::vector<ProjectSetting>& settings, const std::string& option) {
-    const auto found = std::ranges::find(settings, option, &ProjectSetting::option);
-    return found == settings.end() ? nullptr : &*found;
-}
-
-/// What the file sets for the deliverable: the deliverable's own value, else the default. Null if neither.
-const ProjectSetting* Find(const Project& project, const Deliverable& deliverable,
-                           const std::string& option) {
-    const ProjectSetting* own = Find(deliverable.settings, option);
-    return own != nullptr ? own : Find(project.defaults, option);
-}
-
-template <std::size_t Count>
-std::vector<Place> PlacesOf(const Project& project, const Deliverable& deliverable,
-                            const std::array<const char*, Count>& options) {
-    std::vector<Place> places;
-    for (const char* option : options) {
-        if (const ProjectSetting* setting = Find(project, deliverable, option)) {
-            for (const std::string& value : setting->values) {
-                places.push_back({option, RealPath({value}), setting->line});
-            }
-        }
-    }
-    return places;
-}
-
-/// Whether one result would replace the other, or a part of it. An output folder contains what is below it.
-bool Collide(const Place& a, const Place& b) {
-    return (a.path == b.path && (a.option != "log" || b.option != "log")) ||
-           (a.option == "output" && IsBelowOrEqual(b.path, a.path)) ||
-           (b.option == "output" && IsBelowOrEqual(a.path, b.path));
-}
-
-void RequireSeparateResults(const Project& project, const Deliverable& a, const Deliverable& b) {
-    for (const Place& first : PlacesOf(project, a, kResultOptions)) {
-        for (const Place& second : PlacesOf(project, b, kResultOptions)) {
-            if (Collide(first, second)) {
-                throw Stop{kExitUsage, project.file.utf8 + ':' + std::to_string(second.line) + ": " +
-                                           second.option + ": the deliverables '" + a.name + "' and '" +
-                                           b.name + "' would replace each other's results in " +
-                                           second.path.utf8 + "; give each a place of its own"};
-            }
-        }
-    }
-}
-
-/// A report or a log of one deliverable must not be an input of another. The other results may be: what one
-/// deliverable has transformed, the next can publish.
-void RequireNoInputReplaced(const Project& project, const Deliverable& writer, const Deliverable& reader) {
-    std::vector<Place> inputs = PlacesOf(project, reader, kInputOptions);
-    inputs.push_back({"document", RealPath(reader.document), reader.line});
-    for (const Place& result : PlacesOf(project, writer, std::array{"report", "log"})) {
-        if (std::ranges::find(inputs, result.path, &Place::path) != inputs.end()) {
-            throw Stop{kExitUsage, project.file.utf8 + ':' + std::to_string(result.line) + ": " +
-                                       result.option + ": " + result.path.utf8 +
-                                       " is an input of the deliverable '" + reader.name +
-                                       "'; choose another file"};
-        }
-    }
-}
-
-void RequireSeparateResults(const Project& project) {
-    const std::vector<Deliverable>& all = project.deliverables;
-    for (auto b = all.begin(); b != all.end(); ++b) {
-        for (auto a = all.begin(); a != b; ++a) {
-            RequireSeparateResults(project, *a, *b);
-            RequireNoInputReplaced(project, *a, *b);
-            RequireNoInputReplaced(project, *b, *a);
-        }
-    }
-}
-
 /// One place on the command line for the results of several deliverables.
 void RefuseSharedResult(const std::vector<Deliverable>& selected, const Options& options) {
-    for (const char* option : kOwnResultOptions) {
+    for (const char* option : kResultOptions) {
         if (selected.size() > 1 && options.given.contains(option)) {
             throw Stop{kExitUsage, std::string("--") + option + ": the deliverables " + Quoted(selected) +
                                        " cannot share it; name the one to publish"};
@@ -206,11 +121,11 @@ bool ExcludedBy(const OptionDescription& option, const std::set<std::string>& gi
 /// The settings that apply to a command: a later layer replaces an earlier one's value of the same option,
 /// and removes options that cannot be combined with its own.
 std::vector<ProjectSetting> Merge(const Project& project, const Deliverable* deliverable,
-                                  const Options& options) {
+                                  const Options& options, Command command) {
     const std::vector<ProjectSetting> none;
     const std::vector<ProjectSetting>& own = deliverable == nullptr ? none : deliverable->settings;
     std::vector<ProjectSetting> merged;
-    for (const OptionDescription& option : OptionsOf(options.command)) {
+    for (const OptionDescription& option : OptionsOf(command)) {
         if (options.given.contains(option.name) || ExcludedBy(option, options.given)) {
             continue;
         }
@@ -241,6 +156,22 @@ std::vector<std::string> WithSettings(const std::vector<std::string>& words,
     return all;
 }
 
+/// What an option that was set to no value takes from the file: it may be an empty variable of a script.
+void NoteEmptied(const Project& project, const Deliverable* deliverable, const Options& options,
+                 std::vector<std::string>& notes) {
+    for (const std::string& option : options.emptied) {
+        const ProjectSetting* setting =
+            deliverable == nullptr ? Find(project.defaults, option) : Find(project, *deliverable, option);
+        if (setting != nullptr) {
+            std::string note = "--" + option + "= leaves out the value of " + project.file.utf8 + ':' +
+                               std::to_string(setting->line);
+            if (std::ranges::find(notes, note) == notes.end()) {
+                notes.push_back(std::move(note));
+            }
+        }
+    }
+}
+
 /// Reports an error of a run with its place in the project file, unless it is about an option of the command
 /// line.
 [[noreturn]] void RefuseRun(const Stop& stop, const Options& run, const Project& project,
@@ -260,15 +191,34 @@ void RequireOutput(const Options& run) {
     }
 }
 
-Options PlanRun(const std::vector<std::string>& words, const Options& options, const Project& project,
-                const Deliverable* deliverable) {
-    const std::vector<ProjectSetting> settings = Merge(project, deliverable, options);
-    Options run;
+void ReadSettings(const std::vector<std::string>& words, const std::vector<ProjectSetting>& settings,
+                  const Project& project, Options& run) {
     for (const ProjectSetting& setting : settings) {
         run.origins[setting.option] = project.file.utf8 + ':' + std::to_string(setting.line);
     }
+    ReadOptions(WithSettings(words, settings), run);
+}
+
+/// Gives a validation the options that only a publish of the deliverable has.
+void ReadPublishSettings(const Options& options, const Project& project, const Deliverable* deliverable,
+                         Options& run) {
+    Options publish;
+    ReadSettings({NameOf(Command::kPublish)}, Merge(project, deliverable, options, Command::kPublish),
+                 project, publish);
+    publish.publish.ditaval = run.publish.ditaval;
+    run.publish = publish.publish;
+    run.common.resources = publish.common.resources;
+    run.origins.merge(publish.origins);
+}
+
+Options PlanRun(const std::vector<std::string>& words, const Options& options, const Project& project,
+                const Deliverable* deliverable) {
+    Options run;
     try {
-        ReadOptions(WithSettings(words, settings), run);
+        ReadSettings(words, Merge(project, deliverable, options, options.command), project, run);
+        if (options.command == Command::kValidate) {
+            ReadPublishSettings(options, project, deliverable, run);
+        }
         run.common.document = deliverable == nullptr ? options.common.document : deliverable->document.utf8;
         run.common.config = project.file.utf8;
         run.deliverable = deliverable == nullptr ? std::string() : deliverable->name;
@@ -304,9 +254,11 @@ RunPlan PlanRuns(const std::vector<std::string>& words, const Options& options) 
     }
     RefuseSharedResult(selected, options);
     if (selected.empty()) {
+        NoteEmptied(project, nullptr, options, plan.notes);
         plan.runs.push_back(PlanRun(words, options, project, nullptr));
     }
     for (const Deliverable& deliverable : selected) {
+        NoteEmptied(project, &deliverable, options, plan.notes);
         plan.runs.push_back(PlanRun(words, options, project, &deliverable));
     }
     return plan;

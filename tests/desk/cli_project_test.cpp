@@ -177,6 +177,50 @@ TEST_F(ProjectCommands, TheCommandLineWins) {
     EXPECT_EQ(folder.Read("out/a/a.html").find("data-qlxpath"), std::string::npos);
 }
 
+TEST_F(ProjectCommands, AListIsEmptiedOnTheCommandLine) {
+    const Finished emptied = Run({"publish", "a", "--attributes="});
+    EXPECT_EQ(emptied.status, 0) << emptied.error;
+    EXPECT_FALSE(Has(folder.Read("out/a/build-a.dita/xhtml/a.html"), "audience"));
+    EXPECT_TRUE(
+        Has(emptied.error, "--attributes= leaves out the value of " + folder.Native("ventrix.toml") + ":"))
+        << emptied.error;
+    EXPECT_FALSE(Has(Run({"publish", "a", "--elements="}).error, "leaves out")) << "there is no value";
+    for (const char* option : {"--attributes", "--target-attr="}) {
+        EXPECT_EQ(Run({"publish", "a", option}).status, 2) << option;
+    }
+    EXPECT_EQ(Run({"publish", "a", "--attributes", ""}).status, 2);
+}
+
+TEST_F(ProjectCommands, ValidationFindsWhatAPublishWouldReport) {
+    const std::string start = "[[publish]]\nname = \"a\"\ndocument = \"src/a.dita\"\noutput = \"out/a\"\n";
+    const struct {
+        std::string text, message;
+        int status;
+    } rows[] = {
+        {"attributes = \"audiense\"\n" + start, "did you mean 'audience'? [misspelled-name]", 1},
+        {start + "xslt = \"newer.xsl\"\nxslt-engine = \"libxslt\"\n", "[stylesheet-version]", 1},
+        {start + "xslt = \"broken.xsl\"\n", "broken.xsl cannot be used", 6},
+        {start + "pre-script = \"page.xsl\"\n", "page.xsl is not executable", 2},
+        {start + "transtype = \"x\"\n", "--transtype has no effect without an installed toolkit", 2},
+        {start + "xslt = \"page.xsl\"\n", "", 0},
+    };
+    folder.Write("newer.xsl", "<x:stylesheet version='3.0' xmlns:x='http://www.w3.org/1999/XSL/Transform'/>");
+    folder.Write("broken.xsl", "<x:stylesheet");
+    folder.Write("src/a.dita",
+                 "<topic id='t'><title>T</title><body><p audience='x'><xref href='#t/none'>x</xref></p>"
+                 "</body></topic>");
+    for (const auto& row : rows) {
+        folder.Write("ventrix.toml", row.text);
+        const Finished validated = Run({"validate"});
+        EXPECT_TRUE(Has(validated.error, row.message)) << row.message << '\n' << validated.error;
+        EXPECT_EQ(Has(validated.error, "[broken-link]"), row.status == 1 && !Has(row.text, "xslt"))
+            << "the stylesheet does not make links: " << validated.error;
+        EXPECT_EQ(validated.status, row.status) << validated.error;
+        const Finished published = Run({"publish"});
+        EXPECT_TRUE(Has(published.error, row.message)) << row.message << '\n' << published.error;
+    }
+}
+
 TEST_F(ProjectCommands, DefaultsHoldForADocumentBesideTheFile) {
     fs::rename(folder.Native("ventrix.toml"), folder.Native("moved.toml"));
     folder.Write("src/ventrix.toml", "output = \"../out/here\"\nattributes = \"audience\"\n");
@@ -193,6 +237,9 @@ TEST_F(ProjectCommands, InvalidOptionsAreReportedWithTheirLineBeforeAnythingRuns
     const std::string start = "[[publish]]\nname = \"a\"\ndocument = \"src/a.dita\"\noutput = \"out/a\"\n";
     const std::string second = "[[publish]]\nname = \"b\"\ndocument = \"src/b.dita\"\noutput = \"out/b\"\n";
     const std::string file = folder.Native("ventrix.toml");
+    folder.Write("src/data.json", "{}");
+    folder.Write("src/b.dita",
+                 "<topic id='t'><title>T</title><body><pre><coderef href='data.json'/></pre></body></topic>");
     const struct {
         std::string text, message;
     } rows[] = {
@@ -215,6 +262,12 @@ TEST_F(ProjectCommands, InvalidOptionsAreReportedWithTheirLineBeforeAnythingRuns
          file + ":10: log: the deliverables 'a' and 'b' would replace each other's results"},
         {start + "log = \"src/b.dita\"\n" + second,
          file + ":5: log: " + folder.Native("src/b.dita") + " is an input of the deliverable 'b'"},
+        {start + "report = \"src/data.json\"\n" + second,
+         file + ":5: report: " + folder.Native("src/data.json") + " is an input of the deliverable 'b'"},
+        {start + second + "out-file = \"out/a.log\"\n",
+         file + ":9: out-file: the deliverables 'a' and 'b' would replace each other's results"},
+        {start + second + "css = \"out/a.log\"\n",
+         file + ":4: log: " + folder.Native("out/a.log") + " is an input of the deliverable 'b'"},
     };
     for (const auto& row : rows) {
         folder.Write("ventrix.toml", row.text);
@@ -222,6 +275,11 @@ TEST_F(ProjectCommands, InvalidOptionsAreReportedWithTheirLineBeforeAnythingRuns
         EXPECT_EQ(finished.status, 2) << row.text;
         EXPECT_TRUE(Has(finished.error, row.message)) << row.message << '\n' << finished.error;
         EXPECT_FALSE(folder.Exists("out")) << row.text;
+        if (!Has(row.message, "no folder for the result")) {
+            const Finished validated = Run({"validate"});
+            EXPECT_EQ(validated.status, 2) << row.text;
+            EXPECT_TRUE(Has(validated.error, row.message)) << row.message << '\n' << validated.error;
+        }
     }
     folder.Write("ventrix.toml", start + "force = true\n");
     EXPECT_EQ(Run({"publish", "-o", "."}).status, 5) << "a folder with the project file is refused";
@@ -366,7 +424,10 @@ TEST_F(ProjectCommands, DryRunPrintsWhatWouldHappenAndChangesNothing) {
     const std::string log = folder.Read("out/a.log");
     const Finished later = Run({"publish", "a", "--dry-run"});
     EXPECT_EQ(later.status, 0) << later.error;
-    EXPECT_TRUE(Has(later.out, "keep (2)\n  build-a.dita/xhtml/a.html (edited)\n  mine.txt\n")) << later.out;
+    EXPECT_TRUE(Has(later.out,
+                    "keep (2)\n  build-a.dita/xhtml/a.html (edited; becomes "
+                    "build-a.dita/xhtml/a.html.edited)\n  mine.txt\n"))
+        << later.out;
     EXPECT_TRUE(Has(later.out, "\n  build-a.dita/buildlog-xhtml.txt\n")) << later.out;
     EXPECT_EQ(folder.Read("out/a/build-a.dita/xhtml/a.html"), "edited");
     EXPECT_EQ(folder.Read("out/a.log"), log);
