@@ -1,11 +1,14 @@
-// Findings about files of the document that a run could not read.
+// Findings about files of the document that a run could not read, and what follows from them.
 #pragma once
 
+#include <set>
+#include <string>
 #include <vector>
 
 #include "desk/checks/finding.h"
 #include "desk/cli/run_log.h"
 #include "desk/documents/document_files.h"
+#include "desk/toolkit/dita_run.h"
 
 namespace ventrix::desk {
 
@@ -19,11 +22,27 @@ std::vector<NativePath> MissingFiles(const DocumentFiles& files);
 void AddMissingFiles(const DocumentFiles& files, const std::vector<NativePath>& missing,
                      std::vector<Finding>& findings);
 
-/// Adds a finding for each file that the module could not load.
-void AddFailedFiles(const RunLog& log, std::vector<Finding>& findings);
+/// An error of the module's parser.
+struct FailureReason {
+    std::string text;          ///< Without the place.
+    int line = 0, column = 0;  ///< 0 if unknown.
+};
+
+FailureReason SplitReason(const std::string& reason);
+
+/// Adds a finding for each of these files, which the module could not load.
+void AddFailedFiles(const std::vector<FailedFile>& files, std::vector<Finding>& findings);
 
 /// Whether one of the findings is about the file that a toolkit's line names. The line may name the packaged
 /// copy, which has the same file name.
 bool NamesFileOf(const std::string& line, const std::vector<Finding>& findings);
+
+/// The files of the findings that are about a missing file, or one that is not well-formed.
+std::set<NativePath> UnusableIn(const std::vector<Finding>& findings);
+
+/// Adds what a transformation reports, without what follows from a file that cannot be used: a link to it,
+/// for example, which is dead because the file is missing.
+void AddTransformationFindings(const std::vector<DitaFinding>& found, const std::set<NativePath>& unusable,
+                               std::vector<Finding>& findings);
 
 }  // namespace ventrix::desk

@@ -45,6 +45,7 @@ constexpr Rule kRules[] = {
     {"passed-over", false, "A file is XML, but nothing in it is preserved because of its name"},
     {"reference-left-out", false, "A reference names something that cannot be part of the document"},
     {"several-drives", true, "The files are on several drives and cannot be packaged"},
+    {"stylesheet-version", false, "libxslt would run a stylesheet of a newer version of XSLT"},
     {"toolkit", false, "The toolkit would not do what a file asks for"},
     {"unknown-key", true, "A key is used that no map defines, or that is empty"},
     {"unreadable-document", true, "The document itself cannot be read"},

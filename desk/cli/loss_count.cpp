@@ -248,6 +248,17 @@ CountedMarkers MarkerCounter::Finish(const RunLog& log) {
     return std::move(markers_);
 }
 
+std::vector<VisibleMarker> CutTextsOf(const CountedMarkers& markers, const PublishPlan& plan,
+                                      const Session& session, const NativePath& resultFolder) {
+    const FinalPlaces places(plan, session, resultFolder);
+    std::vector<VisibleMarker> cuts;
+    for (const CutText& cut : markers.result.cuts) {
+        const NativePath& name = markers.result.pages[static_cast<std::size_t>(cut.page)];
+        cuts.push_back({places.Of(name), cut.line, 0, cut.left});
+    }
+    return cuts;
+}
+
 LossReport LossOf(CountedMarkers markers, const PublishPlan& plan, const PublishOptions& options,
                   const Session& session, const NativePath& resultFolder,
                   const std::vector<ReportedPage>& pages) {
@@ -269,6 +280,16 @@ LossReport LossOf(CountedMarkers markers, const PublishPlan& plan, const Publish
     report.resultFolder = resultFolder;
     report.toolkit = plan.toolkit;
     return report;
+}
+
+std::vector<std::string> IdleQueries(const LossReport& report) {
+    std::vector<std::string> queries;
+    for (const ItemCount& count : report.items) {
+        if (report.notCounted.empty() && count.item.kind == ItemKind::kQuery && count.places == 0) {
+            queries.push_back(count.item.name);
+        }
+    }
+    return queries;
 }
 
 void PrintLoss(const LossReport& report, const NativePath& file, const Screen& screen) {

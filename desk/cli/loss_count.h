@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "desk/checks/visible_markers.h"
 #include "desk/cli/options.h"
 #include "desk/cli/publish_plan.h"
 #include "desk/cli/run_log.h"
@@ -59,10 +60,18 @@ class MarkerCounter {
 /// its folder is missing, it is an input of the run, or the run replaces it. Accepts an empty path.
 void RequireReport(const NativePath& report, const PublishPlan& plan);
 
+/// The first text of each page in which marker words were cut from their group, so that a reader sees what
+/// was between them. Not of pages that were not decoded.
+std::vector<VisibleMarker> CutTextsOf(const CountedMarkers& markers, const PublishPlan& plan,
+                                      const Session& session, const NativePath& resultFolder);
+
 /// The report of a run. `pages` are those of its result.
 LossReport LossOf(CountedMarkers markers, const PublishPlan& plan, const PublishOptions& options,
                   const Session& session, const NativePath& resultFolder,
                   const std::vector<ReportedPage>& pages);
+
+/// The preserved XPath queries that select no element in any file; none if nothing was counted.
+std::vector<std::string> IdleQueries(const LossReport& report);
 
 /// Two lines of the result. `file` is that of the report; empty if there is none.
 void PrintLoss(const LossReport& report, const NativePath& file, const Screen& screen);

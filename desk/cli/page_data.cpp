@@ -1,5 +1,7 @@
 #include "desk/cli/page_data.h"
 
+#include <set>
+
 #include "desk/cli/installation.h"
 #include "desk/pages/page_map.h"
 #include "desk/pages/viewer.h"
@@ -48,6 +50,11 @@ KeyTargets KeysOf(const Session& session) {
 
 }  // namespace
 
+std::string MissingPageData(const PublishOptions& options) {
+    return std::string(options.map ? "; it is not in the map" : "") +
+           (options.viewer ? "; it has no viewer" : "");
+}
+
 std::vector<Finding> AddPageData(const PublishOptions& options, const Session& session,
                                  const PublishOutcome& outcome, const std::vector<ReportedPage>& pages) {
     std::vector<Finding> findings;
@@ -66,8 +73,17 @@ std::vector<Finding> AddPageData(const PublishOptions& options, const Session& s
         XmlSources(session.files), session.document, [&session] { return KeysOf(session); },
         session.files.names.attributes.contains("conaction"));
     MapText map(session.document, folder);
+    const std::set<NativePath> failed = FailedFiles(outcome.log);
     for (const ReportedPage& page : pages) {
-        const MappedPage mapped = MapPage(page.page, page.source, names, places, findings);
+        if (failed.contains(page.page)) {
+            continue;
+        }
+        const MappedPage mapped = MapPage(page.page, page.source, names, places);
+        if (!mapped.problem.empty()) {
+            findings.push_back({page.page, mapped.line, kPageNotXml,
+                                "is not well-formed XML (" + mapped.problem + ")" + MissingPageData(options),
+                                mapped.column});
+        }
         if (options.map) {
             map.Add(mapped);
         }

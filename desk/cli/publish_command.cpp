@@ -134,9 +134,9 @@ void PrintResult(const PublishPlan& plan, const PublishOutcome& outcome, const S
 
 /// Reports the findings and notes of a run that reached a result. Returns the exit status before the output
 /// folder is settled.
-int Conclude(const PublishPlan& plan, const Session& session, const PublishOutcome& outcome,
-             RunReport& report, const Screen& screen) {
-    for (const Finding& finding : PublishFindings(plan, session, outcome)) {
+int Conclude(const PublishPlan& plan, const PublishOptions& options, const Session& session,
+             const PublishOutcome& outcome, RunReport& report, const Screen& screen) {
+    for (const Finding& finding : PublishFindings(plan, options, session, outcome)) {
         Warn(report, screen, finding);
     }
     for (const std::string& note : PublishNotes(plan, outcome)) {
@@ -148,6 +148,9 @@ int Conclude(const PublishPlan& plan, const Session& session, const PublishOutco
 /// Writes the report, if one is wanted, when its links lead to the result. A report that is lost is a
 /// finding.
 void DeliverLoss(const LossReport& loss, const PublishPlan& plan, RunReport& report, const Screen& screen) {
+    for (const std::string& query : IdleQueries(loss)) {
+        screen.Note("--preserve-xpath: '" + query + "' selects no element in any file of the document");
+    }
     report.loss = {plan.report,        loss.notCounted,      loss.items,
                    loss.copied.size(), loss.repeated.size(), loss.changed.size()};
     if (plan.report.Empty()) {
@@ -194,7 +197,7 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
         RequireResult(outcome);
         std::ranges::move(AddPageData(options.publish, *session, outcome, report.pages),
                           std::back_inserter(outcome.unfinished));
-        status = Conclude(plan, *session, outcome, report, screen);
+        status = Conclude(plan, options.publish, *session, outcome, report, screen);
     } catch (...) {
         DeliverLog(log, plan, report, screen);
         output.RollBack();

@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 
 #include "desk/cli/file_findings.h"
+#include "desk/cli/finding_columns.h"
+#include "desk/cli/page_data.h"
 #include "desk/clients/saxon.h"
+#include "desk/xml/lenient_load.h"
 
 namespace ventrix::desk {
 namespace {
@@ -13,16 +17,74 @@ bool IsPage(const FailedFile& failed) {
     return failed.file.utf8.ends_with(".html") || failed.file.utf8.ends_with(".htm");
 }
 
+/// A page that the module could not load, with everything that it lacks. The module names a place in the page
+/// with marker text.
+Finding FailedPage(const FailedFile& failed, const PublishOptions& options, const PublishOutcome& outcome) {
+    const std::vector<NativePath>& marked = outcome.pages.markedTexts;
+    const bool isLost = std::ranges::find(marked, failed.file) != marked.end();
+    const LenientDocument page = LoadLeniently(failed.file);
+    return {failed.file, page.line, kPageNotXml,
+            "is not well-formed XML (" + SplitReason(failed.reason).text +
+                "), so that its text was not decoded" +
+                (!isLost               ? ""
+                 : options.keepMarkers ? " and shows marker text"
+                                       : " and what it preserved is lost") +
+                MissingPageData(options) +
+                "; let the transformation write XHTML, such as <br/> for <br> and &amp; for &",
+            page.column};
+}
+
+void AddLoadFailures(const PublishOptions& options, const PublishOutcome& outcome,
+                     std::vector<Finding>& findings) {
+    std::vector<FailedFile> sources;
+    for (const FailedFile& failed : outcome.log.failed) {
+        if (IsPage(failed)) {
+            findings.push_back(FailedPage(failed, options, outcome));
+        } else {
+            sources.push_back(failed);
+        }
+    }
+    AddFailedFiles(sources, findings);
+}
+
+/// The pages that were not decoded although the module could have loaded them.
+std::vector<NativePath> UndecodedPages(const PublishOutcome& outcome) {
+    std::vector<NativePath> pages = outcome.undecoded;
+    for (const FailedFile& failed : outcome.log.failed) {
+        std::erase(pages, failed.file);
+    }
+    return pages;
+}
+
+/// A page that shows marker text still contains it, which is one finding.
+void AddLeftMarkers(const PublishOptions& options, const PublishOutcome& outcome,
+                    std::vector<Finding>& findings) {
+    const std::vector<VisibleMarker>& visible = outcome.visible;
+    std::set<NativePath> shown;
+    for (const VisibleMarker& marker : visible) {
+        shown.insert(marker.page);
+    }
+    std::ranges::copy_if(outcome.cleaned.findings, std::back_inserter(findings),
+                         [&shown](const Finding& finding) { return !shown.contains(finding.file); });
+    if (!visible.empty()) {
+        const VisibleMarker& first = visible.front();
+        findings.push_back({first.page, first.line, "marker-text",
+                            "shows marker text: \"" + first.excerpt + '"' +
+                                (options.keepMarkers ? ""
+                                                     : "; the transformation cut a text there or changed its "
+                                                       "letters") +
+                                " (pages with such text: " + std::to_string(visible.size()) + ')',
+                            first.column});
+    }
+}
+
 }  // namespace
 
-std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& session,
-                                     const PublishOutcome& outcome) {
+std::vector<Finding> PublishFindings(const PublishPlan& plan, const PublishOptions& options,
+                                     const Session& session, const PublishOutcome& outcome) {
     std::vector<Finding> findings;
-    if (plan.xsltEngine == "libxslt" && IsNewerVersion(VersionOf(plan.xslt))) {
-        findings.push_back({plan.xslt, 0, "stylesheet-version",
-                            "asks for XSLT " + VersionOf(plan.xslt) +
-                                ", but libxslt processes 1.0 and leaves out what it does not know; use "
-                                "--xslt-engine saxon"});
+    if (plan.xsltEngine == "libxslt") {
+        AddStylesheetVersion(plan.xslt, findings);
     }
     AddMissingFiles(session.files, outcome.missing, findings);
     if (outcome.log.graphicsOnOtherDrive) {
@@ -30,43 +92,42 @@ std::vector<Finding> PublishFindings(const PublishPlan& plan, const Session& ses
             {session.document, 0, "graphics-on-other-drive",
              "some graphics are on a different drive from the document and were not packaged"});
     }
-    AddFailedFiles(outcome.log, findings);
+    AddLoadFailures(options, outcome, findings);
     std::ranges::copy(outcome.unfinished, std::back_inserter(findings));
     for (const std::string& line : session.record.unread) {
         if (!NamesFileOf(line, findings)) {
             findings.push_back({session.document, 0, "not-transformed", line});
         }
     }
-    for (const DitaFinding& finding : session.record.findings) {
-        findings.push_back({finding.file, finding.line, "toolkit", finding.text});
-    }
-    std::ranges::copy(outcome.cleaned.findings, std::back_inserter(findings));
+    AddTransformationFindings(session.record.findings, UnusableIn(findings), findings);
+    AddColumns(findings);
+    AddLeftMarkers(options, outcome, findings);
     if (!outcome.markedSource.Empty()) {
         findings.push_back({outcome.markedSource, 0, "marker-word",
                             "contains a marker word; marker text that the transformation copied to attribute "
                             "values and other places is left there"});
     }
-    if (outcome.undecodedPages > 0) {
-        findings.push_back({outcome.firstUndecoded, 0, "not-decoded",
+    if (const std::vector<NativePath> undecoded = UndecodedPages(outcome); !undecoded.empty()) {
+        findings.push_back({undecoded.front(), 0, "not-decoded",
                             "pages with text that was not decoded, so that what it preserved is lost: " +
-                                std::to_string(outcome.undecodedPages) + "; this is the first"});
-    }
-    if (outcome.pages.markedTexts > 0) {
-        findings.push_back({outcome.pages.firstMarkedText, 0, "marker-text",
-                            "pages that still contain marker text: " +
-                                std::to_string(outcome.pages.markedTexts) + "; this is the first"});
+                                std::to_string(undecoded.size()) + "; this is the first"});
     }
     return findings;
 }
 
+void AddStylesheetVersion(const NativePath& stylesheet, std::vector<Finding>& findings) {
+    const std::string version = VersionOf(stylesheet);
+    if (IsNewerVersion(version)) {
+        findings.push_back({stylesheet, 0, "stylesheet-version",
+                            "asks for XSLT " + version +
+                                ", but libxslt processes 1.0 and leaves out what it does not know; use "
+                                "--xslt-engine saxon"});
+    }
+}
+
 std::vector<std::string> PublishNotes(const PublishPlan& plan, const PublishOutcome& outcome) {
     std::vector<std::string> notes;
-    if (std::ranges::any_of(outcome.log.failed, IsPage)) {
-        notes.push_back(
-            "marker text is decoded only in pages that are well-formed XML; to write such pages, a "
-            "stylesheet needs <xsl:output method=\"xml\"/>");
-    }
-    if (outcome.pages.markedTexts + outcome.undecodedPages > 0 && !plan.undecoded.Empty()) {
+    if (!UndecodedPages(outcome).empty() && !plan.undecoded.Empty()) {
         notes.push_back("marker text is decoded only in .html and .htm files in the output folder, not in " +
                         plan.undecoded.utf8);
     }

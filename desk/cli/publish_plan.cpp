@@ -148,35 +148,41 @@ std::vector<NativePath> Inputs(const PublishPlan& plan, const Session& session) 
 
 }  // namespace
 
-PublishPlan MakePublishPlan(const Options& options, const Session& session) {
+PublishPlan PlanTransformation(const Options& options, const Session& session) {
     const PublishOptions& publish = options.publish;
     RequireFile("--xslt", {publish.xslt});
     RequireProgram("--pre-script", {publish.preScript});
     RequireProgram("--post-script", {publish.postScript});
     PublishPlan plan;
-    plan.output = NormalPath(AbsolutePath({publish.output}));
-    plan.log = options.common.log.empty() ? NativePath{plan.output.utf8 + ".log"}
-                                          : AbsolutePath({options.common.log});
     plan.config = AbsolutePath({options.common.config});
-    plan.report = AbsolutePath({publish.report});
     plan.xslt = AbsolutePath({publish.xslt});
     plan.preScript = AbsolutePath({publish.preScript});
     plan.postScript = AbsolutePath({publish.postScript});
     plan.ditaval = RequiredFiles("--ditaval", publish.ditaval);
     plan.resources = RequiredFiles("--resource", options.common.resources);
-    plan.outFile = AbsolutePath({publish.outFile});
     plan.design = DesignOf(publish);
     plan.ditaOt = WantsDitaRun(publish, session);
     plan.transforms = plan.ditaOt || !plan.xslt.Empty();
     plan.toolkit = plan.ditaOt ? DescribeToolkit(ToolkitName(options.common.toolkit)) : std::string();
     plan.inputs = Inputs(plan, session);
-    plan.undecoded = plan.outFile.Empty() || IsDecoded(plan) ? NativePath{} : plan.outFile;
-    CheckPlaces(plan);
-    CheckToolkit(plan, options.common.toolkit);
     plan.xsltEngine = ChooseEngine(plan.xslt, publish.xsltEngine);
     std::ranges::move(CheckStylesheet(plan.xslt, plan.xsltEngine), std::back_inserter(plan.inputs));
     CheckToolkitOptions(options, plan.ditaOt);
     RequireFilters(plan.ditaval);
+    return plan;
+}
+
+PublishPlan MakePublishPlan(const Options& options, const Session& session) {
+    const PublishOptions& publish = options.publish;
+    PublishPlan plan = PlanTransformation(options, session);
+    CheckToolkit(plan, options.common.toolkit);
+    plan.output = NormalPath(AbsolutePath({publish.output}));
+    plan.log = options.common.log.empty() ? NativePath{plan.output.utf8 + ".log"}
+                                          : AbsolutePath({options.common.log});
+    plan.report = AbsolutePath({publish.report});
+    plan.outFile = AbsolutePath({publish.outFile});
+    plan.undecoded = plan.outFile.Empty() || IsDecoded(plan) ? NativePath{} : plan.outFile;
+    CheckPlaces(plan);
     return plan;
 }
 

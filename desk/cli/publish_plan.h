@@ -28,6 +28,10 @@ struct PublishPlan {
     std::string toolkit;      ///< The choice, in words; empty without a DITA transformation.
 };
 
+/// The plan without the places of the results, which stay empty. Does not look whether an installed toolkit
+/// is there. Throws Stop for options that cannot work.
+PublishPlan PlanTransformation(const Options& options, const Session& session);
+
 /// Throws Stop, before anything has changed, for options that cannot work.
 PublishPlan MakePublishPlan(const Options& options, const Session& session);
 

@@ -188,14 +188,6 @@ void Add(std::vector<Finding>& findings, const std::vector<NativePath>& files, c
     }
 }
 
-std::set<NativePath> FailedFiles(const RunLog& log) {
-    std::set<NativePath> files;
-    for (const FailedFile& failed : log.failed) {
-        files.insert(failed.file);
-    }
-    return files;
-}
-
 /// The sources of packaged files.
 std::vector<NativePath> SourcesOf(const std::vector<NativePath>& copies, const PublishPlan& plan,
                                   const PackageLayout& layout) {
@@ -277,8 +269,28 @@ void NameSource(const PublishPlan& plan, const PackageLayout& layout, NativePath
     }
 }
 
+/// The same in a message, which may name any of the copies.
+void NameSourcesIn(std::string& text, const PublishPlan& plan, const PackageLayout& layout) {
+    const std::string folder = plan.output.utf8 + '/';
+    for (std::size_t at = text.find(folder); at != std::string::npos; at = text.find(folder, at)) {
+        const std::string rest = text.substr(at + folder.size());
+        std::string named;
+        for (const NativePath& source : layout.sources) {
+            const std::string name = source.utf8.substr(layout.commonFolder.utf8.size());
+            named = rest.starts_with(name) && name.size() > named.size() ? name : named;
+        }
+        if (named.empty()) {
+            at += folder.size();
+        } else {
+            text.replace(at, folder.size(), layout.commonFolder.utf8);
+            at += layout.commonFolder.utf8.size();
+        }
+    }
+}
+
 void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& log,
                  TransformationRecord& record) {
+    NameSourcesIn(record.reason, plan, layout);
     for (FailedFile& failed : log.failed) {
         NameSource(plan, layout, failed.file);
     }
@@ -343,10 +355,43 @@ void CleanResult(const PublishPlan& plan, const Session& session, PublishOutcome
     InspectResult(plan, after);
     outcome.pages.markedValues = after.pages.markedValues;
     outcome.pages.firstMarkedValue = after.pages.firstMarkedValue;
-    outcome.undecodedPages = outcome.pages.markedTexts - after.pages.markedTexts;
-    outcome.firstUndecoded = outcome.pages.firstMarkedText;
-    outcome.pages.markedTexts = after.pages.markedTexts;
-    outcome.pages.firstMarkedText = after.pages.firstMarkedText;
+    const std::set<NativePath> left(after.pages.markedTexts.begin(), after.pages.markedTexts.end());
+    std::ranges::copy_if(outcome.pages.markedTexts, std::back_inserter(outcome.undecoded),
+                         [&left](const NativePath& page) { return !left.contains(page); });
+}
+
+/// With --keep-markers, a page that was not decoded shows its marker text, which is part of that finding.
+std::vector<NativePath> PagesToRead(const PublishOptions& options, const PublishOutcome& outcome) {
+    std::vector<NativePath> pages = outcome.pages.files;
+    const std::set<NativePath> failed = FailedFiles(outcome.log);
+    std::erase_if(pages,
+                  [&](const NativePath& page) { return options.keepMarkers && failed.contains(page); });
+    return pages;
+}
+
+/// What a page may show that looks like a piece of marker text.
+OwnText OwnTextOf(const PublishPlan& plan, const PublishOptions& options) {
+    OwnText own{.files = plan.inputs, .texts = {plan.output.utf8, options.title}};
+    for (const NativePath& input : plan.inputs) {
+        own.texts.push_back(input.utf8);
+    }
+    for (const auto* values : {&options.params, &options.stringParams, &options.toolkitParams}) {
+        std::ranges::copy(*values, std::back_inserter(own.texts));
+    }
+    return own;
+}
+
+/// Decoding takes marker words out of the text of pages, also where they were cut from their group, so that
+/// only what was between them is left. Words of a source cannot be told apart from them.
+void AddCutTexts(const std::vector<VisibleMarker>& cuts, PublishOutcome& outcome) {
+    std::set<NativePath> known;
+    for (const VisibleMarker& marker : outcome.visible) {
+        known.insert(marker.page);
+    }
+    std::ranges::copy_if(cuts, std::back_inserter(outcome.visible), [&](const VisibleMarker& cut) {
+        return outcome.markedSource.Empty() && !known.contains(cut.page);
+    });
+    std::ranges::stable_sort(outcome.visible, {}, [](const VisibleMarker& one) { return one.page.utf8; });
 }
 
 }  // namespace
@@ -384,6 +429,9 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     if (!options.publish.keepMarkers && (plan.transforms || !outcome.pages.files.empty())) {
         CleanResult(plan, session, outcome);
     }
+    outcome.visible =
+        FindVisibleMarkers(PagesToRead(options.publish, outcome), OwnTextOf(plan, options.publish));
+    AddCutTexts(CutTextsOf(outcome.markers, plan, session, outcome.resultFolder), outcome);
     outcome.startPage = StartPage(plan, session, outcome);
     return outcome;
 }

@@ -8,6 +8,7 @@
 
 #include "desk/checks/finding.h"
 #include "desk/checks/leftover_markers.h"
+#include "desk/checks/visible_markers.h"
 #include "desk/cli/loss_count.h"
 #include "desk/cli/private_log.h"
 #include "desk/cli/publish_plan.h"
@@ -31,13 +32,13 @@ struct PublishOutcome {
     NativePath startPage;  ///< The page to open first; empty if there is none.
     PublishedPages pages;
     std::vector<FailedScript> failedScripts;
-    std::vector<NativePath> missing;  ///< Referenced files that are missing or unreadable.
-    std::vector<Finding> unfinished;  ///< What the module left undone without reporting it.
-    CleanedFiles cleaned;             ///< Marker text that was taken out of places that are not decoded.
-    CountedMarkers markers;           ///< For the loss report.
-    std::size_t undecodedPages = 0;   ///< Pages from whose text marker text was taken out.
-    NativePath firstUndecoded;        ///< The first of them.
-    NativePath markedSource;          ///< A source with a marker word, which turns that off; may be empty.
+    std::vector<NativePath> missing;     ///< Referenced files that are missing or unreadable.
+    std::vector<Finding> unfinished;     ///< What the module left undone without reporting it.
+    CleanedFiles cleaned;                ///< Marker text that was taken out of places that are not decoded.
+    CountedMarkers markers;              ///< For the loss report.
+    std::vector<NativePath> undecoded;   ///< Pages from whose text marker text was taken out.
+    std::vector<VisibleMarker> visible;  ///< What readers see of marker text, once for each page.
+    NativePath markedSource;             ///< A source with a marker word, which turns that off; may be empty.
 };
 
 /// The folder must have been taken for this run. Throws Stop if the module sends no reply.

@@ -69,8 +69,8 @@ void InspectPage(const std::string& text, const NativePath& page, PublishedPages
         InspectTag(tag.substr(std::min<std::size_t>(tag.size(), 1)), page, found);
         at = open + tag.size();
     }
-    if (markedText && found.markedTexts++ == 0) {
-        found.firstMarkedText = page;
+    if (markedText) {
+        found.markedTexts.push_back(page);
     }
 }
 

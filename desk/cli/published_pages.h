@@ -16,8 +16,8 @@ struct PublishedPages {
     std::vector<NativePath> files;  ///< Those that end in .html or .htm, by name.
     std::size_t markedValues = 0;   ///< Attribute values with marker text, except tags attributes.
     std::string firstMarkedValue;   ///< The first of them, as "PAGE: <meta content>".
-    std::size_t markedTexts = 0;    ///< Pages with marker text in text nodes, as those that failed to load.
-    NativePath firstMarkedText;     ///< The first of these pages.
+    std::vector<NativePath>
+        markedTexts;  ///< Pages with marker text in text nodes, as those that failed to load.
 };
 
 /// Adds the counts of every page below a folder, or of a single file whatever its name. Marker text in

@@ -62,7 +62,7 @@ void ReportFiles(const DocumentFiles& files, const RequestLog& log, RunReport& r
     if (!log.path.Empty()) {
         const RunLog run = ReadRunLog(LogFrom(log.path, log.start));
         report.failed = run.failed;
-        AddFailedFiles(run, findings);
+        AddFailedFiles(run.failed, findings);
     }
     for (const Finding& finding : findings) {
         Warn(report, screen, finding);

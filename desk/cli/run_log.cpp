@@ -91,6 +91,14 @@ RunLog ReadRunLog(const std::string& text) {
     return log;
 }
 
+std::set<NativePath> FailedFiles(const RunLog& log) {
+    std::set<NativePath> files;
+    for (const FailedFile& failed : log.failed) {
+        files.insert(failed.file);
+    }
+    return files;
+}
+
 std::uint64_t LogSize(const NativePath& log) {
     std::error_code error;
     const auto size = std::filesystem::file_size(ToFilesystem(log), error);

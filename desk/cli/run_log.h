@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,9 @@ struct RunLog {
 
 /// Parses the text that a run appended.
 RunLog ReadRunLog(const std::string& text);
+
+/// The files that a pass could not load.
+std::set<NativePath> FailedFiles(const RunLog& log);
 
 /// Returns the file's size in bytes; 0 if it is missing.
 std::uint64_t LogSize(const NativePath& log);

@@ -35,6 +35,7 @@ json PageAsJson(const ReportedPage& page) {
 json FindingAsJson(const Finding& finding) {
     return {{"file", PathOrNull(finding.file)},
             {"line", finding.line > 0 ? json(finding.line) : json()},
+            {"column", finding.line > 0 && finding.column > 0 ? json(finding.column) : json()},
             {"code", finding.code},
             {"text", finding.text}};
 }

@@ -6,7 +6,10 @@
 #include <set>
 
 #include "desk/cli/file_findings.h"
+#include "desk/cli/finding_columns.h"
 #include "desk/cli/path_options.h"
+#include "desk/cli/publish_findings.h"
+#include "desk/clients/xslt_client.h"
 #include "desk/toolkit/builtin_toolkit.h"
 #include "desk/xml/file_access.h"
 #include "desk/xml/lenient_load.h"
@@ -14,75 +17,6 @@
 
 namespace ventrix::desk {
 namespace {
-
-constexpr char kRefersTo[] = "refers to ";
-
-/// One line of a file, without its line break; empty if the file has fewer.
-std::string LineOf(const std::string& content, int number) {
-    std::size_t start = 0;
-    for (int line = 1; line < number; ++line) {
-        start = content.find('\n', start);
-        if (start == std::string::npos) {
-            return {};
-        }
-        ++start;
-    }
-    return content.substr(start, content.find_first_of("\r\n", start) - start);
-}
-
-/// Where the only occurrence of a word starts; npos if there is none, or more than one.
-std::size_t OnlyPlaceOf(const std::string& line, const std::string& word) {
-    const std::size_t first = line.find(word);
-    return first == std::string::npos || line.find(word, first + 1) != std::string::npos ? std::string::npos
-                                                                                         : first;
-}
-
-bool IsContinuation(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
-}
-
-/// The column of a byte, in characters from 1.
-int ColumnAt(const std::string& line, std::size_t byte) {
-    const auto continued =
-        std::count_if(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(byte), IsContinuation);
-    return static_cast<int>(byte - static_cast<std::size_t>(continued)) + 1;
-}
-
-/// What the line of the source contains at the place of the finding; empty if that is not known. The parser
-/// keeps the lines of elements only, so the column is found by this text.
-std::string SourceTextOf(const Finding& finding) {
-    if (finding.text.starts_with(kRefersTo)) {
-        const std::string path = finding.text.substr(0, finding.text.find(", which"));
-        return path.substr(path.find_last_of('/') + 1);
-    }
-    if (finding.code == kBrokenLink) {
-        return " href=";
-    }
-    const std::size_t equals = finding.text.find("=\"");
-    const bool isAttribute = equals != std::string::npos && finding.text.find_first_of(" :") > equals;
-    return isAttribute ? ' ' + finding.text.substr(0, equals + 1) : std::string();
-}
-
-/// Adds the columns that the lines of the sources show.
-void AddColumns(std::vector<Finding>& findings) {
-    NativePath file;
-    std::string content;
-    for (Finding& finding : findings) {
-        const std::string text = SourceTextOf(finding);
-        if (finding.line == 0 || finding.column > 0 || text.empty()) {
-            continue;
-        }
-        if (file != finding.file) {
-            file = finding.file;
-            content.clear();
-            platform::ReadWholeFile(file.utf8, content);
-        }
-        const std::string line = LineOf(content, finding.line);
-        if (const std::size_t at = OnlyPlaceOf(line, text); at != std::string::npos) {
-            finding.column = ColumnAt(line, text.starts_with(' ') ? at + 1 : at);
-        }
-    }
-}
 
 /// Whether the module encodes the file, and so must be able to load it.
 bool IsEncoded(const DocumentFile& file) {
@@ -127,15 +61,13 @@ std::vector<NativePath> SourceFolders(const Session& session) {
 void AddToolkitFindings(const Session& session, const Options& options, const std::vector<Finding>& named,
                         std::vector<Finding>& findings) {
     std::set<std::string> unread;
-    std::vector<Finding> found;
+    std::vector<DitaFinding> found;
     DitaRun run;
     run.document = session.document;
     run.pages = {FolderOf(session.document).utf8 + "xhtml/"};
     run.log = [](const std::string&) {};
     run.unread = [&unread](const std::string& line) { unread.insert(line); };
-    run.finding = [&found](const DitaFinding& one) {
-        found.push_back({one.file, one.line, one.rule, one.text});
-    };
+    run.finding = [&found](const DitaFinding& one) { found.push_back(one); };
     run.writes = false;
     for (const std::string& filter : options.publish.ditaval) {
         run.filters.push_back(AbsolutePath({filter}));
@@ -155,9 +87,21 @@ void AddToolkitFindings(const Session& session, const Options& options, const st
             findings.push_back({session.document, 0, "not-transformed", line});
         }
     }
-    std::ranges::copy_if(found, std::back_inserter(findings), [&options](const Finding& finding) {
-        return finding.code != kNotHandled || options.common.toolkit == "builtin";
+    std::erase_if(found, [&options](const DitaFinding& one) {
+        return one.rule == kNotHandled && options.common.toolkit != "builtin";
     });
+    AddTransformationFindings(found, UnusableIn(named), findings);
+}
+
+/// What the stylesheet would not see of the document.
+void AddFailedInclusions(const Session& session, const std::set<NativePath>& unusable,
+                         std::vector<Finding>& findings) {
+    ReadScope scope(session.access.readable);
+    scope.Add(SourceFolders(session));
+    const LoadedDocument loaded = LoadForStylesheet(session.document, [](const std::string&) {});
+    std::vector<DitaFinding> failed;
+    std::ranges::transform(loaded.failedInclusions, std::back_inserter(failed), FindingFor);
+    AddTransformationFindings(failed, unusable, findings);
 }
 
 }  // namespace
@@ -168,7 +112,7 @@ std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::ve
     for (const DocumentFile& file : files.files) {
         if (unread.contains(file.path) && !file.referrer.Empty()) {
             findings.push_back({file.referrer, file.line, "missing",
-                                kRefersTo + file.path.utf8 + ", which is missing or unreadable"});
+                                "refers to " + file.path.utf8 + ", which is missing or unreadable"});
         } else if (unread.contains(file.path)) {
             findings.push_back({file.path, 0, "missing", "is missing or unreadable"});
         }
@@ -177,14 +121,18 @@ std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::ve
     return findings;
 }
 
-std::vector<Finding> PublishProblems(const Session& session, const Options& options,
+std::vector<Finding> PublishProblems(const Session& session, const Options& options, const PublishPlan* plan,
                                      const std::vector<NativePath>& missing) {
     std::vector<Finding> findings;
     AddUnreadable(session.files, findings);
-    if (session.files.dita) {
-        std::vector<Finding> named = findings;
-        AddMissingFiles(session.files, missing, named);
+    std::vector<Finding> named = findings;
+    AddMissingFiles(session.files, missing, named);
+    if (session.files.dita && (plan == nullptr || plan->ditaOt)) {
         AddToolkitFindings(session, options, named, findings);
+    }
+    if (plan != nullptr && plan->xsltEngine == "libxslt") {
+        AddStylesheetVersion(plan->xslt, findings);
+        AddFailedInclusions(session, UnusableIn(named), findings);
     }
     AddColumns(findings);
     return findings;

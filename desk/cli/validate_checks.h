@@ -5,6 +5,7 @@
 
 #include "desk/checks/finding.h"
 #include "desk/cli/options.h"
+#include "desk/cli/publish_plan.h"
 #include "desk/cli/session.h"
 
 namespace ventrix::desk {
@@ -12,10 +13,11 @@ namespace ventrix::desk {
 /// The missing files, at the places that refer to them first.
 std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::vector<NativePath>& missing);
 
-/// XML files that are not well-formed, and for a DITA document what the built-in toolkit reports: broken
-/// links, unknown keys, dead content references, and what it does not handle. The last is left out if the
-/// options name another toolkit. The `missing` files, which are findings already, are not reported again.
-std::vector<Finding> PublishProblems(const Session& session, const Options& options,
+/// XML files that are not well-formed; for a DITA document what the built-in toolkit reports: broken links,
+/// unknown keys, dead content references, and what it does not handle, unless the options name another
+/// toolkit; for a stylesheet its version and the inclusions that fail. A null plan means a
+/// transformation as DITA. The `missing` files, which are findings already, are not reported again.
+std::vector<Finding> PublishProblems(const Session& session, const Options& options, const PublishPlan* plan,
                                      const std::vector<NativePath>& missing);
 
 }  // namespace ventrix::desk

@@ -1,13 +1,16 @@
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "bridge/contract/request.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/document_checks.h"
 #include "desk/cli/exit_status.h"
 #include "desk/cli/file_findings.h"
+#include "desk/cli/option_checks.h"
 #include "desk/cli/path_options.h"
 #include "desk/cli/private_log.h"
+#include "desk/cli/publish_plan.h"
 #include "desk/cli/request_text.h"
 #include "desk/cli/run_log.h"
 #include "desk/cli/session.h"
@@ -107,6 +110,17 @@ std::unique_ptr<Session> StartChecked(const Options& options, const Screen& scre
     }
 }
 
+/// What a publish with the project file would do; nothing if the options of the publish are not known:
+/// without a project file, or if the command line of the publish has to say more. Throws Stop if it could not
+/// run.
+std::optional<PublishPlan> PlanOf(const Options& options, const Session& session) {
+    const bool isIncomplete =
+        options.publish.output.empty() && !session.files.dita && AsksForDitaTransformation(options.publish);
+    return options.common.config.empty() || isIncomplete
+               ? std::nullopt
+               : std::optional(PlanTransformation(options, session));
+}
+
 /// Sends the request. Throws Stop if the module did not check the files.
 RunLog CheckFiles(Session& session, const NativePath& userLog, const Screen& screen, RunReport& report) {
     PrivateLog privateLog;
@@ -131,8 +145,9 @@ RunLog CheckFiles(Session& session, const NativePath& userLog, const Screen& scr
 int Validate(const Options& options, const Screen& screen, RunReport& report) {
     RequireFilters(RequiredFiles("--ditaval", options.publish.ditaval));
     const auto session = StartChecked(options, screen, report);
+    const std::optional<PublishPlan> plan = PlanOf(options, *session);
     const NativePath userLog = AbsolutePath({options.common.log});
-    std::vector<NativePath> inputs = LocalFiles(session->files);
+    std::vector<NativePath> inputs = plan.has_value() ? plan->inputs : LocalFiles(session->files);
     inputs.push_back(AbsolutePath({options.common.config}));
     RequireLog(userLog, inputs);
     ReportAbsentNames(options.publish, session->files.names, report, screen);
@@ -157,7 +172,8 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
     }
     // A publish of files on several drives ends before it reads them.
     if ((mask & kValidateOnSeveralRoots) == 0) {
-        for (const Finding& finding : PublishProblems(*session, options, log.broken)) {
+        for (const Finding& finding :
+             PublishProblems(*session, options, plan ? &*plan : nullptr, log.broken)) {
             Warn(report, screen, finding);
         }
     }

@@ -35,10 +35,6 @@ NativePath OutputFolderOf(const XsltRun& run, const FileAccess& access) {
     return access.outputFolder.Empty() ? FolderOf(run.output) : access.outputFolder;
 }
 
-DitaFinding FindingFor(const FailedInclusion& failed) {
-    return {failed.file, failed.line, failed.element + " is not in the result: " + failed.reason};
-}
-
 /// Empty on success; else the reason, which names the file.
 std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const FileAccess& access,
                           std::vector<DitaFinding>& findings) {
@@ -166,6 +162,11 @@ ClientAnswer RunCommand(const XsltSettings& settings, const FileAccess& access, 
 }
 
 }  // namespace
+
+DitaFinding FindingFor(const FailedInclusion& failed) {
+    return {failed.file, failed.line, failed.element + " is not in the result: " + failed.reason,
+            kDeadReference};
+}
 
 Client MakeXsltClient(const XsltSettings& settings, const FileAccess& access, TransformationRecord& record) {
     return [&settings, &access, &record](const std::string& command, const HostServices& host) {

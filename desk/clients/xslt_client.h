@@ -21,6 +21,9 @@ struct XsltSettings {
     std::function<void()> starts = {};
 };
 
+/// An inclusion that failed, as a finding.
+DitaFinding FindingFor(const FailedInclusion& failed);
+
 /// A client for the command
 ///     XSLTRunTrScenario -dontuseqlconsole -file "IN" -xslfilepath "STYLESHEET" -outputfilepath "OUT"
 /// with options in any order. XInclude elements of IN are processed. OUT changes as a whole or, on failure,

@@ -48,17 +48,13 @@ std::string Text(const ordered_json& value) {
 }  // namespace
 
 MappedPage MapPage(const NativePath& page, const NativePath& source, const CarryingAttributes& names,
-                   SourcePlaces& places, std::vector<Finding>& findings) {
+                   SourcePlaces& places) {
     places.LimitMemory();
-    MappedPage mapped{page, source, {}, false};
     TaggedPage tagged = ReadTaggedElements(page, names);
-    if (!tagged.problem.empty()) {
-        findings.push_back(
-            {page, 0, "page-not-xml",
-             "is not well-formed XML, so that what it carries cannot be listed: " + tagged.problem});
+    MappedPage mapped{page, source, {}, tagged.problem, tagged.loaded.line, tagged.loaded.column};
+    if (!mapped.problem.empty()) {
         return mapped;
     }
-    mapped.isReadable = true;
     std::vector<ElementOrigin> origins = OriginsOf(tagged.elements, source, places);
     for (std::size_t i = 0; i < origins.size(); ++i) {
         mapped.elements.push_back({std::move(tagged.elements[i]), std::move(origins[i])});

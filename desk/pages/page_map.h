@@ -26,12 +26,13 @@ struct MappedPage {
     NativePath page;
     NativePath source;  ///< The topic that it was made from; empty if that is not known.
     std::vector<MappedElement> elements;
-    bool isReadable = false;  ///< False if the page is not XML.
+    std::string problem;       ///< Why the page is not XML, one line; empty if it is.
+    int line = 0, column = 0;  ///< Of the problem; 0 if unknown.
 };
 
-/// The page with the places of its elements. A page that is not XML is a finding.
+/// The page with the places of its elements.
 MappedPage MapPage(const NativePath& page, const NativePath& source, const CarryingAttributes& names,
-                   SourcePlaces& places, std::vector<Finding>& findings);
+                   SourcePlaces& places);
 
 /// The elements of a page as a JSON array. Paths are relative to `document`, with slashes. Nothing in it ends
 /// an HTML script element.

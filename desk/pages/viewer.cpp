@@ -53,7 +53,7 @@ bool CopyViewer(const NativePath& folder, const ViewerSettings& settings, std::v
 
 void AddViewer(const MappedPage& mapped, const NativePath& folder, const ViewerSettings& settings,
                std::vector<Finding>& findings) {
-    if (!mapped.isReadable) {
+    if (!mapped.problem.empty()) {
         return;
     }
     std::string page;

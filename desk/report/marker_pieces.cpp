@@ -121,6 +121,30 @@ std::vector<MarkerPiece> ChangedGroups(std::string_view plain) {
     return groups;
 }
 
+std::string LeftOfCutGroups(std::string_view plain) {
+    std::size_t pastEnd = 0;  // Of the last group whose beginning is missing.
+    std::vector<std::string_view> words{kEquals, kTarget, kSeparator};
+    for (const GroupWords& group : kGroups) {
+        const std::size_t end = plain.rfind(group.end);
+        pastEnd = end == kNone ? pastEnd : std::max(pastEnd, end + group.end.size());
+        words.insert(words.end(), {group.begin, group.end});
+    }
+    std::size_t begin = plain.size();  // Of the first group whose end is missing.
+    for (const GroupWords& group : kGroups) {
+        begin = std::min(begin, plain.find(group.begin, pastEnd));
+    }
+    const bool isMiddle = pastEnd == 0 && begin == plain.size();
+    std::string left(isMiddle ? plain : plain.substr(0, pastEnd));
+    left += plain.substr(begin);
+    const std::size_t size = left.size();
+    for (const std::string_view word : words) {
+        for (std::size_t at = 0; (at = left.find(word, at)) != kNone;) {
+            left.erase(at, word.size());
+        }
+    }
+    return left.size() < size && IsFilled(left) ? left : std::string();
+}
+
 std::string_view WordsAround(const std::vector<MarkerPiece>& pieces, std::size_t index) {
     const auto isPlain = [&pieces](std::size_t at) {
         return at < pieces.size() && pieces[at].kind == PieceKind::kPlain;

@@ -33,6 +33,10 @@ std::vector<MarkerPiece> SplitAtGroups(std::string_view text);
 /// the rest of the piece.
 std::vector<MarkerPiece> ChangedGroups(std::string_view plain);
 
+/// What decoding leaves of groups in a plain piece of which only a part is there, once it has taken out the
+/// marker words; empty if nothing. A text cut in its marker text has such a part at its begin or its end.
+std::string LeftOfCutGroups(std::string_view plain);
+
 /// The words that tell the group at the index from equal ones: those after it, up to the next group with
 /// words of its own; for an element group, those before it. Empty if there are none.
 std::string_view WordsAround(const std::vector<MarkerPiece>& pieces, std::size_t index);

@@ -41,6 +41,11 @@ bool IsSkipped(const xmlNode* element) {
     return false;
 }
 
+/// The text of these elements is not shown.
+bool IsCode(const xmlNode& element) {
+    return View(element.name) == "script" || View(element.name) == "style";
+}
+
 /// The title of a browser's window has no markup, so that only the text of an element is left there.
 bool IsTitleOfPage(const xmlNode& element) {
     return View(element.name) == "title" && element.parent != nullptr && View(element.parent->name) == "head";
@@ -88,6 +93,10 @@ void PageWalk::ReadText(const xmlNode& text) {
         return;
     }
     const xmlNode& element = *text.parent;
+    if (IsCode(element)) {
+        AddCopies(content, '<' + QualifiedName(element) + '>', &element);
+        return;
+    }
     const bool isSkipped = IsSkipped(&element);
     bool isFirstGroup = true;
     bool textCameBefore = false;
@@ -97,6 +106,7 @@ void PageWalk::ReadText(const xmlNode& text) {
         textCameBefore |= piece.kind == PieceKind::kPlain || piece.kind == PieceKind::kElement;
         if (piece.kind == PieceKind::kPlain) {
             AddChanged(piece.content, element);
+            AddCut(piece.content, element);
             continue;
         }
         if (piece.kind == PieceKind::kElement && IsTitleOfPage(element)) {
@@ -242,6 +252,14 @@ void PageWalk::AddChanged(std::string_view words, const xmlNode& element) {
     for (const MarkerPiece& group : ChangedGroups(words)) {
         trace_.changed.push_back({kUnknownString, page_, '<' + QualifiedName(element) + '>',
                                   GroupKey(group.kind, group.content), AnchorOf(&element)});
+    }
+}
+
+void PageWalk::AddCut(std::string_view words, const xmlNode& element) {
+    const bool isFirst = trace_.cuts.empty() || trace_.cuts.back().page != page_;
+    const bool hasWord = isFirst && words.find(kMarkerPrefix) != std::string_view::npos;
+    if (const std::string left = hasWord ? LeftOfCutGroups(words) : std::string(); !left.empty()) {
+        trace_.cuts.push_back({page_, static_cast<int>(xmlGetLineNo(&element)), Shortened(Collapsed(left))});
     }
 }
 

@@ -52,6 +52,7 @@ class PageWalk {
     /// Adds the group as an arrival; nothing if it is not one of the sources.
     Arrival* AddArrival(const MarkerPiece& piece, std::string_view words, const xmlNode& element);
     void AddChanged(std::string_view words, const xmlNode& element);
+    void AddCut(std::string_view words, const xmlNode& element);
     void AddCopy(const MarkerPiece& piece, const std::string& where, const xmlNode* element);
     void AddCopies(std::string_view text, const std::string& where, const xmlNode* element);
 

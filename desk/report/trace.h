@@ -116,11 +116,19 @@ struct MarkerCopy {
     std::string anchor;
 };
 
+/// A text of a page with a part of a group. Decoding takes out the marker words and leaves the rest of it.
+struct CutText {
+    int page = 0;
+    int line = 0;
+    std::string left;  ///< What is left of the group, shortened.
+};
+
 struct ResultTrace {
     std::vector<NativePath> pages;  ///< Relative to the output folder.
     std::vector<Arrival> arrivals;
     std::vector<MarkerCopy> copies;
     std::vector<MarkerCopy> changed;  ///< Groups that no source has, such as those in other case.
+    std::vector<CutText> cuts;        ///< The first of each page that has one.
 };
 
 /// The key of a group in the table of strings. Groups that differ only in whitespace have the same key, since

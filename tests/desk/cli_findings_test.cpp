@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
 
+#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "desk/cli/finding_columns.h"
 #include "desk/cli/findings_format.h"
 #include "desk/command_line.h"
 #include "desk/xml/xml_handles.h"
@@ -79,7 +81,7 @@ TEST_F(Findings, HaveRulesLinesAndColumns) {
                          "not-readable open.dita 2 15",
                          "dead-reference faults.dita 4 6",
                          "unknown-key faults.dita 5 6",
-                         "not-handled faults.dita 6 -",
+                         "not-handled faults.dita 6 6",
                          "unknown-key faults.dita 3 19",
                          "broken-link faults.dita 2 15",
                      }))
@@ -90,22 +92,65 @@ TEST_F(Findings, AreThoseOfAPublish) {
     const std::string published = RunVentrix(folder, {"publish", "guide.ditamap", "-o", "out"}).error;
     const std::string validated = Validate({"guide.ditamap"}).error;
     const struct {
-        const char *place, *column, *text;
+        const char *start, *rule;
     } rows[] = {
-        {"faults.dita:2", ":15", ": the link \"good.dita#g/absent\" leads to nothing in good.html"},
-        {"faults.dita:3", ":19", ": keyref=\"unknown\""},
-        {"faults.dita:4", ":6", ": conref="},
-        {"faults.dita:5", ":6", ": conkeyref=\"lost/p\""},
-        {"faults.dita:6", "", ": <longdescref>"},
-        {"open.dita", ":2:15", ": could not be read"},
+        {"faults.dita:2:15: the link \"good.dita#g/absent\" leads to nothing in good.html", "broken-link"},
+        {"faults.dita:3:19: keyref=\"unknown\"", "unknown-key"},
+        {"faults.dita:4:6: conref=", "dead-reference"},
+        {"faults.dita:5:6: conkeyref=\"lost/p\"", "unknown-key"},
+        {"faults.dita:6:6: <longdescref>", "not-handled"},
+        {"open.dita:2:15: could not be read", "not-readable"},
     };
-    for (const auto& row : rows) {
-        const std::string place = row.place;
-        EXPECT_NE(published.find(place + row.text), std::string::npos) << place << published;
-        EXPECT_NE(validated.find(place + row.column + row.text), std::string::npos) << place << validated;
+    for (const std::string& lines : {published, validated}) {
+        for (const auto& row : rows) {
+            const std::size_t at = lines.find(row.start);
+            ASSERT_NE(at, std::string::npos) << row.start << '\n' << lines;
+            EXPECT_TRUE(lines.substr(0, lines.find('\n', at)).ends_with(std::string(" [") + row.rule + ']'))
+                << lines;
+        }
     }
     EXPECT_FALSE(folder.Exists("xhtml")) << "a validation writes nothing";
     EXPECT_EQ(folder.Count(), 7) << "the sources and the result of the publish with its log";
+}
+
+TEST_F(Findings, OfAMissingFileAreOne) {
+    folder.Write("t.dita",
+                 "<topic id=\"t\"><title>T</title><body><p><xref href=\"none.dita\">a</xref></p>\n"
+                 "<p><xref href=\"none.dita#n/x\"/></p><p conref=\"none.dita#n/p\"/>\n"
+                 "<pre><coderef href=\"gone.txt\"/></pre><p conref=\"open.dita#o/p\"/></body></topic>");
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"validate", "t.dita"}, {"publish", "t.dita", "-o", "out"}}) {
+        const std::string lines = RunVentrix(folder, arguments).error;
+        EXPECT_EQ(std::ranges::count(lines, '['), 3) << lines;
+        for (const char* rule : {"none.dita", "gone.txt", "open.dita"}) {
+            EXPECT_NE(lines.find(rule), std::string::npos) << lines;
+        }
+    }
+}
+
+TEST(FindingColumns, AreThoseOfTheTextThatTheFindingNames) {
+    const test::TestFolder folder;
+    folder.Write("t.dita",
+                 "<t>\n<a href=\"x\"/><a href='y &amp; z'/>\n<a\n  href=\"x\"\n  id=\"i\"/>\n"
+                 "<b keyref=\"k\"/> <a id=\"h\" href=\"#t/e\"/> <longquoteref href=\"q\"/>\n"
+                 "<a href=\"1\"/><a href=\"2\"/></t>");
+    const struct {
+        int line;
+        const char* text;
+        int foundLine, column;
+    } rows[] = {
+        {2, "the link \"x\" leads", 2, 4},     {2, "coderef \"y & z\" is", 2, 17},
+        {5, "the link \"x\" leads", 4, 3},     {6, "keyref=\"k\": the map", 6, 4},
+        {6, "the link \"#t/e\" leads", 6, 27}, {6, "<longquoteref> is not", 6, 41},
+        {7, "the link \"t.dita#3\"", 7, 0},    {9, "the link \"x\" leads", 9, 0},
+        {6, "conkeyref=\"none\" has", 6, 0},   {6, "no quotes", 6, 0},
+    };
+    for (const auto& row : rows) {
+        std::vector<Finding> findings{{{folder.Native("t.dita")}, row.line, "broken-link", row.text}};
+        AddColumns(findings);
+        EXPECT_EQ(findings.front().line, row.foundLine) << row.text;
+        EXPECT_EQ(findings.front().column, row.column) << row.text;
+    }
 }
 
 TEST_F(Findings, AreListedForPeopleEvenWhenQuiet) {

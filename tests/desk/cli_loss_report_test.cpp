@@ -193,6 +193,14 @@ TEST_F(LossReportOfPublish, FollowsEachPlaceThroughTheTransformation) {
          3,
          0,
          0},
+        {"copies into a script element",
+         "<xsl:template match='p[1]'><p><xsl:apply-templates/></p><script><xsl:value-of select='.'/></script>"
+         "</xsl:template>",
+         "audience 5/6 b 1/1 xpath 6/6 ",
+         {},
+         1,
+         0,
+         0},
         {"joins texts",
          "<xsl:template match='p[1]'><p><xsl:value-of select='.'/><xsl:value-of select='../p[3]'/></p>"
          "</xsl:template><xsl:template match='p[3]'/>",
@@ -265,6 +273,20 @@ TEST_F(LossReportOfPublish, TextsAroundAnEntityArePlacesAndACdataSectionIsNotEnc
     EXPECT_EQ(Counts(report), "xpath 3/5 ");
     EXPECT_EQ(Lost(report), (std::vector<std::string>{"xpath 6 /root/p[2] raw: not-encoded",
                                                       "xpath=/root/p[4] 9 /root/p[4] late: absent"}));
+}
+
+TEST_F(LossReportOfPublish, ASourcePathThatIsNotCarriedHasTheReasonOfItsElement) {
+    const struct {
+        const char *document, *lost;
+    } rows[] = {
+        {"<root><s><b>x</b></s></root>", "s 1 /root/s : no-text"},
+        {"<root><s/><s><![CDATA[raw]]></s></root>", "s 1 /root/s[2] raw: not-encoded"},
+    };
+    for (const auto& row : rows) {
+        folder.Write("d/doc.xml", row.document);
+        EXPECT_EQ(Lost(Publish("", {"--source-path", "s"})), std::vector<std::string>{row.lost})
+            << row.document;
+    }
 }
 
 TEST_F(LossReportOfPublish, TextsThatAreNotEncodedCarryNoAttribute) {

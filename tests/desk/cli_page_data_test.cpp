@@ -181,10 +181,8 @@ TEST_F(PageData, ContentThatOtherFilesPushHasNoPlace) {
             {folder.Native("d/t.dita")}, [] { return KeyTargets(); }, hasPushes);
         CarryingAttributes names;
         names.tagsHaveXPath = true;
-        std::vector<Finding> findings;
-        const MappedPage page =
-            MapPage({folder.Native("page.html")}, {folder.Native(topic)}, names, places, findings);
-        EXPECT_TRUE(findings.empty());
+        const MappedPage page = MapPage({folder.Native("page.html")}, {folder.Native(topic)}, names, places);
+        EXPECT_EQ(page.problem, "");
         return page.elements.empty() ? -1 : page.elements.front().origin.place.line;
     };
     for (const char* topic : {"d/t.dita", "d/u.dita"}) {
@@ -244,11 +242,13 @@ TEST_F(PageData, APageThatIsNoXmlIsAFinding) {
         "s.xsl",
         "<xsl:stylesheet version=\"1.0\" xmlns:xsl=\"http://www.w3.org/1999/XSL/Transform\"><xsl:output "
         "method=\"text\"/><xsl:template match=\"/\">&lt;p>&lt;b>&lt;/p></xsl:template></xsl:stylesheet>");
-    const Finished finished = Publish({"--map", "--xslt", "s.xsl"});
+    const Finished finished = Publish({"--map", "--viewer", "--xslt", "s.xsl"});
     EXPECT_EQ(finished.status, 1) << finished.error;
-    EXPECT_NE(finished.error.find("t.html: is not well-formed XML, so that what it carries cannot be listed"),
-              std::string::npos)
+    EXPECT_NE(finished.error.find("t.html:1:11: is not well-formed XML ("), std::string::npos)
         << finished.error;
+    EXPECT_NE(finished.error.find("; it is not in the map; it has no viewer; "), std::string::npos);
+    EXPECT_EQ(finished.error.find("[page-not-xml]"), finished.error.rfind(" [") + 1)
+        << "one finding: " << finished.error;
     const json map = json::parse(folder.Read("out/ventrix-map.json"), nullptr, false);
     EXPECT_EQ(map, (json{{"schema", 1}, {"document", "t.dita"}, {"elements", json::array()}}));
 }
