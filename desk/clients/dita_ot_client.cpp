@@ -36,7 +36,8 @@ std::string Run(const DitaOtSettings& settings, const FileAccess& access, const 
     }
     // The package is the module's copy of the document, which the client may change.
     if (!access.outputFolder.Empty() && IsBelowOrEqual(run.document, access.outputFolder)) {
-        if (std::string problem = PreparePackage(access.outputFolder, true, run.finding); !problem.empty()) {
+        if (std::string problem = PreparePackage(access.outputFolder, Vocabulary::kDita, run.finding);
+            !problem.empty()) {
             return problem;
         }
     }

@@ -100,6 +100,41 @@ bool IsOwn(const XsltRun& run) {
     return ToFilesystem(run.stylesheet).filename() == "Ventrix.xsl";
 }
 
+std::string ContentOf(const NativePath& file) {
+    std::string content;
+    return platform::ReadWholeFile(file.utf8, content) == platform::kErrorNone ? content : std::string();
+}
+
+/// A document with the DOCTYPE or the namespace of DocBook, or any for a stylesheet that is, or imports, one
+/// of DocBook's.
+bool IsDocBook(const XsltRun& run) {
+    const auto namesDocBook = [](std::string_view text) {
+        return std::ranges::any_of(std::initializer_list<std::string_view>{"docbook", "DocBook"},
+                                   [text](std::string_view name) { return text.find(name) != text.npos; });
+    };
+    return namesDocBook(ContentOf(run.source)) || namesDocBook(run.stylesheet.utf8) ||
+           namesDocBook(ContentOf(run.stylesheet));
+}
+
+/// Whether the user's parameters or stylesheet set one of these. By itself DocBook's stylesheet does neither.
+bool ComparesGlossaryTerms(const XsltRun& run, const XsltSettings& settings) {
+    const std::string stylesheet = ContentOf(run.stylesheet);
+    const auto isSet = [&](std::string_view name) {
+        const auto hasName = [name](const auto& parameter) { return parameter.first == name; };
+        return std::ranges::any_of(settings.strings, hasName) ||
+               std::ranges::any_of(settings.expressions, hasName) ||
+               stylesheet.find(name) != std::string::npos;
+    };
+    return isSet("glossary.sort") || isSet("glossary.collection");
+}
+
+Vocabulary VocabularyOf(const XsltRun& run, const XsltSettings& settings) {
+    if (!IsDocBook(run)) {
+        return Vocabulary::kOther;
+    }
+    return ComparesGlossaryTerms(run, settings) ? Vocabulary::kDocBookGlossary : Vocabulary::kDocBook;
+}
+
 std::string RunEngine(XsltRun& run, const XsltSettings& settings, const FileAccess& access,
                       TransformationRecord& record) {
     if (IsOwn(run)) {
@@ -112,7 +147,9 @@ std::string RunEngine(XsltRun& run, const XsltSettings& settings, const FileAcce
     // The package is the module's copy of the document, which the client may change.
     if (!access.outputFolder.Empty() && IsBelowOrEqual(run.source, access.outputFolder)) {
         const auto finding = [&record](const DitaFinding& found) { record.findings.push_back(found); };
-        if (std::string problem = PreparePackage(access.outputFolder, false, finding); !problem.empty()) {
+        const Vocabulary vocabulary = VocabularyOf(run, settings);
+        if (std::string problem = PreparePackage(access.outputFolder, vocabulary, finding);
+            !problem.empty()) {
             return problem;
         }
     }

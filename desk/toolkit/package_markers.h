@@ -7,18 +7,15 @@
 #include <string>
 
 #include "desk/toolkit/dita_run.h"
+#include "desk/toolkit/no_prose.h"
 
 namespace ventrix::desk {
 
-/// Changes the XML files in the folder and below: takes marker text out of elements that contain no prose, if
-/// it is a DITA package, else escapes the paths of XInclude; and puts elements back that references need,
-/// each file with such ones being a finding. Returns the first file that could not be written, one line with
-/// the reason; empty if all is done.
-std::string PreparePackage(const NativePath& folder, bool dita,
+/// Changes the XML files in the folder and below: takes marker text out of elements that contain no prose;
+/// escapes the paths of XInclude, if it is not a DITA package; and puts elements back that references need.
+/// Preserved elements that this affects are findings. Returns the first file that could not be written, one
+/// line with the reason; empty if all is done.
+std::string PreparePackage(const NativePath& folder, Vocabulary vocabulary,
                            const std::function<void(const DitaFinding&)>& finding);
-
-/// The document without marker text in such elements. Works on the bytes of any encoding that contains ASCII;
-/// everything else stays as it is.
-std::string WithoutMarkersInMetadata(const std::string& document);
 
 }  // namespace ventrix::desk

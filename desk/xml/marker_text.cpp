@@ -279,6 +279,19 @@ void AddReferencedIds(std::string_view document, ReferencedIds& referenced) {
     }
 }
 
+void ForEachElementGroup(std::string_view document, const std::function<void(const ElementGroup&)>& action) {
+    for (std::size_t begin = document.find(kElementGroup.begin); begin != kNpos;) {
+        const std::size_t content = begin + kElementGroup.begin.size();
+        const std::size_t end = document.find(kElementGroup.end, content);
+        if (end == kNpos) {
+            return;
+        }
+        const std::size_t past = end + kElementGroup.end.size();
+        action({begin, past, ElementIn(document.substr(content, end - content))});
+        begin = document.find(kElementGroup.begin, past);
+    }
+}
+
 std::size_t RestoreReferenceElements(std::string& document, const ReferencedIds& referenced) {
     const auto ranges = RangesIn(document, referenced);
     const auto isInRange = [&ranges](std::size_t place) {
@@ -288,19 +301,16 @@ std::size_t RestoreReferenceElements(std::string& document, const ReferencedIds&
     std::size_t restored = 0;
     std::string changed;
     std::size_t copied = 0;
-    for (std::size_t begin = document.find(kElementGroup.begin); begin != kNpos;
-         begin = document.find(kElementGroup.begin, begin + 1)) {
-        const std::size_t content = begin + kElementGroup.begin.size();
-        const std::size_t end = document.find(kElementGroup.end, content);
-        if (end == kNpos) {
-            break;
-        }
-        const std::string element = ElementIn(std::string_view(document).substr(content, end - content));
-        if (ContainsEmptyReference(element) || ContainsId(element, referenced) || isInRange(begin)) {
-            changed.append(document, copied, begin - copied).append(element);
-            copied = end + kElementGroup.end.size();
+    ForEachElementGroup(document, [&](const ElementGroup& group) {
+        if (ContainsEmptyReference(group.element) || ContainsId(group.element, referenced) ||
+            isInRange(group.begin)) {
+            changed.append(document, copied, group.begin - copied).append(group.element);
+            copied = group.end;
             ++restored;
         }
+    });
+    if (restored > 0) {
+        document = changed.append(document, copied);
     }
     if (restored > 0) {
         document = changed.append(document, copied);

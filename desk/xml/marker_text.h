@@ -27,6 +27,14 @@ std::size_t FindOpeningWord(std::string_view text, std::size_t from = 0);
 /// stays as it is, and so does one that would reach across a "<".
 std::size_t RemoveMarkerGroups(std::string& text);
 
+/// A preserved element in the text of a document.
+struct ElementGroup {
+    std::size_t begin = 0, end = 0;  ///< Of the group, with its words.
+    std::string element;             ///< As XML.
+};
+
+void ForEachElementGroup(std::string_view document, const std::function<void(const ElementGroup&)>& action);
+
 /// Ids without the files and topics that contain them.
 struct ReferencedIds {
     std::set<std::string, std::less<>> ids;

@@ -270,7 +270,7 @@ TEST_F(ToolkitClient, MetadataThatIsNoProseLosesItsMarkerText) {
          "<!DOCTYPE t [<!ENTITY a '<data>'>]><!-- <data> --><t>" + m + "<![CDATA[<data>]]></t>"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(WithoutMarkersInMetadata(row.source), row.cleaned);
+        EXPECT_EQ(WithoutMarkersOutsideProse(row.source, Vocabulary::kDita), row.cleaned);
     }
     access_.outputFolder = {Native("package")};
     UseRecordingToolkit();
