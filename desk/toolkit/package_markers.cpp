@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "desk/toolkit/left_elements.h"
 #include "desk/xml/inclusions.h"
-#include "desk/xml/marker_text.h"
 #include "desk/xml/stylesheet.h"
 #include "platform/files.h"
 
@@ -52,13 +52,13 @@ std::string NameOf(std::string_view element) {
     return std::string(element.substr(1, element.find_first_of(" \t\r\n/>", 1) - 1));
 }
 
-/// Preserved elements that a change of the package takes out of marker text, by name.
-class ChangedElements {
+/// What happens to preserved elements, once for each name and reason.
+class AffectedElements {
   public:
     /// The position is that of the element in the content of the file.
-    void Add(std::string_view element, const NativePath& file, std::string_view content,
-             std::size_t position) {
-        const auto [entry, isNew] = byName_.try_emplace(NameOf(element));
+    void Add(std::string_view element, const std::string& what, const NativePath& file,
+             std::string_view content, std::size_t position) {
+        const auto [entry, isNew] = found_.try_emplace({NameOf(element), what});
         if (isNew) {
             const auto before = content.substr(0, position);
             entry->second.first = {file, 1 + static_cast<int>(std::ranges::count(before, '\n')), {}};
@@ -66,11 +66,11 @@ class ChangedElements {
         ++entry->second.number;
     }
 
-    /// One finding for each name.
-    void Report(const std::string& why, const std::function<void(const DitaFinding&)>& finding) const {
-        for (const auto& [name, places] : byName_) {
+    void Report(const std::function<void(const DitaFinding&)>& finding) const {
+        for (const auto& [key, places] : found_) {
             DitaFinding found = places.first;
-            found.text = "preserved <" + name + "> " + why + "; places: " + std::to_string(places.number);
+            found.text = "<" + key.first + "> is not preserved " + key.second +
+                         "; places: " + std::to_string(places.number);
             finding(found);
         }
     }
@@ -80,41 +80,45 @@ class ChangedElements {
         DitaFinding first;
         int number = 0;
     };
-    std::map<std::string, Places> byName_;
+    std::map<std::pair<std::string, std::string>, Places> found_;  ///< By name and what happens.
 };
+
+/// The content of a file as the transformation needs it.
+std::string Prepared(const NativePath& file, const std::string& content, const LeavingRules& rules,
+                     AffectedElements& affected) {
+    std::string changed = WithoutMarkersOutsideProse(
+        content, rules.vocabulary, [&](std::string_view element, std::size_t position) {
+            // Elements in the metadata of DITA are not on the pages anyway.
+            if (rules.vocabulary != Vocabulary::kDita) {
+                affected.Add(element, "in text that stylesheets sort by or compare", file, content, position);
+            }
+        });
+    changed = WithLeftElements(
+        changed, rules, [&](std::string_view element, std::size_t position, std::string_view why) {
+            affected.Add(element, "but left to the transformation, because " + std::string(why), file,
+                         changed, position);
+        });
+    if (rules.vocabulary != Vocabulary::kDita) {
+        EscapeInclusionPaths(changed);
+    }
+    return changed;
+}
 
 }  // namespace
 
 std::string PreparePackage(const NativePath& folder, Vocabulary vocabulary,
                            const std::function<void(const DitaFinding&)>& finding) {
     const std::vector<NativePath> files = XmlFilesBelow(folder);
-    const ReferencedIds referenced = ReferencedIn(files);
-    ChangedElements inKeys;
+    const LeavingRules rules{ReferencedIn(files), vocabulary};
+    AffectedElements affected;
     for (const NativePath& file : files) {
         const std::string content = ContentOf(file);
-        std::string changed = WithoutMarkersOutsideProse(content, vocabulary,
-                                                         [&](std::string_view element, std::size_t position) {
-                                                             inKeys.Add(element, file, content, position);
-                                                         });
-        if (vocabulary != Vocabulary::kDita) {
-            EscapeInclusionPaths(changed);
-        }
-        if (const std::size_t restored = RestoreReferenceElements(changed, referenced); restored > 0) {
-            finding({file, 0,
-                     "preserved elements with a reference, with an id that a reference names, or in a range "
-                     "that one reuses: " +
-                         std::to_string(restored) +
-                         "; they are left to the transformation, and their markup is not preserved"});
-        }
+        const std::string changed = Prepared(file, content, rules, affected);
         if (changed != content && !WriteOutput(file, changed)) {
             return file.utf8 + " cannot be written; check its permissions and the free space";
         }
     }
-    // Elements in the metadata of DITA are not on the pages anyway.
-    if (vocabulary != Vocabulary::kDita) {
-        inKeys.Report("is only text in an index entry or other text that stylesheets sort by or compare",
-                      finding);
-    }
+    affected.Report(finding);
     return {};
 }
 

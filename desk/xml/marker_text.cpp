@@ -4,9 +4,6 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <vector>
-
-#include "desk/xml/markup_in_text.h"
 
 namespace ventrix::desk {
 namespace {
@@ -126,109 +123,21 @@ std::size_t FindEnd(std::string_view text, std::size_t begin, const GroupWords& 
     return inside.find(words.begin) != kNpos || inside.find('<') != kNpos ? kNpos : end;
 }
 
-/// The XML of the element in a group of a document, which escapes it twice.
-std::string ElementIn(std::string_view content) {
-    std::string element = Replaced(content, "&amp;lt;", "<");
-    element = Replaced(element, "&amp;gt;", ">");
-    element = Replaced(element, "&amp;quot;", "\"");
-    element = Replaced(element, "&amp;apos;", "'");
-    return Replaced(element, "&amp;amp;", "&");
-}
-
-constexpr std::string_view kReferences[] = {" keyref=", " conkeyref=", " conref=", " linkend=", " endterm="};
-
-bool IsReference(std::string_view tag) {
-    return std::ranges::any_of(kReferences,
-                               [tag](std::string_view name) { return tag.find(name) != kNpos; }) ||
-           (tag.starts_with("<xref") && tag.find(" href=") != kNpos);
-}
-
-/// Whether one of its elements has a reference and no content.
-bool ContainsEmptyReference(std::string_view element) {
-    for (std::size_t at = element.find('<'); at != kNpos; at = element.find('<', at + 1)) {
-        const std::string_view rest = element.substr(at);
-        const std::string_view tag = rest.substr(0, std::min(rest.find('>'), rest.size() - 1) + 1);
-        const bool isEmpty = tag.ends_with("/>") || rest.substr(tag.size()).starts_with("</");
-        if (isEmpty && IsReference(tag)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-/// An attribute that names ids: each of its words, or what comes after this character in it.
-struct IdReference {
-    std::string_view attribute;
-    char separator = 0;
+/// How the text of a document writes the signs of an element in a group. "&" is the last to be
+/// read.
+struct DoubleEscape {
+    std::string_view sign, escape;
 };
 
-constexpr IdReference kIdReferences[] = {
-    {"href", '#'}, {"conref", '#'}, {"conrefend", '#'}, {"conkeyref", '/'}, {"keyref", '/'},
-    {"linkend"},   {"linkends"},    {"endterm"},        {"otherterm"},      {"xpointer"}};
+constexpr DoubleEscape kDoubleEscapes[] = {
+    {"<", "&amp;lt;"}, {">", "&amp;gt;"}, {"\"", "&amp;quot;"}, {"'", "&amp;apos;"}, {"&", "&amp;amp;"}};
 
-void AddWords(std::string_view text, std::set<std::string, std::less<>>& words) {
-    constexpr std::string_view kSpaces = " \t\r\n";
-    for (std::size_t at = text.find_first_not_of(kSpaces); at != kNpos;) {
-        const std::size_t end = std::min(text.find_first_of(kSpaces, at), text.size());
-        words.emplace(text.substr(at, end - at));
-        at = text.find_first_not_of(kSpaces, end);
+std::string ElementIn(std::string_view content) {
+    std::string element(content);
+    for (const auto& [sign, escape] : kDoubleEscapes) {
+        element = Replaced(element, escape, sign);
     }
-}
-
-std::string_view IdIn(std::string_view reference) {
-    return reference.substr(reference.find_last_of("#/") + 1);
-}
-
-/// The attribute of this name in the element, in text or in marker text, whose start tag contains the place;
-/// null if it has none.
-const AttributeInText* AttributeBeside(std::string_view document,
-                                       const std::vector<AttributeInText>& attributes,
-                                       const AttributeInText& place, std::string_view name) {
-    const auto isBeside = [&](const AttributeInText& other) {
-        const auto [first, last] = std::minmax({place.value.data(), other.value.data()});
-        const std::string_view between = document.substr(static_cast<std::size_t>(first - document.data()),
-                                                         static_cast<std::size_t>(last - first));
-        return other.name == name && between.find('<') == kNpos && between.find("&amp;lt;") == kNpos;
-    };
-    const auto found = std::ranges::find_if(attributes, isBeside);
-    return found == attributes.end() ? nullptr : &*found;
-}
-
-void AddRange(std::string_view document, const std::vector<AttributeInText>& attributes,
-              const AttributeInText& end, ReferencedIds& referenced) {
-    for (const char* name : {"conref", "conkeyref"}) {
-        if (const AttributeInText* start = AttributeBeside(document, attributes, end, name)) {
-            referenced.ranges.emplace(IdIn(start->value), IdIn(end.value));
-        }
-    }
-}
-
-bool ContainsId(std::string_view element, const ReferencedIds& referenced) {
-    return std::ranges::any_of(AttributesIn(element), [&referenced](const AttributeInText& attribute) {
-        return attribute.name == "id" && referenced.ids.contains(attribute.value);
-    });
-}
-
-/// The places between the ids of each range that is in the document.
-std::vector<std::pair<std::size_t, std::size_t>> RangesIn(std::string_view document,
-                                                          const ReferencedIds& referenced) {
-    std::vector<std::pair<std::size_t, std::size_t>> places;
-    if (referenced.ranges.empty()) {
-        return places;
-    }
-    std::vector<AttributeInText> ids = AttributesIn(document);
-    std::erase_if(ids, [](const AttributeInText& attribute) { return attribute.name != "id"; });
-    const auto placeOf = [document](const AttributeInText& id) {
-        return static_cast<std::size_t>(id.value.data() - document.data());
-    };
-    for (const auto& [firstId, lastId] : referenced.ranges) {
-        const auto first = std::ranges::find(ids, firstId, &AttributeInText::value);
-        const auto last = std::ranges::find(first, ids.end(), lastId, &AttributeInText::value);
-        if (last != ids.end()) {
-            places.emplace_back(placeOf(*first), placeOf(*last));
-        }
-    }
-    return places;
+    return element;
 }
 
 }  // namespace
@@ -259,24 +168,14 @@ std::size_t FindOpeningWord(std::string_view text, std::size_t from) {
     return kNpos;
 }
 
-// The file, key or topic ahead of an id is not compared: only the transformation resolves it. An element that
-// has the same id elsewhere is left to the transformation for nothing, which costs its markup but no text.
-void AddReferencedIds(std::string_view document, ReferencedIds& referenced) {
-    const std::vector<AttributeInText> attributes = AttributesIn(document);
-    for (const AttributeInText& attribute : attributes) {
-        const auto* reference = std::ranges::find(kIdReferences, attribute.name, &IdReference::attribute);
-        if (reference == std::end(kIdReferences)) {
-            continue;
-        }
-        if (reference->separator == 0) {
-            AddWords(attribute.value, referenced.ids);
-        } else if (attribute.value.find(reference->separator) != kNpos) {
-            referenced.ids.emplace(IdIn(attribute.value));
-        }
-        if (attribute.name == "conrefend") {
-            AddRange(document, attributes, attribute, referenced);
-        }
+std::string MarkerTextOf(std::string_view element) {
+    std::string group(kElementGroup.begin);
+    for (const char c : element) {
+        const auto* const found =
+            std::ranges::find(kDoubleEscapes, std::string_view(&c, 1), &DoubleEscape::sign);
+        group += found == std::end(kDoubleEscapes) ? std::string_view(&c, 1) : found->escape;
     }
+    return group.append(kElementGroup.end);
 }
 
 void ForEachElementGroup(std::string_view document, const std::function<void(const ElementGroup&)>& action) {
@@ -290,32 +189,6 @@ void ForEachElementGroup(std::string_view document, const std::function<void(con
         action({begin, past, ElementIn(document.substr(content, end - content))});
         begin = document.find(kElementGroup.begin, past);
     }
-}
-
-std::size_t RestoreReferenceElements(std::string& document, const ReferencedIds& referenced) {
-    const auto ranges = RangesIn(document, referenced);
-    const auto isInRange = [&ranges](std::size_t place) {
-        return std::ranges::any_of(
-            ranges, [place](const auto& range) { return range.first < place && place < range.second; });
-    };
-    std::size_t restored = 0;
-    std::string changed;
-    std::size_t copied = 0;
-    ForEachElementGroup(document, [&](const ElementGroup& group) {
-        if (ContainsEmptyReference(group.element) || ContainsId(group.element, referenced) ||
-            isInRange(group.begin)) {
-            changed.append(document, copied, group.begin - copied).append(group.element);
-            copied = group.end;
-            ++restored;
-        }
-    });
-    if (restored > 0) {
-        document = changed.append(document, copied);
-    }
-    if (restored > 0) {
-        document = changed.append(document, copied);
-    }
-    return restored;
 }
 
 std::size_t RemoveMarkerGroups(std::string& text) {

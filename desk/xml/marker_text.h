@@ -4,10 +4,8 @@
 
 #include <cstddef>
 #include <functional>
-#include <set>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace ventrix::desk {
 
@@ -33,20 +31,9 @@ struct ElementGroup {
     std::string element;             ///< As XML.
 };
 
+/// The group for an element in the text of a document.
+std::string MarkerTextOf(std::string_view element);
+
 void ForEachElementGroup(std::string_view document, const std::function<void(const ElementGroup&)>& action);
-
-/// Ids without the files and topics that contain them.
-struct ReferencedIds {
-    std::set<std::string, std::less<>> ids;
-    std::set<std::pair<std::string, std::string>> ranges;  ///< The first and the last id of each.
-};
-
-/// Adds each id that a reference in the document, or in its marker text, names.
-void AddReferencedIds(std::string_view document, ReferencedIds& referenced);
-
-/// In a document with marker text, puts back each preserved element that only the transformation can process:
-/// one that contains a reference without text of its own, such as <keyword keyref="product"/>, one that
-/// contains an element with one of the ids, and one in a range. Returns their number.
-std::size_t RestoreReferenceElements(std::string& document, const ReferencedIds& referenced);
 
 }  // namespace ventrix::desk
