@@ -137,8 +137,7 @@ bool ContainsId(std::string_view element, const IdSet& ids) {
 using Places = std::vector<std::pair<std::size_t, std::size_t>>;  ///< The begin and the end of each.
 
 /// The places between the ids of each range that is in the document.
-Places RangesIn(std::string_view document,
-                                                          const ReferencedIds& referenced) {
+Places RangesIn(std::string_view document, const ReferencedIds& referenced) {
     Places places;
     if (referenced.ranges.empty()) {
         return places;

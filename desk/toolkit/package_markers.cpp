@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "desk/toolkit/left_elements.h"
+#include "desk/xml/encodings.h"
 #include "desk/xml/inclusions.h"
 #include "desk/xml/stylesheet.h"
 #include "platform/files.h"
@@ -34,15 +35,26 @@ std::vector<NativePath> XmlFilesBelow(const NativePath& folder) {
 }
 
 /// Empty if the file cannot be read, which the transformation reports.
-std::string ContentOf(const NativePath& file) {
-    std::string content;
-    return platform::ReadWholeFile(file.utf8, content) == platform::kErrorNone ? content : std::string();
+std::string BytesOf(const NativePath& file) {
+    std::string bytes;
+    return platform::ReadWholeFile(file.utf8, bytes) == platform::kErrorNone ? bytes : std::string();
+}
+
+/// UTF-16 does not contain ASCII, so it becomes UTF-8.
+std::string Readable(const std::string& bytes) {
+    const char* const utf16 = Utf16Encoding(bytes);
+    return utf16 == nullptr ? bytes : ToUtf8(bytes, utf16).value_or("");
+}
+
+std::string LikeBefore(const std::string& content, const std::string& bytesBefore) {
+    const char* const utf16 = Utf16Encoding(bytesBefore);
+    return utf16 == nullptr ? content : FromUtf8(content, utf16).value_or(bytesBefore);
 }
 
 ReferencedIds ReferencedIn(const std::vector<NativePath>& files) {
     ReferencedIds referenced;
     for (const NativePath& file : files) {
-        AddReferencedIds(ContentOf(file), referenced);
+        AddReferencedIds(Readable(BytesOf(file)), referenced);
     }
     return referenced;
 }
@@ -112,9 +124,10 @@ std::string PreparePackage(const NativePath& folder, Vocabulary vocabulary,
     const LeavingRules rules{ReferencedIn(files), vocabulary};
     AffectedElements affected;
     for (const NativePath& file : files) {
-        const std::string content = ContentOf(file);
+        const std::string bytes = BytesOf(file);
+        const std::string content = Readable(bytes);
         const std::string changed = Prepared(file, content, rules, affected);
-        if (changed != content && !WriteOutput(file, changed)) {
+        if (changed != content && !WriteOutput(file, LikeBefore(changed, bytes))) {
             return file.utf8 + " cannot be written; check its permissions and the free space";
         }
     }

@@ -82,34 +82,70 @@ bool IsIncludeTag(std::string_view tag) {
     return name.substr(name.find(':') + 1) == "include";
 }
 
+/// Text that declares UTF-16 here was converted.
 std::string EncodingOf(std::string_view document) {
     const std::vector<AttributeInText> attributes = AttributesIn(document.substr(0, document.find("?>")));
     const bool isDeclared = !attributes.empty() && attributes.front().name == "version";
     const auto encoding = std::ranges::find(attributes, "encoding", &AttributeInText::name);
-    return isDeclared && encoding != attributes.end() ? std::string(encoding->value) : "UTF-8";
+    return isDeclared && encoding != attributes.end() && !encoding->value.starts_with("UTF-16")
+               ? std::string(encoding->value)
+               : "UTF-8";
 }
 
-/// A path that is not in the encoding stays as it is.
-std::string Escaped(std::string_view path, const std::string& encoding) {
-    const std::optional<std::string> utf8 = ToUtf8(path, encoding.c_str());
+/// The value of an attribute that is written so, in quotes; nothing if it refers to an entity.
+std::optional<std::string> Parsed(std::string_view quoted, const std::string& encoding) {
+    const std::optional<std::string> utf8 = ToUtf8(quoted, encoding.c_str());
+    const std::string element = "<a b=" + utf8.value_or("") + "/>";
+    const XmlDocument document(xmlReadMemory(element.data(), static_cast<int>(element.size()), nullptr,
+                                             "UTF-8",
+                                             XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+    return document == nullptr ? std::nullopt
+                               : std::optional(Attribute(xmlDocGetRootElement(document.get()), "b"));
+}
+
+/// What is not allowed in a URI is escaped, and what would need an escape in an attribute.
+std::string Escaped(std::string_view path) {
+    constexpr std::string_view kEscaped = " \"&<>\\^`{|}";
     std::string escaped;
-    for (const char byte : utf8.value_or("")) {
-        const bool needsEscape = byte == ' ' || static_cast<unsigned char>(byte) >= 0x80;
-        escaped += needsEscape ? PercentEncoded({&byte, 1}) : std::string(1, byte);
+    for (const char byte : path) {
+        const bool isEscaped = kEscaped.find(byte) != kNpos || static_cast<unsigned char>(byte) >= 0x80;
+        escaped += byte == '\'' ? "%27" : isEscaped ? PercentEncoded({&byte, 1}) : std::string(1, byte);
     }
-    return utf8.has_value() ? escaped : std::string(path);
+    return escaped;
 }
 
 /// The tag with its href escaped.
 std::string WithEscapedPath(std::string_view tag, const std::string& encoding) {
-    std::string changed(tag);
     const std::vector<AttributeInText> attributes = AttributesIn(tag);
     const auto href = std::ranges::find(attributes, "href", &AttributeInText::name);
-    if (href != attributes.end()) {
-        changed.replace(static_cast<std::size_t>(href->value.data() - tag.data()), href->value.size(),
-                        Escaped(href->value, encoding));
+    std::string changed(tag);
+    if (href == attributes.end()) {
+        return changed;
     }
-    return changed;
+    const auto begin = static_cast<std::size_t>(href->value.data() - tag.data());
+    const std::size_t end = tag.find(tag[begin - 1], begin);
+    const auto path = Parsed(tag.substr(begin - 1, end - begin + 2), encoding);
+    return path.has_value() && end != kNpos ? changed.replace(begin, end - begin, Escaped(*path)) : changed;
+}
+
+bool IsInclude(const xmlNode* node) {
+    return node->type == XML_ELEMENT_NODE && node->ns != nullptr && View(node->name) == "include" &&
+           (View(node->ns->href) == View(XINCLUDE_NS) || View(node->ns->href) == View(XINCLUDE_OLD_NS));
+}
+
+void RemoveIncludes(xmlDoc* document) {
+    auto* const top = reinterpret_cast<xmlNode*>(document);
+    std::vector<xmlNode*> includes;
+    for (xmlNode* node = NextNode(top, top); node != nullptr; node = NextNode(node, top)) {
+        if (IsInclude(node)) {
+            includes.push_back(node);
+        }
+    }
+    // A fallback may contain further ones, which come later.
+    for (; !includes.empty(); includes.pop_back()) {
+        xmlUnlinkNode(includes.back());
+        xmlFreeNode(includes.back());
+    }
 }
 
 }  // namespace
@@ -123,6 +159,9 @@ std::vector<FailedInclusion> ProcessInclusions(xmlDoc* document, NetworkGuard& g
                                           XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR | XML_PARSE_NOXINCNODE |
                                           XML_PARSE_NOBASEFIX);
     xmlSetStructuredErrorFunc(context, function);
+    if (!recorder.failed.empty()) {
+        RemoveIncludes(document);
+    }
     return std::move(recorder.failed);
 }
 

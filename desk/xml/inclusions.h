@@ -12,7 +12,7 @@ namespace ventrix::desk {
 
 class NetworkGuard;
 
-/// An include element that stays in the document.
+/// An include element that includes nothing.
 struct FailedInclusion {
     NativePath file;      ///< The file that contains the element.
     int line = 0;         ///< 0 if unknown.
@@ -21,12 +21,12 @@ struct FailedInclusion {
     NativePath target;    ///< Of its href; empty if that is not a local file.
 };
 
-/// Replaces the include elements by what they include, which may include further files. Messages of the
-/// parser go to the guard.
+/// Replaces the include elements by what they include, which may include further files, and removes those
+/// that include nothing. Messages of the parser go to the guard.
 std::vector<FailedInclusion> ProcessInclusions(xmlDoc* document, NetworkGuard& guard);
 
-/// Escapes the spaces and the letters outside of ASCII in the href of each include element, in any encoding
-/// that contains ASCII: libxml2 takes URIs only.
+/// Escapes the href of each include element as a URI, which is all that libxml2 takes. The document is in an
+/// encoding that contains ASCII; if it declares UTF-16, in UTF-8. A path with a reference to an entity stays.
 void EscapeInclusionPaths(std::string& document);
 
 }  // namespace ventrix::desk

@@ -116,11 +116,33 @@ TEST_F(StylesheetRun, IncludedFilesAreInTheResultWhateverTheirNames) {
     }
 }
 
+TEST_F(StylesheetRun, PathsOfInclusionsMayBeEscapedAndInUtf16) {
+    const std::string open = "<xi:include xmlns:xi='http://www.w3.org/2001/XInclude' href=";
+    Write("d.xml", "<d>" + open + "\"a'b.xml\"/>" + open + "'&#xfc;&#38;.xml'/>" + open + "'wide.xml'/></d>");
+    Write("a'b.xml", "<p a='1'>apostrophe</p>");
+    Write("ü&.xml", "<p>reference</p>");
+    Write("in ner.xml", "<i>inner</i>");
+    std::string wide = "\xFF\xFE";
+    for (const char c :
+         "<?xml version='1.0' encoding='UTF-16'?>\n<p>wide <b/>x" + open + "'in ner.xml'/></p>") {
+        wide.append({c, '\0'});
+    }
+    Write("wide.xml", wide);
+    Write("s.xsl", Sheet("<html><xsl:copy-of select='d/p'/></html>"));
+    const test::Finished finished = Publish();
+    EXPECT_NE(finished.error.find("wide.xml:2: <b> is not preserved"), std::string::npos) << finished.error;
+    EXPECT_EQ(finished.error.find("xi:include"), std::string::npos) << finished.error;
+    const std::string page = Read("out/d.html");
+    for (const char* text : {">apostrophe<", ">reference<", "<i>inner</i>"}) {
+        EXPECT_NE(page.find(text), std::string::npos) << text << page;
+    }
+}
+
 TEST_F(StylesheetRun, InclusionsThatFailAreReported) {
     const std::string open = "\n<xi:include xmlns:xi='http://www.w3.org/2001/XInclude' href=";
     Write("part.xml", "<p>\n" + open + "'ok.xml' xpointer='none'/></p>");
     Write("ok.xml", "<p>ok</p>");
-    Write("s.xsl", Sheet("<html><xsl:value-of select='d'/></html>"));
+    Write("s.xsl", Sheet("<html><xsl:copy-of select='d'/></html>"));
     const struct {
         std::string href;
         const char* finding;
@@ -132,11 +154,12 @@ TEST_F(StylesheetRun, InclusionsThatFailAreReported) {
         {"'part.xml'", "part.xml:3:56: xi:include href=\"ok.xml\" xpointer=\"none\" is not"},
     };
     for (const auto& row : rows) {
-        Write("d.xml", "<d a='1'>text" + open + row.href + "/></d>");
+        Write("d.xml", "<d a='1'>text <b>b</b>" + open + row.href + "/></d>");
         const test::Finished finished = Publish();
         EXPECT_EQ(finished.status, 1) << row.href;
         EXPECT_NE(finished.error.find(row.finding), std::string::npos) << row.finding << finished.error;
         EXPECT_EQ(std::ranges::count(finished.error, '['), 1) << "one finding each: " << finished.error;
+        EXPECT_EQ(Read("out/d.html").find(":include"), std::string::npos) << Read("out/d.html");
     }
 }
 
