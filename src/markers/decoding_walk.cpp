@@ -6,6 +6,7 @@
 
 #include "markers/dom_helpers.h"
 #include "markers/xml/characters.h"
+#include "markers/xml/escaping.h"
 
 namespace ventrix {
 namespace {
@@ -57,7 +58,7 @@ void ApplyAttributes(xml::Document& document, xml::Node element, const PublishPa
     }
     const AttributePairs& targetPairs = state.encoded.targetPairs;
     for (std::size_t i = 0; i < targetPairs.size(); i += 2) {
-        SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1], true);
+        SetOrAppendAttribute(document, element, targetPairs[i], targetPairs[i + 1]);
         if (targetPairs[i] == TagsAttribute(params)) {
             state.open.clear();
         }
@@ -102,6 +103,38 @@ bool MustDecode(std::string_view source) {
     return xml::FindAnyByte(source, 0, '&', '\r') != std::string_view::npos;
 }
 
+/// What the escaped ampersand in front of the text stands for after a second unescaping, and the bytes of the
+/// text that belong to it.
+xml::NamedCharacter SecondLevelAt(std::string_view text) {
+    for (const auto& [character, entity] : xml::kMarkupCharacters) {
+        if (text.starts_with(entity.substr(1))) {
+            return {character, entity.size() - 1};
+        }
+    }
+    return {'&', 0};
+}
+
+/// Reads the XML of an element group from its source bytes, which escape it twice. `xml` is overwritten.
+/// Mostly the ampersand is the only character that the second escaping had to escape, and one pass undoes
+/// both.
+void ReadElementXml(std::string_view source, std::string& xml) {
+    constexpr std::string_view kAmpersand = "&amp;";
+    xml.clear();
+    std::string_view rest = source;
+    std::size_t at = 0;
+    while ((at = xml::FindAnyByte(rest, 0, '&', '\r')) != std::string_view::npos) {
+        if (!rest.substr(at).starts_with(kAmpersand)) {
+            xml::DecodeText(source, xml);
+            UnescapeMarkup(xml);
+            return;
+        }
+        const xml::NamedCharacter named = SecondLevelAt(rest.substr(at + kAmpersand.size()));
+        xml.append(rest, 0, at) += named.character;
+        rest.remove_prefix(at + kAmpersand.size() + named.length);
+    }
+    xml += rest;
+}
+
 /// Puts the parts of the state, which split the source of the text node, in its place. The text node itself
 /// becomes the last one.
 void InsertParts(xml::Document& document, xml::Node textNode, DecodingState& state) {
@@ -110,8 +143,7 @@ void InsertParts(xml::Document& document, xml::Node textNode, DecodingState& sta
     const std::string_view last = endsWithText ? parts.back().text : std::string_view();
     for (const EncodedText::Part& part : std::span(parts).first(parts.size() - (endsWithText ? 1 : 0))) {
         if (part.isElement) {
-            xml::DecodeText(part.text, state.elementXml);
-            UnescapeMarkup(state.elementXml);
+            ReadElementXml(part.text, state.elementXml);
             InsertElement(document, state.elementXml, textNode);
         } else {
             textNode.get_parentNode().insertBefore(document.createTextPart(textNode, part.text), textNode);
@@ -185,8 +217,10 @@ void LeaveElement(xml::Node element, DecodingState& state) {
 void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePairs& tagPairs,
                    const PublishParams& params, DecodingState& state) {
     const std::string_view attribute = TagsAttribute(params);
+    xml::Node node = AttributeNode(element, attribute);
     TagTokens* tokens = KeptTokens(element, state);
-    const std::string value = tokens == nullptr ? AttributeValue(element, attribute) : std::string();
+    std::string buffer;
+    const std::string_view value = tokens == nullptr ? node.get_text(buffer) : std::string_view();
     if (value.size() > kLongValue) {
         tokens = &state.open.emplace_back();
         tokens->element = element;
@@ -203,7 +237,11 @@ void ApplyTagPairs(xml::Document& document, xml::Node element, const AttributePa
     if (added.empty()) {
         return;
     }
-    SetOrAppendAttribute(document, element, attribute, added, false);
+    if (node) {
+        node.append_text(added);
+    } else {
+        AddAttribute(document, element, attribute, added);
+    }
     if (tokens != nullptr) {
         AddTokens(*tokens, added);
     }

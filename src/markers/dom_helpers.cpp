@@ -5,14 +5,6 @@
 #include "markers/marker_format.h"
 
 namespace ventrix {
-namespace {
-
-xml::Node AttributeNode(xml::Node element, std::string_view name) {
-    return element.get_attributes().getNamedItem(name);
-}
-
-}  // namespace
-
 std::string_view NodeName(xml::Node node) {
     return node.get_nodeName();
 }
@@ -69,6 +61,10 @@ void PrependGroup(xml::Node textNode, std::string_view group) {
     textNode.put_text(text);
 }
 
+xml::Node AttributeNode(xml::Node element, std::string_view name) {
+    return element.get_attributes().getNamedItem(name);
+}
+
 std::string AttributeValue(xml::Node element, std::string_view name) {
     return NodeText(AttributeNode(element, name));
 }
@@ -80,15 +76,13 @@ void AddAttribute(xml::Document& document, xml::Node element, std::string_view n
 }
 
 void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::string_view name,
-                          std::string_view value, bool withBlank) {
+                          std::string_view value) {
     xml::Node attribute = AttributeNode(element, name);
     if (!attribute) {
         AddAttribute(document, element, name, value);
         return;
     }
-    if (withBlank) {
-        attribute.append_text(" ");
-    }
+    attribute.append_text(" ");
     attribute.append_text(value);
 }
 

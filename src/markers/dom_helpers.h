@@ -38,16 +38,19 @@ xml::Node FirstFilledTextNode(xml::Node element);
 /// PrependComposedGroup on the content of a text node.
 void PrependGroup(xml::Node textNode, std::string_view group);
 
+/// The attribute of exactly that name; null if there is none.
+xml::Node AttributeNode(xml::Node element, std::string_view name);
+
 /// The value of the attribute of exactly that name; empty if there is none.
 std::string AttributeValue(xml::Node element, std::string_view name);
 
 /// Adds an attribute. The element must not have one of that name.
 void AddAttribute(xml::Document& document, xml::Node element, std::string_view name, std::string_view value);
 
-/// Appends the value to the attribute's value, after a space if `withBlank`. Adds the attribute, with the
-/// value alone, if the element does not have it.
+/// Appends a space and the value to the attribute's value. Adds the attribute, with the value alone, if the
+/// element does not have it.
 void SetOrAppendAttribute(xml::Document& document, xml::Node element, std::string_view name,
-                          std::string_view value, bool withBlank);
+                          std::string_view value);
 
 /// An empty document for a piece of XML whose nodes will be inserted into `main`.
 std::unique_ptr<xml::Document> NewScratchDocument(xml::Document& main);
