@@ -52,7 +52,7 @@ void DitavalRules(std::string_view input) {
     if (topic == nullptr || xmlDocGetRootElement(topic.get()) == nullptr) {
         return;
     }
-    if (desk::Filter(*rules, topic.get())) {
+    if (desk::Filter(*rules, topic.get(), [](const xmlNode*) {})) {
         for (xmlNode* node = xmlDocGetRootElement(topic.get()); node != nullptr;
              node = desk::NextNode(node, xmlDocGetRootElement(topic.get()))) {
             Check(node->type != XML_ELEMENT_NODE || !desk::IsExcluded(*rules, node),
