@@ -211,13 +211,13 @@ class Pages(unittest.TestCase):
     def test_restored_elements_look_like_what_they_are(self):
         self.open(self.restored[0])
         found = {e.tag_name for e in self.find_all("#words__inline *")}
-        self.assertLessEqual({"menucascade", "wintitle", "codeph", "filepath", "varname", "xmlelement"}, found)
-        for element, name, value in (("uicontrol", "fontWeight", "600"), ("wintitle", "fontWeight", "600"),
-                                     ("varname", "fontStyle", "italic")):
+        self.assertLessEqual({"wintitle", "codeph", "filepath", "varname"}, found)
+        # The toolkit writes signs for these, and they are left to it.
+        self.assertEqual({"menucascade", "xmlelement"} & found, set())
+        for element, name, value in (("wintitle", "fontWeight", "600"), ("varname", "fontStyle", "italic")):
             self.assertEqual(self.style(element, name), value, element)
         for element in ("codeph", "filepath"):
             self.assertIn("mono", self.style(element, "fontFamily"), element)
-        self.assertEqual(self.style("menucascade > uicontrol + uicontrol", "content", "::before"), '" > "')
         head = self.named(self.viewed, "controller.html").read_text(encoding="utf-8").split("</head>")[0]
         self.assertNotIn("QL_", head)
 
