@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/path_options.h"
@@ -156,18 +157,33 @@ std::vector<std::string> WithSettings(const std::vector<std::string>& words,
     return all;
 }
 
-/// What an option that was set to no value takes from the file: it may be an empty variable of a script.
-void NoteEmptied(const Project& project, const Deliverable* deliverable, const Options& options,
+/// An option that was set to no value may be an empty variable of a script.
+[[noreturn]] void RefuseEmptied(const std::string& option) {
+    throw Stop{kExitUsage, "--" + option + ": the value is empty, and no project file sets one to leave out"};
+}
+
+/// Notes what the options that were set to no value leave out of the file; each must leave out something.
+void NoteEmptied(const Project& project, const std::vector<Deliverable>& selected, const Options& options,
                  std::vector<std::string>& notes) {
     for (const std::string& option : options.emptied) {
-        const ProjectSetting* setting =
-            deliverable == nullptr ? Find(project.defaults, option) : Find(project, *deliverable, option);
-        if (setting != nullptr) {
-            std::string note = "--" + option + "= leaves out the value of " + project.file.utf8 + ':' +
-                               std::to_string(setting->line);
-            if (std::ranges::find(notes, note) == notes.end()) {
-                notes.push_back(std::move(note));
+        std::set<int> lines;
+        const auto add = [&lines](const ProjectSetting* setting) {
+            if (setting != nullptr) {
+                lines.insert(setting->line);
             }
+        };
+        if (selected.empty()) {
+            add(Find(project.defaults, option));
+        }
+        for (const Deliverable& deliverable : selected) {
+            add(Find(project, deliverable, option));
+        }
+        if (lines.empty()) {
+            RefuseEmptied(option);
+        }
+        for (const int line : lines) {
+            notes.push_back("--" + option + "= leaves out the value of " + project.file.utf8 + ':' +
+                            std::to_string(line));
         }
     }
 }
@@ -237,6 +253,9 @@ RunPlan PlanRuns(const std::vector<std::string>& words, const Options& options) 
     const bool usesProject = options.command == Command::kPublish || options.command == Command::kValidate;
     const NativePath file = usesProject ? FindProject(options.common) : NativePath{};
     if (file.Empty()) {
+        if (!options.emptied.empty()) {
+            RefuseEmptied(*options.emptied.begin());
+        }
         RequireComplete(options);
         plan.runs.push_back(options);
         return plan;
@@ -253,12 +272,11 @@ RunPlan PlanRuns(const std::vector<std::string>& words, const Options& options) 
         plan.notes.push_back("options from " + file.utf8);
     }
     RefuseSharedResult(selected, options);
+    NoteEmptied(project, selected, options, plan.notes);
     if (selected.empty()) {
-        NoteEmptied(project, nullptr, options, plan.notes);
         plan.runs.push_back(PlanRun(words, options, project, nullptr));
     }
     for (const Deliverable& deliverable : selected) {
-        NoteEmptied(project, &deliverable, options, plan.notes);
         plan.runs.push_back(PlanRun(words, options, project, &deliverable));
     }
     return plan;

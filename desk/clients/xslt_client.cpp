@@ -8,6 +8,7 @@
 #include "desk/clients/saxon.h"
 #include "desk/toolkit/package_markers.h"
 #include "desk/xml/file_access.h"
+#include "desk/xml/markup_in_text.h"
 #include "desk/xml/stylesheet.h"
 #include "platform/files.h"
 
@@ -105,15 +106,30 @@ std::string ContentOf(const NativePath& file) {
     return platform::ReadWholeFile(file.utf8, content) == platform::kErrorNone ? content : std::string();
 }
 
-/// A document with the DOCTYPE or the namespace of DocBook, or any for a stylesheet that is, or imports, one
-/// of DocBook's.
+/// What is in front of the content of the root element: its DOCTYPE and namespaces. What looks like a start
+/// tag in a comment or an internal subset ends it early.
+std::string_view HeadOf(std::string_view document) {
+    std::size_t at = document.find('<');
+    while (at < document.size() &&
+           (document.substr(at).starts_with("<?") || document.substr(at).starts_with("<!"))) {
+        at = document.find('<', at + 1);
+    }
+    return document.substr(0, document.find('>', at));
+}
+
+/// A document with the DOCTYPE or a namespace of DocBook, or any for a stylesheet that is, or imports, one of
+/// DocBook's.
 bool IsDocBook(const XsltRun& run) {
     const auto namesDocBook = [](std::string_view text) {
-        return std::ranges::any_of(std::initializer_list<std::string_view>{"docbook", "DocBook"},
-                                   [text](std::string_view name) { return text.find(name) != text.npos; });
+        return text.find("docbook") != std::string_view::npos ||
+               text.find("DocBook") != std::string_view::npos;
     };
-    return namesDocBook(ContentOf(run.source)) || namesDocBook(run.stylesheet.utf8) ||
-           namesDocBook(ContentOf(run.stylesheet));
+    const std::string stylesheet = ContentOf(run.stylesheet);
+    const auto isDocBooks = [&](const AttributeInText& attribute) {
+        return attribute.name == "href" && namesDocBook(attribute.value);
+    };
+    return namesDocBook(HeadOf(ContentOf(run.source))) || namesDocBook(run.stylesheet.utf8) ||
+           std::ranges::any_of(AttributesIn(stylesheet), isDocBooks);
 }
 
 /// Whether the user's parameters or stylesheet set one of these. By itself DocBook's stylesheet does neither.

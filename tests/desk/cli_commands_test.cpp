@@ -109,6 +109,7 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         {with({"--catalog", "none"}), 2, "", "--catalog: none"},
         {with({"--post-script", "page.xsl"}), 2, "", "page.xsl is not executable"},
         {with({"--attributes", ""}), 2, "", "--attributes: the value is empty"},
+        {with({"--attributes="}), 2, "", "--attributes: the value is empty, and no project file sets one"},
         {with({"--out-file", "a'b\"c"}), 2, "", "--out-file: a value cannot contain both"},
         {with({"--elements", tooLong}), 2, "",
          "--elements: the value is too long (1024 bytes; the limit is 1023)"},

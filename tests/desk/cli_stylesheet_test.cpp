@@ -65,6 +65,14 @@ TEST_F(StylesheetRun, AnExternalEntityMayUseTheEntitiesOfItsDocument) {
     EXPECT_EQ(Read("two.xml"), "<topic a='2'>two &product;&three;</topic>");
 }
 
+TEST_F(StylesheetRun, ADocumentThatMentionsDocBookIsNone) {
+    Write("s.xsl", Sheet("<!-- not for DocBook --><html><p><xsl:value-of select='d/p'/></p></html>"));
+    Write("d.xml", "<?xml version='1.0'?><!-- A --><d><p a='1'>In DocBook, <quote>docbook</quote></p></d>");
+    const test::Finished finished = Publish({"--elements", "quote"});
+    EXPECT_EQ(finished.status, 0) << finished.error;
+    EXPECT_NE(Read("out/d.html").find("<quote>docbook</quote>"), std::string::npos) << Read("out/d.html");
+}
+
 TEST_F(StylesheetRun, AnElementInTheTitleOfAPageIsText) {
     Write("d.xml", "<d><t a='1'>T <b>bold &lt; x</b></t><p>P <b>kept</b></p></d>");
     const std::string title = "<html><head><title><xsl:value-of select='d/t'/></title></head><body>";
