@@ -61,6 +61,16 @@ xml::Node EncodeNode(xml::Document& document, xml::Node node, const PublishParam
     return node.get_nextSibling();
 }
 
+// A page is a result, so that it changes as a whole or not at all. The file that an encoding pass gets is a copy
+// in the package: a broken one fails the transformation, and the next run makes it anew.
+void SaveOver(xml::Document& document, const std::string& path, bool decode) {
+    if (decode) {
+        document.save(path);
+    } else {
+        document.saveInPlace(path);
+    }
+}
+
 }  // namespace
 
 bool ProcessXmlFile(std::string path, bool decode, PublishParams& params, std::string& errorText) {
@@ -89,7 +99,7 @@ std::unique_ptr<xml::Document> ApplyMarkerPass(std::string path, bool decode, co
             StampPreservedXPaths(*document, params.preserveXPathList, params.preserveXPathAttr);
         }
     }
-    document->save(path);
+    SaveOver(*document, path, decode);
     return document;
 }
 

@@ -44,6 +44,11 @@ using PutPiece = std::function<bool(std::string_view piece)>;
 /// it returns false, the write fails and the file does not change.
 ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const PutPiece&)>& produce);
 
+/// Writes as above into an existing file where it lies, which is several times as fast for a small file. A
+/// write that fails in the middle leaves the file empty, and one that is interrupted leaves a part: only for
+/// copies that can be made again. A file that does not exist is created.
+ErrorCode OverwriteFile(std::string_view path, const std::function<bool(const PutPiece&)>& produce);
+
 /// The long form of a path, which is the path itself on a platform without short names. Empty if the path
 /// leads to nothing.
 std::string LongPath(std::string_view path);

@@ -225,6 +225,38 @@ TEST(WholeFiles, IncompletePiecesLeaveTheOldContent) {
     EXPECT_EQ(tree.Read("file"), "new");
 }
 
+TEST(WholeFiles, OverwrittenFilesHaveTheNewContentOnly) {
+    const TestFolder tree;
+    for (const std::string& content : {std::string(3000000, 'l'), std::string("short"), std::string()}) {
+        const auto produce = [&](const PutPiece& put) { return put(content); };
+        EXPECT_EQ(OverwriteFile(tree.System("file"), produce), kErrorNone);
+        EXPECT_EQ(tree.Read("file"), content);
+    }
+    tree.SetReadOnly("file");
+    const auto produce = [](const PutPiece& put) { return put("x"); };
+    EXPECT_EQ(OverwriteFile(tree.System("file"), produce), kErrorAccessDenied);
+    EXPECT_EQ(OverwriteFile(tree.System(""), produce), kErrorAccessDenied);
+    EXPECT_EQ(OverwriteFile(tree.System("none/x"), produce), kErrorPathNotFound);
+    EXPECT_EQ(tree.Read("file"), "");
+    EXPECT_EQ(tree.Count(), 1);
+}
+
+TEST(WholeFiles, OverwritingThatFailsLeavesNoPart) {
+    const TestFolder tree;
+    tree.Write("file", "old");
+    EXPECT_NE(OverwriteFile(tree.System("file"), [](const PutPiece&) { return false; }), kErrorNone);
+    EXPECT_EQ(tree.Read("file"), "old");
+    EXPECT_NE(OverwriteFile(tree.System("file"), [](const PutPiece& put) { return put("n") && false; }),
+              kErrorNone);
+    EXPECT_EQ(tree.Read("file"), "");
+    const std::string half(60000, 'h');
+    const FullDisk full(100000);
+    EXPECT_NE(
+        OverwriteFile(tree.System("file"), [&](const PutPiece& put) { return put(half) && put(half); }),
+        kErrorNone);
+    EXPECT_EQ(tree.Read("file"), "");
+}
+
 TEST(WholeFiles, LargeFilesReleasePreallocatedSpace) {
     const TestFolder tree;
     const std::string piece(700001, 'p');

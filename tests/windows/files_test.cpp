@@ -54,6 +54,8 @@ TEST(WindowsFiles, FailedWriteLeavesTheFileAndNothingBesideIt) {
                                       OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(open, INVALID_HANDLE_VALUE);
     EXPECT_NE(WriteWholeFile(tree.System("locked"), "after"), kErrorNone);
+    EXPECT_EQ(OverwriteFile(tree.System("locked"), [](const PutPiece& put) { return put("after"); }),
+              kErrorSharingViolation);
     EXPECT_EQ(RemoveFile(tree.System("locked")), kErrorSharingViolation);
     ::CloseHandle(open);
     EXPECT_EQ(WriteWholeFile(tree.System("read-only"), "after"), kErrorAccessDenied);

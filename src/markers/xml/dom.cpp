@@ -30,6 +30,22 @@ bool Contains(DocumentStore& store, NodeIndex ancestor, NodeIndex node) {
     return node == ancestor;
 }
 
+/// Puts out a loaded document in the encoding of its source. False if `put` failed, or a character has no form
+/// in that encoding.
+bool PutDocument(DocumentStore& store, NodeIndex document, const platform::PutPiece& put) {
+    const SourceText& source = *store.SourceOfDocument(document);
+    if (source.encoding.empty()) {
+        return WriteDocument(store, source, put);
+    }
+    std::string text;
+    std::string bytes;
+    WriteDocument(store, source, [&](std::string_view piece) {
+        text += piece;
+        return true;
+    });
+    return EncodeDocument(text, source.encoding, bytes) && put(bytes);
+}
+
 }  // namespace
 
 bool Node::HasSiblings(Node node) {
@@ -212,6 +228,10 @@ Document::Document(std::shared_ptr<DocumentStore> store)
 
 Document::~Document() = default;
 
+bool Document::IsLoaded() const {
+    return store_->SourceOfDocument(index_) != nullptr && store_->FirstChild(index_) != 0;
+}
+
 bool Document::load(std::string_view path) {
     platform::Bytes bytes;
     if (const platform::ErrorCode error = platform::ReadWholeFile(path, bytes);
@@ -277,28 +297,17 @@ Node Document::createAttribute(std::string_view name) {
 }
 
 bool Document::save(std::string_view path) {
-    const SourceText* source = store_->SourceOfDocument(index_);
-    if (source == nullptr || store_->FirstChild(index_) == 0) {
-        return false;
-    }
-    const auto inUtf8 = [&](const platform::PutPiece& put) { return WriteDocument(*store_, *source, put); };
-    const auto inOwnEncoding = [&](const platform::PutPiece& put) {
-        std::string text;
-        std::string bytes;
-        inUtf8([&](std::string_view piece) {
-            text += piece;
-            return true;
-        });
-        return EncodeDocument(text, source->encoding, bytes) && put(bytes);
-    };
-    const platform::ErrorCode error = source->encoding.empty()
-                                          ? platform::WriteWholeFile(path, inUtf8)
-                                          : platform::WriteWholeFile(path, inOwnEncoding);
-    return error == platform::kErrorNone;
+    const auto produce = [this](const platform::PutPiece& put) { return PutDocument(*store_, index_, put); };
+    return IsLoaded() && platform::WriteWholeFile(path, produce) == platform::kErrorNone;
+}
+
+bool Document::saveInPlace(std::string_view path) {
+    const auto produce = [this](const platform::PutPiece& put) { return PutDocument(*store_, index_, put); };
+    return IsLoaded() && platform::OverwriteFile(path, produce) == platform::kErrorNone;
 }
 
 std::optional<NodeList> Document::selectNodes(std::string_view query) {
-    if (store_->SourceOfDocument(index_) == nullptr || store_->FirstChild(index_) == 0) {
+    if (!IsLoaded()) {
         return std::nullopt;
     }
     const auto steps = store_->HasOnlyPlainSources() ? ParsePath(query) : std::nullopt;

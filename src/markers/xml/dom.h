@@ -246,6 +246,9 @@ class Document {
     /// document is written and declared as UTF-8. On failure (false) the file keeps its old content.
     bool save(std::string_view path);
 
+    /// As `save`, but overwrites the file where it lies, and a failure in the middle leaves it empty.
+    bool saveInPlace(std::string_view path);
+
     /// The nodes that an XPath expression selects in the document as it is now. Nothing for an expression
     /// that is invalid, uses a prefix, or does not yield nodes. Consecutive queries share their preparation
     /// if only text and attribute values change in between.
@@ -256,6 +259,7 @@ class Document {
     friend std::unique_ptr<Document> CreateScratchDocument(Document& main);
     explicit Document(std::shared_ptr<DocumentStore> store);
 
+    bool IsLoaded() const;
     bool Parse(std::string_view path, platform::Bytes bytes, bool isFile);
     std::optional<std::vector<std::uint32_t>> Evaluate(std::string_view query);
 

@@ -76,6 +76,27 @@ int ReadAll(int descriptor, std::size_t expectedSize, Bytes& bytes) {
     }
 }
 
+/// Writes what `produce` passes on to an open file of `size` bytes, from its start. 0 or an errno.
+int FillFile(int descriptor, off_t size, const std::function<bool(const PutPiece&)>& produce) {
+    GrowingFile file(descriptor, size);
+    int failure = 0;
+    const bool produced = produce([&](std::string_view piece) {
+        failure = file.Append(piece);
+        return failure == 0;
+    });
+    if (failure != 0) {
+        return failure;
+    }
+    return produced ? file.Finish() : ECANCELED;
+}
+
+/// Empties a file that was overwritten in part. A file that nothing was written to does not change.
+void EmptyIfChanged(int descriptor) {
+    if (::lseek(descriptor, 0, SEEK_CUR) > 0 && ::ftruncate(descriptor, 0) != 0) {
+        return;  // The caller learns of the error that came before.
+    }
+}
+
 }  // namespace
 
 ErrorCode RemoveFile(std::string_view path) {
@@ -161,18 +182,30 @@ ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const P
     if (error != kErrorNone) {
         return error;
     }
-    return ReplaceWhole(target, target.exists ? target.mode : 0666, [&](int descriptor) {
-        GrowingFile file(descriptor);
-        int failure = 0;
-        const bool produced = produce([&](std::string_view piece) {
-            failure = file.Append(piece);
-            return failure == 0;
-        });
-        if (failure != 0) {
-            return failure;
-        }
-        return produced ? file.Finish() : ECANCELED;
-    });
+    return ReplaceWhole(target, target.exists ? target.mode : 0666,
+                        [&](int descriptor) { return FillFile(descriptor, 0, produce); });
+}
+
+// The file is not opened with O_TRUNC: ext4 writes a file that was emptied first to the disk when it is closed.
+ErrorCode OverwriteFile(std::string_view path, const std::function<bool(const PutPiece&)>& produce) {
+    WriteTarget target;
+    const ErrorCode error = FindWriteTarget(ToNative(path), target);
+    if (error != kErrorNone) {
+        return error;
+    }
+    if (!target.exists) {
+        return WriteWholeFile(path, produce);
+    }
+    Descriptor file(::open(target.path.c_str(), O_WRONLY | O_CLOEXEC));
+    if (!file.IsOpen()) {
+        return ErrorFromErrno(errno, target.path);
+    }
+    const int failure = FillFile(file.Number(), target.size, produce);
+    if (failure != 0) {
+        EmptyIfChanged(file.Number());
+        return ErrorFromErrno(failure, target.path);
+    }
+    return file.Close() ? kErrorNone : ErrorFromErrno(errno, target.path);
 }
 
 std::string LongPath(std::string_view path) {

@@ -67,6 +67,7 @@ ErrorCode FindWriteTarget(const std::string& nativePath, WriteTarget& target) {
     target.exists = true;
     target.device = found.st_dev;
     target.inode = found.st_ino;
+    target.size = found.st_size;
     target.mode = found.st_mode & 07777;
     if (!S_ISREG(found.st_mode) || (found.st_mode & S_IWUSR) == 0) {
         return kErrorAccessDenied;
@@ -121,7 +122,8 @@ int GrowingFile::Append(std::string_view piece) {
 
 // Even a preallocation that failed on a full file system may have reserved a part.
 int GrowingFile::Finish() {
-    return preallocated_ > 0 && ::ftruncate(descriptor_, written_) != 0 ? errno : 0;
+    const bool isLonger = preallocated_ > 0 || sizeBefore_ > written_;
+    return isLonger && ::ftruncate(descriptor_, written_) != 0 ? errno : 0;
 }
 
 }  // namespace ventrix::platform

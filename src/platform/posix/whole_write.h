@@ -19,6 +19,7 @@ struct WriteTarget {
     bool exists = false;
     dev_t device = 0;  ///< With `inode`, the identity of what exists there.
     ino_t inode = 0;
+    off_t size = 0;
     mode_t mode = 0;  ///< Permissions of the existing file.
 };
 
@@ -39,20 +40,22 @@ ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::functi
 /// Writes all bytes. 0 or an errno.
 int WriteAll(int descriptor, const char* bytes, std::size_t count);
 
-/// Writes a new file piece by piece. For a large file, disk space is preallocated ahead of the written part,
+/// Writes a file from its start, piece by piece. For a large file, disk space is preallocated ahead of the written part,
 /// so that the file system allocates it in large extents and not page by page.
 class GrowingFile {
   public:
-    explicit GrowingFile(int descriptor) : descriptor_(descriptor) {}
+    /// `size` is that of the file so far, 0 for a new one.
+    GrowingFile(int descriptor, off_t size) : descriptor_(descriptor), sizeBefore_(size) {}
 
     /// 0 or an errno.
     int Append(std::string_view piece);
 
-    /// Releases the preallocated space that was not used. 0 or an errno.
+    /// Ends the file after the last piece and releases the preallocated space that was not used. 0 or an errno.
     int Finish();
 
   private:
     int descriptor_;
+    off_t sizeBefore_;
     off_t written_ = 0;
     off_t preallocated_ = 0;  ///< The end of the space that was requested.
     bool canPreallocate_ = true;

@@ -49,6 +49,20 @@ bool IsSameFile(const std::string& nativeA, const std::string& nativeB) {
     return identity && identity == IdentityOf(std::filesystem::path(Wide(nativeB)));
 }
 
+/// Writes what `produce` passes on to an open file. False after an error that GetLastError gives.
+bool FillFile(HANDLE file, const std::function<bool(const PutPiece&)>& produce) {
+    return produce([&](std::string_view piece) { return WriteAll(file, piece.data(), piece.size()); });
+}
+
+/// Empties a file that was overwritten in part. A file that nothing was written to does not change.
+void EmptyIfChanged(HANDLE file) {
+    ::LARGE_INTEGER position = {};
+    if (::SetFilePointerEx(file, {}, &position, FILE_CURRENT) != 0 && position.QuadPart > 0) {
+        ::SetFilePointerEx(file, {}, nullptr, FILE_BEGIN);
+        ::SetEndOfFile(file);
+    }
+}
+
 }  // namespace
 
 ErrorCode RemoveFile(std::string_view path) {
@@ -117,9 +131,29 @@ ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const P
     if (error != kErrorNone) {
         return error;
     }
-    return ReplaceWhole(target, false, [&](HANDLE file) {
-        return produce([&](std::string_view piece) { return WriteAll(file, piece.data(), piece.size()); });
-    });
+    return ReplaceWhole(target, false, [&](HANDLE file) { return FillFile(file, produce); });
+}
+
+ErrorCode OverwriteFile(std::string_view path, const std::function<bool(const PutPiece&)>& produce) {
+    WriteTarget target;
+    const ErrorCode error = FindWriteTarget(ToNative(path), target);
+    if (error != kErrorNone) {
+        return error;
+    }
+    if (!target.exists) {
+        return WriteWholeFile(path, produce);
+    }
+    Handle file(::CreateFileW(target.path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.IsOpen()) {
+        return LastErrorCode();
+    }
+    if (FillFile(file.Get(), produce) && ::SetEndOfFile(file.Get()) != 0) {
+        return kErrorNone;
+    }
+    const ErrorCode failure = LastErrorCode();
+    EmptyIfChanged(file.Get());
+    return failure == kErrorNone ? kErrorInvalidFunction : failure;
 }
 
 std::string LongPath(std::string_view path) {
