@@ -1,9 +1,19 @@
 #include "bench/ratio_reporter.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 
 namespace ventrix::bench {
+namespace {
+
+double LowerQuartile(std::vector<double> values) {
+    const auto quartile = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 4);
+    std::ranges::nth_element(values, quartile);
+    return *quartile;
+}
+
+}  // namespace
 
 void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
     for (const Run& run : runs) {
@@ -11,8 +21,7 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
             continue;
         }
         const double seconds = run.real_accumulated_time / static_cast<double>(run.iterations);
-        const auto [known, isNew] = shortest_.emplace(run.run_name.function_name, seconds);
-        known->second = std::min(known->second, seconds);
+        seconds_[run.run_name.function_name].push_back(seconds);
     }
     ConsoleReporter::ReportRuns(runs);
 }
@@ -20,12 +29,12 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
 bool RatioReporter::PrintRatios(const std::vector<Ratio>& ratios) const {
     bool held = true;
     for (const Ratio& ratio : ratios) {
-        const auto measured = shortest_.find(ratio.measured);
-        const auto base = shortest_.find(ratio.base);
-        if (measured == shortest_.end() || base == shortest_.end()) {
+        const auto measured = seconds_.find(ratio.measured);
+        const auto base = seconds_.find(ratio.base);
+        if (measured == seconds_.end() || base == seconds_.end()) {
             continue;
         }
-        const double value = measured->second / base->second;
+        const double value = LowerQuartile(measured->second) / LowerQuartile(base->second);
         std::printf("%-64s %6.2f", ratio.name.c_str(), value);
         if (ratio.limit) {
             const bool holds = value <= *ratio.limit;

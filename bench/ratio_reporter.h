@@ -10,7 +10,8 @@
 
 namespace ventrix::bench {
 
-/// The time of one benchmark divided by that of another in the same run.
+/// The time of one benchmark divided by that of another in the same run. The time of a benchmark is the lower
+/// quartile of its repetitions: the shortest one varies by a third from run to run.
 struct Ratio {
     std::string name;
     std::string measured;
@@ -29,7 +30,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
     bool PrintRatios(const std::vector<Ratio>& ratios) const;
 
   private:
-    std::map<std::string, double> shortest_;  ///< Seconds of the shortest repetition, by benchmark.
+    std::map<std::string, std::vector<double>> seconds_;  ///< The repetitions of each benchmark.
 };
 
 }  // namespace ventrix::bench

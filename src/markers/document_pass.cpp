@@ -61,8 +61,8 @@ xml::Node EncodeNode(xml::Document& document, xml::Node node, const PublishParam
     return node.get_nextSibling();
 }
 
-// A page is a result, so that it changes as a whole or not at all. The file that an encoding pass gets is a copy
-// in the package: a broken one fails the transformation, and the next run makes it anew.
+// A page is a result, so that it changes as a whole or not at all. The file that an encoding pass gets is a
+// copy in the package: a broken one fails the transformation, and the next run makes it anew.
 void SaveOver(xml::Document& document, const std::string& path, bool decode) {
     if (decode) {
         document.save(path);

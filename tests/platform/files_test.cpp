@@ -251,9 +251,8 @@ TEST(WholeFiles, OverwritingThatFailsLeavesNoPart) {
     EXPECT_EQ(tree.Read("file"), "");
     const std::string half(60000, 'h');
     const FullDisk full(100000);
-    EXPECT_NE(
-        OverwriteFile(tree.System("file"), [&](const PutPiece& put) { return put(half) && put(half); }),
-        kErrorNone);
+    EXPECT_NE(OverwriteFile(tree.System("file"), [&](const PutPiece& put) { return put(half) && put(half); }),
+              kErrorNone);
     EXPECT_EQ(tree.Read("file"), "");
 }
 

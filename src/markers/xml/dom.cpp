@@ -30,8 +30,8 @@ bool Contains(DocumentStore& store, NodeIndex ancestor, NodeIndex node) {
     return node == ancestor;
 }
 
-/// Puts out a loaded document in the encoding of its source. False if `put` failed, or a character has no form
-/// in that encoding.
+/// Puts out a loaded document in the encoding of its source. False if `put` failed, or a character has no
+/// form in that encoding.
 bool PutDocument(DocumentStore& store, NodeIndex document, const platform::PutPiece& put) {
     const SourceText& source = *store.SourceOfDocument(document);
     if (source.encoding.empty()) {

@@ -186,7 +186,8 @@ ErrorCode WriteWholeFile(std::string_view path, const std::function<bool(const P
                         [&](int descriptor) { return FillFile(descriptor, 0, produce); });
 }
 
-// The file is not opened with O_TRUNC: ext4 writes a file that was emptied first to the disk when it is closed.
+// The file is not opened with O_TRUNC: ext4 writes a file that was emptied first to the disk when it is
+// closed.
 ErrorCode OverwriteFile(std::string_view path, const std::function<bool(const PutPiece&)>& produce) {
     WriteTarget target;
     const ErrorCode error = FindWriteTarget(ToNative(path), target);

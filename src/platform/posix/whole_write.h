@@ -40,8 +40,8 @@ ErrorCode ReplaceWhole(const WriteTarget& target, mode_t mode, const std::functi
 /// Writes all bytes. 0 or an errno.
 int WriteAll(int descriptor, const char* bytes, std::size_t count);
 
-/// Writes a file from its start, piece by piece. For a large file, disk space is preallocated ahead of the written part,
-/// so that the file system allocates it in large extents and not page by page.
+/// Writes a file from its start, piece by piece. For a large file, disk space is preallocated ahead of the
+/// written part, so that the file system allocates it in large extents and not page by page.
 class GrowingFile {
   public:
     /// `size` is that of the file so far, 0 for a new one.
@@ -50,7 +50,8 @@ class GrowingFile {
     /// 0 or an errno.
     int Append(std::string_view piece);
 
-    /// Ends the file after the last piece and releases the preallocated space that was not used. 0 or an errno.
+    /// Ends the file after the last piece and releases the preallocated space that was not used. 0 or an
+    /// errno.
     int Finish();
 
   private:
