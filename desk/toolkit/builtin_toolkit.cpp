@@ -164,12 +164,15 @@ FramedPage FramedTopic(const Publication& publication, const xmlDoc* document, c
     if (title.empty()) {
         title = FromFilesystem(ToFilesystem(topic).stem()).utf8;
     }
+    const auto known = publication.metadata.find(topic);
+    const TopicMetadata inMap = known == publication.metadata.end() ? TopicMetadata() : known->second;
     const xmlNode* alternatives = ChildOfType(first, "topic/titlealts");
-    std::string searchTitle = PlainText(ShownText(ChildOfType(alternatives, "topic/searchtitle")));
-    const auto inMap = publication.metadata.find(topic);
+    std::string searchTitle = PlainText(inMap.searchTitle);
+    if (searchTitle.empty()) {
+        searchTitle = PlainText(ShownText(ChildOfType(alternatives, "topic/searchtitle")));
+    }
     return {PageOf(publication.layout, topic), title, searchTitle.empty() ? title : std::move(searchTitle),
-            PlainText(ShownText(ShortDescriptionOf(first))),
-            MetadataOfPage(first, inMap == publication.metadata.end() ? TopicMetadata() : inMap->second)};
+            PlainText(ShownText(ShortDescriptionOf(first))), MetadataOfPage(first, inMap)};
 }
 
 ReferenceTargets TargetsOf(Publication& publication, const RemarkSink& remarks) {
@@ -290,6 +293,16 @@ void ReadTopic(Publication& publication) {
                                            TitleOr(publication, publication.library.Summary(topic).title));
 }
 
+/// What a message about a dead link adds if the filter excludes its target.
+std::string ExclusionOf(const Publication& publication, const DitaTarget& target) {
+    DitaLibrary& library = publication.library;
+    if (!library.Summary(target.path).readable || !library.IsExcluded(target)) {
+        return {};
+    }
+    return ", because the filter (" + publication.sources.filterNames +
+           ") excludes its target; exclude the link too";
+}
+
 std::string MakePages(Publication& publication) {
     const DitaDocument document = LoadDita(publication.run.document, publication.sources);
     if (document.document == nullptr) {
@@ -316,7 +329,8 @@ std::string MakePages(Publication& publication) {
     }
     CopyAssets(publication);
     for (const DeadLink& link : publication.links.DeadLinks(publication.written)) {
-        Remark(publication, {link.topic, static_cast<int>(link.line), link.problem, kBrokenLink});
+        Remark(publication, {link.topic, static_cast<int>(link.line),
+                             link.problem + ExclusionOf(publication, link.target), kBrokenLink});
     }
     return publication.failure;
 }

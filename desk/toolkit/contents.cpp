@@ -40,8 +40,9 @@ ContentsEntry TopicEntry(const Builder& builder, const NavigationItem& item, con
 /// The entry of an item; without a title if the publication does not contain it.
 ContentsEntry EntryOf(const Builder& builder, const NavigationItem& item) {
     const auto target = DitaTargetOf(item.href);
+    const std::string title = FirstGiven(item.title, item.href.empty() ? std::string() : item.linkText);
     if (!target.has_value()) {
-        return {.title = FirstGiven(item.title, item.href), .label = {}, .page = {}, .address = item.href};
+        return {.title = FirstGiven(title, item.href), .label = {}, .page = {}, .address = item.href};
     }
     if (item.page) {
         return TopicEntry(builder, item, *target);
@@ -50,7 +51,7 @@ ContentsEntry EntryOf(const Builder& builder, const NavigationItem& item) {
     if (output.Empty()) {
         return {};
     }
-    return {.title = FirstGiven(item.title, FileName(target->path)),
+    return {.title = FirstGiven(title, FileName(target->path)),
             .label = {},
             .page = std::move(output),
             .address = {}};

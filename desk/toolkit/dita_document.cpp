@@ -77,18 +77,12 @@ void MakeReferencesAbsolute(xmlDoc* document, const NativePath& path, const Docu
 }
 
 void NoteFiltered(xmlNode* element, FilteredContent& filtered) {
-    const auto note = [](const std::string& value, std::vector<std::string>& values) {
-        if (!value.empty()) {
-            values.push_back(value);
-        }
-    };
     for (xmlNode* node = element; node != nullptr; node = NextNode(node, element)) {
         if (node->type == XML_ELEMENT_NODE && node->properties != nullptr) {
             filtered.ids.insert(Attribute(node, "id"));
         }
         if (HasType(node, "map/topicref")) {
-            note(Attribute(node, "href"), filtered.topics);
-            note(Attribute(node, "keyref"), filtered.topicKeys);
+            filtered.topicrefs.push_back(TopicReferenceOf(node));
         }
     }
 }
@@ -137,13 +131,20 @@ DitaDocument LoadDita(const NativePath& path, const DitaSources& sources) {
     MakeReferencesAbsolute(loaded.document.get(), path, sources.copies);
     result.excluded = !Filter(sources.rules, loaded.document.get(),
                               [&result](xmlNode* excluded) { NoteFiltered(excluded, result.filtered); });
-    if (!result.excluded) {
+    if (result.excluded) {
+        NoteFiltered(xmlDocGetRootElement(loaded.document.get()), result.filtered);
+    } else {
         result.document = std::move(loaded.document);
         for (const std::string& entity : loaded.undeclaredEntities) {
             result.remarks.push_back(path.utf8 + ": " + entity);
         }
     }
     return result;
+}
+
+TopicReference TopicReferenceOf(const xmlNode* topicref) {
+    const std::string keyref = Attribute(topicref, "keyref");
+    return {Attribute(topicref, "href"), keyref.substr(0, keyref.find('/')), Attribute(topicref, "format")};
 }
 
 std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference) {

@@ -18,11 +18,17 @@ namespace ventrix::desk {
 /// Receives what could not be done in a document: the element, the rule (dita_run.h), and one line of text.
 using RemarkSink = std::function<void(const xmlNode* place, const char* rule, const std::string& text)>;
 
-/// What the filter removed from a document, for messages.
+/// What a topic reference refers to, as far as it says so.
+struct TopicReference {
+    std::string href;  ///< Absolute.
+    std::string key;
+    std::string format;
+};
+
+/// What the filter removed from a document, for messages. Of an excluded document it is everything.
 struct FilteredContent {
     std::set<std::string> ids;
-    std::vector<std::string> topics;     ///< The references of topic references, absolute.
-    std::vector<std::string> topicKeys;  ///< Those by key.
+    std::vector<TopicReference> topicrefs;
 };
 
 struct DitaDocument {
@@ -42,6 +48,9 @@ struct DitaSources {
 };
 
 DitaDocument LoadDita(const NativePath& path, const DitaSources& sources);
+
+/// Of a topic reference itself; a key without the element that may follow it.
+TopicReference TopicReferenceOf(const xmlNode* topicref);
 
 /// What an absolute reference points to.
 struct DitaTarget {

@@ -13,8 +13,9 @@ constexpr int kMaxChain = 20;
 std::string KeyText(const xmlNode* topicref) {
     const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
     const xmlNode* keywords = ChildOfType(meta, "topic/keywords");
-    for (const std::string& text : {TextOf(ChildOfType(keywords, "topic/keyword")),
-                                    TextOf(ChildOfType(meta, "topic/keytext")), LinkTextOf(topicref)}) {
+    for (const std::string& text :
+         {TextOf(ChildOfType(keywords, "topic/keyword")), TextOf(ChildOfType(meta, "topic/keytext")),
+          MapTextOf(topicref, "linktext")}) {
         if (!text.empty()) {
             return text;
         }
@@ -24,10 +25,10 @@ std::string KeyText(const xmlNode* topicref) {
 
 }  // namespace
 
-std::string LinkTextOf(const xmlNode* topicref) {
+std::string MapTextOf(const xmlNode* topicref, const std::string& element) {
     const xmlNode* meta = ChildOfType(topicref, "map/topicmeta");
-    const std::string text = TextOf(ChildOfType(meta, "map/linktext"));
-    return text.empty() ? TextOf(ChildOfType(meta, "topic/linktext")) : text;
+    const std::string text = TextOf(ChildOfType(meta, "map/" + element));
+    return text.empty() ? TextOf(ChildOfType(meta, "topic/" + element)) : text;
 }
 
 std::string NavigationTitle(const xmlNode* topicref) {

@@ -24,8 +24,9 @@ void CollectKeys(xmlDoc* map, DitaKeys& keys);
 /// Gives keys that are defined by other keys the target, and the text if they have none.
 void ResolveKeyChains(DitaKeys& keys);
 
-/// The text that a map gives to links to a topic reference; empty if it gives none.
-std::string LinkTextOf(const xmlNode* topicref);
+/// What a map says about a topic reference in "linktext", "shortdesc" or "searchtitle"; empty if it says
+/// nothing there.
+std::string MapTextOf(const xmlNode* topicref, const std::string& element);
 
 /// The title that a map gives to a topic reference, in whichever way; empty if it gives none.
 std::string NavigationTitle(const xmlNode* topicref);

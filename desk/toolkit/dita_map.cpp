@@ -57,16 +57,20 @@ bool IsMapReference(const std::string& href, const std::string& format) {
     return format == "ditamap" || (format.empty() && EndsWithMap(href));
 }
 
+/// With the target of its key, if the key is known.
+TopicReference Resolved(TopicReference topicref, const DitaKeys& keys) {
+    if (const auto key = keys.find(topicref.key); key != keys.end()) {
+        topicref.href = key->second.href;
+        topicref.format = topicref.format.empty() ? key->second.format : topicref.format;
+    }
+    return topicref;
+}
+
 /// The map that the topic reference refers to, by its path or by a key that is known so far.
 std::optional<NativePath> SubmapOf(const xmlNode* topicref, const DitaKeys& keys) {
-    std::string href = Attribute(topicref, "href");
-    std::string format = Attribute(topicref, "format");
-    const std::string keyref = Attribute(topicref, "keyref");
-    if (const auto key = keys.find(keyref.substr(0, keyref.find('/'))); key != keys.end()) {
-        href = key->second.href;
-        format = format.empty() ? key->second.format : format;
-    }
-    const auto target = IsMapReference(href, format) ? DitaTargetOf(href) : std::nullopt;
+    const TopicReference resolved = Resolved(TopicReferenceOf(topicref), keys);
+    const auto target =
+        IsMapReference(resolved.href, resolved.format) ? DitaTargetOf(resolved.href) : std::nullopt;
     return target.has_value() ? std::optional(target->path) : std::nullopt;
 }
 
@@ -138,10 +142,11 @@ void LoadMaps(MapReader& reader, const NativePath& map) {
             break;
         }
         loadedMaps = reader.maps.size();
+        DitaKeys keys = reader.navigation.keys;
+        ResolveKeyChains(keys);
         for (const auto& [path, loaded] : reader.maps) {
             if (loaded.document != nullptr) {
-                std::ranges::copy(SubmapsOf(loaded.document.get(), reader.navigation.keys),
-                                  std::back_inserter(waiting));
+                std::ranges::copy(SubmapsOf(loaded.document.get(), keys), std::back_inserter(waiting));
             }
         }
     }
@@ -185,7 +190,8 @@ NavigationItem ItemOf(const xmlNode* topicref, const Inherited& inherited) {
     const auto target = DitaTargetOf(item.href);
     item.title = NavigationTitle(topicref);
     item.titleLocked = Attribute(topicref, "locktitle") == "yes" && !item.title.empty();
-    item.linkText = LinkTextOf(topicref);
+    item.linkText = MapTextOf(topicref, "linktext");
+    item.description = MapTextOf(topicref, "shortdesc");
     item.resourceOnly = inherited.resourceOnly;
     item.shown = inherited.shown && !inherited.resourceOnly;
     item.page =
@@ -265,10 +271,18 @@ void ReadTopicrefs(MapReader& reader, const xmlNode* parent, const Inherited& in
     }
 }
 
+/// The library that a book belongs to, its main title and what stands beside it, as one title.
+std::string BookTitle(const xmlNode* title) {
+    std::string text;
+    for (const xmlNode* part = FirstElement(title); part != nullptr; part = NextElement(part)) {
+        text += (text.empty() ? "" : " ") + TextOf(part);
+    }
+    return text;
+}
+
 std::string MapTitle(const xmlNode* root) {
     const xmlNode* title = ChildOfType(root, "topic/title");
-    const xmlNode* bookTitle = ChildOfType(title, "bookmap/mainbooktitle");
-    const std::string text = TextOf(bookTitle == nullptr ? title : bookTitle);
+    const std::string text = HasType(title, "bookmap/booktitle") ? BookTitle(title) : TextOf(title);
     return text.empty() ? Attribute(root, "title") : text;
 }
 
@@ -314,18 +328,38 @@ void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inher
     }
 }
 
-/// The topics of the topic references that the filter removed.
-void NoteExcludedTopics(MapReader& reader) {
-    const auto note = [&reader](const std::string& href) {
-        if (const auto target = DitaTargetOf(href)) {
-            reader.navigation.excludedTopics.insert(target->path);
+/// The topic, or those of the map, that a topic reference refers to which the filter removed. `maps` has
+/// those that are noted.
+void NoteExcluded(MapReader& reader, const TopicReference& topicref, std::set<NativePath>& maps) {
+    const TopicReference resolved = Resolved(topicref, reader.navigation.keys);
+    const auto target = DitaTargetOf(resolved.href);
+    if (!target.has_value()) {
+        return;
+    }
+    if (!IsMapReference(resolved.href, resolved.format)) {
+        reader.navigation.excludedTopics.insert(target->path);
+        return;
+    }
+    if (!maps.insert(target->path).second) {
+        return;
+    }
+    const DitaDocument map = LoadDita(target->path, reader.library.Sources());
+    for (const TopicReference& filtered : map.filtered.topicrefs) {
+        NoteExcluded(reader, filtered, maps);
+    }
+    xmlNode* root = map.document == nullptr ? nullptr : xmlDocGetRootElement(map.document.get());
+    for (xmlNode* node = root; node != nullptr; node = NextNode(node, root)) {
+        if (HasType(node, "map/topicref")) {
+            NoteExcluded(reader, TopicReferenceOf(node), maps);
         }
-    };
+    }
+}
+
+void NoteExcludedTopics(MapReader& reader) {
+    std::set<NativePath> maps;
     for (const auto& [path, map] : reader.maps) {
-        std::ranges::for_each(map.filtered.topics, note);
-        for (const std::string& key : map.filtered.topicKeys) {
-            const auto known = reader.navigation.keys.find(key);
-            note(known == reader.navigation.keys.end() ? std::string() : known->second.href);
+        for (const TopicReference& filtered : map.filtered.topicrefs) {
+            NoteExcluded(reader, filtered, maps);
         }
     }
 }

@@ -27,6 +27,7 @@ struct NavigationItem {
     std::string title;          ///< From the map; empty if the topic's own title is used.
     bool titleLocked = false;   ///< The map's title is used instead of the topic's.
     std::string linkText;       ///< For links of the map to it, instead of its title; may be empty.
+    std::string description;    ///< Likewise, instead of its short description.
     bool page = false;          ///< The reference leads to a local topic that gets a page.
     bool shown = true;          ///< Appears in the table of contents.
     bool resourceOnly = false;  ///< There for its keys or for reuse only.

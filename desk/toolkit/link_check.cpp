@@ -20,11 +20,11 @@ std::vector<DeadLink> LinkCheck::DeadLinks(const std::set<NativePath>& written) 
         const auto ids = ids_.find(link.page);
         if (!written.contains(link.page)) {
             dead.push_back(
-                {link.topic, link.line,
+                {link.topic, link.line, link.target,
                  "the link \"" + link.reference + "\" leads to " + name + ", which is not written"});
         } else if (!link.anchor.empty() && (ids == ids_.end() || !ids->second.contains(link.anchor))) {
-            dead.push_back(
-                {link.topic, link.line, "the link \"" + link.reference + "\" leads to nothing in " + name});
+            dead.push_back({link.topic, link.line, link.target,
+                            "the link \"" + link.reference + "\" leads to nothing in " + name});
         }
     }
     return dead;

@@ -7,7 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "desk/paths/paths.h"
+#include "desk/toolkit/dita_document.h"
 
 namespace ventrix::desk {
 
@@ -17,12 +17,14 @@ struct PageLink {
     long line = 0;
     NativePath page;        ///< Its target.
     std::string anchor;     ///< The id in the target; empty for the page itself.
+    DitaTarget target;      ///< Of which the page is made.
     std::string reference;  ///< As the topic writes it, for messages.
 };
 
 struct DeadLink {
     NativePath topic;
     long line = 0;
+    DitaTarget target;
     std::string problem;
 };
 

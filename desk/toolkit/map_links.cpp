@@ -28,7 +28,7 @@ std::vector<MapLink>* LinksOf(const NavigationItem& item, MapLinks& mapLinks) {
 
 void AddLinkTo(std::vector<MapLink>& links, const char* role, const NavigationItem& item) {
     if (item.linking.to) {
-        links.push_back({role, item.href, item.linkText, item.title, item.page});
+        links.push_back({role, item.href, item.linkText, item.title, item.description, item.page});
     }
 }
 
@@ -140,9 +140,9 @@ void AddLink(xmlNode* links, const MapLink& map, DitaLibrary& library) {
     if (const std::string text = TextFor(map, topic, summary); !text.empty()) {
         xmlNewProp(link, Xml("page-title"), Xml(text.c_str()));
     }
-    if (!summary.shortDescription.empty() && map.role == "child") {
-        xmlNode* description =
-            xmlNewTextChild(link, nullptr, Xml("desc"), Xml(summary.shortDescription.c_str()));
+    const std::string& text = map.description.empty() ? summary.shortDescription : map.description;
+    if (!text.empty() && map.role == "child") {
+        xmlNode* description = xmlNewTextChild(link, nullptr, Xml("desc"), Xml(text.c_str()));
         xmlNewProp(description, Xml("class"), Xml("- topic/desc "));
     }
 }

@@ -12,11 +12,12 @@ namespace ventrix::desk {
 
 /// A link that the map gives a topic.
 struct MapLink {
-    std::string role;   ///< parent, child, previous, next or friend.
-    std::string href;   ///< Absolute.
-    std::string text;   ///< Instead of the topic's title; may be empty.
-    std::string title;  ///< For a target that has no title of its own; may be empty.
-    bool page = true;   ///< The target is a topic.
+    std::string role;         ///< parent, child, previous, next or friend.
+    std::string href;         ///< Absolute.
+    std::string text;         ///< Instead of the topic's title; may be empty.
+    std::string title;        ///< For a target that has no title of its own; may be empty.
+    std::string description;  ///< Instead of the topic's short description; may be empty.
+    bool page = true;         ///< The target is a topic.
 };
 
 /// By the topic's path, in the order of the map: all its places count, those in relationship tables too.

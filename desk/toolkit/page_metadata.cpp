@@ -9,6 +9,7 @@
 #include "desk/toolkit/contents.h"
 #include "desk/toolkit/dita_classes.h"
 #include "desk/toolkit/dita_document.h"
+#include "desk/toolkit/dita_keys.h"
 
 namespace ventrix::desk {
 namespace {
@@ -21,7 +22,8 @@ struct MetadataRule {
     const char* name;
 };
 
-constexpr MetadataRule kRules[] = {{"category", nullptr, "DC.Coverage"},
+constexpr MetadataRule kRules[] = {{"source", "href", "DC.Source"},
+                                   {"category", nullptr, "DC.Coverage"},
                                    {"keywords", nullptr, "DC.subject"},
                                    {"keywords", nullptr, "keywords"},
                                    {"audience", "experiencelevel", "DC.Audience.Experiencelevel"},
@@ -66,7 +68,7 @@ bool CountsForBranch(std::string_view source) {
 }
 
 bool HasOnePlace(std::string_view source) {
-    return IsOneOf(source, {"critdates", "permissions", "publisher"});
+    return IsOneOf(source, {"critdates", "permissions", "publisher", "source"});
 }
 
 /// The holder and the years.
@@ -102,6 +104,9 @@ std::string ContentOf(const xmlNode* element, const MetadataRule& rule) {
         return PlainText(TextOf(element));
     }
     const std::string value = Attribute(element, rule.attribute);
+    if (rule.element == "source") {
+        return AsWritten(element, value);
+    }
     // An audience's job or type of its own.
     return rule.element == "audience" && value == "other"
                ? Attribute(element, (std::string("other") + rule.attribute).c_str())
@@ -199,13 +204,14 @@ class Collected {
 TopicMetadata ReadMapMetadata(const xmlNode* element, std::shared_ptr<const BranchMetadata> outer) {
     std::vector<MetadataEntry> entries;
     CollectEntries(ChildOfType(element, "map/topicmeta"), {}, entries);
+    std::string searchTitle = MapTextOf(element, "searchtitle");
     if (entries.empty()) {
-        return {{}, std::move(outer)};
+        return {{}, std::move(searchTitle), std::move(outer)};
     }
     const auto own = std::stable_partition(entries.begin(), entries.end(), [](const MetadataEntry& entry) {
         return CountsForBranch(entry.source);
     });
-    TopicMetadata metadata{{own, entries.end()}, nullptr};
+    TopicMetadata metadata{{own, entries.end()}, std::move(searchTitle), nullptr};
     entries.erase(own, entries.end());
     metadata.branch = std::make_shared<BranchMetadata>(BranchMetadata{std::move(entries), std::move(outer)});
     return metadata;

@@ -25,6 +25,7 @@ struct BranchMetadata {
 /// What a map says about one topic.
 struct TopicMetadata {
     std::vector<MetadataEntry> own;  ///< Counts for the topic itself only, such as its keywords.
+    std::string searchTitle;         ///< Instead of the topic's own; may be empty.
     std::shared_ptr<const BranchMetadata> branch;
 };
 
@@ -32,7 +33,7 @@ struct TopicMetadata {
 TopicMetadata ReadMapMetadata(const xmlNode* element, std::shared_ptr<const BranchMetadata> outer);
 
 /// The entries for the page of a topic: what the map says, and then what the topic says. Where a page has one
-/// place only, for dates, the publisher and the permissions, that of the map counts.
+/// place only, for dates, the publisher, the permissions and the source, that of the map counts.
 std::vector<MetadataEntry> MetadataOfPage(const xmlNode* topic, const TopicMetadata& inMap);
 
 }  // namespace ventrix::desk

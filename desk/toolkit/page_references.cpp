@@ -61,11 +61,24 @@ void AddLinkText(const Page& page, xmlNode* link, const std::string& absolute, c
     }
 }
 
-/// Makes a link to a topic lead to its page. A link to an excluded topic loses its target.
+/// A link to an excluded topic keeps its text only.
+void RemoveTarget(const Page& page, xmlNode* link) {
+    if (HasType(link, "topic/xref") && !HasText(link)) {
+        page.targets.remarks(
+            link, kToolkitRule,
+            "the link \"" + AsWritten(link, Attribute(link, "href")) +
+                "\" leads to a topic that the filter (" + page.targets.library.Sources().filterNames +
+                ") excludes, and has no text, so that it is missing on the page; exclude the "
+                "link too, or write a text into it");
+    }
+    xmlUnsetProp(link, Xml("href"));
+}
+
+/// Makes a link to a topic lead to its page.
 void LinkToTopic(const Page& page, xmlNode* link, const DitaTarget& target) {
     const ReferenceTargets& targets = page.targets;
     if (targets.library.Summary(target.path).excluded) {
-        xmlUnsetProp(link, Xml("href"));
+        RemoveTarget(page, link);
         return;
     }
     const std::string absolute = Attribute(link, "href");
@@ -85,7 +98,8 @@ void LinkToTopic(const Page& page, xmlNode* link, const DitaTarget& target) {
     const std::string fragment = anchor.empty() ? "" : "#" + anchor;
     const bool isOwn = targetPage == ownPage && !fragment.empty();
     const std::string href = (isOwn ? "" : RelativeReference(ownPage, targetPage)) + fragment;
-    targets.check.Add({SourceOf(link), xmlGetLineNo(link), targetPage, anchor, AsWritten(link, absolute)});
+    targets.check.Add(
+        {SourceOf(link), xmlGetLineNo(link), targetPage, anchor, target, AsWritten(link, absolute)});
     xmlSetProp(link, Xml("href"), Xml(href.c_str()));
     if (!HasText(link) && xmlHasProp(link, Xml("page-title")) == nullptr) {
         AddLinkText(page, link, absolute, href);
@@ -113,7 +127,7 @@ bool IsMetadata(const xmlNode* element) {
 void LeaveOutTopic(const Page& page, xmlNode* element) {
     const bool isReported = HasType(element, "topic/lq") || HasType(element, "topic/longdescref") ||
                             HasType(element, "topic/longquoteref");
-    if (!isReported && !IsMetadata(element)) {
+    if (!isReported && (!IsMetadata(element) || HasType(element, "topic/source"))) {
         page.targets.remarks(element, kNotHandled,
                              "the link \"" + AsWritten(element, Attribute(element, "href")) + "\" of <" +
                                  std::string(View(element->name)) +

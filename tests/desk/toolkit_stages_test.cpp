@@ -213,6 +213,19 @@ TEST_F(BuiltinToolkit, KeysGiveTopicsTextAndTargets) {
               "element keeps its own content\n");
 }
 
+TEST_F(BuiltinToolkit, MapsAreFoundByKeysThatOtherKeysDefine) {
+    Write("m.ditamap",
+          "<map><mapref keyref='b'/><keydef keys='c' keyref='d'/><keydef keys='b' keyref='a'/>"
+          "<keydef keys='a' href='one.xml'/></map>");
+    Write("one.xml", "<map><keydef keys='d' href='two.xml'/><mapref keyref='c'/></map>");
+    Write("two.xml",
+          "<map><keydef keys='text'><topicmeta><keywords><keyword>T9</keyword></keywords>"
+          "</topicmeta></keydef><topicref href='t.dita'/></map>");
+    WriteTopic("<p><ph keyref='text'/></p>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Findings() + Query("t.html", "//p"), "T9");
+}
+
 TEST_F(BuiltinToolkit, SamplesShowTheLinesOfTheirFiles) {
     Write("s.xml", "<a>\r\n  <b/>\n</a>\n");
     WriteTopic(
@@ -275,6 +288,24 @@ TEST_F(BuiltinToolkit, MapsLinkTheirTopics) {
     EXPECT_EQ(Query("c.html", "count(//a)"), "0");
     EXPECT_EQ(Query("t.html", "count(//ul[@class='ullinks']/li)"), "2");
     EXPECT_EQ(Findings(), "");
+}
+
+TEST_F(BuiltinToolkit, MapsDescribeTheirLinks) {
+    Write("m.ditamap",
+          "<map><topicref href='t.dita'><topicref href='a.dita'><topicmeta><shortdesc>From map</shortdesc>"
+          "</topicmeta></topicref><topicref href='b.dita'/><topicref href='https://example.org' "
+          "scope='external' format='html'><topicmeta><linktext>Site</linktext><shortdesc>Web</shortdesc>"
+          "</topicmeta></topicref></topicref></map>");
+    for (const char* name : {"a.dita", "b.dita"}) {
+        Write(name, "<topic id='t'><title>T</title><shortdesc>Own</shortdesc></topic>");
+    }
+    WriteTopic("<p/>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html",
+                    "concat(//li[1]/div[@class='desc'], '|', //li[2]/div[@class='desc'], '|', "
+                    "//li[3]/div[@class='desc'])"),
+              "From map|Own|Web");
+    EXPECT_EQ(Query("index.html", "//a[@href='https://example.org']"), "Site");
 }
 
 TEST_F(BuiltinToolkit, MapsLinkTopicsInGroupsAndTables) {
@@ -478,6 +509,39 @@ TEST_F(BuiltinToolkit, TopicsThatTheFilterExcludesFromTheMapArePublishedWithAFin
     }
 }
 
+TEST_F(BuiltinToolkit, TopicsInMapsThatTheFilterExcludesArePublishedWithAFindingOnly) {
+    WriteTopicAt("x.dita", "X", "<p/>");
+    Write("f.ditaval", "<val><prop att='audience' val='x' action='exclude'/></val>");
+    Write("inner.ditamap", "<map><topicref href='x.dita'/><mapref href='inner.ditamap'/></map>");
+    const char* excluded = "<mapref href='sub.ditamap' audience='x'/>";
+    const struct {
+        const char *reference, *root, *content;
+        std::size_t findings;
+    } rows[] = {
+        {excluded, "<map>", "<topicref href='x.dita'/>", 1},
+        {"<keydef keys='s' href='sub.ditamap' audience='x'/>", "<map>", "<topicref href='x.dita'/>", 1},
+        {"<mapref href='sub.ditamap'/>", "<map audience='x'>", "<topicref keyref='k'/>", 1},
+        {excluded, "<map>", "<topicref audience='x'><topicref href='x.dita'/></topicref>", 1},
+        {excluded, "<map>", "<mapref href='inner.ditamap'/>", 1},
+        {excluded, "<map>", "<topicref href='o.dita'/>", 0},
+        {"<mapref href='sub.ditamap' audience='x'/><topicref href='x.dita'/>", "<map>",
+         "<topicref href='x.dita'/>", 0},
+    };
+    for (const auto& row : rows) {
+        Write("sub.ditamap", std::string(row.root) + row.content + "</map>");
+        Write("m.ditamap", std::string("<map><keydef keys='k' href='x.dita'/><topicref href='t.dita'/>") +
+                               row.reference + "</map>");
+        WriteTopic("<p><xref href='x.dita'/></p>");
+        ASSERT_EQ(Run("m.ditamap", "f.ditaval"), 0) << record_.reason;
+        EXPECT_TRUE(Exists("out/xhtml/x.html"));
+        ASSERT_EQ(record_.findings.size(), row.findings) << row.reference << row.content << Findings();
+        EXPECT_EQ(Findings().find("t.dita:1: the link \"x.dita\" leads to a topic whose topic reference the "
+                                  "filter (f.ditaval) excludes"),
+                  row.findings == 0 ? std::string::npos : 0U)
+            << Findings();
+    }
+}
+
 TEST_F(BuiltinToolkit, TitlesContainTheContentThatTheyReuse) {
     Write("m.ditamap",
           "<map><keydef keys='lib' href='lib.dita'/><topicref href='t.dita'/><topicref href='u.dita'/>"
@@ -508,6 +572,21 @@ TEST_F(BuiltinToolkit, AlternativeTitlesAreForTheContentsAndTheWindow) {
     ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
     EXPECT_EQ(Query("index.html", "concat(//li[1], '|', //li[2])"), "Short|Map");
     EXPECT_EQ(Query("t.html", "concat(//h1, '|', //p, '|', //title)"), "Title|Title|Found - m");
+    Write("m.ditamap",
+          "<map><topicref href='t.dita'><topicmeta><searchtitle>In map</searchtitle></topicmeta></topicref>"
+          "<topicref href='u.dita'/></map>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("t.html", "//title") + Query("u.html", "//title"), "In map - mFound - m");
+}
+
+TEST_F(BuiltinToolkit, TheTitleOfABookHasAllItsParts) {
+    Write("m.ditamap",
+          "<bookmap><booktitle><booklibrary>Library</booklibrary><mainbooktitle>Main</mainbooktitle>"
+          "<booktitlealt>One</booktitlealt>\n<booktitlealt>Two</booktitlealt></booktitle><chapter "
+          "href='t.dita'/></bookmap>");
+    WriteTopic("<p/>");
+    ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+    EXPECT_EQ(Query("index.html", "concat(//title, '|', //h1)"), "Library Main One Two|Library Main One Two");
 }
 
 TEST_F(BuiltinToolkit, EachLanguageWithoutWordsIsOneFinding) {
@@ -666,18 +745,21 @@ TEST_F(BuiltinToolkit, TheHeadOfAPageHasTheMetadataOfTopicAndMap) {
           "<map><topicmeta><author>Map</author><publisher>House</publisher><critdates><created date='2001'/>"
           "</critdates><keywords><keyword>map</keyword></keywords></topicmeta><topicref "
           "href='t.dita'><topicmeta>"
-          "<author>Ref</author><keywords><keyword>ref</keyword></keywords><othermeta name='o' content='c'/>"
+          "<author>Ref</author><source "
+          "href='https://example.org/map'/><keywords><keyword>ref</keyword></keywords><othermeta name='o' "
+          "content='c'/>"
           "</topicmeta><topicref href='u.dita'/></topicref></map>");
+    Write("s.pdf", "pdf");
     Write(
         "t.dita",
         "<topic id='t'><title>T</title><prolog><author type='contributor'>Own\n "
-        "<ph>Author</ph></author><publisher>"
+        "<ph>Author</ph></author><source href='s.pdf'/><publisher>"
         "P</publisher><copyright><copyryear year='2020'/><copyrholder>H</copyrholder></copyright><critdates>"
         "<created date='2020'/></critdates><metadata><keywords><keyword>k</keyword><indexterm>i<indexterm>j"
         "</indexterm></indexterm><keyword>ref</keyword></keywords><audience type='other' othertype='expert'/>"
         "<prodinfo><prodname>N</prodname><vrmlist><vrm version='3'/></vrmlist></prodinfo></metadata></prolog>"
         "</topic>");
-    WriteTopicAt("u.dita", "U", "<p/>");
+    Write("u.dita", "<topic id='u'><title>U</title><prolog><source href='s.pdf'/></prolog></topic>");
     ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
     const auto metadataOf = [this](const std::string& page) {
         std::string text;
@@ -689,11 +771,12 @@ TEST_F(BuiltinToolkit, TheHeadOfAPageHasTheMetadataOfTopicAndMap) {
     };
     EXPECT_EQ(
         metadataOf("t.html"),
-        "DC.subject=ref, k, i, j\nkeywords=ref, k, i, j\nDC.Audience.Type=expert\nprodname=N\nversion=3\n"
+        "DC.Source=https://example.org/map\nDC.subject=ref, k, i, j\nkeywords=ref, k, i, "
+        "j\nDC.Audience.Type=expert\nprodname=N\nversion=3\n"
         "DC.Creator=Ref\nDC.Creator=Map\nDC.Contributor=Own Author\nDC.Publisher=House\ncopyright=H 2020\n"
         "DC.Rights.Owner=H 2020\nDC.Date.Created=2001\no=c\n");
     EXPECT_EQ(metadataOf("u.html"),
-              "DC.Creator=Ref\nDC.Creator=Map\nDC.Publisher=House\nDC.Date.Created=2001\n");
+              "DC.Source=s.pdf\nDC.Creator=Ref\nDC.Creator=Map\nDC.Publisher=House\nDC.Date.Created=2001\n");
 }
 
 TEST_F(BuiltinToolkit, ImagesAreScaledAndAligned) {
@@ -794,6 +877,20 @@ TEST_F(BuiltinToolkit, DeadLinksAreFindings) {
     ASSERT_EQ(Run("t.dita"), 0) << record_.reason;
     EXPECT_EQ(Findings(), "t.dita:1: the link \"#t/none\" leads to nothing in t.html\n")
         << "one for one fault";
+    Write("f.ditaval", "<val><prop att='audience' val='x' action='exclude'/></val>");
+    WriteTopicAt("o.dita", "Other", "<p id='p' audience='x'>p</p>");
+    WriteTopic("<p><xref href='o.dita#t/p'>a</xref></p>");
+    ASSERT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
+    EXPECT_EQ(Findings(),
+              "t.dita:1: the link \"o.dita#t/p\" leads to nothing in o.html, because the filter "
+              "(f.ditaval) excludes its target; exclude the link too\n");
+    Write("o.dita", "<topic id='o' audience='x'><title>O</title></topic>");
+    WriteTopic("<p><xref href='o.dita'>a</xref>\n<xref href='o.dita'/></p>");
+    ASSERT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
+    EXPECT_EQ(Findings().find("t.dita:2: the link \"o.dita\" leads to a topic that the filter (f.ditaval) "
+                              "excludes, and has no text"),
+              0U)
+        << Findings();
 }
 
 TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
