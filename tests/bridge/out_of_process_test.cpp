@@ -10,6 +10,7 @@
 #include "bridge/bridge_test.h"
 #include "bridge/connection.h"
 #include "bridge/host/operations.h"
+#include "bridge/host/values.h"
 #include "bridge/message_filter.h"
 #include "kit/last_error.h"
 #include "platform/com_runtime.h"
@@ -45,12 +46,14 @@ class OutOfProcessTest : public BridgeTest {
     }
 
     // Offers the host's root object as the running object of a class.
-    void Offer(const CLSID& classId, std::u16string_view server) {
+    void Offer(const CLSID& classId, std::u16string_view server) { Offer(Host(), classId, server); }
+
+    void Offer(TestHost& host, const CLSID& classId, std::u16string_view server) {
         platform::OfferClass(
             classId,
-            [this](REFIID id, void** out) {
+            [this, &host](REFIID id, void** out) {
                 hostThread_ = platform::CurrentThreadNumber();
-                return Host().Root()->QueryInterface(id, out);
+                return host.Root()->QueryInterface(id, out);
             },
             server);
     }
@@ -244,6 +247,13 @@ TEST_F(OutOfProcessTest, CallIsNotRepeatedAfterTheConnectionHasEnded) {
              Q_ApiWriteConsole("ended");
          },
          false},
+        {"the client disconnects during another call",
+         [this] {
+             Host().onClient = [](const std::string&) { Q_ApiDisconnect(); };
+             Q_ValueList answer = Q_ApiInvokeClientForValues("Other", "End");
+             Q_ApiFreeValueList(&answer);
+         },
+         false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -286,6 +296,29 @@ TEST_F(OutOfProcessTest, ConnectingAgainDuringACallKeepsTheApartment) {
     EXPECT_TRUE(Q_ApiIsConnected() && connection.apartmentOwned && connection.messageFilter != nullptr);
     Q_ApiDisconnect();
     EXPECT_FALSE(connection.apartmentOwned);
+}
+
+TEST_F(OutOfProcessTest, CallIsNotRepeatedOnceAnotherHostIsConnected) {
+    TestHost other;
+    int attempts = 0;
+    std::uint32_t now = 0;
+    const platform::CallClock clock = {[&] { return now += 500; },
+                                       [&](std::uint32_t) {
+                                           Q_ApiDisconnect();
+                                           NoHost();
+                                           Offer(other, kHostClassId, u"");
+                                           EXPECT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+                                           Host().failures.clear();
+                                       }};
+    Host().onClient = [&](const std::string&) { ++attempts; };
+    Host().failures["InvokeClient"] = RPC_E_SERVERCALL_RETRYLATER;
+    ASSERT_EQ(Q_ApiConnectHost(nullptr, nullptr, nullptr), 0);
+    platform::ReplaceCallClock(&clock);
+    EXPECT_EQ(Q_ApiInvokeClient("Other", "Go"), 0);
+    EXPECT_EQ(Q_ApiLastError, -1);
+    EXPECT_EQ(attempts, 1);
+    EXPECT_TRUE(Q_ApiIsConnected()) << "to the other host";
+    Q_ApiDisconnect();
 }
 
 TEST_F(OutOfProcessTest, FilterOfOtherCodeStaysRegistered) {
