@@ -1,6 +1,7 @@
 #include "fileset/file_operations.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -68,14 +69,36 @@ void ClearSubfolder(const Path& subfolder, bool isLink, bool keepFiles) {
     platform::RemoveEmptyFolder(subfolder);
 }
 
+bool LiesIn(const Path& path, const Path& folder) {
+    return platform::LiesIn(platform::ToNative(path), platform::ToNative(folder));
+}
+
+/// True for an existing file that is not a link: it lies where its folder lies.
+bool IsFileProper(const Path& path) {
+    const auto attributes = platform::AttributesOf(path);
+    return attributes && (*attributes & (platform::kAttributeLink | platform::kAttributeDirectory)) == 0;
+}
+
 }  // namespace
 
 bool FileReadable(const Path& path) {
     return platform::OpensForReading(path);
 }
 
-bool LiesIn(const Path& path, const Path& folder) {
-    return platform::LiesIn(platform::ToNative(path), platform::ToNative(folder));
+// Many files share a folder, so that the answer for a folder is found once.
+FileList FilesIn(FileList files, const Path& folder) {
+    std::map<Path, bool> known;
+    files.remove_if([&](const Path& file) {
+        if (!IsFileProper(file)) {
+            return !LiesIn(file, folder);
+        }
+        const auto [answer, isNew] = known.try_emplace(ParentFolder(file), false);
+        if (isNew) {
+            answer->second = LiesIn(answer->first, folder);
+        }
+        return !answer->second;
+    });
+    return files;
 }
 
 bool IsFolder(const Path& path) {

@@ -7,9 +7,9 @@
 
 namespace ventrix {
 
-/// True if the existing file or folder is in the existing folder, whatever they are called: only the file
-/// system can decide whether two names mean the same folder.
-bool LiesIn(const Path& path, const Path& folder);
+/// The files and folders of the list that exist and lie in the existing folder, whatever they are called: only
+/// the file system can decide whether two names mean the same folder.
+FileList FilesIn(FileList files, const Path& folder);
 
 /// True if the file can be opened for reading. A folder is not readable.
 bool FileReadable(const Path& path);

@@ -48,9 +48,7 @@ FileList FindUnsafePaths(const FileList& package, const Path& commonFolder, cons
     if (commonFolder.empty() || !document.starts_with(commonFolder) || !ContainsPath(package, document)) {
         return {document};
     }
-    FileList inside = package;
-    inside.remove_if([&outputFolder](const Path& path) { return !LiesIn(path, outputFolder); });
-    return inside;
+    return FilesIn(package, outputFolder);
 }
 
 void CopyPackage(const FileList& package, const Path& commonFolder, const Path& outputFolder,

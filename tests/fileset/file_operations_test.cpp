@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/links.h"
 #include "support/test_drives.h"
 
 namespace ventrix {
@@ -27,6 +28,25 @@ TEST_F(FileOperations, FilesAndFoldersAreDistinguished) {
     EXPECT_TRUE(IsFolder(R"(C:\a\)"));
     EXPECT_FALSE(IsFolder(R"(C:\a\b.xml)"));
     EXPECT_FALSE(IsFolder(R"(C:\missing)"));
+}
+
+TEST_F(FileOperations, FilesAreInAFolderWhateverTheyAreCalled) {
+    const std::string inside = R"(C:\out\a.xml)";
+    const std::string linked = R"(C:\src\link.xml)";
+    for (const std::string& file :
+         {inside, std::string(R"(C:\out\sub\b.xml)"), std::string(R"(C:\src\c.xml)")}) {
+        drives.Write(file, "");
+    }
+    test::MakeLink(drives.Native(inside), drives.Native(linked));
+    FileList expected = {R"(C:\out)", R"(C:\src\..\out\a.xml)", inside, R"(C:\out\sub\b.xml)"};
+    if (test::kHasLinks) {
+        expected.push_back(linked);
+    }
+    EXPECT_EQ(FilesIn({R"(C:\src\c.xml)", R"(C:\out)", R"(C:\src\..\out\a.xml)", inside, R"(C:\out\none.xml)",
+                       R"(C:\out\sub\b.xml)", linked},
+                      R"(C:\out\)"),
+              expected);
+    EXPECT_THAT(FilesIn({inside}, R"(C:\none\)"), IsEmpty());
 }
 
 TEST_F(FileOperations, EnsureFolderCreatesAllMissingParents) {

@@ -39,7 +39,7 @@ bool LiesIn(const fs::path& path, const fs::path& folder) {
         return false;
     }
     const fs::path real = fs::canonical(absolute, error);
-    return HasAncestor(absolute, *identity) || (!error && HasAncestor(real, *identity));
+    return HasAncestor(absolute, *identity) || (!error && real != absolute && HasAncestor(real, *identity));
 }
 
 }  // namespace ventrix::platform
