@@ -80,7 +80,10 @@ std::vector<NativePath> UnsavedCopies(const std::vector<NativePath>& encoded, co
         const std::string name = NameBelow(copy, WithSlash(output));
         const auto first = before.find(name);
         const auto second = after.find(name);
-        return first == before.end() || second == after.end() || first->second != second->second;
+        if (first == before.end() || second == after.end()) {
+            return true;
+        }
+        return first->second != second->second && second->second.size > 0;
     });
     return unsaved;
 }
@@ -119,10 +122,14 @@ std::vector<NativePath> MisplacedPages(const NativePath& output, const NativePat
     return misplaced;
 }
 
+bool IsXmlCopy(const std::string& name) {
+    return name.ends_with(".dita") || name.ends_with(".ditamap") || name.ends_with(".xml");
+}
+
 std::vector<NativePath> XmlFiles(const NativePath& output, const std::vector<PackageFile>& package) {
     std::vector<NativePath> files;
     for (const PackageFile& file : package) {
-        if (file.name.ends_with(".dita") || file.name.ends_with(".ditamap") || file.name.ends_with(".xml")) {
+        if (IsXmlCopy(file.name)) {
             files.push_back({WithSlash(output) + file.name});
         }
     }

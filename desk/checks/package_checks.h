@@ -24,9 +24,9 @@ PackageLayout PackageLayoutOf(const DocumentFiles& files, const NativePath& docu
 /// Sources that exist and have no copy in the package. `package` is the state after the last copy.
 std::vector<NativePath> UncopiedSources(const PackageLayout& layout, const std::vector<PackageFile>& package);
 
-/// Those of the copies that the encoding pass has started but not saved. A save replaces the file, so an
-/// unsaved copy is the same file, unchanged, in both states: after the last copy, and when the transformation
-/// begins.
+/// Those of the copies that the encoding pass has started but not saved: those that are unchanged or empty when
+/// the transformation begins. A save writes into the file, so that the copies have to be dated back after the
+/// last copy, and one that fails in the middle leaves the file empty.
 std::vector<NativePath> UnsavedCopies(const std::vector<NativePath>& encoded, const NativePath& output,
                                       const std::vector<PackageFile>& copied,
                                       const std::vector<PackageFile>& transformed);
@@ -41,7 +41,10 @@ std::vector<NativePath> UnplacedGraphics(const DocumentFiles& files, const Nativ
 std::vector<NativePath> MisplacedPages(const NativePath& output, const NativePath& resultFolder,
                                        const std::vector<PackageFile>& package);
 
-/// The XML files of a package, which the module encodes, and deletes after the transformation.
+/// True for the name of an XML file, which the module encodes, and deletes after the transformation.
+bool IsXmlCopy(const std::string& name);
+
+/// The XML files of a package.
 std::vector<NativePath> XmlFiles(const NativePath& output, const std::vector<PackageFile>& package);
 
 /// Those of the paths that are files.

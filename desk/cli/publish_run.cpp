@@ -125,6 +125,17 @@ std::size_t DocumentCount(const DocumentFiles& files) {
         std::ranges::count_if(files.files, [](const DocumentFile& file) { return file.key != kGraphicKey; }));
 }
 
+/// The package as it is, with its XML files dated back, so that the passes over them show.
+std::vector<PackageFile> ListDatedBack(const NativePath& folder) {
+    std::vector<PackageFile> files = ListPackage(folder.utf8);
+    for (PackageFile& file : files) {
+        if (IsXmlCopy(file.name)) {
+            DateBack(folder.utf8, file);
+        }
+    }
+    return files;
+}
+
 /// Sends the request and records the state of the package on the way. The module asks for the document's path
 /// after the last copy.
 Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session& session,
@@ -133,7 +144,7 @@ Reply SendAndWatch(const std::string& request, const PublishPlan& plan, Session&
     Progress progress(screen, log.Path(), DocumentCount(session.files));
     session.documentPathAsked = [&] {
         if (!states.isTransformed) {
-            states.copied = ListPackage(plan.output.utf8);
+            states.copied = ListDatedBack(plan.output);
         }
     };
     const auto transformationStarts = [&] {

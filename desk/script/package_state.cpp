@@ -12,6 +12,8 @@ namespace fs = std::filesystem;
 namespace ventrix::desk {
 namespace {
 
+constexpr std::chrono::seconds kBack(10);
+
 std::int64_t Nanoseconds(fs::file_time_type time) {
     const auto sinceEpoch = fs::file_time_type::clock::to_sys(time).time_since_epoch();
     return std::chrono::duration_cast<std::chrono::nanoseconds>(sinceEpoch).count();
@@ -48,6 +50,13 @@ std::vector<PackageFile> ListPackage(const std::string& folder) {
     }
     std::ranges::sort(files, {}, &PackageFile::name);
     return files;
+}
+
+void DateBack(const std::string& folder, PackageFile& file) {
+    const fs::path path = platform::PathFromUtf8(folder) / platform::PathFromUtf8(file.name);
+    std::error_code error;
+    fs::last_write_time(path, fs::last_write_time(path, error) - kBack, error);
+    file.modified = Nanoseconds(fs::last_write_time(path, error));
 }
 
 }  // namespace ventrix::desk

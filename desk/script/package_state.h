@@ -21,4 +21,8 @@ struct PackageFile {
 /// read is left out. Empty if there is no such folder.
 std::vector<PackageFile> ListPackage(const std::string& folder);
 
+/// Sets the modification time of a file in the folder back by some seconds, and notes it. Whatever the file
+/// system's clock counts in, the time then changes when the file is written again.
+void DateBack(const std::string& folder, PackageFile& file);
+
 }  // namespace ventrix::desk
