@@ -27,7 +27,11 @@ namespace {
 /// The scripts of one run, started through the recorder.
 class RecordedScripts {
   public:
-    explicit RecordedScripts(const PublishPlan& plan) : plan_(plan), folder_("ventrix-run") {
+    RecordedScripts(const PublishPlan& plan, const NativePath& packagedDocument)
+        : plan_(plan), folder_("ventrix-run") {
+        if (packagedDocument.utf8.find('"') != std::string::npos) {
+            document_ = packagedDocument.utf8;
+        }
         if (folder_.Path().empty()) {
             throw Stop{kExitNoModule, folder_.Problem()};
         }
@@ -39,9 +43,9 @@ class RecordedScripts {
             return {};
         }
         try {
-            return RequireSystemPath({PrepareScript(
-                folder_.Path(), name, FindInstallation().recorder.utf8,
-                {script.utf8, plan_.output.utf8, platform::ProcessId(), isLast, platform::OutputToPass()})});
+            return RequireSystemPath({PrepareScript(folder_.Path(), name, FindInstallation().recorder.utf8,
+                                                    {script.utf8, plan_.output.utf8, platform::ProcessId(),
+                                                     isLast, platform::OutputToPass(), document_})});
         } catch (const std::runtime_error& error) {
             throw Stop{kExitNoModule, error.what()};
         }
@@ -55,6 +59,7 @@ class RecordedScripts {
   private:
     const PublishPlan& plan_;
     platform::TemporaryFolder folder_;
+    std::string document_;  ///< ScriptSettings::document.
 };
 
 /// The package at two moments: after the last copy, and when the transformation begins.
@@ -413,7 +418,7 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     PackageStates states;
     session.access.outputFolder = plan.output;
     SetTransformationOptions(plan, options.publish, session);
-    const RecordedScripts scripts(plan);
+    const RecordedScripts scripts(plan, CopyOf(session.ditaOt.copies, session.document));
     MarkerCounter counter(plan, options.publish, session, scripts.Copies());
     const std::string request = PublishRequest(Values(plan, session, log, scripts), options.publish);
     outcome.missing = MissingFiles(session.files);

@@ -117,19 +117,28 @@ std::string_view HeadOf(std::string_view document) {
     return document.substr(0, document.find('>', at));
 }
 
+bool NamesDocBook(std::string_view text) {
+    return text.find("docbook") != std::string_view::npos || text.find("DocBook") != std::string_view::npos;
+}
+
+/// The distribution has its version next to the folders of its stylesheets. A folder of the user's may be
+/// called like DocBook, a stylesheet of that name is for it.
+bool IsDocBooksStylesheet(const NativePath& stylesheet) {
+    const std::filesystem::path path = ToFilesystem(stylesheet);
+    std::error_code error;
+    return NamesDocBook(FromFilesystem(path.filename()).utf8) ||
+           std::filesystem::exists(path.parent_path() / ".." / "VERSION.xsl", error);
+}
+
 /// A document with the DOCTYPE or a namespace of DocBook, or any for a stylesheet that is, or imports, one of
 /// DocBook's.
 bool IsDocBook(const XsltRun& run) {
-    const auto namesDocBook = [](std::string_view text) {
-        return text.find("docbook") != std::string_view::npos ||
-               text.find("DocBook") != std::string_view::npos;
-    };
     const std::string stylesheet = ContentOf(run.stylesheet);
-    const auto isDocBooks = [&](const AttributeInText& attribute) {
-        return attribute.name == "href" && namesDocBook(attribute.value);
+    const auto namesDocBooks = [](const AttributeInText& attribute) {
+        return attribute.name == "href" && NamesDocBook(attribute.value);
     };
-    return namesDocBook(HeadOf(ContentOf(run.source))) || namesDocBook(run.stylesheet.utf8) ||
-           std::ranges::any_of(AttributesIn(stylesheet), isDocBooks);
+    return NamesDocBook(HeadOf(ContentOf(run.source))) || IsDocBooksStylesheet(run.stylesheet) ||
+           std::ranges::any_of(AttributesIn(stylesheet), namesDocBooks);
 }
 
 /// Whether the user's parameters or stylesheet set one of these. By itself DocBook's stylesheet does neither.

@@ -51,6 +51,9 @@ ScriptRecord Run(const std::string& path, const ScriptSettings& settings,
                  const std::vector<std::string>& arguments) {
     platform::ProgramStart start;
     start.arguments = arguments;
+    if (!settings.document.empty()) {
+        start.arguments = {{}, settings.document};
+    }
     start.arguments.front() = settings.script;
     start.outputFile = ScriptOutputFile(path);
     start.owner = settings.owner;

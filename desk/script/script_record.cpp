@@ -172,9 +172,9 @@ std::string PrepareScript(const std::string& folder, const std::string& name, co
                           const ScriptSettings& settings) {
     std::string path = folder + "/" + name;
     PlaceRecorder(recorder, path);
-    WriteFields(path + ".settings",
-                {settings.script, settings.package, std::to_string(settings.owner),
-                 std::to_string(static_cast<int>(settings.last)), std::to_string(settings.output)});
+    WriteFields(path + ".settings", {settings.script, settings.package, std::to_string(settings.owner),
+                                     std::to_string(static_cast<int>(settings.last)),
+                                     std::to_string(settings.output), settings.document});
     return path;
 }
 
@@ -199,13 +199,17 @@ ScriptRecord ReadScriptRecord(const std::string& folder, const std::string& name
 
 std::optional<ScriptSettings> TakeScriptSettings(const std::string& path) {
     const std::vector<std::string> fields = ReadFields(path + ".settings");
-    if (fields.size() != 5) {
+    if (fields.size() != 6) {
         return std::nullopt;
     }
     std::error_code ignored;
     fs::remove(platform::PathFromUtf8(path + ".settings"), ignored);
-    return ScriptSettings{fields[0], fields[1], ToNumber<std::int64_t>(fields[2]), fields[3] == "1",
-                          ToNumber<std::int64_t>(fields[4])};
+    return ScriptSettings{fields[0],
+                          fields[1],
+                          ToNumber<std::int64_t>(fields[2]),
+                          fields[3] == "1",
+                          ToNumber<std::int64_t>(fields[4]),
+                          fields[5]};
 }
 
 std::string ScriptOutputFile(const std::string& path) {

@@ -25,11 +25,13 @@ inline constexpr char kPreScript[] = "pre-script";
 inline constexpr char kPostScript[] = "post-script";
 
 struct ScriptSettings {
-    std::string script;       ///< The user's, absolute.
-    std::string package;      ///< The folder whose state is noted before the script starts.
-    std::int64_t owner = 0;   ///< The desk host's process number.
-    bool last = false;        ///< No transformation and no other script follows.
-    std::int64_t output = 0;  ///< Of the desk host, for the script (platform/standard_streams.h).
+    std::string script;         ///< The user's, absolute.
+    std::string package;        ///< The folder whose state is noted before the script starts.
+    std::int64_t owner = 0;     ///< The desk host's process number.
+    bool last = false;          ///< No transformation and no other script follows.
+    std::int64_t output = 0;    ///< Of the desk host, for the script (platform/standard_streams.h).
+    std::string document = {};  ///< The packaged document, if its path contains a double quote, which the
+                                ///< module's command line cannot express; otherwise empty.
 };
 
 enum class ScriptState {

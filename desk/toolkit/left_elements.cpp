@@ -88,6 +88,7 @@ constexpr GeneratedOutput kDocBookOutput[] = {{"annotation"},
                                               {"trademark"}};
 
 constexpr std::string_view kReferenceWhy = "a reference needs it";
+constexpr std::string_view kLabelWhy = "the label of its bibliographic entry depends on it";
 constexpr std::string_view kEmptyWhy = "it is or contains an element without text";
 constexpr std::string_view kOutputWhy =
     "it is or contains an element for which the transformation generates output";
@@ -171,6 +172,19 @@ bool IsEmpty(std::string_view tag, std::string_view rest) {
     return tag.ends_with("/>") || rest.starts_with("</");
 }
 
+/// An abbreviation is the label of a bibliographic entry if it is the first element in it, so that this
+/// element must not become text. Its group is the first in the entry: `previousEnd` is where the one before
+/// ends.
+bool DecidesLabel(std::string_view document, const ElementGroup& group, std::size_t previousEnd) {
+    constexpr std::string_view kEntry = "bibliomixed";
+    const std::size_t parent = document.rfind('<', group.begin);
+    if (parent == kNpos || parent < previousEnd || LocalNameIn(document.substr(parent)) != kEntry) {
+        return false;
+    }
+    const std::size_t end = std::min(document.find(kEntry, group.begin), document.size());
+    return document.substr(group.begin, end - group.begin).find("abbrev") != kNpos;
+}
+
 /// Browsers do not know CDATA sections, which the element would bring to the page.
 std::string WithoutCdata(std::string_view element) {
     constexpr std::string_view kOpen = "<![CDATA[", kClose = "]]>";
@@ -189,13 +203,18 @@ class DocumentRules {
   public:
     DocumentRules(const LeavingRules& rules, std::string_view document)
         : rules_(rules),
+          document_(document),
           ranges_(RangesIn(document, rules.referenced)),
           hasDefaultClasses_(document.find("http://docbook.org/ns/docbook") == kNpos) {}
 
-    /// Empty if the element at this position can be preserved.
-    std::string_view WhyLeft(std::string_view element, std::size_t position) const {
-        if (ContainsId(element, rules_.referenced.ids) || IsInRange(position)) {
+    /// Empty if the element of the group, whose CDATA sections are text, can be preserved.
+    std::string_view WhyLeft(std::string_view element, const ElementGroup& group,
+                             std::size_t previousEnd) const {
+        if (ContainsId(element, rules_.referenced.ids) || IsInRange(group.begin)) {
             return kReferenceWhy;
+        }
+        if (IsDocBook() && DecidesLabel(document_, group, previousEnd)) {
+            return kLabelWhy;
         }
         std::string_view why;
         for (std::size_t at = element.find('<'); at != kNpos; at = element.find('<', at + 1)) {
@@ -245,6 +264,7 @@ class DocumentRules {
     }
 
     const LeavingRules& rules_;
+    std::string_view document_;
     Places ranges_;
     bool hasDefaultClasses_;  ///< The DTD of DocBook 4 gives each productname a class.
 };
@@ -276,9 +296,10 @@ std::string WithLeftElements(std::string_view document, const LeavingRules& rule
     const DocumentRules here(rules, document);
     std::string changed;
     std::size_t copied = 0;
+    std::size_t previousEnd = 0;
     ForEachElementGroup(document, [&](const ElementGroup& group) {
         const std::string element = WithoutCdata(group.element);
-        const std::string_view why = here.WhyLeft(element, group.begin);
+        const std::string_view why = here.WhyLeft(element, group, std::exchange(previousEnd, group.end));
         if (!why.empty()) {
             sink(group.element, group.begin, why);
         } else if (element == group.element) {

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "desk/clients/saxon.h"
 #include "desk/command_line.h"
+#include "desk/toolkit/page_layout.h"
 #include "platform/drives.h"
 #include "platform/native_roots.h"
 #include "support/links.h"
@@ -447,6 +449,50 @@ TEST_F(CommandLine, OptionsOfToolkitsAndStylesheetsReachThem) {
 }
 
 // The toolkit makes the folder of the document itself, so the module leaves topics beside it in place.
+/// The toolkits have tests of their own.
+TEST_F(CommandLine, EachEnginePublishesAwkwardNames) {
+    std::vector<std::string> names{"it's $HOME $(touch hacked) `touch hacked` a%20b#c;d", "日本 äö+=!"};
+    if (test::kHasAnyNames) {
+        names.push_back("a?b \"c\" d");
+    }
+    const std::string page = "<html><body><p audience='expert'>Press it.</p></body></html>";
+    const std::string newer =
+        std::string(kStylesheet).replace(std::string(kStylesheet).find("1.0"), 3, "2.0");
+    for (const std::string& name : names) {
+        const std::string stem = name + "/" + name;
+        folder.Write(stem + ".dita", kTopic);
+        const std::string reference =
+            RelativeReference({folder.Native("m")}, {folder.Native(stem + ".dita")});
+        folder.Write(name + ".ditamap", "<map><topicref href=\"" + reference + "\"/></map>");
+        folder.Write(stem + ".xml", page);
+        folder.Write(stem + ".xsl", kStylesheet);
+        folder.Write(stem + ".2.xsl", newer);
+        test::WriteScript(folder, stem, "copy $1 $stem.html\n");
+        std::vector<std::vector<std::string>> engines{
+            {name + ".ditamap"},
+            {stem + ".xml", "--xslt", stem + ".xsl"},
+            {stem + ".xml", "--no-transform", "--post-script", test::ScriptFile(stem)}};
+        if (SaxonProblem().empty()) {
+            engines.push_back({stem + ".xml", "--xslt", stem + ".2.xsl"});
+        }
+        for (std::vector<std::string> arguments : engines) {
+            const std::string last = arguments.back();
+            const std::string out = "out " + name;
+            arguments.insert(arguments.end(), {"-o", out, "--attributes", "audience", "--force"});
+            arguments.insert(arguments.begin(), "publish");
+            const Finished finished = Run(arguments);
+            EXPECT_EQ(finished.status, 0) << last << finished.error;
+            std::string pages;
+            for (const auto& entry : fs::recursive_directory_iterator(folder.Native(out))) {
+                const fs::path file = entry.path();
+                pages += file.extension() == ".html" ? folder.Read(platform::Utf8FromPath(file)) : "";
+            }
+            EXPECT_NE(pages.find("audienceQL_SEPexpertQL_SEP\">Press"), std::string::npos) << last << pages;
+        }
+    }
+    EXPECT_FALSE(folder.Exists("hacked"));
+}
+
 TEST_F(CommandLine, GuideWithTopicsOutsideItsFolderIsPublishedWithoutFindings) {
     const Finished finished = Run(
         {"publish", std::string(VENTRIX_EXAMPLES_FOLDER) + "/pump-guide/pump-guide.ditamap", "-o", "out"});

@@ -20,7 +20,7 @@ constexpr const char* kBook = R"(<!DOCTYPE book PUBLIC "-//OASIS//DTD DocBook XM
   <para role="x">A roof<indexterm><primary>zebra</primary></indexterm><indexterm><primary>apple</primary>
     <secondary>red <literal>one</literal></secondary></indexterm><indexterm><primary>Mango</primary>
     <see>apple</see></indexterm> gives <quote>much <quote>water</quote></quote>.<footnote id="n"><para>A
-    note.</para></footnote> Again<footnoteref linkend="n"/>, <xref linkend="b"/>, <citation>K</citation>.</para>
+    note.</para></footnote> Again<footnoteref linkend="n"/>, <xref linkend="b"/>, <citation>K</citation>, <xref linkend="l"/>, <xref linkend="m"/>.</para>
   <para role="y">Take <productname>Pump</productname>, <trademark class="registered">T</trademark> or
     <menuchoice><guimenu>File</guimenu><guimenuitem>Quit</guimenuitem></menuchoice>, <literal>x</literal>
     and <firstterm>tank</firstterm><indexterm><primary sortas="b">the barrel</primary><seealso>apple</seealso>
@@ -31,7 +31,9 @@ constexpr const char* kBook = R"(<!DOCTYPE book PUBLIC "-//OASIS//DTD DocBook XM
 <glossary><title>Words</title><glossentry><glossterm>tank</glossterm><glossdef><para>A tank.</para></glossdef>
   </glossentry><glossentry><glossterm>Barrel</glossterm><glossdef><para>A barrel.</para></glossdef></glossentry>
 </glossary>
-<bibliography><biblioentry id="k"><abbrev>K</abbrev><title>Source</title></biblioentry></bibliography>
+<bibliography><biblioentry id="k"><abbrev>K</abbrev><title>Source</title></biblioentry>
+  <bibliomixed id="l" role="z"> <abbrev>L</abbrev> The <abbrev>abbr.</abbrev> source</bibliomixed>
+  <bibliomixed id="m">The <emphasis>other</emphasis> <abbrev>source</abbrev></bibliomixed></bibliography>
 <index/></book>)";
 
 class DocBookRun : public FolderFixture {
@@ -79,7 +81,7 @@ TEST_F(DocBookRun, PagesHaveTheTextOfARunThatPreservesNothing) {
             Publish(kStylesheets + name,
                     {"--xpath", "--attributes", "role", "--elements",
                      "literal,quote,footnote,footnoteref,xref,productname,trademark,menuchoice,email,"
-                     "inlinemediaobject,citation"});
+                     "inlinemediaobject,citation,abbrev,emphasis"});
         EXPECT_EQ(finished_.status, 1) << finished_.error;
         EXPECT_EQ(marked, plain);
         for (const char* finding :

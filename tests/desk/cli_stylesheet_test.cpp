@@ -10,8 +10,9 @@ namespace {
 
 class StylesheetRun : public FolderFixture {
   protected:
-    test::Finished Publish(const std::vector<std::string>& further = {}) {
-        std::vector<std::string> arguments{"publish",      "d.xml", "-o",         "out", "--xslt", "s.xsl",
+    test::Finished Publish(const std::vector<std::string>& further = {},
+                           const std::string& stylesheet = "s.xsl") {
+        std::vector<std::string> arguments{"publish",      "d.xml", "-o",         "out", "--xslt", stylesheet,
                                            "--attributes", "a",     "--elements", "b",   "--force"};
         arguments.insert(arguments.end(), further.begin(), further.end());
         return test::RunVentrix(*this, arguments);
@@ -68,9 +69,24 @@ TEST_F(StylesheetRun, AnExternalEntityMayUseTheEntitiesOfItsDocument) {
 TEST_F(StylesheetRun, ADocumentThatMentionsDocBookIsNone) {
     Write("s.xsl", Sheet("<!-- not for DocBook --><html><p><xsl:value-of select='d/p'/></p></html>"));
     Write("d.xml", "<?xml version='1.0'?><!-- A --><d><p a='1'>In DocBook, <quote>docbook</quote></p></d>");
-    const test::Finished finished = Publish({"--elements", "quote"});
-    EXPECT_EQ(finished.status, 0) << finished.error;
-    EXPECT_NE(Read("out/d.html").find("<quote>docbook</quote>"), std::string::npos) << Read("out/d.html");
+    const std::string sheet = Read("s.xsl");
+    Write("docbook tests/s.xsl", sheet);
+    Write("package/VERSION.xsl", "<x/>");
+    Write("package/html/s.xsl", sheet);
+    Write("docbook.xsl", sheet);
+    const struct {
+        const char* stylesheet;
+        bool isDocBooks;
+    } rows[] = {{"s.xsl", false},
+                {"docbook tests/s.xsl", false},
+                {"package/html/s.xsl", true},
+                {"docbook.xsl", true}};
+    for (const auto& row : rows) {
+        const test::Finished finished = Publish({"--elements", "quote"}, row.stylesheet);
+        EXPECT_EQ(finished.status, row.isDocBooks ? 1 : 0) << row.stylesheet << finished.error;
+        EXPECT_EQ(Read("out/d.html").find("<quote>docbook</quote>") == std::string::npos, row.isDocBooks)
+            << row.stylesheet << Read("out/d.html");
+    }
 }
 
 TEST_F(StylesheetRun, AnElementInTheTitleOfAPageIsText) {
