@@ -63,7 +63,7 @@ void AddLinkText(const Page& page, xmlNode* link, const std::string& absolute, c
 
 /// A link to an excluded topic keeps its text only.
 void RemoveTarget(const Page& page, xmlNode* link) {
-    if (HasType(link, "topic/xref") && !HasText(link)) {
+    if (!HasType(link, "topic/link") && !HasText(link)) {
         page.targets.remarks(
             link, kToolkitRule,
             "the link \"" + AsWritten(link, Attribute(link, "href")) +

@@ -885,12 +885,16 @@ TEST_F(BuiltinToolkit, DeadLinksAreFindings) {
               "t.dita:1: the link \"o.dita#t/p\" leads to nothing in o.html, because the filter "
               "(f.ditaval) excludes its target; exclude the link too\n");
     Write("o.dita", "<topic id='o' audience='x'><title>O</title></topic>");
-    WriteTopic("<p><xref href='o.dita'>a</xref>\n<xref href='o.dita'/></p>");
-    ASSERT_EQ(Run("t.dita", "f.ditaval"), 0) << record_.reason;
-    EXPECT_EQ(Findings().find("t.dita:2: the link \"o.dita\" leads to a topic that the filter (f.ditaval) "
-                              "excludes, and has no text"),
-              0U)
-        << Findings();
+    Write("m.ditamap", "<map><keydef keys='k' href='o.dita'/><topicref href='t.dita'/></map>");
+    WriteTopic("<p><xref href='o.dita'>a</xref>\n<xref href='o.dita'/>\n<term keyref='k'/></p>");
+    ASSERT_EQ(Run("m.ditamap", "f.ditaval"), 0) << record_.reason;
+    EXPECT_EQ(record_.findings.size(), 2U) << Findings();
+    for (const char* line : {"t.dita:2: ", "t.dita:3: "}) {
+        EXPECT_NE(Findings().find(std::string(line) + "the link \"o.dita\" leads to a topic that the filter "
+                                                      "(f.ditaval) excludes, and has no text"),
+                  std::string::npos)
+            << Findings();
+    }
 }
 
 TEST_F(BuiltinToolkit, EachConstructThatIsNotHandledIsAFinding) {
