@@ -248,15 +248,16 @@ CountedMarkers MarkerCounter::Finish(const RunLog& log) {
     return std::move(markers_);
 }
 
-std::vector<VisibleMarker> CutTextsOf(const CountedMarkers& markers, const PublishPlan& plan,
-                                      const Session& session, const NativePath& resultFolder) {
+std::vector<VisibleMarker> PlacedTexts(const std::vector<BrokenText>& texts, const CountedMarkers& markers,
+                                       const PublishPlan& plan, const Session& session,
+                                       const NativePath& resultFolder) {
     const FinalPlaces places(plan, session, resultFolder);
-    std::vector<VisibleMarker> cuts;
-    for (const CutText& cut : markers.result.cuts) {
-        const NativePath& name = markers.result.pages[static_cast<std::size_t>(cut.page)];
-        cuts.push_back({places.Of(name), cut.line, 0, cut.left});
+    std::vector<VisibleMarker> placed;
+    for (const BrokenText& text : texts) {
+        const NativePath& name = markers.result.pages[static_cast<std::size_t>(text.page)];
+        placed.push_back({places.Of(name), text.line, 0, text.shown});
     }
-    return cuts;
+    return placed;
 }
 
 LossReport LossOf(CountedMarkers markers, const PublishPlan& plan, const PublishOptions& options,

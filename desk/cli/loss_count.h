@@ -60,10 +60,10 @@ class MarkerCounter {
 /// its folder is missing, it is an input of the run, or the run replaces it. Accepts an empty path.
 void RequireReport(const NativePath& report, const PublishPlan& plan);
 
-/// The first text of each page in which marker words were cut from their group, so that a reader sees what
-/// was between them. Not of pages that were not decoded.
-std::vector<VisibleMarker> CutTextsOf(const CountedMarkers& markers, const PublishPlan& plan,
-                                      const Session& session, const NativePath& resultFolder);
+/// Texts of a trace of the markers, with the pages where they are after the run.
+std::vector<VisibleMarker> PlacedTexts(const std::vector<BrokenText>& texts, const CountedMarkers& markers,
+                                       const PublishPlan& plan, const Session& session,
+                                       const NativePath& resultFolder);
 
 /// The report of a run. `pages` are those of its result.
 LossReport LossOf(CountedMarkers markers, const PublishPlan& plan, const PublishOptions& options,

@@ -78,6 +78,18 @@ void AddLeftMarkers(const PublishOptions& options, const PublishOutcome& outcome
     }
 }
 
+void AddDroppedElements(const std::vector<VisibleMarker>& dropped, std::vector<Finding>& findings) {
+    if (!dropped.empty()) {
+        const VisibleMarker& first = dropped.front();
+        findings.push_back({first.page, first.line, "element-dropped",
+                            "lacks a preserved element with its text, because the transformation changed the "
+                            "letters of its marker text: \"" +
+                                first.excerpt +
+                                "\" (pages that lack such text: " + std::to_string(dropped.size()) + ')',
+                            first.column});
+    }
+}
+
 }  // namespace
 
 std::vector<Finding> PublishFindings(const PublishPlan& plan, const PublishOptions& options,
@@ -102,6 +114,7 @@ std::vector<Finding> PublishFindings(const PublishPlan& plan, const PublishOptio
     AddTransformationFindings(session.record.findings, UnusableIn(findings), findings);
     AddColumns(findings);
     AddLeftMarkers(options, outcome, findings);
+    AddDroppedElements(outcome.dropped, findings);
     if (!outcome.markedSource.Empty()) {
         findings.push_back({outcome.markedSource, 0, "marker-word",
                             "contains a marker word; marker text that the transformation copied to attribute "

@@ -442,12 +442,16 @@ PublishOutcome RunPublish(const PublishPlan& plan, const Options& options, Sessi
     std::ranges::move(MakeTitlesPlain(outcome.pages.files, PreservationOf(options.publish).elements),
                       std::back_inserter(outcome.unfinished));
     outcome.markers = counter.Finish(outcome.log);
+    const auto placed = [&](const std::vector<BrokenText>& texts) {
+        return PlacedTexts(texts, outcome.markers, plan, session, outcome.resultFolder);
+    };
     if (!options.publish.keepMarkers && (plan.transforms || !outcome.pages.files.empty())) {
         CleanResult(plan, session, outcome);
+        outcome.dropped = placed(outcome.markers.result.dropped);
     }
     outcome.visible =
         FindVisibleMarkers(PagesToRead(options.publish, outcome), OwnTextOf(plan, options.publish));
-    AddCutTexts(CutTextsOf(outcome.markers, plan, session, outcome.resultFolder), outcome);
+    AddCutTexts(placed(outcome.markers.result.cuts), outcome);
     outcome.startPage = StartPage(plan, session, outcome);
     return outcome;
 }

@@ -38,6 +38,7 @@ struct PublishOutcome {
     CountedMarkers markers;              ///< For the loss report.
     std::vector<NativePath> undecoded;   ///< Pages from whose text marker text was taken out.
     std::vector<VisibleMarker> visible;  ///< What readers see of marker text, once for each page.
+    std::vector<VisibleMarker> dropped;  ///< Elements that could not be restored, the first of each page.
     NativePath markedSource;             ///< A source with a marker word, which turns that off; may be empty.
 };
 

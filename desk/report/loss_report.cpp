@@ -64,6 +64,24 @@ bool IsApplied(const Arrival& arrival, const Carrier& carrier) {
                                [&](const CarriedItem& carried) { return IsApplied(arrival, carried.entry); });
 }
 
+/// Places of the sources by what they carry. Those in the file that a page was made from are more likely.
+template <typename Key>
+class PlacesByFile {
+  public:
+    void Add(const Key& key, const SourcePlace& place) {
+        places_[{key, place.file}].Add(place);
+        places_[{key, kAnyFile}].Add(place);
+    }
+
+    Candidates Of(const Key& key, int file) {
+        const auto near = places_.find({key, file});
+        return near == places_.end() ? places_[{key, kAnyFile}] : near->second;
+    }
+
+  private:
+    std::map<std::pair<Key, int>, Candidates> places_;
+};
+
 class ReportMaker {
   public:
     ReportMaker(LossReport& report, const ResultTrace& result, const StringTable& strings)
@@ -97,23 +115,30 @@ class ReportMaker {
         AddRepeats(match);
     }
 
-    /// Of equal groups, those in the file that the page was made from are more likely.
     void AddCopies(const std::vector<int>& sourceOfPage) {
-        std::map<std::pair<int, int>, Candidates> byGroupAndFile;
+        PlacesByFile<int> places;
         for (const Carrier& carrier : sources_.carriers) {
             if (copiedGroups_.contains(carrier.group)) {
-                byGroupAndFile[{carrier.group, carrier.place.file}].Add(carrier.place);
-                byGroupAndFile[{carrier.group, kAnyFile}].Add(carrier.place);
+                places.Add(carrier.group, carrier.place);
             }
         }
         for (const MarkerCopy& copy : result_.copies) {
-            const auto near = byGroupAndFile.find({copy.group, At(sourceOfPage, copy.page)});
-            const Candidates candidates =
-                near == byGroupAndFile.end() ? byGroupAndFile[{copy.group, kAnyFile}] : near->second;
-            report_.copied.push_back({SpotOf(copy), Shown(copy), candidates});
+            report_.copied.push_back(
+                {SpotOf(copy), Shown(copy), places.Of(copy.group, At(sourceOfPage, copy.page))});
+        }
+    }
+
+    /// Groups in other case may be one of those of the sources.
+    void AddChanges(const std::vector<int>& sourceOfPage) {
+        PlacesByFile<std::string> places;
+        for (const Carrier& carrier : sources_.carriers) {
+            if (IsChanged(carrier.group)) {
+                places.Add(Lowered(strings_[carrier.group]), carrier.place);
+            }
         }
         for (const MarkerCopy& change : result_.changed) {
-            report_.changed.push_back({SpotOf(change), Shown(change), {}});
+            report_.changed.push_back({SpotOf(change), Shown(change),
+                                       places.Of(Lowered(change.key), At(sourceOfPage, change.page))});
         }
     }
 
@@ -188,8 +213,11 @@ class ReportMaker {
         if (match.arrivals.empty() && copiedGroups_.contains(group)) {
             return kCopied.word;
         }
-        const bool isChanged = !changedKeys_.empty() && changedKeys_.contains(Lowered(strings_[group]));
-        return isChanged ? kChanged.word : kAbsent.word;
+        return IsChanged(group) ? kChanged.word : kAbsent.word;
+    }
+
+    bool IsChanged(int group) const {
+        return !changedKeys_.empty() && changedKeys_.contains(Lowered(strings_[group]));
     }
 
     std::string ValueOf(const Carrier& carrier, int item, int entry) const {
@@ -302,6 +330,7 @@ LossReport MakeLossReport(SourceTrace sources, const ResultTrace& result, const 
         maker.Add(match);
     }
     maker.AddCopies(sourceOfPage);
+    maker.AddChanges(sourceOfPage);
     std::ranges::stable_sort(report.lost,
                              [](const LostPlace& a, const LostPlace& b) { return OrderOf(a) < OrderOf(b); });
     return report;

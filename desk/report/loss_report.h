@@ -52,7 +52,7 @@ struct RepeatedPlace {
 struct CopiedPlace {
     ResultSpot spot;
     std::string shown;      ///< What was copied, shortened.
-    Candidates candidates;  ///< Empty if the marker text is none of the sources'.
+    Candidates candidates;  ///< Empty if the marker text is none of the sources', in any case.
 };
 
 struct LossReport {

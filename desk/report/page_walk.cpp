@@ -51,10 +51,28 @@ bool IsTitleOfPage(const xmlNode& element) {
     return View(element.name) == "title" && element.parent != nullptr && View(element.parent->name) == "head";
 }
 
+/// An element group that contains another is not.
+bool IsWellFormed(std::string_view elementGroup) {
+    const std::string xml = ElementXml(elementGroup);
+    const XmlDocument document(
+        xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr,
+                      XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET | XML_PARSE_HUGE));
+    return document != nullptr && xml.find("QL_ELEM_S") == std::string::npos;
+}
+
 bool IsKnownPair(const std::vector<std::pair<std::string, std::string>>& pairs, std::string_view name,
                  std::string_view value) {
     return std::ranges::any_of(pairs,
                                [&](const auto& pair) { return pair.first == name && pair.second == value; });
+}
+
+/// The pages are read in their order.
+bool HasOneOf(int page, const std::vector<BrokenText>& texts) {
+    return !texts.empty() && texts.back().page == page;
+}
+
+BrokenText BrokenTextIn(const xmlNode& element, std::string_view shown, int page) {
+    return {page, static_cast<int>(xmlGetLineNo(&element)), Shortened(Collapsed(shown))};
 }
 
 }  // namespace
@@ -128,8 +146,10 @@ void PageWalk::ReadText(const xmlNode& text) {
         }
         NotApplied problem = isSkipped ? NotApplied::kMisplaced : NotApplied::kApplied;
         if (piece.kind == PieceKind::kElement) {
-            const bool isWhole = arrival == nullptr || IsWellFormed(arrival->group, piece.content);
-            problem = isWhole ? problem : NotApplied::kBroken;
+            if (!isSkipped && !IsRestored(arrival, piece.content)) {
+                problem = NotApplied::kBroken;
+                AddDropped(piece.content, element);
+            }
         } else if (!isSkipped) {
             problem = textCameBefore ? NotApplied::kMisplaced : ApplyScoped(element, FieldsOf(piece.content));
         }
@@ -140,15 +160,14 @@ void PageWalk::ReadText(const xmlNode& text) {
     }
 }
 
-/// An element group that contains another is not.
-bool PageWalk::IsWellFormed(int group, std::string_view content) {
-    const auto [known, isNew] = wellFormed_.try_emplace(group);
+/// Whether decoding makes an element of the group.
+bool PageWalk::IsRestored(const Arrival* arrival, std::string_view content) {
+    if (arrival == nullptr) {
+        return IsWellFormed(content);
+    }
+    const auto [known, isNew] = wellFormed_.try_emplace(arrival->group);
     if (isNew) {
-        const std::string xml = ElementXml(content);
-        const XmlDocument document(
-            xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr,
-                          XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET | XML_PARSE_HUGE));
-        known->second = document != nullptr && xml.find("QL_ELEM_S") == std::string::npos;
+        known->second = IsWellFormed(content);
     }
     return known->second;
 }
@@ -256,10 +275,15 @@ void PageWalk::AddChanged(std::string_view words, const xmlNode& element) {
 }
 
 void PageWalk::AddCut(std::string_view words, const xmlNode& element) {
-    const bool isFirst = trace_.cuts.empty() || trace_.cuts.back().page != page_;
-    const bool hasWord = isFirst && words.find(kMarkerPrefix) != std::string_view::npos;
+    const bool hasWord = !HasOneOf(page_, trace_.cuts) && words.find(kMarkerPrefix) != std::string_view::npos;
     if (const std::string left = hasWord ? LeftOfCutGroups(words) : std::string(); !left.empty()) {
-        trace_.cuts.push_back({page_, static_cast<int>(xmlGetLineNo(&element)), Shortened(Collapsed(left))});
+        trace_.cuts.push_back(BrokenTextIn(element, left, page_));
+    }
+}
+
+void PageWalk::AddDropped(std::string_view content, const xmlNode& element) {
+    if (!HasOneOf(page_, trace_.dropped)) {
+        trace_.dropped.push_back(BrokenTextIn(element, ElementXml(content), page_));
     }
 }
 

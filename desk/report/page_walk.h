@@ -44,7 +44,7 @@ class PageWalk {
     void ReadOther(const xmlNode& node, const std::string& where);
     void Apply(const xmlNode& element, const std::vector<MarkerEntry>& entries);
     NotApplied ApplyScoped(const xmlNode& element, const ScopedFields& fields);
-    bool IsWellFormed(int group, std::string_view content);
+    bool IsRestored(const Arrival* arrival, std::string_view content);
     Applied& AppliedTo(const xmlNode& element);
     bool Has(const xmlNode& element, const MarkerEntry& entry);
     void ComparePending();
@@ -53,6 +53,7 @@ class PageWalk {
     Arrival* AddArrival(const MarkerPiece& piece, std::string_view words, const xmlNode& element);
     void AddChanged(std::string_view words, const xmlNode& element);
     void AddCut(std::string_view words, const xmlNode& element);
+    void AddDropped(std::string_view content, const xmlNode& element);
     void AddCopy(const MarkerPiece& piece, const std::string& where, const xmlNode* element);
     void AddCopies(std::string_view text, const std::string& where, const xmlNode* element);
 

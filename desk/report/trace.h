@@ -116,11 +116,11 @@ struct MarkerCopy {
     std::string anchor;
 };
 
-/// A text of a page with a part of a group. Decoding takes out the marker words and leaves the rest of it.
-struct CutText {
+/// A text of a page with a group that decoding cannot restore.
+struct BrokenText {
     int page = 0;
     int line = 0;
-    std::string left;  ///< What is left of the group, shortened.
+    std::string shown;  ///< What is left of the group, or lost with it, shortened.
 };
 
 struct ResultTrace {
@@ -128,7 +128,10 @@ struct ResultTrace {
     std::vector<Arrival> arrivals;
     std::vector<MarkerCopy> copies;
     std::vector<MarkerCopy> changed;  ///< Groups that no source has, such as those in other case.
-    std::vector<CutText> cuts;        ///< The first of each page that has one.
+
+    // The first of each page that has one.
+    std::vector<BrokenText> cuts;     ///< With a part of a group: only its marker words are taken out.
+    std::vector<BrokenText> dropped;  ///< With an element that is not well-formed, which is taken out.
 };
 
 /// The key of a group in the table of strings. Groups that differ only in whitespace have the same key, since

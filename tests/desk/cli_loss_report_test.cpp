@@ -234,6 +234,23 @@ TEST_F(LossReportOfPublish, FollowsEachPlaceThroughTheTransformation) {
     }
 }
 
+TEST_F(LossReportOfPublish, AnElementInUpperCaseIsMissingOnItsPageWhichIsReported) {
+    const std::string upper =
+        "<xsl:template match='p[2]/text()'><xsl:value-of select=\"translate(., 'abcdefghijklmnopqrstuvwxyz', "
+        "'ABCDEFGHIJKLMNOPQRSTUVWXYZ')\"/></xsl:template>";
+    const json report = Publish(upper, {"--elements", "b"});
+    EXPECT_EQ(Lost(report), std::vector<std::string>{"b=<b>bold</b> 4 /root/p[2]/b bold: changed"});
+    ASSERT_EQ(report.at("changed").size(), 1);
+    EXPECT_EQ(report.at("changed").at(0).at("places"), report.at("lostPlaces").at(0).at("places"));
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_NE(finished.error.find("warning: " + folder.Native("out/doc.html") +
+                                  ":5: lacks a preserved element with its text"),
+              std::string::npos)
+        << finished.error << folder.Read("out/doc.html");
+    Publish(upper, {"--elements", "b", "--keep-markers"});
+    EXPECT_EQ(finished.error.find("lacks"), std::string::npos) << finished.error;
+}
+
 TEST_F(LossReportOfPublish, NamesTheCandidatesOfEqualGroups) {
     folder.Write("d/doc.xml",
                  "<root><p a='1'>Same</p><p a='1'>Same</p><p a='1'>Same</p><p a='1'>Other</p></root>");
