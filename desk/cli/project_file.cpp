@@ -2,6 +2,8 @@
 
 #include <toml++/toml.h>
 #include <algorithm>
+#include <cctype>
+#include <string_view>
 
 #include "desk/cli/exit_status.h"
 #include "desk/cli/options.h"
@@ -277,13 +279,38 @@ const ProjectSetting* Find(const Project& project, const Deliverable& deliverabl
     return own != nullptr ? own : Find(project.defaults, option);
 }
 
+namespace {
+
+/// What may help where the parser stops; empty if nothing does. Lines before it are well-formed, and columns
+/// count characters.
+std::string AdviceAt(std::string_view text, const toml::source_position& at) {
+    for (toml::source_index line = 1; line < at.line; ++line) {
+        text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
+    }
+    text = text.substr(0, text.find('\n'));
+    text = text.substr(0, text.find_last_not_of(" \t\r") + 1);
+    const std::size_t from = std::min<std::size_t>(at.column - 1, text.size());
+    const std::string_view rest = text.substr(from);
+    const auto isAscii = [](unsigned char c) { return c < 0x80; };
+    if (!std::ranges::all_of(text, isAscii)) {
+        return "; save the file as UTF-8 if it is in another encoding";
+    }
+    if (rest.empty()) {
+        return "; the value on this line does not end: look for a missing quote or bracket";
+    }
+    const bool isWord = std::isalpha(static_cast<unsigned char>(rest.front())) != 0;
+    return isWord && text.find('=') < from ? "; write text in quotes" : "";
+}
+
+}  // namespace
+
 Project ParseProject(std::string_view text, const NativePath& file) {
     try {
         return ReadTable(toml::parse(text), file);
     } catch (const toml::parse_error& error) {
         const toml::source_position& at = error.source().begin;
         throw Stop{kExitUsage, file.utf8 + ':' + std::to_string(at.line) + ':' + std::to_string(at.column) +
-                                   ": " + std::string(error.description())};
+                                   ": " + std::string(error.description()) + AdviceAt(text, at)};
     }
 }
 

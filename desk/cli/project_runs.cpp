@@ -69,6 +69,17 @@ std::vector<std::string> NamesOf(const Project& project) {
                                               : "; did you mean '" + meant + "'?")};
 }
 
+/// Without a project file, the word on the command line is a document. Throws Stop if it seems to be the name
+/// of a deliverable. Accepts an empty one.
+void RequireKnown(const std::string& document) {
+    if (!document.empty() && document.find_first_of("/.") == std::string::npos &&
+        !IsPresent(AbsolutePath({document}))) {
+        throw Stop{kExitUnreadable, AbsolutePath({document}).utf8 +
+                                        " does not exist, and there is no ventrix.toml in this folder with a "
+                                        "deliverable of that name"};
+    }
+}
+
 /// The deliverables that the word on the command line means: by name, else those of the document; all without
 /// a word. None for a document that is no deliverable.
 std::vector<Deliverable> Select(const Project& project, const std::string& word,
@@ -256,6 +267,7 @@ RunPlan PlanRuns(const std::vector<std::string>& words, const Options& options) 
         if (!options.emptied.empty()) {
             RefuseEmptied(*options.emptied.begin());
         }
+        RequireKnown(options.common.document);
         RequireComplete(options);
         plan.runs.push_back(options);
         return plan;

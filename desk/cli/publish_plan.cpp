@@ -14,6 +14,7 @@
 #include "desk/clients/saxon.h"
 #include "desk/toolkit/installed_toolkit.h"
 #include "desk/xml/stylesheet.h"
+#include "platform/files.h"
 
 namespace ventrix::desk {
 namespace {
@@ -87,6 +88,17 @@ void CheckToolkitOptions(const Options& options, bool ditaOt) {
     requireBuiltIn("--logo", options.publish.logo);
 }
 
+/// Whether the content begins as that of one of the formats, or contains a drawing. What is in UTF-16 may be
+/// one.
+bool IsImage(std::string_view content) {
+    using namespace std::string_view_literals;
+    constexpr std::string_view kStarts[] = {"\x89PNG"sv, "\xFF\xD8\xFF"sv, "GIF8"sv,
+                                            "RIFF"sv,    "\xFF\xFE"sv,     "\xFE\xFF"sv};
+    return std::ranges::any_of(kStarts, [&](std::string_view start) { return content.starts_with(start); }) ||
+           (content.size() > 8 && content.substr(4, 4) == "ftyp") ||
+           content.find("<svg") != std::string_view::npos || content.find(":svg") != std::string_view::npos;
+}
+
 /// Throws Stop if a browser does not show the file as an image.
 void RequireImage(const char* option, const NativePath& file) {
     constexpr std::string_view kExtensions[] = {".svg", ".png", ".jpg", ".jpeg", ".gif", ".webp", ".avif"};
@@ -98,6 +110,12 @@ void RequireImage(const char* option, const NativePath& file) {
         throw Stop{kExitUsage, std::string(option) + ": " + file.utf8 +
                                    " is not an image that browsers show (expected .svg, .png, .jpg, .jpeg, "
                                    ".gif, .webp or .avif)"};
+    }
+    std::string content;
+    if (!file.Empty() && platform::ReadWholeFile(file.utf8, content) == platform::kErrorNone &&
+        !IsImage(content)) {
+        throw Stop{kExitUsage, std::string(option) + ": " + file.utf8 +
+                                   " does not contain an image, although its name says so"};
     }
 }
 

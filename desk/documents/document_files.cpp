@@ -13,6 +13,7 @@
 #include "desk/xml/lenient_load.h"
 #include "desk/xml/limits.h"
 #include "desk/xml/reference_path.h"
+#include "platform/files.h"
 #include "platform/native_files.h"
 
 namespace ventrix::desk {
@@ -80,7 +81,8 @@ void Follow(Walk& walk, const NativePath& path) {
     LenientDocument loaded = LoadLeniently(path);
     std::error_code error;
     if (loaded.identity == decltype(loaded.identity)() &&
-        std::filesystem::is_regular_file(ToFilesystem(path), error)) {
+        std::filesystem::is_regular_file(ToFilesystem(path), error) &&
+        platform::OpensForReading(path.utf8)) {  // Otherwise it is reported as missing.
         Remark(walk, {path, 0, path.utf8, loaded.reason});
     }
     if (loaded.beyondLimits && walk.result.reason.empty()) {

@@ -28,7 +28,15 @@ TEST(ProjectFile, ErrorsNameTheLineAndSayWhatToDo) {
     } rows[] = {
         {"a = [1,\n", "1:9: "},
         {"[[publish]\n", "1:"},
-        {"quiet = true\nquiet = true\n", "2:"},
+        {"\nlog = \"a\nquiet = true\n",
+         "2:9: Error while parsing string: unescaped control characters other than TAB (U+0009) are "
+         "explicitly "
+         "prohibited; the value on this line does not end: look for a missing quote or bracket"},
+        {"log = a.log\r\n",
+         "1:7: Error while parsing value: could not determine value type; write text in quotes"},
+        {"log = \"\xE9\"\n", "1:8: Encountered invalid utf-8 sequence; save the file as UTF-8"},
+        {"quiet = true\nquiet = true\n",
+         "2:9: Error while parsing key-value pair: cannot redefine existing boolean 'quiet'"},
         {"\natributes = \"a\"\n", "2: unknown key 'atributes'; did you mean 'attributes'?"},
         {"pre_script = \"a\"\n", "1: unknown key 'pre_script'; did you mean 'pre-script'?"},
         {"[[publish]]\nname = \"a\"\ndocment = \"d\"\n",
