@@ -5,6 +5,7 @@
 #include <string>
 
 #include "desk/paths/paths.h"
+#include "desk/xml/subject.h"
 
 namespace ventrix::desk {
 
@@ -14,6 +15,7 @@ struct Finding {
     std::string code;  ///< A word for scripts, listed in docs/json.md, such as "not-encoded".
     std::string text;  ///< One line, without the file's name.
     int column = 0;    ///< In characters, from 1; 0 if unknown.
+    Subject subject = {};
 };
 
 }  // namespace ventrix::desk

@@ -138,8 +138,7 @@ void ShowDryRun(const PublishPlan& plan, const Options& options, const Session& 
     const Manifest manifest = ReadManifest(output, kResultMark);
     RequireOutput(output, manifest, plan, options.publish.force);
     const std::vector<NativePath> missing = MissingFiles(session.files);
-    std::vector<Finding> findings;
-    AddMissingFiles(session.files, missing, findings);
+    std::vector<Finding> findings = MissingReferences(session.files, missing);
     std::vector<std::string> unlisted;
     const FolderContent content = ContentOf(output, manifest, options.publish, unlisted);
     for (const std::string& line : unlisted) {

@@ -4,9 +4,8 @@
 #include <cstdlib>
 #include <set>
 #include <string>
-#include <string_view>
 
-#include "desk/xml/reference_path.h"
+#include "desk/cli/finding_columns.h"
 #include "platform/files.h"
 
 namespace ventrix::desk {
@@ -14,21 +13,9 @@ namespace {
 
 constexpr char kMissing[] = "missing";
 
-std::string ReferenceTo(const DocumentFile& file) {
-    return file.referrer.Empty()
-               ? std::string()
-               : "; " + file.referrer.utf8 +
-                     (file.line > 0 ? ":" + std::to_string(file.line) : std::string()) + " refers to it";
-}
-
-/// The file that the reference in a finding names; empty if it has none.
-NativePath ReferredFile(const DitaFinding& finding) {
-    const std::size_t begin = finding.text.find('"') + 1;
-    const std::size_t end = begin == 0 ? std::string::npos : finding.text.find('"', begin);
-    return end == std::string::npos
-               ? NativePath{}
-               : TargetOf(std::string_view(finding.text).substr(begin, end - begin), FolderOf(finding.file))
-                     .path;
+/// The file that could not be used: that of the finding, or the one to which it refers.
+const NativePath& UnusableFile(const Finding& finding) {
+    return finding.subject.target.Empty() ? finding.file : finding.subject.target;
 }
 
 }  // namespace
@@ -39,15 +26,22 @@ std::vector<NativePath> MissingFiles(const DocumentFiles& files) {
     return missing;
 }
 
-void AddMissingFiles(const DocumentFiles& files, const std::vector<NativePath>& missing,
-                     std::vector<Finding>& findings) {
+std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::vector<NativePath>& missing) {
     const std::set<NativePath> unread(missing.begin(), missing.end());
+    std::vector<Finding> findings;
     for (const DocumentFile& file : files.files) {
-        if (unread.contains(file.path)) {
-            findings.push_back({file.path, 0, kMissing,
-                                "is missing or unreadable and is not in the result" + ReferenceTo(file)});
+        if (unread.contains(file.path) && !file.referrer.Empty()) {
+            findings.push_back({.file = file.referrer,
+                                .line = file.line,
+                                .code = kMissing,
+                                .text = "refers to " + file.path.utf8 + ", which is missing or unreadable",
+                                .subject = {.target = file.path}});
+        } else if (unread.contains(file.path)) {
+            findings.push_back({file.path, 0, kMissing, "is missing or unreadable"});
         }
     }
+    AddColumns(findings);
+    return findings;
 }
 
 FailureReason SplitReason(const std::string& reason) {
@@ -71,7 +65,7 @@ void AddFailedFiles(const std::vector<FailedFile>& files, std::vector<Finding>& 
 
 bool NamesFileOf(const std::string& line, const std::vector<Finding>& findings) {
     return std::ranges::any_of(findings, [&line](const Finding& finding) {
-        const std::string name = FromFilesystem(ToFilesystem(finding.file).filename()).utf8;
+        const std::string name = FromFilesystem(ToFilesystem(UnusableFile(finding)).filename()).utf8;
         return !name.empty() && line.find("/" + name) != std::string::npos;
     });
 }
@@ -80,7 +74,7 @@ std::set<NativePath> UnusableIn(const std::vector<Finding>& findings) {
     std::set<NativePath> files;
     for (const Finding& finding : findings) {
         if (finding.code == kMissing || finding.code == kNotReadable) {
-            files.insert(finding.file);
+            files.insert(UnusableFile(finding));
         }
     }
     return files;
@@ -89,8 +83,8 @@ std::set<NativePath> UnusableIn(const std::vector<Finding>& findings) {
 void AddTransformationFindings(const std::vector<DitaFinding>& found, const std::set<NativePath>& unusable,
                                std::vector<Finding>& findings) {
     for (const DitaFinding& one : found) {
-        if (one.rule == kUnknownKey || !unusable.contains(ReferredFile(one))) {
-            findings.push_back({one.file, one.line, one.rule, one.text});
+        if (!unusable.contains(one.subject.target)) {
+            findings.push_back({one.file, one.line, one.rule, one.text, 0, one.subject});
         }
     }
 }

@@ -18,9 +18,8 @@ inline constexpr char kNotReadable[] = "not-readable";
 /// The files that the document refers to and that cannot be opened, in document order.
 std::vector<NativePath> MissingFiles(const DocumentFiles& files);
 
-/// Adds a finding for each missing file, which names the place that refers to it first.
-void AddMissingFiles(const DocumentFiles& files, const std::vector<NativePath>& missing,
-                     std::vector<Finding>& findings);
+/// A finding for each missing file, at the place that refers to it first.
+std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::vector<NativePath>& missing);
 
 /// An error of the module's parser.
 struct FailureReason {

@@ -20,47 +20,24 @@ struct Needle {
     bool isWord = true;  ///< Begins after whitespace, as an attribute does.
 };
 
-/// An attribute with this value, in either kind of quotes.
-void AddAttribute(const char* name, const std::string& value, std::vector<Needle>& needles) {
-    needles.push_back({name + ("=\"" + value + '"'), false});
-    needles.push_back({name + ("='" + value + '\''), false});
-}
-
-/// An attribute whose value the finding has as it is after parsing, or without the name of its own file.
-void AddReference(const std::string& value, std::vector<Needle>& needles) {
-    for (const char* name : {"href", "xml:lang", "conref"}) {
-        AddAttribute(name, EscapedXml(value), needles);
+/// In the order in which they are looked for.
+std::vector<Needle> NeedlesOf(const Subject& subject) {
+    if (!subject.element.empty()) {
+        return {{'<' + subject.element, true, false}};
     }
+    if (subject.attribute.empty()) {
+        const std::string name = FromFilesystem(ToFilesystem(subject.target).filename()).utf8;
+        return name.empty() ? std::vector<Needle>() : std::vector<Needle>{{name, true, false}};
+    }
+    const std::string value = EscapedXml(subject.value);
+    std::vector<Needle> needles{{subject.attribute + "=\"" + value + '"', false},
+                                {subject.attribute + "='" + value + '\'', false}};
     if (value.starts_with('#')) {
-        needles.push_back({EscapedXml(value) + '"', true, false});
+        needles.push_back({value + '"', true, false});  // With the name of its own file.
     }
-    needles.push_back({"href=", true});
-    needles.push_back({"keyref=", true});
-}
-
-/// In the order in which they are looked for; none if the text names nothing of the source.
-std::vector<Needle> NeedlesOf(const std::string& text) {
-    constexpr std::string_view kRefersTo = "refers to ";
-    std::vector<Needle> needles;
-    if (text.starts_with(kRefersTo)) {
-        const std::string path = text.substr(0, text.find(", which"));
-        return {{path.substr(path.find_last_of('/') + 1), true, false}};
-    }
-    if (text.starts_with('<')) {
-        return {{text.substr(0, text.find('>')), true, false}};
-    }
-    const std::size_t quote = text.find('"');
-    const std::size_t end = quote == kNpos ? kNpos : text.find('"', quote + 1);
-    if (end == kNpos) {
-        return {};
-    }
-    const std::string value = text.substr(quote + 1, end - quote - 1);
-    const std::string name = quote > 0 && text[quote - 1] == '=' ? text.substr(0, quote - 1) : std::string();
-    if (name.empty()) {
-        AddReference(value, needles);
-    } else if (const std::string attribute = name.substr(name.find_last_of(' ') + 1); !attribute.empty()) {
-        AddAttribute(attribute.c_str(), EscapedXml(value), needles);
-        needles.push_back({attribute + '=', true});
+    needles.push_back({subject.attribute + '=', true});
+    if (subject.attribute == "href") {
+        needles.push_back({"keyref=", true});  // The key gave the href.
     }
     return needles;
 }
@@ -129,7 +106,7 @@ void AddColumns(std::vector<Finding>& findings) {
     std::string content;
     for (Finding& finding : findings) {
         const bool isOpen = finding.line > 0 && finding.column == 0 && !finding.file.Empty();
-        const std::vector<Needle> needles = isOpen ? NeedlesOf(finding.text) : std::vector<Needle>();
+        const std::vector<Needle> needles = isOpen ? NeedlesOf(finding.subject) : std::vector<Needle>();
         if (needles.empty()) {
             continue;
         }

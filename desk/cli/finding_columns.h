@@ -1,5 +1,5 @@
 // The columns of findings in source files. The parser keeps only the line of an element, and that of the end
-// of its start tag; the text of a finding says what to look for there.
+// of its start tag; the subject of a finding says what to look for there.
 #pragma once
 
 #include <vector>

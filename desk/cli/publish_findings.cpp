@@ -98,7 +98,7 @@ std::vector<Finding> PublishFindings(const PublishPlan& plan, const PublishOptio
     if (plan.xsltEngine == "libxslt") {
         AddStylesheetVersion(plan.xslt, findings);
     }
-    AddMissingFiles(session.files, outcome.missing, findings);
+    std::ranges::move(MissingReferences(session.files, outcome.missing), std::back_inserter(findings));
     if (outcome.log.graphicsOnOtherDrive) {
         findings.push_back(
             {session.document, 0, "graphics-on-other-drive",

@@ -312,6 +312,7 @@ void NameSources(const PublishPlan& plan, const PackageLayout& layout, RunLog& l
     }
     for (DitaFinding& finding : record.findings) {
         NameSource(plan, layout, finding.file);
+        NameSource(plan, layout, finding.subject.target);
     }
 }
 

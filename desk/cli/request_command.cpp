@@ -56,9 +56,8 @@ RequestLog LogOf(const std::string& request) {
 
 /// Reports the files that a Publish could not read.
 void ReportFiles(const DocumentFiles& files, const RequestLog& log, RunReport& report, const Screen& screen) {
-    std::vector<Finding> findings;
     report.missing = MissingFiles(files);
-    AddMissingFiles(files, report.missing, findings);
+    std::vector<Finding> findings = MissingReferences(files, report.missing);
     if (!log.path.Empty()) {
         const RunLog run = ReadRunLog(LogFrom(log.path, log.start));
         report.failed = run.failed;

@@ -106,27 +106,12 @@ void AddFailedInclusions(const Session& session, const std::set<NativePath>& unu
 
 }  // namespace
 
-std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::vector<NativePath>& missing) {
-    const std::set<NativePath> unread(missing.begin(), missing.end());
-    std::vector<Finding> findings;
-    for (const DocumentFile& file : files.files) {
-        if (unread.contains(file.path) && !file.referrer.Empty()) {
-            findings.push_back({file.referrer, file.line, "missing",
-                                "refers to " + file.path.utf8 + ", which is missing or unreadable"});
-        } else if (unread.contains(file.path)) {
-            findings.push_back({file.path, 0, "missing", "is missing or unreadable"});
-        }
-    }
-    AddColumns(findings);
-    return findings;
-}
-
 std::vector<Finding> PublishProblems(const Session& session, const Options& options, const PublishPlan* plan,
                                      const std::vector<NativePath>& missing) {
     std::vector<Finding> findings;
     AddUnreadable(session.files, findings);
     std::vector<Finding> named = findings;
-    AddMissingFiles(session.files, missing, named);
+    std::ranges::move(MissingReferences(session.files, missing), std::back_inserter(named));
     if (session.files.dita && (plan == nullptr || plan->ditaOt)) {
         AddToolkitFindings(session, options, named, findings);
     }

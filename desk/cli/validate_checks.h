@@ -10,9 +10,6 @@
 
 namespace ventrix::desk {
 
-/// The missing files, at the places that refer to them first.
-std::vector<Finding> MissingReferences(const DocumentFiles& files, const std::vector<NativePath>& missing);
-
 /// XML files that are not well-formed; for a DITA document what the built-in toolkit reports: broken links,
 /// unknown keys, dead content references, and what it does not handle, unless the options name another
 /// toolkit; for a stylesheet its version and the inclusions that fail. A null plan means a

@@ -9,6 +9,7 @@
 #include "desk/toolkit/package_markers.h"
 #include "desk/xml/file_access.h"
 #include "desk/xml/markup_in_text.h"
+#include "desk/xml/reference_path.h"
 #include "desk/xml/stylesheet.h"
 #include "platform/files.h"
 
@@ -36,6 +37,23 @@ NativePath OutputFolderOf(const XsltRun& run, const FileAccess& access) {
     return access.outputFolder.Empty() ? FolderOf(run.output) : access.outputFolder;
 }
 
+/// A document that a stylesheet did not get, as a finding.
+DitaFinding FindingFor(const UnreadDocument& unread, const XsltRun& run, const NativePath& package) {
+    const NativePath file = TargetOf(unread.uri, {"/"}).path;
+    const bool isPackaged = !file.Empty() && IsBelowOrEqual(file, package);
+    const std::string name = isPackaged     ? file.utf8.substr(package.utf8.size() + 1)
+                             : file.Empty() ? unread.uri
+                                            : file.utf8;
+    return {unread.stylesheet.Empty() ? run.stylesheet : unread.stylesheet,
+            unread.line,
+            "document() does not get " + name + ": " + unread.reason +
+                (isPackaged ? "; beside the document, a stylesheet can read the files to which the document "
+                              "refers, and others by a path from the stylesheet"
+                            : ""),
+            kDeadReference,
+            {.target = file}};
+}
+
 /// Empty on success; else the reason, which names the file.
 std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const FileAccess& access,
                           std::vector<DitaFinding>& findings) {
@@ -61,7 +79,8 @@ std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const File
     }
     for (const FailedInclusion& failed : failedInclusions) {
         // A file that the package lacks is reported as missing.
-        if (failed.target.Empty() || platform::OpensForReading(failed.target.utf8)) {
+        const NativePath& target = failed.subject.target;
+        if (target.Empty() || platform::OpensForReading(target.utf8)) {
             findings.push_back(FindingFor(failed));
         }
     }
@@ -76,6 +95,9 @@ std::string RunStylesheet(XsltRun& run, const XsltSettings& settings, const File
                   run.messages);
     if (!scope.Refusal().empty()) {
         return run.source.utf8 + ": " + scope.Refusal();
+    }
+    for (const UnreadDocument& unread : scope.Unread()) {
+        findings.push_back(FindingFor(unread, run, access.outputFolder));
     }
     if (!result.failure.empty()) {
         return "the stylesheet " + run.stylesheet.utf8 + " failed on " + run.source.utf8 + ": " +
@@ -227,7 +249,7 @@ ClientAnswer RunCommand(const XsltSettings& settings, const FileAccess& access, 
 
 DitaFinding FindingFor(const FailedInclusion& failed) {
     return {failed.file, failed.line, failed.element + " is not in the result: " + failed.reason,
-            kDeadReference};
+            kDeadReference, failed.subject};
 }
 
 Client MakeXsltClient(const XsltSettings& settings, const FileAccess& access, TransformationRecord& record) {

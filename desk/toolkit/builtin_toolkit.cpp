@@ -190,9 +190,9 @@ ReferenceTargets TargetsOf(Publication& publication, const RemarkSink& remarks) 
 /// The order matters. Reused content brings key references, samples and links with it; keys and the map
 /// add links, which DirectReferences then directs to pages.
 void ResolveReferences(Publication& publication, xmlDoc* document, const NativePath& topic) {
-    const RemarkSink remarks = [&publication](const xmlNode* place, const char* rule,
-                                              const std::string& text) {
-        Remark(publication, {SourceOf(place), static_cast<int>(xmlGetLineNo(place)), text, rule});
+    const RemarkSink remarks = [&publication](const xmlNode* place, const char* rule, const std::string& text,
+                                              const Subject& subject) {
+        Remark(publication, {SourceOf(place), static_cast<int>(xmlGetLineNo(place)), text, rule, subject});
     };
     ResolveConrefs(document, &publication.navigation.keys, publication.library, remarks);
     ReportUnhandled(document, remarks);
@@ -328,9 +328,9 @@ std::string MakePages(Publication& publication) {
         MakeStartPage(publication);
     }
     CopyAssets(publication);
-    for (const DeadLink& link : publication.links.DeadLinks(publication.written)) {
-        Remark(publication, {link.topic, static_cast<int>(link.line),
-                             link.problem + ExclusionOf(publication, link.target), kBrokenLink});
+    for (const auto& [link, problem] : publication.links.DeadLinks(publication.written)) {
+        Remark(publication, {link.topic, link.line, problem + ExclusionOf(publication, link.target),
+                             kBrokenLink, link.reference});
     }
     return publication.failure;
 }

@@ -139,7 +139,8 @@ std::string CodeOf(const xmlNode* element, const RemarkSink& remarks) {
     if (!ReadCode(DitaTargetOf(href), content)) {
         remarks(element, kDeadReference,
                 "coderef \"" + AsWritten(element, href) +
-                    "\" is not a readable UTF-8 file; its lines are missing");
+                    "\" is not a readable UTF-8 file; its lines are missing",
+                ReferenceIn("href", element, href));
         return {};
     }
     const Lines lines = LinesOf(content);
@@ -148,7 +149,8 @@ std::string CodeOf(const xmlNode* element, const RemarkSink& remarks) {
         remarks(element, kDeadReference,
                 "coderef \"" + AsWritten(element, href) +
                     "\" names no lines of the file, so that all are shown; write #line-range(FIRST,LAST), "
-                    "#line=BEFORE,AFTER or #token=START,END");
+                    "#line=BEFORE,AFTER or #token=START,END",
+                ReferenceIn("href", element, href));
     }
     return Joined(lines, range.value_or(LineRange()));
 }

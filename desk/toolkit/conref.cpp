@@ -77,13 +77,22 @@ std::string ReferenceOf(const ConrefRun& run, const xmlNode* element) {
     return href + (href.find('#') == std::string::npos ? "#" : "") + reference.substr(slash);
 }
 
-/// A reference as its author wrote it: by key with the file that the key leads to.
-std::string Quoted(const xmlNode* element, const std::string& conref) {
+/// A reference as its author wrote it.
+Subject SubjectOf(const xmlNode* element, const std::string& conref) {
     const std::string key = Attribute(element, "conkeyref");
-    if (key.empty() || conref == Attribute(element, "conref")) {
-        return "conref=\"" + AsWritten(element, conref) + "\"";
+    Subject subject = ReferenceIn("conref", element, conref);
+    if (!key.empty() && conref != Attribute(element, "conref")) {
+        subject.attribute = "conkeyref";
+        subject.value = key;
     }
-    return "conkeyref=\"" + key + "\" (" + AsWritten(element, conref.substr(0, conref.find('#'))) + ")";
+    return subject;
+}
+
+/// By key with the file that the key leads to.
+std::string Quoted(const Subject& subject, const xmlNode* element, const std::string& conref) {
+    const bool isKey = subject.attribute == "conkeyref";
+    return subject.attribute + "=\"" + subject.value + "\"" +
+           (isKey ? " (" + AsWritten(element, conref.substr(0, conref.find('#'))) + ")" : "");
 }
 
 std::string ExcludedBy(const ConrefRun& run) {
@@ -92,8 +101,10 @@ std::string ExcludedBy(const ConrefRun& run) {
 
 void ReportTarget(const ConrefRun& run, const xmlNode* element, const std::string& conref,
                   const std::string& problem) {
+    const Subject subject = SubjectOf(element, conref);
     run.remarks(element, kDeadReference,
-                Quoted(element, conref) + " " + problem + "; the element keeps its own content");
+                Quoted(subject, element, conref) + " " + problem + "; the element keeps its own content",
+                subject);
 }
 
 /// The element that the reference names. Null, with a remark, if there is none, or none that could be in the
@@ -131,10 +142,12 @@ const xmlNode* RangeEnd(const ConrefRun& run, const xmlNode* element, const xmlN
         return last;
     }
     const bool excluded = target.has_value() && run.library.IsExcluded(*target);
+    const Subject subject = ReferenceIn("conrefend", element, end);
     run.remarks(element, kDeadReference,
-                "conrefend=\"" + AsWritten(element, end) + "\" " +
+                "conrefend=\"" + subject.value + "\" " +
                     (excluded ? ExcludedBy(run) : "is no element after the target") +
-                    "; only the target is reused");
+                    "; only the target is reused",
+                subject);
     return first;
 }
 
@@ -171,7 +184,8 @@ xmlNode* Replace(ConrefRun& run, xmlNode* element, const std::string& conref) {
             run.remarks(element, kUnknownKey,
                         "conkeyref=\"" + key +
                             "\": the map does not define this key with a target; the element keeps its own "
-                            "content");
+                            "content",
+                        {.attribute = "conkeyref", .value = key});
         }
         return nullptr;
     }

@@ -189,6 +189,13 @@ std::string AsWritten(const xmlNode* element, const std::string& absoluteReferen
     return (target->path == file ? "" : RelativeReference(file, target->path)) + fragment;
 }
 
+Subject ReferenceIn(const char* attribute, const xmlNode* element, const std::string& absoluteReference) {
+    const auto target = DitaTargetOf(absoluteReference);
+    return {.attribute = attribute,
+            .value = AsWritten(element, absoluteReference),
+            .target = target.has_value() ? target->path : NativePath{}};
+}
+
 bool IsTopicFormat(const std::string& format, const NativePath& target) {
     return format == "dita" ||
            (format.empty() && (target.utf8.ends_with(".dita") || target.utf8.ends_with(".xml")));

@@ -11,12 +11,15 @@
 
 #include "desk/toolkit/ditaval.h"
 #include "desk/toolkit/document_copies.h"
+#include "desk/xml/subject.h"
 #include "desk/xml/xml_handles.h"
 
 namespace ventrix::desk {
 
-/// Receives what could not be done in a document: the element, the rule (dita_run.h), and one line of text.
-using RemarkSink = std::function<void(const xmlNode* place, const char* rule, const std::string& text)>;
+/// Receives what could not be done in a document: the element, the rule (dita_run.h), one line of text, and
+/// what it is about.
+using RemarkSink = std::function<void(const xmlNode* place, const char* rule, const std::string& text,
+                                      const Subject& subject)>;
 
 /// What a topic reference refers to, as far as it says so.
 struct TopicReference {
@@ -74,6 +77,9 @@ void SetSource(xmlNode* element, const NativePath& file);
 
 /// An absolute reference as the element's author would write it, for a message: relative to its own file.
 std::string AsWritten(const xmlNode* element, const std::string& absoluteReference);
+
+/// An attribute with an absolute reference.
+Subject ReferenceIn(const char* attribute, const xmlNode* element, const std::string& absoluteReference);
 
 /// Whether a reference leads to a topic: because its `format`, which may be empty, says so, or else by the
 /// file's extension.

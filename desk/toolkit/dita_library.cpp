@@ -122,7 +122,8 @@ const TopicSummary& DitaLibrary::Summary(const NativePath& path) {
     const bool readable = loaded.document != nullptr;
     if (readable && ReusesTitles(loaded.document.get())) {
         const XmlDocument resolved(xmlCopyDoc(loaded.document.get(), 1));
-        ResolveConrefs(resolved.get(), keys_, *this, [](const xmlNode*, const char*, const std::string&) {});
+        ResolveConrefs(resolved.get(), keys_, *this,
+                       [](const xmlNode*, const char*, const std::string&, const Subject&) {});
         summary = SummaryOf(resolved.get());
     } else if (readable) {
         summary = SummaryOf(loaded.document.get());

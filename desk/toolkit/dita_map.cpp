@@ -24,16 +24,16 @@ struct MapReader {
     std::vector<NativePath> openMaps;  ///< From the root map down, to detect maps that contain themselves.
 };
 
-void Remark(const MapReader& reader, const NativePath& map, long line, const char* rule,
-            const std::string& text) {
-    reader.run.log("warning: " + map.utf8 + ": " + text);
-    reader.run.finding({map, static_cast<int>(line), text, rule});
+void Remark(const MapReader& reader, const DitaFinding& finding) {
+    reader.run.log("warning: " + finding.file.utf8 + ": " + finding.text);
+    reader.run.finding(finding);
 }
 
 RemarkSink RemarksOf(const MapReader& reader) {
-    return [&reader](const xmlNode* place, const char* rule, const std::string& text) {
-        Remark(reader, SourceOf(place), xmlGetLineNo(place), rule, text);
-    };
+    return
+        [&reader](const xmlNode* place, const char* rule, const std::string& text, const Subject& subject) {
+            Remark(reader, {SourceOf(place), static_cast<int>(xmlGetLineNo(place)), text, rule, subject});
+        };
 }
 
 /// What topicrefs pass on to the topicrefs in them.
@@ -297,7 +297,7 @@ void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inher
     const NativePath& path = target.path;
     auto& open = reader.openMaps;
     if (std::find(open.begin(), open.end(), path) != open.end()) {
-        Remark(reader, path, 0, kToolkitRule, "the map contains itself; remove the reference to it");
+        Remark(reader, {path, 0, "the map contains itself; remove the reference to it"});
         return;
     }
     const bool isNew = !reader.maps.contains(path);  // A key or reused content led to it.
@@ -322,9 +322,11 @@ void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inher
     }
     open.pop_back();
     if (place == nullptr) {
-        Remark(reader, path, 0, kDeadReference,
-               "the map has no branch with the id \"" +
-                   (target.element.empty() ? target.topic : target.element) + "\"; the whole map is used");
+        Remark(reader,
+               {path, 0,
+                "the map has no branch with the id \"" +
+                    (target.element.empty() ? target.topic : target.element) + "\"; the whole map is used",
+                kDeadReference});
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include "desk/toolkit/document_copies.h"
 #include "desk/xml/stylesheet.h"
+#include "desk/xml/subject.h"
 
 namespace ventrix::desk {
 
@@ -23,6 +24,7 @@ struct DitaFinding {
     int line = 0;  ///< 0 if unknown.
     std::string text;
     std::string rule = kToolkitRule;
+    Subject subject = {};
 };
 
 /// How the built-in toolkit's pages look, beyond its own style sheet. Each member may be empty.

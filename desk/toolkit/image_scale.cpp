@@ -75,7 +75,8 @@ void ScaleImage(xmlNode* image, const RemarkSink& remarks) {
         remarks(image, kNotHandled,
                 "scale=\"" + scale + "\" of <image>: " +
                     (isNumber ? "only local PNG, GIF and JPEG files are scaled" : "not a whole number") +
-                    ", so that the image has its own size; write a width into the topic");
+                    ", so that the image has its own size; write a width into the topic",
+                {.attribute = "scale", .value = scale});
         return;
     }
     SetScaled(image, "width", size->width, percent);

@@ -73,7 +73,8 @@ void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library
         const std::size_t slash = std::min(reference.find('/'), reference.size());
         const auto key = keys.find(reference.substr(0, slash));
         if (key == keys.end()) {
-            remarks(node, kUnknownKey, "keyref=\"" + reference + "\": the map does not define this key");
+            remarks(node, kUnknownKey, "keyref=\"" + reference + "\": the map does not define this key",
+                    {.attribute = "keyref", .value = reference});
             continue;
         }
         ApplyKey(node, key->second, slash < reference.size() ? reference.substr(slash + 1) : std::string(),
@@ -81,7 +82,8 @@ void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library
         if (ShowsNothing(node)) {
             remarks(node, kUnknownKey,
                     "keyref=\"" + reference + "\": the key gives <" + std::string(View(node->name)) +
-                        "> neither a text nor a target, so that it is missing on the page");
+                        "> neither a text nor a target, so that it is missing on the page",
+                    {.attribute = "keyref", .value = reference});
         }
     }
 }

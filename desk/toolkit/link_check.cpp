@@ -17,14 +17,12 @@ std::vector<DeadLink> LinkCheck::DeadLinks(const std::set<NativePath>& written) 
     std::vector<DeadLink> dead;
     for (const PageLink& link : links_) {
         const std::string name = FromFilesystem(ToFilesystem(link.page).filename()).utf8;
+        const std::string start = "the link \"" + link.reference.value + "\" leads to ";
         const auto ids = ids_.find(link.page);
         if (!written.contains(link.page)) {
-            dead.push_back(
-                {link.topic, link.line, link.target,
-                 "the link \"" + link.reference + "\" leads to " + name + ", which is not written"});
+            dead.push_back({link, start + name + ", which is not written"});
         } else if (!link.anchor.empty() && (ids == ids_.end() || !ids->second.contains(link.anchor))) {
-            dead.push_back({link.topic, link.line, link.target,
-                            "the link \"" + link.reference + "\" leads to nothing in " + name});
+            dead.push_back({link, start + "nothing in " + name});
         }
     }
     return dead;

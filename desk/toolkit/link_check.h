@@ -14,17 +14,15 @@ namespace ventrix::desk {
 /// A link as it is made.
 struct PageLink {
     NativePath topic;  ///< Contains the link.
-    long line = 0;
-    NativePath page;        ///< Its target.
-    std::string anchor;     ///< The id in the target; empty for the page itself.
-    DitaTarget target;      ///< Of which the page is made.
-    std::string reference;  ///< As the topic writes it, for messages.
+    int line = 0;
+    NativePath page;     ///< Its target.
+    std::string anchor;  ///< The id in the target; empty for the page itself.
+    DitaTarget target;   ///< Of which the page is made.
+    Subject reference;   ///< As the topic writes it.
 };
 
 struct DeadLink {
-    NativePath topic;
-    long line = 0;
-    DitaTarget target;
+    PageLink link;
     std::string problem;
 };
 

@@ -34,7 +34,8 @@ const LinkTexts::ByElement& LinkTexts::TextsIn(const NativePath& path) {
         return place->second;
     }
     const XmlDocument resolved(xmlCopyDoc(const_cast<xmlDoc*>(document), 1));
-    ResolveConrefs(resolved.get(), &keys_, library_, [](const xmlNode*, const char*, const std::string&) {});
+    ResolveConrefs(resolved.get(), &keys_, library_,
+                   [](const xmlNode*, const char*, const std::string&, const Subject&) {});
     AddPageNumbers(resolved.get());
     xmlNode* root = xmlDocGetRootElement(resolved.get());
     std::string topic;

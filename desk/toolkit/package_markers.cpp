@@ -81,6 +81,7 @@ class AffectedElements {
     void Report(const std::function<void(const DitaFinding&)>& finding) const {
         for (const auto& [key, places] : found_) {
             DitaFinding found = places.first;
+            found.subject.element = key.first;
             found.text = "<" + key.first + "> is not preserved " + key.second +
                          "; places: " + std::to_string(places.number);
             finding(found);

@@ -53,7 +53,8 @@ void AddLinkText(const Page& page, xmlNode* link, const std::string& absolute, c
                              "the link \"" + AsWritten(link, absolute) +
                                  "\" has no text and its target no title, so that it shows the " +
                                  (text.text.empty() ? "address" : "title of the topic") +
-                                 "; write a text into the link");
+                                 "; write a text into the link",
+                             ReferenceIn("href", link, absolute));
     }
     xmlSetProp(link, Xml("page-title"), Xml((text.text.empty() ? href : text.text).c_str()));
     if (!text.type.empty()) {
@@ -69,7 +70,8 @@ void RemoveTarget(const Page& page, xmlNode* link) {
             "the link \"" + AsWritten(link, Attribute(link, "href")) +
                 "\" leads to a topic that the filter (" + page.targets.library.Sources().filterNames +
                 ") excludes, and has no text, so that it is missing on the page; exclude the "
-                "link too, or write a text into it");
+                "link too, or write a text into it",
+            ReferenceIn("href", link, Attribute(link, "href")));
     }
     xmlUnsetProp(link, Xml("href"));
 }
@@ -89,7 +91,8 @@ void LinkToTopic(const Page& page, xmlNode* link, const DitaTarget& target) {
                 "\" leads to a topic whose topic reference the filter (" +
                 targets.library.Sources().filterNames +
                 ") excludes; the topic is published because of the link; exclude the link too, or the "
-                "topic itself");
+                "topic itself",
+            ReferenceIn("href", link, absolute));
     }
     targets.needPage(target.path);
     const NativePath ownPage = PageOf(targets.layout, page.topic);
@@ -98,8 +101,8 @@ void LinkToTopic(const Page& page, xmlNode* link, const DitaTarget& target) {
     const std::string fragment = anchor.empty() ? "" : "#" + anchor;
     const bool isOwn = targetPage == ownPage && !fragment.empty();
     const std::string href = (isOwn ? "" : RelativeReference(ownPage, targetPage)) + fragment;
-    targets.check.Add(
-        {SourceOf(link), xmlGetLineNo(link), targetPage, anchor, target, AsWritten(link, absolute)});
+    targets.check.Add({SourceOf(link), static_cast<int>(xmlGetLineNo(link)), targetPage, anchor, target,
+                       ReferenceIn("href", link, absolute)});
     xmlSetProp(link, Xml("href"), Xml(href.c_str()));
     if (!HasText(link) && xmlHasProp(link, Xml("page-title")) == nullptr) {
         AddLinkText(page, link, absolute, href);
@@ -131,7 +134,8 @@ void LeaveOutTopic(const Page& page, xmlNode* element) {
         page.targets.remarks(element, kNotHandled,
                              "the link \"" + AsWritten(element, Attribute(element, "href")) + "\" of <" +
                                  std::string(View(element->name)) +
-                                 "> to a topic is not handled: it is left out");
+                                 "> to a topic is not handled: it is left out",
+                             ReferenceIn("href", element, Attribute(element, "href")));
     }
     xmlUnsetProp(element, Xml("href"));
 }
@@ -147,7 +151,8 @@ void DirectReference(const Page& page, xmlNode* element, const char* name) {
     const NativePath output = OutputOf(layout, target->path);
     if (output.Empty()) {
         page.targets.remarks(element, kToolkitRule,
-                             target->path.utf8 + " is outside the folders of the document and is left out");
+                             target->path.utf8 + " is outside the folders of the document and is left out",
+                             {});
     } else if (IsLink(element) && toTopic) {
         LinkToTopic(page, element, *target);
     } else if (std::string_view(name) == "href" && toTopic) {

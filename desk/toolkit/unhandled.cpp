@@ -104,18 +104,20 @@ bool IsUnknown(const xmlNode* node) {
 }
 
 void ReportElement(const xmlNode* node, const RemarkSink& remarks) {
-    const std::string element = "<" + std::string(View(node->name)) + ">";
+    const Subject subject{.element = std::string(View(node->name))};
+    const std::string element = "<" + subject.element + ">";
     const std::string types = Attribute(node, "class");
     if (IsUnknown(node)) {
         remarks(node, kNotHandled,
                 element +
                     " is not known, so that it is published without a type; declare its class in the "
-                    "document's DTD");
+                    "document's DTD",
+                subject);
     }
     for (const UnhandledType& row : kTypes) {
         if (types.find(row.type) != std::string::npos && HasType(node, row.type) &&
             MakesList(node, row.type) && HasLinks(node, row.type)) {
-            remarks(node, kNotHandled, element + " is not handled: " + row.effect + kAdvice);
+            remarks(node, kNotHandled, element + " is not handled: " + row.effect + kAdvice, subject);
         }
     }
 }
@@ -124,17 +126,20 @@ void ReportAttributes(const xmlNode* node, const RemarkSink& remarks) {
     for (const UnhandledAttribute& row : kAttributes) {
         if (node->properties != nullptr && xmlHasProp(node, Xml(row.name)) != nullptr &&
             (row.type == nullptr || HasType(node, row.type))) {
+            const Subject subject = ReferenceIn(row.name, node, Attribute(node, row.name));
             remarks(node, kNotHandled,
-                    row.name + ("=\"" + AsWritten(node, Attribute(node, row.name))) + "\" of <" +
-                        std::string(View(node->name)) + "> is not handled: " + row.effect + kAdvice);
+                    subject.attribute + "=\"" + subject.value + "\" of <" + std::string(View(node->name)) +
+                        "> is not handled: " + row.effect + kAdvice,
+                    subject);
         }
     }
     if (node->properties != nullptr && NamesLightweightTopic(node)) {
+        const Subject subject = ReferenceIn("href", node, Attribute(node, "href"));
         remarks(node, kNotHandled,
-                "\"" + AsWritten(node, Attribute(node, "href")) +
+                "\"" + subject.value +
                     "\" is not a topic in XML: the file is copied as it is; the DITA Open Toolkit handles it "
-                    "from "
-                    "version 3 on (--toolkit)");
+                    "from version 3 on (--toolkit)",
+                subject);
     }
 }
 
@@ -178,7 +183,7 @@ void ReportLanguages(xmlDoc* document, const std::string& mapLanguage, std::set<
             continue;
         }
         if (const std::string problem = LanguageProblem(language, reported); !problem.empty()) {
-            remarks(node, kNotHandled, problem);
+            remarks(node, kNotHandled, problem, {.attribute = "xml:lang", .value = language});
         }
     }
 }

@@ -12,6 +12,7 @@
 
 #include "desk/xml/limits.h"
 #include "desk/xml/parse_budget.h"
+#include "desk/xml/reference_path.h"
 #include "desk/xml/xml_handles.h"
 #include "platform/native_files.h"
 #include "platform/native_roots.h"
@@ -73,8 +74,22 @@ int Close(void* context) {
     return 0;
 }
 
+/// The first error of the parser, or why it could not begin.
+std::string ReasonOf(xmlParserCtxt* parser, const ParseBudget& budget) {
+    const xmlError* error = xmlCtxtGetLastError(parser);
+    if (!budget.Refusal().empty()) {
+        return budget.Refusal();
+    }
+    if (error == nullptr || error->domain == XML_FROM_IO || error->message == nullptr) {
+        return "the file is missing or unreadable";
+    }
+    const std::string_view message = error->message;
+    return "the file is not well-formed XML (line " + std::to_string(error->line) + ": " +
+           std::string(message.substr(0, message.find('\n'))) + ")";
+}
+
 /// Loads what a stylesheet imports and the documents that it reads, with the limits of limits.h.
-xmlDoc* LoadForXslt(const xmlChar* uri, xmlDict* names, int options, void*, xsltLoadType) {
+xmlDoc* LoadForXslt(const xmlChar* uri, xmlDict* names, int options, void* context, xsltLoadType type) {
     const XmlParser parser(xmlNewParserCtxt());
     if (parser == nullptr) {
         return nullptr;
@@ -87,7 +102,14 @@ xmlDoc* LoadForXslt(const xmlChar* uri, xmlDict* names, int options, void*, xslt
     const ParseBudget budget(*parser);
     XmlDocument document(xmlCtxtReadFile(parser.get(), reinterpret_cast<const char*>(uri), nullptr,
                                          options | XML_PARSE_NONET | XML_PARSE_HUGE));
-    return budget.Refusal().empty() ? document.release() : nullptr;
+    if (!budget.Refusal().empty()) {
+        document.reset();
+    }
+    if (document == nullptr && type == XSLT_LOAD_DOCUMENT && currentScope != nullptr) {
+        currentScope->AddUnread(*static_cast<const xsltTransformContext*>(context), std::string(View(uri)),
+                                ReasonOf(parser.get(), budget));
+    }
+    return document.release();
 }
 
 /// DTDs and parameter entities are read while the parser is in a subset. A general entity has a parser of its
@@ -144,6 +166,22 @@ ReadScope* ReadScope::Current() {
 
 void ReadScope::Add(const std::vector<NativePath>& folders) {
     folders_.insert(folders_.end(), folders.begin(), folders.end());
+}
+
+void ReadScope::AddUnread(const xsltTransformContext& transformation, const std::string& uri,
+                          const std::string& reason) {
+    const xmlNode* instruction = transformation.inst;
+    UnreadDocument unread{.uri = uri, .reason = reason};
+    if (instruction != nullptr && instruction->doc != nullptr) {
+        unread.stylesheet = TargetOf(View(instruction->doc->URL), {"/"}).path;
+        unread.line = static_cast<int>(xmlGetLineNo(instruction));
+    }
+    const bool isKnown = std::ranges::any_of(unread_, [&unread](const UnreadDocument& known) {
+        return known.stylesheet == unread.stylesheet && known.line == unread.line && known.uri == unread.uri;
+    });
+    if (!isKnown) {
+        unread_.push_back(std::move(unread));
+    }
 }
 
 bool ReadScope::Permits(const NativePath& file, const xmlParserCtxt* parser) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <libxml/parser.h>
+#include <libxslt/xsltInternals.h>
 
 #include <string>
 #include <vector>
@@ -20,6 +21,14 @@ bool LiesInOneOf(const NativePath& file, const std::vector<NativePath>& folders)
 
 /// The message about a file outside the permitted folders: it names the file and the option that permits it.
 std::string OutsideRefusal(const NativePath& file);
+
+/// A document that a stylesheet asked for and did not get.
+struct UnreadDocument {
+    NativePath stylesheet = {};  ///< With the instruction that asks for it; empty if unknown.
+    int line = 0;                ///< Of the instruction; 0 if unknown.
+    std::string uri;
+    std::string reason;  ///< One line.
+};
 
 /// While it lives, external entities and the documents that a stylesheet loads come from these folders and
 /// what is below. DTDs, parameter entities and stylesheets may lie elsewhere. Scopes may nest; the innermost
@@ -39,12 +48,20 @@ class ReadScope {
     /// Whether the file may be read for this parser, null for none; if not, it is recorded as refused.
     bool Permits(const NativePath& file, const xmlParserCtxt* parser);
 
+    /// Those of document() that could not be read, each once for an instruction.
+    const std::vector<UnreadDocument>& Unread() const { return unread_; }
+
+    /// `transformation` is at the instruction that asks for the document.
+    void AddUnread(const xsltTransformContext& transformation, const std::string& uri,
+                   const std::string& reason);
+
     /// The innermost scope; null if there is none.
     static ReadScope* Current();
 
   private:
     std::vector<NativePath> folders_;
     std::string refusal_;
+    std::vector<UnreadDocument> unread_;
     ReadScope* outer_;
 };
 

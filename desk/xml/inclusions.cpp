@@ -43,6 +43,15 @@ std::string StartOf(const xmlNode* include) {
     return text;
 }
 
+/// Without an href, the file itself is meant.
+Subject SubjectOf(const xmlNode* include, const NativePath& file) {
+    const std::string href = Attribute(include, "href");
+    if (href.empty()) {
+        return {.attribute = "xpointer", .value = Attribute(include, "xpointer"), .target = file};
+    }
+    return {.attribute = "href", .value = href, .target = TargetOf(href, FolderOf(file)).path};
+}
+
 void TakeError(void* context, xmlErrorPtr error) {
     auto& recorder = *static_cast<Recorder*>(context);
     recorder.guard.Take(*error);
@@ -50,8 +59,7 @@ void TakeError(void* context, xmlErrorPtr error) {
     if (error->domain == XML_FROM_XINCLUDE && error->level >= XML_ERR_ERROR && node != nullptr) {
         const NativePath file = TargetOf(View(node->doc->URL), {"/"}).path;
         recorder.failed.push_back({file, static_cast<int>(xmlGetLineNo(node)), StartOf(node),
-                                   ReasonFor(*error),
-                                   TargetOf(Attribute(node, "href"), FolderOf(file)).path});
+                                   ReasonFor(*error), SubjectOf(node, file)});
     }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "desk/paths/paths.h"
+#include "desk/xml/subject.h"
 
 namespace ventrix::desk {
 
@@ -18,7 +19,7 @@ struct FailedInclusion {
     int line = 0;         ///< 0 if unknown.
     std::string element;  ///< Its name, href and xpointer.
     std::string reason;   ///< One line.
-    NativePath target;    ///< Of its href; empty if that is not a local file.
+    Subject subject;      ///< Its href, or else its xpointer.
 };
 
 /// Replaces the include elements by what they include, which may include further files, and removes those

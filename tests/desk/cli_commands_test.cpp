@@ -43,6 +43,7 @@ class CommandLine : public testing::Test {
         }
         folder.Write("page.xsl", kStylesheet);
         folder.Write("broken.xsl", "<broken");
+        folder.Write("text.png", "text");
         folder.Write("full/mine.txt", "keep");
     }
 
@@ -107,6 +108,8 @@ TEST_F(CommandLine, InvalidUsageIsReportedAndLeavesNoFiles) {
         {with({"--transtype", "t"}), 2, "", "--transtype has no effect without an installed toolkit"},
         {with({"--css", "none.css"}), 2, "", "--css: none.css is not a readable file"},
         {with({"--logo", "page.xsl"}), 2, "", "--logo: page.xsl is not an image that browsers show"},
+        {with({"--logo", "text.png"}), 2, "", "--logo: text.png does not contain an image"},
+        {{"publish", "staff"}, 3, "", "staff does not exist, and there is no ventrix.toml in this folder"},
         {with({"--title", "T", "--xslt", "page.xsl"}), 2, "", "--title has no effect without the built-in"},
         {with({"--catalog", "none"}), 2, "", "--catalog: none"},
         {with({"--post-script", "page.xsl"}), 2, "", "page.xsl is not executable"},
@@ -222,7 +225,8 @@ TEST_F(CommandLine, RequestPrintsTheReply) {
                  "href=\"open.dita\"/></map>");
     folder.Write("open.dita", "<topic id=\"b\"><title>B</title><body><p>open</body></topic>");
     const std::string style = platform::ToSystem(folder.Native("page.xsl")).value();
-    const std::string referrer = folder.Native("gone.xml") + ":2 refers to it";
+    const std::string missing = folder.Native("gone.xml") + ":2:10: refers to " + folder.Native("none.png") +
+                                ", which is missing or unreadable";
     const std::string log = " -logFile \"" + folder.System("log.txt") + '"';
     const std::string out = platform::ToSystem(folder.Native("out")).value() + '\\';
     const auto request = [](const std::string& document, const std::string& text) {
@@ -239,7 +243,7 @@ TEST_F(CommandLine, RequestPrintsTheReply) {
         {request("src/plain.xml", "Publish -docId {docId} -usePreScript none -outputFolder " + out + log), 0,
          "first:  " + out, "CreateProcess failed (2)"},
         {request("gone.xml", "Publish -docId {docId} -useXSLT " + style + " -outputFolder " + out + log), 1,
-         "first:  " + out, "none.png: is missing or unreadable and is not in the result; " + referrer},
+         "first:  " + out, missing},
         {request("open.ditamap", "Publish -docId {docId} -useDITAOT -outputFolder " + out + log), 1,
          "first:  " + out, "open.dita:1:51: could not be read: "},
         {request("src/plain.xml", "VALIDATE -DOCID {docId}" + log), 0, "status: 0\n", ""},

@@ -117,39 +117,55 @@ TEST_F(Findings, OfAMissingFileAreOne) {
     folder.Write("t.dita",
                  "<topic id=\"t\"><title>T</title><body><p><xref href=\"none.dita\">a</xref></p>\n"
                  "<p><xref href=\"none.dita#n/x\"/></p><p conref=\"none.dita#n/p\"/>\n"
-                 "<pre><coderef href=\"gone.txt\"/></pre><p conref=\"open.dita#o/p\"/></body></topic>");
+                 "<pre><coderef href=\"gone.txt\"/></pre><p conref=\"open.dita#o/p\"/>"
+                 "<p conkeyref=\"k/p\"/></body></topic>");
+    folder.Write("m.ditamap",
+                 "<map><topicref href=\"t.dita\"/><keydef keys=\"k\" href=\"none.dita\"/></map>");
     for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"validate", "t.dita"}, {"publish", "t.dita", "-o", "out"}}) {
+         {std::vector<std::string>{"validate", "m.ditamap"}, {"publish", "m.ditamap", "-o", "out"}}) {
         const std::string lines = RunVentrix(folder, arguments).error;
         EXPECT_EQ(std::ranges::count(lines, '['), 3) << lines;
-        for (const char* rule : {"none.dita", "gone.txt", "open.dita"}) {
-            EXPECT_NE(lines.find(rule), std::string::npos) << lines;
+        for (const std::string& line :
+             {folder.Native("t.dita") + ":1:60: refers to " + folder.Native("none.dita"),
+              folder.Native("t.dita") + ":3:21: refers to " + folder.Native("gone.txt"),
+              folder.Native("open.dita") + ":2:15: could not be read"}) {
+            EXPECT_NE(lines.find(line), std::string::npos) << line << '\n' << lines;
         }
     }
 }
 
-TEST(FindingColumns, AreThoseOfTheTextThatTheFindingNames) {
+TEST(FindingColumns, AreThoseOfTheSubject) {
     const test::TestFolder folder;
     folder.Write("t.dita",
                  "<t>\n<a href=\"x\"/><a href='y &amp; z'/>\n<a\n  href=\"x\"\n  id=\"i\"/>\n"
                  "<b keyref=\"k\"/> <a id=\"h\" href=\"#t/e\"/> <longquoteref href=\"q\"/>\n"
-                 "<a href=\"1\"/><a href=\"2\"/></t>");
+                 "<a href=\"1\"/><a href=\"2\"/>\n<b keyref=\"n\"/> <i u=\"e.png\"/></t>");
     const struct {
         int line;
-        const char* text;
+        Subject subject;
         int foundLine, column;
     } rows[] = {
-        {2, "the link \"x\" leads", 2, 4},     {2, "coderef \"y & z\" is", 2, 17},
-        {5, "the link \"x\" leads", 4, 3},     {6, "keyref=\"k\": the map", 6, 4},
-        {6, "the link \"#t/e\" leads", 6, 27}, {6, "<longquoteref> is not", 6, 41},
-        {7, "the link \"t.dita#3\"", 7, 0},    {9, "the link \"x\" leads", 9, 0},
-        {6, "conkeyref=\"none\" has", 6, 0},   {6, "no quotes", 6, 0},
+        {2, {.attribute = "href", .value = "x"}, 2, 4},
+        {2, {.attribute = "href", .value = "y & z"}, 2, 17},
+        {5, {.attribute = "href", .value = "x"}, 4, 3},
+        {6, {.attribute = "keyref", .value = "k"}, 6, 4},
+        {6, {.attribute = "href", .value = "#t/e"}, 6, 27},
+        {6, {.element = "longquoteref"}, 6, 41},
+        {7, {.attribute = "href", .value = "t.dita#3"}, 7, 0},
+        {9, {.attribute = "href", .value = "x"}, 9, 0},
+        {6, {.attribute = "conkeyref", .value = "none"}, 6, 0},
+        {8, {.attribute = "href", .value = "given.dita"}, 8, 4},
+        {8, {.target = {"/elsewhere/e.png"}}, 8, 21},
+        {6, {}, 6, 0},
     };
     for (const auto& row : rows) {
-        std::vector<Finding> findings{{{folder.Native("t.dita")}, row.line, "broken-link", row.text}};
+        const std::string what =
+            row.subject.element + row.subject.attribute + row.subject.value + row.subject.target.utf8;
+        std::vector<Finding> findings{
+            {{folder.Native("t.dita")}, row.line, "broken-link", "text", 0, row.subject}};
         AddColumns(findings);
-        EXPECT_EQ(findings.front().line, row.foundLine) << row.text;
-        EXPECT_EQ(findings.front().column, row.column) << row.text;
+        EXPECT_EQ(findings.front().line, row.foundLine) << what;
+        EXPECT_EQ(findings.front().column, row.column) << what;
     }
 }
 

@@ -174,7 +174,7 @@ TEST_F(StylesheetRun, InclusionsThatFailAreReported) {
         {"'d.xml'", "d.xml:2:56: xi:include href=\"d.xml\" is not in the result: it includes the file"},
         {"'http://127.0.0.1:9/x.xml'", "d.xml:2:56: xi:include href=\"http://127.0.0.1:9/x.xml\" is not"},
         {"'ok.xml' xpointer='none'", "d.xml:2:56: xi:include href=\"ok.xml\" xpointer=\"none\" is not"},
-        {"'gone.xml'", "gone.xml: is missing or unreadable"},
+        {"'gone.xml'", "gone.xml, which is missing or unreadable"},
         {"'part.xml'", "part.xml:3:56: xi:include href=\"ok.xml\" xpointer=\"none\" is not"},
     };
     for (const auto& row : rows) {
@@ -184,6 +184,42 @@ TEST_F(StylesheetRun, InclusionsThatFailAreReported) {
         EXPECT_NE(finished.error.find(row.finding), std::string::npos) << row.finding << finished.error;
         EXPECT_EQ(std::ranges::count(finished.error, '['), 1) << "one finding each: " << finished.error;
         EXPECT_EQ(Read("out/d.html").find(":include"), std::string::npos) << Read("out/d.html");
+    }
+}
+
+TEST_F(StylesheetRun, DocumentsThatAStylesheetDoesNotGetAreReported) {
+    Write("d.xml", "<d a='1'><p>one</p><p>two</p></d>");
+    Write("beside.xml", "<d/>");
+    Write("broken.xml", "<d>");
+    Write("part.xsl",
+          "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>\n"
+          "<xsl:template match='p'>\n<p><xsl:value-of select=\"document('none.xml')\"/></p>"
+          "</xsl:template></xsl:stylesheet>");
+    const struct {
+        std::string content, finding;
+    } rows[] = {
+        {"<xsl:value-of select=\"document('beside.xml')\"/>", ""},
+        {"<xsl:value-of select=\"document('none.xml')\"/>",
+         Native("s.xsl") + ":1: document() does not get " + Native("none.xml") +
+             ": the file is missing or unreadable [dead-reference]"},
+        {"<xsl:value-of select=\"document('broken.xml')\"/>",
+         Native("s.xsl") + ":1: document() does not get " + Native("broken.xml") +
+             ": the file is not well-formed XML (line 1: "},
+        {"<xsl:value-of select=\"document('beside.xml', /)\"/>",
+         Native("s.xsl") +
+             ":1: document() does not get beside.xml: the file is missing or unreadable; beside"},
+        {"<xsl:apply-templates select='d/p'/>",
+         Native("part.xsl") + ":3: document() does not get " + Native("none.xml")},
+    };
+    for (const auto& row : rows) {
+        Write("s.xsl", Sheet("<html><p>t</p>" + row.content + "</html>"));
+        std::string sheet = Read("s.xsl");
+        Write("s.xsl", sheet.insert(sheet.find('>') + 1, "<xsl:include href='part.xsl'/>"));
+        const test::Finished finished = Publish();
+        EXPECT_EQ(finished.status, row.finding.empty() ? 0 : 1) << row.content;
+        EXPECT_NE(finished.error.find(row.finding), std::string::npos) << row.finding << '\n'
+                                                                       << finished.error;
+        EXPECT_EQ(std::ranges::count(finished.error, '['), row.finding.empty() ? 0 : 1) << finished.error;
     }
 }
 
