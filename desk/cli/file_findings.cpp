@@ -63,6 +63,11 @@ void AddFailedFiles(const std::vector<FailedFile>& files, std::vector<Finding>& 
     }
 }
 
+Finding NotTransformed(const std::string& line, const NativePath& document) {
+    const std::string name = document.utf8 + ": ";
+    return {document, 0, "not-transformed", line.substr(line.starts_with(name) ? name.size() : 0)};
+}
+
 bool NamesFileOf(const std::string& line, const std::vector<Finding>& findings) {
     return std::ranges::any_of(findings, [&line](const Finding& finding) {
         const std::string name = FromFilesystem(ToFilesystem(UnusableFile(finding)).filename()).utf8;

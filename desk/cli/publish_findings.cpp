@@ -108,7 +108,7 @@ std::vector<Finding> PublishFindings(const PublishPlan& plan, const PublishOptio
     std::ranges::copy(outcome.unfinished, std::back_inserter(findings));
     for (const std::string& line : session.record.unread) {
         if (!NamesFileOf(line, findings)) {
-            findings.push_back({session.document, 0, "not-transformed", line});
+            findings.push_back(NotTransformed(line, session.document));
         }
     }
     AddTransformationFindings(session.record.findings, UnusableIn(findings), findings);

@@ -30,6 +30,12 @@ bool HasNoDtd(const xmlDoc* document) {
     return dtd == nullptr || (dtd->ExternalID == nullptr && dtd->SystemID == nullptr);
 }
 
+/// The reason in the words of a publish, in which the place is not repeated.
+std::string WithoutPlace(const LenientDocument& loaded) {
+    const std::string place = "line " + std::to_string(loaded.line) + ": ";
+    return loaded.reason.substr(loaded.reason.starts_with(place) ? place.size() : 0);
+}
+
 void AddUnreadable(const DocumentFiles& files, std::vector<Finding>& findings) {
     constexpr char kProblem[] = "could not be read: ";
     for (const DocumentFile& file : files.files) {
@@ -39,7 +45,7 @@ void AddUnreadable(const DocumentFiles& files, std::vector<Finding>& findings) {
         const LenientDocument loaded = LoadLeniently(file.path);
         if (!loaded.wellFormed) {
             findings.push_back(
-                {file.path, loaded.line, kNotReadable, kProblem + loaded.reason, loaded.column});
+                {file.path, loaded.line, kNotReadable, kProblem + WithoutPlace(loaded), loaded.column});
         } else if (!loaded.undeclaredEntities.empty() && HasNoDtd(loaded.document.get())) {
             const std::string& reason = loaded.undeclaredEntities.front();
             const int line = std::atoi(reason.c_str() + std::string("line ").size());
@@ -84,7 +90,7 @@ void AddToolkitFindings(const Session& session, const Options& options, const st
     }
     for (const std::string& line : unread) {
         if (!NamesFileOf(line, named)) {
-            findings.push_back({session.document, 0, "not-transformed", line});
+            findings.push_back(NotTransformed(line, session.document));
         }
     }
     std::erase_if(found, [&options](const DitaFinding& one) {

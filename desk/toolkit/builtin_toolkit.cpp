@@ -322,7 +322,7 @@ std::string MakePages(Publication& publication) {
     }
     if (publication.written.empty() && publication.failure.empty()) {
         return publication.run.document.utf8 +
-               ": none of its topics could be published; see the warnings in the log";
+               ": none of its topics could be published; see the warnings";
     }
     if (isMap) {
         MakeStartPage(publication);

@@ -152,7 +152,7 @@ void DirectReference(const Page& page, xmlNode* element, const char* name) {
     if (output.Empty()) {
         page.targets.remarks(element, kToolkitRule,
                              target->path.utf8 + " is outside the folders of the document and is left out",
-                             {});
+                             ReferenceIn(name, element, Attribute(element, name)));
     } else if (IsLink(element) && toTopic) {
         LinkToTopic(page, element, *target);
     } else if (std::string_view(name) == "href" && toTopic) {

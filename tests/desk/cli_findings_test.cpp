@@ -99,7 +99,7 @@ TEST_F(Findings, AreThoseOfAPublish) {
         {"faults.dita:4:6: conref=", "dead-reference"},
         {"faults.dita:5:6: conkeyref=\"lost/p\"", "unknown-key"},
         {"faults.dita:6:6: <longdescref>", "not-handled"},
-        {"open.dita:2:15: could not be read", "not-readable"},
+        {"open.dita:2:15: could not be read: Opening and ending tag mismatch", "not-readable"},
     };
     for (const std::string& lines : {published, validated}) {
         for (const auto& row : rows) {
@@ -118,20 +118,30 @@ TEST_F(Findings, OfAMissingFileAreOne) {
                  "<topic id=\"t\"><title>T</title><body><p><xref href=\"none.dita\">a</xref></p>\n"
                  "<p><xref href=\"none.dita#n/x\"/></p><p conref=\"none.dita#n/p\"/>\n"
                  "<pre><coderef href=\"gone.txt\"/></pre><p conref=\"open.dita#o/p\"/>"
-                 "<p conkeyref=\"k/p\"/></body></topic>");
+                 "<p conkeyref=\"k/p\"/><p><xref href=\"../beside/none.dita\">x</xref></p></body></topic>");
     folder.Write("m.ditamap",
                  "<map><topicref href=\"t.dita\"/><keydef keys=\"k\" href=\"none.dita\"/></map>");
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"validate", "m.ditamap"}, {"publish", "m.ditamap", "-o", "out"}}) {
         const std::string lines = RunVentrix(folder, arguments).error;
-        EXPECT_EQ(std::ranges::count(lines, '['), 3) << lines;
+        EXPECT_EQ(std::ranges::count(lines, '['), 4) << lines;
+        EXPECT_NE(lines.find("beside/none.dita, which is missing"), std::string::npos) << lines;
         for (const std::string& line :
-             {folder.Native("t.dita") + ":1:60: refers to " + folder.Native("none.dita"),
+             {folder.Native("t.dita") + ":1:52: refers to " + folder.Native("none.dita"),
               folder.Native("t.dita") + ":3:21: refers to " + folder.Native("gone.txt"),
               folder.Native("open.dita") + ":2:15: could not be read"}) {
             EXPECT_NE(lines.find(line), std::string::npos) << line << '\n' << lines;
         }
     }
+}
+
+TEST_F(Findings, OfADocumentWithoutAnyTopicNameItOnce) {
+    folder.Write("m.ditamap", "<map><topicref href=\"none.dita\"/></map>");
+    const std::string error = Validate({"m.ditamap"}).error;
+    EXPECT_NE(error.find(folder.Native("m.ditamap") +
+                         ": none of its topics could be published; see the warnings ["),
+              std::string::npos)
+        << error;
 }
 
 TEST(FindingColumns, AreThoseOfTheSubject) {
@@ -155,7 +165,7 @@ TEST(FindingColumns, AreThoseOfTheSubject) {
         {9, {.attribute = "href", .value = "x"}, 9, 0},
         {6, {.attribute = "conkeyref", .value = "none"}, 6, 0},
         {8, {.attribute = "href", .value = "given.dita"}, 8, 4},
-        {8, {.target = {"/elsewhere/e.png"}}, 8, 21},
+        {8, {.target = {"/elsewhere/e.png"}}, 8, 23},
         {6, {}, 6, 0},
     };
     for (const auto& row : rows) {

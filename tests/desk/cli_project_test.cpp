@@ -34,7 +34,7 @@ TEST(ProjectFile, ErrorsNameTheLineAndSayWhatToDo) {
          "prohibited; the value on this line does not end: look for a missing quote or bracket"},
         {"log = a.log\r\n",
          "1:7: Error while parsing value: could not determine value type; write text in quotes"},
-        {"log = \"\xE9\"\n", "1:8: Encountered invalid utf-8 sequence; save the file as UTF-8"},
+        {"log = \"\xE9\"\n", "1:7: Encountered invalid utf-8 sequence; save the file as UTF-8"},
         {"quiet = true\nquiet = true\n",
          "2:9: Error while parsing key-value pair: cannot redefine existing boolean 'quiet'"},
         {"\natributes = \"a\"\n", "2: unknown key 'atributes'; did you mean 'attributes'?"},
