@@ -32,7 +32,8 @@ FailureReason SplitReason(const std::string& reason);
 /// Adds a finding for each of these files, which the module could not load.
 void AddFailedFiles(const std::vector<FailedFile>& files, std::vector<Finding>& findings);
 
-/// A finding for a line of the toolkit about what it could not read, which may begin with the document's name.
+/// A finding for a line of the toolkit about what it could not read, which may begin with the document's
+/// name.
 Finding NotTransformed(const std::string& line, const NativePath& document);
 
 /// Whether one of the findings is about the file that a toolkit's line names. The line may name the packaged

@@ -321,8 +321,7 @@ std::string MakePages(Publication& publication) {
         MakePage(publication, topic);
     }
     if (publication.written.empty() && publication.failure.empty()) {
-        return publication.run.document.utf8 +
-               ": none of its topics could be published; see the warnings";
+        return publication.run.document.utf8 + ": none of its topics could be published; see the warnings";
     }
     if (isMap) {
         MakeStartPage(publication);
