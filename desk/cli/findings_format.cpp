@@ -47,6 +47,7 @@ constexpr Rule kRules[] = {
     {"several-drives", true, "The files are on several drives and cannot be packaged"},
     {"stylesheet-version", false, "libxslt would run a stylesheet of a newer version of XSLT"},
     {"toolkit", false, "The toolkit would not do what a file asks for"},
+    {"undeclared-prefix", false, "A namespace prefix is used that is not declared"},
     {"unknown-key", true, "A key is used that no map defines, or that is empty"},
     {"unreadable-document", true, "The document itself cannot be read"},
     {"unsaved", false, "A referenced file has unsaved changes"},

@@ -219,6 +219,12 @@ std::unique_ptr<Session> StartSession(const CommonOptions& options, const Screen
         Warn(report, screen,
              {remark.referrer, remark.line, "reference-left-out", remark.what + ": " + remark.reason});
     }
+    for (const StrayPrefix& prefix : session->files.prefixes) {
+        const std::string& name = prefix.use.prefix;
+        Warn(report, screen,
+             {prefix.file, prefix.use.line, "undeclared-prefix",
+              "the namespace prefix \"" + name + "\" is not declared; declare it with xmlns:" + name});
+    }
     ReportPassedOverFiles(session->files, report, screen);
     const Installation installation = FindInstallation();
     Session* open = session.get();

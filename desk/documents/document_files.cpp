@@ -77,6 +77,13 @@ void List(Walk& walk, const Reference& reference, const NativePath& path, const 
     }
 }
 
+void Collect(Walk& walk, const NativePath& path, const LenientDocument& loaded) {
+    for (const UndeclaredPrefix& use : loaded.undeclaredPrefixes) {
+        walk.result.prefixes.push_back({path, use});
+    }
+    CollectNames(loaded.document.get(), walk.result.names);
+}
+
 void Follow(Walk& walk, const NativePath& path) {
     LenientDocument loaded = LoadLeniently(path);
     std::error_code error;
@@ -91,7 +98,7 @@ void Follow(Walk& walk, const NativePath& path) {
     if (loaded.document == nullptr || !walk.followed.insert(loaded.identity).second) {
         return;
     }
-    CollectNames(loaded.document.get(), walk.result.names);
+    Collect(walk, path, loaded);
     walk.levels.push_back({path, ReferencesOf(loaded.document.get())});
 }
 
@@ -206,7 +213,7 @@ DocumentFiles ListDocumentFiles(const NativePath& document, const std::vector<Na
         return walk.result;
     }
     walk.result.dita = IsDita(loaded.document.get());
-    CollectNames(loaded.document.get(), walk.result.names);
+    Collect(walk, path, loaded);
     walk.result.files.push_back({.key = kDocumentKey, .path = path, .url = {}});
     walk.listed.emplace(path, 0);
     walk.opened.insert(path);

@@ -7,6 +7,7 @@
 
 #include "desk/documents/document_names.h"
 #include "desk/paths/paths.h"
+#include "desk/xml/lenient_load.h"
 
 namespace ventrix::desk {
 
@@ -34,11 +35,18 @@ struct ListingRemark {
     std::string reason;  ///< One line.
 };
 
+/// A namespace prefix that a file uses and does not declare.
+struct StrayPrefix {
+    NativePath file;
+    UndeclaredPrefix use;
+};
+
 struct DocumentFiles {
     std::vector<DocumentFile> files;  ///< The document first, each file once, in document order.
     /// The folders that the text of the document may come from, with those that the user has allowed.
     std::vector<NativePath> readable;
     std::vector<ListingRemark> remarks;  ///< In document order.
+    std::vector<StrayPrefix> prefixes;   ///< Of the files whose references were followed.
     bool refused = true;                 ///< The document cannot or must not be processed.
     std::string reason;                  ///< Why, one line; empty otherwise.
     bool dita = false;                   ///< The document is a DITA map or topic.

@@ -20,6 +20,7 @@ struct Errors {
     std::string first;
     int line = 0, column = 0;  ///< Of the first.
     std::vector<std::string> undeclared;
+    std::vector<UndeclaredPrefix> prefixes;
 };
 
 /// The parser ends its messages with a line break, and a quoted name may contain more.
@@ -35,12 +36,21 @@ bool IsUndeclaredEntity(const xmlError& error) {
     return error.code == XML_ERR_UNDECLARED_ENTITY || error.code == XML_WAR_UNDECLARED_ENTITY;
 }
 
+void AddPrefix(const xmlError& error, std::vector<UndeclaredPrefix>& prefixes) {
+    const std::string prefix = error.str1 == nullptr ? "" : error.str1;
+    if (std::ranges::find(prefixes, prefix, &UndeclaredPrefix::prefix) == prefixes.end()) {
+        prefixes.push_back({prefix, error.line});
+    }
+}
+
 void CollectError(void* context, xmlErrorPtr error) {
     auto* parser = static_cast<xmlParserCtxt*>(context);
     auto& errors = *static_cast<Errors*>(ParseBudget::Of(parser).data);
     const std::string text = "line " + std::to_string(error->line) + ": " + MessageLine(error->message);
     if (IsUndeclaredEntity(*error)) {
         errors.undeclared.push_back(text);
+    } else if (error->code == XML_NS_ERR_UNDEFINED_NAMESPACE) {
+        AddPrefix(*error, errors.prefixes);
     } else if (error->level == XML_ERR_FATAL && errors.first.empty()) {
         errors.first = text;
         errors.line = error->line;
@@ -111,6 +121,7 @@ void Parse(const std::string& content, const NativePath& path, int extraOptions,
     result.column = errors.column;
     result.wellFormed = result.reason.empty();
     result.undeclaredEntities = std::move(errors.undeclared);
+    result.undeclaredPrefixes = std::move(errors.prefixes);
 }
 
 std::string ReasonFor(const std::error_code& error) {
@@ -162,6 +173,9 @@ LenientDocument LoadLeniently(const NativePath& path, LoadFor purpose) {
     if (purpose != LoadFor::kStylesheet && !result.beyondLimits && !result.undeclaredEntities.empty() &&
         NamesExternalDtd(result.document.get())) {
         Parse(content, path, expansion | XML_PARSE_DTDLOAD, result);
+    }
+    if (NamesExternalDtd(result.document.get())) {
+        result.undeclaredPrefixes.clear();
     }
     return result;
 }

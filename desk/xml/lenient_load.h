@@ -12,6 +12,11 @@
 
 namespace ventrix::desk {
 
+struct UndeclaredPrefix {
+    std::string prefix;
+    int line = 0;  ///< Where the tag ends that uses it first.
+};
+
 struct LenientDocument {
     XmlDocument document;       ///< What could be read; null if there is not even a root element.
     bool wellFormed = false;    ///< True too if undeclared entities are the only errors.
@@ -19,6 +24,10 @@ struct LenientDocument {
     int line = 0, column = 0;   ///< Of the first error; 0 if unknown.
     bool beyondLimits = false;  ///< The document exceeds a limit of limits.h, which `reason` names.
     std::vector<std::string> undeclaredEntities;  ///< One message for each, in document order.
+
+    /// Namespace prefixes that are used and not declared, each once. Empty if the document names a DTD, which
+    /// may declare them.
+    std::vector<UndeclaredPrefix> undeclaredPrefixes;
 
     /// Device and file number, which are the same for all names of a file; zeros if it could not be opened.
     std::pair<std::uint64_t, std::uint64_t> identity;

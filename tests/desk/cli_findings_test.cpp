@@ -179,6 +179,21 @@ TEST(FindingColumns, AreThoseOfTheSubject) {
     }
 }
 
+TEST_F(Findings, NameUndeclaredPrefixesOncePerFile) {
+    folder.Write("p.xml",
+                 "<root>\n<p>a <q:y/> b <q:z/></p><p xml:lang=\"en\" r:a=\"1\"/>\n"
+                 "<k:y xmlns:k=\"urn:k\"/></root>");
+    folder.Write("dtd.xml", "<!DOCTYPE root SYSTEM \"none.dtd\">\n<root><q:y/></root>");
+    const Finished finished = Validate({"p.xml"});
+    EXPECT_EQ(finished.status, 1);
+    for (const std::string prefix : {"q", "r"}) {
+        const std::string line = "p.xml:2: the namespace prefix \"" + prefix + "\" is not declared";
+        EXPECT_NE(finished.error.find(line), std::string::npos) << finished.error;
+    }
+    EXPECT_EQ(std::ranges::count(finished.error, '['), 2) << finished.error;
+    EXPECT_EQ(Validate({"dtd.xml"}).error.find("undeclared-prefix"), std::string::npos);
+}
+
 TEST_F(Findings, AreListedForPeopleEvenWhenQuiet) {
     const Finished finished = Validate({"guide.ditamap", "--quiet"});
     EXPECT_EQ(finished.status, 1);

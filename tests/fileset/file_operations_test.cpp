@@ -37,9 +37,9 @@ TEST_F(FileOperations, FilesAreInAFolderWhateverTheyAreCalled) {
          {inside, std::string(R"(C:\out\sub\b.xml)"), std::string(R"(C:\src\c.xml)")}) {
         drives.Write(file, "");
     }
-    test::MakeLink(drives.Native(inside), drives.Native(linked));
     FileList expected = {R"(C:\out)", R"(C:\src\..\out\a.xml)", inside, R"(C:\out\sub\b.xml)"};
     if (test::kHasLinks) {
+        fs::create_symlink(drives.Native(inside), drives.Native(linked));
         expected.push_back(linked);
     }
     EXPECT_EQ(FilesIn({R"(C:\src\c.xml)", R"(C:\out)", R"(C:\src\..\out\a.xml)", inside, R"(C:\out\none.xml)",
