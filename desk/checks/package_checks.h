@@ -24,9 +24,9 @@ PackageLayout PackageLayoutOf(const DocumentFiles& files, const NativePath& docu
 /// Sources that exist and have no copy in the package. `package` is the state after the last copy.
 std::vector<NativePath> UncopiedSources(const PackageLayout& layout, const std::vector<PackageFile>& package);
 
-/// Those of the copies that the encoding pass has started but not saved: those that are unchanged or empty when
-/// the transformation begins. A save writes into the file, so that the copies have to be dated back after the
-/// last copy, and one that fails in the middle leaves the file empty.
+/// Those of the copies that the encoding pass has started but not saved: those that are unchanged or empty
+/// when the transformation begins. A save writes into the file, so that the copies have to be dated back
+/// after the last copy, and one that fails in the middle leaves the file empty.
 std::vector<NativePath> UnsavedCopies(const std::vector<NativePath>& encoded, const NativePath& output,
                                       const std::vector<PackageFile>& copied,
                                       const std::vector<PackageFile>& transformed);

@@ -7,8 +7,8 @@
 
 namespace ventrix {
 
-/// The files and folders of the list that exist and lie in the existing folder, whatever they are called: only
-/// the file system can decide whether two names mean the same folder.
+/// The files and folders of the list that exist and lie in the existing folder, whatever they are called:
+/// only the file system can decide whether two names mean the same folder.
 FileList FilesIn(FileList files, const Path& folder);
 
 /// True if the file can be opened for reading. A folder is not readable.
