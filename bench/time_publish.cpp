@@ -1,6 +1,5 @@
 // Times a publish of 3,000 topics beside `cp -r` of the same files, and its steps beside a transformation by
-// the built-in toolkit. Elapsed time, the lower quartile of several rounds. The exit status is 1 if a ratio
-// exceeds its mark.
+// the built-in toolkit. Elapsed time, the lower quartile of several rounds.
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,7 +30,6 @@ constexpr int kTopics = 3000;
 constexpr std::size_t kElements = 150;
 constexpr int kRounds = 5;
 constexpr std::uint32_t kDocument = 7;
-constexpr double kCopyMark = 1.3;
 
 /// Seconds of each round, by what was timed.
 using Times = std::map<std::string, std::vector<double>>;
@@ -116,7 +114,7 @@ void PublishInSteps(Times& times, const TestFolder& folder, const std::string& o
     Time(times, "decode", [&] { DecodeOutput(output, params, log); });
 }
 
-bool Report(const Times& times) {
+void Report(const Times& times) {
     const auto seconds = [&](const std::string& name) { return LowerQuartile(times.at(name)); };
     const double module = seconds("package") + seconds("encode") + seconds("decode");
     const double whole = module + seconds("transform");
@@ -127,14 +125,9 @@ bool Report(const Times& times) {
     }
     std::printf("share of the module in a publish with the built-in toolkit: %.0f %%\n",
                 100 * module / whole);
-    const double ratio = seconds("script") / seconds("cp -r");
-    const bool holds = ratio <= kCopyMark;
-    std::printf("publish with a script that does nothing, over cp -r: %.2f  at most %.2f: %s\n", ratio,
-                kCopyMark, holds ? "held" : "MISSED");
-    return holds;
 }
 
-bool Run() {
+void Run() {
     const TestFolder folder;
     test::LinkedHost host;
     const std::vector<std::string> paths = WriteDocument(folder);
@@ -152,7 +145,7 @@ bool Run() {
         output = EmptyOutput(folder);
         PublishInSteps(times, folder, output);
     }
-    return Report(times);
+    Report(times);
 }
 
 }  // namespace
@@ -160,7 +153,8 @@ bool Run() {
 
 int main() {
     try {
-        return ventrix::bench::Run() ? 0 : 1;
+        ventrix::bench::Run();
+        return 0;
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "time_publish: %s\n", problem.what());
         return 2;
