@@ -1,6 +1,7 @@
 #include "platform/interruption.h"
 
 #include <exception>
+#include <fstream>
 #include <string_view>
 #include <vector>
 
@@ -9,19 +10,23 @@
 
 // The system calls the handler on a thread of its own. The main thread cannot be unwound, since it is inside
 // the module. It is suspended while this thread holds the locks of the heaps, so that it does not hold them
-// itself and the clean-ups can run in this thread. The order is
+// itself and the clean-ups can run in this thread. Other locks cannot be taken from outside: the C library's
+// while it opens or closes a file, and in Wine, which suspends threads inside of system calls, the system's
+// while it lists a folder. The order is
 //
 //     1. wait until no InterruptionPause lives     the list of clean-ups is whole
 //     2. take the locks of the heaps
 //     3. suspend the main thread                   no file changes any more
-//     4. release the locks, end the programs and run the clean-ups
-//     5. leave without the destructors of objects that the main thread still uses
+//     4. release the locks; if the main thread holds another one, let it go on and begin again at 2
+//     5. end the programs and run the clean-ups
+//     6. leave without the destructors of objects that the main thread still uses
 
 namespace ventrix::platform {
 namespace {
 
 constexpr ::UINT kExitOfCtrlC = 130;  ///< 128 and SIGINT, as on POSIX.
 constexpr ::UINT kExitOfClose = 143;  ///< 128 and SIGTERM.
+constexpr ::DWORD kProbeMilliseconds = 1000;
 
 /// Never destroyed: the handler's thread outlives the static objects.
 struct Interruptions {
@@ -59,6 +64,29 @@ void SuspendMainThread() {
     }
 }
 
+/// Takes each lock that clean-ups take: they list folders, and open and write files.
+::DWORD WINAPI TakeLocks(void*) {
+    ::WIN32_FIND_DATAW found = {};
+    const HANDLE search = ::FindFirstFileW(L"*", &found);
+    if (search != INVALID_HANDLE_VALUE) {
+        ::FindClose(search);
+    }
+    std::ofstream("NUL") << 0;
+    return 0;
+}
+
+/// Whether a thread can do what the clean-ups do. If the suspended main thread keeps it from that, the main
+/// thread goes on until the other one has ended.
+bool CleanUpsCanRun() {
+    const Handle probe(::CreateThread(nullptr, 0, TakeLocks, nullptr, 0, nullptr));
+    if (!probe.IsOpen() || ::WaitForSingleObject(probe.Get(), kProbeMilliseconds) == WAIT_OBJECT_0) {
+        return true;
+    }
+    ::ResumeThread(State().mainThread);
+    ::WaitForSingleObject(probe.Get(), INFINITE);
+    return false;
+}
+
 void RunCleanUps() {
     const auto& cleanUps = State().cleanUps;
     for (auto cleanUp = cleanUps.rbegin(); cleanUp != cleanUps.rend(); ++cleanUp) {
@@ -72,7 +100,9 @@ void RunCleanUps() {
 
 ::BOOL WINAPI OnInterruption(::DWORD kind) {
     ::WaitForSingleObject(State().free, INFINITE);
-    SuspendMainThread();
+    do {
+        SuspendMainThread();
+    } while (!CleanUpsCanRun());
     State().cleaning = true;
     EndStartedPrograms();
     RunCleanUps();
