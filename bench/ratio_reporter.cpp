@@ -1,19 +1,10 @@
 #include "bench/ratio_reporter.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <cstdio>
 
+#include "bench/quartile.h"
+
 namespace ventrix::bench {
-namespace {
-
-double LowerQuartile(std::vector<double> values) {
-    const auto quartile = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 4);
-    std::ranges::nth_element(values, quartile);
-    return *quartile;
-}
-
-}  // namespace
 
 void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
     for (const Run& run : runs) {

@@ -11,7 +11,7 @@
 namespace ventrix::bench {
 
 /// The time of one benchmark divided by that of another in the same run. The time of a benchmark is the lower
-/// quartile of its repetitions: the shortest one varies by a third from run to run.
+/// quartile of its repetitions.
 struct Ratio {
     std::string name;
     std::string measured;

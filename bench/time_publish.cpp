@@ -2,7 +2,6 @@
 // the built-in toolkit. Elapsed time, the lower quartile of several rounds.
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "bench/documents.h"
+#include "bench/quartile.h"
 #include "desk/toolkit/builtin_toolkit.h"
 #include "pipeline/coding_steps.h"
 #include "pipeline/packaging.h"
@@ -61,11 +61,6 @@ void Time(Times& times, const std::string& name, const Operation& operation) {
     const auto start = std::chrono::steady_clock::now();
     operation();
     times[name].push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-}
-
-double LowerQuartile(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 4];
 }
 
 std::string EmptyOutput(const TestFolder& folder) {
