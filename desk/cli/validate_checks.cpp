@@ -25,11 +25,6 @@ bool IsEncoded(const DocumentFile& file) {
            (name.ends_with(".xml") || name.ends_with(".dita") || name.ends_with(".ditamap"));
 }
 
-bool HasNoDtd(const xmlDoc* document) {
-    const xmlDtd* dtd = document == nullptr ? nullptr : document->intSubset;
-    return dtd == nullptr || (dtd->ExternalID == nullptr && dtd->SystemID == nullptr);
-}
-
 /// The reason in the words of a publish, in which the place is not repeated.
 std::string WithoutPlace(const LenientDocument& loaded) {
     const std::string place = "line " + std::to_string(loaded.line) + ": ";
@@ -46,7 +41,7 @@ void AddUnreadable(const DocumentFiles& files, std::vector<Finding>& findings) {
         if (!loaded.wellFormed) {
             findings.push_back(
                 {file.path, loaded.line, kNotReadable, kProblem + WithoutPlace(loaded), loaded.column});
-        } else if (!loaded.undeclaredEntities.empty() && HasNoDtd(loaded.document.get())) {
+        } else if (!loaded.undeclaredEntities.empty() && !NamesExternalDtd(loaded.document.get())) {
             const std::string& reason = loaded.undeclaredEntities.front();
             const int line = std::atoi(reason.c_str() + std::string("line ").size());
             findings.push_back({file.path, line, kNotReadable, kProblem + reason});

@@ -55,8 +55,15 @@ std::vector<PackageFile> ListPackage(const std::string& folder) {
 void DateBack(const std::string& folder, PackageFile& file) {
     const fs::path path = platform::PathFromUtf8(folder) / platform::PathFromUtf8(file.name);
     std::error_code error;
-    fs::last_write_time(path, fs::last_write_time(path, error) - kBack, error);
-    file.modified = Nanoseconds(fs::last_write_time(path, error));
+    const fs::file_time_type modified = fs::last_write_time(path, error);
+    if (error) {
+        return;
+    }
+    fs::last_write_time(path, modified - kBack, error);
+    const fs::file_time_type noted = fs::last_write_time(path, error);
+    if (!error) {
+        file.modified = Nanoseconds(noted);
+    }
 }
 
 }  // namespace ventrix::desk

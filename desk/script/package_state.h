@@ -22,7 +22,8 @@ struct PackageFile {
 std::vector<PackageFile> ListPackage(const std::string& folder);
 
 /// Sets the modification time of a file in the folder back by some seconds, and notes it. Whatever the file
-/// system's clock counts in, the time then changes when the file is written again.
+/// system's clock counts in, the time then changes when the file is written again. A file that cannot be
+/// dated back stays as it is.
 void DateBack(const std::string& folder, PackageFile& file);
 
 }  // namespace ventrix::desk

@@ -136,12 +136,12 @@ std::string ReasonFor(const std::error_code& error) {
                : error.message();
 }
 
+}  // namespace
+
 bool NamesExternalDtd(const xmlDoc* document) {
     const xmlDtd* dtd = document == nullptr ? nullptr : document->intSubset;
     return dtd != nullptr && (dtd->ExternalID != nullptr || dtd->SystemID != nullptr);
 }
-
-}  // namespace
 
 int DeclarationLine(const xmlEntity& entity) {
     return static_cast<int>(reinterpret_cast<std::intptr_t>(entity._private));

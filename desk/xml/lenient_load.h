@@ -45,6 +45,9 @@ enum class LoadFor {
 /// itself.
 int DeclarationLine(const xmlEntity& entity);
 
+/// Whether the DOCTYPE names an external DTD. False for null.
+bool NamesExternalDtd(const xmlDoc* document);
+
 /// If the file is missing, or is a folder or a device, `document` is null and `reason` says so.
 LenientDocument LoadLeniently(const NativePath& path, LoadFor purpose = LoadFor::kListing);
 
