@@ -181,10 +181,12 @@ xmlNode* Replace(ConrefRun& run, xmlNode* element, const std::string& conref) {
     if (conref.empty()) {
         const std::string key = run.keys == nullptr ? std::string() : Attribute(element, "conkeyref");
         if (!key.empty()) {
+            const bool excluded = IsExcludedKey(*run.keys, key.substr(0, key.find('/')));
             run.remarks(element, kUnknownKey,
-                        "conkeyref=\"" + key +
-                            "\": the map does not define this key with a target; the element keeps its own "
-                            "content",
+                        "conkeyref=\"" + key + "\": " +
+                            (excluded ? run.library.ExcludedKey()
+                                      : "the map does not define this key with a target") +
+                            "; the element keeps its own content",
                         {.attribute = "conkeyref", .value = key});
         }
         return nullptr;

@@ -144,7 +144,8 @@ DitaDocument LoadDita(const NativePath& path, const DitaSources& sources) {
 
 TopicReference TopicReferenceOf(const xmlNode* topicref) {
     const std::string keyref = Attribute(topicref, "keyref");
-    return {Attribute(topicref, "href"), keyref.substr(0, keyref.find('/')), Attribute(topicref, "format")};
+    return {Attribute(topicref, "href"), keyref.substr(0, keyref.find('/')), Attribute(topicref, "format"),
+            Attribute(topicref, "keys")};
 }
 
 std::optional<DitaTarget> DitaTargetOf(const std::string& absoluteReference) {

@@ -26,6 +26,7 @@ struct TopicReference {
     std::string href;  ///< Absolute.
     std::string key;
     std::string format;
+    std::string definedKeys;  ///< Separated by spaces.
 };
 
 /// What the filter removed from a document, for messages. Of an excluded document it is everything.

@@ -55,6 +55,11 @@ void CollectKeys(xmlDoc* map, DitaKeys& keys) {
     }
 }
 
+bool IsExcludedKey(const DitaKeys& keys, const std::string& key) {
+    const auto known = keys.find(key);
+    return known != keys.end() && known->second.excluded;
+}
+
 void ResolveKeyChains(DitaKeys& keys) {
     for (auto& [name, key] : keys) {
         for (int length = 0; !key.keyref.empty() && length < kMaxChain; ++length) {

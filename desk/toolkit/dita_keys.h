@@ -13,6 +13,7 @@ struct DitaKey {
     std::string text;
     std::string format, scope;  ///< As the map says; may be empty.
     std::string keyref;         ///< The key that this one stands for, until it is resolved.
+    bool excluded = false;      ///< The filter excludes its definition. All strings are empty.
 };
 
 /// By name. The first definition counts: that of a map before those of its submaps.
@@ -20,6 +21,9 @@ using DitaKeys = std::map<std::string, DitaKey>;
 
 /// Adds the keys that the map itself defines.
 void CollectKeys(xmlDoc* map, DitaKeys& keys);
+
+/// Whether the filter excludes the definition of the key, and there is no other.
+bool IsExcludedKey(const DitaKeys& keys, const std::string& key);
 
 /// Gives keys that are defined by other keys the target, and the text if they have none.
 void ResolveKeyChains(DitaKeys& keys);

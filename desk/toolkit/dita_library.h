@@ -35,6 +35,11 @@ class DitaLibrary {
 
     const DitaSources& Sources() const { return sources_; }
 
+    /// What to say of a key whose definition the filter excludes.
+    std::string ExcludedKey() const {
+        return "the filter (" + sources_.filterNames + ") excludes the definition of this key";
+    }
+
     /// From now on, phrases that a key gives their text have it, also in summaries. The keys must exist as
     /// long as the library is used. Documents that were requested before are freed.
     void UseKeys(const DitaKeys& keys);

@@ -4,6 +4,7 @@
 #include <deque>
 #include <iterator>
 #include <optional>
+#include <sstream>
 
 #include "desk/toolkit/conref.h"
 #include "desk/toolkit/dita_classes.h"
@@ -59,7 +60,7 @@ bool IsMapReference(const std::string& href, const std::string& format) {
 
 /// With the target of its key, if the key is known.
 TopicReference Resolved(TopicReference topicref, const DitaKeys& keys) {
-    if (const auto key = keys.find(topicref.key); key != keys.end()) {
+    if (const auto key = keys.find(topicref.key); key != keys.end() && !key->second.excluded) {
         topicref.href = key->second.href;
         topicref.format = topicref.format.empty() ? key->second.format : topicref.format;
     }
@@ -151,9 +152,6 @@ void LoadMaps(MapReader& reader, const NativePath& map) {
         }
     }
     ResolveKeyChains(reader.navigation.keys);
-    for (auto& [path, loaded] : reader.maps) {
-        ApplyKeys(reader, loaded);
-    }
 }
 
 Inherited InheritedBy(const xmlNode* topicref, Inherited inherited) {
@@ -330,9 +328,20 @@ void ReadMap(MapReader& reader, const DitaTarget& target, const Inherited& inher
     }
 }
 
-/// The topic, or those of the map, that a topic reference refers to which the filter removed. `maps` has
-/// those that are noted.
+/// Keys that the rest of the maps defines stay.
+void NoteExcludedKeys(const std::string& names, DitaKeys& keys) {
+    DitaKey excluded;
+    excluded.excluded = true;
+    std::istringstream stream(names);
+    for (std::string name; stream >> name;) {
+        keys.insert({name, excluded});
+    }
+}
+
+/// The keys, and the topic or the content of the map, of a topic reference that the filter removed. `maps`
+/// has those that are noted.
 void NoteExcluded(MapReader& reader, const TopicReference& topicref, std::set<NativePath>& maps) {
+    NoteExcludedKeys(topicref.definedKeys, reader.navigation.keys);
     const TopicReference resolved = Resolved(topicref, reader.navigation.keys);
     const auto target = DitaTargetOf(resolved.href);
     if (!target.has_value()) {
@@ -357,7 +366,7 @@ void NoteExcluded(MapReader& reader, const TopicReference& topicref, std::set<Na
     }
 }
 
-void NoteExcludedTopics(MapReader& reader) {
+void NoteAllExcluded(MapReader& reader) {
     std::set<NativePath> maps;
     for (const auto& [path, map] : reader.maps) {
         for (const TopicReference& filtered : map.filtered.topicrefs) {
@@ -371,10 +380,13 @@ void NoteExcludedTopics(MapReader& reader) {
 Navigation ReadNavigation(const NativePath& map, DitaLibrary& library, const DitaRun& run) {
     MapReader reader{.library = library, .run = run, .navigation = {}, .maps = {}, .openMaps = {}};
     LoadMaps(reader, map);
+    NoteAllExcluded(reader);
+    for (const auto& [path, loaded] : reader.maps) {
+        ApplyKeys(reader, loaded);
+    }
     std::vector<NavigationItem> items;
     ReadMap(reader, {.path = map, .topic = {}, .element = {}}, {}, items);
     reader.navigation.items = std::move(items);
-    NoteExcludedTopics(reader);
     return std::move(reader.navigation);
 }
 

@@ -71,10 +71,14 @@ void ResolveKeyrefs(xmlDoc* document, const DitaKeys& keys, DitaLibrary& library
             continue;
         }
         const std::size_t slash = std::min(reference.find('/'), reference.size());
-        const auto key = keys.find(reference.substr(0, slash));
-        if (key == keys.end()) {
-            remarks(node, kUnknownKey, "keyref=\"" + reference + "\": the map does not define this key",
-                    {.attribute = "keyref", .value = reference});
+        const std::string name = reference.substr(0, slash);
+        const auto key = keys.find(name);
+        if (key == keys.end() || key->second.excluded) {
+            remarks(
+                node, kUnknownKey,
+                "keyref=\"" + reference + "\": " +
+                    (IsExcludedKey(keys, name) ? library.ExcludedKey() : "the map does not define this key"),
+                {.attribute = "keyref", .value = reference});
             continue;
         }
         ApplyKey(node, key->second, slash < reference.size() ? reference.substr(slash + 1) : std::string(),

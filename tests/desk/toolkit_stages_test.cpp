@@ -417,9 +417,17 @@ TEST_F(BuiltinToolkit, AMapMayReuseABranchOfAnother) {
 }
 
 TEST_F(BuiltinToolkit, WhatKeysLeaveEmptyIsAFinding) {
+    Write("sub.ditamap", "<map><keydef keys='k'/></map>");
+    Write("f.ditaval", "<val><prop att='audience' val='x' action='exclude'/></val>");
+    const char excluded[] = "the filter (f.ditaval) excludes the definition of this key";
     const struct {
         const char *keys, *body, *finding;
     } rows[] = {
+        {"<keydef keys='j k' audience='x'/>", "<p><term keyref='k'/></p>", excluded},
+        {"<keydef keys='k' audience='x'/>", "<p conkeyref='k/p'/>", excluded},
+        {"<mapref href='sub.ditamap' audience='x'/>", "<p><term keyref='k'/></p>", excluded},
+        {"<keydef keys='k' audience='x'/><topichead navtitle='h' keyref='k'/>", "", excluded},
+        {"<keydef keys='k' audience='x'/><keydef keys='k' href='t.dita'/>", "<p><term keyref='k'/></p>", ""},
         {"", "<p conkeyref='k/p'/>", "conkeyref=\"k/p\": the map does not define this key with a target"},
         {"<keydef keys='k'/>", "<p><keyword keyref='k'/></p>",
          "keyref=\"k\": the key gives <keyword> neither"},
@@ -434,7 +442,7 @@ TEST_F(BuiltinToolkit, WhatKeysLeaveEmptyIsAFinding) {
     for (const auto& row : rows) {
         Write("m.ditamap", std::string("<map>") + row.keys + "<topicref href='t.dita'/></map>");
         WriteTopic(row.body);
-        ASSERT_EQ(Run("m.ditamap"), 0) << record_.reason;
+        ASSERT_EQ(Run("m.ditamap", "f.ditaval"), 0) << record_.reason;
         EXPECT_EQ(Findings().empty(), *row.finding == '\0') << row.body << Findings();
         EXPECT_NE(Findings().find(row.finding), std::string::npos) << row.body << Findings();
     }
