@@ -41,4 +41,12 @@ std::string PrivateLog::AppendTo(const NativePath& log) {
     return log.utf8 + " cannot be written; the log of this run is " + path_.utf8;
 }
 
+void DeliverLog(PrivateLog& log, const NativePath& userLog, RunReport& report, const Screen& screen) {
+    const std::string problem = log.AppendTo(userLog);
+    report.log = problem.empty() ? userLog : log.Path();
+    if (!problem.empty()) {
+        Warn(report, screen, {{}, 0, "log", problem});
+    }
+}
+
 }  // namespace ventrix::desk

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "desk/cli/run_report.h"
+#include "desk/cli/screen.h"
 #include "desk/paths/paths.h"
 #include "platform/temp_folder.h"
 
@@ -29,5 +31,9 @@ class PrivateLog {
     platform::TemporaryFolder folder_;
     NativePath path_;
 };
+
+/// Appends the lines to the user's log and notes in the report which file has them. That they are only in the
+/// private log is a finding.
+void DeliverLog(PrivateLog& log, const NativePath& userLog, RunReport& report, const Screen& screen);
 
 }  // namespace ventrix::desk

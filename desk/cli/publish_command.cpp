@@ -107,7 +107,6 @@ void FillReport(const PublishPlan& plan, const Session& session, const PublishOu
     report.resultFolder = outcome.resultFolder;
     report.startPage = outcome.startPage;
     report.buildLog = outcome.buildLog;
-    report.log = plan.log;
     report.toolkit = plan.toolkit;
     report.failed = outcome.log.failed;
     report.missing = outcome.missing;
@@ -120,7 +119,8 @@ void ForgetResult(RunReport& report) {
     report.pages.clear();
 }
 
-void PrintResult(const PublishPlan& plan, const PublishOutcome& outcome, const Screen& screen) {
+void PrintResult(const PublishPlan& plan, const PublishOutcome& outcome, const NativePath& log,
+                 const Screen& screen) {
     screen.Result("result:    " + outcome.resultFolder.utf8);
     screen.Result("pages:     " + std::to_string(outcome.pages.files.size()));
     if (!plan.toolkit.empty()) {
@@ -129,7 +129,7 @@ void PrintResult(const PublishPlan& plan, const PublishOutcome& outcome, const S
     if (!outcome.buildLog.Empty()) {
         screen.Result("build log: " + outcome.buildLog.utf8);
     }
-    screen.Result("log:       " + plan.log.utf8);
+    screen.Result("log:       " + log.utf8);
 }
 
 /// Reports the findings and notes of a run that reached a result. Returns the exit status before the output
@@ -165,13 +165,6 @@ void DeliverLoss(const LossReport& loss, const PublishPlan& plan, RunReport& rep
     }
 }
 
-/// Appends the run's log to the user's. A log that is lost is a finding.
-void DeliverLog(PrivateLog& log, const PublishPlan& plan, RunReport& report, const Screen& screen) {
-    if (const std::string problem = log.AppendTo(plan.log); !problem.empty()) {
-        Warn(report, screen, {{}, 0, "log", problem});
-    }
-}
-
 }  // namespace
 
 int Publish(const Options& options, const Screen& screen, RunReport& report) {
@@ -199,12 +192,12 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
                           std::back_inserter(outcome.unfinished));
         status = Conclude(plan, options.publish, *session, outcome, report, screen);
     } catch (...) {
-        DeliverLog(log, plan, report, screen);
+        DeliverLog(log, plan.log, report, screen);
         output.RollBack();
         ForgetResult(report);
         throw;
     }
-    DeliverLog(log, plan, report, screen);
+    DeliverLog(log, plan.log, report, screen);
     status = output.Settle(status);
     const bool hasResult = status == kExitDone || status == kExitFindings;
     LossReport loss;
@@ -217,7 +210,7 @@ int Publish(const Options& options, const Screen& screen, RunReport& report) {
         status = kExitFindings;
     }
     if (hasResult) {
-        PrintResult(plan, outcome, screen);
+        PrintResult(plan, outcome, report.log, screen);
         PrintLoss(loss, report.loss->file, screen);
     } else {
         ForgetResult(report);

@@ -144,7 +144,9 @@ bool IsDecoded(const PublishPlan& plan) {
 
 void CheckPlaces(const PublishPlan& plan) {
     RequireLog(plan.log, plan.inputs);
-    if (IsBelowOrEqual(RealPath(plan.log), RealPath(plan.output))) {
+    // A root holds every file, and is refused as the output folder later.
+    const bool isRoot = ToFilesystem(plan.output).filename().empty();
+    if (!isRoot && IsBelowOrEqual(RealPath(plan.log), RealPath(plan.output))) {
         throw Stop{kExitUsage, "--log: " + plan.log.utf8 +
                                    " is in the output folder, which is replaced; choose a file outside it"};
     }

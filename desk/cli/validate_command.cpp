@@ -134,9 +134,7 @@ RunLog CheckFiles(Session& session, const NativePath& userLog, const Screen& scr
     }
     report.status = reply.status;
     RunLog log = ReadRunLog(privateLog.Text());
-    if (const std::string problem = privateLog.AppendTo(userLog); !problem.empty()) {
-        Warn(report, screen, {{}, 0, "log", problem});
-    }
+    DeliverLog(privateLog, userLog, report, screen);
     return log;
 }
 
@@ -153,7 +151,6 @@ int Validate(const Options& options, const Screen& screen, RunReport& report) {
     ReportAbsentNames(options.publish, session->files.names, report, screen);
     const RunLog log = CheckFiles(*session, userLog, screen, report);
     const std::int32_t mask = *report.status;
-    report.log = userLog;
     report.valid = log.valid;
     report.missing = log.broken;
     report.unsaved = log.unsaved;

@@ -553,6 +553,9 @@ TEST_F(CommandLine, PublishReportsFindings) {
          test::ScriptFile("script") + " failed with exit status 3"},
         {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 1,
          "result: ", folder.Native("none/log.txt") + " cannot be written; the log of this run is "},
+        {publish({"-o", "o8", "--xslt", "page.xsl", "--log", "none/log.txt"}), 1, "report.log\n",
+         "cannot be written"},
+        {publish({"-o", "/", "--xslt", "page.xsl"}), 5, "", "home folder or a root folder; choose"},
         {publish({"-o", "o9", "--xslt", "broken.xsl", "--color", "always"}), 6, "", "\033[31merror: "},
     };
     for (const Row& row : rows) {
