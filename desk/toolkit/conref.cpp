@@ -176,18 +176,24 @@ void DropReferences(const ConrefRun& run, xmlNode* element) {
     }
 }
 
+void ReportKey(const ConrefRun& run, const xmlNode* element, const DitaKeys& keys) {
+    const std::string reference = Attribute(element, "conkeyref");
+    if (!reference.empty()) {
+        const bool excluded = IsExcludedKey(keys, reference.substr(0, reference.find('/')));
+        run.remarks(
+            element, kUnknownKey,
+            "conkeyref=\"" + reference + "\": " +
+                (excluded ? run.library.ExcludedKey() : "the map does not define this key with a target") +
+                "; the element keeps its own content",
+            {.attribute = "conkeyref", .value = reference});
+    }
+}
+
 /// Null, with a remark where the element has a reference, if nothing is in its place.
 xmlNode* Replace(ConrefRun& run, xmlNode* element, const std::string& conref) {
     if (conref.empty()) {
-        const std::string key = run.keys == nullptr ? std::string() : Attribute(element, "conkeyref");
-        if (!key.empty()) {
-            const bool excluded = IsExcludedKey(*run.keys, key.substr(0, key.find('/')));
-            run.remarks(element, kUnknownKey,
-                        "conkeyref=\"" + key + "\": " +
-                            (excluded ? run.library.ExcludedKey()
-                                      : "the map does not define this key with a target") +
-                            "; the element keeps its own content",
-                        {.attribute = "conkeyref", .value = key});
+        if (run.keys != nullptr) {
+            ReportKey(run, element, *run.keys);
         }
         return nullptr;
     }
