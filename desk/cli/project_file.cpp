@@ -283,7 +283,11 @@ namespace {
 
 /// What may help where the parser stops; empty if nothing does. Lines before it are well-formed, and columns
 /// count characters.
-std::string AdviceAt(std::string_view text, const toml::source_position& at) {
+std::string AdviceOn(const toml::parse_error& error, std::string_view text) {
+    if (error.description().find("redefine") != std::string_view::npos) {
+        return "; write each key once, with several values as an array, and [[publish]] for each deliverable";
+    }
+    const toml::source_position& at = error.source().begin;
     for (toml::source_index line = 1; line < at.line; ++line) {
         text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
     }
@@ -310,7 +314,7 @@ Project ParseProject(std::string_view text, const NativePath& file) {
     } catch (const toml::parse_error& error) {
         const toml::source_position& at = error.source().begin;
         throw Stop{kExitUsage, file.utf8 + ':' + std::to_string(at.line) + ':' + std::to_string(at.column) +
-                                   ": " + std::string(error.description()) + AdviceAt(text, at)};
+                                   ": " + std::string(error.description()) + AdviceOn(error, text)};
     }
 }
 

@@ -36,7 +36,8 @@ TEST(ProjectFile, ErrorsNameTheLineAndSayWhatToDo) {
          "1:7: Error while parsing value: could not determine value type; write text in quotes"},
         {"log = \"\xE9\"\n", "1:7: Encountered invalid utf-8 sequence; save the file as UTF-8"},
         {"quiet = true\nquiet = true\n",
-         "2:9: Error while parsing key-value pair: cannot redefine existing boolean 'quiet'"},
+         "2:9: Error while parsing key-value pair: cannot redefine existing boolean 'quiet'; write each key "
+         "once"},
         {"\natributes = \"a\"\n", "2: unknown key 'atributes'; did you mean 'attributes'?"},
         {"pre_script = \"a\"\n", "1: unknown key 'pre_script'; did you mean 'pre-script'?"},
         {"[[publish]]\nname = \"a\"\ndocment = \"d\"\n",
