@@ -31,11 +31,12 @@ xml::Node DecodeNode(xml::Document& document, xml::Node node, const PublishParam
 
 xml::Node EncodeElement(xml::Document& document, xml::Node element, const PublishParams& params,
                         EncodingState& state) {
-    const bool isListed = IsListedElement(element, params.elements);
+    const std::string_view name = NodeName(element);
+    const bool isListed = IsListed(name, params.elements);
     if (!isListed) {
         state.textFollows.reset();
     }
-    if (IsListedElement(element, params.skipElements)) {
+    if (IsListed(name, params.skipElements)) {
         return element.get_nextSibling();
     }
     if (isListed) {
@@ -47,14 +48,14 @@ xml::Node EncodeElement(xml::Document& document, xml::Node element, const Publis
 
 // Whitespace and listed elements continue the run of siblings that `state.textFollows` describes; any other
 // node ends it, here and in EncodeElement.
-xml::Node EncodeNode(xml::Document& document, xml::Node node, const PublishParams& params,
+xml::Node EncodeNode(xml::Document& document, xml::Node node, xml::Node parent, const PublishParams& params,
                      EncodingState& state) {
     if (IsElement(node)) {
         return EncodeElement(document, node, params, state);
     }
     if (IsFilledTextNode(node)) {
         state.textFollows.reset();
-        EncodeTextNode(node, params, state);
+        EncodeTextNode(node, parent, params, state);
     } else if (!IsTextNode(node)) {
         state.textFollows.reset();
     }
@@ -145,8 +146,8 @@ void CodeChildNodes(xml::Document& document, xml::Node element, bool decode, con
             parent = parent.get_parentNode();
             continue;
         }
-        const xml::Node next =
-            decode ? DecodeNode(document, node, params, decoding) : EncodeNode(document, node, params, state);
+        const xml::Node next = decode ? DecodeNode(document, node, params, decoding)
+                                      : EncodeNode(document, node, parent, params, state);
         if (next == node) {
             parent = node;
             node = node.get_firstChild();

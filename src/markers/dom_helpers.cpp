@@ -33,8 +33,12 @@ bool IsTextNode(xml::Node node) {
     return node.get_nodeType() == xml::NODE_TEXT;
 }
 
+bool IsListed(std::string_view name, const std::list<std::string>& names) {
+    return std::ranges::find(names, name) != names.end();
+}
+
 bool IsListedElement(xml::Node element, const std::list<std::string>& names) {
-    return !names.empty() && std::ranges::find(names, NodeName(element)) != names.end();
+    return !names.empty() && IsListed(NodeName(element), names);
 }
 
 bool IsFilledTextNode(xml::Node node) {

@@ -26,7 +26,10 @@ xml::Node NewElementGroupNode(xml::Document& document, xml::Node element);
 bool IsElement(xml::Node node);   ///< False for a null node.
 bool IsTextNode(xml::Node node);  ///< False for a null node and for a CDATA section.
 
-/// True if the list contains exactly the node's name.
+/// True if the list contains exactly this name.
+bool IsListed(std::string_view name, const std::list<std::string>& names);
+
+/// The same for the node's name.
 bool IsListedElement(xml::Node element, const std::list<std::string>& names);
 
 /// True for a text node that is filled, in the sense of TrimBlanks. False for a null node.

@@ -85,8 +85,8 @@ void FindGroup(xml::Node parent, const PublishParams& params, EncodingState& sta
 
 }  // namespace
 
-void EncodeTextNode(xml::Node textNode, const PublishParams& params, EncodingState& state) {
-    FindGroup(textNode.get_parentNode(), params, state);
+void EncodeTextNode(xml::Node textNode, xml::Node parent, const PublishParams& params, EncodingState& state) {
+    FindGroup(parent, params, state);
     if (!state.group.empty()) {
         PrependGroup(textNode, state.group);
     }

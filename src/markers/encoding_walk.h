@@ -26,8 +26,9 @@ struct EncodingState {
     std::optional<bool> textFollows;
 };
 
-/// Puts an attribute group in front of a filled text node, if there is anything to carry for it.
-void EncodeTextNode(xml::Node textNode, const PublishParams& params, EncodingState& state);
+/// Puts an attribute group in front of a filled text node directly in `parent`, if there is anything to carry
+/// for it.
+void EncodeTextNode(xml::Node textNode, xml::Node parent, const PublishParams& params, EncodingState& state);
 
 /// Puts the element's scoped attributes in front of its first filled text node. Without one they are lost.
 /// `scopedAttributes` must hold whole groups of four names.

@@ -37,9 +37,9 @@ void AppendInherited(Source& source, const Source& outer) {
     }
 }
 
-void EnterElement(xml::Node element, const std::list<std::string>& wanted, InheritedAttributes& inherited) {
-    inherited.elements.push_back(element);
-    const xml::NamedNodeMap attributes = element.get_attributes();
+/// Adds a source for the entered element at this depth, if it has wanted attributes.
+void AddSource(std::size_t depth, const std::list<std::string>& wanted, InheritedAttributes& inherited) {
+    const xml::NamedNodeMap attributes = inherited.elements[depth - 1].get_attributes();
     if (attributes.get_length() == 0) {
         return;
     }
@@ -47,7 +47,7 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
         inherited.sources.push_back(std::make_unique<Source>());
     }
     Source& source = *inherited.sources[inherited.sourceCount];
-    source.depth = inherited.elements.size();
+    source.depth = depth;
     source.group = QL_START;
     source.entries.clear();
     AppendOwn(source, attributes, wanted, inherited.buffer);
@@ -63,14 +63,15 @@ void EnterElement(xml::Node element, const std::list<std::string>& wanted, Inher
 
 /// Enters the elements between the last one entered and `parent`, outermost first.
 void EnterTo(xml::Node parent, const std::list<std::string>& wanted, InheritedAttributes& inherited) {
-    const xml::Node last = inherited.elements.empty() ? xml::Node() : inherited.elements.back();
-    std::vector<xml::Node>& toEnter = inherited.toEnter;
-    toEnter.clear();
+    std::vector<xml::Node>& elements = inherited.elements;
+    const std::size_t entered = elements.size();
+    const xml::Node last = elements.empty() ? xml::Node() : elements.back();
     for (xml::Node node = parent; node != last && IsElement(node); node = node.get_parentNode()) {
-        toEnter.push_back(node);
+        elements.push_back(node);
     }
-    for (auto node = toEnter.rbegin(); node != toEnter.rend(); ++node) {
-        EnterElement(*node, wanted, inherited);
+    std::reverse(elements.begin() + static_cast<std::ptrdiff_t>(entered), elements.end());
+    for (std::size_t depth = entered + 1; depth <= elements.size(); ++depth) {
+        AddSource(depth, wanted, inherited);
     }
 }
 
@@ -81,7 +82,9 @@ std::string_view CollectInheritedAttributes(xml::Node parent, const std::list<st
     if (wanted.empty()) {
         return {};
     }
-    EnterTo(parent, wanted, inherited);
+    if (inherited.elements.empty() || inherited.elements.back() != parent) {
+        EnterTo(parent, wanted, inherited);
+    }
     return inherited.sourceCount == 0 ? std::string_view()
                                       : inherited.sources[inherited.sourceCount - 1]->group;
 }

@@ -36,8 +36,7 @@ struct InheritedAttributes {
     /// grows.
     std::vector<std::unique_ptr<Source>> sources;
     std::size_t sourceCount = 0;
-    std::vector<xml::Node> toEnter;  ///< Scratch memory.
-    std::string buffer;              ///< Scratch memory.
+    std::string buffer;  ///< Scratch memory.
 };
 
 /// The attribute group of the text nodes directly in `parent`, or empty: the wanted attributes of `parent`

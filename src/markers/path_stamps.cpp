@@ -103,7 +103,11 @@ bool StepTo(StampState& state, xml::Node element) {
 }  // namespace
 
 bool HasPathEntries(xml::Node parent, const PublishParams& params, const StampState& state) {
-    return params.addXpath || NodeName(parent) == kTitleName || IsListedElement(parent, state.sourceNames);
+    if (params.addXpath) {
+        return true;
+    }
+    const std::string_view name = NodeName(parent);
+    return name == kTitleName || IsListed(name, state.sourceNames);
 }
 
 void AddPathEntries(xml::Node parent, std::string& group, const PublishParams& params, StampState& state) {

@@ -20,11 +20,14 @@ bool IsPlainName(std::string_view name);
 bool HoldsOnlyCharacters(std::string_view text);
 
 enum ByteClass : std::uint8_t {
-    kNameByte = 1,    ///< ASCII that may occur in a name. A name may have characters beyond ASCII, too.
-    kNameStart = 2,   ///< ASCII that may begin a name.
-    kWhitespace = 4,  ///< Space, tab, line feed, carriage return.
-    kTextStop = 8,    ///< Where a scan for the end of a text node has to stop and look.
-    kValueStop = 16,  ///< The same for an attribute value.
+    kNameByte = 1,        ///< ASCII that may occur in a name. A name may have characters beyond ASCII, too.
+    kNameStart = 2,       ///< ASCII that may begin a name.
+    kWhitespace = 4,      ///< Space, tab, line feed, carriage return.
+    kTextStop = 8,        ///< Where a scan for the end of a text node has to stop and look.
+    kValueStop = 16,      ///< The same for an attribute value.
+    kLocalNameByte = 32,  ///< A kNameByte other than the colon.
+    kNameEnd = 64,        ///< What ends a name in a tag: whitespace, ">", "/", "=".
+    kIndentation = 128,   ///< Space, tab, line feed.
 };
 
 namespace detail {
@@ -40,9 +43,11 @@ constexpr std::uint8_t ClassOf(unsigned c) {
     const bool odd = c >= 0x80 || (c < 0x20 && !whitespace);
     const bool text = odd || c == '<' || c == '&' || c == ']' || c == '\r';
     const bool value = odd || c == '<' || c == '&' || c == '"' || c == '\'';
+    const bool nameEnd = whitespace || c == '>' || c == '/' || c == '=';
     return static_cast<std::uint8_t>((name ? kNameByte : 0) | (start ? kNameStart : 0) |
                                      (whitespace ? kWhitespace : 0) | (text ? kTextStop : 0) |
-                                     (value ? kValueStop : 0));
+                                     (value ? kValueStop : 0) | (name && c != ':' ? kLocalNameByte : 0) |
+                                     (nameEnd ? kNameEnd : 0) | (whitespace && c != '\r' ? kIndentation : 0));
 }
 
 constexpr std::array<std::uint8_t, 256> MakeClasses() {

@@ -12,7 +12,7 @@ namespace {
 
 /// A string of the node's own that is filled makes the text node filled.
 void NoteFilled(NodeRecord& text, std::string_view ownString) {
-    if (IsFilled(ownString, TextForm::kContent)) {
+    if (!text.Has(kFilled) && IsFilled(ownString, TextForm::kContent)) {
         text.Set(kFilled);
     }
 }
@@ -300,21 +300,24 @@ NodeIndex DocumentStore::AddQuoted(std::string_view before, std::uint32_t begin,
     record.Set(kCreated | kQuoted | kFilled);
     record.begin = begin;
     record.SetEnd(end);
-    record.SetOwnString(strings.Intern(before));
-    record.SetStringAfterQuote(strings.Intern(after));
+    beforeQuote_ = strings.Intern(before, beforeQuote_);
+    afterQuote_ = strings.Intern(after, afterQuote_);
+    record.SetOwnString(beforeQuote_);
+    record.SetStringAfterQuote(afterQuote_);
     return text;
 }
 
 void DocumentStore::PrependContent(NodeIndex text, std::string_view prefix) {
     NodeRecord& record = At(text);
-    std::string buffer;
     if (record.Has(kOwnContent | kQuoted)) {
+        std::string buffer;
         SetContent(text, std::string(UpToNul(prefix)).append(ContentOf(text, buffer)));
         return;
     }
     NoteContentChange(text);
     if (!record.Has(kPrefixed)) {
-        record.SetOwnString(strings.Intern(prefix));
+        prefix_ = strings.Intern(prefix, prefix_);
+        record.SetOwnString(prefix_);
         record.Set(kPrefixed);
     } else {
         SetOwnString(record, std::string(UpToNul(prefix)).append(OwnStringOf(record)));
@@ -340,8 +343,13 @@ std::uint32_t DocumentStore::ElementEnd(const NodeRecord& element) {
     if (endTag == 0) {
         return StartTagEnd(element);
     }
+    // Nothing but whitespace can be between the name of an end tag and its ">".
     const SourceText& source = SourceOf(endTag);
-    return source.base + static_cast<std::uint32_t>(FindEnd(source.text, ">", endTag - source.base));
+    const char* close = source.text.data() + (endTag - source.base) + sizeof "</" - 1 + element.nameLength;
+    while (IsWhitespace(*close)) {
+        ++close;
+    }
+    return source.base + static_cast<std::uint32_t>(close - source.text.data()) + 1;
 }
 
 // The ancestors of a modified element are all modified, so the walk up ends at the first one that is.

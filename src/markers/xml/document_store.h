@@ -44,7 +44,8 @@ class DocumentStore {
     // Nodes
 
     NodeRecord& At(NodeIndex index) { return nodes_[index]; }
-    NodeIndex Add(NodeType type) { return nodes_.Add(type); }
+    NodeIndex Add(NodeType type) { return nodes_.Add(NodeRecord(type)); }
+    NodeIndex Add(const NodeRecord& record) { return nodes_.Add(record); }
     void Reserve(std::size_t nodes);
     std::size_t NodeCount() const { return nodes_.Size(); }  ///< One more than the highest index.
     Node Handle(NodeIndex index) { return {this, index}; }
@@ -173,6 +174,10 @@ class DocumentStore {
     SourceText* first_ = nullptr;   ///< The source of most nodes.
     SourceText* latest_ = nullptr;  ///< The one of the others that was used last.
     SourceText* pieces_ = nullptr;  ///< The one that pieces are added to.
+
+    // The strings of the last text nodes of the forms kPrefixed and kQuoted. The next one mostly has the
+    // same.
+    StringIndex prefix_ = 0, beforeQuote_ = 0, afterQuote_ = 0;
 
   public:
     /// The copy of a document that the last query made. Declared last: its destructor uses the store.

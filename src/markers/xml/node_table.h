@@ -169,16 +169,16 @@ static_assert(sizeof(NodeRecord) == 32);
 /// References to records are valid until the next Add or Reserve.
 class NodeTable {
   public:
-    NodeTable() { Add(NODE_INVALID); }
+    NodeTable() { Add(NodeRecord(NODE_INVALID)); }
 
     NodeRecord& operator[](NodeIndex index) { return records_.get()[index]; }
     std::size_t Size() const { return size_; }
 
-    NodeIndex Add(NodeType type) {
+    NodeIndex Add(const NodeRecord& record) {
         if (size_ == capacity_) {
             Reserve(1);
         }
-        std::construct_at(records_.get() + size_, type);
+        std::construct_at(records_.get() + size_, record);
         return static_cast<NodeIndex>(size_++);
     }
 

@@ -67,6 +67,11 @@ class StringTable {
     /// the start of neighbouring text nodes often does.
     StringIndex Intern(std::string_view text);
 
+    /// The same, if the text is likely to equal an interned string that the caller knows.
+    StringIndex Intern(std::string_view text, StringIndex likely) {
+        return interned_[likely] == text ? likely : Intern(text);
+    }
+
     std::string_view At(StringIndex interned) const { return interned_[interned]; }
 
     StringIndex AddReplaceable(std::string_view text) {

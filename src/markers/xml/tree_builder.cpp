@@ -14,7 +14,7 @@ constexpr std::size_t kNotFound = std::string_view::npos;
 constexpr std::size_t kLongestName = UINT16_MAX;
 
 bool EndsName(char c) {
-    return IsWhitespace(c) || c == '>' || c == '/' || c == '=';
+    return (ClassOf(c) & kNameEnd) != 0;
 }
 
 /// Whether a character reference stands for ASCII that may occur in a name, as in "&#65;".
@@ -112,13 +112,13 @@ class TreeBuilder {
     /// Appends a child to the open element. Inlined, since this is most of the work.
     [[gnu::always_inline]] void AddNode(NodeType type, std::size_t begin, std::size_t end,
                                         unsigned flags = 0) {
-        const NodeIndex index = store_.Add(type);
-        NodeRecord& record = store_.At(index);
+        NodeRecord record(type);
         record.Set(flags);
         record.parent = parent_;
         record.SetPreviousOrLast(last_);
         record.begin = Offset(begin);
         record.SetEnd(Offset(end));
+        const NodeIndex index = store_.Add(record);
         if (last_ == 0) {
             store_.At(parent_).SetFirstChild(index);
         } else {
@@ -253,7 +253,7 @@ class TreeBuilder {
     std::size_t NameEnd(std::size_t begin) {
         std::size_t at = begin;
         if ((ClassOf(data_[at]) & kNameStart) != 0) {
-            while ((ClassOf(data_[at]) & kNameByte) != 0 && data_[at] != ':') {
+            while ((ClassOf(data_[at]) & kLocalNameByte) != 0) {
                 ++at;
             }
         }
@@ -361,14 +361,16 @@ class TreeBuilder {
     /// its own, with text nodes before and after it.
     void ReadText() {
         StartTextNode();
-        while (true) {
+        while (data_[at_] != '<') {
             at_ = TextStopFrom(at_);
-            if (at_ >= text_.size() || text_[at_] == '<') {
-                EndTextNode();
-                return;
+            if (at_ >= text_.size()) {
+                break;
             }
-            ReadSpecialInText();
+            if (data_[at_] != '<') {
+                ReadSpecialInText();
+            }
         }
+        EndTextNode();
     }
 
     std::size_t TextStopFrom(std::size_t at) const {
@@ -420,7 +422,7 @@ class TreeBuilder {
     void StartTextNode() {
         textBegin_ = at_;
         verbatim_ = searchable_ = true;
-        while (data_[at_] == ' ' || data_[at_] == '\n' || data_[at_] == '\t') {
+        while ((ClassOf(data_[at_]) & kIndentation) != 0) {
             ++at_;
         }
         visibleBegin_ = at_;
@@ -430,7 +432,8 @@ class TreeBuilder {
         if (textBegin_ == at_) {
             return;
         }
-        const bool filled = IsFilled(text_.substr(visibleBegin_, at_ - visibleBegin_), TextForm::kSource);
+        const std::string_view visible(data_ + visibleBegin_, at_ - visibleBegin_);
+        const bool filled = !visible.empty() && IsFilled(visible, TextForm::kSource);
         AddNode(NODE_TEXT, textBegin_, at_,
                 (verbatim_ ? kVerbatim : 0) | (searchable_ ? kSearchable : 0) | (filled ? kFilled : 0));
     }

@@ -35,19 +35,22 @@ class Writer {
     void WriteSubtree(NodeIndex top) {
         NodeIndex index = top;
         while (true) {
-            if (IsUnchanged(index)) {
-                AddSlice(store_.At(index).begin, store_.ElementEnd(store_.At(index)));
+            const NodeRecord& record = store_.At(index);
+            if (record.Type() != NODE_ELEMENT) {
+                WriteLeaf(record);
+            } else if (IsUnchanged(record)) {
+                AddSlice(record.begin, store_.ElementEnd(record));
             } else {
-                Open(index);
+                OpenElement(index);
                 if (const NodeIndex child = store_.FirstChild(index); child != 0) {
                     index = child;
                     continue;
                 }
-                Close(index);
+                CloseElement(index);
             }
             while (index != top && store_.At(index).next == 0) {
                 index = store_.At(index).parent;
-                Close(index);
+                CloseElement(index);
             }
             if (index == top) {
                 return;
@@ -92,6 +95,10 @@ class Writer {
             out_.append(piece);
         }
         pendingBegin_ = pendingEnd_ = 0;
+        if (put_ != nullptr && out_.size() >= kPieceSize) {
+            // Multiples of the piece size only: the system copies whole pages faster.
+            PassOn(out_.size() / kPieceSize * kPieceSize);
+        }
     }
 
     void PassOn(std::size_t size) {
@@ -99,21 +106,13 @@ class Writer {
         out_.erase(0, size);
     }
 
-    /// True for an element whose source bytes represent all of its subtree.
-    bool IsUnchanged(NodeIndex index) {
-        const NodeRecord& record = store_.At(index);
-        return output_ == Output::kDocument && record.Type() == NODE_ELEMENT && !record.Has(kModified);
+    /// True if the element's source bytes represent all of its subtree.
+    bool IsUnchanged(const NodeRecord& element) const {
+        return output_ == Output::kDocument && !element.Has(kModified);
     }
 
-    void Open(NodeIndex index) {
-        if (put_ != nullptr && out_.size() >= kPieceSize) {
-            // Multiples of the piece size only: the system copies whole pages faster.
-            PassOn(out_.size() / kPieceSize * kPieceSize);
-        }
-        const NodeRecord& record = store_.At(index);
-        if (record.Type() == NODE_ELEMENT) {
-            OpenElement(index);
-        } else if (record.Has(kOwnContent)) {
+    void WriteLeaf(const NodeRecord& record) {
+        if (record.Has(kOwnContent)) {
             Flush();
             AppendEscapedText(out_, store_.OwnStringOf(record), lineEnd_);
         } else if (record.Has(kQuoted)) {
@@ -239,11 +238,8 @@ class Writer {
         out_ += quote;
     }
 
-    void Close(NodeIndex index) {
+    void CloseElement(NodeIndex index) {
         const NodeRecord& record = store_.At(index);
-        if (record.Type() != NODE_ELEMENT) {
-            return;
-        }
         if (record.EndTag() != 0) {
             AddSlice(record.EndTag(), store_.ElementEnd(record));
         } else if (record.FirstChild() != 0) {
