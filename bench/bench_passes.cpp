@@ -233,7 +233,7 @@ int Run(int argc, char** argv) {
     // In random order, disturbances affect all benchmarks alike. The caller's arguments come last and take
     // precedence.
     std::string interleave = "--benchmark_enable_random_interleaving=true";
-    std::string repetitions = "--benchmark_repetitions=24";
+    std::string repetitions = "--benchmark_repetitions=20";
     std::string minimum = "--benchmark_min_time=0.1";
     std::vector<char*> arguments = {argv[0], interleave.data(), repetitions.data(), minimum.data()};
     arguments.insert(arguments.end(), argv + 1, argv + argc);
