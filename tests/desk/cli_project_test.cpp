@@ -419,6 +419,7 @@ TEST_F(ProjectCommands, DryRunPrintsWhatWouldHappenAndChangesNothing) {
         << fresh.out;
     EXPECT_FALSE(folder.Exists("out"));
     const Finished further = Run({"publish", "a", "--dry-run", "--report", "r.html", "--map", "--viewer"});
+    EXPECT_EQ(further.status, 0) << further.error;
     EXPECT_TRUE(further.out.ends_with("\n  report " + folder.Native("r.html") +
                                       "\n  map ventrix-map.json beside the start page"
                                       "\n  viewer ventrix.js and ventrix.css beside the start page\n"))
