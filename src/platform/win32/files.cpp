@@ -22,11 +22,21 @@ ErrorCode OpenFileToRead(const std::wstring& path, Handle& file) {
     return ::GetFileType(file.Get()) == FILE_TYPE_DISK ? kErrorNone : kErrorAccessDenied;
 }
 
+/// Gives every page of fresh memory its frame by a write. Wine's ReadFile reads from each page before it
+/// writes to it, and would cause two page faults for each.
+void TouchPages(Bytes& bytes) {
+    constexpr std::size_t kPage = 4096;
+    for (std::size_t place = 0; place < bytes.size(); place += kPage) {
+        bytes[place] = 0;
+    }
+}
+
 /// Reads an open file to its end; its size may have changed since it was determined.
 ErrorCode ReadAll(HANDLE file, std::size_t expectedSize, Bytes& bytes) {
     constexpr std::size_t kPiece = std::size_t{1} << 30;
     std::size_t filled = 0;
     bytes.resize(expectedSize + 1);  // One byte more, so that the end is found without growing.
+    TouchPages(bytes);
     for (;;) {
         ::DWORD count = 0;
         const auto wanted = static_cast<DWORD>(std::min(bytes.size() - filled, kPiece));
