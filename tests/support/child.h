@@ -32,7 +32,7 @@ std::vector<Ending> Interruptions();
 int StatusAfter(Ending ending);
 
 /// Starts the program without a terminal and with empty standard input. On Windows it has a console of its
-/// own without a window.
+/// own without a window. Throws std::system_error if the system does not start it.
 class Child {
   public:
     explicit Child(const ChildStart& start);
@@ -43,8 +43,8 @@ class Child {
 
     void End(Ending ending) const;
 
-    /// Waits for the end. The exit status, or 1000 and the signal that ended the program; -1 if it could not
-    /// be started or does not end in that time.
+    /// Waits for the end, once. The exit status, or 1000 and the signal that ended the program; -1 if it does
+    /// not end in that time.
     int Await(std::chrono::seconds limit = std::chrono::seconds(120));
 
   private:

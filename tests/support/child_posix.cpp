@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <system_error>
 #include <thread>
 
 #include "support/child.h"
@@ -63,12 +64,14 @@ Child::Child(const ChildStart& start) {
     posix_spawnattr_setsigdefault(&attributes, &usual);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     pid_t process = 0;
-    if (posix_spawn(&process, start.program.c_str(), &files, &attributes, Pointers(arguments).data(),
-                    environ) == 0) {
-        process_ = process;
-    }
+    const int error = posix_spawn(&process, start.program.c_str(), &files, &attributes,
+                                  Pointers(arguments).data(), environ);
     posix_spawn_file_actions_destroy(&files);
     posix_spawnattr_destroy(&attributes);
+    if (error != 0) {
+        throw std::system_error(error, std::generic_category(), start.program);
+    }
+    process_ = process;
 }
 
 Child::~Child() {

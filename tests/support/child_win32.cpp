@@ -1,6 +1,7 @@
 #ifdef _WIN32
 
 #include <fstream>
+#include <system_error>
 
 #include "platform/win32/system_calls.h"
 #include "support/child.h"
@@ -14,6 +15,10 @@ using platform::Handle;
 using platform::Wide;
 
 constexpr ::UINT kKilled = 1009;
+
+/// Beside other work, one program in a thousand or more ends in Wine before it has begun to run.
+constexpr ::DWORD kEndedAtStart = ERROR_INTERNAL_ERROR;
+constexpr int kStartAttempts = 3;
 
 Handle OpenInheritable(const std::wstring& path, ::DWORD access, ::DWORD disposition) {
     ::SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
@@ -63,12 +68,19 @@ Child::Child(const ChildStart& start) {
     info.hStdOutput = out.Get();
     info.hStdError = error.Get();
     ::PROCESS_INFORMATION started = {};
-    if (::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
-                         Wide(start.folder).c_str(), &info, &started) != 0) {
-        ::CloseHandle(started.hThread);
-        process_ = reinterpret_cast<std::intptr_t>(started.hProcess);
-        number_ = started.dwProcessId;
+    ::DWORD failure = kEndedAtStart;
+    for (int attempt = 0; attempt < kStartAttempts && failure == kEndedAtStart; ++attempt) {
+        const bool isStarted =
+            ::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
+                             Wide(start.folder).c_str(), &info, &started) != 0;
+        failure = isStarted ? ERROR_SUCCESS : ::GetLastError();
     }
+    if (failure != ERROR_SUCCESS) {
+        throw std::system_error(static_cast<int>(failure), std::system_category(), start.program);
+    }
+    ::CloseHandle(started.hThread);
+    process_ = reinterpret_cast<std::intptr_t>(started.hProcess);
+    number_ = started.dwProcessId;
 }
 
 Child::~Child() {
@@ -85,16 +97,19 @@ void Child::End(Ending ending) const {
     }
     // The event goes to every process of the console, so this one leaves its own for a moment.
     ::FreeConsole();
-    ::AttachConsole(number_);
-    ::SetConsoleCtrlHandler(IgnoreEvent, TRUE);
-    ::GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
+    const bool isSent = ::AttachConsole(number_) != 0 && ::SetConsoleCtrlHandler(IgnoreEvent, TRUE) != 0 &&
+                        ::GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0;
+    const ::DWORD error = ::GetLastError();
     ::FreeConsole();
+    if (!isSent && ::WaitForSingleObject(reinterpret_cast<HANDLE>(process_), 0) == WAIT_TIMEOUT) {
+        throw std::system_error(static_cast<int>(error), std::system_category(), "Ctrl-C");
+    }
 }
 
 int Child::Await(std::chrono::seconds limit) {
     const auto process = reinterpret_cast<HANDLE>(process_);
     const auto milliseconds = static_cast<DWORD>(std::chrono::milliseconds(limit).count());
-    if (process_ == -1 || ::WaitForSingleObject(process, milliseconds) != WAIT_OBJECT_0) {
+    if (::WaitForSingleObject(process, milliseconds) != WAIT_OBJECT_0) {
         return -1;
     }
     ::DWORD status = 0;

@@ -73,6 +73,14 @@ TEST(ModuleFile, LoadersReasonIsReported) {
     EXPECT_NE(problem.find("error 126"), std::string::npos) << problem;
     EXPECT_EQ(OpenLibraryFile(tree.Write("garbage.dll", "no library"), problem), nullptr);
     EXPECT_NE(problem.find("error 193"), std::string::npos) << problem;
+
+    // The same module, linked against ICU of a version that is not here.
+    std::string moduleText = TextOf(VENTRIX_MODULE);
+    const std::size_t icu = moduleText.find("icuuc");
+    ASSERT_NE(icu, std::string::npos);
+    moduleText.replace(icu, 7, "icuuc99");
+    EXPECT_EQ(OpenLibraryFile(tree.Write("Ventrix.dll", moduleText), problem), nullptr);
+    EXPECT_EQ(problem, "a library that it needs is missing: icuuc99.dll (error 126)");
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 #include "platform/library.h"
 
 #include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include "platform/drives.h"
 #include "platform/program.h"
@@ -33,9 +36,50 @@ void* FindInProcess(const char* name) {
     return nullptr;
 }
 
-std::string MessageOf(DWORD error) {
+/// The names of the libraries that a library needs, in its own order; empty if it cannot be read.
+std::vector<std::string> NeededLibraries(const std::wstring& path) {
+    const ::HMODULE mapped = ::LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+    if (mapped == nullptr) {
+        return {};
+    }
+    // The lowest two bits of such a handle say how the file is mapped, the others are its address.
+    const auto address = reinterpret_cast<std::uintptr_t>(mapped) & ~std::uintptr_t{3};
+    const auto* dosHeader = reinterpret_cast<const IMAGE_DOS_HEADER*>(address);
+    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(address + dosHeader->e_lfanew);
+    const ::DWORD imports =
+        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    std::vector<std::string> names;
+    const auto* import = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(address + imports);
+    for (; imports != 0 && import->Name != 0; ++import) {
+        names.emplace_back(reinterpret_cast<const char*>(address + import->Name));
+    }
+    ::FreeLibrary(mapped);
+    return names;
+}
+
+bool IsLibrary(const std::wstring& nameOrPath) {
+    const ::HMODULE found = ::LoadLibraryExW(nameOrPath.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    return found != nullptr && ::FreeLibrary(found) != 0;
+}
+
+/// The first library that this one needs and that is neither beside it nor where the system searches. Empty
+/// if there is none: one of those libraries may itself need a missing one.
+std::string MissingLibrary(const std::wstring& path) {
+    const std::wstring folder = path.substr(0, path.rfind(L'\\') + 1);
+    for (const std::string& name : NeededLibraries(path)) {
+        if (!IsLibrary(folder + Wide(name)) && !IsLibrary(Wide(name))) {
+            return name;
+        }
+    }
+    return {};
+}
+
+/// The loader gives a number only.
+std::string ReasonOf(DWORD error, const std::wstring& path) {
     if (error == ERROR_MOD_NOT_FOUND) {
-        return "a library that it needs is missing (error 126)";
+        const std::string missing = MissingLibrary(path);
+        return "a library that it needs is missing" + (missing.empty() ? "" : ": " + missing) +
+               " (error 126)";
     }
     if (error == ERROR_PROC_NOT_FOUND) {
         return "a library that it needs is of another version (error 127)";
@@ -58,8 +102,9 @@ LibraryHandle OpenLibrary(std::string_view name) {
 
 LibraryHandle OpenLibraryFile(const std::string& file, std::string& problem) {
     // The libraries that it needs are searched for beside it first.
-    LibraryHandle library = ::LoadLibraryExW(CallPath(file).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    problem = library == nullptr ? MessageOf(::GetLastError()) : std::string();
+    const std::wstring path = CallPath(file);
+    LibraryHandle library = ::LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    problem = library == nullptr ? ReasonOf(::GetLastError(), path) : std::string();
     return library;
 }
 

@@ -22,8 +22,7 @@ std::wstring Wide(std::string_view text);
 std::string Narrow(std::wstring_view text);
 
 /// A native path (native_paths.h) as a wide call takes it: with backslashes and, if it is long, absolute and
-/// with
-/// `\\?\` in front. Empty gives empty.
+/// with `\\?\` in front. Empty gives empty.
 std::wstring CallPath(std::string_view nativePath);
 std::wstring CallPathFrom(const std::filesystem::path& path);
 
