@@ -16,9 +16,11 @@ using platform::Wide;
 
 constexpr ::UINT kKilled = 1009;
 
-/// Beside other work, one program in a thousand or more ends in Wine before it has begun to run.
-constexpr ::DWORD kEndedAtStart = ERROR_INTERNAL_ERROR;
+/// Beside other work, Wine fails now and then to start a program, with this error.
+constexpr ::DWORD kChanceFailure = ERROR_INTERNAL_ERROR;
 constexpr int kStartAttempts = 3;
+
+constexpr ::DWORD kEndMilliseconds = 1000;
 
 Handle OpenInheritable(const std::wstring& path, ::DWORD access, ::DWORD disposition) {
     ::SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
@@ -68,8 +70,8 @@ Child::Child(const ChildStart& start) {
     info.hStdOutput = out.Get();
     info.hStdError = error.Get();
     ::PROCESS_INFORMATION started = {};
-    ::DWORD failure = kEndedAtStart;
-    for (int attempt = 0; attempt < kStartAttempts && failure == kEndedAtStart; ++attempt) {
+    ::DWORD failure = kChanceFailure;
+    for (int attempt = 0; attempt < kStartAttempts && failure == kChanceFailure; ++attempt) {
         const bool isStarted =
             ::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
                              Wide(start.folder).c_str(), &info, &started) != 0;
@@ -101,7 +103,9 @@ void Child::End(Ending ending) const {
                         ::GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0;
     const ::DWORD error = ::GetLastError();
     ::FreeConsole();
-    if (!isSent && ::WaitForSingleObject(reinterpret_cast<HANDLE>(process_), 0) == WAIT_TIMEOUT) {
+    // A program that is just ending may have no console any more.
+    if (!isSent &&
+        ::WaitForSingleObject(reinterpret_cast<HANDLE>(process_), kEndMilliseconds) == WAIT_TIMEOUT) {
         throw std::system_error(static_cast<int>(error), std::system_category(), "Ctrl-C");
     }
 }
